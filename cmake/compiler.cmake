@@ -1,0 +1,33 @@
+# SPDX-License-Identifier: MIT
+#
+# How everything of ours is compiled and linked.
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+
+if(VOKCONTROL_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+else()
+  # Hardening; fortify needs optimisation, so a debug build goes without.
+  add_compile_options(-fstack-protector-strong
+                      $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
+                      $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+  add_link_options(LINKER:-z,relro,-z,now,-z,noexecstack)
+endif()
+
+# The module runs on small appliances: no exceptions, no run-time type information, nothing linked
+# that it does not use, and nothing exported that is not declared so (the compiler's own templates
+# included).
+function(vok_module_options target)
+  target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti)
+  get_target_property(type ${target} TYPE)
+  if(NOT type STREQUAL "OBJECT_LIBRARY")
+    target_link_options(${target} PRIVATE LINKER:--as-needed
+                        LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)
+    set_property(TARGET ${target} APPEND PROPERTY
+                 LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+  endif()
+endfunction()

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+//
+// bytes.h: integers as the files and frames of this module hold them, little-endian, coded byte by
+// byte so that neither the host's order nor its alignment matters. And the character class that
+// names are judged by, which no locale of the calling process may change.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace core {
+
+[[nodiscard]] constexpr std::uint8_t byteOf(char value)
+{
+    return static_cast<std::uint8_t>(value);
+}
+
+constexpr void putU16(std::span<char, 2> out, std::uint16_t value)
+{
+    out[0] = static_cast<char>(value & 0xFFU);
+    out[1] = static_cast<char>(value >> 8U);
+}
+
+constexpr void putU32(std::span<char, 4> out, std::uint32_t value)
+{
+    for (std::size_t i = 0; i < out.size(); ++i) {
+        out[i] = static_cast<char>((value >> (8U * i)) & 0xFFU);
+    }
+}
+
+[[nodiscard]] constexpr std::uint16_t getU16(std::span<const char, 2> in)
+{
+    return static_cast<std::uint16_t>(byteOf(in[0]) | (byteOf(in[1]) << 8U));
+}
+
+[[nodiscard]] constexpr std::uint32_t getU32(std::span<const char, 4> in)
+{
+    std::uint32_t value = 0;
+    for (std::size_t i = 0; i < in.size(); ++i) {
+        value |= static_cast<std::uint32_t>(byteOf(in[i])) << (8U * i);
+    }
+    return value;
+}
+
+[[nodiscard]] constexpr bool isAsciiAlphanumeric(std::uint8_t value)
+{
+    return (value >= '0' && value <= '9') || (value >= 'A' && value <= 'Z') ||
+           (value >= 'a' && value <= 'z');
+}
+
+} // namespace core

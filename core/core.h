@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+//
+// core.h: the ground that every other folder stands on. Traces, the process-wide buffers, bounded
+// formatting, the one door to the shell, and files that close themselves.
+//
+// The module is single-threaded; nothing here locks.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <memory>
+#include <span>
+
+#include "vokcontrol.h"
+
+#pragma GCC visibility push(default)
+extern "C" {
+
+/// Writes one trace line to /tmp/dbg_vokcontrol.txt.
+///
+/// The message is formatted as printf does and cut at 1999 characters. It goes to the shell between
+/// double quotes and is not escaped, so quotes, back-quotes, "$" and "\" in it are the shell's to
+/// interpret, and a line that the shell cannot parse leaves no trace. The first trace of a process
+/// truncates the file, so that the file holds the latest process's story; all later ones append.
+///
+/// @return what system() gave back for the echo line. errno is left as it was found.
+[[gnu::format(printf, 1, 2)]] int dbg_trace(const char* format, ...);
+
+/// The request frame that the command service's caller has received.
+extern char fin_buf[4096];
+
+/// The answer of the request in hand; null between requests.
+extern FILE* fout_buf;
+
+} // extern "C"
+#pragma GCC visibility pop
+
+namespace core {
+
+/// Longest line of text that the module takes in one piece, its terminator counted.
+inline constexpr std::size_t kLineSize = 4096;
+
+/// A shell line that is built and run at once, or a line of what it printed.
+inline constexpr std::size_t kCommandSize = 2048;
+
+/// The scratch buffer for shell lines and for the lines that come back. Its content never survives
+/// a call into another operation.
+extern std::array<char, kCommandSize> commandBuffer;
+
+// ---- Formatting -------------------------------------------------------------------------------
+
+/// Formats as printf does into a fixed buffer. Text that does not fit is cut; the result always
+/// ends in a NUL (an empty buffer is left alone).
+[[gnu::format(printf, 2, 3)]] void formatBounded(std::span<char> out, const char* format, ...);
+
+// ---- Shell ------------------------------------------------------------------------------------
+
+/// What one shell line came to: the raw result of system(), and the errno that this very call left
+/// (0 when it left none).
+struct ShellRun {
+    int result;
+    int error;
+};
+
+/// Runs one shell line through system(). errno is 0 beforehand, so that what is judged or printed
+/// afterwards is never an older call's.
+ShellRun runShellLine(const char* line);
+
+/// The plain judgement: the line ran and everything in it went well.
+[[nodiscard]] constexpr bool succeeded(ShellRun run)
+{
+    return run.result == 0;
+}
+
+/// The shell ran, but somebody else reaped it (a caller that ignores SIGCHLD), so that no status
+/// could be collected.
+[[nodiscard]] bool reapedElsewhere(ShellRun run);
+
+/// The tolerant judgement, for lines whose output file is what matters: the shell was started,
+/// whatever it came to.
+[[nodiscard]] bool hasRun(ShellRun run);
+
+// The third judgement, none at all, is runShellLine with its result dropped.
+
+// ---- Files ------------------------------------------------------------------------------------
+
+struct FileCloser {
+    void operator()(FILE* file) const noexcept;
+};
+
+/// An open file that closes itself.
+using File = std::unique_ptr<FILE, FileCloser>;
+
+/// Opens a file as fopen does; empty on failure, with errno set.
+[[nodiscard]] File openFile(const char* path, const char* mode);
+
+/// Reads the next piece of text into a fixed buffer, up to a newline (kept) or the buffer's end.
+/// @return false at the end of the file or on an error; the buffer then holds an empty text.
+bool readLine(FILE* file, std::span<char> line);
+
+/// A name for a file that a shell line leaves its output in.
+using WorkFileName = std::array<char, 64>;
+
+/// "/tmp/", the name, and the id of this very process (a child after fork has its own).
+[[nodiscard]] WorkFileName workFileName(const char* name);
+
+/// Removes a work file; traces "cannot remove file %s: %s" when that fails.
+void removeWorkFile(const char* path);
+
+} // namespace core

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#include "core/core.h"
+
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
+
+void core::FileCloser::operator()(FILE* file) const noexcept
+{
+    std::fclose(file);
+}
+
+core::File core::openFile(const char* path, const char* mode)
+{
+    return File(std::fopen(path, mode));
+}
+
+bool core::readLine(FILE* file, std::span<char> line)
+{
+    line[0] = '\0';
+    if (std::fgets(line.data(), static_cast<int>(line.size()), file) != nullptr) {
+        return true;
+    }
+    line[0] = '\0';
+    return false;
+}
+
+core::WorkFileName core::workFileName(const char* name)
+{
+    WorkFileName path;
+    formatBounded(path, "/tmp/%s%d", name, ::getpid());
+    return path;
+}
+
+void core::removeWorkFile(const char* path)
+{
+    if (std::remove(path) == -1) {
+        dbg_trace("cannot remove file %s: %s", path, std::strerror(errno));
+    }
+}

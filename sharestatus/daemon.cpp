@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#include <unistd.h>
+
+#include "core/core.h"
+#include "sharestatus/semaphore.h"
+#include "sharestatus/sharestatus.h"
+#include "sharestatus/status_file.h"
+
+namespace sharestatus {
+namespace {
+
+constexpr int kPriorityRaise = -16;
+constexpr int kBootArgumentCount = 2;
+constexpr unsigned kBootDelaySeconds = 10;
+
+void collectAndPublish()
+{
+    if (!claimSemaphore()) {
+        return;
+    }
+    std::array<char, kMaxPayloadSize> payload;
+    const int length = ParseShareInfo(payload.data(), payload.size());
+    publishStatus({payload.data(), static_cast<std::size_t>(length)});
+    releaseSemaphore();
+}
+
+} // namespace
+
+int runStatusDaemon(int argumentCount)
+{
+    // A collection is wanted even where the priority cannot be raised or the process cannot detach.
+    [[maybe_unused]] const int priority = ::nice(kPriorityRaise);
+    if (argumentCount == kBootArgumentCount) {
+        if (hasStatusFile()) {
+            return 0;
+        }
+        ::sleep(kBootDelaySeconds);
+    }
+    [[maybe_unused]] const int detached = ::daemon(0, 1);
+    collectAndPublish();
+    return 0;
+}
+
+} // namespace sharestatus

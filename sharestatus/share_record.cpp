@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+//
+// The two halves of a share's record: the space that it uses and the state of its last backup.
+#include "sharestatus/share_record.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+#include "core/bytes.h"
+#include "core/core.h"
+#include "sharestatus/sharestatus.h"
+#include "sharestatus/status_format.h"
+
+namespace sharestatus {
+namespace {
+
+constexpr long kLargestInK = 1024;
+constexpr long kLargestInM = 1000000;
+constexpr int kFailure = -1;
+
+// A name is at most one line long, so any name fits behind the text around it.
+constexpr std::size_t kNamedLineSize = core::kLineSize + 64;
+
+/// Stores a size in the largest unit that it reaches. The thresholds mix powers of two and of ten,
+/// and clients round the same way: 1025 KiB are 1 M.
+void storeUsage(std::span<char, kDateOffset> out, long kibibytes)
+{
+    long value = kibibytes;
+    char unit = 'K';
+    if (kibibytes > kLargestInM) {
+        value = kibibytes / 1000000;
+        unit = 'G';
+    } else if (kibibytes > kLargestInK) {
+        value = kibibytes / 1000;
+        unit = 'M';
+    }
+    const auto stored = static_cast<std::uint16_t>(value);
+    core::putU16(out.subspan<kUsageOffset, kUsageSize>(), stored);
+    out[kUnitOffset] = unit;
+    if (unit == 'G') {
+        dbg_trace("GetUserCapUsage system: %d%c", stored, unit);
+    }
+}
+
+/// Reads what du printed, into the record's first three bytes.
+bool readUsage(FILE* output, char* record)
+{
+    std::array<char, 256> line;
+    if (!core::readLine(output, line)) {
+        return false;
+    }
+    storeUsage(std::span<char, kDateOffset>(record, kDateOffset),
+               std::strtol(line.data(), nullptr, 10));
+    return true;
+}
+
+bool measureShare(char* record, const char* name)
+{
+    std::array<char, kNamedLineSize> command;
+    core::formatBounded(command, "du -sk \"/share/%s\" > %s", name, kCollectorFile);
+    dbg_trace("GetUserCapUsage system: %s", command.data());
+    if (!core::hasRun(core::runShellLine(command.data()))) {
+        return false;
+    }
+    core::File output = core::openFile(kCollectorFile, "r");
+    if (!output) {
+        return false;
+    }
+    const bool isMeasured = readUsage(output.get(), record);
+    output.reset();
+    core::removeWorkFile(kCollectorFile);
+    return isMeasured;
+}
+
+} // namespace
+} // namespace sharestatus
+
+int GetUserCapUsage(void* record, const char* name)
+{
+    if (sharestatus::measureShare(static_cast<char*>(record), name)) {
+        return 0;
+    }
+    dbg_trace("GetUserCapUsage() return error 0x%X", static_cast<unsigned>(sharestatus::kFailure));
+    return sharestatus::kFailure;
+}
+
+void GetUserBkStatus(void* record, const char* name)
+{
+    std::array<char, sharestatus::kNamedLineSize> path;
+    core::formatBounded(path, "%s%s%s", sharestatus::kBackupStatusFolder,
+                        sharestatus::kBackupStatusPrefix, name);
+    dbg_trace("filename = %s", path.data());
+    const core::File file = core::openFile(path.data(), "r");
+    if (!file) {
+        return;
+    }
+
+    std::array<char, 256> line;
+    core::readLine(file.get(), line);
+    dbg_trace("GetUserBkStatus %s ", line.data());
+    // The state comes first in the file and last in the record.
+    const std::string_view text = line.data();
+    if (text.size() > sharestatus::kDateSize) {
+        char* out = static_cast<char*>(record);
+        std::ranges::copy(text.substr(1, sharestatus::kDateSize), out + sharestatus::kDateOffset);
+        out[sharestatus::kStateOffset] = text[0];
+    }
+}

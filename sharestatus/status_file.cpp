@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+#include "sharestatus/status_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <unistd.h>
+
+#include "core/core.h"
+
+namespace sharestatus {
+namespace {
+
+struct MemoryReleaser {
+    void operator()(void* block) const noexcept { std::free(block); }
+};
+
+core::File openForPublishing()
+{
+    core::File file = core::openFile(kStatusFile, "r+");
+    return file ? std::move(file) : core::openFile(kStatusFile, "w");
+}
+
+} // namespace
+
+bool hasStatusFile()
+{
+    return core::openFile(kStatusFile, "r") != nullptr;
+}
+
+void publishStatus(std::string_view payload)
+{
+    const core::File file = openForPublishing();
+    const std::unique_ptr<void, MemoryReleaser> zeros(std::calloc(1, kStatusFileSize));
+    if (!file || !zeros) {
+        return;
+    }
+    const StatusImage image = encodeStatus(payload);
+
+    // Without a buffer in between, each fwrite is one write: readers see it as a whole, or nearly.
+    std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    std::fwrite(zeros.get(), 1, kStatusFileSize, file.get());
+    std::fseek(file.get(), 0, SEEK_SET);
+    std::fwrite(image.bytes.data(), 1, image.size, file.get());
+
+    // A file that was longer is cut, and on a full disk the length, which costs no space, still holds.
+    [[maybe_unused]] const int cut = ::ftruncate(::fileno(file.get()), kStatusFileSize);
+}
+
+bool loadStatus(StatusImage& image)
+{
+    const core::File file = core::openFile(kStatusFile, "r");
+    if (!file) {
+        return false;
+    }
+    const ssize_t got = ::read(::fileno(file.get()), image.bytes.data(), image.bytes.size());
+    image.size = (got > 0) ? static_cast<std::size_t>(got) : 0;
+    return true;
+}
+
+} // namespace sharestatus
+
+int Read_Status_file(char* buffer)
+{
+    using namespace sharestatus;
+
+    StatusImage image;
+    if (!loadStatus(image)) {
+        const int error = errno;
+        dbg_trace("Read_Status_file - failed open file: %s -- %d(%s)", kStatusFile, error,
+                  std::strerror(error));
+        return 0;
+    }
+
+    const std::string_view content = image.text();
+    const StatusReading reading = decodeStatus(content);
+    std::ranges::copy(content.substr(std::min(content.size(), kLengthSize), kMaxPayloadSize),
+                      buffer);
+    dbg_trace("Read_Status_file %s - len1 = %x ", kStatusFile, reading.length);
+    dbg_trace("Read_Status_file - len = %x ", reading.length);
+    if (!reading.isComplete) {
+        return 0;
+    }
+    dbg_trace("Read_Status_file - chksum  = %x %x", reading.sum, reading.check);
+    return reading.isGood() ? static_cast<int>(reading.payload.size()) : 0;
+}

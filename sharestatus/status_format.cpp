@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+#include "sharestatus/status_format.h"
+
+#include <algorithm>
+
+#include "core/bytes.h"
+
+namespace sharestatus {
+
+TableWriter::TableWriter(std::span<char> buffer) : buffer_(buffer)
+{
+    std::ranges::fill(buffer_, '\0');
+}
+
+bool TableWriter::hasRoom() const
+{
+    return size_ + kMaxEntrySize <= buffer_.size();
+}
+
+void TableWriter::append(const WorkRecord& record, std::string_view name)
+{
+    const std::string_view stored = name.substr(0, kMaxNameSize);
+    char* out = buffer_.data() + size_;
+    out = std::copy_n(record.begin(), kNameOffset, out);
+    out = std::ranges::copy(stored, out).out;
+    *out = '\n';
+    size_ += kNameOffset + stored.size() + 1;
+    ++count_;
+}
+
+void TableWriter::finish()
+{
+    core::putU16(buffer_.subspan<kCountOffset, 2>(), count_);
+}
+
+TableReader::TableReader(std::string_view payload)
+{
+    if (payload.size() < kHeaderSize) {
+        rest_ = payload;
+        return;
+    }
+    hasHeader_ = true;
+    missing_ = core::getU16(std::span(payload).subspan<kCountOffset, 2>());
+    rest_ = payload.substr(kHeaderSize);
+}
+
+std::optional<ShareEntry> TableReader::next()
+{
+    if (missing_ == 0 || rest_.size() <= kNameOffset) {
+        return std::nullopt;
+    }
+    const std::string_view named = rest_.substr(kNameOffset, kMaxNameSize + 1);
+    const std::size_t nameSize = named.find('\n');
+    if (nameSize == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const ShareEntry entry = {
+        .used = core::getU16(std::span(rest_).subspan<kUsageOffset, kUsageSize>()),
+        .unit = rest_[kUnitOffset],
+        .date = rest_.substr(kDateOffset, kDateSize),
+        .state = rest_[kStateOffset],
+        .name = named.substr(0, nameSize),
+    };
+    rest_.remove_prefix(kNameOffset + nameSize + 1);
+    --missing_;
+    return entry;
+}
+
+bool TableReader::isWhole() const
+{
+    return missing_ == 0 && rest_.empty();
+}
+
+std::uint8_t checksum(std::string_view payload)
+{
+    unsigned sum = 0;
+    for (const char c : payload) {
+        sum += core::byteOf(c);
+    }
+    return static_cast<std::uint8_t>(sum % 16);
+}
+
+StatusImage encodeStatus(std::string_view payload)
+{
+    StatusImage image;
+    const std::size_t length = payload.size() + kCheckSize;
+    core::putU32(std::span(image.bytes).first<kLengthSize>(), static_cast<std::uint32_t>(length));
+    char* end = std::ranges::copy(payload, image.bytes.data() + kLengthSize).out;
+    *end = static_cast<char>(checksum(payload));
+    image.size = kLengthSize + length;
+    return image;
+}
+
+StatusReading decodeStatus(std::string_view image)
+{
+    std::array<char, kLengthSize> lengthWord{};
+    std::ranges::copy(image.substr(0, kLengthSize), lengthWord.begin());
+
+    StatusReading reading{};
+    reading.length = core::getU32(lengthWord);
+    // Lengths are signed to their readers: from 0x80000000 on they are below 1, too.
+    if (reading.length < kCheckSize || reading.length > kMaxLength ||
+        image.size() < kLengthSize + reading.length) {
+        return reading;
+    }
+    const std::size_t payloadSize = reading.length - kCheckSize;
+    reading.isComplete = true;
+    reading.payload = image.substr(kLengthSize, payloadSize);
+    reading.sum = checksum(reading.payload);
+    reading.check = core::byteOf(image[kLengthSize + payloadSize]);
+    return reading;
+}
+
+} // namespace sharestatus

@@ -1,0 +1,33 @@
+<?php
+// SPDX-License-Identifier: MIT
+//
+// What the administration scripts have in common: a script is called with the name of one of its
+// functions and the arguments, and ends with 0 when that went well and with 1 and a reason on
+// standard error when it did not.
+declare(strict_types=1);
+
+require __DIR__ . '/database.php';
+
+/** @param array<string, callable> $functions by the name that callers use */
+function serve(array $functions, array $argv): never
+{
+    $name = $argv[1] ?? '';
+    try {
+        if (!isset($functions[$name])) {
+            throw new RuntimeException("no such function: \"$name\"");
+        }
+        $functions[$name](...array_slice($argv, 2));
+    } catch (Throwable $failure) {
+        fwrite(STDERR, basename($argv[0]) . ': ' . $failure->getMessage() . "\n");
+        exit(1);
+    }
+    exit(0);
+}
+
+/** Writes a whole file or fails. */
+function writeFile(string $path, string $content): void
+{
+    if (@file_put_contents($path, $content) !== strlen($content)) {
+        throw new RuntimeException("cannot write \"$path\"");
+    }
+}

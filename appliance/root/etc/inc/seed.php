@@ -1,0 +1,96 @@
+<?php
+// SPDX-License-Identifier: MIT
+//
+// Fills a new appliance: shares of every kind that a collection meets, with sizes on both sides of
+// each of its units, and backup results for some of them.
+declare(strict_types=1);
+
+require __DIR__ . '/database.php';
+
+const KIB = 1024;
+const STATUS_FOLDER = '/etc/pelconfig/vokcontrol';
+const BACKUP_FOLDER = STATUS_FOLDER . '/__bksts';
+const LARGE_FILE_KIB = 1_200_000;
+const SPARE_KIB = 500_000;
+
+/** A file that takes up its whole size on the disk, made without writing all of it. */
+function allocate(string $path, int $kibibytes): void
+{
+    exec('fallocate -l ' . $kibibytes * KIB . ' ' . escapeshellarg($path), result_code: $code);
+    if ($code !== 0) {
+        throw new RuntimeException("cannot allocate $kibibytes KiB for \"$path\"");
+    }
+}
+
+function writeText(string $folder): void
+{
+    $sentence = "The appliance keeps what its people give it.\n";
+    foreach (['letter', 'minutes', 'notes'] as $name) {
+        file_put_contents("$folder/$name.txt", str_repeat($sentence, 4500));
+    }
+}
+
+function writeManySmallFiles(string $folder): void
+{
+    for ($number = 1; $number <= 1500; ++$number) {
+        file_put_contents(sprintf('%s/IMG_%04d.jpg', $folder, $number), str_repeat("$number\n", 200));
+    }
+}
+
+function writeDeepTree(string $folder): void
+{
+    for ($depth = 1; $depth <= 40; ++$depth) {
+        $folder .= "/level-$depth";
+        mkdir($folder);
+        file_put_contents("$folder/README", "This is level $depth.\n");
+    }
+}
+
+/** One file of more than a million KiB, or a smaller one where the disk is too full for it. */
+function writeLargeFile(string $folder): void
+{
+    $size = LARGE_FILE_KIB;
+    if (disk_free_space($folder) < ($size + SPARE_KIB) * KIB) {
+        fwrite(STDERR, "The disk is nearly full: the share \"Media\" stays below 1 G this time.\n");
+        $size = 64 * KIB;
+    }
+    allocate("$folder/film.mkv", $size);
+}
+
+/** name => [property, location, what fills its folder] */
+$shares = [
+    'Documents'     => ['public', 'internal', writeText(...)],
+    'Photos'        => ['public', 'internal', writeManySmallFiles(...)],
+    'Projects'      => ['private', 'internal', writeDeepTree(...)],
+    'Media'         => ['public', 'internal', writeLargeFile(...)],
+    'Empty'         => ['private', 'internal', static fn (string $folder) => null],
+    'Family Videos' => ['private', 'internal', static fn (string $f) => allocate("$f/garden.mp4", 262_144)],
+    'Économies'     => ['private', 'internal', static fn (string $f) => allocate("$f/budget.ods", 900)],
+    'Accounts'      => ['private', 'internal', static fn (string $f) => allocate("$f/ledger.db", 1100)],
+    'USB Stick'     => ['public', 'external', writeText(...)],
+];
+
+/** name => the line of its backup status file: a state digit and the date as MMDDYYYY */
+$backups = [
+    'Documents'     => '111182026',
+    'Photos'        => '011202026',
+    'Family Videos' => '211152026',
+    'Économies'     => '110312026',
+    'Projects'      => "backup did not finish\n",
+];
+
+umask(0022);
+mkdir(BACKUP_FOLDER, recursive: true);
+foreach ($backups as $name => $line) {
+    file_put_contents(BACKUP_FOLDER . "/__bk$name", $line);
+}
+
+$database = openDatabase();
+$database->beginTransaction();
+$insert = $database->prepare('INSERT INTO share (name, property, location) VALUES (?, ?, ?)');
+foreach ($shares as $name => [$property, $location, $fill]) {
+    mkdir("/share/$name", recursive: true);
+    $fill("/share/$name");
+    $insert->execute([$name, $property, $location]);
+}
+$database->commit();

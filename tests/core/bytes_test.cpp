@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include "core/bytes.h"
+
+#include <array>
+#include <cctype>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+TEST(Bytes, sixteenBitsAreLeastSignificantFirst)
+{
+    std::array<char, 2> out{};
+    core::putU16(out, 0x80FE);
+    EXPECT_EQ(std::string(out.begin(), out.end()), "\xFE\x80");
+    EXPECT_EQ(core::getU16(out), 0x80FE);
+}
+
+TEST(Bytes, thirtyTwoBitsAreLeastSignificantFirst)
+{
+    std::array<char, 4> out{};
+    core::putU32(out, 0xF1E2D3C4);
+    EXPECT_EQ(std::string(out.begin(), out.end()), "\xC4\xD3\xE2\xF1");
+    EXPECT_EQ(core::getU32(out), 0xF1E2D3C4U);
+}
+
+TEST(Bytes, limitsComeBack)
+{
+    for (const std::uint32_t value : {0U, 1U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        std::array<char, 4> out{};
+        core::putU32(out, value);
+        EXPECT_EQ(core::getU32(out), value);
+    }
+}
+
+TEST(Bytes, alphanumericIsWhatTheCLocaleSaysForEveryByte)
+{
+    for (int value = 0; value < 256; ++value) {
+        EXPECT_EQ(core::isAsciiAlphanumeric(static_cast<std::uint8_t>(value)),
+                  std::isalnum(value) != 0)
+            << value;
+    }
+}
+
+} // namespace

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include <cerrno>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "core/core.h"
+#include "tests/support/root.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class File : public root::Test {};
+
+TEST_F(File, linesLongerThanTheBufferComeInPieces)
+{
+    root::writeFile("/tmp/in", "abcdefg\nxy\n\nlast");
+    const core::File file = core::openFile("/tmp/in", "r");
+    std::array<char, 5> line;
+    Lines pieces;
+    while (core::readLine(file.get(), line)) {
+        pieces.emplace_back(line.data());
+    }
+    EXPECT_EQ(pieces, (Lines{"abcd", "efg\n", "xy\n", "\n", "last"}));
+    EXPECT_STREQ(line.data(), "");
+}
+
+TEST_F(File, zeroByteEndsTheText)
+{
+    root::writeFile("/tmp/in", std::string("ab\0cd\nef\n", 9));
+    const core::File file = core::openFile("/tmp/in", "r");
+    std::array<char, 64> line;
+    EXPECT_TRUE(core::readLine(file.get(), line));
+    EXPECT_STREQ(line.data(), "ab");
+    EXPECT_TRUE(core::readLine(file.get(), line));
+    EXPECT_STREQ(line.data(), "ef\n");
+}
+
+TEST_F(File, emptyFileAndFolderHaveNoLine)
+{
+    root::writeFile("/tmp/empty", "");
+    for (const char* path : {"/tmp/empty", "/tmp"}) {
+        const core::File file = core::openFile(path, "r");
+        ASSERT_TRUE(file) << path;
+        std::array<char, 8> line = {'x', '\0'};
+        EXPECT_FALSE(core::readLine(file.get(), line)) << path;
+        EXPECT_STREQ(line.data(), "") << path;
+    }
+}
+
+TEST_F(File, failureToOpenSetsErrno)
+{
+    EXPECT_FALSE(core::openFile("/tmp/missing", "r"));
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_FALSE(core::openFile("/tmp", "w"));
+    EXPECT_EQ(errno, EISDIR);
+}
+
+TEST_F(File, workFilesCarryTheIdOfTheProcessThatWritesThem)
+{
+    EXPECT_EQ(core::workFileName("share_info").data(), root::workFile("share_info"));
+    root::inChild([] {
+        EXPECT_EQ(core::workFileName("outbuf").data(), "/tmp/outbuf" + std::to_string(::getpid()));
+    });
+}
+
+TEST_F(File, removedWorkFileIsNotTraced)
+{
+    root::writeFile("/tmp/work", "");
+    core::removeWorkFile("/tmp/work");
+    EXPECT_EQ(root::list("/tmp"), Lines{});
+    EXPECT_EQ(watch::calls(), Lines{});
+}
+
+TEST_F(File, workFileThatCannotBeRemovedIsTraced)
+{
+    core::removeWorkFile("/tmp/missing");
+    EXPECT_EQ(watch::calls(), Lines{root::trace("cannot remove file /tmp/missing: No such file or "
+                                                "directory")});
+}
+
+} // namespace

@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: MIT
+#include "tests/support/root.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include "core/core.h"
+
+namespace fs = std::filesystem;
+
+namespace root {
+namespace {
+
+/// Empties a folder that tests may have closed to themselves.
+void emptyFolder(const fs::path& folder)
+{
+    fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add);
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        if (entry.is_directory() && !entry.is_symlink()) {
+            emptyFolder(entry.path());
+        }
+        fs::remove(entry.path());
+    }
+}
+
+void clear()
+{
+    for (const char* folder : {"/tmp", "/etc/pelconfig", "/share", "/stubs"}) {
+        emptyFolder(folder);
+        fs::permissions(folder, fs::perms(0755));
+    }
+    fs::create_directories("/etc/pelconfig/vokcontrol/__bksts");
+    std::signal(SIGCHLD, SIG_DFL);
+    stub("php", "exit 1");
+    watch::restart();
+}
+
+int exitCodeOf(int status)
+{
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+std::string workName(const char* kind)
+{
+    static int number = 0;
+    return "/stubs/" + std::string(kind) + std::to_string(++number);
+}
+
+[[noreturn]] void startProgram(const std::vector<std::string>& command, bool isWatched,
+                               const std::string& output, const std::string& errors)
+{
+    std::vector<char*> arguments;
+    for (const std::string& argument : command) {
+        arguments.push_back(const_cast<char*>(argument.c_str()));
+    }
+    arguments.push_back(nullptr);
+    if (isWatched) {
+        ::setenv("LD_PRELOAD", built("libsystemwatch.so").c_str(), 1);
+    }
+    ::dup2(::open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), STDOUT_FILENO);
+    ::dup2(::open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), STDERR_FILENO);
+    ::execvp(arguments[0], arguments.data());
+    ::_exit(127);
+}
+
+} // namespace
+
+void writeFile(const std::string& path, std::string_view content)
+{
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << content;
+    file.close();
+    ASSERT_TRUE(file) << "cannot write " << path;
+}
+
+std::string readFile(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool exists(const std::string& path)
+{
+    return fs::exists(fs::symlink_status(path));
+}
+
+std::vector<std::string> list(const std::string& folder)
+{
+    std::vector<std::string> names;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        names.push_back(entry.path().filename());
+    }
+    std::ranges::sort(names);
+    return names;
+}
+
+void stub(const std::string& command, const std::string& script)
+{
+    const std::string path = (command == "php" ? "/usr/bin/" : "/stubs/") + command;
+    writeFile(path, "#!/usr/bin/sh\n" + script + "\n");
+    fs::permissions(path, fs::perms(0755));
+}
+
+void stubListing(std::string_view listing)
+{
+    writeFile("/stubs/listing", listing);
+    stub("php", "cat /stubs/listing >\"$3\"");
+}
+
+std::string shareBlock(const std::string& name, const std::string& location)
+{
+    return "  <shareinfo>\n  <sharename>" + name + "</sharename>\n" +
+           "  <shareproperty>public</shareproperty>\n  <sharelocation>" + location +
+           "</sharelocation>\n  </shareinfo>\n";
+}
+
+void stubUsage(const std::string& share, const std::string& kibibytes)
+{
+    fs::create_directories("/stubs/usage");
+    writeFile("/stubs/usage/" + share, kibibytes + "\t/share/" + share + "\n");
+    stub("du", "cat \"/stubs/usage/${2#/share/}\" 2>/dev/null");
+}
+
+void fillDisk(const std::string& folder)
+{
+    const std::string path = folder + "/filler";
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
+    const std::vector<char> block(1 << 16);
+    std::size_t size = block.size();
+    while (size > 0) {
+        size = (::write(file, block.data(), size) > 0) ? size : size / 2;
+    }
+    ::close(file);
+}
+
+std::string le16(unsigned value)
+{
+    return {static_cast<char>(value & 0xFFU), static_cast<char>((value >> 8U) & 0xFFU)};
+}
+
+std::string le32(std::uint32_t value)
+{
+    return le16(value & 0xFFFFU) + le16(value >> 16U);
+}
+
+std::string trace(const std::string& message)
+{
+    return "echo \"" + message + "\" >> /tmp/dbg_vokcontrol.txt";
+}
+
+std::string firstTrace(const std::string& message)
+{
+    return "echo \"" + message + "\" > /tmp/dbg_vokcontrol.txt";
+}
+
+std::string workFile(const std::string& name)
+{
+    return "/tmp/" + name + std::to_string(::getpid());
+}
+
+Program::Program(const std::vector<std::string>& command, bool isWatched)
+    : output_(workName("output")), errors_(workName("errors"))
+{
+    // Whatever the program leaves running holds the other end of this pipe.
+    std::array<int, 2> pipe{};
+    EXPECT_EQ(::pipe(pipe.data()), 0);
+    ::fcntl(pipe[0], F_SETFD, FD_CLOEXEC);
+    pid_ = ::fork();
+    if (pid_ == 0) {
+        startProgram(command, isWatched, output_, errors_);
+    }
+    ::close(pipe[1]);
+    lifeline_ = pipe[0];
+}
+
+Ended Program::wait()
+{
+    int status = 0;
+    ::waitpid(pid_, &status, 0);
+    char byte = 0;
+    while (::read(lifeline_, &byte, 1) > 0) {
+    }
+    ::close(lifeline_);
+    return {exitCodeOf(status), readFile(output_), readFile(errors_)};
+}
+
+Ended run(const std::vector<std::string>& command, bool isWatched)
+{
+    return Program(command, isWatched).wait();
+}
+
+std::string built(const std::string& program)
+{
+    return std::string(VOKCONTROL_BUILD) + "/" + program;
+}
+
+void inChild(const std::function<void()>& function)
+{
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        function();
+        ::_exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    EXPECT_EQ(exitCodeOf(status), 0);
+}
+
+void UntracedTest::SetUp()
+{
+    clear();
+}
+
+void UntracedTest::TearDown()
+{
+    clear();
+}
+
+void Test::SetUp()
+{
+    clear();
+    dbg_trace("the test begins");
+    fs::remove(kTraceFile);
+    watch::restart();
+}
+
+void Test::TearDown()
+{
+    clear();
+}
+
+} // namespace root

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+//
+// root.h: what tests do with the root that they run in: files, stubs, programs, and the starting
+// point that every test finds.
+#pragma once
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/support/system_watch.h"
+
+namespace root {
+
+inline constexpr const char* kTraceFile = "/tmp/dbg_vokcontrol.txt";
+inline constexpr const char* kStatusFolder = "/etc/pelconfig/vokcontrol";
+inline constexpr const char* kStatusFile = "/etc/pelconfig/vokcontrol/__shrStatus";
+inline constexpr const char* kSemaphoreFile = "/etc/pelconfig/vokcontrol/__shrsem";
+inline constexpr const char* kCollectorFile = "/tmp/pelsts1.tmp";
+
+void writeFile(const std::string& path, std::string_view content);
+[[nodiscard]] std::string readFile(const std::string& path);
+[[nodiscard]] bool exists(const std::string& path);
+
+/// The names in a folder, in order.
+[[nodiscard]] std::vector<std::string> list(const std::string& folder);
+
+/// Puts a shell script in front of a command.
+void stub(const std::string& command, const std::string& script);
+
+/// Has the share script write this listing from now on.
+void stubListing(std::string_view listing);
+
+/// One block of the share script's listing.
+[[nodiscard]] std::string shareBlock(const std::string& name,
+                                     const std::string& location = "internal");
+
+/// Has du print these kibibytes for a share; for other shares it fails as du does.
+void stubUsage(const std::string& share, const std::string& kibibytes);
+
+/// Fills the file system that a folder is on to the last byte, with a file in that folder.
+void fillDisk(const std::string& folder);
+
+/// Two bytes of a number, least significant first; four likewise.
+[[nodiscard]] std::string le16(unsigned value);
+[[nodiscard]] std::string le32(std::uint32_t value);
+
+/// The shell line of a trace that is not its process's first.
+[[nodiscard]] std::string trace(const std::string& message);
+/// The shell line of a process's first trace.
+[[nodiscard]] std::string firstTrace(const std::string& message);
+
+/// "/tmp/NAME" and this process's id.
+[[nodiscard]] std::string workFile(const std::string& name);
+
+struct Ended {
+    int exitCode; ///< 128 and the number where a signal ended it
+    std::string output;
+    std::string errors;
+};
+
+/// A program that was started; both its output streams go to files of their own.
+class Program {
+  public:
+    Program(const std::vector<std::string>& command, bool isWatched = false);
+
+    /// Waits for the program and for everything it left behind that still holds its output open.
+    [[nodiscard]] Ended wait();
+
+  private:
+    int pid_;
+    int lifeline_;
+    std::string output_;
+    std::string errors_;
+};
+
+[[nodiscard]] Ended run(const std::vector<std::string>& command, bool isWatched = false);
+
+/// The path of a program of this build.
+[[nodiscard]] std::string built(const std::string& program);
+
+/// Runs a function in a child process, where nothing has been traced yet if nothing has been here.
+void inChild(const std::function<void()>& function);
+
+/// Clears the root and starts the watch. One trace has been made in the test's process, so that
+/// trace() tells every further one.
+class Test : public testing::Test {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+};
+
+/// The same, but this process has not traced anything.
+class UntracedTest : public testing::Test {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+};
+
+} // namespace root

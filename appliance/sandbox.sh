@@ -20,9 +20,10 @@ sandbox_find() {
     readlink -f "$path"
 }
 
-# sandbox_new_root: makes an empty folder for a root, below build/roots, and prints its path.
+# sandbox_new_root CLONE: makes an empty folder for a root, below build/roots of a clone (or below
+# VOKCONTROL_ROOTS), and prints its path.
 sandbox_new_root() {
-    local roots=$1/build/roots
+    local roots=${VOKCONTROL_ROOTS:-$1/build/roots}
     mkdir -p "$roots"
     mktemp -d "$roots/root.XXXXXX"
 }

@@ -48,8 +48,7 @@ Outcome complain(ExitCode code, const std::string& complaint)
 
 Outcome complainOfDamage()
 {
-    Outcome outcome =
-        complain(kNoData, std::string("the share status is damaged. ") + kAdvice);
+    Outcome outcome = complain(kNoData, std::string("the share status is damaged. ") + kAdvice);
     outcome.mayPass = true;
     return outcome;
 }
@@ -85,8 +84,7 @@ Outcome judgeAge(Outcome outcome, std::optional<unsigned> maxAge)
 /// Looks at the files once.
 Outcome readStatus(const StatusOptions& options)
 {
-    const FileStart mark =
-        readFileStart(sharestatus::kSemaphoreFile, sharestatus::kSemaphoreSize);
+    const FileStart mark = readFileStart(sharestatus::kSemaphoreFile, sharestatus::kSemaphoreSize);
     if (mark.error != 0 && mark.error != ENOENT) {
         return complainOfFile(sharestatus::kSemaphoreFile, mark.error);
     }

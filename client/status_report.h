@@ -22,7 +22,7 @@ struct SpaceUsed {
 struct ShareRow {
     std::string name; ///< as it stands on the disk: any bytes
     std::optional<SpaceUsed> used;
-    std::optional<int> backupState; ///< 0 to 9, as the backup client reported it
+    std::optional<int> backupState;        ///< 0 to 9, as the backup client reported it
     std::optional<std::string> backupDate; ///< YYYY-MM-DD
 };
 

@@ -72,15 +72,16 @@ std::optional<CodePoint> decodeFirst(std::string_view text)
 /// Characters that take no place of their own but change how others are shown.
 bool isInvisibleControl(char32_t value)
 {
-    constexpr std::array<std::pair<char32_t, char32_t>, 9> kRanges = {{
-        {0x00AD, 0x00AD}, // soft hyphen
-        {0x061C, 0x061C}, // Arabic letter mark
-        {0x180E, 0x180E}, // Mongolian vowel separator
-        {0x200B, 0x200F}, // zero-width characters and direction marks
-        {0x2028, 0x202E}, // line and paragraph separators, direction embeddings
-        {0x2060, 0x206F}, // invisible operators, direction isolates
-        {0xFEFF, 0xFEFF}, // byte order mark
-        {0xFFF9, 0xFFFB}, // interlinear annotation
+    constexpr std::array<std::pair<char32_t, char32_t>, 10> kRanges = {{
+        {0x0000, 0x0000},   // to wcwidth() it is the end of a text, of no width
+        {0x00AD, 0x00AD},   // soft hyphen
+        {0x061C, 0x061C},   // Arabic letter mark
+        {0x180E, 0x180E},   // Mongolian vowel separator
+        {0x200B, 0x200F},   // zero-width characters and direction marks
+        {0x2028, 0x202E},   // line and paragraph separators, direction embeddings
+        {0x2060, 0x206F},   // invisible operators, direction isolates
+        {0xFEFF, 0xFEFF},   // byte order mark
+        {0xFFF9, 0xFFFB},   // interlinear annotation
         {0xE0000, 0xE007F}, // tags
     }};
     for (const auto& [first, last] : kRanges) {

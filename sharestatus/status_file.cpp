@@ -32,9 +32,10 @@ bool hasStatusFile()
 
 void publishStatus(std::string_view payload)
 {
-    const core::File file = openForPublishing();
+    // Whatever can fail does so before the old status is touched.
     const std::unique_ptr<void, MemoryReleaser> zeros(std::calloc(1, kStatusFileSize));
-    if (!file || !zeros) {
+    const core::File file = zeros ? openForPublishing() : nullptr;
+    if (!file) {
         return;
     }
     const StatusImage image = encodeStatus(payload);
@@ -45,7 +46,7 @@ void publishStatus(std::string_view payload)
     std::fseek(file.get(), 0, SEEK_SET);
     std::fwrite(image.bytes.data(), 1, image.size, file.get());
 
-    // A file that was longer is cut, and on a full disk the length, which costs no space, still holds.
+    // A longer file is cut; and on a full disk the length, which costs no space, still holds.
     [[maybe_unused]] const int cut = ::ftruncate(::fileno(file.get()), kStatusFileSize);
 }
 

@@ -130,8 +130,8 @@ struct StatusImage {
 /// What the start of a status file says. Bytes that the file does not have read as missing, never
 /// as something.
 struct StatusReading {
-    std::uint32_t length;    ///< L as stored; bytes beyond the end count as 0
-    bool isComplete;         ///< L is within its bounds and all its bytes are there
+    std::uint32_t length;     ///< L as stored; bytes beyond the end count as 0
+    bool isComplete;          ///< L is within its bounds and all its bytes are there
     std::string_view payload; ///< the fields from here on only when complete
     std::uint8_t sum;
     std::uint8_t check;

@@ -19,8 +19,8 @@ TEST_F(Trace, firstOneTruncatesTheFileAndLaterOnesAppend)
         dbg_trace("two %d", 2);
         dbg_trace("three");
     });
-    EXPECT_EQ(watch::calls(), (Lines{root::firstTrace("one"), root::trace("two 2"),
-                                     root::trace("three")}));
+    EXPECT_EQ(watch::calls(),
+              (Lines{root::firstTrace("one"), root::trace("two 2"), root::trace("three")}));
     EXPECT_EQ(root::readFile(root::kTraceFile), "one\ntwo 2\nthree\n");
 }
 
@@ -37,7 +37,8 @@ TEST_F(Trace, flagIsClearedEvenWhereTheFirstTraceIsLost)
         dbg_trace("unbalanced \" quote");
         dbg_trace("next");
     });
-    EXPECT_EQ(watch::calls(), (Lines{root::firstTrace("unbalanced \" quote"), root::trace("next")}));
+    EXPECT_EQ(watch::calls(),
+              (Lines{root::firstTrace("unbalanced \" quote"), root::trace("next")}));
     EXPECT_EQ(root::readFile(root::kTraceFile), "next\n");
 }
 
@@ -49,9 +50,8 @@ TEST_F(LaterTrace, quotesAreTheShellsToInterpret)
     dbg_trace("a \"quoted  word\" here");
     dbg_trace("half a \" quote");
     dbg_trace("after");
-    EXPECT_EQ(watch::calls(),
-              (Lines{root::trace("before"), root::trace("a \"quoted  word\" here"),
-                     root::trace("half a \" quote"), root::trace("after")}));
+    EXPECT_EQ(watch::calls(), (Lines{root::trace("before"), root::trace("a \"quoted  word\" here"),
+                                     root::trace("half a \" quote"), root::trace("after")}));
     EXPECT_EQ(root::readFile(root::kTraceFile), "before\na quoted word here\nafter\n");
 }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// system_watch.h: watches a program from outside. This library stands before the C library, by being
-// linked to a test or preloaded into a program, and writes down what the program asks of the system:
-// each line that reaches system() as it stands, and each call of nice, sleep and daemon. Then it
-// passes the call on.
+// system_watch.h: watches a program from outside. This library stands before the C library, by
+// being linked to a test or preloaded into a program, and writes down what the program asks of the
+// system: each line that reaches system() as it stands, and each call of nice, sleep and daemon.
+// Then it passes the call on.
 #pragma once
 
 #include <functional>

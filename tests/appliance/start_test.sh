@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+#
+# usage: start_test.sh BUILD
+#
+# The sample appliance, as somebody who starts it sees it.
+#
+# shellcheck disable=SC2016  # what stands in single quotes is for the appliance's shell to expand
+set -euo pipefail
+here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
+# shellcheck source=tests/appliance/lib.sh
+. "$here/lib.sh" "$@"
+
+expect 'its exit code is the command'"'"'s' 7 "$(appliance sh -c 'exit 7' || echo $?)"
+expect 'a missing command is 127 or 1, never 0' yes "$(appliance no-such-command 2>/dev/null || echo yes)"
+expect 'arguments arrive as they are' '<a  b><$HOME>' "$(appliance printf '<%s>' 'a  b' '$HOME')"
+expect 'a shell without a command' root "$(echo 'whoami; exit' | appliance)"
+expect 'it has its own host name' appliance "$(appliance hostname)"
+expect 'it has its own processes' 0 "$(appliance ps | grep -c start_test || true)"
+expect 'it has its own network' 'lo' "$(appliance ifconfig | sed -n 's/ *Link encap.*//p')"
+expect 'ifconfig prints addresses as the appliance does' 1 \
+    "$(appliance ifconfig lo | grep -c 'inet addr:127.0.0.1')"
+expect 'route prints its table' 'Kernel IP routing table' "$(appliance route -n | head -n 1)"
+expect 'fdisk prints disks as the appliance does' 1 "$(appliance sh -c \
+    'truncate -s 500107862016 /tmp/disk; fdisk -lu /tmp/disk' 2>/dev/null | grep -c '^Disk /tmp/disk: 4.*GB')"
+expect 'du prints a number and a path' "$(printf '4\t/tmp/f')" \
+    "$(appliance sh -c 'echo x >/tmp/f; du -sk /tmp/f')"
+expect 'the host is out of sight' '' "$(appliance sh -c 'ls -d /home /boot /work 2>/dev/null' || true)"
+
+expect 'nothing is kept' gone "$(
+    appliance touch /share/mark
+    appliance sh -c '[ -e /share/mark ] || echo gone'
+)"
+expect 'nothing is left behind' '' "$(ls "$roots")"
+
+state=$roots/state
+expect 'a state folder keeps shares and settings' 'kept kept' "$(
+    appliance --state "$state" sh -c 'echo kept >/share/mark; echo kept >/etc/pelconfig/mark'
+    appliance --state "$state" sh -c 'echo $(cat /share/mark /etc/pelconfig/mark)'
+)"
+expect 'shares are made once' 9 "$(appliance --state "$state" sh -c 'ls /share | grep -vc mark')"
+chmod -R u+rwX "$state" && rm -rf "$state"
+
+expect 'wrong usage ends with 2' 2 "$(appliance --unknown 2>/dev/null || echo $?)"
+expect 'an option without its value ends with 2' 2 "$(appliance --state 2>/dev/null || echo $?)"
+expect 'missing programs are said' "start: there is no /nowhere/vokcontrol yet; run scripts/build first" \
+    "$(appliance --build /nowhere true 2>&1 || true)"
+
+finish

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#include "client/file_start.h"
+
+#include <cerrno>
+#include <ctime>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+#include "tests/support/root.h"
+
+namespace {
+
+class FileStart : public root::Test {};
+
+TEST_F(FileStart, bytesAndTimeOfAFile)
+{
+    root::writeFile("/tmp/file", std::string("a\0b\n", 4));
+    const client::FileStart start = client::readFileStart("/tmp/file", 100);
+    EXPECT_EQ(start.bytes, std::string("a\0b\n", 4));
+    EXPECT_LE(std::time(nullptr) - start.modified, 5);
+    EXPECT_EQ(start.error, 0);
+}
+
+TEST_F(FileStart, noMoreThanWasAskedFor)
+{
+    root::writeFile("/tmp/file", "abcdef");
+    EXPECT_EQ(client::readFileStart("/tmp/file", 4).bytes, "abcd");
+    EXPECT_EQ(client::readFileStart("/tmp/file", 0).bytes, "");
+}
+
+TEST_F(FileStart, reasonWhyThereIsNone)
+{
+    root::writeFile("/tmp/closed", "");
+    std::filesystem::permissions("/tmp/closed", std::filesystem::perms(0));
+    EXPECT_EQ(client::readFileStart("/tmp/missing", 4).error, ENOENT);
+    EXPECT_EQ(client::readFileStart("/tmp/closed", 4).error, EACCES);
+    EXPECT_EQ(client::readFileStart("/tmp", 4).error, EISDIR);
+}
+
+} // namespace

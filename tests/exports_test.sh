@@ -1,0 +1,48 @@
+#!/bin/sh
+# SPDX-License-Identifier: MIT
+#
+# usage: exports_test.sh BUILD
+#
+# What other programs find in the module's dynamic symbol tables: the operations by their names, and
+# nothing besides; and what the module needs of others.
+set -eu
+
+build=$1
+failures=0
+
+# expect WHAT EXPECTED ACTUAL
+expect() {
+    if [ "$2" != "$3" ]; then
+        printf 'FAILED: %s\n--- expected\n%s\n--- found\n%s\n' "$1" "$2" "$3"
+        failures=$((failures + 1))
+    fi
+}
+
+# What AddressSanitizer adds of its own does not count.
+defined() {
+    nm -D --defined-only "$1" | sed 's/.* //' | grep -v '^__odr_asan' | LC_ALL=C sort
+}
+
+operations='GetUserBkStatus
+GetUserCapUsage
+ParseShareInfo
+Read_Status_file
+dbg_trace
+fin_buf
+fout_buf
+removeFile
+share_info
+startPelStatus'
+
+expect 'the library defines the operations and nothing else' \
+    "$operations" "$(defined "$build/libvokcontrol.so")"
+expect 'the executable defines them too, besides what the linker adds' \
+    "$operations" "$(defined "$build/vokcontrol" | grep -vE '^(_|data_start$)')"
+
+for product in libvokcontrol.so vokcontrol; do
+    expect "$product needs libcrypto and the run-time alone" '' \
+        "$(readelf -d "$build/$product" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' |
+            grep -vE '^(libc|libstdc\+\+|libgcc_s|libm|libcrypto|libasan|libubsan)\.so\.[0-9]+$')"
+done
+
+exit $((failures > 0))

@@ -1,0 +1,302 @@
+// SPDX-License-Identifier: MIT
+//
+// The executable, from its start to its end.
+#include <chrono>
+#include <ctime>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <thread>
+
+#include "core/bytes.h"
+#include "tests/support/root.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+using Clock = std::chrono::steady_clock;
+using root::firstTrace;
+using root::le16;
+using root::le32;
+using root::trace;
+
+constexpr std::size_t kMebibyte = 1048576;
+
+std::string zeros(std::size_t count)
+{
+    return std::string(count, '\0');
+}
+
+std::string fileOf(const std::string& payload)
+{
+    unsigned sum = 0;
+    for (const char c : payload) {
+        sum += static_cast<unsigned char>(c);
+    }
+    const std::string image = le32(static_cast<std::uint32_t>(payload.size() + 1)) + payload +
+                              static_cast<char>(sum % 16);
+    return image + zeros(kMebibyte - image.size());
+}
+
+const std::string kNoShares = fileOf(zeros(10));
+const std::string kNoList = fileOf("");
+
+std::uint32_t now()
+{
+    return static_cast<std::uint32_t>(std::time(nullptr));
+}
+
+class Daemon : public root::UntracedTest {
+  protected:
+    const std::string program = root::built("vokcontrol");
+
+    void runDaemon(const Lines& arguments = {})
+    {
+        Lines command = {program};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        const root::Ended ended = root::run(command, true);
+        EXPECT_EQ(ended.exitCode, 0);
+        EXPECT_EQ(ended.output, "");
+    }
+
+    /// The daemon works in a process that it starts itself: its work files tell its number.
+    [[nodiscard]] static std::string listingOf(const Lines& calls)
+    {
+        for (const std::string& call : calls) {
+            const std::size_t at = call.find("/tmp/share_info");
+            if (call.starts_with("sudo") && at != std::string::npos) {
+                return call.substr(at);
+            }
+        }
+        return "";
+    }
+
+    /// The calls of a collection that finds no shares, from the first trace on.
+    [[nodiscard]] static Lines emptyCollection(const std::string& listing)
+    {
+        const std::string command =
+            "sudo /usr/bin/php /etc/inc/api_share.php tovGetShareList " + listing;
+        return {firstTrace("share_info sys(" + command + ")"), command,
+                trace("share_info() return from share_info 0"),
+                trace("pelParseShareInfo() share info buf: return [];\n"),
+                trace("ParseShare return user: 0 - iLen: 10")};
+    }
+
+    static void expectCalls(const Lines& before, const Lines& collection)
+    {
+        Lines calls = before;
+        calls.insert(calls.end(), collection.begin(), collection.end());
+        EXPECT_EQ(watch::calls(), calls);
+    }
+
+    static void expectIdle()
+    {
+        const std::string mark = root::readFile(root::kSemaphoreFile);
+        ASSERT_EQ(mark.size(), 6U);
+        EXPECT_EQ(mark.substr(0, 2), zeros(2));
+        EXPECT_LE(now() - core::getU32(std::span(mark).subspan<2, 4>()), 5U);
+    }
+
+    void SetUp() override
+    {
+        root::UntracedTest::SetUp();
+        root::stubListing("");
+    }
+};
+
+TEST_F(Daemon, publishesEveryShareAndLeavesNothingElse)
+{
+    root::stubListing(root::shareBlock("Music") + root::shareBlock("Away", "external") +
+                      root::shareBlock("My Photos"));
+    root::stubUsage("Music", "77");
+    root::stubUsage("My Photos", "3000");
+    root::writeFile("/etc/pelconfig/vokcontrol/__bksts/__bkMusic", "411212026");
+    runDaemon();
+    EXPECT_EQ(root::readFile(root::kStatusFile),
+              fileOf(zeros(5) + le16(2) + zeros(3) + le16(77) + "K112120264Music\n" + le16(3) +
+                     "M" + zeros(9) + "My Photos\n"));
+    expectIdle();
+    EXPECT_EQ(root::list(root::kStatusFolder), (Lines{"__bksts", "__shrStatus", "__shrsem"}));
+    EXPECT_EQ(root::list("/tmp"), Lines{"dbg_vokcontrol.txt"});
+}
+
+TEST_F(Daemon, withoutSharesTheHeaderIsPublished)
+{
+    runDaemon();
+    EXPECT_EQ(root::readFile(root::kStatusFile), kNoShares);
+    EXPECT_EQ(root::readFile(root::kStatusFile).substr(0, 15), le32(11) + zeros(11));
+    expectIdle();
+    expectCalls({"nice(-16)", "daemon(0, 1)"}, emptyCollection(listingOf(watch::calls())));
+}
+
+TEST_F(Daemon, failedCollectionIsPublishedAsOne)
+{
+    root::stub("php", "exit 1");
+    runDaemon();
+    EXPECT_EQ(root::readFile(root::kStatusFile), kNoList);
+    expectIdle();
+}
+
+TEST_F(Daemon, startAtBootWithAStatusFileEndsAtOnce)
+{
+    root::writeFile(root::kStatusFile, "anything");
+    const auto start = Clock::now();
+    runDaemon({"boot"});
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(5));
+    EXPECT_EQ(watch::calls(), Lines{"nice(-16)"});
+    EXPECT_EQ(root::readFile(root::kStatusFile), "anything");
+    EXPECT_FALSE(root::exists(root::kSemaphoreFile));
+}
+
+TEST_F(Daemon, startAtBootWithoutAStatusFileWaitsTenSeconds)
+{
+    const auto start = Clock::now();
+    runDaemon({""});
+    EXPECT_GE(Clock::now() - start, std::chrono::seconds(10));
+    EXPECT_EQ(root::readFile(root::kStatusFile), kNoShares);
+    expectCalls({"nice(-16)", "sleep(10)", "daemon(0, 1)"},
+                emptyCollection(listingOf(watch::calls())));
+}
+
+TEST_F(Daemon, moreArgumentsAreNoStartAtBoot)
+{
+    root::writeFile(root::kStatusFile, "old");
+    runDaemon({"one", "two"});
+    EXPECT_EQ(root::readFile(root::kStatusFile), kNoShares);
+    expectCalls({"nice(-16)", "daemon(0, 1)"}, emptyCollection(listingOf(watch::calls())));
+}
+
+TEST_F(Daemon, leavesItsStarterAtOnceAndKeepsItsStreams)
+{
+    root::stub("php", "sleep 1; echo from the script; : >\"$3\"");
+    const auto start = Clock::now();
+    root::Program daemon({"/usr/bin/sh", "-c", program + "; echo back"});
+    const root::Ended ended = daemon.wait();
+    EXPECT_GE(Clock::now() - start, std::chrono::seconds(1));
+    EXPECT_EQ(ended.output, "back\nfrom the script\n");
+}
+
+TEST_F(Daemon, worksInTheRootFolder)
+{
+    root::stub("php", "pwd >/tmp/folder; : >\"$3\"");
+    ASSERT_EQ(root::run({"/usr/bin/sh", "-c", "cd /share && " + program}).exitCode, 0);
+    EXPECT_EQ(root::readFile("/tmp/folder"), "/\n");
+}
+
+TEST_F(Daemon, freshBusyMarkEndsItAtOnce)
+{
+    const std::string mark = std::string("\x01\0", 2) + le32(now() - 7190);
+    root::writeFile(root::kSemaphoreFile, mark);
+    runDaemon();
+    EXPECT_EQ(watch::calls(), (Lines{"nice(-16)", "daemon(0, 1)"}));
+    EXPECT_EQ(root::readFile(root::kSemaphoreFile), mark);
+    EXPECT_FALSE(root::exists(root::kStatusFile));
+}
+
+TEST_F(Daemon, staleBusyMarkIsOvertaken)
+{
+    root::writeFile(root::kSemaphoreFile, std::string("\x01\0", 2) + le32(now() - 7200));
+    runDaemon();
+    EXPECT_EQ(root::readFile(root::kStatusFile), kNoShares);
+    expectIdle();
+}
+
+TEST_F(Daemon, markIsBusyWhileTheCollectionRuns)
+{
+    root::stub("php", "cp " + std::string(root::kSemaphoreFile) + " /tmp/seen; : >\"$3\"");
+    runDaemon();
+    const std::string seen = root::readFile("/tmp/seen");
+    ASSERT_EQ(seen.size(), 6U);
+    EXPECT_EQ(seen.substr(0, 2), std::string("\x01\0", 2));
+    expectIdle();
+}
+
+TEST_F(Daemon, secondStartDuringACollectionEndsAtOnce)
+{
+    root::stub("php", "echo run >>/tmp/runs; sleep 1; : >\"$3\"");
+    root::Program first({program});
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    const auto start = Clock::now();
+    runDaemon();
+    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(500));
+    EXPECT_EQ(first.wait().exitCode, 0);
+    EXPECT_EQ(root::readFile("/tmp/runs"), "run\n");
+    EXPECT_EQ(root::readFile(root::kStatusFile), kNoShares);
+    expectIdle();
+}
+
+TEST_F(Daemon, twoStartedTogetherLeaveAWholeStatusAndAnIdleMark)
+{
+    for (int round = 0; round < 20; ++round) {
+        root::Program first({program});
+        root::Program second({program});
+        EXPECT_EQ(first.wait().exitCode, 0);
+        EXPECT_EQ(second.wait().exitCode, 0);
+        // Both may collect, and then they share their work file: one can find the other's list
+        // gone. Whatever each of them found out, what is published is whole.
+        const std::string status = root::readFile(root::kStatusFile);
+        EXPECT_TRUE(status == kNoShares || status == kNoList);
+        expectIdle();
+    }
+}
+
+TEST_F(Daemon, killedOneLeavesItsMarkAndIsOvertakenAfterTwoHours)
+{
+    root::stub("php", "killall -9 vokcontrol");
+    runDaemon();
+    const std::string mark = root::readFile(root::kSemaphoreFile);
+    EXPECT_EQ(mark.substr(0, 2), std::string("\x01\0", 2));
+    EXPECT_FALSE(root::exists(root::kStatusFile));
+
+    root::stubListing("");
+    runDaemon();
+    EXPECT_FALSE(root::exists(root::kStatusFile)) << "the mark is still fresh";
+    root::writeFile(root::kSemaphoreFile, mark.substr(0, 2) + le32(now() - 7200));
+    runDaemon();
+    EXPECT_EQ(root::readFile(root::kStatusFile), kNoShares);
+    expectIdle();
+}
+
+TEST_F(Daemon, missingFolderIsPassedOver)
+{
+    std::filesystem::remove_all(root::kStatusFolder);
+    runDaemon();
+    expectCalls({"nice(-16)", "daemon(0, 1)"}, emptyCollection(listingOf(watch::calls())));
+    EXPECT_FALSE(root::exists(root::kStatusFolder));
+}
+
+TEST_F(Daemon, readOnlyFolderIsPassedOver)
+{
+    std::filesystem::permissions(root::kStatusFolder, std::filesystem::perms(0555));
+    runDaemon();
+    expectCalls({"nice(-16)", "daemon(0, 1)"}, emptyCollection(listingOf(watch::calls())));
+    EXPECT_EQ(root::list(root::kStatusFolder), Lines{"__bksts"});
+}
+
+TEST_F(Daemon, fullDiskKeepsEarlierFilesInUse)
+{
+    runDaemon();
+    root::stubListing(root::shareBlock("Music"));
+    root::fillDisk("/etc/pelconfig");
+    runDaemon();
+    EXPECT_EQ(root::readFile(root::kStatusFile),
+              fileOf(zeros(5) + le16(1) + zeros(3) + zeros(12) + "Music\n"));
+    expectIdle();
+}
+
+TEST_F(Daemon, missingShellToolsEndInAnEmptyStatus)
+{
+    std::filesystem::remove("/usr/bin/php");
+    runDaemon();
+    EXPECT_EQ(root::readFile(root::kStatusFile), kNoList);
+    expectIdle();
+}
+
+TEST_F(Daemon, closedStreamsDoNoHarm)
+{
+    ASSERT_EQ(root::run({"/usr/bin/sh", "-c", program + " <&- >&- 2>&-; sleep 1"}).exitCode, 0);
+    EXPECT_EQ(root::readFile(root::kStatusFile), kNoShares);
+    expectIdle();
+}
+
+} // namespace

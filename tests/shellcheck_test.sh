@@ -1,0 +1,21 @@
+#!/bin/sh
+# SPDX-License-Identifier: MIT
+#
+# Every script passes shellcheck.
+set -eu
+cd "$(dirname "$0")/.."
+
+# A script is what begins with "#!/" and a shell, and what is sourced by one.
+scripts=$(git ls-files --cached --others --exclude-standard 2>/dev/null || find . -path ./build -prune -o -type f -print)
+checked=0
+for file in $scripts; do
+    [ -f "$file" ] || continue
+    case $(head -n 1 "$file" | tr -d '\0') in
+        '#!/bin/sh' | '#!/usr/bin/env bash') ;;
+        *) case $file in *.sh) ;; *) continue ;; esac ;;
+    esac
+    shellcheck --external-sources "$file"
+    checked=$((checked + 1))
+done
+echo "$checked scripts"
+[ "$checked" -gt 0 ]

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "sharestatus/daemon.h"
+
 #include <unistd.h>
 
 #include "core/core.h"
@@ -13,6 +15,8 @@ constexpr int kPriorityRaise = -16;
 constexpr int kBootArgumentCount = 2;
 constexpr unsigned kBootDelaySeconds = 10;
 
+} // namespace
+
 void collectAndPublish()
 {
     if (!claimSemaphore()) {
@@ -23,8 +27,6 @@ void collectAndPublish()
     publishStatus({payload.data(), static_cast<std::size_t>(length)});
     releaseSemaphore();
 }
-
-} // namespace
 
 int runStatusDaemon(int argumentCount)
 {

@@ -201,7 +201,7 @@ Ended run(const std::vector<std::string>& command, bool isWatched)
 
 std::string built(const std::string& program)
 {
-    return std::string(VOKCONTROL_BUILD) + "/" + program;
+    return "/build/" + program;
 }
 
 void inChild(const std::function<void()>& function)

@@ -6,10 +6,9 @@ set -eu
 cd "$(dirname "$0")/.."
 
 # A script is what begins with "#!/" and a shell, and what is sourced by one.
-scripts=$(git ls-files --cached --others --exclude-standard 2>/dev/null || find . -path ./build -prune -o -type f -print)
+scripts=$(find . \( -path ./build -o -path ./.git \) -prune -o -type f -print)
 checked=0
 for file in $scripts; do
-    [ -f "$file" ] || continue
     case $(head -n 1 "$file" | tr -d '\0') in
         '#!/bin/sh' | '#!/usr/bin/env bash') ;;
         *) case $file in *.sh) ;; *) continue ;; esac ;;

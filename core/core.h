@@ -41,6 +41,12 @@ namespace core {
 /// Longest line of text that the module takes in one piece, its terminator counted.
 inline constexpr std::size_t kLineSize = 4096;
 
+/// The longest text that a value accessor gives back, its terminator counted.
+inline constexpr std::size_t kValueSize = 512;
+
+/// A message of a trace or a script comment, its terminator counted.
+inline constexpr std::size_t kMessageSize = 2000;
+
 /// A shell line that is built and run at once, or a line of what it printed.
 inline constexpr std::size_t kCommandSize = 2048;
 
@@ -82,6 +88,15 @@ ShellRun runShellLine(const char* line);
 [[nodiscard]] bool hasRun(ShellRun run);
 
 // The third judgement, none at all, is runShellLine with its result dropped.
+
+/// The script of the administration layer's system area.
+inline constexpr const char* kSystemScript = "sudo /usr/bin/php /etc/inc/api_system.php";
+
+// ---- Script comments --------------------------------------------------------------------------
+
+/// Prints a message to standard output, for a page to carry: as a comment that is inert in script
+/// and in markup. It is cut at 1999 characters and flushed at once. errno is left as it was found.
+[[gnu::format(printf, 1, 2)]] void printComment(const char* format, ...);
 
 // ---- Files ------------------------------------------------------------------------------------
 

@@ -7,7 +7,8 @@
 
 namespace {
 
-constexpr std::size_t kMessageSize = 2000;
+using core::kMessageSize;
+
 constexpr std::size_t kEchoSize = 2048;
 constexpr std::string_view kLongestEchoFrame = "echo \"\" >> /tmp/dbg_vokcontrol.txt";
 

@@ -51,6 +51,87 @@ int Read_Status_file(char* buffer);
  */
 void startPelStatus(void);
 
+/*
+ * ---- The appliance's variables ------------------------------------------------------------------
+ *
+ * A read operation gives back a NUL-terminated text of at most 511 characters in a buffer of its
+ * own, which its next call overwrites; never a null pointer. An empty text stands for a value that
+ * is not there and for every failure.
+ */
+
+/*
+ * Reads a variable. These names are answered by what the appliance says at that moment, all others
+ * by the file /etc/pelconfig/system_var:
+ *
+ *   lan_ipaddr, lan_hwaddr, lan_proto, lan_gateway, lan_netmask    getSystemVar, kinds 1 to 5
+ *   machine_name     kytegetSysVar("<nmbdSysname>", "tovGetNmbdSysname")
+ *   pel_language     a digit for kytegetSysVar("<language>", "tovGetLanguage"): english 1, french 2,
+ *                    german 3, spanish 4, italian 5, chinese (traditional too) 6, others 1
+ *   build_version    getBuildInfo
+ *
+ *   name    taken literally; it matches at the start of a line, up to blanks or tabs and a "="
+ *   result  the first matching line's text behind the "=" and its blanks, without CR and LF
+ *   locks   /etc/pelconfig/system_var_lck, shared, where it exists
+ *   prints  to standard output, in a script comment, why the file could not be opened
+ */
+const char* getvar(const char* name);
+
+/*
+ * Writes a variable: every line of that name, or a new last one. All other lines keep their bytes
+ * and their order. Writers wait for each other and for readers.
+ *
+ *   result  0, or -1 when the file or its copy could not be opened or the copy not be written
+ *           whole; the variables are then as they were
+ *   locks   /etc/pelconfig/system_var_lck, exclusively; creates it
+ *   writes  /etc/pelconfig/system_var, which must exist; system_var_tmp beside it stays as a second
+ *           link to the new version, system_var_bak is the version before
+ */
+int setvar(const char* name, const char* value);
+
+/*
+ * Asks the network tools.
+ *
+ *   ignored  anything
+ *   kind     1 address, 2 hardware address, 3 "dhcp_client", 4 gateway, 5 network mask; others are
+ *            empty
+ *   runs     ifconfig or route, and grep, into /tmp/getsetvarPID; then sudo rm -f on that
+ *   prints   to standard error: the result
+ */
+const char* getSystemVar(const char* ignored, int kind);
+
+/*
+ * Asks a function of the system script and takes what stands behind a key, up to the next "<" or
+ * the end of the line with its newline. The last line that holds the key counts.
+ *
+ *   runs    sudo /usr/bin/php /etc/inc/api_system.php FUNCTION /tmp/getSysVarPID
+ *   traces  (getSysVar alone) the line and its result, and the value; or what failed
+ */
+const char* getSysVar(const char* key, const char* apiFunction);
+const char* kytegetSysVar(const char* key, const char* apiFunction);
+
+/*
+ * The same for any command line that takes the name of its output file as last argument. What
+ * getSysVar traces goes to standard output instead, in script comments.
+ *
+ *   runs    COMMAND /tmp/getSysVarPID
+ */
+const char* kyteGetVar(const char* command, const char* key);
+
+/*
+ * Calls a function of the system script with one argument, which is put on the shell line as it
+ * stands.
+ *
+ *   result  0, or -1 when the line failed (its output then stays in /tmp/setSysVarPID)
+ *   runs    sudo /usr/bin/php /etc/inc/api_system.php FUNCTION VALUE > /tmp/setSysVarPID
+ *   traces  the line and its result
+ */
+int setSysVar(const char* value, const char* apiFunction);
+
+/*
+ * The first line of /etc/buildinfo.txt, without its newline.
+ */
+const char* getBuildInfo(void);
+
 #pragma GCC visibility pop
 
 #ifdef __cplusplus

@@ -30,7 +30,15 @@ Read_Status_file
 dbg_trace
 fin_buf
 fout_buf
+getBuildInfo
+getSysVar
+getSystemVar
+getvar
+kyteGetVar
+kytegetSysVar
 removeFile
+setSysVar
+setvar
 share_info
 startPelStatus'
 

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+//
+// getSysVar, kytegetSysVar, kyteGetVar and setSysVar: values that the system script keeps.
+#include <cerrno>
+#include <cstdarg>
+#include <cstring>
+
+#include "core/core.h"
+
+namespace core {
+namespace {
+
+using Value = std::array<char, kValueSize>;
+
+/// Room for a line with any value that came with a request.
+using ApiLine = std::array<char, kLineSize + 256>;
+
+/// How an accessor tells what it does.
+enum class Report { kTrace, kComment, kNone };
+
+[[gnu::format(printf, 2, 3)]] void tell(Report report, const char* format, ...)
+{
+    std::array<char, kMessageSize> message;
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(message.data(), message.size(), format, arguments);
+    va_end(arguments);
+    if (report == Report::kTrace) {
+        dbg_trace("%s", message.data());
+    } else if (report == Report::kComment) {
+        printComment("%s", message.data());
+    }
+}
+
+/// Takes what stands behind the last key in a script's output.
+void extract(FILE* output, const char* key, Value& value)
+{
+    std::array<char, kValueSize> line;
+    while (readLine(output, line)) {
+        const char* found = std::strstr(line.data(), key);
+        if (found != nullptr) {
+            const char* text = found + std::strlen(key);
+            formatBounded(value, "%.*s", static_cast<int>(std::strcspn(text, "<")), text);
+        }
+    }
+}
+
+/// Runs a line that ends in the name of its output file, and reads that.
+void ask(const char* command, const char* outputPath, const char* key, Report report, Value& value)
+{
+    value[0] = '\0';
+    const ShellRun run = runShellLine(command);
+    if (!succeeded(run)) {
+        tell(report, "getSysVar failed: %s -- iRet: %d", command, run.result);
+        return;
+    }
+    tell(report, "getSysVar(): %s -- iRet: %d", command, run.result);
+
+    File output = openFile(outputPath, "r");
+    if (!output) {
+        tell(report, "getSysVar failed: open file %s -- err: %s", outputPath,
+             std::strerror(errno));
+        std::remove(outputPath);
+        return;
+    }
+    extract(output.get(), key, value);
+    output.reset();
+    std::remove(outputPath);
+    tell(report, "getSysVar retBuf:%s", value.data());
+}
+
+void askSystemScript(const char* apiFunction, const char* key, Report report, Value& value)
+{
+    const WorkFileName output = workFileName("getSysVar");
+    ApiLine command;
+    formatBounded(command, "%s %s %s", kSystemScript, apiFunction, output.data());
+    ask(command.data(), output.data(), key, report, value);
+}
+
+} // namespace
+} // namespace core
+
+const char* getSysVar(const char* key, const char* apiFunction)
+{
+    static core::Value value;
+    core::askSystemScript(apiFunction, key, core::Report::kTrace, value);
+    return value.data();
+}
+
+const char* kytegetSysVar(const char* key, const char* apiFunction)
+{
+    static core::Value value;
+    core::askSystemScript(apiFunction, key, core::Report::kNone, value);
+    return value.data();
+}
+
+const char* kyteGetVar(const char* command, const char* key)
+{
+    static core::Value value;
+    const core::WorkFileName output = core::workFileName("getSysVar");
+    core::ApiLine line;
+    core::formatBounded(line, "%s %s", command, output.data());
+    core::ask(line.data(), output.data(), key, core::Report::kComment, value);
+    return value.data();
+}
+
+int setSysVar(const char* value, const char* apiFunction)
+{
+    const core::WorkFileName output = core::workFileName("setSysVar");
+    core::ApiLine line;
+    core::formatBounded(line, "%s %s %s > %s", core::kSystemScript, apiFunction, value,
+                        output.data());
+    const core::ShellRun run = core::runShellLine(line.data());
+    if (!core::succeeded(run)) {
+        dbg_trace("setSysVar failed: %s -- iRet: %d", line.data(), run.result);
+        return -1;
+    }
+    dbg_trace("setSysVar(): %s -- iRet: %d", line.data(), run.result);
+    std::remove(output.data());
+    return 0;
+}

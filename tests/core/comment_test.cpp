@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#include <cerrno>
+#include <gtest/gtest.h>
+
+#include "core/core.h"
+
+namespace {
+
+std::string printed(const std::string& message)
+{
+    testing::internal::CaptureStdout();
+    core::printComment("%s", message.c_str());
+    return testing::internal::GetCapturedStdout();
+}
+
+TEST(Comment, messageIsWrappedAndEndsItsLine)
+{
+    testing::internal::CaptureStdout();
+    core::printComment("found %d of %s", 2, "four");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "//<!-- found 2 of four-->\n");
+}
+
+TEST(Comment, longMessageIsCut)
+{
+    EXPECT_EQ(printed(std::string(1999, 'm')), "//<!-- " + std::string(1999, 'm') + "-->\n");
+    EXPECT_EQ(printed(std::string(5000, 'm')), "//<!-- " + std::string(1999, 'm') + "-->\n");
+}
+
+TEST(Comment, errnoIsLeftAsItWas)
+{
+    errno = ENOSPC;
+    printed("x");
+    EXPECT_EQ(errno, ENOSPC);
+}
+
+} // namespace

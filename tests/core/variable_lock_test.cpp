@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#include "core/variable_lock.h"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/support/root.h"
+
+namespace {
+
+using core::VariableLock;
+
+constexpr const char* kLockFile = "/etc/pelconfig/system_var_lck";
+
+class Lock : public root::Test {
+  protected:
+    /// Whether somebody else could get a lock at this moment.
+    static bool isFree(int operation)
+    {
+        const int file = ::open(kLockFile, O_RDONLY);
+        const bool isGot = ::flock(file, operation | LOCK_NB) == 0;
+        ::close(file);
+        return isGot;
+    }
+};
+
+TEST_F(Lock, writerCreatesTheFileAndKeepsEverybodyOut)
+{
+    ::umask(0);
+    {
+        const VariableLock lock(VariableLock::Mode::kWrite);
+        struct stat status = {};
+        ASSERT_EQ(::stat(kLockFile, &status), 0);
+        EXPECT_EQ(status.st_mode & 0777U, 0666U);
+        EXPECT_FALSE(isFree(LOCK_SH));
+    }
+    EXPECT_TRUE(isFree(LOCK_EX));
+    ::umask(022);
+}
+
+TEST_F(Lock, readersShare)
+{
+    root::writeFile(kLockFile, "");
+    const VariableLock lock(VariableLock::Mode::kRead);
+    EXPECT_TRUE(isFree(LOCK_SH));
+    EXPECT_FALSE(isFree(LOCK_EX));
+}
+
+TEST_F(Lock, readerCreatesNothing)
+{
+    const VariableLock lock(VariableLock::Mode::kRead);
+    EXPECT_FALSE(root::exists(kLockFile));
+}
+
+TEST_F(Lock, nobodyWaitsWithoutALockFile)
+{
+    std::filesystem::permissions("/etc/pelconfig", std::filesystem::perms(0555));
+    const VariableLock writer(VariableLock::Mode::kWrite);
+    const VariableLock reader(VariableLock::Mode::kRead);
+    EXPECT_FALSE(root::exists(kLockFile));
+}
+
+} // namespace

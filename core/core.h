@@ -27,10 +27,8 @@ extern "C" {
 /// @return what system() gave back for the echo line. errno is left as it was found.
 [[gnu::format(printf, 1, 2)]] int dbg_trace(const char* format, ...);
 
-/// The request frame that the command service's caller has received.
-extern char fin_buf[4096];
-
-/// The answer of the request in hand; null between requests.
+/// The answer to the request in hand. After a request that an error exit ended, it stays open until
+/// the next one begins.
 extern FILE* fout_buf;
 
 } // extern "C"

@@ -2,6 +2,7 @@
 #include "core/core.h"
 
 #include <cstdarg>
+#include <cstdio>
 
 void core::formatBounded(std::span<char> out, const char* format, ...)
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/core.h"
 
-char fin_buf[4096];
+char fin_buf[VOK_REQUEST_SIZE];
 FILE* fout_buf = nullptr;
 
 std::array<char, core::kCommandSize> core::commandBuffer;

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "core/core.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdio>
 #include <string_view>
 
 namespace {

@@ -9,6 +9,18 @@
  */
 #pragma once
 
+#include <stdint.h>
+
+/* The answer to request number N stands in the file of this name with N, in decimal, behind it. */
+#define VOK_ANSWER_FILE "/tmp/outbuf"
+
+/* The largest request, in bytes. */
+#define VOK_REQUEST_SIZE 4096
+
+/* Where the command usage is kept, and its size in bytes. */
+#define VOK_USAGE_FILE "/etc/pelconfig/vokcontrol/vokcontrol_cmd_used"
+#define VOK_USAGE_SIZE 168
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -46,7 +58,8 @@ int Read_Status_file(char* buffer);
  * when it is not there. Does nothing when the processes cannot be listed.
  *
  *   runs    ps | grep pelstatus> /tmp/startPelStatusPID, then perhaps startapp pelstatus
- *   writes  /tmp/startPelStatusPID (PID: the caller's process id), removed before it returns
+ *   writes  /tmp/startPelStatusPID (PID: the caller's process id); it is removed, but for a search
+ *           that failed
  *   traces  that it runs already, how the start went, or what failed
  */
 void startPelStatus(void);
@@ -131,6 +144,62 @@ int setSysVar(const char* value, const char* apiFunction);
  * The first line of /etc/buildinfo.txt, without its newline.
  */
 const char* getBuildInfo(void);
+
+/*
+ * ---- The command service -------------------------------------------------------------------------
+ */
+
+/*
+ * The request. A caller puts the frame here and zeros behind it: a command code of four characters,
+ * a blank, the parameter count as 32 bits little-endian, and the parameters.
+ */
+extern char fin_buf[VOK_REQUEST_SIZE];
+
+/*
+ * Runs the request in fin_buf.
+ *
+ *   number  names the answer file; callers that run at the same time need numbers of their own
+ *   result  0 when the command was run or deliberately left alone, whatever it answered; -1 for an
+ *           unknown command, an answer file that cannot be opened, and a wrong parameter count of
+ *           getv, wags, wall, warp and wasu; for a wrong count of the others, what the shell gave
+ *           back for the last trace (0 as a rule)
+ *   writes  /tmp/outbufNUMBER. It is empty when the command was ignored, is not known or failed
+ *           before it answered. After a wrong count or an unknown command it is only complete once
+ *           the process has ended through exit() or the next request has begun.
+ *   traces  the code and the count, and whatever the command traces
+ */
+int process_command(int number);
+
+/*
+ * How often each command was received: 21 slots of a command code (four characters) and a counter
+ * (32 bits little-endian). The same bytes stand in the usage file. A new table is all zeros.
+ */
+typedef struct CommandUsage {
+    unsigned char bytes[VOK_USAGE_SIZE];
+} CommandUsage;
+
+/*
+ * Prepares a table: from the usage file where there is one, else with all counters as they are. A
+ * table that is prepared already is left alone.
+ *
+ *   reads   /etc/pelconfig/vokcontrol/vokcontrol_cmd_used
+ *   traces  which of the two it was
+ */
+void init_cmd_buffer(CommandUsage* table);
+
+/*
+ * Counts a command, and writes the table to the usage file when the last time was more than 300
+ * seconds ago.
+ *
+ *   table     may be null: then nothing is counted
+ *   lastSave  when the file was last written, in seconds since the epoch; kept up to date. Start
+ *             with 0.
+ *   code      the first four bytes of the request as a little-endian word
+ *   writes    /etc/pelconfig/vokcontrol/vokcontrol_cmd_used, in place. Where that fails, the next
+ *             count tries again.
+ *   traces    the code, whether it has no slot of its own, and how the writing went
+ */
+void save_cmd_cnt(CommandUsage* table, int32_t* lastSave, uint32_t code);
 
 #pragma GCC visibility pop
 

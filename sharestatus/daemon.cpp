@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "sharestatus/daemon.h"
 
+#include <array>
 #include <unistd.h>
 
 #include "core/core.h"

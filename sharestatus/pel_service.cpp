@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The "pelstatus" service: the separate program that runs the collections.
+// The "pelstatus" service, a program of its own: whether it runs, and its start.
+#include <array>
 #include <cerrno>
 #include <cstring>
 

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "sharestatus/semaphore.h"
 
+#include <array>
+#include <cstdint>
+#include <cstdio>
 #include <ctime>
 
 #include "core/core.h"

@@ -10,8 +10,8 @@ namespace sharestatus {
 namespace {
 
 constexpr std::size_t kBusyOffset = 0;
-constexpr std::size_t kReservedOffset = 1;
-constexpr std::size_t kTimeOffset = 2;
+constexpr std::size_t kReservedOffset = kBusyOffset + 1;
+constexpr std::size_t kTimeOffset = kReservedOffset + 1;
 constexpr std::size_t kTimeSize = 4;
 static_assert(kTimeOffset + kTimeSize == kSemaphoreSize);
 

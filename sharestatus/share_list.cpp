@@ -3,8 +3,11 @@
 // The list of internal shares, as the appliance's share script tells it.
 #include "sharestatus/sharestatus.h"
 
+#include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <span>
 #include <string_view>
 
 #include "core/core.h"

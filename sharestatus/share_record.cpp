@@ -4,9 +4,12 @@
 #include "sharestatus/share_record.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <string_view>
 
 #include "core/bytes.h"
@@ -37,11 +40,10 @@ void storeUsage(std::span<char, kDateOffset> out, long kibibytes)
         value = kibibytes / 1000;
         unit = 'M';
     }
-    const auto stored = static_cast<std::uint16_t>(value);
-    core::putU16(out.subspan<kUsageOffset, kUsageSize>(), stored);
+    core::putU16(out.subspan<kUsageOffset, kUsageSize>(), static_cast<std::uint16_t>(value));
     out[kUnitOffset] = unit;
     if (unit == 'G') {
-        dbg_trace("GetUserCapUsage system: %d%c", stored, unit);
+        dbg_trace("GetUserCapUsage system: %d%c", static_cast<int>(value), unit);
     }
 }
 

@@ -3,6 +3,9 @@
 // The collector: from the list of shares to the share status buffer.
 #include "sharestatus/sharestatus.h"
 
+#include <array>
+#include <span>
+
 #include "core/core.h"
 #include "sharestatus/fragment_walk.h"
 #include "sharestatus/share_record.h"

@@ -19,7 +19,7 @@ extern "C" {
 ///
 /// @param path  the file to write; it is replaced
 /// @return the number of shares listed, or -1 when the share script failed or one of the two files
-///         could not be opened (in the latter case the work file stays behind)
+///         could not be opened; the work file then stays behind
 ///
 /// Runs the share script's tovGetShareList; uses /tmp/share_infoPID.
 int share_info(const char* path);
@@ -46,9 +46,10 @@ int ParseShareInfo(char* buffer, int size);
 /// KiB each; beyond that in "G", a million KiB each; fractions are dropped.
 ///
 /// @param record  at least 3 bytes; left alone on failure
-/// @return 0, or -1 when du could not be run or printed nothing
+/// @param name    at most 4095 characters, put on the shell line between double quotes as it stands
+/// @return 0, or -1 when du could not be run, its output not be opened, or nothing stood in it
 ///
-/// Runs du -sk "/share/NAME"; uses /tmp/pelsts1.tmp and removes it.
+/// Runs du -sk "/share/NAME"; uses /tmp/pelsts1.tmp, and removes it once it could be opened.
 int GetUserCapUsage(void* record, const char* name);
 
 /// Takes the last backup's date and state from a share's backup status file and fills bytes 3 to 10
@@ -56,6 +57,7 @@ int GetUserCapUsage(void* record, const char* name);
 /// line is too short to hold both, the record is left alone.
 ///
 /// @param record  at least 12 bytes
+/// @param name    at most 4095 characters
 ///
 /// Reads /etc/pelconfig/vokcontrol/__bksts/__bkNAME.
 void GetUserBkStatus(void* record, const char* name);

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <unistd.h>
+#include <utility>
 
 #include "core/core.h"
 
@@ -23,6 +24,13 @@ core::File openForPublishing()
     return file ? std::move(file) : core::openFile(kStatusFile, "w");
 }
 
+/// Reads the start of the file in one read.
+void look(FILE* file, StatusImage& image)
+{
+    const ssize_t got = ::pread(::fileno(file), image.bytes.data(), image.bytes.size(), 0);
+    image.size = (got > 0) ? static_cast<std::size_t>(got) : 0;
+}
+
 } // namespace
 
 bool hasStatusFile()
@@ -32,7 +40,7 @@ bool hasStatusFile()
 
 void publishStatus(std::string_view payload)
 {
-    // Whatever can fail does so before the old status is touched.
+    // What can be missing is looked for before the old status is touched.
     const std::unique_ptr<void, MemoryReleaser> zeros(std::calloc(1, kStatusFileSize));
     const core::File file = zeros ? openForPublishing() : nullptr;
     if (!file) {
@@ -40,7 +48,8 @@ void publishStatus(std::string_view payload)
     }
     const StatusImage image = encodeStatus(payload);
 
-    // Without a buffer in between, each fwrite is one write: readers see it as a whole, or nearly.
+    // Without a buffer in between, each fwrite is one write: that leaves the least of half-written
+    // states for a reader to see.
     std::setvbuf(file.get(), nullptr, _IONBF, 0);
     std::fwrite(zeros.get(), 1, kStatusFileSize, file.get());
     std::fseek(file.get(), 0, SEEK_SET);
@@ -52,12 +61,21 @@ void publishStatus(std::string_view payload)
 
 bool loadStatus(StatusImage& image)
 {
+    constexpr int kMostLooks = 8;
     const core::File file = core::openFile(kStatusFile, "r");
     if (!file) {
         return false;
     }
-    const ssize_t got = ::read(::fileno(file.get()), image.bytes.data(), image.bytes.size());
-    image.size = (got > 0) ? static_cast<std::size_t>(got) : 0;
+    StatusImage earlier;
+    look(file.get(), image);
+    for (int looks = 1; looks < kMostLooks; ++looks) {
+        earlier = image;
+        look(file.get(), image);
+        if (image.text() == earlier.text()) {
+            return true;
+        }
+    }
+    image.size = 0;
     return true;
 }
 

@@ -30,7 +30,7 @@ void TableWriter::append(const WorkRecord& record, std::string_view name)
 
 void TableWriter::finish()
 {
-    core::putU16(buffer_.subspan<kCountOffset, 2>(), count_);
+    core::putU16(buffer_.subspan<kCountOffset, kCountSize>(), count_);
 }
 
 TableReader::TableReader(std::string_view payload)
@@ -39,8 +39,7 @@ TableReader::TableReader(std::string_view payload)
         rest_ = payload;
         return;
     }
-    hasHeader_ = true;
-    missing_ = core::getU16(std::span(payload).subspan<kCountOffset, 2>());
+    missing_ = core::getU16(std::span(payload).subspan<kCountOffset, kCountSize>());
     rest_ = payload.substr(kHeaderSize);
 }
 

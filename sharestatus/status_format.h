@@ -48,7 +48,8 @@ static_assert(kNameOffset == 12 && kWorkRecordSize == 76);
 
 // The payload.
 inline constexpr std::size_t kCountOffset = 5;
-inline constexpr std::size_t kHeaderSize = 10;
+inline constexpr std::size_t kCountSize = 2;
+inline constexpr std::size_t kHeaderSize = kCountOffset + kCountSize + 3;
 inline constexpr std::size_t kMaxPayloadSize = 4096;
 
 // The file.
@@ -110,7 +111,6 @@ class TableReader {
   private:
     std::string_view rest_;
     std::uint16_t missing_ = 0;
-    bool hasHeader_ = false;
 };
 
 /// The sum of the bytes, modulo 16.

@@ -1,18 +1,22 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
 #
+# usage: tree_test.sh BUILD
+#
 # The tests mirror the sources: each source file of the module and the client has its test, each test
 # file is built into a test, and none is switched off.
 set -eu
+build=$(cd "$1" && pwd)
 cd "$(dirname "$0")/.."
 failures=0
+ctest --test-dir "$build" --show-only >"$build/tests.list"
 
 complain() {
     echo "FAILED: $1"
     failures=$((failures + 1))
 }
 
-for source in core/*.cpp sharestatus/*.cpp client/*.cpp; do
+for source in core/*.cpp sharestatus/*.cpp cmdsvc/*.cpp handlers/*.cpp client/*.cpp; do
     # The daemon's main file is one call; daemon_test runs it.
     [ "$source" != sharestatus/main.cpp ] || continue
     test=tests/${source%.cpp}_test.cpp
@@ -20,8 +24,9 @@ for source in core/*.cpp sharestatus/*.cpp client/*.cpp; do
 done
 
 for test in tests/*/*_test.cpp; do
-    unit=$(basename "$test" _test.cpp)
-    grep -qw -- "$unit" tests/CMakeLists.txt || complain "$test is in no target"
+    unit=${test#tests/}
+    grep -q ": ${unit%_test.cpp}\$" "$build/tests.list" ||
+        complain "$test is in no target"
 done
 
 if grep -nE 'DISABLED_|GTEST_SKIP' tests/*/*_test.cpp; then

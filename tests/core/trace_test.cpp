@@ -61,6 +61,13 @@ TEST_F(LaterTrace, dollarAndBackquoteAreExpanded)
     EXPECT_EQ(root::readFile(root::kTraceFile), "home /root sum 5\n");
 }
 
+TEST_F(LaterTrace, backslashIsTheShellsToInterpret)
+{
+    dbg_trace("%s", "a\\$HOME b");
+    EXPECT_EQ(watch::calls(), Lines{root::trace("a\\$HOME b")});
+    EXPECT_EQ(root::readFile(root::kTraceFile), "a$HOME b\n");
+}
+
 TEST_F(LaterTrace, messageOfOneThousandNineHundredNinetyNineCharactersIsWhole)
 {
     const std::string message(1999, 'm');

@@ -150,8 +150,17 @@ TEST_F(Daemon, startAtBootWithAStatusFileEndsAtOnce)
 
 TEST_F(Daemon, startAtBootWithoutAStatusFileWaitsTenSeconds)
 {
+    // One that cannot be read is as good as none. It is made readable during the wait, to see it
+    // rewritten.
+    root::writeFile(root::kStatusFile, "unreadable");
+    std::filesystem::permissions(root::kStatusFile, std::filesystem::perms(0));
     const auto start = Clock::now();
+    std::thread opener([] {
+        std::this_thread::sleep_for(std::chrono::seconds(2));
+        std::filesystem::permissions(root::kStatusFile, std::filesystem::perms(0644));
+    });
     runDaemon({""});
+    opener.join();
     EXPECT_GE(Clock::now() - start, std::chrono::seconds(10));
     EXPECT_EQ(root::readFile(root::kStatusFile), kNoShares);
     expectCalls({"nice(-16)", "sleep(10)", "daemon(0, 1)"},

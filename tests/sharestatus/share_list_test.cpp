@@ -3,6 +3,7 @@
 // share_info: from the share script's listing to the fragment.
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 
@@ -227,13 +228,68 @@ TEST_F(ShareList, folderInTheListingsPlaceListsNothing)
 TEST_F(ShareList, fullDiskLeavesAFragmentThatIsCutButNoCrash)
 {
     std::string text;
-    for (int i = 0; i < 300; ++i) {
-        text += root::shareBlock("share" + std::to_string(i));
+    for (int i = 0; i < 2000; ++i) {
+        text += root::shareBlock("share" + std::to_string(1000 + i));
     }
     root::stubListing(text);
+    root::writeFile(kFragment, std::string(100, 'x'));
     watch::after("sudo", [] { root::fillDisk("/tmp"); });
-    EXPECT_EQ(share_info(kFragment), 300);
-    EXPECT_LE(root::readFile(kFragment).size(), 4096U);
+    for (int i = 0; i < 2000; ++i) {
+        watch::answer("echo \"share_info() -- found", 0, 0);
+    }
+    EXPECT_EQ(share_info(kFragment), 2000);
+    const std::string whole(8 + 2000 * 11 + 2, ' ');
+    EXPECT_LT(root::readFile(kFragment).size(), whole.size());
+}
+
+TEST_F(ShareList, failureWithTheReasonOfACollectedChildCounts)
+{
+    root::stubListing(root::shareBlock("A"));
+    ASSERT_EQ(std::system((command + " # by hand").c_str()), 0);
+    watch::restart();
+    watch::answer("sudo", 256, ECHILD);
+    EXPECT_EQ(share_info(kFragment), 1);
+    EXPECT_EQ(root::readFile(kFragment), "return [\"A\"];");
+}
+
+TEST_F(ShareList, reasonOfTheTargetIsTracedWhereBothCannotBeOpened)
+{
+    root::stub("php", "exit 0");
+    EXPECT_EQ(share_info("/tmp"), -1);
+    EXPECT_EQ(watch::calls().back(), trace("share_info() cannot open file: " + listing +
+                                           " or file: /tmp (error: Is a directory)"));
+}
+
+TEST_F(ShareList, targetIsEmptiedEvenWhereTheListingIsMissing)
+{
+    root::stub("php", "exit 0");
+    root::writeFile(kFragment, "old");
+    EXPECT_EQ(share_info(kFragment), -1);
+    EXPECT_TRUE(root::exists(kFragment));
+    EXPECT_EQ(root::readFile(kFragment), "");
+}
+
+TEST_F(ShareList, listingOfAFailedScriptStays)
+{
+    root::stub("php", "echo listing >\"$3\"; exit 3");
+    EXPECT_EQ(share_info(kFragment), -1);
+    EXPECT_EQ(root::readFile(listing), "listing\n");
+}
+
+TEST_F(ShareList, listingIsGoneBeforeTheCountIsTraced)
+{
+    root::stubListing(root::shareBlock("A"));
+    bool isThere = true;
+    watch::after("echo \"share_info() return", [&] { isThere = root::exists(listing); });
+    EXPECT_EQ(share_info(kFragment), 1);
+    EXPECT_FALSE(isThere);
+}
+
+TEST_F(ShareList, emptyNameIsToldByTheMiddleOfItsElement)
+{
+    expectFragment("<sharename>A</sharename>\n<sharename>B</sharename><name></share>\n"
+                   "<sharelocation>int\n",
+                   {"A"}, "return [\"A\"];");
 }
 
 } // namespace

@@ -43,7 +43,8 @@ class CapUsage : public ShareRecord {
     const Lines callsOfFailure = {trace("GetUserCapUsage system: " + command), command,
                                   trace("GetUserCapUsage() return error 0xFFFFFFFF")};
 
-    void expectUsage(const std::string& kibibytes, unsigned value, char unit)
+    void expectUsage(const std::string& kibibytes, unsigned value, char unit,
+                     const std::string& traced = "")
     {
         watch::restart();
         record.fill('#');
@@ -52,7 +53,8 @@ class CapUsage : public ShareRecord {
         EXPECT_EQ(bytes(), le16(value) + unit + untouched(3)) << kibibytes;
         Lines calls = callsOfSuccess;
         if (unit == 'G') {
-            calls.push_back(trace("GetUserCapUsage system: " + std::to_string(value) + "G"));
+            const std::string shown = traced.empty() ? std::to_string(value) : traced;
+            calls.push_back(trace("GetUserCapUsage system: " + shown + "G"));
         }
         EXPECT_EQ(watch::calls(), calls) << kibibytes;
         EXPECT_EQ(root::list("/tmp"), Lines{"dbg_vokcontrol.txt"});
@@ -76,7 +78,7 @@ TEST_F(CapUsage, unitsChangeAtTheirThresholds)
 
 TEST_F(CapUsage, valueIsSixteenBitsWide)
 {
-    expectUsage("65536000000", 0, 'G');
+    expectUsage("65536000000", 0, 'G', "65536");
     expectUsage("-5", 65531, 'K');
 }
 
@@ -194,9 +196,23 @@ TEST_F(CapUsage, fullDiskIsAFailure)
     EXPECT_EQ(bytes(), untouched(0));
 }
 
-TEST_F(CapUsage, nameOfAnyLengthIsPassedOnWhole)
+TEST_F(CapUsage, onlyTwoHundredFiftyFiveCharactersOfTheLineCount)
 {
-    const std::string name(4000, 'n');
+    expectUsage(std::string(254, ' ') + "12", 1, 'K');
+    expectUsage(std::string(255, ' ') + "12", 0, 'K');
+}
+
+TEST_F(CapUsage, nameThatTheShellCannotParseFindsAnOlderFilesNumber)
+{
+    // The shell stops before it opens the file, so what stood there is taken for du's output.
+    root::writeFile(root::kCollectorFile, "return [\"x\"];");
+    EXPECT_EQ(GetUserCapUsage(record.data(), "x`y"), 0);
+    EXPECT_EQ(bytes(), le16(0) + "K" + untouched(3));
+}
+
+TEST_F(CapUsage, longestNameOfAListIsPassedOnWhole)
+{
+    const std::string name(4095, 'n');
     EXPECT_EQ(GetUserCapUsage(record.data(), name.c_str()), -1);
     EXPECT_EQ(watch::calls().at(1), "du -sk \"/share/" + name + "\" > /tmp/pelsts1.tmp");
 }

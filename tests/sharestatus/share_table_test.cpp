@@ -226,7 +226,7 @@ TEST_F(ShareTable, shareThatCannotBeMeasuredIsStillListed)
 
 TEST_F(ShareTable, recordsStopWhereTheLongestNoLongerFits)
 {
-    // 4020 is the last place but one at which a record may begin; 13-byte names make 26 bytes each.
+    // The last place at which a record may begin is 4019; 13-byte names make 26 bytes each.
     Lines listed;
     Lines recorded;
     for (int i = 1000; i < 1200; ++i) {
@@ -260,21 +260,38 @@ TEST_F(ShareTable, lastRecordMayEndAtTheBuffersLastByte)
 
 TEST_F(ShareTable, listIsReadUpToItsBuffer)
 {
-    // The list's line is longer than 4095 characters: what is behind them is not seen.
+    // Names of mostly dashes make a long line and short records. "return [" and 26 names of 157
+    // characters with their quotes are 4142 characters; 4095 are read, which cuts the last name that
+    // is seen within its dashes, before its letter.
     Lines listed;
-    std::size_t size = 8;
-    while (size < 4300) {
-        listed.push_back(std::string(198, static_cast<char>('a' + listed.size() % 26)));
-        size += 200;
+    Lines recorded;
+    for (int i = 0; i < 26; ++i) {
+        const std::string letter(1, static_cast<char>('a' + i));
+        listed.push_back(std::string(156, '-') + letter);
+        recorded.push_back(letter);
     }
-    listShares(listed);
-    const int used = ParseShareInfo(buffer.data(), 4096);
-    EXPECT_GT(used, 10);
-    EXPECT_LE(used, 4096);
-    const std::string fragment = "return [\"" + listed.front();
-    EXPECT_EQ(watch::calls().at(listed.size() + 3).substr(0, 250),
-              trace("pelParseShareInfo() share info buf: " + fragment).substr(0, 6 + 36 + 207) +
-                  "\"");
+    recorded.pop_back();
+    expectNames(listed, recorded);
+
+    // One dash less in each brings the last letter to the 4095th place.
+    listed.clear();
+    for (const char letter : std::string("abcdefghijklmnopqrstuvwxyz")) {
+        listed.push_back(std::string(154, '-') + letter);
+    }
+    listed.back().insert(0, 4095 - (8 + 26 * 157 - 1), '-');
+    recorded.push_back("z");
+    expectNames(listed, recorded);
+    listed.back().insert(0, 1, '-');
+    recorded.pop_back();
+    expectNames(listed, recorded);
+}
+
+TEST_F(ShareTable, failedListLeavesAnOlderFileAlone)
+{
+    root::writeFile(root::kCollectorFile, "return [\"old\"];");
+    root::stub("php", "exit 1");
+    EXPECT_EQ(ParseShareInfo(buffer.data(), 4096), 0);
+    EXPECT_EQ(root::readFile(root::kCollectorFile), "return [\"old\"];");
 }
 
 TEST_F(ShareTable, smallBuffersHoldTheHeaderAlone)

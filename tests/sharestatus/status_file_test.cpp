@@ -88,6 +88,13 @@ TEST_F(PublishStatus, missingFolderIsPassedOver)
     EXPECT_EQ(root::list("/etc/pelconfig"), Lines{});
 }
 
+TEST_F(PublishStatus, folderInItsPlaceIsPassedOver)
+{
+    std::filesystem::create_directory(root::kStatusFile);
+    sharestatus::publishStatus("z");
+    EXPECT_TRUE(std::filesystem::is_directory(root::kStatusFile));
+}
+
 TEST_F(PublishStatus, readOnlyFileIsLeftAlone)
 {
     root::writeFile(root::kStatusFile, "kept");
@@ -292,6 +299,7 @@ TEST_F(PublishStatus, readerThatPollsAllTheWhileSeesAWholePayloadOrNone)
     unsigned none = 0;
     unsigned torn = 0;
     while (::waitpid(writer, nullptr, WNOHANG) == 0) {
+        ASSERT_EQ(std::filesystem::file_size(root::kStatusFile), kMebibyte) << "it never shrinks";
         sharestatus::StatusImage image;
         ASSERT_TRUE(sharestatus::loadStatus(image));
         const auto reading = sharestatus::decodeStatus(image.text());

@@ -74,6 +74,23 @@ TEST(StatusFormat, roomIsForTheLongestRecord)
     EXPECT_FALSE(table.hasRoom());
 }
 
+TEST(StatusFormat, countTakesBothItsBytes)
+{
+    std::array<char, kMaxPayloadSize> buffer;
+    TableWriter table(buffer);
+    unsigned records = 0;
+    for (; table.hasRoom(); ++records) {
+        table.append(WorkRecord{}, "x");
+    }
+    table.finish();
+    EXPECT_EQ(records, 287U);
+    EXPECT_EQ(text(buffer, 10), zeros(5) + le16(287) + zeros(3));
+    TableReader reader(text(buffer, table.size()));
+    while (reader.next()) {
+    }
+    EXPECT_TRUE(reader.isWhole());
+}
+
 TEST(StatusFormat, tableComesBack)
 {
     std::array<char, kMaxPayloadSize> buffer;

@@ -85,6 +85,9 @@ void writeFile(const std::string& path, std::string_view content)
 
 std::string readFile(const std::string& path)
 {
+    if (fs::is_directory(path)) {
+        return "";
+    }
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }

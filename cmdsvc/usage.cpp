@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+//
+// init_cmd_buffer and save_cmd_cnt: how often each command was received.
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <optional>
+#include <string_view>
+
+#include "cmdsvc/protocol.h"
+#include "core/bytes.h"
+#include "core/core.h"
+
+namespace cmdsvc {
+namespace {
+
+constexpr std::int64_t kSaveIntervalSeconds = 300;
+
+struct Slot {
+    std::string_view code;
+    bool isCounted;
+};
+
+/// The slots by their places. "gub1" has one but counts in the last, which has no code; "cpbu" has
+/// one though no handler serves it.
+constexpr std::array<Slot, 20> kSlots = {{
+    {"crat", true}, {"shar", true}, {"lstu", true},  {"lsts", true}, {"vers", true},
+    {"host", true}, {"spvt", true}, {"gpvt", true},  {"frst", true}, {"qlps", true},
+    {"dscr", true}, {"ipcf", true}, {"sub1", true},  {"gub1", false}, {"gps1", true},
+    {"gsp1", true}, {"cpbu", true}, {"pshr", true},  {"sgss", true}, {"rtov", true},
+}};
+constexpr std::size_t kOtherSlot = kSlots.size();
+constexpr std::size_t kSlotSize = kCodeSize + kWordSize;
+static_assert((kSlots.size() + 1) * kSlotSize == VOK_USAGE_SIZE);
+
+std::span<char> slotBytes(CommandUsage& table, std::size_t slot)
+{
+    return std::span(reinterpret_cast<char*>(table.bytes), sizeof table.bytes)
+        .subspan(slot * kSlotSize, kSlotSize);
+}
+
+bool isPrepared(CommandUsage& table)
+{
+    const std::span<char> code = slotBytes(table, 0).first<kCodeSize>();
+    return std::string_view(code.data(), code.size()) == kSlots[0].code;
+}
+
+/// The slot that counts a command of its own; nothing for all others.
+std::optional<std::size_t> slotOf(std::uint32_t code)
+{
+    const auto* slot = std::ranges::find_if(kSlots, [code](const Slot& each) {
+        return each.isCounted && codeWord(each.code) == code;
+    });
+    if (slot == kSlots.end()) {
+        return std::nullopt;
+    }
+    return static_cast<std::size_t>(slot - kSlots.begin());
+}
+
+void count(CommandUsage& table, std::size_t slot)
+{
+    const auto counter = slotBytes(table, slot).subspan<kCodeSize, kWordSize>();
+    core::putU32(counter, core::getU32(counter) + 1);
+}
+
+void save(const CommandUsage& table, std::int32_t& lastSave, std::uint32_t code, std::int32_t now)
+{
+    core::File file = core::openFile(VOK_USAGE_FILE, "w");
+    if (!file) {
+        dbg_trace("save_cmd_cnt() -- failed open file syserr: %s", std::strerror(errno));
+        return;
+    }
+    std::fwrite(table.bytes, 1, sizeof table.bytes, file.get());
+    file.reset();
+    dbg_trace("save_cmd_cnt() -- save to file cmd: 0x%X time: %d", code, now);
+    lastSave = now;
+}
+
+} // namespace
+} // namespace cmdsvc
+
+void init_cmd_buffer(CommandUsage* table)
+{
+    using namespace cmdsvc;
+
+    if (isPrepared(*table)) {
+        return;
+    }
+    const core::File file = core::openFile(VOK_USAGE_FILE, "r");
+    if (file) {
+        [[maybe_unused]] const std::size_t got =
+            std::fread(table->bytes, 1, sizeof table->bytes, file.get());
+        dbg_trace("init_cmd_buffer() -- read from file %s", VOK_USAGE_FILE);
+        return;
+    }
+    for (std::size_t slot = 0; slot < kSlots.size(); ++slot) {
+        std::ranges::copy(kSlots[slot].code, slotBytes(*table, slot).begin());
+    }
+    dbg_trace("init_cmd_buffer() -- return %s", " ");
+}
+
+void save_cmd_cnt(CommandUsage* table, std::int32_t* lastSave, std::uint32_t code)
+{
+    using namespace cmdsvc;
+
+    if (table == nullptr) {
+        dbg_trace("save_cmd_cnt() -- failed  -- pCmdCnt==NULL %s", " ");
+        return;
+    }
+    dbg_trace("save_cmd_cnt() -- save cmd: 0x%X", code);
+    const std::optional<std::size_t> slot = slotOf(code);
+    count(*table, slot.value_or(kOtherSlot));
+    if (!slot) {
+        dbg_trace("save_cmd_cnt() -- save default cmd: 0x%X", code);
+    }
+    const auto now = static_cast<std::int32_t>(std::time(nullptr));
+    // In 64 bits, so that a last save near the end of the clock's range does not wrap.
+    if (std::int64_t{now} - *lastSave > kSaveIntervalSeconds) {
+        save(*table, *lastSave, code, now);
+    }
+}

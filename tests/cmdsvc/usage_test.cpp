@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+#include "cmdsvc/protocol.h"
+#include "core/bytes.h"
+#include "tests/support/root.h"
+#include "vokcontrol.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+using root::le32;
+using root::trace;
+
+const std::string kFile = VOK_USAGE_FILE;
+const std::vector<std::string> kCodes = {"crat", "shar", "lstu", "lsts", "vers", "host", "spvt",
+                                         "gpvt", "frst", "qlps", "dscr", "ipcf", "sub1", "gub1",
+                                         "gps1", "gsp1", "cpbu", "pshr", "sgss", "rtov"};
+
+std::int32_t now()
+{
+    return static_cast<std::int32_t>(std::time(nullptr));
+}
+
+class Usage : public root::Test {
+  protected:
+    CommandUsage table{};
+    std::int32_t lastSave = 0;
+
+    [[nodiscard]] std::string bytes() const
+    {
+        return {reinterpret_cast<const char*>(table.bytes), sizeof table.bytes};
+    }
+
+    void setBytes(const std::string& content)
+    {
+        std::memcpy(table.bytes, content.data(), content.size());
+    }
+
+    /// A table with all codes; one slot counts so much.
+    static std::string tableWith(std::size_t slot, std::uint32_t count)
+    {
+        std::string content;
+        for (std::size_t i = 0; i <= kCodes.size(); ++i) {
+            content += (i < kCodes.size()) ? kCodes[i] : std::string(4, '\0');
+            content += le32(i == slot ? count : 0);
+        }
+        return content;
+    }
+
+    static constexpr std::size_t kNoSlot = 99;
+
+    void countOne(const std::string& code) { save_cmd_cnt(&table, &lastSave, cmdsvc::codeWord(code)); }
+
+    static std::string hex(const std::string& code)
+    {
+        std::array<char, 16> text{};
+        std::snprintf(text.data(), text.size(), "0x%X", cmdsvc::codeWord(code));
+        return text.data();
+    }
+};
+
+TEST_F(Usage, newTableHasAllCodes)
+{
+    init_cmd_buffer(&table);
+    EXPECT_EQ(bytes(), tableWith(kNoSlot, 0));
+    EXPECT_EQ(watch::calls(), Lines{trace("init_cmd_buffer() -- return  ")});
+    EXPECT_FALSE(root::exists(kFile));
+}
+
+TEST_F(Usage, countersOfANewTableAreNotTouched)
+{
+    setBytes(std::string(168, '\x05'));
+    init_cmd_buffer(&table);
+    std::string expected;
+    for (const std::string& code : kCodes) {
+        expected += code + std::string(4, '\x05');
+    }
+    EXPECT_EQ(bytes(), expected + std::string(8, '\x05'));
+}
+
+TEST_F(Usage, preparedTableIsLeftAlone)
+{
+    const std::string content = "crat" + std::string(164, 'x');
+    setBytes(content);
+    root::writeFile(kFile, tableWith(3, 9));
+    init_cmd_buffer(&table);
+    EXPECT_EQ(bytes(), content);
+    EXPECT_EQ(watch::calls(), Lines{});
+}
+
+TEST_F(Usage, tableIsReadFromItsFile)
+{
+    root::writeFile(kFile, tableWith(3, 9) + "more");
+    init_cmd_buffer(&table);
+    EXPECT_EQ(bytes(), tableWith(3, 9));
+    EXPECT_EQ(watch::calls(), Lines{trace("init_cmd_buffer() -- read from file " + kFile)});
+}
+
+TEST_F(Usage, shortFileFillsTheStart)
+{
+    root::writeFile(kFile, "crat" + le32(7) + "sh");
+    init_cmd_buffer(&table);
+    EXPECT_EQ(bytes(), "crat" + le32(7) + "sh" + std::string(158, '\0'));
+    countOne("shar");
+    EXPECT_EQ(bytes().substr(8, 8), std::string("sh\0\0", 4) + le32(1)) << "slots go by place";
+}
+
+TEST_F(Usage, everyCodeCountsInItsSlot)
+{
+    lastSave = now();
+    for (std::size_t slot = 0; slot < kCodes.size(); ++slot) {
+        const std::string& code = kCodes[slot];
+        setBytes(tableWith(kNoSlot, 0));
+        watch::restart();
+        countOne(code);
+        if (code == "gub1") {
+            EXPECT_EQ(bytes(), tableWith(20, 1));
+            EXPECT_EQ(watch::calls(),
+                      (Lines{trace("save_cmd_cnt() -- save cmd: " + hex(code)),
+                             trace("save_cmd_cnt() -- save default cmd: " + hex(code))}));
+        } else {
+            EXPECT_EQ(bytes(), tableWith(slot, 1)) << code;
+            EXPECT_EQ(watch::calls(), Lines{trace("save_cmd_cnt() -- save cmd: " + hex(code))});
+        }
+    }
+}
+
+TEST_F(Usage, otherCodesCountInTheLastSlot)
+{
+    lastSave = now();
+    setBytes(tableWith(20, 0x01FFFFFF));
+    for (const char* code : {"xxxx", "gspc", "CRAT"}) {
+        countOne(code);
+    }
+    save_cmd_cnt(&table, &lastSave, 0);
+    EXPECT_EQ(bytes(), tableWith(20, 0x02000003));
+}
+
+TEST_F(Usage, counterWraps)
+{
+    lastSave = now();
+    setBytes(tableWith(0, 0xFFFFFFFF));
+    countOne("crat");
+    EXPECT_EQ(bytes(), tableWith(0, 0));
+}
+
+TEST_F(Usage, firstCountIsSavedAtOnce)
+{
+    init_cmd_buffer(&table);
+    watch::restart();
+    const std::int32_t before = now();
+    countOne("lstu");
+    EXPECT_EQ(root::readFile(kFile), tableWith(2, 1));
+    EXPECT_GE(lastSave, before);
+    EXPECT_LE(lastSave, now());
+    EXPECT_EQ(watch::calls(),
+              (Lines{trace("save_cmd_cnt() -- save cmd: 0x7574736C"),
+                     trace("save_cmd_cnt() -- save to file cmd: 0x7574736C time: " +
+                           std::to_string(lastSave))}));
+}
+
+TEST_F(Usage, countsWithinFiveMinutesStayInMemory)
+{
+    setBytes(tableWith(kNoSlot, 0));
+    for (const std::int32_t age : {0, 1, 299}) {
+        lastSave = now() - age;
+        countOne("lstu");
+        EXPECT_FALSE(root::exists(kFile)) << age;
+    }
+    lastSave = now() - 301;
+    countOne("lstu");
+    EXPECT_EQ(root::readFile(kFile), tableWith(2, 4));
+}
+
+TEST_F(Usage, exactlyFiveMinutesIsTooEarly)
+{
+    setBytes(tableWith(kNoSlot, 0));
+    // The clock may move on between the two lines; a second attempt then meets its second.
+    bool isSaved = true;
+    for (int attempt = 0; attempt < 3 && isSaved; ++attempt) {
+        std::filesystem::remove(kFile);
+        lastSave = now() - 300;
+        countOne("lstu");
+        isSaved = root::exists(kFile);
+    }
+    EXPECT_FALSE(isSaved);
+}
+
+TEST_F(Usage, lastSaveAtTheEndOfTheClocksRangeIsNoEarlySave)
+{
+    setBytes(tableWith(kNoSlot, 0));
+    for (const std::int32_t end : {2147483647, 2147483647 - 100, 2147483647 - 300}) {
+        lastSave = end;
+        countOne("lstu");
+        EXPECT_FALSE(root::exists(kFile)) << end;
+        EXPECT_EQ(lastSave, end);
+    }
+}
+
+TEST_F(Usage, failedSaveIsTriedAgain)
+{
+    setBytes(tableWith(kNoSlot, 0));
+    std::filesystem::create_directory(kFile);
+    countOne("lstu");
+    EXPECT_EQ(lastSave, 0);
+    EXPECT_EQ(watch::calls().back(),
+              trace("save_cmd_cnt() -- failed open file syserr: Is a directory"));
+    std::filesystem::remove(kFile);
+    countOne("lstu");
+    EXPECT_EQ(root::readFile(kFile), tableWith(2, 2));
+}
+
+TEST_F(Usage, withoutATableNothingIsCounted)
+{
+    save_cmd_cnt(nullptr, &lastSave, 1);
+    EXPECT_EQ(watch::calls(), Lines{trace("save_cmd_cnt() -- failed  -- pCmdCnt==NULL  ")});
+    EXPECT_EQ(lastSave, 0);
+}
+
+} // namespace

@@ -1,0 +1,471 @@
+// SPDX-License-Identifier: MIT
+#include "handlers/users.h"
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "core/core.h"
+#include "tests/support/request.h"
+#include "tests/support/root.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+using request::exitTrace;
+using request::frame;
+using request::opening;
+using request::Outcome;
+using root::le32;
+using root::trace;
+
+const std::string kWorkFile = "/tmp/vokcontrol.tmp";
+
+std::string pid()
+{
+    return std::to_string(::getpid());
+}
+
+/// The two shell lines that fetch the users for a list.
+Lines fetchCalls(const std::string& list)
+{
+    const std::string answer = list + pid();
+    return {"sudo /usr/bin/php /etc/inc/api_user.php tovGetUsers " + answer,
+            "cat " + answer + " | grep username >  " + answer + "2"};
+}
+
+void stubUsers(const std::string& answer)
+{
+    root::writeFile("/stubs/users", answer);
+    root::stub("php", "cat /stubs/users >\"$3\"");
+}
+
+std::string userLines(const Lines& names)
+{
+    std::string answer = "<users>\n";
+    for (const std::string& name : names) {
+        answer += "  <username>" + name + "</username>\n";
+    }
+    return answer + "</users>\n";
+}
+
+// ---- getUsersList -----------------------------------------------------------------------------
+
+class UsersList : public root::Test {
+  protected:
+    static void expectList(const std::string& answer, const std::string& list)
+    {
+        watch::restart();
+        stubUsers(answer);
+        EXPECT_EQ(getUsersList("/tmp/list"), 0) << answer;
+        EXPECT_EQ(root::readFile("/tmp/list"), list) << answer;
+        EXPECT_EQ(watch::calls(), fetchCalls("/tmp/list")) << answer;
+        EXPECT_EQ(root::list("/tmp"), Lines{"list"});
+    }
+};
+
+TEST_F(UsersList, guestComesFirstAndOthersInTheirOrder)
+{
+    expectList(userLines({"bob", "anna"}), "return [\"guest\", \"bob\", \"anna\"];");
+}
+
+TEST_F(UsersList, withoutUsersThereIsStillAGuest)
+{
+    expectList("", "return [\"guest\"];");
+    expectList(userLines({}), "return [\"guest\"];");
+}
+
+TEST_F(UsersList, onlyLinesWithUsernameCount)
+{
+    expectList("<name>x</name>\n<USERNAME>y</USERNAME>\n<username>z</username>\n",
+               "return [\"guest\", \"z\"];");
+}
+
+TEST_F(UsersList, nameIsBetweenTheFirstTags)
+{
+    expectList("<username>a</b></username>\n", "return [\"guest\", \"a\"];");
+    expectList("<username><name>a</name>\n", "return [\"guest\", \"<name>a\"];");
+    expectList("username name>b</\n", "return [\"guest\", \"b\"];");
+    expectList("<username></username>\n", "return [\"guest\", \"\"];");
+}
+
+TEST_F(UsersList, lineWithoutBothTagsIsSkipped)
+{
+    expectList("<username>a\nusername</x>\n</username name>x\n", "return [\"guest\"];");
+}
+
+TEST_F(UsersList, namesGoInAsTheyAre)
+{
+    expectList(userLines({"a \"b\"", "\xC3\xA9lise", "guest"}),
+               "return [\"guest\", \"a \"b\"\", \"\xC3\xA9lise\", \"guest\"];");
+}
+
+TEST_F(UsersList, longLineIsReadInPieces)
+{
+    const std::string name(490, 'n');
+    expectList("<username>" + name + "</username>\n", "return [\"guest\", \"" + name + "\"];");
+    expectList("<username>" + std::string(600, 'n') + "</username>\n", "return [\"guest\"];");
+}
+
+TEST_F(UsersList, failingScriptOrSearchIsNoFailure)
+{
+    root::stub("php", "cat /stubs/none >\"$3\" 2>/dev/null; exit 1");
+    EXPECT_EQ(getUsersList("/tmp/list"), 0);
+    EXPECT_EQ(root::readFile("/tmp/list"), "return [\"guest\"];");
+}
+
+TEST_F(UsersList, shellThatCannotStartIsTraced)
+{
+    const Lines fetch = fetchCalls("/tmp/list");
+    watch::answer("sudo", -1, EAGAIN);
+    EXPECT_EQ(getUsersList("/tmp/list"), -1);
+    EXPECT_EQ(watch::calls(),
+              (Lines{fetch[0], trace("system(" + fetch[0] +
+                                     ") --  error: 11(Resource temporarily unavailable) -- ")}));
+    watch::restart();
+    stubUsers("");
+    watch::answer("cat", -1, ENOMEM);
+    EXPECT_EQ(getUsersList("/tmp/list"), -1);
+    EXPECT_EQ(watch::calls(),
+              (Lines{fetch[0], fetch[1], trace("system(" + fetch[1] +
+                                               ") --  error: 12(Cannot allocate memory) -- ")}));
+    EXPECT_FALSE(root::exists("/tmp/list"));
+}
+
+TEST_F(UsersList, scriptThatSomebodyElseReapedIsAFailure)
+{
+    stubUsers(userLines({"anna"}));
+    std::signal(SIGCHLD, SIG_IGN);
+    EXPECT_EQ(getUsersList("/tmp/list"), -1);
+    EXPECT_EQ(watch::calls().back(), trace("system(" + fetchCalls("/tmp/list")[0] +
+                                           ") --  error: 10(No child processes) -- "));
+}
+
+TEST_F(UsersList, listThatCannotBeWrittenIsAFailureWithoutATrace)
+{
+    stubUsers(userLines({"anna"}));
+    std::filesystem::create_directory("/tmp/list");
+    EXPECT_EQ(getUsersList("/tmp/list"), -1);
+    EXPECT_EQ(watch::calls(), fetchCalls("/tmp/list"));
+    EXPECT_EQ(root::list("/tmp"), (Lines{"list", "list" + pid(), "list" + pid() + "2"}));
+}
+
+TEST_F(UsersList, namesThatAreGoneLeaveAnEmptyList)
+{
+    stubUsers(userLines({"anna"}));
+    watch::after("cat", [] { std::filesystem::remove("/tmp/list" + pid() + "2"); });
+    EXPECT_EQ(getUsersList("/tmp/list"), -1);
+    EXPECT_EQ(root::readFile("/tmp/list"), "");
+    EXPECT_TRUE(root::exists("/tmp/list" + pid()));
+}
+
+// ---- isUserExisted ----------------------------------------------------------------------------
+
+class UserExists : public root::Test {
+  protected:
+    const std::string list = "isUserExisted" + pid();
+
+    void SetUp() override
+    {
+        root::Test::SetUp();
+        std::filesystem::create_directory("/tmp/work");
+        ASSERT_EQ(::chdir("/tmp/work"), 0);
+    }
+
+    void TearDown() override
+    {
+        ASSERT_EQ(::chdir("/"), 0);
+        root::Test::TearDown();
+    }
+
+    void expectFound(const Lines& users, const std::string& name, int result)
+    {
+        watch::restart();
+        stubUsers(userLines(users));
+        std::string line = "return [\"guest\"";
+        for (const std::string& user : users) {
+            line += ", \"" + user + "\"";
+        }
+        line += "];";
+        EXPECT_EQ(isUserExisted(name.c_str()), result) << name;
+        Lines calls = fetchCalls(list);
+        const Lines more = {
+            trace("file " + list + " size = " + std::to_string(line.size()) + " bytes"),
+            trace("isUserExisted() user return:" + line + " -- userName: \"" + name + "\""),
+            trace("isUserExisted() iRet:" + std::to_string(result)),
+        };
+        calls.insert(calls.end(), more.begin(), more.end());
+        EXPECT_EQ(watch::calls(), calls) << name;
+        EXPECT_EQ(root::list("/tmp/work"), Lines{});
+    }
+};
+
+TEST_F(UserExists, wholeNamesAreFound)
+{
+    expectFound({"anna", "bob"}, "anna", 1);
+    expectFound({"anna", "bob"}, "bob", 1);
+    expectFound({"anna"}, "ann", 0);
+    expectFound({"anna"}, "nna", 0);
+    expectFound({"anna"}, "Anna", 0);
+    expectFound({}, "anna", 0);
+}
+
+TEST_F(UserExists, guestAlwaysExists)
+{
+    expectFound({}, "guest", 1);
+    expectFound({}, "Guest", 0);
+}
+
+TEST_F(UserExists, separatorsOfTheListCanBeFound)
+{
+    expectFound({"anna"}, ", ", 1);
+    expectFound({""}, "", 1);
+    expectFound({"anna"}, "", 0);
+}
+
+TEST_F(UserExists, manyUsersAreAllSeen)
+{
+    Lines users;
+    for (int i = 0; i < 150; ++i) {
+        users.push_back("user" + std::to_string(i));
+    }
+    watch::restart();
+    stubUsers(userLines(users));
+    EXPECT_EQ(isUserExisted("user149"), 1);
+    EXPECT_EQ(isUserExisted("user150"), 0);
+}
+
+TEST_F(UserExists, longNameIsCutBeforeItIsLookedFor)
+{
+    const std::string name(4000, 'n');
+    stubUsers("");
+    EXPECT_EQ(isUserExisted(name.c_str()), 0);
+}
+
+TEST_F(UserExists, failedListIsNeitherYesNorNo)
+{
+    watch::answer("sudo", -1, EAGAIN);
+    EXPECT_EQ(isUserExisted("anna"), -1);
+}
+
+TEST_F(UserExists, emptyListIsNeitherYesNorNo)
+{
+    stubUsers("");
+    const std::string names = list + pid() + "2";
+    watch::after("cat", [&] {
+        std::filesystem::create_symlink("/dev/full", "/tmp/work/" + list);
+    });
+    EXPECT_EQ(isUserExisted("anna"), -1);
+}
+
+// ---- lstu -------------------------------------------------------------------------------------
+
+class ListUsers : public root::Test {
+  protected:
+    /// Runs the loaded request with standard output caught.
+    static Outcome runQuietly(std::string* printed = nullptr)
+    {
+        testing::internal::CaptureStdout();
+        Outcome outcome = request::run();
+        const std::string text = testing::internal::GetCapturedStdout();
+        if (printed != nullptr) {
+            *printed = text;
+        }
+        return outcome;
+    }
+
+    static Outcome list(std::string* printed = nullptr)
+    {
+        request::load(frame("lstu", 0));
+        return runQuietly(printed);
+    }
+
+    static Lines callsBefore(std::size_t size)
+    {
+        Lines calls = opening("lstu", 0, fetchCalls(kWorkFile));
+        calls.push_back(trace("file " + kWorkFile + " size = " + std::to_string(size) + " bytes"));
+        return calls;
+    }
+
+    static void append(Lines& calls, const Lines& more)
+    {
+        calls.insert(calls.end(), more.begin(), more.end());
+    }
+};
+
+TEST_F(ListUsers, countAndNamesAreAnswered)
+{
+    stubUsers(userLines({"anna", "bob smith"}));
+    std::string printed;
+    const Outcome outcome = list(&printed);
+    EXPECT_EQ(outcome.result, 0);
+    EXPECT_EQ(outcome.answer, "lsut " + le32(2) + "\nanna\nbob smith\n");
+    EXPECT_EQ(printed, "anna\nbob smith\n");
+    Lines calls = callsBefore(38);
+    append(calls, {trace("comparing user: guest"), trace("comparing user: anna"),
+                   trace("found user anna"), trace("comparing user: bob smith"),
+                   trace("found user bob smith"), trace("found 2 user(s)"),
+                   trace("reporting user anna -- 5"), trace("reporting user bob smith -- 10")});
+    EXPECT_EQ(outcome.calls, calls);
+    EXPECT_FALSE(root::exists(kWorkFile));
+    EXPECT_EQ(fout_buf, nullptr);
+}
+
+TEST_F(ListUsers, withoutUsersTheCountIsZero)
+{
+    stubUsers("");
+    const Outcome outcome = list();
+    EXPECT_EQ(outcome.answer, "lsut " + le32(0) + "\n");
+    Lines calls = callsBefore(17);
+    append(calls, {trace("comparing user: guest"), trace("found 0 user(s)")});
+    EXPECT_EQ(outcome.calls, calls);
+}
+
+TEST_F(ListUsers, guestIsLeftOutInThisSpellingAlone)
+{
+    stubUsers(userLines({"guest", "Guest", "guest2"}));
+    EXPECT_EQ(list().answer, "lsut " + le32(2) + "\nGuest\nguest2\n");
+}
+
+TEST_F(ListUsers, quoteInANameSplitsIt)
+{
+    stubUsers(userLines({"a\"b"}));
+    // The list ends in "a"b"]; and so the texts are: a, and what stands behind b up to the end.
+    EXPECT_EQ(list().answer, "lsut " + le32(1) + "\na\n");
+    stubUsers(userLines({"a\"b\"c"}));
+    EXPECT_EQ(list().answer, "lsut " + le32(2) + "\na\nc\n");
+}
+
+TEST_F(ListUsers, emptyNameIsAUser)
+{
+    stubUsers(userLines({""}));
+    EXPECT_EQ(list().answer, "lsut " + le32(1) + "\n\n");
+}
+
+TEST_F(ListUsers, namesInUtf8AreReported)
+{
+    stubUsers(userLines({"\xC3\xA9lise"}));
+    EXPECT_EQ(list().answer, "lsut " + le32(1) + "\n\xC3\xA9lise\n");
+}
+
+TEST_F(ListUsers, byteOfAllOnesEndsTheList)
+{
+    stubUsers(userLines({"anna", "b\xFF", "carl"}));
+    EXPECT_EQ(list().answer, "lsut " + le32(1) + "\nanna\n");
+}
+
+TEST_F(ListUsers, twoHundredUsers)
+{
+    Lines users;
+    std::string names;
+    for (int i = 0; i < 200; ++i) {
+        users.push_back("user" + std::to_string(i));
+        names += users.back() + "\n";
+    }
+    stubUsers(userLines(users));
+    EXPECT_EQ(list().answer, "lsut " + le32(200) + "\n" + names);
+}
+
+TEST_F(ListUsers, staleListIsReadWhereANewOneCannotBeMade)
+{
+    root::writeFile(kWorkFile, "return [\"guest\", \"old\"];");
+    request::load(frame("lstu", 0));
+    watch::answer("sudo", -1, EAGAIN);
+    EXPECT_EQ(runQuietly().answer, "lsut " + le32(1) + "\nold\n");
+}
+
+/// A list that getUsersList could not make: its place is left as the test wants it.
+class ListUsersFails : public ListUsers {
+  protected:
+    static Outcome fail()
+    {
+        request::load(frame("lstu", 0));
+        watch::answer("sudo", -1, EAGAIN);
+        return runQuietly();
+    }
+
+    /// The calls up to the size.
+    static Lines failedCalls()
+    {
+        const std::string line = fetchCalls(kWorkFile)[0];
+        return opening("lstu", 0,
+                       {line, trace("system(" + line +
+                                    ") --  error: 11(Resource temporarily unavailable) -- ")});
+    }
+};
+
+TEST_F(ListUsersFails, missingList)
+{
+    const Outcome outcome = fail();
+    EXPECT_EQ(outcome.result, 0);
+    EXPECT_EQ(outcome.answer, "erro " + le32(0xFF000005));
+    Lines calls = failedCalls();
+    append(calls, {trace("cannot stat file " + kWorkFile), exitTrace(0xFF000005)});
+    EXPECT_EQ(outcome.calls, calls);
+}
+
+TEST_F(ListUsersFails, emptyList)
+{
+    root::writeFile(kWorkFile, "");
+    const Outcome outcome = fail();
+    EXPECT_EQ(outcome.answer, "erro " + le32(0x20000006));
+    Lines calls = failedCalls();
+    append(calls, {trace("file " + kWorkFile + " size = 0 bytes"), exitTrace(0x20000006)});
+    EXPECT_EQ(outcome.calls, calls);
+    EXPECT_FALSE(root::exists(kWorkFile));
+}
+
+TEST_F(ListUsersFails, unreadableList)
+{
+    root::writeFile(kWorkFile, "x");
+    std::filesystem::permissions(kWorkFile, std::filesystem::perms(0));
+    const Outcome outcome = fail();
+    EXPECT_EQ(outcome.answer, "erro " + le32(0xFF000007));
+    Lines calls = failedCalls();
+    append(calls, {trace("file " + kWorkFile + " size = 1 bytes"),
+                   trace("cannot open file " + kWorkFile + ": Permission denied"),
+                   exitTrace(0xFF000007)});
+    EXPECT_EQ(outcome.calls, calls);
+    EXPECT_FALSE(root::exists(kWorkFile));
+}
+
+TEST_F(ListUsersFails, listThatIsGoneForTheSecondPass)
+{
+    stubUsers(userLines({"anna"}));
+    request::load(frame("lstu", 0));
+    watch::after("echo \"found 1 user(s)", [] { std::filesystem::remove(kWorkFile); });
+    const Outcome outcome = runQuietly();
+    EXPECT_EQ(outcome.answer, "lsut " + le32(1) + "\nerro " + le32(0xFF000007));
+    EXPECT_EQ(Lines(outcome.calls.end() - 2, outcome.calls.end()),
+              (Lines{trace("cannot open file " + kWorkFile + ": No such file or directory"),
+                     exitTrace(0xFF000007)}));
+}
+
+TEST_F(ListUsersFails, listThatCannotBeRemoved)
+{
+    stubUsers(userLines({"anna"}));
+    request::load(frame("lstu", 0));
+    watch::after("echo \"reporting user anna", [] { std::filesystem::remove(kWorkFile); });
+    const Outcome outcome = runQuietly();
+    EXPECT_EQ(outcome.answer, "lsut " + le32(1) + "\nanna\nerro " + le32(0xFF000006));
+    EXPECT_EQ(Lines(outcome.calls.end() - 2, outcome.calls.end()),
+              (Lines{trace("cannot remove file " + kWorkFile + ": No such file or directory"),
+                     exitTrace(0xFF000006)}));
+}
+
+TEST_F(ListUsersFails, tooLongANameIsCutAndNothingOverrun)
+{
+    root::writeFile(kWorkFile, "return [\"" + std::string(9000, 'n') + "\", \"anna\"];");
+    const Outcome outcome = fail();
+    EXPECT_EQ(outcome.answer, "lsut " + le32(2) + "\n" + std::string(4094, 'n') + "\nanna\n");
+}
+
+TEST_F(ListUsersFails, listWithoutAnEndIsReadToItsEnd)
+{
+    root::writeFile(kWorkFile, "return [\"guest\", \"anna\", \"open");
+    EXPECT_EQ(fail().answer, "lsut " + le32(1) + "\nanna\n");
+}
+
+} // namespace

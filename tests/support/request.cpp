@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#include "tests/support/request.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <iterator>
+
+#include "core/core.h"
+#include "tests/support/root.h"
+
+namespace request {
+namespace {
+
+std::string hex(const char* format, std::uint32_t value)
+{
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), format, value);
+    return text.data();
+}
+
+} // namespace
+
+std::string frame(std::string_view code, std::uint32_t count, std::string_view rest)
+{
+    return std::string(code) + " " + root::le32(count) + "\n" + std::string(rest);
+}
+
+void load(std::string_view frame)
+{
+    watch::restart();
+    std::ranges::fill(fin_buf, '\0');
+    frame.copy(std::data(fin_buf), std::size(fin_buf));
+}
+
+Outcome run(int number)
+{
+    const int result = process_command(number);
+    if (fout_buf != nullptr) {
+        std::fflush(fout_buf);
+    }
+    return {result, root::readFile("/tmp/outbuf" + std::to_string(number)), watch::calls()};
+}
+
+Outcome process(std::string_view frame, int number)
+{
+    load(frame);
+    return run(number);
+}
+
+std::vector<std::string> opening(std::string_view code, std::uint32_t count)
+{
+    std::uint32_t word = 0;
+    for (std::size_t i = 4; i > 0; --i) {
+        word = (word << 8U) | static_cast<unsigned char>(code[i - 1]);
+    }
+    return {root::trace(hex("cmd=%x ", word)), root::trace(hex("param_count=%x", count))};
+}
+
+std::vector<std::string> opening(std::string_view code, std::uint32_t count,
+                                 const std::vector<std::string>& more)
+{
+    std::vector<std::string> calls = opening(code, count);
+    calls.insert(calls.end(), more.begin(), more.end());
+    return calls;
+}
+
+std::string exitTrace(std::uint32_t code)
+{
+    return root::trace(hex("exiting with error %#.8x", code));
+}
+
+} // namespace request

@@ -3,7 +3,10 @@
 #include <iostream>
 
 #include "client/exit_codes.h"
+#include "client/raw_command.h"
+#include "client/service_command.h"
 #include "client/status_command.h"
+#include "client/users_command.h"
 
 namespace {
 
@@ -25,6 +28,9 @@ int run(int argc, char** argv)
     program.set_version_flag("--version", "vokctl " VOKCTL_VERSION);
     program.footer("\"vokctl COMMAND --help\" tells more about a command.");
     client::addStatusCommand(program, exitCode);
+    client::addUsersCommand(program, exitCode);
+    client::addServiceCommand(program, exitCode);
+    client::addRawCommand(program, exitCode);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

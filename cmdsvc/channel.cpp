@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "cmdsvc/channel.h"
 
-#include <algorithm>
+#include <array>
 #include <cstdio>
+#include <span>
 #include <utility>
 
 #include "cmdsvc/protocol.h"
@@ -12,6 +13,9 @@ namespace cmdsvc {
 namespace {
 
 core::File input;
+
+/// What fout_buf points to, as long as nobody else has set it.
+FILE* answer = nullptr;
 core::File slot;
 
 std::array<char, kWordSize> wordBytes(std::uint32_t word)
@@ -106,7 +110,8 @@ bool openChannel(int number)
     input.reset(::fmemopen(fin_buf, sizeof fin_buf, "r"));
     std::array<char, 64> path;
     core::formatBounded(path, "%s%d", VOK_ANSWER_FILE, number);
-    fout_buf = std::fopen(path.data(), "w");
+    answer = core::openFile(path.data(), "w").release();
+    fout_buf = answer;
     return input && fout_buf != nullptr;
 }
 
@@ -119,8 +124,10 @@ void readRequestLine()
 
 void closeAnswer()
 {
-    if (fout_buf != nullptr) {
-        std::fclose(std::exchange(fout_buf, nullptr));
+    FILE* opened = std::exchange(answer, nullptr);
+    const bool isOurs = std::exchange(fout_buf, nullptr) == opened;
+    if (opened != nullptr && isOurs) {
+        std::fclose(opened);
     }
 }
 

@@ -2,6 +2,7 @@
 //
 // process_command: from a request to its handler.
 #include <algorithm>
+#include <span>
 
 #include "cmdsvc/channel.h"
 #include "cmdsvc/command_table.h"

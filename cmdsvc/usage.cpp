@@ -5,9 +5,12 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <cstdio>
 #include <ctime>
 #include <optional>
+#include <span>
 #include <string_view>
+#include <utility>
 
 #include "cmdsvc/protocol.h"
 #include "core/bytes.h"
@@ -16,7 +19,7 @@
 namespace cmdsvc {
 namespace {
 
-constexpr std::int64_t kSaveIntervalSeconds = 300;
+constexpr std::int32_t kSaveIntervalSeconds = 300;
 
 struct Slot {
     std::string_view code;
@@ -65,6 +68,24 @@ void count(CommandUsage& table, std::size_t slot)
     core::putU32(counter, core::getU32(counter) + 1);
 }
 
+/// Whether a save is due. Zero stands for none yet. The difference is taken modulo 2^32 and read as
+/// signed, so that it holds across the end of the clock's range.
+bool isDue(std::int32_t lastSave, std::int32_t now)
+{
+    const auto age = static_cast<std::int32_t>(static_cast<std::uint32_t>(now) -
+                                               static_cast<std::uint32_t>(lastSave));
+    return lastSave == 0 || age > kSaveIntervalSeconds;
+}
+
+/// Writes a table to an open file.
+/// @return whether all of it has arrived; errno says why not
+bool write(const CommandUsage& table, core::File file)
+{
+    const bool isWritten =
+        std::fwrite(table.bytes, 1, sizeof table.bytes, file.get()) == sizeof table.bytes;
+    return std::fclose(file.release()) == 0 && isWritten;
+}
+
 void save(const CommandUsage& table, std::int32_t& lastSave, std::uint32_t code, std::int32_t now)
 {
     core::File file = core::openFile(VOK_USAGE_FILE, "w");
@@ -72,8 +93,10 @@ void save(const CommandUsage& table, std::int32_t& lastSave, std::uint32_t code,
         dbg_trace("save_cmd_cnt() -- failed open file syserr: %s", std::strerror(errno));
         return;
     }
-    std::fwrite(table.bytes, 1, sizeof table.bytes, file.get());
-    file.reset();
+    if (!write(table, std::move(file))) {
+        dbg_trace("cannot write file %s: %s", VOK_USAGE_FILE, std::strerror(errno));
+        return;
+    }
     dbg_trace("save_cmd_cnt() -- save to file cmd: 0x%X time: %d", code, now);
     lastSave = now;
 }
@@ -88,10 +111,11 @@ void init_cmd_buffer(CommandUsage* table)
     if (isPrepared(*table)) {
         return;
     }
-    const core::File file = core::openFile(VOK_USAGE_FILE, "r");
+    core::File file = core::openFile(VOK_USAGE_FILE, "r");
     if (file) {
         [[maybe_unused]] const std::size_t got =
             std::fread(table->bytes, 1, sizeof table->bytes, file.get());
+        file.reset();
         dbg_trace("init_cmd_buffer() -- read from file %s", VOK_USAGE_FILE);
         return;
     }
@@ -116,8 +140,7 @@ void save_cmd_cnt(CommandUsage* table, std::int32_t* lastSave, std::uint32_t cod
         dbg_trace("save_cmd_cnt() -- save default cmd: 0x%X", code);
     }
     const auto now = static_cast<std::int32_t>(std::time(nullptr));
-    // In 64 bits, so that a last save near the end of the clock's range does not wrap.
-    if (std::int64_t{now} - *lastSave > kSaveIntervalSeconds) {
+    if (isDue(*lastSave, now)) {
         save(*table, *lastSave, code, now);
     }
 }

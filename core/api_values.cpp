@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
 // getSysVar, kytegetSysVar, kyteGetVar and setSysVar: values that the system script keeps.
+#include <array>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdio>
 #include <cstring>
 
 #include "core/core.h"
@@ -46,13 +48,13 @@ void extract(FILE* output, const char* key, Value& value)
 }
 
 /// Runs a line that ends in the name of its output file, and reads that.
-void ask(const char* command, const char* outputPath, const char* key, Report report, Value& value)
+Value ask(const char* command, const char* outputPath, const char* key, Report report)
 {
-    value[0] = '\0';
+    Value value{};
     const ShellRun run = runShellLine(command);
     if (!succeeded(run)) {
         tell(report, "getSysVar failed: %s -- iRet: %d", command, run.result);
-        return;
+        return value;
     }
     tell(report, "getSysVar(): %s -- iRet: %d", command, run.result);
 
@@ -61,20 +63,21 @@ void ask(const char* command, const char* outputPath, const char* key, Report re
         tell(report, "getSysVar failed: open file %s -- err: %s", outputPath,
              std::strerror(errno));
         std::remove(outputPath);
-        return;
+        return value;
     }
     extract(output.get(), key, value);
     output.reset();
     std::remove(outputPath);
     tell(report, "getSysVar retBuf:%s", value.data());
+    return value;
 }
 
-void askSystemScript(const char* apiFunction, const char* key, Report report, Value& value)
+Value askSystemScript(const char* apiFunction, const char* key, Report report)
 {
     const WorkFileName output = workFileName("getSysVar");
     ApiLine command;
     formatBounded(command, "%s %s %s", kSystemScript, apiFunction, output.data());
-    ask(command.data(), output.data(), key, report, value);
+    return ask(command.data(), output.data(), key, report);
 }
 
 } // namespace
@@ -83,14 +86,14 @@ void askSystemScript(const char* apiFunction, const char* key, Report report, Va
 const char* getSysVar(const char* key, const char* apiFunction)
 {
     static core::Value value;
-    core::askSystemScript(apiFunction, key, core::Report::kTrace, value);
+    value = core::askSystemScript(apiFunction, key, core::Report::kTrace);
     return value.data();
 }
 
 const char* kytegetSysVar(const char* key, const char* apiFunction)
 {
     static core::Value value;
-    core::askSystemScript(apiFunction, key, core::Report::kNone, value);
+    value = core::askSystemScript(apiFunction, key, core::Report::kNone);
     return value.data();
 }
 
@@ -100,7 +103,7 @@ const char* kyteGetVar(const char* command, const char* key)
     const core::WorkFileName output = core::workFileName("getSysVar");
     core::ApiLine line;
     core::formatBounded(line, "%s %s", command, output.data());
-    core::ask(line.data(), output.data(), key, core::Report::kComment, value);
+    value = core::ask(line.data(), output.data(), key, core::Report::kComment);
     return value.data();
 }
 

@@ -27,8 +27,8 @@ extern "C" {
 /// @return what system() gave back for the echo line. errno is left as it was found.
 [[gnu::format(printf, 1, 2)]] int dbg_trace(const char* format, ...);
 
-/// The answer to the request in hand. After a request that an error exit ended, it stays open until
-/// the next one begins.
+/// The answer to the request in hand. A wrong parameter count or an unknown command leaves it open
+/// until the next request begins; others may flush it then, but never close it.
 extern FILE* fout_buf;
 
 } // extern "C"
@@ -105,7 +105,8 @@ struct FileCloser {
 /// An open file that closes itself.
 using File = std::unique_ptr<FILE, FileCloser>;
 
-/// Opens a file as fopen does; empty on failure, with errno set.
+/// Opens a file as fopen does, closed to what shell lines start; empty on failure, with errno set.
+/// @param mode  one of fopen's, such as "r" or "r+"
 [[nodiscard]] File openFile(const char* path, const char* mode);
 
 /// Reads the next piece of text into a fixed buffer, up to a newline (kept) or the buffer's end.

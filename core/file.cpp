@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "core/core.h"
 
+#include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <unistd.h>
 
@@ -12,7 +14,10 @@ void core::FileCloser::operator()(FILE* file) const noexcept
 
 core::File core::openFile(const char* path, const char* mode)
 {
-    return File(std::fopen(path, mode));
+    // What a shell line starts may outlive the request; it must not hold the module's files open.
+    std::array<char, 8> closedOnExec;
+    formatBounded(closedOnExec, "%se", mode);
+    return File(std::fopen(path, closedOnExec.data()));
 }
 
 bool core::readLine(FILE* file, std::span<char> line)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // getSystemVar: what the network tools say.
+#include <array>
+#include <cstdio>
 #include <string_view>
 
 #include "core/core.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+//
+// variable_lock.h: writers of the variable file keep everybody else out, readers only writers.
 #pragma once
 
 namespace core {

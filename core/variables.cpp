@@ -2,10 +2,14 @@
 //
 // getvar and setvar: the appliance's variables.
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <optional>
 #include <string_view>
 #include <unistd.h>
+#include <utility>
 
 #include "core/core.h"
 #include "core/variable_line.h"
@@ -66,6 +70,13 @@ constexpr std::array<LiveValue, 8> kLiveValues = {{
     {"build_version", getBuildInfo},
 }};
 
+void setResult(std::string_view value)
+{
+    // The name may be an older result: it has been read by now.
+    value.copy(result.data(), result.size() - 1);
+    result[value.size()] = '\0';
+}
+
 void readStoredValue(const char* name)
 {
     const VariableLock lock(VariableLock::Mode::kRead);
@@ -73,6 +84,7 @@ void readStoredValue(const char* name)
     if (!file) {
         printComment("getvar() - getsetvar failed open file: %s, syserr: %s", kVariableFile,
                      std::strerror(errno));
+        setResult("");
         return;
     }
     VariableFileReader reader(file.get());
@@ -80,17 +92,18 @@ void readStoredValue(const char* name)
         const auto line = reader.line();
         const auto value = line ? valueOf(*line, name) : std::nullopt;
         if (value) {
-            value->copy(result.data(), result.size() - 1);
-            result[value->size()] = '\0';
+            setResult(*value);
             return;
         }
     }
+    setResult("");
 }
 
 // ---- Writing ----------------------------------------------------------------------------------
 
 /// Copies the variables with one of them changed or added.
-void copyWith(FILE* from, FILE* to, const char* name, const char* value)
+/// @return whether all of them could be read
+bool copyWith(FILE* from, FILE* to, const char* name, const char* value)
 {
     bool isReplaced = false;
     VariableFileReader reader(from);
@@ -106,6 +119,7 @@ void copyWith(FILE* from, FILE* to, const char* name, const char* value)
     if (!isReplaced) {
         std::fprintf(to, "%s%s=%s\n", reader.endsWithinLine() ? "\n" : "", name, value);
     }
+    return std::ferror(from) == 0;
 }
 
 /// Ends the writing of a file.
@@ -123,10 +137,9 @@ const char* getvar(const char* name)
 {
     using namespace core;
 
-    result[0] = '\0';
     const auto* live = std::ranges::find(kLiveValues, std::string_view(name), &LiveValue::name);
     if (live != kLiveValues.end()) {
-        formatBounded(result, "%s", live->answer());
+        setResult(live->answer());
     } else {
         readStoredValue(name);
     }
@@ -144,11 +157,13 @@ int setvar(const char* name, const char* value)
     if (!newFile) {
         return -1;
     }
-    copyWith(oldFile.get(), newFile.get(), name, value);
+    if (!copyWith(oldFile.get(), newFile.get(), name, value)) {
+        return -1;
+    }
     oldFile.reset();
 
-    // Both versions keep a link of their own at every moment, whatever happens in between. Whether
-    // a link succeeds does not matter, but a copy that is cut short must not become the file.
+    // The old version has the backup's name before it loses its own, and the new one keeps that of
+    // the copy. Nobody checks the links, but a copy that is cut short must not become the file.
     ::unlink(kBackupFile);
     [[maybe_unused]] const int backedUp = ::link(kVariableFile, kBackupFile);
     if (!finish(std::move(newFile))) {

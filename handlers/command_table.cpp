@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <span>
 
 #include "cmdsvc/protocol.h"
 #include "cmdsvc/settled.h"

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "handlers/users.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -49,17 +53,20 @@ bool fetchUsers(const char* answer, const char* names)
     return runForOutput(command.data());
 }
 
-/// The name in a line: between the first "name>" and the first "</", which must come later.
-std::string_view nameIn(std::string_view line)
+/// The name in a line: behind the first "name>", up to the next "</".
+std::optional<std::string_view> nameIn(std::string_view line)
 {
     constexpr std::string_view kOpen = "name>";
     const std::size_t open = line.find(kOpen);
-    const std::size_t close = line.find("</");
-    if (open == std::string_view::npos || close == std::string_view::npos ||
-        close < open + kOpen.size()) {
-        return {};
+    if (open == std::string_view::npos) {
+        return std::nullopt;
     }
-    return line.substr(open + kOpen.size(), close - open - kOpen.size());
+    const std::string_view text = line.substr(open + kOpen.size());
+    const std::size_t close = text.find("</");
+    if (close == std::string_view::npos) {
+        return std::nullopt;
+    }
+    return text.substr(0, close);
 }
 
 void writeFragment(FILE* names, FILE* fragment)
@@ -67,9 +74,9 @@ void writeFragment(FILE* names, FILE* fragment)
     std::fputs("return [\"guest\"", fragment);
     Line line;
     while (core::readLine(names, line)) {
-        const std::string_view name = nameIn(line.data());
-        if (name.data() != nullptr) {
-            std::fprintf(fragment, ", \"%.*s\"", static_cast<int>(name.size()), name.data());
+        const std::optional<std::string_view> name = nameIn(line.data());
+        if (name) {
+            std::fprintf(fragment, ", \"%.*s\"", static_cast<int>(name->size()), name->data());
         }
     }
     std::fputs("];", fragment);
@@ -92,6 +99,13 @@ int searchLine(FILE* list, std::span<char> line, const char* needle)
     return (std::strstr(line.data(), needle) != nullptr) ? 1 : 0;
 }
 
+int finishSearch(const char* path, int found)
+{
+    std::remove(path);
+    dbg_trace("isUserExisted() iRet:%d", found);
+    return found;
+}
+
 /// Looks a name up in a list of a known size.
 int searchList(const char* path, std::size_t size, const char* needle)
 {
@@ -111,9 +125,7 @@ int searchList(const char* path, std::size_t size, const char* needle)
     }
     const int found = searchLine(list.get(), {line.get(), size + kSpare}, needle);
     list.reset();
-    std::remove(path);
-    dbg_trace("isUserExisted() iRet:%d", found);
-    return found;
+    return finishSearch(path, found);
 }
 
 // ---- lstu -------------------------------------------------------------------------------------
@@ -271,7 +283,11 @@ int getUsersList(const char* path)
         return -1;
     }
     writeFragment(lines.get(), fragment.get());
-    fragment.reset();
+    // A list that is cut short would deny people who have an account.
+    const bool isWritten = std::ferror(fragment.get()) == 0;
+    if (std::fclose(fragment.release()) != 0 || !isWritten) {
+        return -1;
+    }
     lines.reset();
     std::remove(answer.data());
     std::remove(names.data());
@@ -296,7 +312,7 @@ int isUserExisted(const char* name)
     }
     // A list always holds something; an empty file is none, and nobody can be looked up in it.
     if (status.st_size == 0) {
-        return -1;
+        return finishSearch(path.data(), -1);
     }
     return searchList(path.data(), static_cast<std::size_t>(status.st_size), needle.data());
 }

@@ -4,8 +4,8 @@
  *
  * Page engines and callers of the command service use these operations; libvokcontrol.so has them
  * and the executable exports them in its dynamic symbol table. The module is single-threaded: no
- * two operations may run at once in one process. Every operation drives the appliance through
- * shell lines and writes trace lines to /tmp/dbg_vokcontrol.txt as it goes.
+ * two operations may run at once in one process. Most operations drive the appliance through shell
+ * lines and tell what they do in /tmp/dbg_vokcontrol.txt; what each runs and traces stands with it.
  */
 #pragma once
 
@@ -93,8 +93,8 @@ const char* getvar(const char* name);
  * Writes a variable: every line of that name, or a new last one. All other lines keep their bytes
  * and their order. Writers wait for each other and for readers.
  *
- *   result  0, or -1 when the file or its copy could not be opened or the copy not be written
- *           whole; the variables are then as they were
+ *   result  0, or -1 when the file or its copy could not be opened, or the copy not be made whole;
+ *           the variables are then as they were (the copy and a new backup may stay)
  *   locks   /etc/pelconfig/system_var_lck, exclusively; creates it
  *   writes  /etc/pelconfig/system_var, which must exist; system_var_tmp beside it stays as a second
  *           link to the new version, system_var_bak is the version before

@@ -81,6 +81,22 @@ TEST_F(Channel, longNameIsCutInAStatusFrame)
     EXPECT_EQ(answer(), "toolo" + le32(1) + std::string(1, '\0'));
 }
 
+TEST_F(Channel, shortNameKeepsTheCodesPlace)
+{
+    SendReturnStatus(1, "ab");
+    EXPECT_EQ(answer(), std::string("ab \0\0", 5) + le32(1) + std::string(1, '\0'));
+}
+
+TEST_F(Channel, answerThatACallerHasSetIsNotOursToClose)
+{
+    FILE* theirs = std::fopen("/tmp/theirs", "w");
+    fout_buf = theirs;
+    SendReturnStatus(1, "subs");
+    ASSERT_TRUE(cmdsvc::openChannel(8));
+    EXPECT_EQ(std::fclose(theirs), 0);
+    EXPECT_EQ(root::readFile("/tmp/theirs"), "subs " + le32(1) + std::string(1, '\0'));
+}
+
 TEST_F(Channel, slotClosesItselfClear)
 {
     root::writeFile("/tmp/file", "x");

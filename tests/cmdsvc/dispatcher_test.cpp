@@ -109,6 +109,25 @@ TEST_F(Dispatcher, wrongCountIsAnsweredByEachRowInItsWay)
     }
 }
 
+TEST_F(Dispatcher, rightCountIsNeverTakenForAWrongOne)
+{
+    root::stub("ps", "echo pelstatus");
+    root::stub("php", ": >\"$3\"");
+    for (const Row& row : kRows) {
+        const std::vector<unsigned> any = {0, 1, 10, 255};
+        for (const unsigned count : row.counts.empty() ? any : row.counts) {
+            testing::internal::CaptureStdout();
+            const Outcome outcome = process(frame(row.code, count));
+            testing::internal::GetCapturedStdout();
+            EXPECT_NE(outcome.answer, le32(0xFF000003)) << row.code << count;
+            EXPECT_NE(outcome.answer, le32(0xC1000001)) << row.code << count;
+            for (const std::string& call : outcome.calls) {
+                EXPECT_EQ(call.find("exiting with error"), std::string::npos) << row.code << count;
+            }
+        }
+    }
+}
+
 TEST_F(Dispatcher, wrongCountGivesBackTheResultOfItsLastTrace)
 {
     for (const Row& row : kRows) {

@@ -215,6 +215,19 @@ TEST_F(Usage, failedSaveIsTriedAgain)
     EXPECT_EQ(root::readFile(kFile), tableWith(2, 2));
 }
 
+TEST_F(Usage, saveThatDoesNotFitOnTheDiskIsTriedAgain)
+{
+    setBytes(tableWith(kNoSlot, 0));
+    root::fillDisk("/etc/pelconfig");
+    countOne("lstu");
+    EXPECT_EQ(lastSave, 0);
+    EXPECT_EQ(watch::calls().back(),
+              trace("cannot write file " + kFile + ": No space left on device"));
+    std::filesystem::remove("/etc/pelconfig/filler");
+    countOne("lstu");
+    EXPECT_EQ(root::readFile(kFile), tableWith(2, 2));
+}
+
 TEST_F(Usage, withoutATableNothingIsCounted)
 {
     save_cmd_cnt(nullptr, &lastSave, 1);

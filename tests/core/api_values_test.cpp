@@ -30,7 +30,9 @@ class ApiValues : public root::Test {
         EXPECT_EQ(watch::calls(), (Lines{line, trace("getSysVar(): " + line + " -- iRet: 0"),
                                          trace("getSysVar retBuf:" + value)}));
         EXPECT_FALSE(root::exists(output));
+        testing::internal::CaptureStdout();
         EXPECT_EQ(kytegetSysVar("<key>", "tovGet"), value) << text;
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
         EXPECT_EQ(watch::calls().size(), 4U) << "kytegetSysVar reports nothing";
         EXPECT_EQ(watch::calls().back(), line);
     }

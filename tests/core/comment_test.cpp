@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "core/core.h"
+#include "tests/support/root.h"
 
 namespace {
 
@@ -24,6 +25,15 @@ TEST(Comment, longMessageIsCut)
 {
     EXPECT_EQ(printed(std::string(1999, 'm')), "//<!-- " + std::string(1999, 'm') + "-->\n");
     EXPECT_EQ(printed(std::string(5000, 'm')), "//<!-- " + std::string(1999, 'm') + "-->\n");
+}
+
+TEST(Comment, isFlushedAtOnce)
+{
+    root::inChild([] {
+        ASSERT_NE(std::freopen("/tmp/printed", "w", stdout), nullptr);
+        core::printComment("x");
+        EXPECT_EQ(root::readFile("/tmp/printed"), "//<!-- x-->\n");
+    });
 }
 
 TEST(Comment, errnoIsLeftAsItWas)

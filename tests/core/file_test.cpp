@@ -56,6 +56,16 @@ TEST_F(File, failureToOpenSetsErrno)
     EXPECT_EQ(errno, EISDIR);
 }
 
+TEST_F(File, shellLinesDoNotHoldItOpen)
+{
+    root::writeFile("/tmp/in", "");
+    const core::File file = core::openFile("/tmp/in", "r");
+    core::runShellLine(("[ ! -e /proc/$$/fd/" + std::to_string(::fileno(file.get())) +
+                        " ] || echo open >/tmp/out")
+                           .c_str());
+    EXPECT_FALSE(root::exists("/tmp/out"));
+}
+
 TEST_F(File, workFilesCarryTheIdOfTheProcessThatWritesThem)
 {
     EXPECT_EQ(core::workFileName("share_info").data(), root::workFile("share_info"));

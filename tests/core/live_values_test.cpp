@@ -127,11 +127,13 @@ TEST_F(LiveValues, missingOutputIsAnEmptyValue)
 
 TEST_F(LiveValues, protocolAndUnknownKindsAskNobody)
 {
+    testing::internal::CaptureStderr();
     EXPECT_STREQ(getSystemVar("", 3), "dhcp_client");
     for (const int kind : {-1, 0, 6, 1000}) {
         EXPECT_STREQ(getSystemVar("", kind), "") << kind;
     }
     EXPECT_STREQ(getSystemVar(nullptr, 3), "dhcp_client");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_EQ(watch::calls(), Lines{});
 }
 

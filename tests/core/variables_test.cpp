@@ -126,6 +126,13 @@ TEST_F(Variables, copyThatCannotBeOpenedIsAFailure)
     EXPECT_EQ(root::readFile(kFile), "a=1\n");
 }
 
+TEST_F(Variables, fileThatCannotBeReadIsNeverReplaced)
+{
+    std::filesystem::create_directory(kFile);
+    EXPECT_EQ(setvar("a", "2"), -1);
+    EXPECT_TRUE(std::filesystem::is_directory(kFile));
+}
+
 TEST_F(Variables, readOnlyFolderIsAFailure)
 {
     root::writeFile(kFile, "a=1\n");
@@ -229,6 +236,13 @@ TEST_F(Variables, resultsShareABuffer)
     EXPECT_STREQ(first, "22");
 }
 
+TEST_F(Variables, resultCanBeTheNextName)
+{
+    root::writeFile(kFile, "pointer=target\ntarget=5\n");
+    EXPECT_STREQ(getvar(getvar("pointer")), "5");
+    EXPECT_STREQ(getvar(getvar("pointer")), "5");
+}
+
 TEST_F(Variables, unreadableFileIsToldInAComment)
 {
     testing::internal::CaptureStdout();
@@ -285,6 +299,9 @@ TEST_F(LiveVariables, networkNamesAskTheTools)
     EXPECT_STREQ(getvar("lan_proto"), "dhcp_client");
     EXPECT_STREQ(getvar("lan_gateway"), "10.0.0.1");
     EXPECT_STREQ(getvar("lan_netmask"), "255.0.0.0");
+    const char* live = getvar("lan_proto");
+    root::writeFile(kFile, "a=1\n");
+    EXPECT_EQ(getvar("a"), live) << "live values share the buffer with stored ones";
 }
 
 TEST_F(LiveVariables, machineNameAsksTheSystemScript)

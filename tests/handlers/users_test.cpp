@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "cmdsvc/channel.h"
 #include "core/core.h"
 #include "tests/support/request.h"
 #include "tests/support/root.h"
@@ -89,6 +90,7 @@ TEST_F(UsersList, nameIsBetweenTheFirstTags)
     expectList("<username><name>a</name>\n", "return [\"guest\", \"<name>a\"];");
     expectList("username name>b</\n", "return [\"guest\", \"b\"];");
     expectList("<username></username>\n", "return [\"guest\", \"\"];");
+    expectList("</x><username>bob</username>\n", "return [\"guest\", \"bob\"];");
 }
 
 TEST_F(UsersList, lineWithoutBothTagsIsSkipped)
@@ -150,6 +152,13 @@ TEST_F(UsersList, listThatCannotBeWrittenIsAFailureWithoutATrace)
     EXPECT_EQ(getUsersList("/tmp/list"), -1);
     EXPECT_EQ(watch::calls(), fetchCalls("/tmp/list"));
     EXPECT_EQ(root::list("/tmp"), (Lines{"list", "list" + pid(), "list" + pid() + "2"}));
+}
+
+TEST_F(UsersList, listThatDoesNotFitOnTheDiskIsAFailure)
+{
+    stubUsers(userLines({"anna"}));
+    watch::after("cat", [] { root::fillDisk("/tmp"); });
+    EXPECT_EQ(getUsersList("/tmp/list"), -1);
 }
 
 TEST_F(UsersList, namesThatAreGoneLeaveAnEmptyList)
@@ -221,6 +230,7 @@ TEST_F(UserExists, guestAlwaysExists)
 TEST_F(UserExists, separatorsOfTheListCanBeFound)
 {
     expectFound({"anna"}, ", ", 1);
+    expectFound({"anna", "bob"}, "anna\", \"bob", 1);
     expectFound({""}, "", 1);
     expectFound({"anna"}, "", 0);
 }
@@ -242,6 +252,9 @@ TEST_F(UserExists, longNameIsCutBeforeItIsLookedFor)
     const std::string name(4000, 'n');
     stubUsers("");
     EXPECT_EQ(isUserExisted(name.c_str()), 0);
+    EXPECT_EQ(watch::calls().at(3), trace("isUserExisted() user return:return [\"guest\"]; -- "
+                                          "userName: \"" +
+                                          std::string(510, 'n')));
 }
 
 TEST_F(UserExists, failedListIsNeitherYesNorNo)
@@ -250,14 +263,38 @@ TEST_F(UserExists, failedListIsNeitherYesNorNo)
     EXPECT_EQ(isUserExisted("anna"), -1);
 }
 
-TEST_F(UserExists, emptyListIsNeitherYesNorNo)
+TEST_F(UserExists, listThatIsLostIsNeitherYesNorNo)
+{
+    // What is written to /dev/null is gone: the list has no size.
+    stubUsers("");
+    watch::after("cat", [&] { std::filesystem::create_symlink("/dev/null", list); });
+    EXPECT_EQ(isUserExisted("anna"), -1);
+    Lines calls = fetchCalls(list);
+    calls.push_back(trace("isUserExisted() iRet:-1"));
+    EXPECT_EQ(watch::calls(), calls);
+    EXPECT_EQ(root::list("/tmp/work"), Lines{});
+}
+
+TEST_F(UserExists, listThatCannotBeLookedAtIsTraced)
+{
+    // The list goes through a link into one of the work files, which is removed in the end.
+    stubUsers("");
+    watch::after("cat", [&] { std::filesystem::create_symlink(list + pid(), list); });
+    EXPECT_EQ(isUserExisted("anna"), -1);
+    EXPECT_EQ(watch::calls().back(),
+              trace("isUserExisted() cannot stat file " + list + ": No such file or directory"));
+}
+
+TEST_F(UserExists, listThatCannotBeOpenedIsTracedAndStays)
 {
     stubUsers("");
-    const std::string names = list + pid() + "2";
-    watch::after("cat", [&] {
-        std::filesystem::create_symlink("/dev/full", "/tmp/work/" + list);
+    watch::after("echo \"file ", [&] {
+        std::filesystem::permissions(list, std::filesystem::perms(0));
     });
     EXPECT_EQ(isUserExisted("anna"), -1);
+    EXPECT_EQ(watch::calls().back(),
+              trace("isUserExisted() cannot open file " + list + ": Permission denied"));
+    EXPECT_TRUE(root::exists(list));
 }
 
 // ---- lstu -------------------------------------------------------------------------------------
@@ -453,6 +490,23 @@ TEST_F(ListUsersFails, listThatCannotBeRemoved)
     EXPECT_EQ(Lines(outcome.calls.end() - 2, outcome.calls.end()),
               (Lines{trace("cannot remove file " + kWorkFile + ": No such file or directory"),
                      exitTrace(0xFF000006)}));
+}
+
+TEST_F(ListUsersFails, listThatCannotBeClosed)
+{
+    stubUsers(userLines({"anna"}));
+    const std::string reason = trace("cannot close file " + kWorkFile + ": Bad file descriptor");
+    for (const char* moment : {"echo \"found 1 user(s)", "echo \"reporting user anna"}) {
+        request::load(frame("lstu", 0));
+        watch::after(moment, [] { ::close(::fileno(cmdsvc::currentFile())); });
+        const Outcome outcome = runQuietly();
+        const bool isFirstPass = std::string(moment).find("found") != std::string::npos;
+        EXPECT_EQ(outcome.answer, (isFirstPass ? "" : "lsut " + le32(1) + "\nanna\n") + "erro " +
+                                      le32(0xFF000008));
+        EXPECT_EQ(Lines(outcome.calls.end() - 2, outcome.calls.end()),
+                  (Lines{reason, exitTrace(0xFF000008)}));
+        EXPECT_FALSE(root::exists(kWorkFile));
+    }
 }
 
 TEST_F(ListUsersFails, tooLongANameIsCutAndNothingOverrun)

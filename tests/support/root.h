@@ -66,6 +66,8 @@ class Program {
   public:
     Program(const std::vector<std::string>& command, bool isWatched = false);
 
+    [[nodiscard]] int pid() const { return pid_; }
+
     /// Waits for the program and for everything it left behind that still holds its output open.
     [[nodiscard]] Ended wait();
 

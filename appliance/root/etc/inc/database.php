@@ -12,6 +12,9 @@ const SCHEMA = <<<'SQL'
         property TEXT NOT NULL CHECK (property IN ('public', 'private')),
         location TEXT NOT NULL CHECK (location IN ('internal', 'external'))
     );
+    CREATE TABLE IF NOT EXISTS user (
+        name TEXT NOT NULL PRIMARY KEY
+    );
     SQL;
 
 function openDatabase(): PDO

@@ -79,6 +79,8 @@ $backups = [
     'Projects'      => "backup did not finish\n",
 ];
 
+$users = ['anna', 'bob', 'Élise'];
+
 umask(0022);
 mkdir(BACKUP_FOLDER, recursive: true);
 foreach ($backups as $name => $line) {
@@ -92,5 +94,9 @@ foreach ($shares as $name => [$property, $location, $fill]) {
     mkdir("/share/$name", recursive: true);
     $fill("/share/$name");
     $insert->execute([$name, $property, $location]);
+}
+$insert = $database->prepare('INSERT INTO user (name) VALUES (?)');
+foreach ($users as $name) {
+    $insert->execute([$name]);
 }
 $database->commit();

@@ -1,0 +1,19 @@
+<?php
+// SPDX-License-Identifier: MIT
+//
+// The user area of the administration layer.
+declare(strict_types=1);
+
+require __DIR__ . '/api.php';
+
+/** Writes the list of users into a file: one element a line. */
+function tovGetUsers(string $path): void
+{
+    $listing = "<userlist>\n";
+    foreach (openDatabase()->query('SELECT name FROM user ORDER BY rowid') as $user) {
+        $listing .= "  <username>{$user['name']}</username>\n";
+    }
+    writeFile($path, $listing . "</userlist>\n");
+}
+
+serve(['tovGetUsers' => tovGetUsers(...)], $argv);

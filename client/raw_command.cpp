@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: MIT
+#include "client/raw_command.h"
+
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+
+#include "client/answer.h"
+#include "client/request.h"
+
+namespace client {
+namespace {
+
+constexpr std::size_t kCodeSize = 4;
+
+struct RawOptions {
+    Connection connection;
+    std::string code;
+    std::uint32_t count = 0;
+    std::vector<std::string> lines;
+    std::string hex;
+    std::string framePath;
+};
+
+int digitOf(char c)
+{
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    const char lower = (c >= 'A' && c <= 'F') ? static_cast<char>(c - 'A' + 'a') : c;
+    const std::size_t digit = kDigits.find(lower);
+    return (digit == std::string_view::npos) ? -1 : static_cast<int>(digit);
+}
+
+/// Pairs of hexadecimal digits; blanks between them are passed over.
+std::string readHex(const std::string& text)
+{
+    std::string digits;
+    for (const char c : text) {
+        if (c == ' ') {
+            continue;
+        }
+        if (digitOf(c) < 0) {
+            throw CLI::ValidationError("--hex", "takes pairs of hexadecimal digits, such as \"0aff\"");
+        }
+        digits += c;
+    }
+    if (digits.size() % 2 != 0) {
+        throw CLI::ValidationError("--hex", "has half a byte at its end");
+    }
+    std::string bytes;
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        bytes += static_cast<char>(digitOf(digits[i]) * 16 + digitOf(digits[i + 1]));
+    }
+    return bytes;
+}
+
+std::string readFrame(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::string frame(std::istreambuf_iterator<char>(file), {});
+    if (!file) {
+        throw CLI::ValidationError("--frame", "cannot read " + path);
+    }
+    return frame;
+}
+
+std::string buildFrame(const RawOptions& options)
+{
+    if (!options.framePath.empty()) {
+        return readFrame(options.framePath);
+    }
+    if (options.code.size() != kCodeSize) {
+        throw CLI::ValidationError("CODE", "takes four characters, such as \"lstu\" (or use --frame)");
+    }
+    std::string frame = makeFrame(options.code, options.count);
+    for (const std::string& line : options.lines) {
+        frame += line + "\n";
+    }
+    return frame + readHex(options.hex);
+}
+
+ExitCode sendRaw(const RawOptions& options)
+{
+    const Reply reply = sendRequest(options.connection, buildFrame(options));
+    if (reply.code != kGood) {
+        std::cerr << "vokctl: " << reply.complaint << "\n";
+        return reply.code;
+    }
+    std::cout << hexdump(reply.bytes) << "Read as "
+              << describeAnswer(readAnswer(reply.bytes)) << "\n";
+    return kGood;
+}
+
+} // namespace
+
+void addRawCommand(CLI::App& program, int& exitCode)
+{
+    const auto options = std::make_shared<RawOptions>();
+    CLI::App* raw = program.add_subcommand("raw", "Send any request and show the bytes of the answer");
+    CLI::Option* code = raw->add_option("CODE", options->code, "The command, four characters");
+    CLI::Option* count = raw->add_option("--count", options->count, "The parameter count (default: 0)");
+    CLI::Option* line = raw->add_option("--line", options->lines,
+                                        "A line of text behind the request's first; may be repeated")
+                            ->type_name("TEXT")
+                            ->expected(1)
+                            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+                            ->allow_extra_args(false);
+    CLI::Option* hex = raw->add_option("--hex", options->hex, "Bytes behind the lines")
+                           ->type_name("BYTES");
+    raw->add_option("--frame", options->framePath, "Send this file's bytes and nothing else")
+        ->type_name("FILE")
+        ->excludes(code)
+        ->excludes(count)
+        ->excludes(line)
+        ->excludes(hex);
+    addConnectionOptions(*raw, options->connection);
+    raw->footer("Examples:\n"
+                "  vokctl raw lstu                             the users\n"
+                "  vokctl raw gsp1 --count 1 --line Documents  a command with a parameter line\n"
+                "  vokctl raw sub1 --count 2 --hex '01 00'     bytes that are no text\n"
+                "  vokctl raw --frame request.bin              a frame that was kept\n"
+                "\n"
+                "Ends with 0 when an answer came, whatever it says.");
+    raw->callback([options, &exitCode] { exitCode = sendRaw(*options); });
+}
+
+} // namespace client

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+#include "client/request.h"
+
+#include <array>
+#include <asio/local/stream_protocol.hpp>
+#include <chrono>
+#include <iterator>
+
+#include "cmdsvc/protocol.h"
+#include "core/bytes.h"
+
+namespace client {
+namespace {
+
+using Protocol = asio::local::stream_protocol;
+
+Reply complain(ExitCode code, std::string complaint)
+{
+    return {.code = code, .bytes = {}, .complaint = std::move(complaint)};
+}
+
+Reply complainOf(const asio::error_code& error, const Connection& connection)
+{
+    if (error == asio::error::timed_out || error == asio::error::operation_aborted) {
+        return complain(kNoAnswer, "the service has not answered within " +
+                                       std::to_string(connection.timeout) +
+                                       " seconds. It may be busy; try again, or raise --timeout.");
+    }
+    const std::string reason =
+        "cannot reach the service at " + connection.socket + ": " + error.message();
+    if (error == asio::error::access_denied) {
+        return complain(kNotPermitted, reason + ". Try again as root.");
+    }
+    return complain(kUnreachable, reason + ". Is vokserve running?");
+}
+
+} // namespace
+
+void addConnectionOptions(CLI::App& command, Connection& connection)
+{
+    command.add_option("--socket", connection.socket, "Where the service listens")
+        ->type_name("PATH")
+        ->capture_default_str();
+    command.add_option("--timeout", connection.timeout, "Wait at most so long for the answer")
+        ->type_name("SECONDS")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+}
+
+std::string makeFrame(std::string_view code, std::uint32_t count)
+{
+    std::array<char, cmdsvc::kWordSize> word;
+    core::putU32(word, count);
+    return std::string(code) + " " + std::string(word.begin(), word.end()) + "\n";
+}
+
+Reply sendRequest(const Connection& connection, std::string_view frame)
+{
+    Protocol::iostream stream;
+    stream.expires_after(std::chrono::seconds(connection.timeout));
+    stream.connect(Protocol::endpoint(connection.socket));
+    if (!stream) {
+        return complainOf(stream.error(), connection);
+    }
+    stream.write(frame.data(), static_cast<std::streamsize>(frame.size()));
+    stream.flush();
+    asio::error_code ignored;
+    stream.socket().shutdown(Protocol::socket::shutdown_send, ignored);
+    Reply reply;
+    reply.bytes.assign(std::istreambuf_iterator<char>(stream), {});
+    if (stream.error() && stream.error() != asio::error::eof) {
+        return complainOf(stream.error(), connection);
+    }
+    return reply;
+}
+
+} // namespace client

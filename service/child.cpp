@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: MIT
+#include "service/child.h"
+
+#include <algorithm>
+#include <array>
+#include <asio/experimental/as_tuple.hpp>
+#include <asio/experimental/awaitable_operators.hpp>
+#include <asio/posix/stream_descriptor.hpp>
+#include <asio/steady_timer.hpp>
+#include <asio/this_coro.hpp>
+#include <asio/use_awaitable.hpp>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <iterator>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "vokcontrol.h"
+
+namespace service {
+namespace {
+
+constexpr int kLifeline = 3;
+constexpr int kCannotStart = 127;
+
+/// Closes every descriptor from one on.
+void closeFrom(int first)
+{
+    if (::close_range(static_cast<unsigned>(first), ~0U, 0) == 0) {
+        return;
+    }
+    // Kernels before 5.9 want it done one by one.
+    const long most = ::sysconf(_SC_OPEN_MAX);
+    for (int descriptor = first; descriptor < most; ++descriptor) {
+        ::close(descriptor);
+    }
+}
+
+/// Brings the child into the state that a request finds, whatever the service has open or handles.
+bool settle(int lifeline)
+{
+    ::setpgid(0, 0);
+    for (const int number : {SIGTERM, SIGINT, SIGPIPE, SIGCHLD, SIGHUP}) {
+        std::signal(number, SIG_DFL);
+    }
+    const int nowhere = ::open("/dev/null", O_RDWR);
+    const bool areStreamsSet = nowhere >= 0 && ::dup2(nowhere, STDIN_FILENO) >= 0 &&
+                               ::dup2(nowhere, STDOUT_FILENO) >= 0 &&
+                               ::dup2(nowhere, STDERR_FILENO) >= 0;
+    // What the child starts in turn must not hold the lifeline: it may well outlive the request.
+    const bool isLifelineSet =
+        (lifeline == kLifeline || ::dup2(lifeline, kLifeline) == kLifeline) &&
+        ::fcntl(kLifeline, F_SETFD, FD_CLOEXEC) == 0;
+    closeFrom(kLifeline + 1);
+    return areStreamsSet && isLifelineSet && ::chdir("/tmp") == 0;
+}
+
+/// The child's whole life. It ends through exit(), which completes an answer that is still open, and
+/// never comes back.
+[[noreturn]] void live(std::string_view request, int number, int lifeline)
+{
+    if (!settle(lifeline)) {
+        ::_exit(kCannotStart);
+    }
+    std::ranges::fill(fin_buf, '\0');
+    request.copy(std::data(fin_buf), std::size(fin_buf));
+    process_command(number);
+    std::exit(0);
+}
+
+std::string readFile(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace
+
+Child::Child(std::string_view request, int number)
+    : answerPath_(VOK_ANSWER_FILE + std::to_string(number))
+{
+    // An answer of an earlier service's request must never pass for this one's.
+    ::unlink(answerPath_.c_str());
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return;
+    }
+    pid_ = ::fork();
+    if (pid_ == 0) {
+        live(request, number, ends[1]);
+    }
+    ::close(ends[1]);
+    lifeline_ = ends[0];
+}
+
+Child::~Child()
+{
+    if (lifeline_ >= 0) {
+        ::close(lifeline_);
+    }
+    if (pid_ > 0) {
+        kill();
+        static_cast<void>(reap());
+    }
+}
+
+void Child::kill() const
+{
+    // The group may not exist yet, so that the child is named, too.
+    ::kill(-pid_, SIGKILL);
+    ::kill(pid_, SIGKILL);
+}
+
+bool Child::reap()
+{
+    int status = 0;
+    const bool isReaped = ::waitpid(pid_, &status, 0) == pid_;
+    pid_ = -1;
+    return isReaped && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+asio::awaitable<Outcome> Child::finish(std::chrono::seconds timeout)
+{
+    using namespace asio::experimental::awaitable_operators;
+    constexpr auto kQuietly = asio::experimental::as_tuple(asio::use_awaitable);
+
+    if (!hasStarted()) {
+        co_return Outcome{Ending::kNotStarted, ""};
+    }
+    const auto executor = co_await asio::this_coro::executor;
+    asio::posix::stream_descriptor lifeline(executor, std::exchange(lifeline_, -1));
+    asio::steady_timer timer(executor, timeout);
+    const auto first = co_await (
+        lifeline.async_wait(asio::posix::stream_descriptor::wait_read, kQuietly) ||
+        timer.async_wait(kQuietly));
+
+    const bool isTimedOut = first.index() == 1;
+    if (isTimedOut) {
+        kill();
+    }
+    const bool isGood = reap();
+    Outcome outcome{Ending::kFailed, ""};
+    if (isTimedOut) {
+        outcome.ending = Ending::kTimedOut;
+    } else if (isGood) {
+        outcome = {Ending::kFinished, readFile(answerPath_)};
+    }
+    ::unlink(answerPath_.c_str());
+    co_return outcome;
+}
+
+} // namespace service

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+#include <CLI/CLI.hpp>
+#include <asio/io_context.hpp>
+#include <csignal>
+#include <string>
+#include <sys/resource.h>
+
+#include "service/listener.h"
+#include "service/log.h"
+#include "service/server.h"
+
+namespace {
+
+constexpr int kCannotServe = 1;
+constexpr int kWrongUsage = 2;
+
+struct Options {
+    std::string socket = "/run/vokcontrol.sock";
+    unsigned timeout = 60;
+    unsigned deadline = 10;
+};
+
+/// A thousand clients at once are a thousand descriptors.
+void raiseDescriptorLimit()
+{
+    rlimit limit = {};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
+int serve(const Options& options)
+{
+    // A client that leaves before its answer must not end the service.
+    std::signal(SIGPIPE, SIG_IGN);
+    raiseDescriptorLimit();
+    asio::io_context context(1);
+    service::Listener listener(context, options.socket);
+    service::Server server(
+        context, listener,
+        {.send = std::chrono::seconds(options.deadline), .request = std::chrono::seconds(options.timeout)});
+    service::log("ready");
+    server.run();
+    service::log("stopped");
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    Options options;
+    CLI::App program("Carries requests to the appliance's control module.", "vokserve");
+    program.set_version_flag("--version", "vokserve " VOKSERVE_VERSION);
+    program.add_option("--socket", options.socket, "Listen here, unless systemd hands over a socket")
+        ->type_name("PATH")
+        ->capture_default_str();
+    program.add_option("--timeout", options.timeout, "End a request that runs longer than this")
+        ->type_name("SECONDS")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    program
+        .add_option("--deadline", options.deadline,
+                    "Give a client so long to send its request, and so long to take its answer")
+        ->type_name("SECONDS")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    program.footer("A client sends one request frame, shuts its sending side down and reads the\n"
+                   "answer up to its end. SIGTERM finishes the request in hand and ends the service\n"
+                   "with 0. Ends with 1 when it cannot listen, 2 on wrong usage.");
+    try {
+        program.parse(argc, argv);
+        return serve(options);
+    } catch (const CLI::ParseError& error) {
+        return (program.exit(error) == 0) ? 0 : kWrongUsage;
+    } catch (const std::exception& failure) {
+        service::log(failure.what());
+        return kCannotServe;
+    }
+}

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+//
+// server.h: takes requests, one a connection: the client sends the frame and shuts its sending side
+// down, the service answers with the bytes of the answer and closes.
+#pragma once
+
+#include <asio/awaitable.hpp>
+#include <asio/io_context.hpp>
+#include <chrono>
+
+#include "service/listener.h"
+#include "service/turn.h"
+#include "service/usage.h"
+
+namespace service {
+
+struct Limits {
+    std::chrono::seconds send{10};    ///< for a client to send its request, and to take its answer
+    std::chrono::seconds request{60}; ///< for a request to run
+};
+
+class Server {
+  public:
+    Server(asio::io_context& context, Listener& listener, Limits limits);
+
+    /// Serves until SIGTERM or SIGINT; then the request in hand is finished and the usage saved.
+    void run();
+
+  private:
+    using Socket = asio::local::stream_protocol::socket;
+
+    asio::awaitable<void> acceptClients();
+    asio::awaitable<void> serve(Socket socket);
+    asio::awaitable<std::string> runRequest(std::string request);
+    asio::awaitable<void> awaitStop();
+    void endServing();
+
+    asio::io_context& context_;
+    Acceptor& acceptor_;
+    Limits limits_;
+    Turn turn_;
+    Usage usage_;
+    int lastNumber_ = 0;
+    int inHand_ = 0; ///< requests that run or whose answer is on its way
+    bool isStopping_ = false;
+};
+
+} // namespace service

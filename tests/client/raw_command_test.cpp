@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+//
+// "vokctl raw" as people call it.
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "tests/support/vokserve.h"
+
+namespace {
+
+using root::le32;
+
+class RawCommand : public root::ServedTest {};
+
+TEST_F(RawCommand, answerIsShownByItsBytesAndInWords)
+{
+    expectEnd(vokctl({"raw", "rtov", "--count", "7"}), 0,
+              "00000000  03 00 00 ff                                      |....|\n"
+              "Read as status 0xFF000003: the command takes another number of parameters\n",
+              "");
+    expectEnd(vokctl({"raw", "gubs"}), 0,
+              "Read as empty: the command was ignored, is not known, or failed before it "
+              "answered\n",
+              "");
+}
+
+/// What a client sends to a socket, up to its end.
+std::string catchFrame(const std::vector<std::string>& arguments)
+{
+    const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::string("/tmp/catcher").copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(::listen(listener, 1), 0);
+    std::vector<std::string> command = {root::built("vokctl"), "raw", "--socket", "/tmp/catcher"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    root::Program client(command);
+    const int socket = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+    std::string frame;
+    char byte = 0;
+    while (::read(socket, &byte, 1) > 0) {
+        frame += byte;
+    }
+    ::close(socket);
+    ::close(listener);
+    EXPECT_EQ(client.wait().exitCode, 0);
+    std::filesystem::remove("/tmp/catcher");
+    return frame;
+}
+
+TEST_F(RawCommand, frameIsBuiltFromItsParts)
+{
+    EXPECT_EQ(catchFrame({"lstu"}), "lstu " + le32(0) + "\n");
+    EXPECT_EQ(catchFrame({"shar", "--count", "4294967295"}), "shar " + le32(0xFFFFFFFF) + "\n");
+    EXPECT_EQ(catchFrame({"crat", "--count", "2", "--line", "anna", "--line", "a secret"}),
+              "crat " + le32(2) + "\nanna\na secret\n");
+    EXPECT_EQ(catchFrame({"sub1", "--count", "2", "--hex", "01 00fF0a", "--line", "x"}),
+              "sub1 " + le32(2) + "\nx\n" + std::string("\x01\x00\xFF\n", 4));
+}
+
+TEST_F(RawCommand, frameIsSentAsItStands)
+{
+    root::writeFile("/stubs/frame", "rtov#" + le32(2) + "\n" + std::string(4086, 'x'));
+    expectEnd(vokctl({"raw", "--frame", "/stubs/frame"}), 0,
+              "Read as empty: the command was ignored, is not known, or failed before it "
+              "answered\n",
+              "");
+}
+
+TEST_F(RawCommand, wrongUsageIsExplained)
+{
+    const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
+        {{"raw"}, "CODE: takes four characters, such as \"lstu\" (or use --frame)"},
+        {{"raw", "abc"}, "CODE: takes four characters, such as \"lstu\" (or use --frame)"},
+        {{"raw", "lstu", "--hex", "0g"}, "--hex: takes pairs of hexadecimal digits, such as \"0aff\""},
+        {{"raw", "lstu", "--hex", "0aF"}, "--hex: has half a byte at its end"},
+        {{"raw", "--frame", "/missing"}, "--frame: cannot read /missing"},
+    };
+    for (const auto& [arguments, complaint] : wrong) {
+        const root::Ended ended = vokctl(arguments);
+        EXPECT_EQ(ended.exitCode, 2);
+        EXPECT_EQ(ended.output, "");
+        EXPECT_NE(ended.errors.find(complaint), std::string::npos) << ended.errors;
+    }
+    EXPECT_EQ(vokctl({"raw", "lstu", "--count", "-1"}).exitCode, 2);
+    EXPECT_EQ(vokctl({"raw", "lstu", "--frame", "/stubs/x"}).exitCode, 2);
+}
+
+} // namespace

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+#include "client/request.h"
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/support/root.h"
+
+namespace {
+
+using client::Connection;
+using client::makeFrame;
+using client::Reply;
+using client::sendRequest;
+
+constexpr const char* kSocket = "/tmp/socket";
+
+/// A service in a child process that takes one request and does with it as it is told.
+class Request : public root::UntracedTest {
+  protected:
+    pid_t service = -1;
+
+    template <class Service> void serve(Service behave)
+    {
+        const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        std::string(kSocket).copy(address.sun_path, sizeof address.sun_path - 1);
+        ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        ASSERT_EQ(::listen(listener, 1), 0);
+        service = ::fork();
+        if (service == 0) {
+            const int socket = ::accept(listener, nullptr, nullptr);
+            behave(socket);
+            ::_exit(0);
+        }
+        ::close(listener);
+    }
+
+    /// What a client sends up to its end.
+    static std::string receive(int socket)
+    {
+        std::string bytes;
+        char byte = 0;
+        while (::read(socket, &byte, 1) > 0) {
+            bytes += byte;
+        }
+        return bytes;
+    }
+
+    void TearDown() override
+    {
+        if (service > 0) {
+            ::kill(service, SIGKILL);
+            ::waitpid(service, nullptr, 0);
+        }
+        root::UntracedTest::TearDown();
+    }
+
+    static Connection connection(unsigned timeout = 20) { return {.socket = kSocket, .timeout = timeout}; }
+};
+
+TEST_F(Request, frameHasCodeBlankCountAndNewline)
+{
+    EXPECT_EQ(makeFrame("crat", 2), std::string("crat \x02\0\0\0\n", 10));
+    EXPECT_EQ(makeFrame("crat", 0x04030201), "crat \x01\x02\x03\x04\n");
+}
+
+TEST_F(Request, frameArrivesWholeAndTheAnswerComesBackWhole)
+{
+    const std::string frame(4096, '\xE9');
+    const std::string answer = std::string(100000, 'a') + std::string(3, '\0');
+    serve([&](int socket) {
+        const std::string expected = receive(socket) == frame ? answer : "wrong";
+        [[maybe_unused]] const ssize_t sent = ::write(socket, expected.data(), expected.size());
+    });
+    const Reply reply = sendRequest(connection(), frame);
+    EXPECT_EQ(reply.code, client::kGood);
+    EXPECT_EQ(reply.bytes, answer);
+}
+
+TEST_F(Request, emptyAnswerIsGood)
+{
+    serve([](int socket) { receive(socket); });
+    const Reply reply = sendRequest(connection(), makeFrame("gubs", 0));
+    EXPECT_EQ(reply.code, client::kGood);
+    EXPECT_EQ(reply.bytes, "");
+}
+
+TEST_F(Request, nobodyThereIsUnreachable)
+{
+    const Reply reply = sendRequest(connection(), "x");
+    EXPECT_EQ(reply.code, client::kUnreachable);
+    EXPECT_EQ(reply.complaint, "cannot reach the service at /tmp/socket: No such file or directory. "
+                               "Is vokserve running?");
+    root::writeFile(kSocket, "");
+    EXPECT_EQ(sendRequest(connection(), "x").code, client::kUnreachable);
+}
+
+TEST_F(Request, closedSocketIsNotPermitted)
+{
+    serve([](int socket) { receive(socket); });
+    std::filesystem::permissions(kSocket, std::filesystem::perms(0));
+    const Reply reply = sendRequest(connection(), "x");
+    EXPECT_EQ(reply.code, client::kNotPermitted);
+    EXPECT_EQ(reply.complaint, "cannot reach the service at /tmp/socket: Permission denied. Try "
+                               "again as root.");
+}
+
+TEST_F(Request, serviceThatDoesNotAnswerIsWaitedForSoLong)
+{
+    serve([](int socket) {
+        receive(socket);
+        ::pause();
+    });
+    const auto start = std::chrono::steady_clock::now();
+    const Reply reply = sendRequest(connection(1), "x");
+    const auto taken = std::chrono::steady_clock::now() - start;
+    EXPECT_EQ(reply.code, client::kNoAnswer);
+    EXPECT_EQ(reply.complaint, "the service has not answered within 1 seconds. It may be busy; try "
+                               "again, or raise --timeout.");
+    EXPECT_GE(taken, std::chrono::milliseconds(900));
+    EXPECT_LT(taken, std::chrono::seconds(10));
+}
+
+} // namespace

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+//
+// vokserve.h: a running service for tests of its client.
+#pragma once
+
+#include <csignal>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include "tests/support/root.h"
+
+namespace root {
+
+/// Runs vokserve at /tmp/socket for as long as a test lasts.
+class ServedTest : public UntracedTest {
+  protected:
+    void SetUp() override
+    {
+        UntracedTest::SetUp();
+        service_.emplace(
+            std::vector<std::string>{built("vokserve"), "--socket", "/tmp/socket"});
+        for (int tries = 0; tries < 500 && !exists("/tmp/socket"); ++tries) {
+            ::usleep(10000);
+        }
+    }
+
+    void TearDown() override
+    {
+        ::kill(service_->pid(), SIGTERM);
+        EXPECT_EQ(service_->wait().exitCode, 0);
+        UntracedTest::TearDown();
+    }
+
+    /// Calls the client with the service's socket.
+    static Ended vokctl(std::vector<std::string> arguments)
+    {
+        arguments.insert(arguments.begin(), built("vokctl"));
+        arguments.insert(arguments.end(), {"--socket", "/tmp/socket"});
+        return run(arguments);
+    }
+
+    static void expectEnd(const Ended& ended, int code, const std::string& output,
+                          const std::string& errors)
+    {
+        EXPECT_EQ(ended.exitCode, code);
+        EXPECT_EQ(ended.output, output);
+        EXPECT_EQ(ended.errors, errors);
+    }
+
+  private:
+    std::optional<Program> service_;
+};
+
+} // namespace root

@@ -17,25 +17,26 @@ enum class Shape {
     kError,  ///< "erro " and a status code
     kStatus, ///< the command's name and a status code
     kHeader, ///< a tag and a count; lines of text follow
+    kTagged, ///< a tag; whatever the command has to say follows
     kUnreadable
 };
 
 struct Answer {
     Shape shape = Shape::kUnreadable;
-    std::string tag;                  ///< of a status or a header
-    std::uint32_t value = 0;          ///< the status code, or the header's count
-    std::vector<std::string> lines;   ///< of a header, without their newlines
+    std::string tag;                            ///< of a status or a header
+    std::uint32_t value = 0;                    ///< the status code, or the header's count
+    std::vector<std::string> lines;             ///< of a header, without their newlines
     std::optional<std::uint32_t> trailingError; ///< an error behind a header's lines
 };
 
 /// Reads an answer by its shape.
 [[nodiscard]] Answer readAnswer(std::string_view bytes);
 
-/// A status code in words, for people.
-[[nodiscard]] std::string explainStatus(std::uint32_t code);
+/// A status code that a command has answered, in words: why the appliance has refused.
+[[nodiscard]] std::string refusalSentence(std::string_view command, std::uint32_t code);
 
-/// An answer in words.
-[[nodiscard]] std::string describeAnswer(const Answer& answer);
+/// An answer to a command in words.
+[[nodiscard]] std::string describeAnswer(const Answer& answer, std::string_view command);
 
 /// The bytes of an answer, sixteen a line, by number and by character.
 [[nodiscard]] std::string hexdump(std::string_view bytes);

@@ -2,11 +2,8 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 
-#include "client/exit_codes.h"
-#include "client/raw_command.h"
-#include "client/service_command.h"
-#include "client/status_command.h"
-#include "client/users_command.h"
+#include "client/commands.h"
+#include "client/failure.h"
 
 namespace {
 
@@ -23,14 +20,21 @@ int finishOutput(int exitCode)
 
 int run(int argc, char** argv)
 {
-    int exitCode = client::kGood;
     CLI::App program("Talks to the appliance's control module.", "vokctl");
     program.set_version_flag("--version", "vokctl " VOKCTL_VERSION);
     program.footer("\"vokctl COMMAND --help\" tells more about a command.");
-    client::addStatusCommand(program, exitCode);
-    client::addUsersCommand(program, exitCode);
-    client::addServiceCommand(program, exitCode);
-    client::addRawCommand(program, exitCode);
+    client::addStatusCommand(program);
+    client::addSharesCommand(program);
+    client::addUsersCommand(program);
+    client::addBackupCommand(program);
+    client::addDrivesCommand(program);
+    client::addHostCommand(program);
+    client::addVersionCommand(program);
+    client::addPrivateCommand(program);
+    client::addSetupCommand(program);
+    client::addRemoteCommand(program);
+    client::addServiceCommand(program);
+    client::addRawCommand(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -41,7 +45,7 @@ int run(int argc, char** argv)
         std::cerr << program.help();
         return client::kWrongUsage;
     }
-    return finishOutput(exitCode);
+    return finishOutput(client::kGood);
 }
 
 } // namespace
@@ -50,6 +54,9 @@ int main(int argc, char** argv)
 {
     try {
         return run(argc, argv);
+    } catch (const client::Failure& failure) {
+        std::cerr << "vokctl: " << failure.what() << "\n";
+        return failure.code();
     } catch (const std::exception& failure) {
         std::cerr << "vokctl: " << failure.what() << "\n";
         return client::kFailed;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "client/raw_command.h"
-
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <memory>
 
 #include "client/answer.h"
+#include "client/commands.h"
+#include "client/failure.h"
 #include "client/request.h"
 
 namespace client {
@@ -40,7 +40,8 @@ std::string readHex(const std::string& text)
             continue;
         }
         if (digitOf(c) < 0) {
-            throw CLI::ValidationError("--hex", "takes pairs of hexadecimal digits, such as \"0aff\"");
+            throw CLI::ValidationError("--hex",
+                                       "takes pairs of hexadecimal digits, such as \"0aff\"");
         }
         digits += c;
     }
@@ -70,7 +71,8 @@ std::string buildFrame(const RawOptions& options)
         return readFrame(options.framePath);
     }
     if (options.code.size() != kCodeSize) {
-        throw CLI::ValidationError("CODE", "takes four characters, such as \"lstu\" (or use --frame)");
+        throw CLI::ValidationError("CODE",
+                                   "takes four characters, such as \"lstu\" (or use --frame)");
     }
     std::string frame = makeFrame(options.code, options.count);
     for (const std::string& line : options.lines) {
@@ -79,34 +81,36 @@ std::string buildFrame(const RawOptions& options)
     return frame + readHex(options.hex);
 }
 
-ExitCode sendRaw(const RawOptions& options)
+void sendRaw(const RawOptions& options)
 {
-    const Reply reply = sendRequest(options.connection, buildFrame(options));
+    const std::string frame = buildFrame(options);
+    const Reply reply = sendRequest(options.connection, frame);
     if (reply.code != kGood) {
-        std::cerr << "vokctl: " << reply.complaint << "\n";
-        return reply.code;
+        throw Failure(reply.code, reply.complaint);
     }
     std::cout << hexdump(reply.bytes) << "Read as "
-              << describeAnswer(readAnswer(reply.bytes)) << "\n";
-    return kGood;
+              << describeAnswer(readAnswer(reply.bytes), frame.substr(0, kCodeSize)) << "\n";
 }
 
 } // namespace
 
-void addRawCommand(CLI::App& program, int& exitCode)
+void addRawCommand(CLI::App& program)
 {
     const auto options = std::make_shared<RawOptions>();
-    CLI::App* raw = program.add_subcommand("raw", "Send any request and show the bytes of the answer");
+    CLI::App* raw =
+        program.add_subcommand("raw", "Send any request and show the bytes of the answer");
     CLI::Option* code = raw->add_option("CODE", options->code, "The command, four characters");
-    CLI::Option* count = raw->add_option("--count", options->count, "The parameter count (default: 0)");
-    CLI::Option* line = raw->add_option("--line", options->lines,
-                                        "A line of text behind the request's first; may be repeated")
-                            ->type_name("TEXT")
-                            ->expected(1)
-                            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-                            ->allow_extra_args(false);
-    CLI::Option* hex = raw->add_option("--hex", options->hex, "Bytes behind the lines")
-                           ->type_name("BYTES");
+    CLI::Option* count =
+        raw->add_option("--count", options->count, "The parameter count (default: 0)");
+    CLI::Option* line =
+        raw->add_option("--line", options->lines,
+                        "A line of text behind the request's first; may be repeated")
+            ->type_name("TEXT")
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+            ->allow_extra_args(false);
+    CLI::Option* hex =
+        raw->add_option("--hex", options->hex, "Bytes behind the lines")->type_name("BYTES");
     raw->add_option("--frame", options->framePath, "Send this file's bytes and nothing else")
         ->type_name("FILE")
         ->excludes(code)
@@ -121,7 +125,7 @@ void addRawCommand(CLI::App& program, int& exitCode)
                 "  vokctl raw --frame request.bin              a frame that was kept\n"
                 "\n"
                 "Ends with 0 when an answer came, whatever it says.");
-    raw->callback([options, &exitCode] { exitCode = sendRaw(*options); });
+    raw->callback([options] { sendRaw(*options); });
 }
 
 } // namespace client

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "client/status_command.h"
-
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -10,7 +8,8 @@
 #include <string>
 #include <thread>
 
-#include "client/exit_codes.h"
+#include "client/commands.h"
+#include "client/failure.h"
 #include "client/file_start.h"
 #include "client/status_report.h"
 #include "sharestatus/semaphore_format.h"
@@ -121,20 +120,18 @@ Outcome awaitStatus(const StatusOptions& options)
     }
 }
 
-ExitCode runStatus(const StatusOptions& options)
+void runStatus(const StatusOptions& options)
 {
     const Outcome outcome = awaitStatus(options);
     if (!outcome.report) {
-        std::cerr << "vokctl: " << outcome.complaint << "\n";
-        return outcome.code;
+        throw Failure(outcome.code, outcome.complaint);
     }
     std::cout << (options.json ? renderJson(*outcome.report) : renderTable(*outcome.report));
-    return kGood;
 }
 
 } // namespace
 
-void addStatusCommand(CLI::App& program, int& exitCode)
+void addStatusCommand(CLI::App& program)
 {
     const auto options = std::make_shared<StatusOptions>();
     CLI::App* command = program.add_subcommand(
@@ -156,7 +153,7 @@ void addStatusCommand(CLI::App& program, int& exitCode)
                     "STATE is the digit that the backup client reported; \"-\" stands for what is\n"
                     "not known. Ends with 0 when all is well, 4 when the files may not be read, 6\n"
                     "when there is no status, or a damaged or too old one.");
-    command->callback([options, &exitCode] { exitCode = runStatus(*options); });
+    command->callback([options] { runStatus(*options); });
 }
 
 } // namespace client

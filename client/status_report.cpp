@@ -4,9 +4,10 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <nlohmann/json.hpp>
 
+#include "client/json_text.h"
 #include "client/terminal_text.h"
+#include "client/text_table.h"
 #include "sharestatus/status_format.h"
 
 namespace client {
@@ -54,48 +55,15 @@ std::optional<std::string> readDate(std::string_view date)
 
 // ---- Table ------------------------------------------------------------------------------------
 
-struct TableLine {
-    TerminalText name;
-    std::string used;
-    std::string state;
-    std::string date;
-};
-
-std::string padding(std::size_t columns, std::size_t used)
+TableRow makeRow(const ShareRow& row)
 {
-    return std::string(columns - std::min(columns, used), ' ');
-}
-
-TableLine makeLine(const ShareRow& row)
-{
-    TableLine line{makePrintable(row.name), kNone, kNone, row.backupDate.value_or(kNone)};
+    std::string used = kNone;
     if (row.used) {
-        line.used = std::to_string(row.used->value) + " " + row.used->unit;
+        used = std::to_string(row.used->value) + " " + row.used->unit;
     }
-    if (row.backupState) {
-        line.state = std::to_string(*row.backupState);
-    }
-    return line;
-}
-
-std::string renderLines(const std::vector<TableLine>& lines)
-{
-    std::size_t nameColumns = 0;
-    std::size_t usedColumns = 0;
-    for (const TableLine& line : lines) {
-        nameColumns = std::max(nameColumns, line.name.columns);
-        usedColumns = std::max(usedColumns, line.used.size());
-    }
-    const std::size_t stateColumns = lines.front().state.size();
-
-    std::string out;
-    for (const TableLine& line : lines) {
-        out += line.name.text + padding(nameColumns, line.name.columns);
-        out += "  " + padding(usedColumns, line.used.size()) + line.used;
-        out += "  " + line.state + padding(stateColumns, line.state.size());
-        out += "  " + line.date + "\n";
-    }
-    return out;
+    const std::string state = row.backupState ? std::to_string(*row.backupState) : kNone;
+    return {makePrintable(row.name), makePrintable(used), makePrintable(state),
+            makePrintable(row.backupDate.value_or(kNone))};
 }
 
 std::string formatTime(const char* format, const std::tm& time)
@@ -116,8 +84,6 @@ std::string renderFooter(const StatusReport& report)
 
 // ---- JSON -------------------------------------------------------------------------------------
 
-using Json = nlohmann::ordered_json;
-
 template <class Value> Json orNull(const std::optional<Value>& value)
 {
     return value ? Json(*value) : Json();
@@ -134,7 +100,7 @@ std::string toHex(std::string_view bytes)
     return out;
 }
 
-Json makeJson(const ShareRow& row)
+Json makeShare(const ShareRow& row)
 {
     Json share;
     share["name"] = row.name;
@@ -148,6 +114,20 @@ Json makeJson(const ShareRow& row)
     return share;
 }
 
+std::vector<ShareRow> readRows(sharestatus::TableReader& table)
+{
+    std::vector<ShareRow> rows;
+    while (const std::optional<ShareEntry> entry = table.next()) {
+        rows.push_back({
+            .name = std::string(entry->name),
+            .used = readUsed(*entry),
+            .backupState = readState(entry->state),
+            .backupDate = readDate(entry->date),
+        });
+    }
+    return rows;
+}
+
 } // namespace
 
 std::optional<StatusReport> readReport(std::string_view payload)
@@ -155,15 +135,35 @@ std::optional<StatusReport> readReport(std::string_view payload)
     StatusReport report;
     report.isListed = !payload.empty();
     sharestatus::TableReader table(payload);
-    while (const std::optional<ShareEntry> entry = table.next()) {
-        report.shares.push_back({
-            .name = std::string(entry->name),
-            .used = readUsed(*entry),
-            .backupState = readState(entry->state),
-            .backupDate = readDate(entry->date),
-        });
-    }
+    report.shares = readRows(table);
     return table.isWhole() ? std::optional(std::move(report)) : std::nullopt;
+}
+
+std::optional<std::vector<ShareRow>> readRecords(std::string_view payload)
+{
+    std::string counted(payload.substr(0, sharestatus::kCountOffset));
+    counted += "\xFF\xFF";
+    counted += payload.substr(std::min(payload.size(), counted.size()));
+    sharestatus::TableReader table(counted);
+    std::vector<ShareRow> rows = readRows(table);
+    return table.isAtEnd() ? std::optional(std::move(rows)) : std::nullopt;
+}
+
+std::string renderShares(const std::vector<ShareRow>& shares)
+{
+    using enum Align;
+    constexpr std::array<Align, 4> kColumns = {kLeft, kRight, kLeft, kLeft};
+    std::vector<TableRow> rows = {{makePrintable("SHARE"), makePrintable("USED"),
+                                   makePrintable("STATE"), makePrintable("LAST BACKUP")}};
+    std::ranges::transform(shares, std::back_inserter(rows), makeRow);
+    return layOutTable(kColumns, rows);
+}
+
+Json makeJson(const std::vector<ShareRow>& shares)
+{
+    Json json = Json::array();
+    std::ranges::transform(shares, std::back_inserter(json), makeShare);
+    return json;
 }
 
 std::string renderTable(const StatusReport& report)
@@ -174,9 +174,7 @@ std::string renderTable(const StatusReport& report)
     } else if (report.shares.empty()) {
         out = "There are no internal shares.\n";
     } else {
-        std::vector<TableLine> lines = {{makePrintable("SHARE"), "USED", "STATE", "LAST BACKUP"}};
-        std::ranges::transform(report.shares, std::back_inserter(lines), makeLine);
-        out = renderLines(lines);
+        out = renderShares(report.shares);
     }
     return out + "\n" + renderFooter(report);
 }
@@ -188,11 +186,8 @@ std::string renderJson(const StatusReport& report)
     Json json;
     json["published"] = formatTime("%Y-%m-%dT%H:%M:%SZ", utc);
     json["collecting"] = report.isCollecting;
-    json["shares"] = report.isListed ? Json(Json::array()) : Json();
-    for (const ShareRow& row : report.shares) {
-        json["shares"].push_back(makeJson(row));
-    }
-    return json.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
+    json["shares"] = report.isListed ? makeJson(report.shares) : Json();
+    return renderJson(json);
 }
 
 } // namespace client

@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include "client/json_text.h"
+
 namespace client {
 
 struct SpaceUsed {
@@ -35,6 +37,16 @@ struct StatusReport {
 
 /// Takes the rows out of a payload; nothing where it is no table of records.
 [[nodiscard]] std::optional<StatusReport> readReport(std::string_view payload);
+
+/// Takes the rows out of a payload whose header may count anything; nothing where its records do
+/// not end where it ends.
+[[nodiscard]] std::optional<std::vector<ShareRow>> readRecords(std::string_view payload);
+
+/// One line a share under a heading.
+[[nodiscard]] std::string renderShares(const std::vector<ShareRow>& shares);
+
+/// The same for programs.
+[[nodiscard]] Json makeJson(const std::vector<ShareRow>& shares);
 
 /// One line a share under a heading, then when it was published (in local time) and whether a
 /// collection is running.

@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: MIT
-#include "client/users_command.h"
-
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
 
-#include "client/answer.h"
-#include "client/request.h"
+#include "client/commands.h"
+#include "client/exchange.h"
+#include "client/failure.h"
+#include "client/json_text.h"
+#include "client/password.h"
 #include "client/terminal_text.h"
 
 namespace client {
 namespace {
+
+// ---- list -------------------------------------------------------------------------------------
 
 struct ListOptions {
     Connection connection;
@@ -26,56 +28,96 @@ std::string renderText(const std::vector<std::string>& users)
     return text;
 }
 
-std::string renderJson(const std::vector<std::string>& users)
+void listUsers(const ListOptions& options)
 {
-    using Json = nlohmann::ordered_json;
+    const Request request = {"lstu"};
+    const Answer answer = askForLines(options.connection, request, "lsut");
+    if (answer.lines.size() != answer.value) {
+        failUnreadable(request, answer);
+    }
     Json json;
-    json["users"] = users;
-    return json.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
+    json["users"] = answer.lines;
+    std::cout << (options.json ? renderJson(json) : renderText(answer.lines));
 }
 
-ExitCode complain(ExitCode code, const std::string& complaint)
+void addList(CLI::App& users)
 {
-    std::cerr << "vokctl: " << complaint << "\n";
-    return code;
-}
-
-ExitCode listUsers(const ListOptions& options)
-{
-    const Reply reply = sendRequest(options.connection, makeFrame("lstu", 0));
-    if (reply.code != kGood) {
-        return complain(reply.code, reply.complaint);
-    }
-    const Answer answer = readAnswer(reply.bytes);
-    if (answer.shape == Shape::kError || answer.shape == Shape::kWord) {
-        return complain(kRefused, explainStatus(answer.value));
-    }
-    if (answer.trailingError) {
-        return complain(kRefused, explainStatus(*answer.trailingError));
-    }
-    if (answer.shape != Shape::kHeader || answer.tag != "lsut" ||
-        answer.lines.size() != answer.value) {
-        return complain(kUnreadableAnswer, "the answer cannot be read; it is " +
-                                               describeAnswer(answer));
-    }
-    std::cout << (options.json ? renderJson(answer.lines) : renderText(answer.lines));
-    return kGood;
-}
-
-} // namespace
-
-void addUsersCommand(CLI::App& program, int& exitCode)
-{
-    CLI::App* users = program.add_subcommand("users", "The appliance's accounts");
-    users->require_subcommand(1);
-    CLI::App* list = users->add_subcommand("list", "List the names of all accounts, one a line");
     const auto options = std::make_shared<ListOptions>();
+    CLI::App* list = users.add_subcommand("list", "List the names of all accounts, one a line");
     list->add_flag("--json", options->json, "Print JSON for programs");
     addConnectionOptions(*list, options->connection);
     list->footer("Examples:\n"
                  "  vokctl users list          one name a line\n"
                  "  vokctl users list --json   for programs");
-    list->callback([options, &exitCode] { exitCode = listUsers(*options); });
+    list->callback([options] { listUsers(*options); });
+}
+
+// ---- create -----------------------------------------------------------------------------------
+
+struct AccountOptions {
+    Connection connection;
+    std::string name;
+};
+
+void createUser(const AccountOptions& options)
+{
+    const std::string name = parameterLine(options.name);
+    const std::string password = parameterLine(readNewPassword());
+    askToDo(options.connection, {"crat", 2, name + password});
+    std::cerr << "vokctl: the user " << makePrintable(options.name).text << " was created\n";
+}
+
+void addCreate(CLI::App& users)
+{
+    const auto options = std::make_shared<AccountOptions>();
+    CLI::App* create = users.add_subcommand("create", "Create an account");
+    create->add_option("NAME", options->name, "The user's name, at most 32 bytes")->required();
+    addConnectionOptions(*create, options->connection);
+    create->footer("Examples:\n"
+                   "  vokctl users create carla            asks for the password, twice\n"
+                   "  vokctl users create carla <secret    takes a file's first line as password\n"
+                   "\n"
+                   "A password never stands on the command line, where others could read it.");
+    create->callback([options] { createUser(*options); });
+}
+
+// ---- verify -----------------------------------------------------------------------------------
+
+void verifyUser(const AccountOptions& options)
+{
+    const Request request = {"wall", 2,
+                             parameterLine(options.name) + parameterLine(readPassword())};
+    if (!askForBytes(options.connection, request, "wall \n").empty()) {
+        throw Failure(kUnreadableAnswer, "the answer is longer than it can be");
+    }
+    std::cerr << "vokctl: the password is right\n";
+}
+
+void addVerify(CLI::App& users)
+{
+    const auto options = std::make_shared<AccountOptions>();
+    CLI::App* verify = users.add_subcommand("verify", "Check a user's password");
+    verify->add_option("NAME", options->name, "The user's name")->required();
+    addConnectionOptions(*verify, options->connection);
+    verify->footer(
+        "Examples:\n"
+        "  vokctl users verify carla            asks for the password\n"
+        "  vokctl users verify carla <secret    takes a file's first line as password\n"
+        "\n"
+        "Ends with 0 when the password is right and with 1 when it is not. The appliance\n"
+        "does not tell a wrong password from an unknown user.");
+    verify->callback([options] { verifyUser(*options); });
+}
+
+} // namespace
+
+void addUsersCommand(CLI::App& program)
+{
+    CLI::App* users = program.add_subcommand("users", "The appliance's accounts");
+    users->require_subcommand(1);
+    addList(*users);
+    addCreate(*users);
+    addVerify(*users);
 }
 
 } // namespace client

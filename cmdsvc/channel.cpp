@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstring>
 #include <span>
 #include <utility>
 
@@ -11,6 +12,10 @@
 
 namespace cmdsvc {
 namespace {
+
+/// What a line of a request takes at most, its terminator counted; the request line's last byte
+/// stays a zero.
+constexpr int kLongestLine = core::kLineSize - 1;
 
 core::File input;
 
@@ -47,9 +52,26 @@ FILE* requestStream()
     return input.get();
 }
 
-FILE* openCurrentFile(const char* path)
+void readParameterLine()
 {
-    slot = core::openFile(path, "r");
+    // Not core::readLine: at the end of the request the line must stay as it is.
+    [[maybe_unused]] const char* const line =
+        std::fgets(requestLine.data(), kLongestLine, input.get());
+}
+
+bool cutNewline(char* text)
+{
+    const std::size_t size = std::strlen(text);
+    if (size == 0 || text[size - 1] != '\n') {
+        return false;
+    }
+    text[size - 1] = '\0';
+    return true;
+}
+
+FILE* openCurrentFile(const char* path, const char* mode)
+{
+    slot = core::openFile(path, mode);
     return slot.get();
 }
 
@@ -119,7 +141,7 @@ void readRequestLine()
 {
     // A line that is shorter than the one before must not show that one's bytes.
     requestLine.fill('\0');
-    core::readLine(input.get(), std::span(requestLine).first<core::kLineSize - 1>());
+    core::readLine(input.get(), std::span(requestLine).first<kLongestLine>());
 }
 
 void closeAnswer()

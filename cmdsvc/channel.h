@@ -37,13 +37,22 @@ extern std::array<char, core::kLineSize> requestLine;
 /// The request's bytes behind what has been read of them.
 [[nodiscard]] FILE* requestStream();
 
+/// Reads the next line behind what has been read into the request line: at most 4094 bytes. Where
+/// nothing is left to read, the request line keeps what it holds.
+void readParameterLine();
+
+/// Cuts the newline at the end of a text, by default the request line's.
+/// @return false when there is none: the line is not whole, or holds a zero byte
+bool cutNewline(char* text = requestLine.data());
+
 // ---- The current-file slot --------------------------------------------------------------------
 //
 // The one file that a handler reads while it answers, so that an error exit can close it.
 
-/// Opens a file for reading in the slot; what was open there is closed.
+/// Opens a file in the slot, for reading unless the mode says otherwise; what was open there is
+/// closed.
 /// @return the file, or null with errno set
-FILE* openCurrentFile(const char* path);
+FILE* openCurrentFile(const char* path, const char* mode = "r");
 
 [[nodiscard]] FILE* currentFile();
 

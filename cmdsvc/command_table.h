@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// command_table.h: what a row of the command table says. The table itself, one row a command, stands
-// with the handlers that it names.
+// command_table.h: what a row of the command table says. The table itself, one row a command,
+// stands with the handlers that it names.
 #pragma once
 
 #include <cstdint>
@@ -45,9 +45,6 @@ enum class WrongCountExit {
 };
 
 using Handler = void (*)();
-
-/// The command is known, but nothing serves it yet: it is treated as unknown once its count is right.
-inline constexpr Handler kUnserved = nullptr;
 
 struct CommandRow {
     std::string_view code;

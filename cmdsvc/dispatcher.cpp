@@ -20,8 +20,8 @@ std::uint32_t wordAt(std::size_t offset)
 const CommandRow* findRow(std::uint32_t code)
 {
     const std::span<const CommandRow> table = commandTable();
-    const auto row = std::ranges::find(table, code,
-                                       [](const CommandRow& each) { return codeWord(each.code); });
+    const auto row =
+        std::ranges::find(table, code, [](const CommandRow& each) { return codeWord(each.code); });
     return (row != table.end()) ? &*row : nullptr;
 }
 
@@ -60,9 +60,6 @@ int runRow(const CommandRow& row)
     const std::uint8_t count = core::byteOf(requestLine[kCountOffset]);
     if (!row.count.accepts(count)) {
         return endOnWrongCount(row, count);
-    }
-    if (row.handler == kUnserved) {
-        return endOnUnknownCommand();
     }
     row.handler();
     closeAnswer();

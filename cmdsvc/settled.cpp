@@ -4,9 +4,7 @@
 #include "cmdsvc/channel.h"
 #include "cmdsvc/protocol.h"
 
-void cmdsvc::ignoreCommand()
-{
-}
+void cmdsvc::ignoreCommand() {}
 
 void cmdsvc::traceDiscoveryCommand()
 {

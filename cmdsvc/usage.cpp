@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <optional>
 #include <span>
@@ -29,10 +29,10 @@ struct Slot {
 /// The slots by their places. "gub1" has one but counts in the last, which has no code; "cpbu" has
 /// one though no handler serves it.
 constexpr std::array<Slot, 20> kSlots = {{
-    {"crat", true}, {"shar", true}, {"lstu", true},  {"lsts", true}, {"vers", true},
-    {"host", true}, {"spvt", true}, {"gpvt", true},  {"frst", true}, {"qlps", true},
-    {"dscr", true}, {"ipcf", true}, {"sub1", true},  {"gub1", false}, {"gps1", true},
-    {"gsp1", true}, {"cpbu", true}, {"pshr", true},  {"sgss", true}, {"rtov", true},
+    {"crat", true}, {"shar", true}, {"lstu", true}, {"lsts", true},  {"vers", true},
+    {"host", true}, {"spvt", true}, {"gpvt", true}, {"frst", true},  {"qlps", true},
+    {"dscr", true}, {"ipcf", true}, {"sub1", true}, {"gub1", false}, {"gps1", true},
+    {"gsp1", true}, {"cpbu", true}, {"pshr", true}, {"sgss", true},  {"rtov", true},
 }};
 constexpr std::size_t kOtherSlot = kSlots.size();
 constexpr std::size_t kSlotSize = kCodeSize + kWordSize;
@@ -53,9 +53,8 @@ bool isPrepared(CommandUsage& table)
 /// The slot that counts a command of its own; nothing for all others.
 std::optional<std::size_t> slotOf(std::uint32_t code)
 {
-    const auto* slot = std::ranges::find_if(kSlots, [code](const Slot& each) {
-        return each.isCounted && codeWord(each.code) == code;
-    });
+    const auto* slot = std::ranges::find_if(
+        kSlots, [code](const Slot& each) { return each.isCounted && codeWord(each.code) == code; });
     if (slot == kSlots.end()) {
         return std::nullopt;
     }

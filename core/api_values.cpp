@@ -60,8 +60,7 @@ Value ask(const char* command, const char* outputPath, const char* key, Report r
 
     File output = openFile(outputPath, "r");
     if (!output) {
-        tell(report, "getSysVar failed: open file %s -- err: %s", outputPath,
-             std::strerror(errno));
+        tell(report, "getSysVar failed: open file %s -- err: %s", outputPath, std::strerror(errno));
         std::remove(outputPath);
         return value;
     }

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
 // bytes.h: integers as the files and frames of this module hold them, little-endian, coded byte by
-// byte so that neither the host's order nor its alignment matters. And the character class that
-// names are judged by, which no locale of the calling process may change.
+// byte so that neither the host's order nor its alignment matters. And the character class and
+// the upper case that names are judged by, which no locale of the calling process may change.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace core {
 
@@ -47,6 +49,17 @@ constexpr void putU32(std::span<char, 4> out, std::uint32_t value)
 {
     return (value >= '0' && value <= '9') || (value >= 'A' && value <= 'Z') ||
            (value >= 'a' && value <= 'z');
+}
+
+[[nodiscard]] constexpr char toAsciiUpper(char value)
+{
+    return (value >= 'a' && value <= 'z') ? static_cast<char>(value - 'a' + 'A') : value;
+}
+
+/// Whether two texts are the same but for the case of their letters.
+[[nodiscard]] constexpr bool equalIgnoringCase(std::string_view one, std::string_view other)
+{
+    return std::ranges::equal(one, other, {}, toAsciiUpper, toAsciiUpper);
 }
 
 } // namespace core

@@ -48,9 +48,12 @@ inline constexpr std::size_t kMessageSize = 2000;
 /// A shell line that is built and run at once, or a line of what it printed.
 inline constexpr std::size_t kCommandSize = 2048;
 
+/// Room for such a line.
+using CommandLine = std::array<char, kCommandSize>;
+
 /// The scratch buffer for shell lines and for the lines that come back. Its content never survives
 /// a call into another operation.
-extern std::array<char, kCommandSize> commandBuffer;
+extern CommandLine commandBuffer;
 
 // ---- Formatting -------------------------------------------------------------------------------
 
@@ -87,7 +90,10 @@ ShellRun runShellLine(const char* line);
 
 // The third judgement, none at all, is runShellLine with its result dropped.
 
-/// The script of the administration layer's system area.
+// The scripts of the administration layer, one an area; a function's name and its arguments follow.
+inline constexpr const char* kShareScript = "sudo /usr/bin/php /etc/inc/api_share.php";
+inline constexpr const char* kUserScript = "sudo /usr/bin/php /etc/inc/api_user.php";
+inline constexpr const char* kPelScript = "sudo /usr/bin/php /etc/inc/api_pel.php";
 inline constexpr const char* kSystemScript = "sudo /usr/bin/php /etc/inc/api_system.php";
 
 // ---- Script comments --------------------------------------------------------------------------
@@ -112,6 +118,25 @@ using File = std::unique_ptr<FILE, FileCloser>;
 /// Reads the next piece of text into a fixed buffer, up to a newline (kept) or the buffer's end.
 /// @return false at the end of the file or on an error; the buffer then holds an empty text.
 bool readLine(FILE* file, std::span<char> line);
+
+// ---- Memory -----------------------------------------------------------------------------------
+
+struct MemoryReleaser {
+    void operator()(void* block) const noexcept;
+};
+
+/// Text on the heap; it is released with its owner.
+using Text = std::unique_ptr<char, MemoryReleaser>;
+
+/// A copy of a text; empty when memory has run out, with errno set.
+[[nodiscard]] Text copyText(const char* text);
+
+// ---- Work files -------------------------------------------------------------------------------
+
+/// The decimal number at the start of a file's first line, of which 511 characters count: 0 where
+/// that is none.
+/// @param otherwise  the result where there is no line at all
+[[nodiscard]] int readNumber(FILE* file, int otherwise);
 
 /// A name for a file that a shell line leaves its output in.
 using WorkFileName = std::array<char, 64>;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <unistd.h>
 
@@ -28,6 +29,13 @@ bool core::readLine(FILE* file, std::span<char> line)
     }
     line[0] = '\0';
     return false;
+}
+
+int core::readNumber(FILE* file, int otherwise)
+{
+    std::array<char, kValueSize> line;
+    return readLine(file, line) ? static_cast<int>(std::strtol(line.data(), nullptr, 10))
+                                : otherwise;
 }
 
 core::WorkFileName core::workFileName(const char* name)

@@ -4,4 +4,4 @@
 char fin_buf[VOK_REQUEST_SIZE];
 FILE* fout_buf = nullptr;
 
-std::array<char, core::kCommandSize> core::commandBuffer;
+core::CommandLine core::commandBuffer;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// variable_line.h: a line of the variable file: a name, blanks or tabs, "=", blanks or tabs, and the
-// value up to the end of the line.
+// variable_line.h: a line of the variable file: a name, blanks or tabs, "=", blanks or tabs, and
+// the value up to the end of the line.
 #pragma once
 
 #include <cstddef>

@@ -8,6 +8,15 @@
 
 #include "cmdsvc/protocol.h"
 #include "cmdsvc/settled.h"
+#include "handlers/backup_status.h"
+#include "handlers/first_run.h"
+#include "handlers/host.h"
+#include "handlers/password.h"
+#include "handlers/remote_access.h"
+#include "handlers/share_creation.h"
+#include "handlers/shares.h"
+#include "handlers/transfer.h"
+#include "handlers/user_creation.h"
 #include "handlers/users.h"
 
 namespace cmdsvc {
@@ -17,36 +26,36 @@ using enum WrongCountExit;
 
 // clang-format off
 constexpr std::array<CommandRow, 29> kTable = {{
-    // code   count          wrong count                exit          handler
-    {"crat",  exactly(2),    kWrongCount,               kPlain,       kUnserved},
-    {"dscr",  kAnyCount,     0,                         kNone,        traceDiscoveryCommand},
-    {"frst",  exactly(0),    kWrongCount,               kPlain,       kUnserved},
-    {"getv",  exactly(1),    kWrongCount,               kKeepsFile,   kUnserved},
-    {"gps1",  exactly(0),    kWrongCountOfShareCommand, kPlain,       kUnserved},
-    {"gpsn",  kAnyCount,     0,                         kNone,        kUnserved},
-    {"gpvt",  exactly(0),    kWrongCount,               kPlain,       kUnserved},
-    {"grst",  kAnyCount,     0,                         kNone,        kUnserved},
-    {"gsp1",  exactly(1),    kWrongCountOfShareCommand, kPlain,       kUnserved},
-    {"gspc",  kAnyCount,     0,                         kNone,        kUnserved},
-    {"gub1",  exactly(0),    kWrongCount,               kPlain,       kUnserved},
-    {"gubs",  kAnyCount,     0,                         kNone,        ignoreCommand},
-    {"host",  exactly(4),    kWrongCount,               kPlain,       kUnserved},
-    {"ipcf",  kAnyCount,     0,                         kNone,        traceDiscoveryCommand},
-    {"lsts",  exactly(0),    kWrongCount,               kPlain,       kUnserved},
-    {"lstu",  exactly(0),    kWrongCount,               kPlain,       cmd_lstu},
-    {"pshr",  exactly(3),    kWrongCount,               kPlain,       kUnserved},
-    {"qlps",  exactly(0),    kWrongCount,               kPlain,       kUnserved},
-    {"rtov",  exactly(2),    kWrongCount,               kPlain,       ignoreCommand},
-    {"sgss",  exactly(0),    kWrongCountOfShareCommand, kPlain,       restartStatusService},
-    {"shar",  exactly(3),    kWrongCount,               kLineTraced,  kUnserved},
-    {"spvt",  exactly(2),    kWrongCount,               kCountTraced, kUnserved},
-    {"sub1",  exactly(2),    kWrongCount,               kPlain,       kUnserved},
-    {"subs",  kAnyCount,     0,                         kNone,        kUnserved},
-    {"vers",  exactly(0),    kWrongCount,               kPlain,       kUnserved},
-    {"wags",  between(1, 2), kWrongCount,               kKeepsFile,   kUnserved},
-    {"wall",  exactly(2),    kWrongCount,               kKeepsFile,   kUnserved},
-    {"warp",  exactly(3),    kWrongCount,               kKeepsFile,   kUnserved},
-    {"wasu",  exactly(4),    kWrongCount,               kKeepsFile,   kUnserved},
+    // code   count          wrong count                 exit          handler
+    {"crat",  exactly(2),    kMalformed,                 kPlain,       cmd_crat},
+    {"dscr",  kAnyCount,     0,                          kNone,        traceDiscoveryCommand},
+    {"frst",  exactly(0),    kMalformed,                 kPlain,       cmd_frst},
+    {"getv",  exactly(1),    kMalformed,                 kKeepsFile,   cmd_getv},
+    {"gps1",  exactly(0),    kWrongCountOfShareCommand,  kPlain,       cmd_gps1},
+    {"gpsn",  kAnyCount,     0,                          kNone,        cmd_gpsn},
+    {"gpvt",  exactly(0),    kMalformed,                 kPlain,       cmd_gpvt},
+    {"grst",  kAnyCount,     0,                          kNone,        cmd_grst},
+    {"gsp1",  exactly(1),    kWrongCountOfShareCommand,  kPlain,       cmd_gsp1},
+    {"gspc",  kAnyCount,     0,                          kNone,        cmd_gspc},
+    {"gub1",  exactly(0),    kMalformed,                 kPlain,       cmd_gub1},
+    {"gubs",  kAnyCount,     0,                          kNone,        ignoreCommand},
+    {"host",  exactly(4),    kMalformed,                 kPlain,       cmd_host},
+    {"ipcf",  kAnyCount,     0,                          kNone,        traceDiscoveryCommand},
+    {"lsts",  exactly(0),    kMalformed,                 kPlain,       cmd_lsts},
+    {"lstu",  exactly(0),    kMalformed,                 kPlain,       cmd_lstu},
+    {"pshr",  exactly(3),    kMalformed,                 kPlain,       cmd_pshr},
+    {"qlps",  exactly(0),    kMalformed,                 kPlain,       cmd_qlps},
+    {"rtov",  exactly(2),    kMalformed,                 kPlain,       ignoreCommand},
+    {"sgss",  exactly(0),    kWrongCountOfShareCommand,  kPlain,       restartStatusService},
+    {"shar",  exactly(3),    kMalformed,                 kLineTraced,  cmd_shar},
+    {"spvt",  exactly(2),    kMalformed,                 kCountTraced, cmd_spvt},
+    {"sub1",  exactly(2),    kMalformed,                 kPlain,       cmd_sub1},
+    {"subs",  kAnyCount,     0,                          kNone,        cmd_subs},
+    {"vers",  exactly(0),    kMalformed,                 kPlain,       cmd_vers},
+    {"wags",  between(1, 2), kMalformed,                 kKeepsFile,   cmd_wags},
+    {"wall",  exactly(2),    kMalformed,                 kKeepsFile,   cmd_wall},
+    {"warp",  exactly(3),    kMalformed,                 kKeepsFile,   cmd_warp},
+    {"wasu",  exactly(4),    kMalformed,                 kKeepsFile,   cmd_wasu},
 }};
 // clang-format on
 

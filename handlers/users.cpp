@@ -5,11 +5,8 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <optional>
-#include <span>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,16 +14,15 @@
 #include "cmdsvc/channel.h"
 #include "cmdsvc/protocol.h"
 #include "core/core.h"
+#include "handlers/name_list.h"
 
 namespace handlers {
 namespace {
 
-constexpr const char* kUserScript = "sudo /usr/bin/php /etc/inc/api_user.php";
 constexpr std::string_view kGuest = "guest";
 
 using Path = std::array<char, 512>;
 using Line = std::array<char, 512>;
-using Command = std::array<char, core::kCommandSize>;
 
 // ---- The list ---------------------------------------------------------------------------------
 
@@ -44,8 +40,8 @@ bool runForOutput(const char* command)
 /// Has the user script write into one file, and its lines with user names into another.
 bool fetchUsers(const char* answer, const char* names)
 {
-    Command command;
-    core::formatBounded(command, "%s tovGetUsers %s", kUserScript, answer);
+    core::CommandLine command;
+    core::formatBounded(command, "%s tovGetUsers %s", core::kUserScript, answer);
     if (!runForOutput(command.data())) {
         return false;
     }
@@ -84,54 +80,20 @@ void writeFragment(FILE* names, FILE* fragment)
 
 // ---- Existence --------------------------------------------------------------------------------
 
-struct MemoryReleaser {
-    void operator()(char* block) const noexcept { std::free(block); }
+constexpr NameSearch kUserSearch = {
+    .operation = "isUserExisted",
+    .ignoresCase = false,
+    .traceList =
+        [](const char* list, const char* needle) {
+            dbg_trace("isUserExisted() user return:%s -- userName: %s", list, needle);
+        },
+    .traceResult = [](int found) { dbg_trace("isUserExisted() iRet:%d", found); },
 };
-
-/// Searches the one line of a list for a name in quotes.
-/// @return 1 or 0, or -1 when there is nothing to search
-int searchLine(FILE* list, std::span<char> line, const char* needle)
-{
-    if (!core::readLine(list, line)) {
-        return -1;
-    }
-    dbg_trace("isUserExisted() user return:%s -- userName: %s", line.data(), needle);
-    return (std::strstr(line.data(), needle) != nullptr) ? 1 : 0;
-}
-
-int finishSearch(const char* path, int found)
-{
-    std::remove(path);
-    dbg_trace("isUserExisted() iRet:%d", found);
-    return found;
-}
-
-/// Looks a name up in a list of a known size.
-int searchList(const char* path, std::size_t size, const char* needle)
-{
-    dbg_trace("file %s size = %d bytes", path, static_cast<int>(size));
-    core::File list = core::openFile(path, "r");
-    if (!list) {
-        dbg_trace("isUserExisted() cannot open file %s: %s", path, std::strerror(errno));
-        return -1;
-    }
-    constexpr std::size_t kSpare = 50;
-    const std::unique_ptr<char, MemoryReleaser> line(
-        static_cast<char*>(std::calloc(1, size + kSpare)));
-    if (!line) {
-        dbg_trace("isUserExisted() () failed  memory allocation %s", std::strerror(errno));
-        std::remove(path);
-        return -1;
-    }
-    const int found = searchLine(list.get(), {line.get(), size + kSpare}, needle);
-    list.reset();
-    return finishSearch(path, found);
-}
 
 // ---- lstu -------------------------------------------------------------------------------------
 
-/// A quoted text of the list, in the request line: the opening quote, the name, and then a zero byte
-/// in place of the closing quote, at this index.
+/// A quoted text of the list, in the request line: the opening quote, the name, and then a zero
+/// byte in place of the closing quote, at this index.
 struct Token {
     std::size_t closing;
 
@@ -296,25 +258,12 @@ int getUsersList(const char* path)
 
 int isUserExisted(const char* name)
 {
-    using namespace handlers;
-
-    Line needle;
-    core::formatBounded(needle, "\"%s\"", name);
     std::array<char, 64> path;
     core::formatBounded(path, "isUserExisted%d", ::getpid());
     if (getUsersList(path.data()) != 0) {
         return -1;
     }
-    struct stat status = {};
-    if (::stat(path.data(), &status) != 0) {
-        dbg_trace("isUserExisted() cannot stat file %s: %s", path.data(), std::strerror(errno));
-        return -1;
-    }
-    // A list always holds something; an empty file is none, and nobody can be looked up in it.
-    if (status.st_size == 0) {
-        return finishSearch(path.data(), -1);
-    }
-    return searchList(path.data(), static_cast<std::size_t>(status.st_size), needle.data());
+    return handlers::searchNameList(path.data(), name, handlers::kUserSearch);
 }
 
 void cmd_lstu(void)

@@ -26,12 +26,12 @@ int getUsersList(const char* path);
 int isUserExisted(const char* name);
 
 /// "lstu": answers the header "lsut" with the number of users besides "guest", and their names, a
-/// line each. The names go to standard output, too. Ends with error 0xFF000005 when there is no list,
-/// 0x20000006 when it is empty, and 0xFF000007, 0xFF000008 or 0xFF000006 when it cannot be opened,
-/// closed or removed; the last two can stand behind the names.
+/// line each. The names go to standard output, too. Ends with error 0xFF000005 when there is no
+/// list, 0x20000006 when it is empty, and 0xFF000007, 0xFF000008 or 0xFF000006 when it cannot be
+/// opened, closed or removed; the last two can stand behind the names.
 ///
-/// Calls getUsersList on /tmp/vokcontrol.tmp and removes that. Traces the list's size, each name as it
-/// is compared, found and reported, and the number of users.
+/// Calls getUsersList on /tmp/vokcontrol.tmp and removes that. Traces the list's size, each name as
+/// it is compared, found and reported, and the number of users.
 void cmd_lstu(void);
 
 } // extern "C"

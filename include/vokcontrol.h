@@ -201,6 +201,100 @@ void init_cmd_buffer(CommandUsage* table);
  */
 void save_cmd_cnt(CommandUsage* table, int32_t* lastSave, uint32_t code);
 
+/*
+ * ---- Pages ----------------------------------------------------------------------------------------
+ *
+ * These write to standard output, which is the page that is being made. What they have to say about
+ * their work goes there too, in script comments: "//<!-- ", a message, "-->" and a newline, flushed at
+ * once. Values come from devices: of a value 40 characters count, and a newline ends it.
+ */
+
+/*
+ * A disk or a printer. Texts are zero-filled, and not terminated where they have 40 characters.
+ */
+typedef struct DriveInfo {
+    char vendor[40];
+    char model[40];
+    char modelInfo[40]; /* of a printer, its serial number */
+    char devName[40];   /* of a printer, its name */
+    char capacity[40];  /* two digits behind the point */
+    int32_t index;
+    int32_t isUsb; /* 0 for an internal disk, 1 for a USB disk or printer */
+} DriveInfo;
+
+/*
+ * The device names of all internal disks, one behind the other: "sdasdb".
+ *
+ *   result  a buffer of the function's own, which its next call overwrites; empty where there is no
+ *           disk or the status cannot be had. At most 511 characters.
+ *   runs    sudo /usr/bin/php /etc/inc/api_system.php tovGetSystemStatus /tmp/getInternalHDDDevPID,
+ *           then sudo rm -f on that
+ *   prints  what failed, and the result
+ */
+const char* getInternalHDDDev(void);
+
+/*
+ * The indices of the first two internal disks.
+ *
+ *   indices  one that has no disk keeps its value
+ *   result   0, or -1 when the status cannot be had (the work file then stays)
+ *   runs     the same lines as getInternalHDDDev
+ *   prints   each disk's index and its place, counted from 0; both indices; or what failed
+ */
+int getInternalHDDIndex(int32_t indices[2]);
+
+/*
+ * The disks and printers that are attached, at most four. The name of a printer stands in the first
+ * record that has the printer's serial number, which may be one of a USB device before it.
+ *
+ *   records  zero-filled by the caller
+ *   result   0, or -1 when the status cannot be had (the work file then stays)
+ *   runs     sudo /usr/bin/php /etc/inc/api_system.php tovGetSystemStatus /tmp/getDriveInfosPID, then
+ *            sudo rm -f on that
+ *   prints   each value as it is found, and in the end 0, or -1 when there were more than four
+ */
+int getDriveInfos(DriveInfo records[4]);
+
+/*
+ * Prints the script function tov_hdds(), which returns the number of internal drives: 1 where nothing
+ * tells it.
+ *
+ *   result  what system() gave back for pelparam
+ *   runs    sudo pelparam -d > /tmp/printTovHDDsPID, then sudo rm -f on that
+ *   prints  the function, and what failed
+ */
+int printTovHDDs(void);
+
+/*
+ * Prints the script function this_page(), which returns the number in the form field "next_page": the
+ * step that a form of several steps is at. Without the field, and where it is no number, that is 0. Of
+ * a field of more than 255 characters the first character counts as 0.
+ *
+ *   result  the number
+ *   prints  the function, and the number again in a comment
+ */
+int printNextPage(void);
+
+/*
+ * Switches the remote-sync daemon.
+ *
+ *   on      not 0 to start it, unless it is the first that a search among the processes finds; 0 to
+ *           stop it
+ *   result  0, or -1 when it could not be started
+ *   runs    sudo ps | grep tidewave > /tmp/tideWaveFuncPID, sudo rm -f on that and
+ *           sudo /usr/sbin/tidewaved -n 3; or sudo killall tidewaved
+ *   prints  each line with its result
+ */
+int tideWaveFunc(uint32_t on);
+
+/*
+ * Provided by the page engine, for printNextPage: copies a form field, without newlines, into a buffer
+ * of so many bytes.
+ *
+ *   result  0 when the field was copied
+ */
+__attribute__((weak)) int cgiFormStringNoNewlines(const char* name, char* buffer, int size);
+
 #pragma GCC visibility pop
 
 #ifdef __cplusplus

@@ -17,6 +17,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "cmdsvc/protocol.h"
 #include "vokcontrol.h"
 
 namespace service {
@@ -24,6 +25,7 @@ namespace {
 
 constexpr int kLifeline = 3;
 constexpr int kCannotStart = 127;
+constexpr const char* kTraceFile = "/tmp/dbg_vokcontrol.txt";
 
 /// Closes every descriptor from one on.
 void closeFrom(int first)
@@ -38,8 +40,15 @@ void closeFrom(int first)
     }
 }
 
+/// Nothing of what the service was started with reaches a shell.
+bool cleanEnvironment(const std::string& path)
+{
+    return ::clearenv() == 0 && ::setenv("PATH", path.c_str(), 1) == 0 &&
+           ::setenv("HOME", "/", 1) == 0 && ::setenv("LC_ALL", "C", 1) == 0;
+}
+
 /// Brings the child into the state that a request finds, whatever the service has open or handles.
-bool settle(int lifeline)
+bool settle(int lifeline, const std::string& path)
 {
     ::setpgid(0, 0);
     for (const int number : {SIGTERM, SIGINT, SIGPIPE, SIGCHLD, SIGHUP}) {
@@ -54,16 +63,19 @@ bool settle(int lifeline)
         (lifeline == kLifeline || ::dup2(lifeline, kLifeline) == kLifeline) &&
         ::fcntl(kLifeline, F_SETFD, FD_CLOEXEC) == 0;
     closeFrom(kLifeline + 1);
-    return areStreamsSet && isLifelineSet && ::chdir("/tmp") == 0;
+    return areStreamsSet && isLifelineSet && cleanEnvironment(path) && ::chdir("/tmp") == 0;
 }
 
-/// The child's whole life. It ends through exit(), which completes an answer that is still open, and
-/// never comes back.
-[[noreturn]] void live(std::string_view request, int number, int lifeline)
+/// The child's whole life. It ends through exit(), which completes an answer that is still open,
+/// and never comes back.
+[[noreturn]] void live(std::string_view request, int number, int lifeline, const std::string& path)
 {
-    if (!settle(lifeline)) {
+    if (!settle(lifeline, path)) {
         ::_exit(kCannotStart);
     }
+    // Each process starts the trace file afresh, but this one's module has traced in the service
+    // already.
+    [[maybe_unused]] const int emptied = ::truncate(kTraceFile, 0);
     std::ranges::fill(fin_buf, '\0');
     request.copy(std::data(fin_buf), std::size(fin_buf));
     process_command(number);
@@ -78,7 +90,27 @@ std::string readFile(const std::string& path)
 
 } // namespace
 
-Child::Child(std::string_view request, int number)
+Outcome makeOutcome(Ending ending)
+{
+    const auto answer = [ending](std::uint32_t code) {
+        const cmdsvc::StatusBytes status = cmdsvc::statusBytes(cmdsvc::kServiceCode, code);
+        return Outcome{ending, {status.begin(), status.end()}};
+    };
+    switch (ending) {
+    case Ending::kTimedOut:
+        return answer(cmdsvc::kRequestTimedOut);
+    case Ending::kNotStarted:
+        return answer(cmdsvc::kRequestNotStarted);
+    case Ending::kFailed:
+        return answer(cmdsvc::kRequestFailed);
+    case Ending::kFinished:
+    case Ending::kRefused:
+        break;
+    }
+    return {ending, ""};
+}
+
+Child::Child(std::string_view request, int number, const std::string& path)
     : answerPath_(VOK_ANSWER_FILE + std::to_string(number))
 {
     // An answer of an earlier service's request must never pass for this one's.
@@ -89,7 +121,7 @@ Child::Child(std::string_view request, int number)
     }
     pid_ = ::fork();
     if (pid_ == 0) {
-        live(request, number, ends[1]);
+        live(request, number, ends[1], path);
     }
     ::close(ends[1]);
     lifeline_ = ends[0];
@@ -127,24 +159,22 @@ asio::awaitable<Outcome> Child::finish(std::chrono::seconds timeout)
     constexpr auto kQuietly = asio::experimental::as_tuple(asio::use_awaitable);
 
     if (!hasStarted()) {
-        co_return Outcome{Ending::kNotStarted, ""};
+        co_return makeOutcome(Ending::kNotStarted);
     }
     const auto executor = co_await asio::this_coro::executor;
     asio::posix::stream_descriptor lifeline(executor, std::exchange(lifeline_, -1));
     asio::steady_timer timer(executor, timeout);
-    const auto first = co_await (
-        lifeline.async_wait(asio::posix::stream_descriptor::wait_read, kQuietly) ||
-        timer.async_wait(kQuietly));
+    const auto first =
+        co_await (lifeline.async_wait(asio::posix::stream_descriptor::wait_read, kQuietly) ||
+                  timer.async_wait(kQuietly));
 
     const bool isTimedOut = first.index() == 1;
     if (isTimedOut) {
         kill();
     }
     const bool isGood = reap();
-    Outcome outcome{Ending::kFailed, ""};
-    if (isTimedOut) {
-        outcome.ending = Ending::kTimedOut;
-    } else if (isGood) {
+    Outcome outcome = makeOutcome(isTimedOut ? Ending::kTimedOut : Ending::kFailed);
+    if (!isTimedOut && isGood) {
         outcome = {Ending::kFinished, readFile(answerPath_)};
     }
     ::unlink(answerPath_.c_str());

@@ -13,24 +13,32 @@ namespace service {
 
 /// How a child came to its end.
 enum class Ending {
-    kFinished,  ///< it has answered whatever it had to answer
-    kFailed,    ///< a signal, or an exit code other than 0
-    kTimedOut,  ///< it took too long, and was killed with all that it had started
-    kNotStarted ///< there was no process or no descriptor left for it
+    kFinished,   ///< it has answered whatever it had to answer
+    kFailed,     ///< a signal, or an exit code other than 0
+    kTimedOut,   ///< it took too long, and was killed with all that it had started
+    kNotStarted, ///< there was no process or no descriptor left for it
+    kRefused     ///< it was never started, for what its request holds
 };
 
 struct Outcome {
     Ending ending;
-    std::string answer; ///< empty unless the child has finished
+    std::string answer; ///< the command's, or a status of the service's own
 };
+
+/// How a request ended that its command has not answered.
+[[nodiscard]] Outcome makeOutcome(Ending ending);
+
+/// Where children find programs, unless the service is told otherwise.
+inline constexpr const char* kDefaultPath =
+    "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
 
 /// A child that runs one request.
 class Child {
   public:
-    /// Starts a child that processes a request of at most 4096 bytes under a number. It is a process
-    /// group of its own, its three streams lead nowhere, it inherits nothing else, and it works in
-    /// /tmp. Check hasStarted() afterwards.
-    Child(std::string_view request, int number);
+    /// Starts a child that processes a request of at most 4096 bytes under a number. It is a
+    /// process group of its own, its three streams lead nowhere, it inherits nothing else, it works
+    /// in /tmp, and its environment is PATH, HOME and the C locale. Check hasStarted() afterwards.
+    Child(std::string_view request, int number, const std::string& path = kDefaultPath);
     ~Child();
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "service/listener.h"
 
+#include <cerrno>
 #include <cstdlib>
+#include <fcntl.h>
 #include <stdexcept>
 #include <string_view>
 #include <sys/socket.h>
@@ -31,6 +33,7 @@ Acceptor takeOver(asio::io_context& context)
     // What we start in turn was not handed anything.
     ::unsetenv("LISTEN_PID");
     ::unsetenv("LISTEN_FDS");
+    ::fcntl(kFirstHandedOver, F_SETFD, FD_CLOEXEC);
     return Acceptor(context, Protocol(), kFirstHandedOver);
 }
 
@@ -50,17 +53,35 @@ void removeStale(asio::io_context& context, const std::string& path)
     }
 }
 
-Acceptor openOwn(asio::io_context& context, const std::string& path)
+/// Gives a socket that listens its owner and its place. Nobody can see it before it is ready.
+void publish(const std::string& unready, const std::string& path, std::optional<gid_t> group)
 {
-    if (path.size() >= sizeof(sockaddr_un::sun_path)) {
+    constexpr auto kSameUser = static_cast<uid_t>(-1);
+    const bool isGiven = !group || ::chown(unready.c_str(), kSameUser, *group) == 0;
+    // Not a rename: that would replace a file that is no socket.
+    const bool isPlaced = isGiven && ::link(unready.c_str(), path.c_str()) == 0;
+    const asio::error_code error(errno, asio::system_category());
+    ::unlink(unready.c_str());
+    if (!isPlaced) {
+        throw std::runtime_error("cannot listen on " + path + ": " + error.message());
+    }
+}
+
+Acceptor openOwn(asio::io_context& context, const std::string& path, std::optional<gid_t> group)
+{
+    const std::string unready = path + "~";
+    if (unready.size() >= sizeof(sockaddr_un::sun_path)) {
         throw std::runtime_error("the socket's path is too long: " + path);
     }
     removeStale(context, path);
+    ::unlink(unready.c_str());
     Acceptor acceptor(context);
     asio::error_code error;
     acceptor.open(Protocol(), error);
+    // What outlives a service must not make it look alive.
+    ::fcntl(acceptor.native_handle(), F_SETFD, FD_CLOEXEC);
     const mode_t mask = ::umask(kKeepOthersOut);
-    acceptor.bind(Protocol::endpoint(path), error);
+    acceptor.bind(Protocol::endpoint(unready), error);
     ::umask(mask);
     if (!error) {
         acceptor.listen(asio::socket_base::max_listen_connections, error);
@@ -68,16 +89,16 @@ Acceptor openOwn(asio::io_context& context, const std::string& path)
     if (error) {
         throw std::runtime_error("cannot listen on " + path + ": " + error.message());
     }
+    publish(unready, path, group);
     return acceptor;
 }
 
 } // namespace
 
-Listener::Listener(asio::io_context& context, std::string path)
+Listener::Listener(asio::io_context& context, std::string path, std::optional<gid_t> group)
     : ownPath_(isHandedOver() ? "" : std::move(path)),
-      acceptor_(ownPath_.empty() ? takeOver(context) : openOwn(context, ownPath_))
-{
-}
+      acceptor_(ownPath_.empty() ? takeOver(context) : openOwn(context, ownPath_, group))
+{}
 
 Listener::~Listener()
 {

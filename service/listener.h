@@ -3,18 +3,23 @@
 
 #include <asio/io_context.hpp>
 #include <asio/local/stream_protocol.hpp>
+#include <optional>
 #include <string>
+#include <sys/types.h>
 
 namespace service {
 
 using Acceptor = asio::local::stream_protocol::acceptor;
 
 /// The socket that requests come through: the one that systemd has handed over (LISTEN_FDS), or one
-/// of our own at a path. Ours is open to its owner and group, and is removed with this object.
+/// of our own at a path. Ours is open to its owner and group (mode 0660), and is removed with this
+/// object.
 class Listener {
   public:
     /// Throws std::runtime_error with what to do about it where the socket cannot be had.
-    Listener(asio::io_context& context, std::string path);
+    /// @param group  the group that a socket of our own is given to
+    Listener(asio::io_context& context, std::string path,
+             std::optional<gid_t> group = std::nullopt);
     ~Listener();
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;

@@ -52,6 +52,8 @@ std::string_view showEnding(Ending ending)
         return " (took too long and was ended)";
     case Ending::kNotStarted:
         return " (could not be started)";
+    case Ending::kRefused:
+        return " (refused)";
     }
     return "";
 }

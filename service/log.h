@@ -12,8 +12,8 @@
 
 namespace service {
 
-/// "12 lstu count=0 answer=25 ms=31", and what went wrong behind it. A code that is not made of four
-/// letters and digits is shown as its bytes, "0x" and hexadecimal digits.
+/// "12 lstu count=0 answer=25 ms=31", and what went wrong behind it. A code that is not made of
+/// four letters and digits is shown as its bytes, "0x" and hexadecimal digits.
 [[nodiscard]] std::string describe(int number, std::string_view request, const Outcome& outcome,
                                    std::chrono::milliseconds taken);
 

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
 #include <asio/io_context.hpp>
+#include <asio/signal_set.hpp>
 #include <csignal>
 #include <string>
 #include <sys/resource.h>
 
+#include "service/child.h"
 #include "service/listener.h"
 #include "service/log.h"
+#include "service/peer.h"
 #include "service/server.h"
 
 namespace {
@@ -18,6 +21,9 @@ struct Options {
     std::string socket = "/run/vokcontrol.sock";
     unsigned timeout = 60;
     unsigned deadline = 10;
+    std::string group = "vokcontrol";
+    bool isGroupGiven = false;
+    std::string path = service::kDefaultPath;
 };
 
 /// A thousand clients at once are a thousand descriptors.
@@ -36,10 +42,13 @@ int serve(const Options& options)
     std::signal(SIGPIPE, SIG_IGN);
     raiseDescriptorLimit();
     asio::io_context context(1);
-    service::Listener listener(context, options.socket);
-    service::Server server(
-        context, listener,
-        {.send = std::chrono::seconds(options.deadline), .request = std::chrono::seconds(options.timeout)});
+    asio::signal_set stop(context, SIGTERM, SIGINT);
+    const service::Admission admission(options.group, options.isGroupGiven);
+    service::Listener listener(context, options.socket, admission.group());
+    service::Server server(context, listener, stop, admission,
+                           {.send = std::chrono::seconds(options.deadline),
+                            .request = std::chrono::seconds(options.timeout)},
+                           options.path);
     service::log("ready");
     server.run();
     service::log("stopped");
@@ -53,7 +62,8 @@ int main(int argc, char** argv)
     Options options;
     CLI::App program("Carries requests to the appliance's control module.", "vokserve");
     program.set_version_flag("--version", "vokserve " VOKSERVE_VERSION);
-    program.add_option("--socket", options.socket, "Listen here, unless systemd hands over a socket")
+    program
+        .add_option("--socket", options.socket, "Listen here, unless systemd hands over a socket")
         ->type_name("PATH")
         ->capture_default_str();
     program.add_option("--timeout", options.timeout, "End a request that runs longer than this")
@@ -66,11 +76,24 @@ int main(int argc, char** argv)
         ->type_name("SECONDS")
         ->check(CLI::PositiveNumber)
         ->capture_default_str();
-    program.footer("A client sends one request frame, shuts its sending side down and reads the\n"
-                   "answer up to its end. SIGTERM finishes the request in hand and ends the service\n"
-                   "with 0. Ends with 1 when it cannot listen, 2 on wrong usage.");
+    const CLI::Option* group =
+        program
+            .add_option(
+                "--group", options.group,
+                "Members of this group may ask; root always may. Without such a group it is "
+                "root alone")
+            ->type_name("NAME")
+            ->capture_default_str();
+    program.add_option("--path", options.path, "Where requests find the appliance's programs")
+        ->type_name("FOLDERS")
+        ->capture_default_str();
+    program.footer(
+        "A client sends one request frame, shuts its sending side down and reads the\n"
+        "answer up to its end. SIGTERM finishes the request in hand and ends the service\n"
+        "with 0. Ends with 1 when it cannot listen, 2 on wrong usage.");
     try {
         program.parse(argc, argv);
+        options.isGroupGiven = group->count() > 0;
         return serve(options);
     } catch (const CLI::ParseError& error) {
         return (program.exit(error) == 0) ? 0 : kWrongUsage;

@@ -7,16 +7,17 @@
 #include <asio/experimental/as_tuple.hpp>
 #include <asio/experimental/awaitable_operators.hpp>
 #include <asio/read.hpp>
-#include <asio/signal_set.hpp>
 #include <asio/steady_timer.hpp>
 #include <asio/this_coro.hpp>
 #include <asio/use_awaitable.hpp>
 #include <asio/write.hpp>
-#include <csignal>
+#include <fcntl.h>
 #include <limits>
 #include <optional>
+#include <tuple>
 
-#include "service/child.h"
+#include "cmdsvc/protocol.h"
+#include "service/gate.h"
 #include "service/log.h"
 
 namespace service {
@@ -34,8 +35,8 @@ asio::awaitable<void> pause(std::chrono::milliseconds time)
     co_await timer.async_wait(kQuietly);
 }
 
-/// Reads up to the end of what the client sends. One byte more than a request may have tells that it
-/// is too long.
+/// Reads up to the end of what the client sends. One byte more than a request may have tells that
+/// it is too long.
 asio::awaitable<std::string> readToEnd(Socket& socket)
 {
     std::string request(VOK_REQUEST_SIZE + 1, '\0');
@@ -43,6 +44,38 @@ asio::awaitable<std::string> readToEnd(Socket& socket)
     const bool isWhole = !error || error == asio::error::eof;
     request.resize(isWhole ? size : 0);
     co_return request;
+}
+
+asio::awaitable<void> send(Socket& socket, std::string bytes, std::chrono::seconds time)
+{
+    co_await (asio::async_write(socket, asio::buffer(bytes), kQuietly) || pause(time));
+}
+
+/// A status of the service's own.
+std::string serviceStatus(std::uint32_t code)
+{
+    const cmdsvc::StatusBytes status = cmdsvc::statusBytes(cmdsvc::kServiceCode, code);
+    return {status.begin(), status.end()};
+}
+
+asio::awaitable<void> discard(Socket& socket)
+{
+    std::array<char, VOK_REQUEST_SIZE> piece;
+    asio::error_code error;
+    while (!error) {
+        std::tie(error, std::ignore) =
+            co_await socket.async_read_some(asio::buffer(piece), kQuietly);
+    }
+}
+
+/// Sends a client away. What it still has to say is taken in for a while: a socket that is closed
+/// over bytes that nobody has read resets the connection, and the client would not learn why.
+asio::awaitable<void> turnAway(Socket& socket, std::uint32_t code, std::chrono::seconds time)
+{
+    co_await send(socket, serviceStatus(code), time);
+    asio::error_code ignored;
+    socket.shutdown(Socket::shutdown_send, ignored);
+    co_await (discard(socket) || pause(time));
 }
 
 /// The client's request; nothing where it sent none in time, or too much.
@@ -59,6 +92,7 @@ asio::awaitable<std::optional<std::string>> receive(Socket& socket, std::chrono:
     }
     if (request.size() > VOK_REQUEST_SIZE) {
         log("a client sent more than 4096 bytes; they were refused");
+        co_await turnAway(socket, cmdsvc::kRequestTooLong, time);
         co_return std::nullopt;
     }
     co_return std::move(request);
@@ -66,10 +100,15 @@ asio::awaitable<std::optional<std::string>> receive(Socket& socket, std::chrono:
 
 } // namespace
 
-Server::Server(asio::io_context& context, Listener& listener, Limits limits)
-    : context_(context), acceptor_(listener.acceptor()), limits_(limits)
-{
-}
+Server::Server(asio::io_context& context, Listener& listener, asio::signal_set& stop,
+               Admission admission, Limits limits, std::string path)
+    : context_(context),
+      acceptor_(listener.acceptor()),
+      stop_(stop),
+      admission_(admission),
+      limits_(limits),
+      path_(std::move(path))
+{}
 
 void Server::run()
 {
@@ -85,6 +124,8 @@ asio::awaitable<void> Server::acceptClients()
     while (!isStopping_) {
         auto [error, socket] = co_await acceptor_.async_accept(kQuietly);
         if (!error) {
+            // The shell lines that counting takes are not to hold it.
+            ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
             asio::co_spawn(context_, serve(std::move(socket)), asio::detached);
         } else if (!isStopping_) {
             // No descriptor is left: the client waits in the queue until another one leaves.
@@ -93,8 +134,26 @@ asio::awaitable<void> Server::acceptClients()
     }
 }
 
+/// Whether the client may ask; a refusal is logged.
+bool Server::isAdmitted(Socket& socket) const
+{
+    const std::optional<Peer> peer = peerOf(socket.native_handle());
+    if (peer && admission_.admits(*peer)) {
+        return true;
+    }
+    const std::string who = peer ? "user " + std::to_string(peer->user) + " (process " +
+                                       std::to_string(peer->process) + ")"
+                                 : "a client whom the kernel does not know";
+    log(who + " is not permitted to ask; it was refused");
+    return false;
+}
+
 asio::awaitable<void> Server::serve(Socket socket)
 {
+    if (!isAdmitted(socket)) {
+        co_await turnAway(socket, cmdsvc::kNotAdmitted, limits_.send);
+        co_return;
+    }
     std::optional<std::string> request = co_await receive(socket, limits_.send);
     if (!request) {
         co_return;
@@ -105,34 +164,46 @@ asio::awaitable<void> Server::serve(Socket socket)
         co_return;
     }
     ++inHand_;
-    const std::string answer = co_await runRequest(std::move(*request));
+    std::string bytes = co_await answer(std::move(*request));
     // From here on a slow client holds up nobody.
     turn_.release();
-    co_await (asio::async_write(socket, asio::buffer(answer), kQuietly) || pause(limits_.send));
+    co_await send(socket, std::move(bytes), limits_.send);
     --inHand_;
     endServing();
 }
 
-/// Runs a request in a child.
-/// @return the answer; empty where the child did not come to a good end
-asio::awaitable<std::string> Server::runRequest(std::string request)
+/// Counts a request, has it run unless the gate keeps it out, and logs it.
+asio::awaitable<std::string> Server::answer(std::string request)
 {
     const auto start = Clock::now();
     lastNumber_ = (lastNumber_ < std::numeric_limits<int>::max()) ? lastNumber_ + 1 : 1;
     const int number = lastNumber_;
-    Child child(request, number);
-    // Counting costs shell lines of its own; the child works meanwhile.
-    usage_.count(request);
-    Outcome outcome = co_await child.finish(limits_.request);
+    Outcome outcome{Ending::kRefused, ""};
+    if (std::optional<Refusal> refusal = examine(request)) {
+        usage_.count(request);
+        log("request " + std::to_string(number) + ": its " + std::string(refusal->parameter) +
+            " would not be safe");
+        outcome.answer = std::move(refusal->answer);
+    } else {
+        outcome = co_await runRequest(request, number);
+    }
     log(describe(number, request, outcome,
                  std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start)));
     co_return std::move(outcome.answer);
 }
 
+/// Runs a request in a child.
+asio::awaitable<Outcome> Server::runRequest(const std::string& request, int number)
+{
+    Child child(request, number, path_);
+    // Counting costs shell lines of its own; the child works meanwhile.
+    usage_.count(request);
+    co_return co_await child.finish(limits_.request);
+}
+
 asio::awaitable<void> Server::awaitStop()
 {
-    asio::signal_set signals(context_, SIGTERM, SIGINT);
-    co_await signals.async_wait(kQuietly);
+    co_await stop_.async_wait(kQuietly);
     isStopping_ = true;
     acceptor_.close();
     endServing();

@@ -6,9 +6,13 @@
 
 #include <asio/awaitable.hpp>
 #include <asio/io_context.hpp>
+#include <asio/signal_set.hpp>
 #include <chrono>
+#include <string>
 
+#include "service/child.h"
 #include "service/listener.h"
+#include "service/peer.h"
 #include "service/turn.h"
 #include "service/usage.h"
 
@@ -21,9 +25,13 @@ struct Limits {
 
 class Server {
   public:
-    Server(asio::io_context& context, Listener& listener, Limits limits);
+    /// @param stop       ends the serving; waited for since before anybody can connect
+    /// @param admission  who may ask
+    /// @param path       where requests find programs
+    Server(asio::io_context& context, Listener& listener, asio::signal_set& stop,
+           Admission admission, Limits limits, std::string path = kDefaultPath);
 
-    /// Serves until SIGTERM or SIGINT; then the request in hand is finished and the usage saved.
+    /// Serves until it is told to stop; then the request in hand is finished and the usage saved.
     void run();
 
   private:
@@ -31,13 +39,18 @@ class Server {
 
     asio::awaitable<void> acceptClients();
     asio::awaitable<void> serve(Socket socket);
-    asio::awaitable<std::string> runRequest(std::string request);
+    asio::awaitable<std::string> answer(std::string request);
+    asio::awaitable<Outcome> runRequest(const std::string& request, int number);
+    [[nodiscard]] bool isAdmitted(Socket& socket) const;
     asio::awaitable<void> awaitStop();
     void endServing();
 
     asio::io_context& context_;
     Acceptor& acceptor_;
+    asio::signal_set& stop_;
+    Admission admission_;
     Limits limits_;
+    std::string path_;
     Turn turn_;
     Usage usage_;
     int lastNumber_ = 0;

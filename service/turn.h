@@ -9,8 +9,8 @@
 
 namespace service {
 
-/// One at a time, first come, first served: the handlers share their work files, so only one request
-/// may run.
+/// One at a time, first come, first served: the handlers share their work files, so only one
+/// request may run.
 class Turn {
   public:
     /// Waits for the turn. Whoever gets it gives it back with release().

@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr const char* kShareScript = "sudo /usr/bin/php /etc/inc/api_share.php";
 constexpr std::string_view kNameOpen = "<sharename>";
 constexpr std::string_view kNameClose = "</sharename>";
 constexpr std::string_view kEmptyName = "ame></sh";
@@ -24,7 +23,8 @@ constexpr std::string_view kInternal = "<sharelocation>int";
 bool fetchListing(const char* listing)
 {
     char* command = core::commandBuffer.data();
-    core::formatBounded(core::commandBuffer, "%s tovGetShareList %s", kShareScript, listing);
+    core::formatBounded(core::commandBuffer, "%s tovGetShareList %s", core::kShareScript,
+                        listing);
     dbg_trace("share_info sys(%s)", command);
     const core::ShellRun run = core::runShellLine(command);
     if (!core::succeeded(run) && !core::reapedElsewhere(run)) {

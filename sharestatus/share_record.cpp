@@ -20,30 +20,18 @@
 namespace sharestatus {
 namespace {
 
-constexpr long kLargestInK = 1024;
-constexpr long kLargestInM = 1000000;
 constexpr int kFailure = -1;
 
 // A name is at most one line long, so any name fits behind the text around it.
 constexpr std::size_t kNamedLineSize = core::kLineSize + 64;
 
-/// Stores a size in the largest unit that it reaches. The thresholds mix powers of two and of ten,
-/// and clients round the same way: 1025 KiB are 1 M.
 void storeUsage(std::span<char, kDateOffset> out, long kibibytes)
 {
-    long value = kibibytes;
-    char unit = 'K';
-    if (kibibytes > kLargestInM) {
-        value = kibibytes / 1000000;
-        unit = 'G';
-    } else if (kibibytes > kLargestInK) {
-        value = kibibytes / 1000;
-        unit = 'M';
-    }
-    core::putU16(out.subspan<kUsageOffset, kUsageSize>(), static_cast<std::uint16_t>(value));
-    out[kUnitOffset] = unit;
-    if (unit == 'G') {
-        dbg_trace("GetUserCapUsage system: %d%c", static_cast<int>(value), unit);
+    const ScaledUsage usage = scaleUsage(kibibytes);
+    core::putU16(out.subspan<kUsageOffset, kUsageSize>(), static_cast<std::uint16_t>(usage.value));
+    out[kUnitOffset] = usage.unit;
+    if (usage.unit == 'G') {
+        dbg_trace("GetUserCapUsage system: %d%c", usage.value, usage.unit);
     }
 }
 
@@ -78,6 +66,20 @@ bool measureShare(char* record, const char* name)
 }
 
 } // namespace
+
+ScaledUsage scaleUsage(long kibibytes)
+{
+    constexpr long kLargestInK = 1024;
+    constexpr long kLargestInM = 1000000;
+    if (kibibytes > kLargestInM) {
+        return {static_cast<int>(kibibytes / 1000000), 'G'};
+    }
+    if (kibibytes > kLargestInK) {
+        return {static_cast<int>(kibibytes / 1000), 'M'};
+    }
+    return {static_cast<int>(kibibytes), 'K'};
+}
+
 } // namespace sharestatus
 
 int GetUserCapUsage(void* record, const char* name)

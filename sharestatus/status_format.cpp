@@ -67,7 +67,7 @@ std::optional<ShareEntry> TableReader::next()
 
 bool TableReader::isWhole() const
 {
-    return missing_ == 0 && rest_.empty();
+    return missing_ == 0 && isAtEnd();
 }
 
 std::uint8_t checksum(std::string_view payload)

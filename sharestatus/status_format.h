@@ -108,6 +108,9 @@ class TableReader {
     /// An empty payload (no share list could be collected) is whole too.
     [[nodiscard]] bool isWhole() const;
 
+    /// Whether nothing stands behind what has been read, however many records the header counts.
+    [[nodiscard]] bool isAtEnd() const { return rest_.empty(); }
+
   private:
     std::string_view rest_;
     std::uint16_t missing_ = 0;

@@ -3,8 +3,8 @@
 #
 # usage: tree_test.sh BUILD
 #
-# The tests mirror the sources: each source file of the module and the client has its test, each test
-# file is built into a test, and none is switched off.
+# The tests mirror the sources: each source file of the module, its client and its pages has its test,
+# each test file is built into a test, and none is switched off.
 set -eu
 build=$(cd "$1" && pwd)
 cd "$(dirname "$0")/.."
@@ -16,7 +16,8 @@ complain() {
     failures=$((failures + 1))
 }
 
-for source in core/*.cpp sharestatus/*.cpp cmdsvc/*.cpp handlers/*.cpp service/*.cpp client/*.cpp; do
+for source in core/*.cpp sharestatus/*.cpp cmdsvc/*.cpp handlers/*.cpp pagehelpers/*.cpp service/*.cpp \
+    client/*.cpp page/*.cpp; do
     # These are wiring: daemon_test and server_test run the programs.
     case $source in sharestatus/main.cpp | service/main.cpp) continue ;; esac
     test=tests/${source%.cpp}_test.cpp

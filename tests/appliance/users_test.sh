@@ -11,9 +11,19 @@ here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
 # shellcheck source=tests/appliance/lib.sh
 . "$here/lib.sh" "$@"
 
-expect 'the seeded users are listed' 'anna
+expect 'requests are answered, and logged without their parameters' 'anna
 bob
-Élise' "$(appliance vokctl users list)"
+Élise
+00000000  03 00 00 ff                                      |....|
+Read as status 0xFF000003: the command takes another number of parameters
+vokserve: ready
+vokserve: 1 lstu count=0 answer=26 ms=N
+vokserve: 2 lstu count=1 answer=4 ms=N
+vokserve: 3 gsp1 count=0 answer=4 ms=N' "$(appliance sh -c '
+    vokctl users list
+    vokctl raw lstu --count 1
+    vokctl raw gsp1 --line secret >/dev/null
+    sed "s/ms=[0-9]*/ms=N/" /var/log/vokserve.log')"
 
 expect 'no user, one user, two hundred users' '0
 only
@@ -30,25 +40,103 @@ user1 user200' "$(appliance sh -c '
     vokctl users list | wc -l
     echo $(vokctl users list | sed -n "1p;\$p")')"
 
-expect 'any request can be sent' \
-    '00000000  03 00 00 ff                                      |....|
-Read as status 0xFF000003: the command takes another number of parameters' \
-    "$(appliance vokctl raw lstu --count 1)"
+# The hashes of "password" and of nothing are known everywhere. The third password is one letter, two
+# bytes long, each of which counts as a character.
+expect 'accounts are created, and the password file has a line for each' \
+    'vokctl: the user carla was created = 0
+vokctl: the user Zoë B. was created = 0
+vokctl: the user dora was created = 0
+anna
+bob
+Élise
+carla
+Zoë B.
+dora
+carla:1004:XXXXXXXXXXXXXXXXXXXXXXXXXXXXXXXX:8846F7EAEE8FB117AD06BDD830B7586C:[U          ]:LCT-WHEN:
+Zoë B.:1005:XXXXXXXXXXXXXXXXXXXXXXXXXXXXXXXX:31D6CFE0D16AE931B73C59D7E0C089C0:[U          ]:LCT-WHEN:
+dora:1006:XXXXXXXXXXXXXXXXXXXXXXXXXXXXXXXX:08EB94A3771213775172FC988504A4C1:[U          ]:LCT-WHEN:
+600
+just now
+no password in the log' "$(appliance sh -c '
+    create() {
+        code=0
+        said=$(printf "$2" | vokctl users create "$1" 2>&1) || code=$?
+        echo "$said = $code"
+    }
+    create carla "password\n"
+    create "Zoë B." "\n"
+    create dora "é"
+    vokctl users list
+    tail -n 3 /usr/private/smbpasswd | sed -E "s/LCT-[0-9A-F]{8}:$/LCT-WHEN:/"
+    stat -c %a /usr/private/smbpasswd
+    changed=$(sed -n "s/^dora:.*:LCT-\(.*\):/\1/p" /usr/private/smbpasswd)
+    [ $(($(date +%s) - 0x$changed)) -le 60 ] && echo just now
+    grep -q password /var/log/vokserve.log || echo no password in the log')"
 
-expect 'the status service is started through the service' 'Documents' "$(
-    appliance sh -c 'vokctl service restart 2>/dev/null && vokctl status --wait 60' |
-        sed -n 's/^\(Documents\) .*/\1/p'
-)"
+taken='vokctl: a user of this name exists already, or the name is reserved (0x10000001) = 1'
+expect 'accounts that cannot be created are refused in words, and nothing is changed' "$taken
+$taken
+$taken
+vokctl: the user's name is longer than 32 bytes (0x10000002) = 1
+vokctl: the password is longer than 32 bytes (0x10000003) = 1
+vokctl: the appliance's user script would not create this user (0x10000005) = 1
+vokctl: the appliance's user script would not create this user (0x10000005) = 1
+vokctl: the name or the password holds a character that the appliance does not take, such as a quote (0xFF000003) = 1
+vokctl: the name or the password holds a character that the appliance does not take, such as a quote (0xFF000003) = 1
+vokctl: no password came on standard input = 2
+api_user.php: there is a user \"anna\" already = 1
+api_user.php: \"guest\" cannot be the name of a user = 1
+api_user.php: \"\" cannot be the name of a user = 1
+api_user.php: \"a:b\" cannot be the name of a user = 1
+api_user.php: \"a&b\" cannot be the name of a user = 1
+api_user.php: \"a
+b\" cannot be the name of a user = 1
+api_user.php: \"ab
+\" cannot be the name of a user = 1
+api_user.php: no such function: \"tovAddShare\" = 1
+unchanged
+api_user.php: cannot write \"/usr/private/smbpasswd\" = 1
+anna bob Élise" "$(appliance sh -c '
+    everything() { vokctl users list; cat /usr/private/smbpasswd; }
+    try() {
+        code=0
+        said=$("$@" 2>&1) || code=$?
+        echo "$said = $code"
+    }
+    create() { printf "$2" >/tmp/password; try vokctl users create "$1" </tmp/password; }
+    api_user() { try sudo /usr/bin/php /etc/inc/api_user.php "$@"; }
+    everything >/tmp/before
+    long=$(printf "%033d" 0)
+    create anna "secret\n"
+    create guest "secret\n"
+    create Config "secret\n"
+    create "$long" "secret\n"
+    create New "$long\n"
+    create a:b "secret\n"
+    create "" "secret\n"
+    create "a/b" "secret\n"
+    create New "\"\n"
+    create New ""
+    api_user tovAddUser anna secret
+    api_user tovAddUser guest secret
+    api_user tovAddUser "" secret
+    api_user tovAddUser a:b secret
+    api_user tovAddUser "a&b" secret
+    api_user tovAddUser "a
+b" secret
+    api_user tovAddUser "ab
+" secret
+    api_user tovAddShare Music public
+    everything >/tmp/after
+    cmp /tmp/before /tmp/after && echo unchanged
+
+    rm /usr/private/smbpasswd
+    mkdir /usr/private/smbpasswd
+    api_user tovAddUser New secret | tail -n 1
+    echo $(vokctl users list)')"
 
 expect 'without its service the client says so' '3
 vokctl: cannot reach the service at /run/vokcontrol.sock: Connection refused. Is vokserve running?' \
     "$(appliance sh -c 'killall -9 vokserve; sleep 0.2; vokctl users list 2>/tmp/why; echo $?; cat /tmp/why')"
-
-expect 'each request is logged without its parameters' 'vokserve: ready
-vokserve: 1 lstu count=0 answer=26 ms=N
-vokserve: 2 gsp1 count=0 answer=4 ms=N' "$(
-    appliance sh -c 'vokctl users list >/dev/null; vokctl raw gsp1 --line secret >/dev/null
-                     cat /var/log/vokserve.log' | sed 's/ms=[0-9]*/ms=N/'
-)"
 
 finish

@@ -14,6 +14,13 @@ class Client : public root::UntracedTest {
         arguments.insert(arguments.begin(), root::built("vokctl"));
         return root::run(arguments);
     }
+
+    static void expectParts(const std::string& text, const std::vector<std::string>& parts)
+    {
+        for (const std::string& part : parts) {
+            EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
+        }
+    }
 };
 
 TEST_F(Client, helpGoesToStandardOutput)
@@ -21,18 +28,94 @@ TEST_F(Client, helpGoesToStandardOutput)
     for (const char* option : {"--help", "-h"}) {
         const root::Ended ended = vokctl({option});
         EXPECT_EQ(ended.exitCode, 0);
-        EXPECT_NE(ended.output.find("Usage: vokctl [OPTIONS] [SUBCOMMAND]"), std::string::npos);
-        EXPECT_NE(ended.output.find("status"), std::string::npos);
+        expectParts(ended.output,
+                    {"Usage: vokctl [OPTIONS] [SUBCOMMAND]", "\n  status ", "\n  shares ",
+                     "\n  users ", "\n  backup ", "\n  drives ", "\n  host ", "\n  version ",
+                     "\n  private ", "\n  setup ", "\n  remote ", "\n  service ", "\n  raw ",
+                     "\"vokctl COMMAND --help\" tells more about a command."});
         EXPECT_EQ(ended.errors, "");
     }
 }
 
+TEST_F(Client, groupsOfCommandsNameTheirCommands)
+{
+    const std::vector<std::pair<std::string, std::vector<std::string>>> groups = {
+        {"shares", {"\n  list ", "\n  show ", "\n  public-name ", "\n  create "}},
+        {"users", {"\n  list ", "\n  create ", "\n  verify "}},
+        {"backup", {"\n  report ", "\n  list "}},
+        {"drives", {"\n  check "}},
+        {"host", {"\n  set "}},
+        {"private", {"\n  get ", "\n  put "}},
+        {"setup", {"\n  pending ", "\n  quick "}},
+        {"remote", {"\n  urls ", "\n  status ", "\n  register ", "\n  enable ", "\n  disable "}},
+        {"service", {"\n  restart "}},
+    };
+    for (const auto& [group, commands] : groups) {
+        const root::Ended ended = vokctl({group, "--help"});
+        EXPECT_EQ(ended.exitCode, 0);
+        EXPECT_EQ(ended.errors, "");
+        expectParts(ended.output, commands);
+        EXPECT_EQ(vokctl({group}).exitCode, 2);
+    }
+}
+
+struct CommandHelp {
+    std::vector<std::string> command;
+    std::vector<std::string> parts;
+};
+
 TEST_F(Client, everyCommandHasHelpWithExamples)
 {
-    const root::Ended ended = vokctl({"status", "--help"});
-    EXPECT_EQ(ended.exitCode, 0);
-    for (const char* part : {"--json", "--max-age SECONDS", "--wait SECONDS", "Examples:"}) {
-        EXPECT_NE(ended.output.find(part), std::string::npos) << part;
+    const std::vector<CommandHelp> commands = {
+        {{"status"}, {"--json", "--max-age SECONDS", "--wait SECONDS"}},
+        {{"shares", "list"}, {"--json", "--socket PATH", "--timeout SECONDS"}},
+        {{"shares", "show"}, {"NAME", "--json", "--socket PATH", "--timeout SECONDS"}},
+        {{"shares", "public-name"}, {"--socket PATH", "--timeout SECONDS"}},
+        {{"shares", "create"},
+         {"NAME", "--public", "--for USER", "--socket PATH", "--timeout SECONDS"}},
+        {{"users", "list"}, {"--json", "--socket PATH", "--timeout SECONDS"}},
+        {{"users", "create"}, {"NAME", "--socket PATH", "--timeout SECONDS"}},
+        {{"users", "verify"}, {"NAME", "--socket PATH", "--timeout SECONDS"}},
+        {{"backup", "report"},
+         {"USER", "--state N", "--as-variable", "--socket PATH", "--timeout SECONDS"}},
+        {{"backup", "list"}, {"--json", "--socket PATH", "--timeout SECONDS"}},
+        {{"drives", "check"}, {"--socket PATH", "--timeout SECONDS"}},
+        {{"host", "set"},
+         {"--time TIME", "--name NAME", "--workgroup NAME", "--language CODE", "--socket PATH"}},
+        {{"version"}, {"--socket PATH", "--timeout SECONDS"}},
+        {{"private", "get"}, {"FILE", "--socket PATH", "--timeout SECONDS"}},
+        {{"private", "put"}, {"FILE", "--socket PATH", "--timeout SECONDS"}},
+        {{"setup", "pending"}, {"--socket PATH", "--timeout SECONDS"}},
+        {{"setup", "quick"}, {"--json", "--socket PATH", "--timeout SECONDS"}},
+        {{"remote", "urls"}, {"--json", "--socket PATH", "--timeout SECONDS"}},
+        {{"remote", "status"}, {"USER", "--socket PATH", "--timeout SECONDS"}},
+        {{"remote", "register"}, {"USER", "FIRST", "SECOND", "--socket PATH"}},
+        {{"remote", "enable"}, {"USER", "FIRST", "SECOND", "--socket PATH"}},
+        {{"remote", "disable"}, {"USER", "--socket PATH", "--timeout SECONDS"}},
+        {{"service", "restart"}, {"--socket PATH", "--timeout SECONDS"}},
+        {{"raw"},
+         {"CODE", "--count", "--line TEXT", "--hex BYTES", "--frame FILE", "--socket PATH"}},
+    };
+    for (const CommandHelp& each : commands) {
+        std::vector<std::string> arguments = each.command;
+        arguments.emplace_back("--help");
+        const root::Ended ended = vokctl(arguments);
+        EXPECT_EQ(ended.exitCode, 0);
+        EXPECT_EQ(ended.errors, "");
+        std::string example = "Examples:\n  vokctl";
+        for (const std::string& word : each.command) {
+            example += " " + word;
+        }
+        expectParts(ended.output, each.parts);
+        expectParts(ended.output, {example});
+    }
+}
+
+TEST_F(Client, passwordsCannotStandOnTheCommandLine)
+{
+    for (const char* command : {"create", "verify"}) {
+        EXPECT_EQ(vokctl({"users", command, "carla", "secret"}).exitCode, 2);
+        EXPECT_EQ(vokctl({"users", command, "carla", "--password", "secret"}).exitCode, 2);
     }
 }
 
@@ -57,6 +140,24 @@ TEST_F(Client, unknownCommandIsNamed)
     EXPECT_EQ(ended.exitCode, 2);
     EXPECT_EQ(ended.output, "");
     EXPECT_NE(ended.errors.find("stauts"), std::string::npos);
+}
+
+TEST_F(Client, failureIsOneSentenceOnStandardErrorAndAnExitCode)
+{
+    const root::Ended ended = vokctl({"users", "list", "--socket", "/tmp/none"});
+    EXPECT_EQ(ended.exitCode, 3);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_EQ(ended.errors,
+              "vokctl: cannot reach the service at /tmp/none: No such file or directory. Is "
+              "vokserve running?\n");
+}
+
+TEST_F(Client, outputThatCannotBeWrittenIsAFailure)
+{
+    const root::Ended ended =
+        root::run({"/usr/bin/sh", "-c", root::built("vokctl") + " --help >/dev/full"});
+    EXPECT_EQ(ended.exitCode, 8);
+    EXPECT_EQ(ended.errors, "vokctl: cannot write to standard output\n");
 }
 
 } // namespace

@@ -27,6 +27,54 @@ TEST_F(RawCommand, answerIsShownByItsBytesAndInWords)
               "");
 }
 
+TEST_F(RawCommand, refusalIsAnAnswerLikeAnyOther)
+{
+    expectEnd(vokctl({"raw", "lsts"}), 0,
+              "00000000  65 72 72 6f 20 04 00 00 ff                       |erro ....|\n"
+              "Read as error 0xFF000004: a script or a tool of the appliance has failed\n",
+              "");
+}
+
+TEST_F(RawCommand, statusIsReadInTheWordsOfItsCommand)
+{
+    const std::string answer =
+        "00000000  03 00 00 c1                                      |....|\n"
+        "Read as status 0xC1000003: the share's name does not have 1 to 64 bytes, or holds a "
+        "character that the appliance does not take\n";
+    expectEnd(vokctl({"raw", "gsp1", "--count", "1", "--line", ""}), 0, answer, "");
+    root::writeFile("/stubs/frame", "gsp1 " + le32(1) + "\n\n");
+    expectEnd(vokctl({"raw", "--frame", "/stubs/frame"}), 0, answer, "");
+}
+
+TEST_F(RawCommand, statusOfTheServicesOwnIsShown)
+{
+    root::stub("php", "read -r pid comm state ppid group rest </proc/self/stat; kill -9 $group");
+    expectEnd(vokctl({"raw", "lstu"}), 0,
+              "00000000  73 65 72 76 20 02 00 00 53 00                    |serv ...S.|\n"
+              "Read as \"serv\" with status 0x53000002: the request's process failed before it "
+              "answered\n",
+              "");
+}
+
+TEST_F(RawCommand, frameIsSentAsItStands)
+{
+    root::writeFile("/stubs/frame", "rtov#" + le32(2) + "\n" + std::string(4086, 'x'));
+    expectEnd(vokctl({"raw", "--frame", "/stubs/frame"}), 0,
+              "Read as empty: the command was ignored, is not known, or failed before it "
+              "answered\n",
+              "");
+}
+
+/// The same without a service: whatever is sent all the same ends with 3.
+class RawWithoutService : public RawCommand {
+  protected:
+    void SetUp() override { root::UntracedTest::SetUp(); }
+    void TearDown() override { root::UntracedTest::TearDown(); }
+
+    static constexpr const char* kAway = "vokctl: cannot reach the service at /tmp/socket: No such "
+                                         "file or directory. Is vokserve running?\n";
+};
+
 /// What a client sends to a socket, up to its end.
 std::string catchFrame(const std::vector<std::string>& arguments)
 {
@@ -52,7 +100,7 @@ std::string catchFrame(const std::vector<std::string>& arguments)
     return frame;
 }
 
-TEST_F(RawCommand, frameIsBuiltFromItsParts)
+TEST_F(RawWithoutService, frameIsBuiltFromItsParts)
 {
     EXPECT_EQ(catchFrame({"lstu"}), "lstu " + le32(0) + "\n");
     EXPECT_EQ(catchFrame({"shar", "--count", "4294967295"}), "shar " + le32(0xFFFFFFFF) + "\n");
@@ -62,21 +110,18 @@ TEST_F(RawCommand, frameIsBuiltFromItsParts)
               "sub1 " + le32(2) + "\nx\n" + std::string("\x01\x00\xFF\n", 4));
 }
 
-TEST_F(RawCommand, frameIsSentAsItStands)
+TEST_F(RawWithoutService, withoutAnAnswerThereIsNothingToShow)
 {
-    root::writeFile("/stubs/frame", "rtov#" + le32(2) + "\n" + std::string(4086, 'x'));
-    expectEnd(vokctl({"raw", "--frame", "/stubs/frame"}), 0,
-              "Read as empty: the command was ignored, is not known, or failed before it "
-              "answered\n",
-              "");
+    expectEnd(vokctl({"raw", "lstu"}), 3, "", kAway);
 }
 
-TEST_F(RawCommand, wrongUsageIsExplained)
+TEST_F(RawWithoutService, wrongUsageIsExplained)
 {
     const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
         {{"raw"}, "CODE: takes four characters, such as \"lstu\" (or use --frame)"},
         {{"raw", "abc"}, "CODE: takes four characters, such as \"lstu\" (or use --frame)"},
-        {{"raw", "lstu", "--hex", "0g"}, "--hex: takes pairs of hexadecimal digits, such as \"0aff\""},
+        {{"raw", "lstu", "--hex", "0g"},
+         "--hex: takes pairs of hexadecimal digits, such as \"0aff\""},
         {{"raw", "lstu", "--hex", "0aF"}, "--hex: has half a byte at its end"},
         {{"raw", "--frame", "/missing"}, "--frame: cannot read /missing"},
     };

@@ -63,7 +63,10 @@ class Request : public root::UntracedTest {
         root::UntracedTest::TearDown();
     }
 
-    static Connection connection(unsigned timeout = 20) { return {.socket = kSocket, .timeout = timeout}; }
+    static Connection connection(unsigned timeout = 20)
+    {
+        return {.socket = kSocket, .timeout = timeout};
+    }
 };
 
 TEST_F(Request, frameHasCodeBlankCountAndNewline)
@@ -97,8 +100,9 @@ TEST_F(Request, nobodyThereIsUnreachable)
 {
     const Reply reply = sendRequest(connection(), "x");
     EXPECT_EQ(reply.code, client::kUnreachable);
-    EXPECT_EQ(reply.complaint, "cannot reach the service at /tmp/socket: No such file or directory. "
-                               "Is vokserve running?");
+    EXPECT_EQ(reply.complaint,
+              "cannot reach the service at /tmp/socket: No such file or directory. "
+              "Is vokserve running?");
     root::writeFile(kSocket, "");
     EXPECT_EQ(sendRequest(connection(), "x").code, client::kUnreachable);
 }

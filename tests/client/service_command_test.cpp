@@ -18,19 +18,33 @@ TEST_F(ServiceCommand, restartStartsTheStatusService)
     EXPECT_EQ(root::readFile("/stubs/started"), "pelstatus\n");
 }
 
-TEST_F(ServiceCommand, answerThatMakesNoSenseIsSaid)
+TEST_F(ServiceCommand, requestThatCrashesIsSaid)
 {
     root::stub("ps", "read -r pid comm state ppid group rest </proc/self/stat; kill -9 $group");
-    const root::Ended ended = vokctl({"service", "restart"});
-    expectEnd(ended, 7, "",
-              "vokctl: the answer cannot be read; it is empty: the command was ignored, is not "
-              "known, or failed before it answered\n");
+    expectEnd(vokctl({"service", "restart"}), 7, "",
+              "vokctl: the request's process failed before it answered (0x53000002)\n");
 }
 
-TEST_F(ServiceCommand, wrongUsageEndsWithTwo)
+/// The same without a service: whatever is sent all the same ends with 3.
+class ServiceCommandWithoutService : public ServiceCommand {
+  protected:
+    void SetUp() override { root::UntracedTest::SetUp(); }
+    void TearDown() override { root::UntracedTest::TearDown(); }
+
+    static constexpr const char* kAway = "vokctl: cannot reach the service at /tmp/socket: No such "
+                                         "file or directory. Is vokserve running?\n";
+};
+
+TEST_F(ServiceCommandWithoutService, serviceThatIsAwayIsSaid)
+{
+    expectEnd(vokctl({"service", "restart"}), 3, "", kAway);
+}
+
+TEST_F(ServiceCommandWithoutService, wrongUsageEndsWithTwo)
 {
     EXPECT_EQ(vokctl({"service"}).exitCode, 2);
     EXPECT_EQ(vokctl({"service", "stop"}).exitCode, 2);
+    EXPECT_EQ(vokctl({"service", "restart", "extra"}).exitCode, 2);
 }
 
 } // namespace

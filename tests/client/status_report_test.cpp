@@ -8,8 +8,11 @@
 
 namespace {
 
+using client::makeJson;
+using client::readRecords;
 using client::readReport;
 using client::renderJson;
+using client::renderShares;
 using client::renderTable;
 using client::StatusReport;
 using root::le16;
@@ -189,6 +192,94 @@ TEST(StatusReport, jsonTellsNoSharesFromNoList)
   "shares": null
 }
 )");
+}
+
+// ---- Records alone ----------------------------------------------------------------------------
+
+TEST(StatusRecords, headersCountDoesNotMatter)
+{
+    const std::string records =
+        record(604, "K111820261", "Documents") + record(10, "G" + zeros(9), "Media");
+    for (const unsigned count : {0U, 1U, 2U, 3U, 10U, 256U, 65535U}) {
+        const auto rows = readRecords("gubr " + le16(count) + le16(500) + "\n" + records);
+        ASSERT_TRUE(rows) << count;
+        ASSERT_EQ(rows->size(), 2U) << count;
+        EXPECT_EQ(rows->at(0).name, "Documents");
+        EXPECT_EQ(rows->at(0).used->value, 604);
+        EXPECT_EQ(rows->at(0).used->unit, 'K');
+        EXPECT_EQ(rows->at(0).backupState, 1);
+        EXPECT_EQ(rows->at(0).backupDate, "2026-11-18");
+        EXPECT_EQ(rows->at(1).name, "Media");
+        EXPECT_EQ(rows->at(1).used->value, 10);
+        EXPECT_FALSE(rows->at(1).backupState);
+        EXPECT_FALSE(rows->at(1).backupDate);
+    }
+}
+
+TEST(StatusRecords, headerAloneHasNone)
+{
+    for (const unsigned count : {0U, 1U, 65535U}) {
+        const auto rows = readRecords(table(count, ""));
+        ASSERT_TRUE(rows) << count;
+        EXPECT_TRUE(rows->empty()) << count;
+    }
+}
+
+TEST(StatusRecords, headerCutAnywhereIsRefused)
+{
+    const std::string header = "gubr " + le16(1) + le16(500) + "\n";
+    for (std::size_t size = 0; size < header.size(); ++size) {
+        EXPECT_FALSE(readRecords(header.substr(0, size))) << size;
+    }
+}
+
+TEST(StatusRecords, recordsThatDoNotEndWithThePayloadAreRefused)
+{
+    const std::string first = table(2, record(604, "K111820261", "Documents"));
+    const std::string second = record(5, "M111820262", "Media");
+    for (std::size_t size = 1; size < second.size(); ++size) {
+        EXPECT_FALSE(readRecords(first + second.substr(0, size))) << size;
+    }
+    EXPECT_TRUE(readRecords(first + second));
+    EXPECT_FALSE(readRecords(first + second + "\n"));
+    EXPECT_FALSE(readRecords(table(1, record(5, "M111820262", std::string(65, 'n')))));
+}
+
+TEST(StatusRecords, asManyAsAnAnswerHolds)
+{
+    std::string records;
+    for (int i = 0; i < 314; ++i) {
+        records += record(1, "K111820261", "");
+    }
+    const auto rows = readRecords(table(0, records));
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(rows->size(), 314U);
+}
+
+TEST(StatusRecords, rowsAreATableOfTheirOwn)
+{
+    const auto rows = readRecords(
+        table(2, record(604, "K111820261", "Documents") + record(9, "G" + zeros(9), "Media")));
+    EXPECT_EQ(renderShares(*rows), "SHARE       USED  STATE  LAST BACKUP\n"
+                                   "Documents  604 K  1      2026-11-18\n"
+                                   "Media        9 G  -      -\n");
+    EXPECT_EQ(renderShares({}), "SHARE  USED  STATE  LAST BACKUP\n");
+}
+
+TEST(StatusRecords, rowsAreJsonOfTheirOwn)
+{
+    const auto rows = readRecords(table(1, record(604, "K111820261", "Documents")));
+    EXPECT_EQ(renderJson(makeJson(*rows)), R"([
+  {
+    "name": "Documents",
+    "used": 604,
+    "unit": "K",
+    "backup_state": 1,
+    "backup_date": "2026-11-18"
+  }
+]
+)");
+    EXPECT_EQ(renderJson(makeJson({})), "[]\n");
 }
 
 } // namespace

@@ -1,24 +1,59 @@
 // SPDX-License-Identifier: MIT
 //
 // "vokctl users" as people and scripts call it.
+#include <filesystem>
 #include <gtest/gtest.h>
 
 #include "tests/support/vokserve.h"
 
 namespace {
 
+using Strings = std::vector<std::string>;
+
+constexpr const char* kDone = "/stubs/done";
+
 class UsersCommand : public root::ServedTest {
   protected:
-    static void stubUsers(const std::vector<std::string>& names)
+    static void stubUsers(const Strings& names)
     {
         std::string answer;
         for (const std::string& name : names) {
             answer += "<username>" + name + "</username>\n";
         }
         root::writeFile("/stubs/users", answer);
-        root::stub("php", "cat /stubs/users >\"$3\"");
+        stubAddition("printf '<%s>' \"$@\" >>/stubs/done");
+    }
+
+    /// Has the user script do this when it is told to add somebody.
+    static void stubAddition(const std::string& script)
+    {
+        root::stub("php", "case $2 in\ntovGetUsers) cat /stubs/users >\"$3\" ;;\n*) " + script +
+                              " ;;\nesac");
+    }
+
+    /// Calls "vokctl users" with these bytes on standard input.
+    static root::Ended call(const std::string& command, const std::string& name,
+                            const std::string& input)
+    {
+        root::writeFile("/stubs/input", input);
+        return root::run({"/usr/bin/sh", "-c", "exec \"$@\" </stubs/input", "sh",
+                          root::built("vokctl"), "users", command, name, "--socket",
+                          "/tmp/socket"});
+    }
+
+    static root::Ended create(const std::string& name, const std::string& input)
+    {
+        return call("create", name, input);
+    }
+
+    static void expectRefusal(const std::string& name, const std::string& password,
+                              const std::string& sentence)
+    {
+        expectEnd(create(name, password + "\n"), 1, "", "vokctl: " + sentence + "\n");
     }
 };
+
+// ---- list -------------------------------------------------------------------------------------
 
 TEST_F(UsersCommand, namesComeOneALine)
 {
@@ -41,11 +76,13 @@ TEST_F(UsersCommand, hostileNamesNeverReachTheTerminalRaw)
 {
     stubUsers({"a\x1B[2Jz"});
     expectEnd(vokctl({"users", "list"}), 0, "a\\u{1b}[2Jz\n", "");
+    expectEnd(create("\xE2\x80\xAEtxt\x80", "secret\n"), 0, "",
+              "vokctl: the user \\u{202e}txt\\x80 was created\n");
 }
 
 TEST_F(UsersCommand, twoHundredNames)
 {
-    std::vector<std::string> names;
+    Strings names;
     std::string output;
     for (int i = 0; i < 200; ++i) {
         names.push_back("user" + std::to_string(i));
@@ -55,42 +92,206 @@ TEST_F(UsersCommand, twoHundredNames)
     expectEnd(vokctl({"users", "list"}), 0, output, "");
 }
 
-TEST_F(UsersCommand, refusalIsSaidInWords)
+TEST_F(UsersCommand, listIsRefusedInWords)
 {
-    // The list cannot be made where a folder stands in its place that is not empty; what is there is
-    // then read, and cannot be removed.
+    // The list cannot be made where a folder stands in its place that is not empty; what is there
+    // is then read, and cannot be removed.
     root::stub("php", ": >\"$3\"");
     ASSERT_EQ(root::run({"mkdir", "-p", "/tmp/vokcontrol.tmp/inside"}).exitCode, 0);
     expectEnd(vokctl({"users", "list"}), 1, "",
-              "vokctl: 0xFF000006: the appliance cannot remove its work file\n");
+              "vokctl: the appliance cannot remove its work file (0xFF000006)\n");
 }
 
-TEST_F(UsersCommand, handlerThatCrashesGivesAnAnswerThatCannotBeRead)
+// ---- create -----------------------------------------------------------------------------------
+
+TEST_F(UsersCommand, accountIsCreatedWithThePasswordFromStandardInput)
+{
+    stubUsers({"anna"});
+    expectEnd(create("carla", "a secret\nanother line\n"), 0, "",
+              "vokctl: the user carla was created\n");
+    EXPECT_EQ(root::readFile(kDone), "</etc/inc/api_user.php><tovAddUser><carla><a secret>");
+}
+
+TEST_F(UsersCommand, nameAndPasswordReachTheScriptByteForByte)
+{
+    stubUsers({"anna"});
+    const std::string name = "\xC3\x89\xFF .,_-+@%=:" + std::string(19, 'n');
+    const std::string password = " \xE9#&%$;|<>(){}[]*?!~^/" + std::string(10, 'p');
+    ASSERT_EQ(name.size(), 32U);
+    ASSERT_EQ(password.size(), 32U);
+    EXPECT_EQ(create(name, password).exitCode, 0);
+    EXPECT_EQ(root::readFile(kDone),
+              "</etc/inc/api_user.php><tovAddUser><" + name + "><" + password + ">");
+}
+
+TEST_F(UsersCommand, emptyPasswordIsAPassword)
+{
+    stubUsers({"anna"});
+    EXPECT_EQ(create("carla", "\n").exitCode, 0);
+    EXPECT_EQ(root::readFile(kDone), "</etc/inc/api_user.php><tovAddUser><carla><>");
+}
+
+TEST_F(UsersCommand, createIsRefusedInWordsBeforeAnythingIsDone)
+{
+    stubUsers({"anna"});
+    const std::string taken =
+        "a user of this name exists already, or the name is reserved (0x10000001)";
+    for (const char* name : {"anna", "guest", "Config", "LOST+FOUND"}) {
+        expectRefusal(name, "secret", taken);
+    }
+    expectRefusal(std::string(33, 'n'), "secret",
+                  "the user's name is longer than 32 bytes (0x10000002)");
+    expectRefusal("carla", std::string(33, 'p'),
+                  "the password is longer than 32 bytes (0x10000003)");
+    const std::string character = "the name or the password holds a character that the appliance "
+                                  "does not take, such as a quote (0xFF000003)";
+    for (const char* name : {"a'b", "a\"b", "a/b", "$(reboot)", "\x1B[2J"}) {
+        expectRefusal(name, "secret", character);
+    }
+    for (const char* password : {"a'b", "a\"b", "a\\b", "$(reboot)", "`reboot`", "\x1B[2J"}) {
+        expectRefusal("carla", password, character);
+    }
+    EXPECT_FALSE(root::exists(kDone));
+}
+
+TEST_F(UsersCommand, createSaysThatTheListOfUsersCannotBeMade)
+{
+    stubUsers({"anna"});
+    // The filtered list stands beside the script's own, with a 2 behind its name.
+    root::stub("php", "[ \"$2\" = tovGetUsers ] || exit 0\n"
+                      ": >\"${3}2\"; chmod 000 \"${3}2\"");
+    expectRefusal("carla", "secret", "the appliance cannot tell which users it has (0xFF000004)");
+}
+
+TEST_F(UsersCommand, createSaysThatTheScriptHasRefused)
+{
+    stubUsers({"anna"});
+    stubAddition("exit 1");
+    expectRefusal("carla", "secret",
+                  "the appliance's user script would not create this user (0x10000005)");
+}
+
+// ---- verify -----------------------------------------------------------------------------------
+
+/// "wall" reads its file where the appliance keeps it, so that the file is put there.
+class UsersVerify : public UsersCommand {
+  protected:
+    static constexpr const char* kPasswordFile = "/usr/private/smbpasswd";
+
+    void SetUp() override
+    {
+        UsersCommand::SetUp();
+        const std::string noHash(32, 'X');
+        // The well-known hashes of "password" and of nothing.
+        root::writeFile(kPasswordFile, "carla:1001:" + noHash +
+                                           ":8846F7EAEE8FB117AD06BDD830B7586C:[U          ]:"
+                                           "LCT-6B018D2C:\nempty:1002:" +
+                                           noHash +
+                                           ":31D6CFE0D16AE931B73C59D7E0C089C0:[U          ]:"
+                                           "LCT-6B018D2C:\n");
+    }
+
+    void TearDown() override
+    {
+        std::filesystem::remove(kPasswordFile);
+        UsersCommand::TearDown();
+    }
+};
+
+TEST_F(UsersVerify, rightPasswordIsSaidToBeRight)
+{
+    const std::string good = "vokctl: the password is right\n";
+    expectEnd(call("verify", "carla", "password\nanother line\n"), 0, "", good);
+    expectEnd(call("verify", "CARLA", "password"), 0, "", good);
+    expectEnd(call("verify", "empty", "\n"), 0, "", good);
+}
+
+TEST_F(UsersVerify, wrongPasswordIsNotToldFromAnUnknownUser)
+{
+    const std::string refusal = "vokctl: the password is not this user's, or there is no such "
+                                "user, or no password file (0x00000001)\n";
+    expectEnd(call("verify", "carla", "Password\n"), 1, "", refusal);
+    expectEnd(call("verify", "carla", "\n"), 1, "", refusal);
+    expectEnd(call("verify", "nobody", "password\n"), 1, "", refusal);
+    std::filesystem::remove(kPasswordFile);
+    expectEnd(call("verify", "carla", "password\n"), 1, "", refusal);
+}
+
+// ---- All of them
+// -------------------------------------------------------------------------------------
+
+TEST_F(UsersCommand, handlerThatCrashesIsSaid)
 {
     root::stub("php", "read -r pid comm state ppid group rest </proc/self/stat; kill -9 $group");
-    expectEnd(vokctl({"users", "list"}), 7, "",
-              "vokctl: the answer cannot be read; it is empty: the command was ignored, is not "
-              "known, or failed before it answered\n");
-}
-
-TEST_F(UsersCommand, unreachableServiceAndWrongUsage)
-{
-    const root::Ended away =
-        root::run({root::built("vokctl"), "users", "list", "--socket", "/tmp/none"});
-    expectEnd(away, 3, "",
-              "vokctl: cannot reach the service at /tmp/none: No such file or directory. Is vokserve "
-              "running?\n");
-    EXPECT_EQ(vokctl({"users"}).exitCode, 2);
-    EXPECT_EQ(vokctl({"users", "list", "extra"}).exitCode, 2);
-    EXPECT_EQ(vokctl({"users", "list", "--timeout", "0"}).exitCode, 2);
+    const std::string complaint =
+        "vokctl: the request's process failed before it answered (0x53000002)\n";
+    expectEnd(vokctl({"users", "list"}), 7, "", complaint);
+    expectEnd(create("carla", "secret\n"), 7, "", complaint);
 }
 
 TEST_F(UsersCommand, slowApplianceIsWaitedForSoLong)
 {
     root::stub("php", "sleep 3");
-    expectEnd(vokctl({"users", "list", "--timeout", "1"}), 5, "",
-              "vokctl: the service has not answered within 1 seconds. It may be busy; try again, or "
-              "raise --timeout.\n");
+    expectEnd(
+        vokctl({"users", "list", "--timeout", "1"}), 5, "",
+        "vokctl: the service has not answered within 1 seconds. It may be busy; try again, or "
+        "raise --timeout.\n");
+}
+
+// ---- Without a service ------------------------------------------------------------------------
+
+/// The same without a service: whatever is sent all the same ends with 3.
+class UsersWithoutService : public UsersCommand {
+  protected:
+    void SetUp() override { root::UntracedTest::SetUp(); }
+    void TearDown() override { root::UntracedTest::TearDown(); }
+
+    static constexpr const char* kAway = "vokctl: cannot reach the service at /tmp/socket: No such "
+                                         "file or directory. Is vokserve running?\n";
+};
+
+TEST_F(UsersWithoutService, newlineOrZeroByteIsWrongUsage)
+{
+    const std::string complaint = "vokctl: a name or a value cannot hold a newline\n";
+    for (const char* command : {"create", "verify"}) {
+        expectEnd(call(command, "car\nla", "secret\n"), 2, "", complaint);
+        expectEnd(call(command, "carla", std::string("sec\0ret\n", 8)), 2, "", complaint);
+    }
+}
+
+TEST_F(UsersWithoutService, withoutAPasswordNothingIsSent)
+{
+    for (const char* command : {"create", "verify"}) {
+        expectEnd(call(command, "carla", ""), 2, "",
+                  "vokctl: no password came on standard input\n");
+    }
+}
+
+TEST_F(UsersWithoutService, serviceThatIsAwayIsSaid)
+{
+    expectEnd(vokctl({"users", "list"}), 3, "", kAway);
+    expectEnd(call("create", "carla", "secret\n"), 3, "", kAway);
+    expectEnd(call("verify", "carla", "secret\n"), 3, "", kAway);
+}
+
+TEST_F(UsersWithoutService, wrongUsageEndsWithTwo)
+{
+    const std::vector<Strings> calls = {
+        {"users"},
+        {"users", "unknown"},
+        {"users", "list", "extra"},
+        {"users", "list", "--timeout", "0"},
+        {"users", "create"},
+        {"users", "create", "carla", "secret"},
+        {"users", "verify"},
+        {"users", "verify", "carla", "secret"},
+    };
+    for (const Strings& call : calls) {
+        const root::Ended ended = vokctl(call);
+        EXPECT_EQ(ended.exitCode, 2) << testing::PrintToString(call);
+        EXPECT_EQ(ended.output, "");
+        EXPECT_NE(ended.errors, "");
+    }
 }
 
 } // namespace

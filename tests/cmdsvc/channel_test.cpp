@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cmdsvc/channel.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -147,6 +148,148 @@ TEST_F(Channel, exitThatKeepsItsFileOnlyRemovesItWhereOneIsOpen)
     EXPECT_FALSE(root::exists(cmdsvc::kWorkFile));
     EXPECT_NE(cmdsvc::currentFile(), nullptr);
     EXPECT_EQ(watch::calls(), (Lines(2, trace("exiting with error 0x00000003"))));
+}
+
+// ---- Parameter lines --------------------------------------------------------------------------
+
+class ParameterLine : public Channel {
+  protected:
+    /// Puts bytes into the request, at its start and with zeros behind them.
+    static void put(std::string_view bytes)
+    {
+        std::ranges::fill(fin_buf, '\0');
+        bytes.copy(std::data(fin_buf), std::size(fin_buf));
+        ASSERT_TRUE(cmdsvc::openChannel(7));
+    }
+
+    /// Reads the next line; what the request line holds as text.
+    static std::string next()
+    {
+        cmdsvc::readParameterLine();
+        return cmdsvc::requestLine.data();
+    }
+
+    /// What the request line holds, whole.
+    static std::string whole() { return {cmdsvc::requestLine.data(), cmdsvc::requestLine.size()}; }
+
+    static void hold(std::string_view bytes)
+    {
+        cmdsvc::requestLine.fill('\0');
+        bytes.copy(cmdsvc::requestLine.data(), cmdsvc::requestLine.size());
+    }
+
+    /// Cuts a newline, and compares what is left, zeros and all.
+    static void expectCut(std::string_view bytes, bool isCut, std::string_view left)
+    {
+        hold(left);
+        const std::string expected = whole();
+        hold(bytes);
+        EXPECT_EQ(cmdsvc::cutNewline(), isCut) << bytes;
+        EXPECT_EQ(whole(), expected) << bytes;
+    }
+};
+
+TEST_F(ParameterLine, linesFollowOneAnotherWithTheirNewlines)
+{
+    put("first\n\nthe third\n\xC3\xA9lise\r\n");
+    EXPECT_EQ(next(), "first\n");
+    EXPECT_EQ(next(), "\n");
+    EXPECT_EQ(next(), "the third\n");
+    EXPECT_EQ(next(), "\xC3\xA9lise\r\n");
+}
+
+TEST_F(ParameterLine, lineIsReadBehindTheRequestsFirst)
+{
+    put("pshr \x03" + std::string(3, '\0') + "\nMedia\n");
+    cmdsvc::readRequestLine();
+    EXPECT_EQ(next(), "Media\n");
+}
+
+TEST_F(ParameterLine, whatHasBeenReadBeforeDoesNotShow)
+{
+    put("ab\n");
+    hold("a line that was longer\n");
+    EXPECT_EQ(next(), "ab\n");
+}
+
+TEST_F(ParameterLine, lineThatIsNotThereReadsAsAnEmptyText)
+{
+    // Zeros are behind a request; they are bytes, too.
+    put("anna\n");
+    EXPECT_EQ(next(), "anna\n");
+    EXPECT_EQ(next(), "");
+}
+
+TEST_F(ParameterLine, lineWithoutItsNewlineReadsAsItsText)
+{
+    put("anna");
+    EXPECT_EQ(next(), "anna");
+}
+
+TEST_F(ParameterLine, zeroByteEndsTheTextButNotTheLine)
+{
+    put(std::string("an\0na\nbob\n", 10));
+    EXPECT_EQ(next(), "an");
+    EXPECT_EQ(whole().substr(0, 7), std::string("an\0na\n\0", 7));
+    EXPECT_EQ(next(), "bob\n");
+}
+
+TEST_F(ParameterLine, longLineIsReadInPiecesOf4094Bytes)
+{
+    put(std::string(4094, 'n') + "m\n");
+    hold(std::string(4096, '#'));
+    cmdsvc::readParameterLine();
+    EXPECT_EQ(whole(), std::string(4094, 'n') + '\0' + '#');
+    EXPECT_EQ(next(), "m\n");
+}
+
+TEST_F(ParameterLine, newlineOfTheLongestWholeLineIsRead)
+{
+    put(std::string(4093, 'n') + "\nm\n");
+    EXPECT_EQ(next(), std::string(4093, 'n') + "\n");
+    EXPECT_EQ(next(), "m\n");
+}
+
+TEST_F(ParameterLine, requestLineStaysWhereNothingIsLeft)
+{
+    put(std::string(4094, 'n') + "m\n");
+    EXPECT_EQ(next(), std::string(4094, 'n'));
+    EXPECT_EQ(next(), "m\n");
+    const std::string before = whole();
+    cmdsvc::readParameterLine();
+    EXPECT_EQ(whole(), before);
+    hold("anna");
+    EXPECT_EQ(next(), "anna");
+}
+
+TEST_F(ParameterLine, newlineAtTheEndIsCut)
+{
+    expectCut("anna\n", true, "anna");
+    expectCut("\n", true, "");
+    expectCut("anna\r\n", true, "anna\r");
+    expectCut(std::string(4094, 'n') + "\n", true, std::string(4094, 'n'));
+}
+
+TEST_F(ParameterLine, oneNewlineIsCutAndNoMore)
+{
+    expectCut("anna\n\n", true, "anna\n");
+    expectCut("\n\n", true, "\n");
+}
+
+TEST_F(ParameterLine, textThatEndsOtherwiseIsLeftAlone)
+{
+    expectCut("", false, "");
+    expectCut("anna", false, "anna");
+    expectCut("anna\r", false, "anna\r");
+    expectCut("an\nna", false, "an\nna");
+}
+
+TEST_F(ParameterLine, newlineBehindAZeroByteIsNotSeen)
+{
+    const std::string line("an\0na\n", 6);
+    expectCut(line, false, line);
+    expectCut(std::string("\0\n", 2), false, std::string("\0\n", 2));
+    expectCut(std::string("an\n\0na\n", 7), true, std::string("an\0\0na\n", 7));
 }
 
 } // namespace

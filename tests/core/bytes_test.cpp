@@ -42,4 +42,12 @@ TEST(Bytes, alphanumericIsWhatTheCLocaleSaysForEveryByte)
     }
 }
 
+TEST(Bytes, upperCaseIsWhatTheCLocaleSaysForEveryByte)
+{
+    for (int value = 0; value < 256; ++value) {
+        EXPECT_EQ(core::byteOf(core::toAsciiUpper(static_cast<char>(value))), std::toupper(value))
+            << value;
+    }
+}
+
 } // namespace

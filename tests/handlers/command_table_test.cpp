@@ -10,6 +10,13 @@ TEST(CommandTable, twentyNineCommandsAreKnown)
     EXPECT_EQ(cmdsvc::commandTable().size(), 29U);
 }
 
+TEST(CommandTable, everyCommandIsServed)
+{
+    for (const cmdsvc::CommandRow& row : cmdsvc::commandTable()) {
+        EXPECT_NE(row.handler, nullptr) << row.code;
+    }
+}
+
 TEST(CommandTable, countRules)
 {
     for (int count = 0; count < 256; ++count) {

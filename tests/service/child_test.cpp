@@ -6,7 +6,8 @@
 #include <asio/use_future.hpp>
 #include <chrono>
 #include <csignal>
-#include <filesystem>
+#include <cstdlib>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -24,17 +25,64 @@ using service::Outcome;
 using std::chrono::seconds;
 using Clock = std::chrono::steady_clock;
 
+constexpr std::uint32_t kTimedOut = 0x53000001;
+constexpr std::uint32_t kFailed = 0x53000002;
+constexpr std::uint32_t kNotStarted = 0x53000003;
+
+/// What a client gets where there is no answer of the command's.
+std::string serviceStatus(std::uint32_t code)
+{
+    return "serv " + le32(code) + std::string(1, '\0');
+}
+
+/// What a stub does to the child that it belongs to.
+std::string killChild(const std::string& signal)
+{
+    return "read -r pid comm state ppid group rest </proc/self/stat; kill -" + signal + " $group";
+}
+
+/// Whether a process is gone after a while.
+bool hasEnded(int process)
+{
+    for (int tries = 0; tries < 500 && ::kill(process, 0) == 0; ++tries) {
+        ::usleep(10000);
+    }
+    return ::kill(process, 0) != 0;
+}
+
 class ServiceChild : public root::Test {
   protected:
-    static Outcome run(const std::string& request, int number = 5, seconds timeout = seconds(20))
+    /// Where this root's stubs stand before its commands.
+    static std::string path() { return std::getenv("PATH"); }
+
+    static Outcome finish(Child& child, seconds timeout = seconds(20))
     {
         asio::io_context context;
-        Child child(request, number);
         auto future = asio::co_spawn(context, child.finish(timeout), asio::use_future);
         context.run();
         return future.get();
     }
+
+    static Outcome run(const std::string& request, int number = 5, seconds timeout = seconds(20))
+    {
+        Child child(request, number, path());
+        return finish(child, timeout);
+    }
 };
+
+TEST(ServiceOutcome, everyEndOfTheServicesMakingHasItsOwnAnswer)
+{
+    EXPECT_EQ(service::makeOutcome(Ending::kTimedOut).answer, serviceStatus(kTimedOut));
+    EXPECT_EQ(service::makeOutcome(Ending::kFailed).answer, serviceStatus(kFailed));
+    EXPECT_EQ(service::makeOutcome(Ending::kNotStarted).answer, serviceStatus(kNotStarted));
+    EXPECT_EQ(service::makeOutcome(Ending::kTimedOut).answer.size(), 10U);
+    for (const Ending ending : {Ending::kFinished, Ending::kFailed, Ending::kTimedOut,
+                                Ending::kNotStarted, Ending::kRefused}) {
+        EXPECT_EQ(service::makeOutcome(ending).ending, ending);
+    }
+    EXPECT_EQ(service::makeOutcome(Ending::kFinished).answer, "");
+    EXPECT_EQ(service::makeOutcome(Ending::kRefused).answer, "");
+}
 
 TEST_F(ServiceChild, answerIsCollectedAndItsFileRemoved)
 {
@@ -54,8 +102,15 @@ TEST_F(ServiceChild, emptyAnswerIsOne)
 TEST_F(ServiceChild, answerOfAnEarlierServiceIsNeverCollected)
 {
     root::writeFile("/tmp/outbuf5", "old");
-    root::stub("php", "read -r pid comm state ppid group rest </proc/self/stat; kill -9 $group");
-    EXPECT_EQ(run(frame("lstu", 0)).answer, "");
+    root::stub("php", killChild("KILL"));
+    EXPECT_EQ(run(frame("lstu", 0)).answer, serviceStatus(kFailed));
+    EXPECT_FALSE(root::exists("/tmp/outbuf5"));
+}
+
+TEST_F(ServiceChild, answerThatACrashCutsShortIsNotCollected)
+{
+    root::stub("php", "printf 'lsut ' >/tmp/outbuf5; " + killChild("KILL"));
+    EXPECT_EQ(run(frame("lstu", 0)).answer, serviceStatus(kFailed));
     EXPECT_FALSE(root::exists("/tmp/outbuf5"));
 }
 
@@ -65,15 +120,75 @@ TEST_F(ServiceChild, largestRequestArrivesWhole)
     EXPECT_EQ(outcome.ending, Ending::kFinished);
 }
 
-TEST_F(ServiceChild, requestFindsACleanProcess)
+TEST_F(ServiceChild, requestFindsItsFolderAndItsStreams)
 {
-    root::stub("php", "{ echo \"folder $(pwd)\"; echo \"in $(readlink /proc/self/fd/0)\";"
-                      " for fd in 3 4 5 6 7 8 9; do [ ! -e /proc/$$/fd/$fd ] || echo \"open $fd\"; done;"
-                      " } >/stubs/seen; echo noise >&2; : >\"$3\"");
-    const int stray = ::dup(STDIN_FILENO);
+    root::stub("php", "{ pwd; readlink /proc/$$/fd/0; readlink /proc/$PPID/fd/1;"
+                      " readlink /proc/$PPID/fd/2; } >/stubs/seen; echo noise >&2; : >\"$3\"");
     EXPECT_EQ(run(frame("lstu", 0)).answer, "lsut " + le32(0) + "\n");
-    ::close(stray);
-    EXPECT_EQ(root::readFile("/stubs/seen"), "folder /tmp\nin /dev/null\n");
+    EXPECT_EQ(root::readFile("/stubs/seen"), "/tmp\n/dev/null\n/dev/null\n/dev/null\n");
+}
+
+TEST_F(ServiceChild, requestInheritsNoDescriptor)
+{
+    // The listing has a descriptor of its own, the lowest that is free.
+    root::stub("php", "ls /proc/self/fd >/stubs/seen; : >\"$3\"");
+    std::vector<int> strays;
+    for (int i = 0; i < 300; ++i) {
+        strays.push_back(::dup(STDIN_FILENO));
+    }
+    strays.push_back(::fcntl(STDIN_FILENO, F_DUPFD, 900));
+    EXPECT_EQ(run(frame("lstu", 0)).answer, "lsut " + le32(0) + "\n");
+    for (const int stray : strays) {
+        ::close(stray);
+    }
+    EXPECT_EQ(root::readFile("/stubs/seen"), "0\n1\n2\n3\n");
+}
+
+TEST_F(ServiceChild, requestFindsACleanEnvironment)
+{
+    root::stub("php", "tr '\\0' '\\n' </proc/$$/environ | sort >/stubs/seen; : >\"$3\"");
+    const std::vector<std::pair<const char*, const char*>> inherited = {
+        {"ENV", "/stubs/evil"},    {"BASH_ENV", "/stubs/evil"}, {"IFS", "/"},
+        {"LANG", "de_DE.UTF-8"},   {"LC_ALL", "de_DE.UTF-8"},   {"SECRET", "word"},
+        {"HOME", "/home/somebody"}};
+    for (const auto& [name, value] : inherited) {
+        ::setenv(name, value, 1);
+    }
+    Child child(frame("lstu", 0), 5, "/stubs:/usr/bin");
+    const Outcome outcome = finish(child);
+    for (const auto& [name, value] : inherited) {
+        ::unsetenv(name);
+    }
+    EXPECT_EQ(outcome.ending, Ending::kFinished);
+    EXPECT_EQ(root::readFile("/stubs/seen"), "HOME=/\nLC_ALL=C\nPATH=/stubs:/usr/bin\nPWD=/tmp\n")
+        << "the shell adds its folder";
+}
+
+TEST_F(ServiceChild, programsAreLookedForInTheSystemsFoldersUnlessToldOtherwise)
+{
+    root::stub("ps", "echo grep pelstatus");
+    root::stub("startapp", ": >/stubs/started");
+    root::stub("php", "echo \"$PATH\" >/stubs/seen; : >\"$3\"");
+    Child usual(frame("lstu", 0), 5);
+    EXPECT_EQ(finish(usual).ending, Ending::kFinished);
+    EXPECT_EQ(root::readFile("/stubs/seen"), std::string(service::kDefaultPath) + "\n");
+    Child elsewhere(frame("sgss", 0), 5);
+    EXPECT_EQ(finish(elsewhere).ending, Ending::kFinished);
+    EXPECT_FALSE(root::exists("/stubs/started"))
+        << "this root's stubs are no programs of the system's";
+    run(frame("sgss", 0));
+    EXPECT_TRUE(root::exists("/stubs/started"));
+}
+
+TEST_F(ServiceChild, requestIsAProcessGroupOfItsOwn)
+{
+    root::stub("php", "read -r pid comm state ppid group rest </proc/self/stat;"
+                      " echo \"$group\" >/stubs/seen; : >\"$3\"");
+    run(frame("lstu", 0));
+    const int group = std::stoi(root::readFile("/stubs/seen"));
+    EXPECT_NE(group, ::getpgrp());
+    EXPECT_NE(group, ::getpid());
+    EXPECT_GT(group, 1);
 }
 
 TEST_F(ServiceChild, signalsHaveTheirMeaning)
@@ -88,39 +203,57 @@ TEST_F(ServiceChild, signalsHaveTheirMeaning)
     EXPECT_EQ(std::stoull(seen.substr(7), nullptr, 16) & kStandardSignals, 0U) << seen;
 }
 
-TEST_F(ServiceChild, crashIsAFailureWithoutAnAnswer)
+TEST_F(ServiceChild, crashIsAFailureThatIsSaid)
 {
-    for (const char* signal : {"SEGV", "KILL", "ABRT"}) {
-        root::stub("php", "read -r pid comm state ppid group rest </proc/self/stat; kill -" +
-                              std::string(signal) + " $group; sleep 1");
+    for (const char* signal : {"SEGV", "KILL", "ABRT", "TERM", "BUS", "FPE"}) {
+        root::stub("php", killChild(signal) + "; sleep 1");
         const Outcome outcome = run(frame("lstu", 0));
         EXPECT_EQ(outcome.ending, Ending::kFailed) << signal;
-        EXPECT_EQ(outcome.answer, "");
+        EXPECT_EQ(outcome.answer, serviceStatus(kFailed)) << signal;
     }
 }
 
 TEST_F(ServiceChild, hangEndsWithAllThatItStarted)
 {
-    root::stub("php", "echo $$ >/stubs/script; sleep 1000");
+    // One in the background, one that will not listen, and the script itself.
+    root::stub("php", "sleep 1000 & echo $! >/stubs/background;"
+                      " sh -c 'trap \"\" TERM INT HUP; echo $$ >/stubs/deaf; sleep 1000' &"
+                      " echo $$ >/stubs/script; sleep 1000");
     const auto start = Clock::now();
     const Outcome outcome = run(frame("lstu", 0), 5, seconds(1));
     EXPECT_EQ(outcome.ending, Ending::kTimedOut);
-    EXPECT_EQ(outcome.answer, "");
+    EXPECT_EQ(outcome.answer, serviceStatus(kTimedOut));
+    EXPECT_GE(Clock::now() - start, seconds(1));
     EXPECT_LT(Clock::now() - start, seconds(10));
-    const int script = std::stoi(root::readFile("/stubs/script"));
-    for (int tries = 0; tries < 100 && ::kill(script, 0) == 0; ++tries) {
-        ::usleep(10000);
+    for (const char* file : {"/stubs/background", "/stubs/deaf", "/stubs/script"}) {
+        EXPECT_TRUE(hasEnded(std::stoi(root::readFile(file)))) << file;
     }
-    EXPECT_NE(::kill(script, 0), 0) << "the script has ended, too";
+    EXPECT_FALSE(root::exists("/tmp/outbuf5"));
+}
+
+TEST_F(ServiceChild, childThatNobodyWaitsForEndsWithItsOwner)
+{
+    root::stub("php", "echo $$ >/stubs/script; sleep 1000");
+    {
+        const Child child(frame("lstu", 0), 5, path());
+        ASSERT_TRUE(child.hasStarted());
+        for (int tries = 0; tries < 500 && root::readFile("/stubs/script").empty(); ++tries) {
+            ::usleep(10000);
+        }
+    }
+    EXPECT_TRUE(hasEnded(std::stoi(root::readFile("/stubs/script"))));
 }
 
 TEST_F(ServiceChild, whatItLeavesRunningIsNotWaitedFor)
 {
     root::stub("ps", "echo grep pelstatus");
-    root::stub("startapp", "sleep 30 &");
+    root::stub("startapp", "sleep 30 & echo $! >/stubs/service");
     const auto start = Clock::now();
     EXPECT_EQ(run(frame("sgss", 0)).answer, le32(0));
     EXPECT_LT(Clock::now() - start, seconds(10));
+    const int service = std::stoi(root::readFile("/stubs/service"));
+    EXPECT_EQ(::kill(service, 0), 0) << "a good end leaves a service alone";
+    ::kill(service, SIGKILL);
 }
 
 TEST_F(ServiceChild, withoutADescriptorLeftItIsNotStarted)
@@ -136,7 +269,9 @@ TEST_F(ServiceChild, withoutADescriptorLeftItIsNotStarted)
     EXPECT_FALSE(child.hasStarted());
     auto future = asio::co_spawn(context, child.finish(seconds(1)), asio::use_future);
     context.run();
-    EXPECT_EQ(future.get().ending, Ending::kNotStarted);
+    const Outcome outcome = future.get();
+    EXPECT_EQ(outcome.ending, Ending::kNotStarted);
+    EXPECT_EQ(outcome.answer, serviceStatus(kNotStarted));
 }
 
 } // namespace

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "service/listener.h"
 
+#include <cerrno>
 #include <cstdlib>
-#include <filesystem>
 #include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -18,14 +21,33 @@ using service::Listener;
 
 constexpr const char* kPath = "/tmp/socket";
 
+/// What the next change of a file's owner is answered with, instead of being made: only the real
+/// root may give files away.
+struct OwnerChange {
+    int error; ///< 0 for success
+    std::string path = {};
+    uid_t user = 0;
+    gid_t group = 0;
+    mode_t modeThen = 0;
+};
+
+OwnerChange* ownerChange = nullptr;
+
 class SocketListener : public root::Test {
   protected:
     asio::io_context context;
 
-    [[nodiscard]] std::string complaint(const std::string& path)
+    void TearDown() override
+    {
+        ownerChange = nullptr;
+        root::Test::TearDown();
+    }
+
+    [[nodiscard]] std::string complaint(const std::string& path,
+                                        std::optional<gid_t> group = std::nullopt)
     {
         try {
-            const Listener listener(context, path);
+            const Listener listener(context, path, group);
         } catch (const std::runtime_error& error) {
             return error.what();
         }
@@ -51,11 +73,51 @@ TEST_F(SocketListener, ownSocketIsForOwnerAndGroupAndGoesWithTheListener)
     EXPECT_FALSE(root::exists(kPath));
 }
 
+TEST_F(SocketListener, ownSocketIsGivenToItsGroup)
+{
+    OwnerChange change{0};
+    ownerChange = &change;
+    const Listener listener(context, kPath, 4242);
+    EXPECT_EQ(change.path, std::string(kPath) + "~");
+    EXPECT_EQ(change.user, static_cast<uid_t>(-1)) << "its owner stays";
+    EXPECT_EQ(change.group, 4242U);
+    EXPECT_EQ(change.modeThen, 0660U) << "it was never open to others";
+    EXPECT_TRUE(canConnect(kPath));
+    EXPECT_EQ(std::filesystem::status(kPath).permissions(), std::filesystem::perms(0660));
+}
+
+TEST_F(SocketListener, withoutAGroupTheOwnerIsLeftAlone)
+{
+    OwnerChange change{0};
+    ownerChange = &change;
+    const Listener listener(context, kPath);
+    EXPECT_EQ(change.path, "");
+}
+
+TEST_F(SocketListener, socketThatCannotBeGivenAwayIsNotLeftBehind)
+{
+    OwnerChange change{EPERM};
+    ownerChange = &change;
+    EXPECT_EQ(complaint(kPath, 4242), "cannot listen on /tmp/socket: Operation not permitted");
+    EXPECT_EQ(change.path, std::string(kPath) + "~");
+    EXPECT_FALSE(root::exists(kPath));
+}
+
+TEST_F(SocketListener, socketIsClosedToOthersWhateverTheMask)
+{
+    const mode_t mask = ::umask(0);
+    {
+        const Listener listener(context, kPath);
+        EXPECT_EQ(std::filesystem::status(kPath).permissions(), std::filesystem::perms(0660));
+    }
+    EXPECT_EQ(::umask(mask), 0U) << "the mask is as it was";
+}
+
 TEST_F(SocketListener, socketThatNobodyListensOnIsReplaced)
 {
     {
-        asio::local::stream_protocol::acceptor dead(
-            context, asio::local::stream_protocol::endpoint(kPath));
+        asio::local::stream_protocol::acceptor dead(context,
+                                                    asio::local::stream_protocol::endpoint(kPath));
     }
     ASSERT_TRUE(root::exists(kPath));
     const Listener listener(context, kPath);
@@ -73,7 +135,7 @@ TEST_F(SocketListener, anotherServiceIsLeftAlone)
 TEST_F(SocketListener, fileInItsPlaceIsLeftAlone)
 {
     root::writeFile(kPath, "precious");
-    EXPECT_EQ(complaint(kPath), "cannot listen on /tmp/socket: Address already in use");
+    EXPECT_EQ(complaint(kPath), "cannot listen on /tmp/socket: File exists");
     EXPECT_EQ(root::readFile(kPath), "precious");
 }
 
@@ -99,7 +161,10 @@ TEST_F(SocketListener, handedOverSocketIsUsedAndStays)
     ::setenv("LISTEN_FDS", "1", 1);
     ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);
     {
-        Listener listener(context, "/tmp/other");
+        OwnerChange change{0};
+        ownerChange = &change;
+        Listener listener(context, "/tmp/other", 4242);
+        EXPECT_EQ(change.path, "") << "who may use it is systemd's affair";
         EXPECT_EQ(std::getenv("LISTEN_FDS"), nullptr) << "children were not handed anything";
         EXPECT_TRUE(canConnect(kPath));
         EXPECT_FALSE(root::exists("/tmp/other"));
@@ -113,6 +178,16 @@ TEST_F(SocketListener, handedOverSocketIsUsedAndStays)
     ::close(handed);
 }
 
+TEST_F(SocketListener, moreThanOneSocketIsNotTaken)
+{
+    ::setenv("LISTEN_FDS", "2", 1);
+    ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);
+    const Listener listener(context, kPath);
+    EXPECT_TRUE(canConnect(kPath));
+    ::unsetenv("LISTEN_FDS");
+    ::unsetenv("LISTEN_PID");
+}
+
 TEST_F(SocketListener, socketForAnotherProcessIsNotTaken)
 {
     ::setenv("LISTEN_FDS", "1", 1);
@@ -124,3 +199,15 @@ TEST_F(SocketListener, socketForAnotherProcessIsNotTaken)
 }
 
 } // namespace
+
+extern "C" int chown(const char* path, uid_t user, gid_t group) noexcept
+{
+    if (ownerChange == nullptr) {
+        return static_cast<int>(::syscall(SYS_fchownat, AT_FDCWD, path, user, group, 0));
+    }
+    struct stat status = {};
+    ::stat(path, &status);
+    *ownerChange = {ownerChange->error, path, user, group, status.st_mode & 07777U};
+    errno = ownerChange->error;
+    return (ownerChange->error == 0) ? 0 : -1;
+}

@@ -17,9 +17,9 @@ const Outcome kNothing{Ending::kFinished, ""};
 
 TEST(Log, lineHasNumberCommandCountSizeAndTime)
 {
-    EXPECT_EQ(describe(12, frame("lstu", 0), {Ending::kFinished, std::string(25, 'x')},
-                       milliseconds(31)),
-              "12 lstu count=0 answer=25 ms=31");
+    EXPECT_EQ(
+        describe(12, frame("lstu", 0), {Ending::kFinished, std::string(25, 'x')}, milliseconds(31)),
+        "12 lstu count=0 answer=25 ms=31");
 }
 
 TEST(Log, lineNeverHoldsAParameter)
@@ -51,6 +51,16 @@ TEST(Log, badEndIsSaid)
               "1 gubs count=0 answer=0 ms=5 (took too long and was ended)");
     EXPECT_EQ(describe(1, frame("gubs", 0), {Ending::kNotStarted, ""}, milliseconds(5)),
               "1 gubs count=0 answer=0 ms=5 (could not be started)");
+    EXPECT_EQ(
+        describe(1, frame("crat", 2, "anna\n$(id)\n"), {Ending::kRefused, "word"}, milliseconds(0)),
+        "1 crat count=2 answer=4 ms=0 (refused)");
+}
+
+TEST(Log, answersOfTheServicesOwnAreCountedLikeOthers)
+{
+    EXPECT_EQ(
+        describe(3, frame("lstu", 0), service::makeOutcome(Ending::kTimedOut), milliseconds(60001)),
+        "3 lstu count=0 answer=10 ms=60001 (took too long and was ended)");
 }
 
 TEST(Log, lineIsWrittenInOnePiece)

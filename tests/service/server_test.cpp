@@ -4,15 +4,19 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <memory>
 #include <optional>
 #include <sstream>
 #include <sys/resource.h>
-#include <sys/socket.h>
-#include <sys/un.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/service/socket_client.h"
 #include "tests/support/request.h"
 #include "tests/support/root.h"
 #include "vokcontrol.h"
@@ -22,61 +26,21 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using request::frame;
 using root::le32;
+using socketclient::Client;
+using socketclient::exchange;
+using socketclient::kSocket;
+using socketclient::serviceStatus;
 using std::chrono::seconds;
 
-constexpr const char* kSocket = "/tmp/socket";
+constexpr std::uint32_t kTimedOut = 0x53000001;
+constexpr std::uint32_t kFailed = 0x53000002;
+constexpr std::uint32_t kTooLong = 0x53000004;
+constexpr std::uint32_t kNotAdmitted = 0x53000005;
 
-class Client {
-  public:
-    Client() : socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
-    {
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        std::string(kSocket).copy(address.sun_path, sizeof address.sun_path - 1);
-        isConnected_ = ::connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    }
-    ~Client() { ::close(socket_); }
-    Client(const Client&) = delete;
-    Client& operator=(const Client&) = delete;
-
-    [[nodiscard]] bool isConnected() const { return isConnected_; }
-
-    void send(std::string_view bytes) const
-    {
-        while (!bytes.empty()) {
-            const ssize_t sent = ::send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-            if (sent <= 0) {
-                return;
-            }
-            bytes.remove_prefix(static_cast<std::size_t>(sent));
-        }
-    }
-
-    void finishSending() const { ::shutdown(socket_, SHUT_WR); }
-
-    /// Everything up to the service's close.
-    [[nodiscard]] std::string receive() const
-    {
-        std::string bytes;
-        std::array<char, 4096> piece{};
-        ssize_t got = 0;
-        while ((got = ::recv(socket_, piece.data(), piece.size(), 0)) > 0) {
-            bytes.append(piece.data(), static_cast<std::size_t>(got));
-        }
-        return bytes;
-    }
-
-  private:
-    int socket_;
-    bool isConnected_ = false;
-};
-
-std::string exchange(std::string_view request)
+/// What a stub does to the request's process that it belongs to.
+std::string killChild(const std::string& signal)
 {
-    const Client client;
-    client.send(request);
-    client.finishSending();
-    return client.receive();
+    return "read -r pid comm state ppid group rest </proc/self/stat; kill -" + signal + " $group";
 }
 
 class Server : public root::UntracedTest {
@@ -85,11 +49,31 @@ class Server : public root::UntracedTest {
 
     void start(std::vector<std::string> options = {})
     {
-        options.insert(options.begin(), {root::built("vokserve"), "--socket", kSocket});
-        service.emplace(options);
-        for (int tries = 0; tries < 500 && !Client().isConnected(); ++tries) {
-            ::usleep(10000);
-        }
+        options.insert(options.begin(), {root::built("vokserve"), "--socket", kSocket, "--path",
+                                         std::getenv("PATH")});
+        launch(options);
+    }
+
+    /// Starts a service that meets the peer of the file /stubs/peer, where there is one.
+    void startAmongStrangers(std::vector<std::string> options = {})
+    {
+        options.insert(options.begin(), {"env", "LD_PRELOAD=" + root::built("libstranger.so"),
+                                         root::built("vokserve"), "--socket", kSocket});
+        launch(options);
+    }
+
+    void launch(const std::vector<std::string>& command)
+    {
+        service.emplace(command);
+        socketclient::awaitService();
+    }
+
+    /// Kills the service and waits for that, but not for what it has started.
+    void killService()
+    {
+        ::kill(service->pid(), SIGKILL);
+        ::waitpid(service->pid(), nullptr, 0);
+        service.reset();
     }
 
     /// Ends the service.
@@ -138,9 +122,10 @@ TEST_F(Server, answersOneRequestAConnection)
     EXPECT_EQ(exchange(frame("lstu", 1)), le32(0xFF000003));
     EXPECT_EQ(exchange(frame("gubs", 0)), "");
     EXPECT_EQ(exchange(frame("none", 0)), "");
-    EXPECT_EQ(stop(), (std::vector<std::string>{
-                          "vokserve: 1 lstu count=0 answer=15", "vokserve: 2 lstu count=1 answer=4",
-                          "vokserve: 3 gubs count=0 answer=0", "vokserve: 4 none count=0 answer=0"}));
+    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: 1 lstu count=0 answer=15",
+                                                "vokserve: 2 lstu count=1 answer=4",
+                                                "vokserve: 3 gubs count=0 answer=0",
+                                                "vokserve: 4 none count=0 answer=0"}));
     EXPECT_EQ(usageOf(3), le32(2));
     EXPECT_EQ(usageOf(21), le32(2)) << "gubs and none";
     EXPECT_EQ(root::list("/tmp"), std::vector<std::string>{"dbg_vokcontrol.txt"});
@@ -163,13 +148,12 @@ TEST_F(Server, fourThousandNinetySixBytesPassAndOneMoreIsRefused)
     start();
     const std::string largest = "rtov " + le32(7) + std::string(4087, '\n');
     EXPECT_EQ(exchange(largest), le32(0xFF000003));
-    EXPECT_EQ(exchange(largest + "x"), "");
-    EXPECT_EQ(exchange(largest + std::string(100000, 'x')), "");
-    EXPECT_EQ(stop(),
-              (std::vector<std::string>{
-                  "vokserve: 1 rtov count=7 answer=4",
-                  "vokserve: a client sent more than 4096 bytes; they were refused",
-                  "vokserve: a client sent more than 4096 bytes; they were refused"}));
+    EXPECT_EQ(exchange(largest + "x"), serviceStatus(kTooLong));
+    EXPECT_EQ(exchange(largest + std::string(100000, 'x')), serviceStatus(kTooLong));
+    EXPECT_EQ(stop(), (std::vector<std::string>{
+                          "vokserve: 1 rtov count=7 answer=4",
+                          "vokserve: a client sent more than 4096 bytes; they were refused",
+                          "vokserve: a client sent more than 4096 bytes; they were refused"}));
 }
 
 TEST_F(Server, emptyRequestIsNone)
@@ -200,9 +184,10 @@ TEST_F(Server, silentAndSlowClientsHoldUpNobodyAndAreCutOff)
     const auto taken = Clock::now() - begin;
     EXPECT_GE(taken, std::chrono::milliseconds(900));
     EXPECT_LT(taken, seconds(5));
-    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: 1 rtov count=7 answer=4",
-                                                "vokserve: a client sent no whole request in time",
-                                                "vokserve: a client sent no whole request in time"}));
+    EXPECT_EQ(stop(),
+              (std::vector<std::string>{"vokserve: 1 rtov count=7 answer=4",
+                                        "vokserve: a client sent no whole request in time",
+                                        "vokserve: a client sent no whole request in time"}));
 }
 
 TEST_F(Server, clientThatLeavesBeforeItsAnswerHarmsNobody)
@@ -220,8 +205,9 @@ TEST_F(Server, clientThatLeavesBeforeItsAnswerHarmsNobody)
 
 TEST_F(Server, oneRequestRunsAtATimeInTheOrderOfTheirArrival)
 {
-    root::stub("php", "[ ! -e /stubs/running ] || echo overlap >>/stubs/overlaps; : >/stubs/running;"
-                      " sleep 0.05; rm /stubs/running; : >\"$3\"");
+    root::stub("php",
+               "[ ! -e /stubs/running ] || echo overlap >>/stubs/overlaps; : >/stubs/running;"
+               " sleep 0.05; rm /stubs/running; : >\"$3\"");
     start();
     std::vector<std::unique_ptr<Client>> clients;
     for (int i = 0; i < 10; ++i) {
@@ -263,12 +249,19 @@ TEST_F(Server, thousandConnectionsAtOnceAreAllAnswered)
 
 TEST_F(Server, crashOfAHandlerIsItsOwnAffair)
 {
-    root::stub("php", "read -r pid comm state ppid group rest </proc/self/stat; kill -SEGV $group");
     start();
-    EXPECT_EQ(exchange(frame("lstu", 0)), "");
-    root::stub("php", ": >\"$3\"");
-    EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(0) + "\n");
-    EXPECT_EQ(stop().front(), "vokserve: 1 lstu count=0 answer=0 (its process failed)");
+    std::vector<std::string> log;
+    int number = 0;
+    for (const char* signal : {"SEGV", "ABRT", "KILL", "FPE"}) {
+        root::stub("php", killChild(signal));
+        EXPECT_EQ(exchange(frame("lstu", 0)), serviceStatus(kFailed)) << signal;
+        root::stub("php", ": >\"$3\"");
+        EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(0) + "\n") << signal;
+        log.push_back("vokserve: " + std::to_string(++number) +
+                      " lstu count=0 answer=10 (its process failed)");
+        log.push_back("vokserve: " + std::to_string(++number) + " lstu count=0 answer=10");
+    }
+    EXPECT_EQ(stop(), log);
 }
 
 TEST_F(Server, hangOfAHandlerEndsAndTheNextRequestIsServed)
@@ -279,10 +272,26 @@ TEST_F(Server, hangOfAHandlerEndsAndTheNextRequestIsServed)
     hanging.send(frame("lstu", 0));
     hanging.finishSending();
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
-    EXPECT_EQ(hanging.receive(), "");
+    EXPECT_EQ(hanging.receive(), serviceStatus(kTimedOut));
     EXPECT_EQ(stop(), (std::vector<std::string>{
-                          "vokserve: 1 lstu count=0 answer=0 (took too long and was ended)",
+                          "vokserve: 1 lstu count=0 answer=10 (took too long and was ended)",
                           "vokserve: 2 rtov count=7 answer=4"}));
+}
+
+TEST_F(Server, hangEndsWithAllThatItStarted)
+{
+    root::stub("php",
+               "sleep 1000 & echo $! >/stubs/background; echo $$ >/stubs/script; sleep 1000");
+    start({"--timeout", "1"});
+    EXPECT_EQ(exchange(frame("lstu", 0)), serviceStatus(kTimedOut));
+    for (const char* file : {"/stubs/background", "/stubs/script"}) {
+        const int process = std::stoi(root::readFile(file));
+        for (int tries = 0; tries < 500 && ::kill(process, 0) == 0; ++tries) {
+            ::usleep(10000);
+        }
+        EXPECT_NE(::kill(process, 0), 0) << file;
+    }
+    EXPECT_FALSE(root::exists("/tmp/outbuf1"));
 }
 
 TEST_F(Server, fullDiskPassesAndTheNextRequestIsServed)
@@ -292,6 +301,234 @@ TEST_F(Server, fullDiskPassesAndTheNextRequestIsServed)
     EXPECT_EQ(exchange(frame("rtov", 7)), "");
     std::filesystem::remove("/tmp/filler");
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
+}
+
+TEST_F(Server, fullDiskOfTheSettingsKeepsTheCountsForLater)
+{
+    start();
+    EXPECT_EQ(exchange(frame("rtov", 2)), "");
+    root::fillDisk("/etc/pelconfig");
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
+    }
+    std::filesystem::remove("/etc/pelconfig/filler");
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
+    stop();
+    EXPECT_EQ(root::readFile(VOK_USAGE_FILE).size(), std::size_t{VOK_USAGE_SIZE});
+    EXPECT_EQ(usageOf(20), le32(6));
+}
+
+TEST_F(Server, readOnlyFolderPassesAndTheNextRequestIsServed)
+{
+    root::stub("php", ": >\"$3\"");
+    start();
+    EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(0) + "\n");
+    std::filesystem::permissions("/tmp", std::filesystem::perms(0555));
+    EXPECT_EQ(exchange(frame("lstu", 0)), "");
+    EXPECT_EQ(exchange(frame("rtov", 7)), "");
+    std::filesystem::permissions("/tmp", std::filesystem::perms(0755));
+    EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(0) + "\n");
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
+    stop();
+    EXPECT_EQ(usageOf(3), le32(3));
+    EXPECT_EQ(usageOf(20), le32(2));
+}
+
+TEST_F(Server, missingScriptInterpreterIsAnsweredAndTheNextRequestIsServed)
+{
+    start();
+    std::filesystem::rename("/usr/bin/php", "/usr/bin/php.away");
+    const std::string answer = exchange(frame("crat", 2, "anna\nword\n"));
+    std::filesystem::rename("/usr/bin/php.away", "/usr/bin/php");
+    EXPECT_EQ(answer, le32(0x10000005)) << "the user was not created";
+    root::stub("php", "echo '<username>bob</username>' >\"$3\"");
+    EXPECT_EQ(exchange(frame("crat", 2, "anna\nword\n")), le32(0));
+    EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(1) + "\nbob\n");
+}
+
+TEST_F(Server, killedServiceLeavesNothingThatItsFollowerStumblesOver)
+{
+    root::stub("php", "sleep 0.02; echo '<username>anna</username>' >\"$3\"");
+    for (int delay = 0; delay < 60; delay += 3) {
+        start();
+        const Client client;
+        client.send(frame("lstu", 0));
+        client.finishSending();
+        ::usleep(static_cast<useconds_t>(delay) * 1000);
+        killService();
+        // What the killed one had started comes to its end first.
+        while (std::system("ps | grep -q '[/]etc/inc/api_user'") == 0) {
+            ::usleep(1000);
+        }
+        ::usleep(30000);
+        start();
+        ASSERT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(1) + "\nanna\n") << delay;
+        ASSERT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << delay;
+        stop();
+        ASSERT_EQ(root::readFile(VOK_USAGE_FILE).size(), std::size_t{VOK_USAGE_SIZE});
+    }
+}
+
+TEST_F(Server, requestThatCouldMakeTheShellDoThingsIsRefusedCountedAndLogged)
+{
+    root::stub("php", ": >/stubs/asked; echo '<username>anna</username>' >\"$3\"");
+    start();
+    EXPECT_EQ(exchange(frame("crat", 2, "anna\n';>/stubs/canary;'\n")), le32(0xFF000003));
+    EXPECT_EQ(exchange(frame("gsp1", 1, "`>/stubs/canary`\n")), le32(0xC1000003));
+    EXPECT_EQ(exchange(std::string("subs \x08\0\1", 8) + "`>/stubs/canary`\n"),
+              "subs " + le32(0xFF000003) + std::string(1, '\0'));
+    EXPECT_EQ(exchange(frame("wags", 2, "user\n\">/stubs/canary\"\n")), "erro " + le32(2));
+    EXPECT_FALSE(root::exists("/stubs/asked")) << "nothing was dispatched";
+    EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(1) + "\nanna\n");
+    EXPECT_EQ(stop(),
+              (std::vector<std::string>{"vokserve: request 1: its password would not be safe",
+                                        "vokserve: 1 crat count=2 answer=4 (refused)",
+                                        "vokserve: request 2: its share would not be safe",
+                                        "vokserve: 2 gsp1 count=1 answer=4 (refused)",
+                                        "vokserve: request 3: its user would not be safe",
+                                        "vokserve: 3 subs count=1610678280 answer=10 (refused)",
+                                        "vokserve: request 4: its user would not be safe",
+                                        "vokserve: 4 wags count=2 answer=9 (refused)",
+                                        "vokserve: 5 lstu count=0 answer=15"}));
+    EXPECT_EQ(usageOf(1), le32(1));
+    EXPECT_EQ(usageOf(16), le32(1));
+    EXPECT_FALSE(root::exists("/stubs/canary"));
+}
+
+TEST_F(Server, strangerIsRefusedAndLogged)
+{
+    startAmongStrangers();
+    root::writeFile("/stubs/peer", "credentials 4711 1000 100\ngroups 0 27\n");
+    EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kNotAdmitted));
+    EXPECT_EQ(exchange(""), serviceStatus(kNotAdmitted)) << "whatever they ask";
+    root::writeFile("/stubs/peer", "");
+    EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kNotAdmitted));
+    std::filesystem::remove("/stubs/peer");
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << "root is admitted";
+    EXPECT_EQ(stop(),
+              (std::vector<std::string>{
+                  "vokserve: user 1000 (process 4711) is not permitted to ask; it was refused",
+                  "vokserve: user 1000 (process 4711) is not permitted to ask; it was refused",
+                  "vokserve: a client whom the kernel does not know is not permitted to ask; it "
+                  "was refused",
+                  "vokserve: 1 rtov count=7 answer=4"}));
+    EXPECT_EQ(usageOf(20), le32(1)) << "what is refused is no request";
+}
+
+TEST_F(Server, strangerIsToldAtOnceAndCannotHoldTheServiceUp)
+{
+    startAmongStrangers();
+    root::writeFile("/stubs/peer", "credentials 4711 1000 100\n");
+    const auto begin = Clock::now();
+    const Client silent;
+    EXPECT_EQ(silent.receive(), serviceStatus(kNotAdmitted));
+    EXPECT_LT(Clock::now() - begin, seconds(5));
+}
+
+TEST_F(Server, whoIsTurnedAwayLearnsWhyHoweverMuchTheySend)
+{
+    startAmongStrangers();
+    for (const std::size_t size : {10U, 4096U, 4097U, 200000U}) {
+        root::writeFile("/stubs/peer", "credentials 4711 1000 100\n");
+        const Client stranger;
+        stranger.send(std::string(size, 'x'));
+        stranger.finishSending();
+        EXPECT_EQ(stranger.receive(), serviceStatus(kNotAdmitted)) << size;
+        std::filesystem::remove("/stubs/peer");
+        const Client root;
+        root.send(std::string(4097 + size, 'x'));
+        ::usleep(20000);
+        root.send("more");
+        root.finishSending();
+        EXPECT_EQ(root.receive(), serviceStatus(kTooLong)) << size;
+    }
+}
+
+TEST_F(Server, membersOfItsGroupAreServed)
+{
+    const std::string groups = root::readFile("/etc/group");
+    root::writeFile("/etc/group", groups + "vokcontrol:x:0:\n");
+    startAmongStrangers();
+    for (const char* peer :
+         {"credentials 4711 1000 0\n", "credentials 4711 1000 100\ngroups 27 0\n"}) {
+        root::writeFile("/stubs/peer", peer);
+        EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << peer;
+    }
+    root::writeFile("/stubs/peer", "credentials 4711 1000 100\ngroups 27\n");
+    EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kNotAdmitted));
+    root::writeFile("/etc/group", groups);
+    EXPECT_EQ(stop().size(), 3U);
+}
+
+TEST_F(Server, groupThatIsAskedForMustBeThere)
+{
+    const root::Ended ended =
+        root::run({root::built("vokserve"), "--socket", kSocket, "--group", "nosuch"});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(ended.errors,
+              "vokserve: there is no group nosuch; make it (groupadd --system nosuch), "
+              "or use --group\n");
+    EXPECT_FALSE(root::exists(kSocket));
+}
+
+TEST_F(Server, socketIsForRootAndItsGroup)
+{
+    start({"--group", "root"});
+    struct stat status = {};
+    ASSERT_EQ(::stat(kSocket, &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0660U);
+    EXPECT_EQ(status.st_uid, ::geteuid());
+    EXPECT_EQ(status.st_gid, 0U);
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
+    stop();
+}
+
+TEST_F(Server, whatTheServiceWasStartedWithReachesNoRequest)
+{
+    root::stub("php", "tr '\\0' '\\n' </proc/$$/environ | sort >/stubs/seen;"
+                      " ls /proc/self/fd >>/stubs/seen; : >\"$3\"");
+    launch({"env", "ENV=/stubs/evil", "SECRET=word", "LC_ALL=de_DE.UTF-8", "sh", "-c",
+            "exec 5</dev/null 7</dev/null; exec \"$@\"", "sh", root::built("vokserve"), "--socket",
+            kSocket, "--path", "/stubs:/usr/bin"});
+    const Client other;
+    EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(0) + "\n");
+    EXPECT_EQ(root::readFile("/stubs/seen"), "HOME=/\nLC_ALL=C\nPATH=/stubs:/usr/bin\nPWD=/tmp\n"
+                                             "0\n1\n2\n3\n");
+}
+
+TEST_F(Server, whatTheServiceHasOpenIsClosedToEveryShell)
+{
+    // Counting runs shell lines in the service itself.
+    start();
+    const Client client;
+    client.send("rt");
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
+    const std::string process = "/proc/" + std::to_string(service->pid());
+    int sockets = 0;
+    for (const std::string& descriptor : root::list(process + "/fd")) {
+        const std::string what = std::filesystem::read_symlink(process + "/fd/" + descriptor);
+        if (!what.starts_with("socket:")) {
+            continue;
+        }
+        ++sockets;
+        const std::string info = root::readFile(process + "/fdinfo/" + descriptor);
+        const std::size_t at = info.find("flags:");
+        ASSERT_NE(at, std::string::npos);
+        EXPECT_NE(std::stoul(info.substr(at + 6), nullptr, 8) & O_CLOEXEC, 0U) << descriptor;
+    }
+    EXPECT_EQ(sockets, 2) << "the listener's and the client's";
+}
+
+TEST_F(Server, eachRequestStartsTheTraceFileAfresh)
+{
+    root::stub("php", "echo '<username>anna</username>' >\"$3\"");
+    start();
+    EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(1) + "\nanna\n");
+    EXPECT_NE(root::readFile(root::kTraceFile).find("found user anna\n"), std::string::npos);
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
+    const std::string trace = root::readFile(root::kTraceFile);
+    EXPECT_EQ(trace.find("found user anna"), std::string::npos);
+    EXPECT_NE(trace.find("exiting with error 0xff000003\n"), std::string::npos);
 }
 
 TEST_F(Server, serviceThatARequestStartsDoesNotHoldItsConnection)
@@ -327,10 +564,10 @@ TEST_F(Server, endFinishesTheRequestInHandAndDropsTheOthers)
 TEST_F(Server, countsGoOnAfterARestart)
 {
     start();
-    exchange(frame("rtov", 2));
+    EXPECT_EQ(exchange(frame("rtov", 2)), "");
     stop();
     start();
-    exchange(frame("rtov", 2));
+    EXPECT_EQ(exchange(frame("rtov", 2)), "");
     stop();
     EXPECT_EQ(usageOf(20), le32(2));
 }
@@ -338,8 +575,7 @@ TEST_F(Server, countsGoOnAfterARestart)
 TEST_F(Server, socketOfAKilledServiceIsTakenOver)
 {
     start();
-    ::kill(service->pid(), SIGKILL);
-    static_cast<void>(service->wait());
+    killService();
     ASSERT_TRUE(root::exists(kSocket));
     start();
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
@@ -362,8 +598,8 @@ TEST_F(Server, helpVersionAndWrongUsage)
     EXPECT_EQ(root::run({root::built("vokserve"), "--help"}).exitCode, 0);
     EXPECT_EQ(root::run({root::built("vokserve"), "--version"}).output,
               "vokserve " VOKSERVE_VERSION "\n");
-    for (const std::vector<std::string>& options :
-         std::vector<std::vector<std::string>>{{"--timeout", "0"}, {"--deadline", "x"}, {"extra"}}) {
+    for (const std::vector<std::string>& options : std::vector<std::vector<std::string>>{
+             {"--timeout", "0"}, {"--deadline", "x"}, {"--group"}, {"extra"}}) {
         std::vector<std::string> command = {root::built("vokserve")};
         command.insert(command.end(), options.begin(), options.end());
         EXPECT_EQ(root::run(command).exitCode, 2) << options.front();

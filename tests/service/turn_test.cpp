@@ -11,7 +11,8 @@
 
 namespace {
 
-asio::awaitable<void> takePart(service::Turn& turn, int number, std::vector<int>& order, int& inside)
+asio::awaitable<void> takePart(service::Turn& turn, int number, std::vector<int>& order,
+                               int& inside)
 {
     co_await turn.acquire();
     EXPECT_EQ(++inside, 1) << "one at a time";

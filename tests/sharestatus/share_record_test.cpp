@@ -34,6 +34,32 @@ class ShareRecord : public root::Test {
     }
 };
 
+// ---- Units ------------------------------------------------------------------------------------
+
+TEST(ScaledUsage, unitsChangeAtTheirThresholds)
+{
+    const auto expectScaled = [](long kibibytes, int value, char unit) {
+        const sharestatus::ScaledUsage usage = sharestatus::scaleUsage(kibibytes);
+        EXPECT_EQ(usage.value, value) << kibibytes;
+        EXPECT_EQ(usage.unit, unit) << kibibytes;
+    };
+    expectScaled(0, 0, 'K');
+    expectScaled(1, 1, 'K');
+    expectScaled(1023, 1023, 'K');
+    expectScaled(1024, 1024, 'K');
+    expectScaled(1025, 1, 'M');
+    expectScaled(1999, 1, 'M');
+    expectScaled(2000, 2, 'M');
+    expectScaled(999999, 999, 'M');
+    expectScaled(1000000, 1000, 'M');
+    expectScaled(1000001, 1, 'G');
+    expectScaled(1999999, 1, 'G');
+    expectScaled(2000000, 2, 'G');
+    expectScaled(65536000000, 65536, 'G');
+    expectScaled(-1, -1, 'K');
+    expectScaled(-2000000, -2000000, 'K');
+}
+
 // ---- Space used -------------------------------------------------------------------------------
 
 class CapUsage : public ShareRecord {

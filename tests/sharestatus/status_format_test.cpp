@@ -161,6 +161,60 @@ TEST(StatusFormat, tableWithBytesBehindItsRecordsIsNotWhole)
     EXPECT_FALSE(reader.isWhole());
 }
 
+TEST(StatusFormat, endIsReachedOnceNothingStandsBehindWhatWasRead)
+{
+    std::array<char, kMaxPayloadSize> buffer;
+    TableWriter writer(buffer);
+    writer.append(makeRecord(), "Music");
+    writer.append(makeRecord(), "Photos");
+    writer.finish();
+    TableReader reader(text(buffer, writer.size()));
+    EXPECT_FALSE(reader.isAtEnd());
+    EXPECT_TRUE(reader.next());
+    EXPECT_FALSE(reader.isAtEnd());
+    EXPECT_TRUE(reader.next());
+    EXPECT_TRUE(reader.isAtEnd());
+    EXPECT_FALSE(reader.next());
+    EXPECT_TRUE(reader.isAtEnd());
+}
+
+TEST(StatusFormat, endDoesNotDependOnTheHeadersCount)
+{
+    const std::string record = zeros(12) + "Music\n";
+    const std::string counted = zeros(5) + le16(7) + zeros(3) + record;
+    TableReader tooMany(counted);
+    EXPECT_TRUE(tooMany.next());
+    EXPECT_FALSE(tooMany.next());
+    EXPECT_TRUE(tooMany.isAtEnd());
+    EXPECT_FALSE(tooMany.isWhole());
+
+    const std::string uncounted = zeros(5) + le16(0) + zeros(3) + record;
+    TableReader tooFew(uncounted);
+    EXPECT_FALSE(tooFew.next());
+    EXPECT_FALSE(tooFew.isAtEnd());
+    EXPECT_FALSE(tooFew.isWhole());
+}
+
+TEST(StatusFormat, endIsNotReachedWhereARecordIsCut)
+{
+    const std::string record = zeros(12) + "Music\n";
+    for (std::size_t size = 1; size < record.size(); ++size) {
+        const std::string payload = zeros(5) + le16(1) + zeros(3) + record.substr(0, size);
+        TableReader reader(payload);
+        EXPECT_FALSE(reader.next()) << size;
+        EXPECT_FALSE(reader.isAtEnd()) << size;
+    }
+}
+
+TEST(StatusFormat, endOfAPayloadWithoutAHeaderIsItsOwn)
+{
+    EXPECT_TRUE(TableReader("").isAtEnd());
+    for (std::size_t size = 1; size < 10; ++size) {
+        EXPECT_FALSE(TableReader(zeros(size)).isAtEnd()) << size;
+    }
+    EXPECT_TRUE(TableReader(zeros(10)).isAtEnd());
+}
+
 TEST(StatusFormat, recordWithoutANewlineInReachIsNone)
 {
     const std::string payload =

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -20,8 +21,8 @@ class ServedTest : public UntracedTest {
     void SetUp() override
     {
         UntracedTest::SetUp();
-        service_.emplace(
-            std::vector<std::string>{built("vokserve"), "--socket", "/tmp/socket"});
+        service_.emplace(std::vector<std::string>{built("vokserve"), "--socket", "/tmp/socket",
+                                                  "--path", path()});
         for (int tries = 0; tries < 500 && !exists("/tmp/socket"); ++tries) {
             ::usleep(10000);
         }
@@ -51,6 +52,9 @@ class ServedTest : public UntracedTest {
     }
 
   private:
+    /// Where this root's stubs stand before its commands.
+    static std::string path() { return std::getenv("PATH"); }
+
     std::optional<Program> service_;
 };
 

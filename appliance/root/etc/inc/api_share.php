@@ -23,4 +23,40 @@ function tovGetShareList(string $path): void
     writeFile($path, $listing . "</sharelist>\n");
 }
 
-serve(['tovGetShareList' => tovGetShareList(...)], $argv);
+/** Adds an internal share, "public" or "private", and makes its folder. */
+function tovAddShare(string $name, string $property): void
+{
+    if (!preg_match('/^[^\x00-\x1F\x7F\/\\\\:*?"<>|]+$/D', $name) || in_array($name, ['.', '..'])) {
+        throw new RuntimeException("\"$name\" cannot be the name of a share");
+    }
+    change(function (PDO $database) use ($name, $property): void {
+        if (isKnown($database, 'share', $name)) {
+            throw new RuntimeException("there is a share \"$name\" already");
+        }
+        $database->prepare("INSERT INTO share (name, property, location) VALUES (?, ?, 'internal')")
+            ->execute([$name, $property]);
+        if (!@mkdir("/share/$name")) {
+            throw new RuntimeException("cannot make the folder \"/share/$name\"");
+        }
+    });
+}
+
+/** Lets a user into a share, with the level "full" or "read". */
+function tovSetUserSharePrivileges(string $user, string $share, string $level): void
+{
+    change(function (PDO $database) use ($user, $share, $level): void {
+        foreach (['user' => $user, 'share' => $share] as $table => $name) {
+            if (!isKnown($database, $table, $name)) {
+                throw new RuntimeException("there is no $table \"$name\"");
+            }
+        }
+        $database->prepare('INSERT OR REPLACE INTO privilege (user, share, level) VALUES (?, ?, ?)')
+            ->execute([$user, $share, $level]);
+    });
+}
+
+serve([
+    'tovGetShareList' => tovGetShareList(...),
+    'tovAddShare' => tovAddShare(...),
+    'tovSetUserSharePrivileges' => tovSetUserSharePrivileges(...),
+], $argv);

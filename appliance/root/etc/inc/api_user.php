@@ -5,6 +5,7 @@
 declare(strict_types=1);
 
 require __DIR__ . '/api.php';
+require __DIR__ . '/accounts.php';
 
 /** Writes the list of users into a file: one element a line. */
 function tovGetUsers(string $path): void
@@ -16,4 +17,13 @@ function tovGetUsers(string $path): void
     writeFile($path, $listing . "</userlist>\n");
 }
 
-serve(['tovGetUsers' => tovGetUsers(...)], $argv);
+/** Adds an account. */
+function tovAddUser(string $name, string $password): void
+{
+    change(fn (PDO $database) => addAccount($database, $name, $password));
+}
+
+serve([
+    'tovGetUsers' => tovGetUsers(...),
+    'tovAddUser' => tovAddUser(...),
+], $argv);

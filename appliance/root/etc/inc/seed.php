@@ -5,11 +5,13 @@
 // each of its units, and backup results for some of them.
 declare(strict_types=1);
 
+require __DIR__ . '/accounts.php';
 require __DIR__ . '/database.php';
 
 const KIB = 1024;
 const STATUS_FOLDER = '/etc/pelconfig/vokcontrol';
 const BACKUP_FOLDER = STATUS_FOLDER . '/__bksts';
+const VARIABLE_FILE = '/etc/pelconfig/system_var';
 const LARGE_FILE_KIB = 1_200_000;
 const SPARE_KIB = 500_000;
 
@@ -79,12 +81,45 @@ $backups = [
     'Projects'      => "backup did not finish\n",
 ];
 
-$users = ['anna', 'bob', 'Élise'];
+/** name => password */
+$users = ['anna' => 'appliance', 'bob' => 'storage', 'Élise' => 'network'];
+
+/**
+ * [kind, vendor, model, serial, capacity in GB, node]; a printer's model is what it is called. The printer
+ * has a slot for memory cards, which is a disk of the same serial number.
+ */
+$devices = [
+    ['internal', 'Seagate', 'ST500DM002', 'Z2AXE4W7', 500.107, 'sda'],
+    ['internal', 'Seagate', 'ST500DM002', 'Z2AXF0K1', 500.107, 'sdb'],
+    ['usb', 'Brother', 'MFC card slot', 'L5J247193', 31.0126, 'sdc'],
+    ['printer', 'Brother', 'MFC-7360N series', 'L5J247193', null, 'usblp0'],
+];
+
+/** What the appliance remembers: name => value */
+$variables = [
+    'pel_pubshare_name' => 'Documents',
+    'default_public_share_name_en' => 'Public',
+    'default_public_share_name_fr' => 'Publique',
+    'default_public_share_name_ge' => 'Öffentlich',
+    'default_public_share_name_it' => 'Pubblico',
+    'default_public_share_name_sp' => 'Público',
+    'firsttime' => '1',
+    'raclient_raenabled' => '1',
+    'ra_signUpUrl' => 'https://remote.example/sign-up',
+    'ra_signInUrl' => 'https://remote.example/sign-in',
+];
+
+/** What the administration scripts keep: name => value */
+$settings = ['language' => 'english', 'hostname' => 'appliance', 'nmbdSysname' => 'appliance'];
 
 umask(0022);
 mkdir(BACKUP_FOLDER, recursive: true);
 foreach ($backups as $name => $line) {
     file_put_contents(BACKUP_FOLDER . "/__bk$name", $line);
+}
+
+foreach ($variables as $name => $value) {
+    file_put_contents(VARIABLE_FILE, "$name=$value\n", FILE_APPEND);
 }
 
 $database = openDatabase();
@@ -95,8 +130,15 @@ foreach ($shares as $name => [$property, $location, $fill]) {
     $fill("/share/$name");
     $insert->execute([$name, $property, $location]);
 }
-$insert = $database->prepare('INSERT INTO user (name) VALUES (?)');
-foreach ($users as $name) {
-    $insert->execute([$name]);
+$insert = $database->prepare('INSERT INTO device VALUES (?, ?, ?, ?, ?, ?)');
+foreach ($devices as $device) {
+    $insert->execute($device);
+}
+$insert = $database->prepare('INSERT INTO setting (name, value) VALUES (?, ?)');
+foreach ($settings as $name => $value) {
+    $insert->execute([$name, $value]);
+}
+foreach ($users as $name => $password) {
+    addAccount($database, $name, $password);
 }
 $database->commit();

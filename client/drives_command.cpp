@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+#include <iostream>
+#include <memory>
+
+#include "client/commands.h"
+#include "client/exchange.h"
+
+void client::addDrivesCommand(CLI::App& program)
+{
+    CLI::App* drives = program.add_subcommand("drives", "The appliance's disks");
+    drives->require_subcommand(1);
+    CLI::App* check = drives->add_subcommand("check", "Check that the drives can be counted");
+    const auto connection = std::make_shared<Connection>();
+    addConnectionOptions(*check, *connection);
+    check->footer("Examples:\n"
+                  "  vokctl drives check && echo good");
+    check->callback([connection] {
+        askToDo(*connection, {"grst"}, cmdsvc::kDriveCountReadable);
+        std::cerr << "vokctl: the number of drives can be read\n";
+    });
+}

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+#include <ctime>
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <sstream>
+
+#include "client/commands.h"
+#include "client/exchange.h"
+#include "client/failure.h"
+
+namespace client {
+namespace {
+
+struct Options {
+    Connection connection;
+    std::string time;
+    std::string name;
+    std::string workGroup;
+    std::string language;
+};
+
+/// A time as people write it, or the present one; in UTC.
+std::tm readTime(const std::string& text)
+{
+    std::tm time = {};
+    if (text.empty()) {
+        const std::time_t now = std::time(nullptr);
+        ::gmtime_r(&now, &time);
+        return time;
+    }
+    constexpr const char* kForm = "%Y-%m-%dT%H:%M:%S";
+    constexpr std::size_t kSize = std::string_view("2026-11-21T18:30:00").size();
+    std::istringstream in(text);
+    in >> std::get_time(&time, kForm);
+    // A day that is none, and a form that is only like this one, would come out otherwise.
+    std::tm normal = time;
+    const std::time_t seconds = ::timegm(&normal);
+    ::gmtime_r(&seconds, &normal);
+    std::ostringstream again;
+    again << std::put_time(&normal, kForm);
+    if (in.fail() || text.size() != kSize || again.str() != text) {
+        throw Failure(kWrongUsage, "--time takes the form 2026-11-21T18:30:00, in UTC");
+    }
+    return time;
+}
+
+/// The same as the appliance takes it.
+std::string formatTime(const std::tm& time)
+{
+    std::array<char, 32> text{};
+    const std::size_t size = std::strftime(text.data(), text.size(), "%m%d%H%M%Y.%S", &time);
+    return {text.data(), size};
+}
+
+void setHost(const Options& options)
+{
+    const std::string parameters = parameterLine(formatTime(readTime(options.time))) +
+                                   parameterLine(options.name) + parameterLine(options.workGroup) +
+                                   parameterLine(options.language);
+    askToDo(options.connection, {"host", 4, parameters});
+    std::cerr << "vokctl: the settings were applied\n";
+}
+
+} // namespace
+
+void addHostCommand(CLI::App& program)
+{
+    CLI::App* host = program.add_subcommand("host", "The appliance's names, clock and language");
+    host->require_subcommand(1);
+    CLI::App* set = host->add_subcommand("set", "Set them");
+    const auto options = std::make_shared<Options>();
+    set->add_option("--time", options->time, "The time in UTC, 2026-11-21T18:30:00 (default: now)")
+        ->type_name("TIME");
+    set->add_option("--name", options->name,
+                    "The host name, 2 to 32 bytes; without it, the name stays as it is")
+        ->type_name("NAME");
+    set->add_option("--workgroup", options->workGroup,
+                    "The work group, 2 to 32 bytes; without it, the group stays as it is")
+        ->type_name("NAME");
+    set->add_option("--language", options->language,
+                    "en, fr, ge (German), sp (Spanish), it, sc or tc (simplified or traditional "
+                    "Chinese)")
+        ->type_name("CODE")
+        ->required();
+    addConnectionOptions(*set, options->connection);
+    set->footer("Examples:\n"
+                "  vokctl host set --language en\n"
+                "  vokctl host set --language fr --name cellar --workgroup HOME\n"
+                "  vokctl host set --language ge --time 2026-11-21T18:30:00");
+    set->callback([options] { setHost(*options); });
+}
+
+} // namespace client

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+
+#include "client/commands.h"
+#include "client/exchange.h"
+#include "client/failure.h"
+#include "core/bytes.h"
+
+namespace client {
+namespace {
+
+struct Options {
+    Connection connection;
+    std::string path;
+};
+
+constexpr const char* kStandardStream = "-";
+
+std::string wordOf(std::uint32_t value)
+{
+    std::array<char, cmdsvc::kWordSize> bytes;
+    core::putU32(bytes, value);
+    return {bytes.begin(), bytes.end()};
+}
+
+// ---- get --------------------------------------------------------------------------------------
+
+std::string fetchFile(const Connection& connection)
+{
+    const Request request = {"gpvt"};
+    const std::string rest = askForBytes(connection, request, "gprt " + wordOf(2) + "\n");
+    constexpr std::size_t kHeadSize = cmdsvc::kWordSize + 1;
+    if (rest.size() < kHeadSize || rest[cmdsvc::kWordSize] != '\n' ||
+        core::getU32(std::span(rest).first<cmdsvc::kWordSize>()) != rest.size() - kHeadSize) {
+        failUnreadable(request, {});
+    }
+    return rest.substr(kHeadSize);
+}
+
+/// Writes a whole file or none: what was there before stays until the new one is complete.
+void writeFile(const std::string& path, const std::string& content)
+{
+    const std::string part = path + ".part";
+    std::ofstream out(part, std::ios::binary);
+    out << content;
+    out.close();
+    std::error_code error;
+    if (out) {
+        std::filesystem::rename(part, path, error);
+    }
+    if (!out || error) {
+        std::filesystem::remove(part, error);
+        throw Failure(kFailed, "cannot write " + path);
+    }
+}
+
+void get(const Options& options)
+{
+    const std::string content = fetchFile(options.connection);
+    if (options.path == kStandardStream) {
+        std::cout << content;
+    } else {
+        writeFile(options.path, content);
+    }
+}
+
+// ---- put --------------------------------------------------------------------------------------
+
+std::string readFile(const std::string& path)
+{
+    if (path == kStandardStream) {
+        return {std::istreambuf_iterator<char>(std::cin), {}};
+    }
+    // A folder opens, too, and only fails when it is read.
+    std::ifstream in(path, std::ios::binary);
+    std::string content;
+    if (in && !std::filesystem::is_directory(path)) {
+        content.assign(std::istreambuf_iterator<char>(in), {});
+    } else {
+        in.setstate(std::ios::failbit);
+    }
+    if (!in) {
+        throw Failure(kWrongUsage, "cannot read " + path);
+    }
+    return content;
+}
+
+void put(const Options& options)
+{
+    constexpr std::size_t kLargest = 4070;
+    const std::string content = readFile(options.path);
+    if (content.empty() || content.size() > kLargest) {
+        throw Failure(kWrongUsage, "a private file has 1 to " + std::to_string(kLargest) +
+                                       " bytes; this one has " + std::to_string(content.size()));
+    }
+    const std::string size = wordOf(static_cast<std::uint32_t>(content.size()));
+    if (size.find('\n') != std::string::npos) {
+        throw Failure(kWrongUsage, "a file of " + std::to_string(content.size()) +
+                                       " bytes cannot be sent: its size holds a newline byte. Make "
+                                       "it longer or shorter.");
+    }
+    askToDo(options.connection, {"spvt", 2, size + "\n" + content + "\n"});
+    std::cerr << "vokctl: the private file was replaced\n";
+}
+
+} // namespace
+
+void addPrivateCommand(CLI::App& program)
+{
+    CLI::App* file =
+        program.add_subcommand("private", "The file that clients keep on the appliance");
+    file->require_subcommand(1);
+
+    const auto fetched = std::make_shared<Options>();
+    CLI::App* getting = file->add_subcommand("get", "Fetch it");
+    getting->add_option("FILE", fetched->path, "Where to; \"-\" is standard output")->required();
+    addConnectionOptions(*getting, fetched->connection);
+    getting->footer("Examples:\n"
+                    "  vokctl private get settings.bin\n"
+                    "  vokctl private get - | sha256sum");
+    getting->callback([fetched] { get(*fetched); });
+
+    const auto sent = std::make_shared<Options>();
+    CLI::App* putting = file->add_subcommand("put", "Replace it");
+    putting->add_option("FILE", sent->path, "Where from; \"-\" is standard input")->required();
+    addConnectionOptions(*putting, sent->connection);
+    putting->footer(
+        "Examples:\n"
+        "  vokctl private put settings.bin\n"
+        "\n"
+        "A file has 1 to 4070 bytes; sizes that hold a byte 0x0A (10, 266, 2560 to 2815\n"
+        "and so on) cannot be sent.");
+    putting->callback([sent] { put(*sent); });
+}
+
+} // namespace client

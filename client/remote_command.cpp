@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+#include <iostream>
+#include <memory>
+
+#include "client/commands.h"
+#include "client/exchange.h"
+#include "client/failure.h"
+#include "client/json_text.h"
+#include "client/terminal_text.h"
+#include "core/bytes.h"
+
+namespace client {
+namespace {
+
+struct Options {
+    Connection connection;
+    std::string user;
+    std::string first;
+    std::string second;
+    bool json = false;
+};
+
+[[noreturn]] void failOnBytes(const Request& request)
+{
+    failUnreadable(request, {});
+}
+
+// ---- urls -------------------------------------------------------------------------------------
+
+std::string fetchValue(const Connection& connection, std::uint32_t key)
+{
+    std::array<char, cmdsvc::kWordSize> bytes;
+    core::putU32(bytes, key);
+    const std::string word(bytes.begin(), bytes.end());
+    const Request request = {"getv", 1, word + "\n"};
+    std::string value = askForBytes(connection, request, "getv " + word + "\n");
+    if (!value.ends_with('\n')) {
+        failOnBytes(request);
+    }
+    value.pop_back();
+    return value;
+}
+
+void showUrls(const Options& options)
+{
+    const std::string signUp = fetchValue(options.connection, 1);
+    const std::string signIn = fetchValue(options.connection, 2);
+    if (options.json) {
+        Json json;
+        json["sign_up"] = signUp;
+        json["sign_in"] = signIn;
+        std::cout << renderJson(json);
+        return;
+    }
+    std::cout << "Sign up:  " << makePrintable(signUp).text << "\n"
+              << "Sign in:  " << makePrintable(signIn).text << "\n";
+}
+
+// ---- status -----------------------------------------------------------------------------------
+
+bool isOn(const Options& options)
+{
+    const std::string entity = options.user.empty() ? "system" : "user";
+    Request request = {"wags", 1, parameterLine(entity)};
+    if (!options.user.empty()) {
+        request.count = 2;
+        request.parameters += parameterLine(options.user);
+    }
+    const std::string flag = askForBytes(options.connection, request, "wags " + entity + "\n");
+    if (flag.size() != 2 || flag[0] > 1 || flag[0] < 0 || flag[1] != '\n') {
+        failOnBytes(request);
+    }
+    return flag[0] == 1;
+}
+
+void showStatus(const Options& options)
+{
+    std::cout << (isOn(options) ? "on\n" : "off\n");
+}
+
+// ---- enable, disable, register ----------------------------------------------------------------
+
+constexpr std::string_view kDone("\0\n\0\n", 4);
+
+/// Sends a request that is answered with its own code and nothing to tell.
+void askAndCheck(const Connection& connection, const Request& request)
+{
+    if (askForBytes(connection, request, std::string(request.code) + " ") != kDone) {
+        failOnBytes(request);
+    }
+}
+
+std::string registrationLines(const Options& options)
+{
+    return parameterLine(options.user) + parameterLine(options.first) +
+           parameterLine(options.second);
+}
+
+void registerUser(const Options& options)
+{
+    askAndCheck(options.connection, {"warp", 3, registrationLines(options)});
+    std::cerr << "vokctl: the user was registered\n";
+}
+
+void switchAccess(const Options& options, bool isWanted)
+{
+    const std::string flag = isWanted ? std::string("\1\n", 2) : std::string("\0\n", 2);
+    askAndCheck(options.connection, {"wasu", 4, registrationLines(options) + flag});
+    std::cerr << "vokctl: the user's remote access is " << (isWanted ? "on" : "off") << " now\n";
+}
+
+// ---- Adding them ------------------------------------------------------------------------------
+
+struct Command {
+    CLI::App* app;
+    std::shared_ptr<Options> options;
+};
+
+Command addCommand(CLI::App& remote, const std::string& name, const std::string& purpose)
+{
+    Command command{remote.add_subcommand(name, purpose), std::make_shared<Options>()};
+    addConnectionOptions(*command.app, command.options->connection);
+    return command;
+}
+
+void addRegistration(const Command& command)
+{
+    Options& options = *command.options;
+    command.app->add_option("USER", options.user, "The user's name on the appliance")->required();
+    command.app->add_option("FIRST", options.first, "What the service wants to know")->required();
+    command.app->add_option("SECOND", options.second, "And what else")->required();
+}
+
+void addUrls(CLI::App& remote)
+{
+    const auto [app, options] = addCommand(remote, "urls", "Tell where users sign up and sign in");
+    app->add_flag("--json", options->json, "Print JSON for programs");
+    app->footer("Examples:\n"
+                "  vokctl remote urls");
+    app->callback([options = options] { showUrls(*options); });
+}
+
+void addStatus(CLI::App& remote)
+{
+    const auto [app, options] =
+        addCommand(remote, "status", "Tell whether remote access is on, for all or for one user");
+    app->add_option("USER", options->user, "The user's name; without it, the whole system");
+    app->footer("Examples:\n"
+                "  vokctl remote status\n"
+                "  vokctl remote status anna");
+    app->callback([options = options] { showStatus(*options); });
+}
+
+void addRegister(CLI::App& remote)
+{
+    const Command command = addCommand(remote, "register", "Sign a user up with the service");
+    addRegistration(command);
+    command.app->footer("Examples:\n"
+                        "  vokctl remote register anna anna@example.org Anna");
+    command.app->callback([options = command.options] { registerUser(*options); });
+}
+
+void addEnable(CLI::App& remote)
+{
+    const Command command =
+        addCommand(remote, "enable", "Switch a user's remote access on, by signing the user up");
+    addRegistration(command);
+    command.app->footer("Examples:\n"
+                        "  vokctl remote enable anna anna@example.org Anna");
+    command.app->callback([options = command.options] { switchAccess(*options, true); });
+}
+
+void addDisable(CLI::App& remote)
+{
+    const auto [app, options] = addCommand(remote, "disable", "Switch a user's remote access off");
+    app->add_option("USER", options->user, "The user's name on the appliance")->required();
+    app->footer("Examples:\n"
+                "  vokctl remote disable anna");
+    app->callback([options = options] { switchAccess(*options, false); });
+}
+
+} // namespace
+
+void addRemoteCommand(CLI::App& program)
+{
+    CLI::App* remote = program.add_subcommand("remote", "Reaching the appliance from outside");
+    remote->require_subcommand(1);
+    addUrls(*remote);
+    addStatus(*remote);
+    addEnable(*remote);
+    addDisable(*remote);
+    addRegister(*remote);
+}
+
+} // namespace client

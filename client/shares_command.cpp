@@ -1,0 +1,209 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+#include "client/commands.h"
+#include "client/exchange.h"
+#include "client/failure.h"
+#include "client/json_text.h"
+#include "client/text_table.h"
+
+namespace client {
+namespace {
+
+struct Options {
+    Connection connection;
+    std::string name;
+    std::string user;
+    bool isPublic = false;
+    bool json = false;
+};
+
+struct Share {
+    std::string name;
+    std::string property;
+};
+
+std::vector<Share> fetchShares(const Connection& connection)
+{
+    const Request request = {"lsts"};
+    const Answer answer = askForLines(connection, request, "lsst");
+    if (answer.lines.size() % 2 != 0) {
+        failUnreadable(request, answer);
+    }
+    std::vector<Share> shares;
+    for (std::size_t i = 0; i < answer.lines.size(); i += 2) {
+        shares.push_back({answer.lines[i], answer.lines[i + 1]});
+    }
+    return shares;
+}
+
+Json toJson(const Share& share)
+{
+    Json json;
+    json["name"] = share.name;
+    json["property"] = share.property;
+    return json;
+}
+
+// ---- list -------------------------------------------------------------------------------------
+
+std::string renderText(const std::vector<Share>& shares)
+{
+    constexpr std::array kColumns = {Align::kLeft, Align::kLeft};
+    std::vector<TableRow> rows = {{makePrintable("SHARE"), makePrintable("PROPERTY")}};
+    for (const Share& share : shares) {
+        rows.push_back({makePrintable(share.name), makePrintable(share.property)});
+    }
+    return layOutTable(kColumns, rows);
+}
+
+void listShares(const Options& options)
+{
+    const std::vector<Share> shares = fetchShares(options.connection);
+    Json json;
+    json["shares"] = Json::array();
+    std::ranges::transform(shares, std::back_inserter(json["shares"]), toJson);
+    std::cout << (options.json ? renderJson(json) : renderText(shares));
+}
+
+// ---- show -------------------------------------------------------------------------------------
+
+/// Whether the appliance has any share whose name holds this one.
+bool mayExist(const Options& options)
+{
+    constexpr char kNone = 3;
+    const Request request = {"gsp1", 1, parameterLine(options.name)};
+    const Answer answer = askForLines(options.connection, request, "gspr");
+    if (answer.lines.size() != 1 || answer.lines[0].size() != 1) {
+        failUnreadable(request, answer);
+    }
+    return answer.lines[0][0] != kNone;
+}
+
+/// The share itself. The question above also finds shares whose names are longer.
+Share findShare(const Options& options)
+{
+    if (mayExist(options)) {
+        for (const Share& share : fetchShares(options.connection)) {
+            if (share.name == options.name) {
+                return share;
+            }
+        }
+    }
+    throw Failure(kRefused, "there is no share " + makePrintable(options.name).text +
+                                "; \"vokctl shares list\" shows which there are");
+}
+
+void showShare(const Options& options)
+{
+    const Share share = findShare(options);
+    std::cout << (options.json ? renderJson(toJson(share))
+                               : makePrintable(share.property).text + "\n");
+}
+
+// ---- public-name ------------------------------------------------------------------------------
+
+void showPublicName(const Options& options)
+{
+    const Request request = {"gps1"};
+    const Answer answer = askForLines(options.connection, request, "gpsr");
+    if (answer.lines.size() != 1) {
+        failUnreadable(request, answer);
+    }
+    if (answer.lines[0].empty()) {
+        throw Failure(kNoData, "the appliance has no name for its public share");
+    }
+    std::cout << makePrintable(answer.lines[0]).text << "\n";
+}
+
+// ---- create -----------------------------------------------------------------------------------
+
+Request makeCreation(const Options& options)
+{
+    const std::string name = parameterLine(options.name);
+    if (options.isPublic) {
+        return {"pshr", 3, parameterLine("guest") + name};
+    }
+    return {"shar", 3, parameterLine(options.user) + name};
+}
+
+void createShare(const Options& options)
+{
+    askToDo(options.connection, makeCreation(options));
+    std::cerr << "vokctl: the share " << makePrintable(options.name).text << " was created\n";
+}
+
+// ---- Adding them ------------------------------------------------------------------------------
+
+void addList(CLI::App& shares)
+{
+    const auto options = std::make_shared<Options>();
+    CLI::App* list = shares.add_subcommand("list", "List all shares and whether they are public");
+    list->add_flag("--json", options->json, "Print JSON for programs");
+    addConnectionOptions(*list, options->connection);
+    list->footer("Examples:\n"
+                 "  vokctl shares list          a table\n"
+                 "  vokctl shares list --json   for programs");
+    list->callback([options] { listShares(*options); });
+}
+
+void addShow(CLI::App& shares)
+{
+    const auto options = std::make_shared<Options>();
+    CLI::App* show = shares.add_subcommand("show", "Tell whether a share is public or private");
+    show->add_option("NAME", options->name, "The share's name")->required();
+    show->add_flag("--json", options->json, "Print JSON for programs");
+    addConnectionOptions(*show, options->connection);
+    show->footer("Examples:\n"
+                 "  vokctl shares show 'Family Videos'\n"
+                 "\n"
+                 "Ends with 1 when there is no such share.");
+    show->callback([options] { showShare(*options); });
+}
+
+void addPublicName(CLI::App& shares)
+{
+    const auto options = std::make_shared<Options>();
+    CLI::App* show = shares.add_subcommand("public-name", "Tell the name of the public share");
+    addConnectionOptions(*show, options->connection);
+    show->footer("Examples:\n"
+                 "  vokctl shares public-name\n"
+                 "\n"
+                 "Ends with 6 when the appliance has no such name.");
+    show->callback([options] { showPublicName(*options); });
+}
+
+void addCreate(CLI::App& shares)
+{
+    const auto options = std::make_shared<Options>();
+    CLI::App* create =
+        shares.add_subcommand("create", "Create a share for everybody or for a user");
+    create->add_option("NAME", options->name, "The share's name, at most 64 bytes")->required();
+    CLI::Option_group* owner = create->add_option_group("For whom");
+    owner->add_flag("--public", options->isPublic, "For everybody");
+    owner->add_option("--for", options->user, "For this user alone")->type_name("USER");
+    owner->require_option(1);
+    addConnectionOptions(*create, options->connection);
+    create->footer("Examples:\n"
+                   "  vokctl shares create Music --public\n"
+                   "  vokctl shares create 'Tax papers' --for anna");
+    create->callback([options] { createShare(*options); });
+}
+
+} // namespace
+
+void addSharesCommand(CLI::App& program)
+{
+    CLI::App* shares = program.add_subcommand("shares", "The appliance's shares");
+    shares->require_subcommand(1);
+    addList(*shares);
+    addShow(*shares);
+    addPublicName(*shares);
+    addCreate(*shares);
+}
+
+} // namespace client

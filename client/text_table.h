@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+//
+// text_table.h: columns of text for a terminal.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "client/terminal_text.h"
+
+namespace client {
+
+enum class Align { kLeft, kRight };
+
+/// A row has as many cells as there are columns.
+using TableRow = std::vector<TerminalText>;
+
+/// The rows as lines, each column as wide as its widest cell, two blanks apart. Nothing is behind
+/// the last cell of a line.
+[[nodiscard]] std::string layOutTable(std::span<const Align> columns,
+                                      const std::vector<TableRow>& rows);
+
+} // namespace client

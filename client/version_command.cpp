@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#include <iostream>
+#include <memory>
+
+#include "client/commands.h"
+#include "client/exchange.h"
+#include "client/terminal_text.h"
+
+namespace client {
+namespace {
+
+void showVersion(const Connection& connection)
+{
+    const Request request = {"vers"};
+    const Answer answer = askForLines(connection, request, "vert");
+    if (answer.lines.size() != 1) {
+        failUnreadable(request, answer);
+    }
+    std::cout << makePrintable(answer.lines[0]).text << "\n";
+}
+
+} // namespace
+
+void addVersionCommand(CLI::App& program)
+{
+    CLI::App* version = program.add_subcommand("version", "Tell what build the appliance runs");
+    const auto connection = std::make_shared<Connection>();
+    addConnectionOptions(*version, *connection);
+    version->footer("Examples:\n"
+                    "  vokctl version");
+    version->callback([connection] { showVersion(*connection); });
+}
+
+} // namespace client

@@ -1,0 +1,69 @@
+# SPDX-License-Identifier: MIT
+#
+# What is installed where, and the Debian package of it (cpack -G DEB in the build folder).
+include(GNUInstallDirs)
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
+
+set(packaging ${PROJECT_SOURCE_DIR}/packaging)
+set(generated ${PROJECT_BINARY_DIR}/packaging)
+set(unit_folder lib/systemd/system)
+
+install(TARGETS vokcontrol RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
+install(TARGETS vokcontrol_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(FILES include/vokcontrol.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# The module starts its daemon by this name.
+file(MAKE_DIRECTORY ${generated})
+file(CREATE_LINK ../${CMAKE_INSTALL_SBINDIR}/vokcontrol ${generated}/pelstatus SYMBOLIC)
+install(FILES ${generated}/pelstatus DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+# Files that name the prefix are made when it is known for good, at installation.
+function(install_configured name folder)
+  install(CODE "configure_file(\"${packaging}/${name}.in\" \"${generated}/${name}\" @ONLY)")
+  install(FILES ${generated}/${name} DESTINATION ${folder})
+endfunction()
+
+install(CODE "set(PROJECT_VERSION ${PROJECT_VERSION})
+set(LIBRARY_FOLDER ${CMAKE_INSTALL_LIBDIR})
+set(HEADER_FOLDER ${CMAKE_INSTALL_INCLUDEDIR})
+set(PROGRAM_FOLDER ${CMAKE_INSTALL_SBINDIR})")
+install_configured(vokcontrol.pc ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/protocol.md docs/security.md
+        DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES ${packaging}/man/vokcontrol.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+install(FILES ${packaging}/man/vokcontrol-protocol.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
+
+install_configured(systemd/vokcontrol-boot.service ${unit_folder})
+install_configured(systemd/vokcontrol-collect.service ${unit_folder})
+install(FILES ${packaging}/systemd/vokcontrol-collect.timer DESTINATION ${unit_folder})
+if(TARGET vokserve)
+  install(TARGETS vokserve RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
+  install(FILES ${packaging}/man/vokserve.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+  install(FILES ${packaging}/systemd/vokserve.socket DESTINATION ${unit_folder})
+  install_configured(systemd/vokserve.service ${unit_folder})
+endif()
+
+if(TARGET vokctl)
+  install(TARGETS vokctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES ${packaging}/man/vokctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES ${packaging}/vokctl.bash-completion
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME vokctl)
+endif()
+if(TARGET vokpage)
+  install(TARGETS vokpage RUNTIME DESTINATION lib/cgi-bin)
+  install(DIRECTORY page/static/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol/www)
+endif()
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME vokcontrol)
+set(CPACK_PACKAGE_CONTACT "The vokcontrol founders <vokcontrol@example.org>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Control module of a network-attached storage appliance")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "passwd")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "sudo, mdadm, fdisk")
+set(CPACK_DEBIAN_PACKAGE_SECTION admin)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
+    "${packaging}/deb/postinst;${packaging}/deb/prerm;${packaging}/deb/postrm")
+include(CPack)

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+#include "handlers/name_list.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <span>
+#include <sys/stat.h>
+
+#include "core/bytes.h"
+#include "core/core.h"
+
+namespace handlers {
+namespace {
+
+using Needle = std::array<char, 512>;
+
+Needle makeNeedle(const char* name, bool ignoresCase)
+{
+    Needle needle = {};
+    core::formatBounded(needle, "\"%s\"", name);
+    if (ignoresCase) {
+        std::ranges::transform(needle, needle.begin(), core::toAsciiUpper);
+    }
+    return needle;
+}
+
+/// @param size  of the list when it was looked at; what it has grown by keeps its case
+/// @return 1 or 0, or -1 when there is nothing to search
+int searchLine(FILE* list, std::span<char> line, std::size_t size, const char* needle,
+               const NameSearch& search)
+{
+    if (!core::readLine(list, line)) {
+        return -1;
+    }
+    if (search.ignoresCase) {
+        std::ranges::transform(line.first(size), line.begin(), core::toAsciiUpper);
+    }
+    search.traceList(line.data(), needle);
+    return (std::strstr(line.data(), needle) != nullptr) ? 1 : 0;
+}
+
+int finishSearch(const char* path, int found, const NameSearch& search)
+{
+    std::remove(path);
+    search.traceResult(found);
+    return found;
+}
+
+int searchFile(const char* path, std::size_t size, const char* needle, const NameSearch& search)
+{
+    dbg_trace("file %s size = %d bytes", path, static_cast<int>(size));
+    core::File list = core::openFile(path, "r");
+    if (!list) {
+        dbg_trace("%s() cannot open file %s: %s", search.operation, path, std::strerror(errno));
+        return -1;
+    }
+    constexpr std::size_t kSpare = 50;
+    const core::Text line(static_cast<char*>(std::calloc(1, size + kSpare)));
+    if (!line) {
+        dbg_trace("%s() () failed  memory allocation %s", search.operation, std::strerror(errno));
+        std::remove(path);
+        return -1;
+    }
+    const int found = searchLine(list.get(), {line.get(), size + kSpare}, size, needle, search);
+    list.reset();
+    return finishSearch(path, found, search);
+}
+
+} // namespace
+
+int searchNameList(const char* path, const char* name, const NameSearch& search)
+{
+    const Needle needle = makeNeedle(name, search.ignoresCase);
+    struct stat status = {};
+    if (::stat(path, &status) != 0) {
+        dbg_trace("%s() cannot stat file %s: %s", search.operation, path, std::strerror(errno));
+        return -1;
+    }
+    // A list always holds something; an empty file is none, and nobody can be looked up in it.
+    if (status.st_size == 0) {
+        return finishSearch(path, -1, search);
+    }
+    return searchFile(path, static_cast<std::size_t>(status.st_size), needle.data(), search);
+}
+
+} // namespace handlers

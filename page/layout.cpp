@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+#include "page/layout.h"
+
+#include "page/routes.h"
+
+namespace page {
+namespace {
+
+Html head(const Frame& frame, const Page& page)
+{
+    Html out;
+    out << R"(<!DOCTYPE html>
+<html lang="en">
+<head>
+<meta charset="utf-8">
+<meta name="viewport" content="width=device-width, initial-scale=1">
+<meta name="color-scheme" content="light dark">
+<title>)"
+        << Text{page.title};
+    if (!frame.applianceName.empty()) {
+        out << " &middot; " << Text{frame.applianceName};
+    }
+    out << R"(</title>
+<link rel="icon" href="/icon.svg" type="image/svg+xml">
+<link rel="stylesheet" href="/style.css">
+)";
+    return out;
+}
+
+/// What the module's functions printed; the page's own script file comes behind it and may call it.
+Html scripts(const Frame& frame, const Script& script)
+{
+    Html out;
+    if (!script.text().empty()) {
+        out << R"(<script nonce=")" << Text{frame.nonce} << "\">\n" << script << "</script>\n";
+    }
+    out << R"(<script src="/page.js" defer></script>
+</head>
+)";
+    return out;
+}
+
+Html navigation(const Frame& frame)
+{
+    Html out;
+    out << R"(<nav aria-label="Pages"><ul>)";
+    for (const Place& place : places()) {
+        out << R"(<li><a href=")" << kProgramUrl << Text{place.path} << R"(")";
+        if (place.path == frame.path) {
+            out << R"( aria-current="page")";
+        }
+        out << ">" << place.label << "</a></li>";
+    }
+    out << "</ul></nav>\n";
+    return out;
+}
+
+Html banner(const Frame& frame)
+{
+    Html out;
+    out << R"(<body>
+<a class="skip" href="#main">Skip to the content</a>
+<header><div class="wide">
+<p class="brand"><img src="/icon.svg" alt="" width="28" height="28"><bdi>)";
+    if (frame.applianceName.empty()) {
+        out << "Storage appliance";
+    } else {
+        out << Text{frame.applianceName};
+    }
+    out << "</bdi></p>\n" << navigation(frame) << "</div></header>\n";
+    return out;
+}
+
+} // namespace
+
+Html layOut(const Frame& frame, const Page& page, const Script& script)
+{
+    Html out;
+    out << head(frame, page) << scripts(frame, script) << banner(frame)
+        << R"(<main id="main" class="wide">
+<h1>)" << Text{page.title}
+        << "</h1>\n"
+        << page.body << "</main>\n</body>\n</html>\n";
+    return out;
+}
+
+Html openForm(const Visit& visit, Literal path)
+{
+    Html out;
+    out << R"(<form method="post" action=")" << kProgramUrl << path << R"(">
+<input type="hidden" name="token" value=")"
+        << Text{visit.token} << "\">\n";
+    return out;
+}
+
+Html fact(Literal label, std::string_view value)
+{
+    Html out;
+    out << "<div><dt>" << label << "</dt><dd>";
+    if (value.empty()) {
+        out << R"(<span class="quiet">not known</span>)";
+    } else {
+        out << "<bdi>" << Text{value} << "</bdi>";
+    }
+    out << "</dd></div>\n";
+    return out;
+}
+
+Html notice(Mood mood, const Html& content)
+{
+    Html out;
+    if (mood == Mood::kBad) {
+        out << R"(<div class="notice bad" role="alert">)";
+    } else if (mood == Mood::kGood) {
+        out << R"(<div class="notice good" role="status">)";
+    } else {
+        out << R"(<div class="notice">)";
+    }
+    out << content << "</div>\n";
+    return out;
+}
+
+} // namespace page

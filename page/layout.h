@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+//
+// layout.h: the frame that all pages share, and small parts that several of them have.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "page/html.h"
+#include "page/pages.h"
+
+namespace page {
+
+/// Where the web server has the program.
+inline constexpr Literal kProgramUrl = "/cgi-bin/vokpage";
+
+/// An entry of the navigation.
+struct Place {
+    std::string_view path; ///< behind the program's name
+    Literal label;
+    Page (*make)(Visit& visit);
+    bool takesForms;
+};
+
+struct Frame {
+    std::string_view path;     ///< of the page that is shown
+    std::string nonce;         ///< marks the page's own script
+    std::string applianceName; ///< empty where it is not known
+};
+
+[[nodiscard]] Html layOut(const Frame& frame, const Page& page, const Script& script);
+
+/// The start of a form that is sent to a page, with the token in it.
+[[nodiscard]] Html openForm(const Visit& visit, Literal path);
+
+/// A pair of a list of facts; a value that is not known is said to be so.
+[[nodiscard]] Html fact(Literal label, std::string_view value);
+
+/// Something that the reader must be told, and whether it is bad.
+enum class Mood { kGood, kNeutral, kBad };
+[[nodiscard]] Html notice(Mood mood, const Html& content);
+
+} // namespace page

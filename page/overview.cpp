@@ -1,0 +1,361 @@
+// SPDX-License-Identifier: MIT
+//
+// The appliance at a glance: shares, drives and printers, network, system.
+#include <algorithm>
+#include <array>
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "page/collection.h"
+#include "page/devices.h"
+#include "page/layout.h"
+#include "page/module.h"
+#include "page/pages.h"
+#include "page/process.h"
+#include "page/wording.h"
+
+namespace page {
+namespace {
+
+/// All that the page tells.
+struct Facts {
+    Collection collection;
+    bool areDevicesKnown = false;
+    std::vector<Device> devices;
+    bool isSetUp = false;
+    bool isSyncOn = false;
+    std::string address;
+    std::string hardwareAddress;
+    std::string protocol;
+    std::string gateway;
+    std::string netmask;
+    std::string build;
+    std::time_t now = 0;
+};
+
+Facts gather(Script& script)
+{
+    return script.run([] {
+        Facts facts;
+        std::array<DriveInfo, 4> records = {};
+        facts.areDevicesKnown = module::getDriveInfos(records.data()) == 0;
+        facts.devices = readDevices(records);
+        module::printTovHDDs();
+        facts.isSetUp = module::getvar("firsttime")[0] == '0';
+        facts.address = module::getvar("lan_ipaddr");
+        facts.hardwareAddress = module::getvar("lan_hwaddr");
+        facts.protocol = module::getvar("lan_proto");
+        facts.gateway = module::getvar("lan_gateway");
+        facts.netmask = module::getvar("lan_netmask");
+        facts.build = module::getvar("build_version");
+        facts.isSyncOn = isProcessRunning(kSyncDaemon);
+        facts.collection = readCollection();
+        facts.now = std::time(nullptr);
+        return facts;
+    });
+}
+
+std::size_t countInternal(const Facts& facts)
+{
+    return static_cast<std::size_t>(
+        std::ranges::count(facts.devices, Device::Kind::kInternalDisk, &Device::kind));
+}
+
+// ---- At a glance ------------------------------------------------------------------------------
+
+Html tile(Literal label, const std::string& figure, std::string_view remark)
+{
+    Html out;
+    out << "<div><dt>" << label << "</dt><dd>" << Text{figure};
+    if (!remark.empty()) {
+        out << R"( <span class="quiet">)" << Text{remark} << "</span>";
+    }
+    out << "</dd></div>\n";
+    return out;
+}
+
+Html tiles(const Facts& facts)
+{
+    const std::vector<Share>& shares = facts.collection.shares;
+    const auto recent = std::ranges::count_if(shares, [&facts](const Share& share) {
+        return judgeBackup(share, dayOf(facts.now)) == BackupLevel::kRecent;
+    });
+    Html out;
+    out << R"(<dl class="tiles">)"
+        << tile("Space used", wordKibibytes(totalUsed(shares)),
+                "in " + wordCount(shares.size(), "share", "shares"))
+        << tile("Recent backups", std::to_string(recent), "of " + std::to_string(shares.size()))
+        << tile("Internal disks", std::to_string(countInternal(facts)), "")
+        << tile("USB devices", std::to_string(facts.devices.size() - countInternal(facts)), "")
+        << "</dl>\n";
+    return out;
+}
+
+// ---- Shares -----------------------------------------------------------------------------------
+
+/// A bar beside a text that says the same.
+Html bar(std::uint64_t part, std::uint64_t whole)
+{
+    constexpr std::uint64_t kSteps = 1000;
+    // What is there at all can be seen.
+    const std::uint64_t smallest = (part > 0) ? 5 : 0;
+    const std::uint64_t steps = std::max((whole > 0) ? part * kSteps / whole : 0, smallest);
+    Html out;
+    out << R"(<svg class="bar" viewBox="0 0 1000 10" preserveAspectRatio="none" aria-hidden="true">)"
+        << R"(<rect width=")" << Text{std::to_string(steps)} << R"(" height="10"/></svg>)";
+    return out;
+}
+
+Html space(const Share& share, std::uint64_t total)
+{
+    Html out;
+    if (!share.used) {
+        out << R"(<p class="space"><span class="quiet">Space not known</span></p>)";
+        return out;
+    }
+    const std::uint64_t used = share.used->kibibytes();
+    out << R"(<p class="space">)" << bar(used, total) << "<span><b>" << Text{wordSpace(*share.used)}
+        << R"(</b> <span class="quiet">)" << Text{wordPart(used, total)} << "</span></span></p>";
+    return out;
+}
+
+/// A sign, a word and a class for the colour: none of them stands alone.
+Html badge(BackupLevel level)
+{
+    Html out;
+    switch (level) {
+    case BackupLevel::kRecent:
+        out << R"(<span class="badge recent"><span aria-hidden="true">&#10003;</span> Recent</span>)";
+        break;
+    case BackupLevel::kAgeing:
+        out << R"(<span class="badge ageing"><span aria-hidden="true">!</span> Getting old</span>)";
+        break;
+    case BackupLevel::kOld:
+        out << R"(<span class="badge old"><span aria-hidden="true">&#10005;</span> Old</span>)";
+        break;
+    case BackupLevel::kNone:
+        out << R"(<span class="badge none"><span aria-hidden="true">&ndash;</span> None</span>)";
+        break;
+    }
+    return out;
+}
+
+Html backup(const Share& share, std::chrono::sys_days today)
+{
+    Html out;
+    out << R"(<p class="backup">)" << badge(judgeBackup(share, today)) << " <span>";
+    if (share.backupDay) {
+        out << R"(<span class="sr">Last backup </span><time datetime=")"
+            << Text{codeDate(*share.backupDay)} << R"(">)" << Text{wordAge(*share.backupDay, today)}
+            << R"(</time> <span class="quiet">)" << Text{wordDate(*share.backupDay)};
+        if (share.backupState) {
+            out << ", state " << Text{std::to_string(*share.backupState)};
+        }
+        out << "</span>";
+    } else {
+        out << R"(<span class="quiet">no backup is known</span>)";
+    }
+    out << "</span></p>";
+    return out;
+}
+
+Html shareList(const Facts& facts)
+{
+    const std::uint64_t total = totalUsed(facts.collection.shares);
+    Html out;
+    out << R"(<ul class="shares">)";
+    for (const Share& share : facts.collection.shares) {
+        out << "\n<li><h3><bdi>" << Text{share.name} << "</bdi></h3>" << space(share, total)
+            << backup(share, dayOf(facts.now)) << "</li>";
+    }
+    out << "\n</ul>\n";
+    return out;
+}
+
+Html collectionTime(const Facts& facts)
+{
+    const Collection& collection = facts.collection;
+    Html out;
+    out << R"(<p class="quiet">)";
+    if (collection.published != 0) {
+        out << "Measured " << Text{wordElapsed(collection.published, facts.now)} << " ("
+            << Text{wordTime(collection.published)} << "). ";
+    }
+    if (collection.isRunning) {
+        out << R"(<strong data-collecting>A collection is running now.</strong>)";
+    } else {
+        out << "No collection is running.";
+    }
+    if (!collection.shares.empty()) {
+        out << " A bar shows the share's part of all the space used.";
+    }
+    out << "</p>\n";
+    return out;
+}
+
+/// What stands where there is no list.
+Html reasonForNone(const Collection& collection)
+{
+    using enum Collection::Result;
+    Html out;
+    if (collection.result == kNone) {
+        out << "<p>No share has been measured yet.</p>";
+    } else if (collection.result == kDamaged) {
+        out << "<p>The share status is damaged. The next collection replaces it.</p>";
+    } else if (collection.result == kNoList) {
+        out << "<p>The last collection could not get the list of shares.</p>";
+    } else {
+        out << "<p>There are no internal shares.</p>";
+    }
+    return out;
+}
+
+Html shareSection(const Facts& facts)
+{
+    Html out;
+    out << R"(<section class="card" aria-labelledby="shares">
+<h2 id="shares">Shares</h2>
+)" << collectionTime(facts);
+    out << (facts.collection.shares.empty() ? reasonForNone(facts.collection) : shareList(facts));
+    out << "</section>\n";
+    return out;
+}
+
+// ---- Drives and printers ----------------------------------------------------------------------
+
+Html deviceIcon(Device::Kind kind)
+{
+    Html out;
+    out << R"(<svg class="icon" viewBox="0 0 24 24" aria-hidden="true">)";
+    if (kind == Device::Kind::kInternalDisk) {
+        out << R"(<rect x="4" y="3" width="16" height="18" rx="2"/><circle cx="12" cy="10" r="4"/>)"
+            << R"(<path d="M12 10l4 7"/>)";
+    } else if (kind == Device::Kind::kUsbDisk) {
+        out << R"(<rect x="7" y="9" width="10" height="12" rx="2"/><path d="M9 9V3h6v6M11 6h2"/>)";
+    } else {
+        out << R"(<path d="M7 9V3h10v6M7 17H4V9h16v8h-3"/><rect x="7" y="14" width="10" height="7"/>)";
+    }
+    out << "</svg>";
+    return out;
+}
+
+Literal kindLabel(Device::Kind kind)
+{
+    switch (kind) {
+    case Device::Kind::kInternalDisk:
+        return "Internal disk";
+    case Device::Kind::kUsbDisk:
+        return "USB disk";
+    case Device::Kind::kUsbPrinter:
+        break;
+    }
+    return "USB printer";
+}
+
+std::string headingOf(const Device& device)
+{
+    if (device.kind == Device::Kind::kUsbPrinter && !device.name.empty()) {
+        return device.name;
+    }
+    const bool hasBoth = !device.vendor.empty() && !device.model.empty();
+    std::string heading = device.vendor;
+    heading.append(hasBoth ? " " : "").append(device.model);
+    return heading;
+}
+
+Html deviceItem(const Device& device)
+{
+    Html out;
+    out << "\n<li>" << deviceIcon(device.kind) << "<div><h3><bdi>" << Text{headingOf(device)}
+        << R"(</bdi></h3><p class="quiet">)" << kindLabel(device.kind);
+    if (device.kind != Device::Kind::kUsbPrinter && !device.name.empty()) {
+        out << " <bdi>" << Text{device.name} << "</bdi>";
+    } else if (device.kind == Device::Kind::kUsbPrinter && !device.vendor.empty()) {
+        out << " by <bdi>" << Text{device.vendor} << "</bdi>";
+    }
+    if (!device.serial.empty()) {
+        out << R"(<br>Serial number <bdi>)" << Text{device.serial} << "</bdi>";
+    }
+    out << "</p></div>";
+    if (!device.capacity.empty()) {
+        out << R"(<p class="capacity"><bdi>)" << Text{device.capacity} << "</bdi> GB</p>";
+    }
+    out << "</li>";
+    return out;
+}
+
+Html deviceSection(const Facts& facts)
+{
+    Html out;
+    out << R"(<section class="card" aria-labelledby="devices">
+<h2 id="devices">Drives and printers</h2>
+<p class="drive-count" data-drives=")"
+        << Text{std::to_string(countInternal(facts))} << R"(" hidden></p>
+)";
+    if (!facts.areDevicesKnown) {
+        out << "<p>The appliance does not tell what is attached.</p>";
+    } else if (facts.devices.empty()) {
+        out << "<p>Nothing is attached.</p>";
+    }
+    out << R"(<ul class="devices">)";
+    for (const Device& device : facts.devices) {
+        out << deviceItem(device);
+    }
+    out << "\n</ul>\n</section>\n";
+    return out;
+}
+
+// ---- Network and system -----------------------------------------------------------------------
+
+std::string wordProtocol(const std::string& protocol)
+{
+    return (protocol == "dhcp_client") ? "automatic (DHCP)" : protocol;
+}
+
+Html networkSection(const Facts& facts)
+{
+    Html out;
+    out << R"(<section class="card" aria-labelledby="network">
+<h2 id="network">Network</h2>
+<dl class="facts">
+)" << fact("Address", facts.address)
+        << fact("Network mask", facts.netmask) << fact("Gateway", facts.gateway)
+        << fact("Hardware address", facts.hardwareAddress)
+        << fact("Configuration", wordProtocol(facts.protocol)) << "</dl>\n</section>\n";
+    return out;
+}
+
+Html systemSection(const Facts& facts)
+{
+    Html out;
+    out << R"(<section class="card" aria-labelledby="system">
+<h2 id="system">System</h2>
+<dl class="facts">
+)" << fact("Build", facts.build)
+        << fact("Remote sync", facts.isSyncOn ? "on" : "off") << "</dl>\n</section>\n";
+    return out;
+}
+
+Html setupHint()
+{
+    Html content;
+    content << R"(<p>This appliance has not been set up yet. <a href=")" << kProgramUrl
+            << R"(/setup">Set it up now</a></p>)";
+    return notice(Mood::kNeutral, content);
+}
+
+} // namespace
+
+Page makeOverview(Visit& visit)
+{
+    const Facts facts = gather(visit.script);
+    Page page;
+    page.title = "Overview";
+    page.body << (facts.isSetUp ? Html() : setupHint()) << tiles(facts) << shareSection(facts)
+              << R"(<div class="columns">)" << deviceSection(facts) << R"(<div>)"
+              << networkSection(facts) << systemSection(facts) << "</div></div>\n";
+    return page;
+}
+
+} // namespace page

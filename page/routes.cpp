@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#include "page/routes.h"
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+
+#include "page/module.h"
+#include "page/response.h"
+#include "page/token.h"
+
+namespace page {
+namespace {
+
+constexpr int kNotFound = 404;
+constexpr int kMethodNotAllowed = 405;
+constexpr int kFailure = 500;
+
+constexpr std::array<Place, 3> kPlaces = {{
+    {"", "Overview", makeOverview, false},
+    {"/setup", "Setup", makeSetup, true},
+    {"/sync", "Sync", makeSync, true},
+}};
+
+std::string applianceName()
+{
+    Script unused;
+    return unused.run([] { return std::string(module::getvar("machine_name")); });
+}
+
+const Place& findPlace(const Request& request)
+{
+    const std::string_view path = (request.path == "/") ? "" : std::string_view(request.path);
+    const auto* place = std::ranges::find(kPlaces, path, &Place::path);
+    if (place == kPlaces.end()) {
+        throw Refusal(kNotFound, "There is no such page.");
+    }
+    if (request.isPost() && !place->takesForms) {
+        throw Refusal(kMethodNotAllowed, "This page takes no forms.");
+    }
+    return *place;
+}
+
+Response answerGood(std::FILE* body)
+{
+    const Request request = readRequest(body);
+    checkHost(request, applianceName);
+    const Place& place = findPlace(request);
+    checkToken(request);
+
+    Response response;
+    response.nonce = makeToken();
+    response.newToken = request.token.empty() ? makeToken() : "";
+    Script script;
+    Visit visit{request, request.token + response.newToken, script};
+    const Page page = place.make(visit);
+    // The name comes last: the page may just have changed it.
+    response.page = layOut({place.path, response.nonce, applianceName()}, page, script);
+    return response;
+}
+
+Response answerBad(int status, const std::string& reason)
+{
+    Response response;
+    response.status = status;
+    response.nonce = makeToken();
+    Html content;
+    content << "<p>" << Text{reason} << "</p>";
+    Page page;
+    page.title = "That did not work";
+    page.body << notice(Mood::kBad, content);
+    response.page = layOut({"-", response.nonce, ""}, page, Script());
+    return response;
+}
+
+Response makeResponse(std::FILE* body)
+{
+    try {
+        return answerGood(body);
+    } catch (const Refusal& refusal) {
+        return answerBad(refusal.status(), refusal.what());
+    } catch (const std::exception& failure) {
+        std::cerr << "vokpage: " << failure.what() << "\n";
+        return answerBad(kFailure, "The page could not be made. The web server's log tells why.");
+    }
+}
+
+bool wantsHeadersOnly()
+{
+    const char* method = std::getenv("REQUEST_METHOD");
+    return method != nullptr && std::string_view(method) == "HEAD";
+}
+
+} // namespace
+
+std::span<const Place> places()
+{
+    return kPlaces;
+}
+
+std::string answer(std::FILE* body)
+{
+    return render(makeResponse(body), wantsHeadersOnly());
+}
+
+} // namespace page

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+//
+// routes.h: which page answers a request.
+#pragma once
+
+#include <cstdio>
+#include <span>
+#include <string>
+
+#include "page/layout.h"
+
+namespace page {
+
+/// All pages, in the order of the navigation.
+[[nodiscard]] std::span<const Place> places();
+
+/// Answers the request that the environment and a stream hold: headers and page, to be written to
+/// standard output as they are.
+[[nodiscard]] std::string answer(std::FILE* body);
+
+} // namespace page

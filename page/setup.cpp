@@ -1,0 +1,272 @@
+// SPDX-License-Identifier: MIT
+//
+// The setup: a form of several steps. Each step carries the answers of those before it along, so
+// that nothing is stored before the last.
+#include <string>
+#include <vector>
+
+#include "page/layout.h"
+#include "page/module.h"
+#include "page/pages.h"
+#include "page/setup_apply.h"
+#include "page/setup_form.h"
+
+namespace page {
+namespace {
+
+constexpr Literal kUrl = "/setup";
+
+/// Where the setup stands.
+struct Setup {
+    SetupStep step;
+    SetupValues values;
+    bool isRefused; ///< as in Standing
+    std::vector<std::string> failures;
+};
+
+// ---- Steps ------------------------------------------------------------------------------------
+
+/// What the appliance has now stands in the fields that nobody has filled yet.
+void fillIn(SetupValues& values)
+{
+    if (values.language.empty()) {
+        values.language = module::kytegetSysVar("<language>", "tovGetLanguage");
+    }
+    if (values.hostName.empty()) {
+        values.hostName = module::getvar("machine_name");
+    }
+    if (values.shareName.empty()) {
+        values.shareName = module::getvar("pel_pubshare_name");
+    }
+}
+
+/// Has the module say which step this is, to the page's script and to us.
+SetupStep announce(const Form& form, SetupStep step)
+{
+    Form announced = form;
+    announced.set("next_page", std::to_string(step));
+    const CurrentForm current(announced);
+    return static_cast<SetupStep>(module::printNextPage());
+}
+
+Setup stand(Visit& visit)
+{
+    return visit.script.run([&visit] {
+        const Form& form = visit.request.form;
+        const Standing standing = standingOf(form);
+        Setup setup{};
+        setup.step = announce(form, standing.step);
+        setup.isRefused = standing.isRefused;
+        setup.values = readSetupValues(form);
+        if (setup.step == kApplied) {
+            setup.failures = applySetup(setup.values);
+        } else if (!setup.isRefused) {
+            fillIn(setup.values);
+        }
+        return setup;
+    });
+}
+
+// ---- Parts ------------------------------------------------------------------------------------
+
+Html stepList()
+{
+    Html out;
+    out << R"(<ol class="steps">
+<li data-step="0">Name and language</li>
+<li data-step="1">Public share</li>
+<li data-step="2">Check</li>
+</ol>
+)";
+    return out;
+}
+
+Html hidden(Literal name, std::string_view value)
+{
+    Html out;
+    out << R"(<input type="hidden" name=")" << name << R"(" value=")" << Text{value} << "\">\n";
+    return out;
+}
+
+/// The first button is the one that the enter key presses.
+Html buttons(Literal next, Literal nextLabel, Literal back)
+{
+    Html out;
+    out << R"(<p class="buttons"><button class="main" name="next_page" value=")" << next << R"(">)"
+        << nextLabel << "</button>";
+    if (!back.view().empty()) {
+        out << R"(<button name="next_page" value=")" << back << R"(" formnovalidate>Back</button>)";
+    }
+    out << "</p>\n</form>\n";
+    return out;
+}
+
+/// What is wrong with a field, for the place right below it.
+Html complaint(Literal id, std::string_view words)
+{
+    Html out;
+    if (!words.empty()) {
+        out << R"(<p class="complaint" id=")" << id
+            << R"("><span aria-hidden="true">&#10005;</span> )" << Text{words} << "</p>\n";
+    }
+    return out;
+}
+
+Html invalidMark(Literal id, std::string_view words)
+{
+    Html out;
+    if (!words.empty()) {
+        out << R"( aria-invalid="true" aria-describedby=")" << id << R"(")";
+    }
+    return out;
+}
+
+Html languageField(const Setup& setup)
+{
+    const std::string_view words = setup.isRefused ? complainOfLanguage(setup.values.language) : "";
+    Html out;
+    out << R"(<p class="field"><label for="language">Language</label>
+<select id="language" name="language")"
+        << invalidMark("language-complaint", words) << ">";
+    for (const Language& language : kLanguages) {
+        out << R"(<option value=")" << Text{language.name} << R"(")";
+        if (language.name == setup.values.language) {
+            out << " selected";
+        }
+        out << ">" << language.label << "</option>";
+    }
+    out << "</select></p>\n" << complaint("language-complaint", words);
+    return out;
+}
+
+Html hostNameField(const Setup& setup)
+{
+    const std::string_view words = setup.isRefused ? complainOfHostName(setup.values.hostName) : "";
+    Html out;
+    out << R"(<p class="field"><label for="host_name">Name of the appliance</label>
+<input id="host_name" name="host_name" value=")"
+        << Text{setup.values.hostName}
+        << R"(" required minlength="2" maxlength="32" pattern="[A-Za-z0-9\-]{2,32}"
+autocomplete="off" autocapitalize="none" spellcheck="false" title="Letters A to Z, digits and hyphens")"
+        << invalidMark("host_name-complaint", words) << ">\n"
+        << R"(<span class="quiet">Letters A to Z, digits and hyphens. Other computers find the )"
+        << "appliance by this name.</span></p>\n"
+        << complaint("host_name-complaint", words);
+    return out;
+}
+
+Html shareNameField(const Setup& setup)
+{
+    const std::string_view words =
+        setup.isRefused ? complainOfShareName(setup.values.shareName) : "";
+    Html out;
+    out << R"(<p class="field"><label for="share_name">Name of the public share</label>
+<input id="share_name" name="share_name" value=")"
+        << Text{setup.values.shareName} << R"(" required maxlength="64" autocomplete="off")"
+        << invalidMark("share_name-complaint", words) << ">\n"
+        << R"(<span class="quiet">Everybody in the network may read and write what is in it.)"
+        << "</span></p>\n"
+        << complaint("share_name-complaint", words);
+    return out;
+}
+
+Literal languageLabel(std::string_view name)
+{
+    const Language* language = findLanguage(name);
+    return (language != nullptr) ? language->label : "";
+}
+
+Html summaryFacts(const SetupValues& values)
+{
+    Html out;
+    out << R"(<dl class="facts"><div><dt>Language</dt><dd>)" << languageLabel(values.language)
+        << "</dd></div>\n"
+        << fact("Name of the appliance", values.hostName) << fact("Public share", values.shareName)
+        << "</dl>\n";
+    return out;
+}
+
+// ---- One function a step ----------------------------------------------------------------------
+
+Html naming(const Visit& visit, const Setup& setup)
+{
+    Html out;
+    out << "<h2>Step 1 of 3: name and language</h2>\n"
+        << openForm(visit, kUrl) << languageField(setup) << hostNameField(setup)
+        << hidden("share_name", setup.values.shareName) << buttons("1", "Next", "");
+    return out;
+}
+
+Html sharing(const Visit& visit, const Setup& setup)
+{
+    Html out;
+    out << "<h2>Step 2 of 3: public share</h2>\n"
+        << openForm(visit, kUrl) << shareNameField(setup)
+        << hidden("language", setup.values.language) << hidden("host_name", setup.values.hostName)
+        << buttons("2", "Next", "0");
+    return out;
+}
+
+Html summary(const Visit& visit, const Setup& setup)
+{
+    Html out;
+    out << "<h2>Step 3 of 3: check</h2>\n<p>Nothing has been changed yet. Is this right?</p>\n"
+        << summaryFacts(setup.values) << openForm(visit, kUrl)
+        << hidden("language", setup.values.language) << hidden("host_name", setup.values.hostName)
+        << hidden("share_name", setup.values.shareName) << buttons("3", "Apply", "1");
+    return out;
+}
+
+Html outcome(const Setup& setup)
+{
+    Html content;
+    if (setup.failures.empty()) {
+        content << "<p>The setup is done.</p>";
+        return notice(Mood::kGood, content);
+    }
+    content << "<p>Not everything could be stored:</p>\n<ul>";
+    for (const std::string& failure : setup.failures) {
+        content << "<li>" << Text{failure} << "</li>";
+    }
+    content << "</ul>\n<p>All else is stored as you chose it. You can repeat the setup.</p>";
+    return notice(Mood::kBad, content);
+}
+
+Html applied(const Setup& setup)
+{
+    Html out;
+    out << outcome(setup) << summaryFacts(setup.values)
+        << R"(<p class="buttons"><a class="button" href=")" << kProgramUrl
+        << R"(">To the overview</a></p>
+)";
+    return out;
+}
+
+Html content(const Visit& visit, const Setup& setup)
+{
+    switch (setup.step) {
+    case kNaming:
+        return naming(visit, setup);
+    case kSharing:
+        return sharing(visit, setup);
+    case kSummary:
+        return summary(visit, setup);
+    case kApplied:
+        break;
+    }
+    return applied(setup);
+}
+
+} // namespace
+
+Page makeSetup(Visit& visit)
+{
+    const Setup setup = stand(visit);
+    Page page;
+    page.title = "Setup";
+    page.body << stepList() << R"(<section class="card narrow">)" << content(visit, setup)
+              << "</section>\n";
+    return page;
+}
+
+} // namespace page

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+#include "page/setup_form.h"
+
+#include <algorithm>
+
+namespace page {
+namespace {
+
+bool isOfHostName(char c)
+{
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-';
+}
+
+std::string_view trim(std::string_view text)
+{
+    constexpr std::string_view kBlanks = " \t";
+    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+bool isControl(char c)
+{
+    return (c >= '\0' && c < ' ') || c == '\x7F';
+}
+
+bool isUtf8(std::string_view text)
+{
+    while (!text.empty()) {
+        const std::size_t size = characterSize(text);
+        if (size == 0) {
+            return false;
+        }
+        text.remove_prefix(size);
+    }
+    return true;
+}
+
+/// The step that the form asks for.
+SetupStep wantedStep(std::string_view field)
+{
+    constexpr std::array<std::string_view, 4> kNumbers = {"0", "1", "2", "3"};
+    const auto* found = std::ranges::find(kNumbers, field);
+    return (found != kNumbers.end()) ? static_cast<SetupStep>(found - kNumbers.begin()) : kNaming;
+}
+
+} // namespace
+
+const Language* findLanguage(std::string_view name)
+{
+    const auto* found = std::ranges::find(kLanguages, name, &Language::name);
+    return (found != kLanguages.end()) ? found : nullptr;
+}
+
+SetupValues readSetupValues(const Form& form)
+{
+    return {
+        .language = std::string(form.value("language")),
+        .hostName = std::string(trim(form.value("host_name"))),
+        .shareName = std::string(trim(form.value("share_name"))),
+    };
+}
+
+std::string_view complainOfLanguage(std::string_view name)
+{
+    return (findLanguage(name) != nullptr) ? "" : "Choose one of the languages.";
+}
+
+std::string_view complainOfHostName(std::string_view name)
+{
+    constexpr std::size_t kShortest = 2;
+    constexpr std::size_t kLongest = 32;
+    const bool isGood = name.size() >= kShortest && name.size() <= kLongest &&
+                        std::ranges::all_of(name, isOfHostName);
+    return isGood ? "" : "A name has 2 to 32 characters: letters A to Z, digits and hyphens.";
+}
+
+std::string_view complainOfShareName(std::string_view name)
+{
+    constexpr std::size_t kLongest = 64;
+    constexpr std::string_view kForbidden = "/\\:*?\"<>|";
+    if (name.empty()) {
+        return "Give the share a name.";
+    }
+    if (name.size() > kLongest) {
+        return "This name is too long.";
+    }
+    if (!isUtf8(name) || std::ranges::any_of(name, isControl) ||
+        name.find_first_of(kForbidden) != name.npos) {
+        return "The name of a share has none of the characters / \\ : * ? \" < > | in it.";
+    }
+    return "";
+}
+
+Standing standingOf(const Form& form)
+{
+    const SetupStep wanted = wantedStep(form.value("next_page"));
+    const SetupValues values = readSetupValues(form);
+    const bool isNamed =
+        complainOfLanguage(values.language).empty() && complainOfHostName(values.hostName).empty();
+    if (wanted > kNaming && !isNamed) {
+        return {.step = kNaming, .isRefused = true};
+    }
+    if (wanted > kSharing && !complainOfShareName(values.shareName).empty()) {
+        return {.step = kSharing, .isRefused = true};
+    }
+    return {.step = wanted, .isRefused = false};
+}
+
+} // namespace page

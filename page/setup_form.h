@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+//
+// setup_form.h: what the steps of the setup ask, and which answers are good. Computed on values
+// alone.
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "page/form.h"
+#include "page/html.h"
+
+namespace page {
+
+/// The steps, as the field "next_page" counts them.
+enum SetupStep {
+    kNaming = 0,  ///< language and host name
+    kSharing = 1, ///< the public share's name
+    kSummary = 2,
+    kApplied = 3,
+};
+
+struct Language {
+    std::string_view name; ///< as the system script knows it
+    std::string_view code; ///< as the variable "language_current" keeps it
+    Literal label;
+};
+
+inline constexpr std::array<Language, 7> kLanguages = {{
+    {"english", "en", "English"},
+    {"french", "fr", "Fran\u00E7ais"},
+    {"german", "ge", "Deutsch"},
+    {"spanish", "sp", "Espa\u00F1ol"},
+    {"italian", "it", "Italiano"},
+    {"chinese", "sc", "\u7B80\u4F53\u4E2D\u6587"},
+    {"traditional_chinese", "tc", "\u7E41\u9AD4\u4E2D\u6587"},
+}};
+
+/// @return one of the seven; null for another name
+[[nodiscard]] const Language* findLanguage(std::string_view name);
+
+struct SetupValues {
+    std::string language;
+    std::string hostName;
+    std::string shareName;
+};
+
+/// The fields "language", "host_name" and "share_name"; blanks around the two names do not count.
+[[nodiscard]] SetupValues readSetupValues(const Form& form);
+
+// What is wrong with a value, in words; empty where nothing is. Language and host name go unquoted
+// to a shell line, so that these are also the checks that keep foreign commands out.
+[[nodiscard]] std::string_view complainOfLanguage(std::string_view name);
+[[nodiscard]] std::string_view complainOfHostName(std::string_view name);
+[[nodiscard]] std::string_view complainOfShareName(std::string_view name);
+
+/// Where a form is.
+struct Standing {
+    SetupStep step;
+    bool isRefused; ///< whether an answer of that step kept the form from the step that it asks for
+};
+
+/// A form is at the step that it asks for, or at the first before it whose answers are not good.
+/// One that asks for nothing or for nonsense is at the first.
+[[nodiscard]] Standing standingOf(const Form& form);
+
+} // namespace page

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+//
+// Which step a form of several steps is at.
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+#include "core/core.h"
+#include "vokcontrol.h"
+
+namespace {
+
+using FieldText = std::array<char, 256>;
+
+bool readField(FieldText& text)
+{
+    // Only a page engine has form fields.
+    return cgiFormStringNoNewlines != nullptr &&
+           cgiFormStringNoNewlines("next_page", text.data(), static_cast<int>(text.size())) == 0;
+}
+
+} // namespace
+
+int printNextPage(void)
+{
+    FieldText text = {};
+    if (!readField(text)) {
+        text[0] = '0';
+    }
+    const int page = static_cast<int>(std::strtol(text.data(), nullptr, 10));
+    std::printf("function this_page()\n{\n\treturn %d;\n}\n", page);
+    core::printComment("printNextPage() this_page() { return %d;}", page);
+    return page;
+}

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+//
+// system_status.h: the report of the system script on everything that is attached. Each value
+// stands on a line of its own, between tags.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include "core/core.h"
+
+namespace pagehelpers {
+
+inline constexpr const char* kInternalDisk = "<HDDInfo>";
+
+/// A line of the report; longer ones come in pieces.
+using ReportLine = std::array<char, 512>;
+
+/// Builds the line that writes the report into a file.
+[[nodiscard]] core::CommandLine reportCommand(const char* path);
+
+[[nodiscard]] bool contains(const ReportLine& line, const char* tag);
+
+/// The text behind a tag that the line contains, up to the next "<" or the line's end, 40
+/// characters at most.
+[[nodiscard]] std::string_view valueBehind(const ReportLine& line, const char* tag);
+
+/// The same as a decimal number; 0 where it is none.
+[[nodiscard]] std::int32_t numberBehind(const ReportLine& line, const char* tag);
+
+} // namespace pagehelpers

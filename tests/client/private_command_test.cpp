@@ -1,0 +1,379 @@
+// SPDX-License-Identifier: MIT
+//
+// "vokctl private" as people and scripts call it.
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "tests/support/vokserve.h"
+
+namespace {
+
+using root::le32;
+using Strings = std::vector<std::string>;
+
+namespace fs = std::filesystem;
+
+const std::string kPrivateFile = "/etc/pelconfig/vokcontrol/vokcontrol-private.txt";
+const std::string kReplaced = "vokctl: the private file was replaced\n";
+const std::string kMine = "/stubs/mine";
+
+/// What was sent to a service that gives these answers, one a connection, and how vokctl ended.
+struct Exchange {
+    Strings frames;
+    root::Ended ended;
+};
+
+Exchange exchange(Strings arguments, const Strings& answers)
+{
+    const std::string path = "/tmp/other";
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    EXPECT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(::listen(listener, 1), 0);
+    arguments.insert(arguments.begin(), root::built("vokctl"));
+    arguments.insert(arguments.end(), {"--socket", path});
+    root::Program client(arguments);
+    Strings frames;
+    for (const std::string& answer : answers) {
+        const int socket = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+        frames.emplace_back();
+        for (char byte = 0; ::read(socket, &byte, 1) > 0;) {
+            frames.back() += byte;
+        }
+        EXPECT_EQ(::write(socket, answer.data(), answer.size()),
+                  static_cast<ssize_t>(answer.size()));
+        ::close(socket);
+    }
+    ::close(listener);
+    std::filesystem::remove(path);
+    return {frames, client.wait()};
+}
+
+/// Bytes of every value, a zero first.
+std::string binary(std::size_t size)
+{
+    std::string bytes;
+    for (std::size_t i = 0; i < size; ++i) {
+        bytes += static_cast<char>(i & 0xFFU);
+    }
+    return bytes;
+}
+
+class PrivateCommand : public root::ServedTest {
+  protected:
+    void SetUp() override
+    {
+        root::ServedTest::SetUp();
+        // Once it has answered it is all there, and ends as it should however short a test is.
+        for (int tries = 0; tries < 500 && vokctl({"raw", "gubs"}).exitCode != 0; ++tries) {
+            ::usleep(10000);
+        }
+    }
+
+    /// Calls vokctl with these bytes on standard input.
+    static root::Ended callWithInput(const Strings& arguments, const std::string& input)
+    {
+        root::writeFile("/stubs/input", input);
+        Strings whole = {"/usr/bin/sh", "-c", "exec \"$@\" </stubs/input", "sh",
+                         root::built("vokctl")};
+        whole.insert(whole.end(), arguments.begin(), arguments.end());
+        whole.insert(whole.end(), {"--socket", "/tmp/socket"});
+        return root::run(whole);
+    }
+
+    static root::Ended put(const std::string& content)
+    {
+        root::writeFile(kMine, content);
+        return vokctl({"private", "put", kMine});
+    }
+
+    static void expectStored(const std::string& content)
+    {
+        SCOPED_TRACE(content.size());
+        expectEnd(put(content), 0, "", kReplaced);
+        EXPECT_EQ(root::readFile(kPrivateFile), content);
+        EXPECT_FALSE(root::exists("/tmp/vokcontrol.tmp"));
+        EXPECT_EQ(root::readFile(kMine), content);
+    }
+
+    static void expectWrongUsage(const root::Ended& ended, const std::string& sentence)
+    {
+        expectEnd(ended, 2, "", "vokctl: " + sentence + "\n");
+    }
+
+    static void expectRefusal(const root::Ended& ended, const std::string& sentence)
+    {
+        expectEnd(ended, 1, "", "vokctl: " + sentence + "\n");
+    }
+
+    static std::string sent(std::uint32_t announced, const std::string& content)
+    {
+        return "gprt " + le32(2) + "\n" + le32(announced) + "\n" + content;
+    }
+};
+
+// ---- There and back ---------------------------------------------------------------------------
+
+TEST_F(PrivateCommand, framesAreExact)
+{
+    root::writeFile(kMine, "hello");
+    const Exchange putting = exchange({"private", "put", kMine}, {le32(0)});
+    EXPECT_EQ(putting.frames, Strings{"spvt " + le32(2) + "\n" + le32(5) + "\nhello\n"});
+    expectEnd(putting.ended, 0, "", kReplaced);
+    const Exchange getting = exchange({"private", "get", "-"}, {sent(5, "hello")});
+    EXPECT_EQ(getting.frames, Strings{"gpvt " + le32(0) + "\n"});
+    expectEnd(getting.ended, 0, "hello", "");
+}
+
+TEST_F(PrivateCommand, everySizeComesBackByteForByte)
+{
+    for (const std::size_t size : {1U, 2U, 5U, 9U, 11U, 33U, 255U, 256U, 257U, 1000U, 1999U, 2559U,
+                                   2816U, 4000U, 4069U, 4070U}) {
+        expectStored(binary(size));
+        expectEnd(vokctl({"private", "get", "/stubs/back"}), 0, "", "");
+        EXPECT_EQ(root::readFile("/stubs/back"), binary(size));
+        expectEnd(vokctl({"private", "get", "-"}), 0, binary(size), "");
+    }
+}
+
+TEST_F(PrivateCommand, textComesBackToo)
+{
+    const std::string content = "name = Anna's box\nkey = 7f;3a|[x] (y) {z} <w> & 100%\n";
+    expectStored(content);
+    expectEnd(vokctl({"private", "get", "-"}), 0, content, "");
+    const std::string newlines(33, '\n');
+    expectStored(newlines);
+    expectEnd(vokctl({"private", "get", "-"}), 0, newlines, "");
+}
+
+TEST_F(PrivateCommand, oneByteOfEachValueComesBack)
+{
+    for (const int value : {0x00, 0x01, 0x0A, 0x0D, 0x20, 0x27, 0x61, 0x7F, 0x80, 0xFF}) {
+        const std::string content(1, static_cast<char>(value));
+        expectStored(content);
+        expectEnd(vokctl({"private", "get", "-"}), 0, content, "");
+    }
+}
+
+TEST_F(PrivateCommand, standardInputIsAFile)
+{
+    expectEnd(callWithInput({"private", "put", "-"}, binary(4070)), 0, "", kReplaced);
+    EXPECT_EQ(root::readFile(kPrivateFile), binary(4070));
+}
+
+/// What was put there by others may be larger than what can be sent, and of any size.
+TEST_F(PrivateCommand, largerFileIsFetchedWhole)
+{
+    for (const std::size_t size : {10U, 2560U, 4096U, 10000U, 100000U}) {
+        root::writeFile(kPrivateFile, binary(size));
+        expectEnd(vokctl({"private", "get", "/stubs/back"}), 0, "", "");
+        EXPECT_EQ(root::readFile("/stubs/back"), binary(size));
+    }
+}
+
+// ---- get --------------------------------------------------------------------------------------
+
+TEST_F(PrivateCommand, fetchedFileReplacesOneThatIsThere)
+{
+    root::writeFile(kPrivateFile, "new");
+    fs::create_directory("/stubs/folder");
+    root::writeFile("/stubs/folder/back", "an older and longer one");
+    expectEnd(vokctl({"private", "get", "/stubs/folder/back"}), 0, "", "");
+    EXPECT_EQ(root::readFile("/stubs/folder/back"), "new");
+    EXPECT_EQ(root::list("/stubs/folder"), Strings{"back"});
+}
+
+TEST_F(PrivateCommand, fileThatCannotBeWrittenIsAFailureAndStays)
+{
+    root::writeFile(kPrivateFile, "new");
+    fs::create_directories("/stubs/folder/back");
+    for (const char* path : {"/stubs/none/back", "/stubs/folder/back"}) {
+        expectEnd(vokctl({"private", "get", path}), 8, "",
+                  "vokctl: cannot write " + std::string(path) + "\n");
+    }
+    EXPECT_EQ(root::list("/stubs/folder"), Strings{"back"});
+    root::writeFile("/etc/pelconfig/back", "old");
+    root::fillDisk("/etc/pelconfig");
+    expectEnd(vokctl({"private", "get", "/etc/pelconfig/back"}), 8, "",
+              "vokctl: cannot write /etc/pelconfig/back\n");
+    EXPECT_EQ(root::readFile("/etc/pelconfig/back"), "old");
+    EXPECT_FALSE(root::exists("/etc/pelconfig/back.part"));
+}
+
+TEST_F(PrivateCommand, standardOutputThatIsFullIsAFailure)
+{
+    root::writeFile(kPrivateFile, "new");
+    const root::Ended ended =
+        root::run({"/usr/bin/sh", "-c", "exec \"$@\" >/dev/full", "sh", root::built("vokctl"),
+                   "private", "get", "-", "--socket", "/tmp/socket"});
+    expectEnd(ended, 8, "", "vokctl: cannot write to standard output\n");
+}
+
+TEST_F(PrivateCommand, refusedFetchIsSaidInWordsAndMakesNoFile)
+{
+    const auto get = [] { return vokctl({"private", "get", "/stubs/back"}); };
+    expectRefusal(get(), "the appliance has no private file (0x70000001)");
+    root::writeFile(kPrivateFile, "");
+    expectRefusal(get(), "the appliance's private file is empty (0x70000002)");
+    root::writeFile(kPrivateFile, "hello");
+    fs::permissions(kPrivateFile, fs::perms(0));
+    expectRefusal(get(), "the appliance cannot read its private file (0x70000003)");
+    EXPECT_FALSE(root::exists("/stubs/back"));
+}
+
+TEST_F(PrivateCommand, fetchedBytesThatDoNotAddUpCannotBeRead)
+{
+    const Strings answers = {
+        "",
+        le32(0),
+        "gprt " + le32(2) + "\n",
+        "gprt " + le32(2) + "\n" + le32(5),
+        sent(5, "hell"),
+        sent(5, "hello!"),
+        sent(0, "hello"),
+        sent(0xFFFFFFFF, "hello"),
+        "gprt " + le32(2) + "\n" + le32(5) + " hello",
+        "gprt " + le32(1) + "\n" + le32(5) + "\nhello",
+        "gprx " + le32(2) + "\n" + le32(5) + "\nhello",
+    };
+    for (const std::string& answer : answers) {
+        const root::Ended ended = exchange({"private", "get", "/stubs/back"}, {answer}).ended;
+        EXPECT_EQ(ended.exitCode, 7) << testing::PrintToString(answer);
+        EXPECT_EQ(ended.output, "");
+        EXPECT_EQ(ended.errors.find("vokctl: the answer cannot be read; it is "), 0U)
+            << ended.errors;
+    }
+    EXPECT_FALSE(root::exists("/stubs/back"));
+}
+
+/// A private file may hold the nine bytes of an error.
+TEST_F(PrivateCommand, contentThatLooksLikeAnErrorIsNone)
+{
+    root::writeFile(kPrivateFile, "erro " + le32(0x70000001));
+    expectEnd(vokctl({"private", "get", "-"}), 0, "erro " + le32(0x70000001), "");
+    root::writeFile(kPrivateFile, "serv " + le32(0x53000005) + std::string(1, '\0'));
+    expectEnd(vokctl({"private", "get", "-"}), 0, "serv " + le32(0x53000005) + std::string(1, '\0'),
+              "");
+}
+
+// ---- put --------------------------------------------------------------------------------------
+
+TEST_F(PrivateCommand, sizesThatCannotBeSentAreWrongUsage)
+{
+    root::writeFile(kPrivateFile, "former");
+    for (const std::size_t size : {0U, 4071U, 4096U, 100000U}) {
+        const std::string sentence =
+            "a private file has 1 to 4070 bytes; this one has " + std::to_string(size);
+        expectWrongUsage(put(binary(size)), sentence);
+        expectWrongUsage(callWithInput({"private", "put", "-"}, binary(size)), sentence);
+    }
+    for (const std::size_t size : {10U, 266U, 522U, 2560U, 2561U, 2815U, 3850U}) {
+        expectWrongUsage(put(binary(size)),
+                         "a file of " + std::to_string(size) +
+                             " bytes cannot be sent: its size holds a newline byte. Make it longer "
+                             "or shorter.");
+    }
+    EXPECT_EQ(root::readFile(kPrivateFile), "former");
+}
+
+TEST_F(PrivateCommand, fileThatCannotBeReadIsWrongUsage)
+{
+    expectWrongUsage(vokctl({"private", "put", "/stubs/none"}), "cannot read /stubs/none");
+    expectWrongUsage(vokctl({"private", "put", "/stubs"}), "cannot read /stubs");
+    root::writeFile(kMine, "hello");
+    fs::permissions(kMine, fs::perms(0));
+    expectWrongUsage(vokctl({"private", "put", kMine}), "cannot read " + kMine);
+    EXPECT_FALSE(root::exists(kPrivateFile));
+}
+
+TEST_F(PrivateCommand, contentThatWouldSpeakToTheShellIsRefused)
+{
+    root::writeFile(kPrivateFile, "former");
+    for (const char* content :
+         {"`touch /tmp/harm`", "$(touch /tmp/harm)", "\"; touch /tmp/harm; \""}) {
+        expectRefusal(put(content), "the appliance does not take a file of this size, or with this "
+                                    "content (0xFF000003)");
+    }
+    EXPECT_FALSE(root::exists("/tmp/harm"));
+    EXPECT_EQ(root::readFile(kPrivateFile), "former");
+}
+
+TEST_F(PrivateCommand, uploadsThatFailAreSaidInWords)
+{
+    fs::permissions(root::kStatusFolder, fs::perms(0555));
+    expectRefusal(put("hello"),
+                  "the appliance cannot make the private file; the former one is still there "
+                  "(0x60000001)");
+    fs::permissions(root::kStatusFolder, fs::perms(0755));
+    fs::create_directories(kPrivateFile + "/inside");
+    expectRefusal(put("hello"),
+                  "the appliance keeps the new file, but cannot remove the former one "
+                  "(0xFF000006)");
+    EXPECT_EQ(root::readFile(kPrivateFile), "hello");
+}
+
+TEST_F(PrivateCommand, formerFileIsStillThereWhenTheDiskIsFull)
+{
+    root::writeFile(kPrivateFile, "former");
+    // The disk is full as soon as the former file is out of the way, until it comes back.
+    root::stub("mv", "filler=/etc/pelconfig/filler\n"
+                     "rm -f $filler\n"
+                     "/usr/bin/mv \"$@\" || exit\n"
+                     "case $2 in /tmp/*) dd if=/dev/zero of=$filler bs=4k 2>/dev/null ;; esac");
+    expectRefusal(put("hello"),
+                  "the appliance cannot write the private file; the former one is still there "
+                  "(0x60000006)");
+    EXPECT_EQ(root::readFile(kPrivateFile), "former");
+}
+
+/// What a client of its own making would be told; this one never sends such requests.
+TEST_F(PrivateCommand, otherRefusalsAreSaidInWords)
+{
+    root::writeFile(kMine, "hello");
+    const std::vector<std::pair<std::uint32_t, std::string>> refusals = {
+        {0x60000002, "an empty file cannot be kept (0x60000002)"},
+        {0x60000003, "the appliance cannot write the private file; the former one is still there "
+                     "(0x60000003)"},
+        {0x60000004, "the file did not come whole; the former one is still there (0x60000004)"},
+        {0x60000005, "the file did not end where its size says; the former one is still there "
+                     "(0x60000005)"},
+        {0x60000007, "this client does not know the answer's meaning (0x60000007)"},
+    };
+    for (const auto& [code, sentence] : refusals) {
+        expectRefusal(exchange({"private", "put", kMine}, {le32(code)}).ended, sentence);
+    }
+}
+
+TEST_F(PrivateCommand, answersToUploadsThatCannotBeRead)
+{
+    root::writeFile(kMine, "hello");
+    for (const std::string& answer : Strings{"", "x", le32(0) + "\n", sent(5, "hello")}) {
+        EXPECT_EQ(exchange({"private", "put", kMine}, {answer}).ended.exitCode, 7);
+    }
+}
+
+// ---- Both -------------------------------------------------------------------------------------
+
+TEST_F(PrivateCommand, unreachableServiceAndWrongUsage)
+{
+    root::writeFile(kMine, "hello");
+    for (const char* command : {"get", "put"}) {
+        expectEnd(
+            root::run({root::built("vokctl"), "private", command, kMine, "--socket", "/tmp/none"}),
+            3, "",
+            "vokctl: cannot reach the service at /tmp/none: No such file or directory. Is "
+            "vokserve running?\n");
+        EXPECT_EQ(vokctl({"private", command}).exitCode, 2);
+        EXPECT_EQ(vokctl({"private", command, kMine, "extra"}).exitCode, 2);
+    }
+    EXPECT_EQ(root::readFile(kMine), "hello");
+    EXPECT_EQ(vokctl({"private"}).exitCode, 2);
+    EXPECT_EQ(vokctl({"private", "show", kMine}).exitCode, 2);
+}
+
+} // namespace

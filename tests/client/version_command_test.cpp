@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: MIT
+//
+// "vokctl version" as people and scripts call it.
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "tests/support/vokserve.h"
+
+namespace {
+
+using root::le32;
+using Strings = std::vector<std::string>;
+
+const std::string kBuildFile = "/etc/buildinfo.txt";
+
+/// What was sent to a service that gives these answers, one a connection, and how vokctl ended.
+struct Exchange {
+    Strings frames;
+    root::Ended ended;
+};
+
+Exchange exchange(Strings arguments, const Strings& answers)
+{
+    const std::string path = "/tmp/other";
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    EXPECT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(::listen(listener, 1), 0);
+    arguments.insert(arguments.begin(), root::built("vokctl"));
+    arguments.insert(arguments.end(), {"--socket", path});
+    root::Program client(arguments);
+    Strings frames;
+    for (const std::string& answer : answers) {
+        const int socket = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+        frames.emplace_back();
+        for (char byte = 0; ::read(socket, &byte, 1) > 0;) {
+            frames.back() += byte;
+        }
+        EXPECT_EQ(::write(socket, answer.data(), answer.size()),
+                  static_cast<ssize_t>(answer.size()));
+        ::close(socket);
+    }
+    ::close(listener);
+    std::filesystem::remove(path);
+    return {frames, client.wait()};
+}
+
+class VersionCommand : public root::ServedTest {
+  protected:
+    void SetUp() override
+    {
+        root::ServedTest::SetUp();
+        // Once it has answered it is all there, and ends as it should however short a test is.
+        for (int tries = 0; tries < 500 && vokctl({"raw", "gubs"}).exitCode != 0; ++tries) {
+            ::usleep(10000);
+        }
+    }
+
+    void TearDown() override
+    {
+        std::filesystem::remove_all(kBuildFile);
+        root::ServedTest::TearDown();
+    }
+
+    static void expectVersion(const std::string& content, const std::string& line)
+    {
+        root::writeFile(kBuildFile, content);
+        expectEnd(vokctl({"version"}), 0, line + "\n", "");
+    }
+
+    static void expectRefusal(const std::string& sentence)
+    {
+        expectEnd(vokctl({"version"}), 1, "", "vokctl: " + sentence + "\n");
+    }
+};
+
+TEST_F(VersionCommand, frameHasNoParameters)
+{
+    const Exchange exchanged = exchange({"version"}, {"vert " + le32(1) + "\n1.0\n"});
+    EXPECT_EQ(exchanged.frames, Strings{"vers " + le32(0) + "\n"});
+    expectEnd(exchanged.ended, 0, "1.0\n", "");
+}
+
+TEST_F(VersionCommand, buildIsOneLine)
+{
+    expectVersion("1.0\nbuild 7\n", "1.0 - build 7 - ");
+    expectVersion("1.0", "1.0");
+    expectVersion("\xFF", "");
+    expectVersion(std::string(4085, 'x'), std::string(4085, 'x'));
+    // What the appliance left out is not the client's to tell.
+    expectVersion(std::string(4083, 'x') + "\n", std::string(4083, 'x'));
+}
+
+TEST_F(VersionCommand, hostileTextNeverReachesTheTerminalRaw)
+{
+    expectVersion("1.0\x1B[2J\x01\xC3\xA9\xE9", "1.0\\u{1b}[2J\\u{1}\xC3\xA9\\xe9");
+}
+
+/// A build may end in the nine bytes of an error.
+TEST_F(VersionCommand, textThatLooksLikeAnErrorIsNone)
+{
+    expectVersion("1.0 erro abc", "1.0 erro abc");
+}
+
+TEST_F(VersionCommand, refusalsAreSaidInWords)
+{
+    expectRefusal("the appliance does not know what build it runs (0x40000003)");
+    const std::string badSize =
+        "what the appliance knows of its build is empty or too long (0x40000004)";
+    root::writeFile(kBuildFile, "");
+    expectRefusal(badSize);
+    root::writeFile(kBuildFile, std::string(4086, 'x'));
+    expectRefusal(badSize);
+    root::writeFile(kBuildFile, "1.0\n");
+    std::filesystem::permissions(kBuildFile, std::filesystem::perms(0));
+    expectRefusal("the appliance cannot read what build it runs (0x40000001)");
+    const Exchange exchanged = exchange({"version"}, {"erro " + le32(0x40000002)});
+    expectEnd(exchanged.ended, 1, "",
+              "vokctl: the appliance cannot read what build it runs (0x40000002)\n");
+}
+
+TEST_F(VersionCommand, otherAnswersCannotBeRead)
+{
+    const std::string unreadable = "vokctl: the answer cannot be read; it is ";
+    const std::vector<std::pair<std::string, std::string>> answers = {
+        {"", "empty: the command was ignored, is not known, or failed before it answered"},
+        {"vert " + le32(1) + "\n", "\"vert\" with count 1"},
+        {"vert " + le32(1) + "\na\nb\n", "\"vert\" with count 1\n  a\n  b"},
+        {"verx " + le32(1) + "\na\n", "\"verx\" with count 1\n  a"},
+        {le32(0), "status 0x00000000: good"},
+        {"vert ", "of no shape that this client knows"},
+    };
+    for (const auto& [answer, description] : answers) {
+        expectEnd(exchange({"version"}, {answer}).ended, 7, "", unreadable + description + "\n");
+    }
+}
+
+TEST_F(VersionCommand, unreachableServiceAndWrongUsage)
+{
+    expectEnd(
+        root::run({root::built("vokctl"), "version", "--socket", "/tmp/none"}), 3, "",
+        "vokctl: cannot reach the service at /tmp/none: No such file or directory. Is vokserve "
+        "running?\n");
+    EXPECT_EQ(vokctl({"version", "extra"}).exitCode, 2);
+    EXPECT_EQ(vokctl({"version", "--json"}).exitCode, 2);
+    EXPECT_EQ(vokctl({"version", "--timeout", "0"}).exitCode, 2);
+}
+
+} // namespace

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+//
+// copyText: text on the heap.
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+
+#include "core/core.h"
+
+namespace {
+
+bool isMemoryOut = false;
+
+} // namespace
+
+/// The C library's, but memory runs out on demand.
+extern "C" char* strdup(const char* text) noexcept
+{
+    const std::size_t size = std::strlen(text) + 1;
+    void* copy = isMemoryOut ? nullptr : std::malloc(size);
+    if (copy == nullptr) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    return static_cast<char*>(std::memcpy(copy, text, size));
+}
+
+namespace {
+
+class Memory : public testing::Test {
+  protected:
+    void TearDown() override { isMemoryOut = false; }
+};
+
+TEST_F(Memory, copyHoldsTheWholeText)
+{
+    for (const std::string& text :
+         {std::string(), std::string("a"), std::string("\xC3\xA9lise \"'$`\\\n\x01\xFF"),
+          std::string(4000, 'n'), std::string(100000, 'n')}) {
+        const core::Text copy = core::copyText(text.c_str());
+        ASSERT_TRUE(copy);
+        EXPECT_EQ(copy.get(), text);
+    }
+}
+
+TEST_F(Memory, copyEndsAtTheFirstZeroByte)
+{
+    const core::Text copy = core::copyText("ab\0cd");
+    ASSERT_TRUE(copy);
+    EXPECT_STREQ(copy.get(), "ab");
+}
+
+TEST_F(Memory, copyIsItsOwn)
+{
+    std::string text = "anna";
+    const core::Text copy = core::copyText(text.c_str());
+    ASSERT_TRUE(copy);
+    text = "beth";
+    EXPECT_STREQ(copy.get(), "anna");
+    copy.get()[0] = 'A';
+    EXPECT_EQ(text, "beth");
+}
+
+TEST_F(Memory, withoutMemoryThereIsNoCopyButAReason)
+{
+    isMemoryOut = true;
+    errno = 0;
+    const core::Text copy = core::copyText("anna");
+    EXPECT_EQ(errno, ENOMEM);
+    EXPECT_FALSE(copy);
+}
+
+TEST_F(Memory, blockOfTheCLibraryCanBeOwned)
+{
+    core::Text block(static_cast<char*>(std::calloc(1, 50)));
+    ASSERT_TRUE(block);
+    block = core::copyText("anna");
+    EXPECT_STREQ(block.get(), "anna");
+    block.reset();
+    EXPECT_FALSE(block);
+}
+
+} // namespace

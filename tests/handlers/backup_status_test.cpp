@@ -1,0 +1,1320 @@
+// SPDX-License-Identifier: MIT
+#include "handlers/backup_status.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+#include "cmdsvc/channel.h"
+#include "core/core.h"
+#include "handlers/drives.h"
+#include "sharestatus/sharestatus.h"
+#include "tests/support/request.h"
+#include "tests/support/root.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Lines = std::vector<std::string>;
+using request::exitTrace;
+using request::frame;
+using request::opening;
+using request::Outcome;
+using root::le16;
+using root::le32;
+using root::trace;
+
+const std::string kWorkFile = "/tmp/vokcontrol.tmp";
+const std::string kDateLine = "date +%m%d%Y > /tmp/vokcontrol.tmp";
+const std::string kReportFolder = "/etc/pelconfig/vokcontrol/__bksts/";
+const std::string kNotRemoved = "cannot remove file /tmp/vokcontrol2.tmp: ";
+
+std::string zeros(std::size_t count)
+{
+    return std::string(count, '\0');
+}
+
+std::string byte(int value)
+{
+    return std::string(1, static_cast<char>(value));
+}
+
+Lines with(Lines calls, const Lines& more)
+{
+    calls.insert(calls.end(), more.begin(), more.end());
+    return calls;
+}
+
+/// Fills what fin_buf holds of a frame up to its last byte.
+std::string upToTheEnd(const std::string& start, char filler)
+{
+    return start + std::string(4096 - start.size(), filler);
+}
+
+/// Today as date prints it.
+std::string today()
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm time = {};
+    ::gmtime_r(&now, &time);
+    std::array<char, 16> text{};
+    std::strftime(text.data(), text.size(), "%m%d%Y", &time);
+    return text.data();
+}
+
+void stubDate(const std::string& printed)
+{
+    root::writeFile("/stubs/today", printed);
+    root::stub("date", "cat /stubs/today");
+}
+
+/// Puts a folder, with something in it, in a file's place.
+void replaceByFolder(const std::string& path)
+{
+    fs::remove(path);
+    fs::create_directories(path + "/inside");
+}
+
+/// A file left open in the slot, as an earlier part of a handler may have left it.
+void openSlot()
+{
+    root::writeFile("/stubs/slot", "x");
+    ASSERT_NE(cmdsvc::openCurrentFile("/stubs/slot"), nullptr);
+}
+
+// ---- subs -------------------------------------------------------------------------------------
+
+class VariableReport : public root::Test {
+  protected:
+    const std::string variableFile = "/etc/pelconfig/system_var";
+
+    void SetUp() override
+    {
+        root::Test::SetUp();
+        root::writeFile(variableFile, "a=b\n");
+        stubDate("03072025\n");
+    }
+
+    static std::string makeFrame(int length, int state, const std::string& name)
+    {
+        return "subs " + byte(length) + " " + byte(state) + name;
+    }
+
+    static std::string statusFrame(std::uint32_t code) { return "subs " + le32(code) + zeros(1); }
+
+    static std::string statusTrace(const std::string& code)
+    {
+        return trace("SendReturnStatus errCode 0x" + code + " -- fwrite return: 10");
+    }
+
+    /// The calls up to the check of the length. The four bytes from the length on show up as a
+    /// count.
+    static Lines received(const std::string& lineFromLength, const std::string& name, int length)
+    {
+        std::uint32_t count = 0;
+        for (std::size_t i = 0; i < 4 && i < lineFromLength.size(); ++i) {
+            count |= static_cast<std::uint32_t>(static_cast<unsigned char>(lineFromLength[i]))
+                     << (8U * i);
+        }
+        return opening("subs", count,
+                       {trace("cmd_subs line: " + name + " -- " + std::to_string(length))});
+    }
+
+    static Lines received(int length, int state, const std::string& name)
+    {
+        return received(byte(length) + " " + byte(state) + name, name, length);
+    }
+
+    static Lines dated(const Lines& calls)
+    {
+        return with(calls, {trace("cmd_subs system(" + kDateLine + ") "), kDateLine});
+    }
+
+    static Lines stored(const Lines& calls)
+    {
+        return with(dated(calls), {trace("return good 0"), statusTrace("00000000")});
+    }
+
+    void expectStored(const std::string& request, const Lines& calls, const std::string& variable)
+    {
+        root::writeFile(variableFile, "a=b\n");
+        const Outcome outcome = request::process(request);
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, statusFrame(0)) << variable;
+        EXPECT_EQ(outcome.calls, calls) << variable;
+        EXPECT_EQ(root::readFile(variableFile), "a=b\n" + variable + "\n");
+    }
+
+    /// A report whose line arrives in one piece.
+    void expectStored(int length, int state, const std::string& name, const std::string& variable)
+    {
+        expectStored(makeFrame(length, state, name), stored(received(length, state, name)),
+                     variable);
+    }
+
+    void expectRefused(int length)
+    {
+        const Outcome outcome = request::process(makeFrame(length, 3, "anna\n"));
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, statusFrame(0xFF000003)) << length;
+        EXPECT_EQ(outcome.calls, with(received(length, 3, "anna\n"), {statusTrace("FF000003")}))
+            << length;
+        EXPECT_EQ(root::readFile(variableFile), "a=b\n");
+        EXPECT_EQ(root::list("/etc/pelconfig"), (Lines{"system_var", "vokcontrol"}));
+    }
+
+    /// A report of state 3 for anna, with interventions of the test's own.
+    static Outcome report(const std::function<void()>& intervene = [] {})
+    {
+        request::load(makeFrame(6, 3, "anna\n"));
+        intervene();
+        return request::run();
+    }
+
+    void expectDate(const Outcome& outcome, const std::string& date, const Lines& traced = {})
+    {
+        EXPECT_EQ(outcome.answer, statusFrame(0));
+        EXPECT_EQ(outcome.calls, with(with(dated(received(6, 3, "anna\n")), traced),
+                                      {trace("return good 0"), statusTrace("00000000")}));
+        EXPECT_EQ(root::readFile(variableFile), "a=b\n__bkanna=3" + date + "\n");
+    }
+
+    void expectNoDate(const Outcome& outcome)
+    {
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, statusFrame(0xC2000003));
+        EXPECT_EQ(outcome.calls, with(dated(received(6, 3, "anna\n")), {statusTrace("C2000003")}));
+        EXPECT_EQ(root::readFile(variableFile), "a=b\n");
+    }
+
+    void expectNotSaved(const Outcome& outcome)
+    {
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, statusFrame(0xC2000002) + statusFrame(0));
+        EXPECT_EQ(outcome.calls,
+                  with(dated(received(6, 3, "anna\n")),
+                       {trace("failed saving bk status -1 "), statusTrace("C2000002"),
+                        trace("return good -1"), statusTrace("00000000")}));
+        EXPECT_FALSE(root::exists(kWorkFile));
+    }
+};
+
+TEST_F(VariableReport, stateAndDateAreKeptUnderTheUsersName)
+{
+    expectStored(6, 3, "anna\n", "__bkanna=303072025");
+    EXPECT_EQ(fout_buf, nullptr);
+    EXPECT_EQ(root::list("/tmp"), (Lines{"dbg_vokcontrol.txt", "outbuf7"}));
+    EXPECT_EQ(root::list("/etc/pelconfig"), (Lines{"system_var", "system_var_bak", "system_var_lck",
+                                                   "system_var_tmp", "vokcontrol"}));
+    EXPECT_EQ(root::list(kReportFolder), Lines{});
+}
+
+TEST_F(VariableReport, newReportReplacesTheOneBefore)
+{
+    for (const char* user : {"anna", "bob"}) {
+        EXPECT_EQ(request::process(makeFrame(6, 3, std::string(user) + "\n")).answer,
+                  statusFrame(0));
+    }
+    stubDate("12312026\n");
+    EXPECT_EQ(request::process(makeFrame(6, 0, "anna\n")).answer, statusFrame(0));
+    EXPECT_EQ(root::readFile(variableFile), "a=b\n__bkanna=012312026\n__bkbob=303072025\n");
+}
+
+TEST_F(VariableReport, todayIsTheDate)
+{
+    fs::remove("/stubs/date");
+    const std::string before = today();
+    EXPECT_EQ(report().answer, statusFrame(0));
+    const std::string variables = root::readFile(variableFile);
+    EXPECT_TRUE(variables == "a=b\n__bkanna=3" + before + "\n" ||
+                variables == "a=b\n__bkanna=3" + today() + "\n")
+        << variables;
+}
+
+TEST_F(VariableReport, lengthsFromThreeToSixtySixAreTaken)
+{
+    for (const int length : {3, 4, 9, 11, 65, 66}) {
+        expectStored(length, 3, "anna\n", "__bkanna=303072025");
+    }
+}
+
+TEST_F(VariableReport, otherLengthsAreRefused)
+{
+    for (const int length : {0, 1, 2, 67, 68, 127, 128, 255}) {
+        expectRefused(length);
+    }
+}
+
+TEST_F(VariableReport, lengthOfTenEndsTheLineAndTheRestIsReadBehindIt)
+{
+    expectStored(makeFrame('\n', 3, "johannes\nmore\n"), stored(received("\n", "johannes\n", 10)),
+                 "__bkjohannes=303072025");
+    // The length alone says so: nobody compares it with the name.
+    expectStored(makeFrame('\n', 3, "anna\n"), stored(received("\n", "anna\n", 10)),
+                 "__bkanna=303072025");
+}
+
+TEST_F(VariableReport, lengthOfTenWithNothingBehindItIsAnEmptyName)
+{
+    expectStored("subs \n", stored(received("\n", "", 10)), "__bk=003072025");
+}
+
+TEST_F(VariableReport, lengthOfTenWithoutALinesEndBehindItReadsToTheEnd)
+{
+    const std::string seen(1999 - std::string("cmd_subs line: ").size(), 'n');
+    Lines calls = received("\n", "", 10);
+    calls.back() = trace("cmd_subs line: " + seen);
+    expectStored(upToTheEnd(makeFrame('\n', 3, ""), 'n'), stored(calls),
+                 "__bk" + std::string(64, 'n') + "=303072025");
+}
+
+TEST_F(VariableReport, lineThatEndsAtTheLengthsNeighbourHasNeitherStateNorName)
+{
+    expectStored("subs \x06\n\x03"
+                 "anna\n",
+                 stored(received("\x06\n", "", 6)), "__bk=003072025");
+    expectStored("subs \n\n\x03"
+                 "anna\n",
+                 stored(received("\n", "", 10)), "__bk=003072025");
+}
+
+TEST_F(VariableReport, shortLineHasNoLength)
+{
+    for (const char* line : {"subs\n", "subs", "subs "}) {
+        const Outcome outcome = request::process(line);
+        EXPECT_EQ(outcome.answer, statusFrame(0xFF000003)) << line;
+        EXPECT_EQ(outcome.calls, with(received("", "", 0), {statusTrace("FF000003")})) << line;
+    }
+}
+
+TEST_F(VariableReport, earlierRequestsBytesAreNotReadAgain)
+{
+    EXPECT_EQ(request::process(makeFrame(6, 3, "anna\n")).answer, statusFrame(0));
+    expectStored("subs \x06\n", stored(received("\x06\n", "", 6)), "__bk=003072025");
+}
+
+TEST_F(VariableReport, firstDigitOfTheStateIsKept)
+{
+    expectStored(6, 0, "anna\n", "__bkanna=003072025");
+    expectStored(6, 3, "anna\n", "__bkanna=303072025");
+    expectStored(6, 9, "anna\n", "__bkanna=903072025");
+    expectStored(6, 12, "anna\n", "__bkanna=103072025");
+    expectStored(6, '7', "anna\n", "__bkanna=503072025");
+    expectStored(6, 128, "anna\n", "__bkanna=103072025");
+    expectStored(6, 255, "anna\n", "__bkanna=203072025");
+}
+
+TEST_F(VariableReport, stateOfTenEndsTheLineBeforeTheName)
+{
+    expectStored(makeFrame(6, '\n', "anna\n"), stored(received("\x06 \n", "", 6)),
+                 "__bk=103072025");
+    expectStored(makeFrame('\n', '\n', "anna\n"), stored(received("\n", "", 10)), "__bk=103072025");
+}
+
+TEST_F(VariableReport, namesOfAllSizesAreTakenAndCutAtSixtyFourBytes)
+{
+    for (const std::size_t size : {0, 1, 60, 61, 63, 64, 65, 67, 68, 500}) {
+        const std::string name(size, 'n');
+        expectStored(66, 3, name + "\n", "__bk" + name.substr(0, 64) + "=303072025");
+    }
+}
+
+TEST_F(VariableReport, nameIsTakenAsItStands)
+{
+    expectStored(6, 3, "an\\na\n", "__bkan\\na=303072025");
+    expectStored(6, 3, "\xC3\x89lise B\n", "__bk\xC3\x89lise B=303072025");
+    expectStored(6, 3, "%s%n\n", "__bk%s%n=303072025");
+}
+
+TEST_F(VariableReport, nameEndsAtAZeroByteOrTheLinesEnd)
+{
+    const std::string line = "anna" + zeros(1) + "bob\n";
+    expectStored(makeFrame(6, 3, line), stored(received(6, 3, "anna")), "__bkanna=303072025");
+    expectStored(makeFrame(6, 3, "anna"), stored(received(6, 3, "anna")), "__bkanna=303072025");
+}
+
+TEST_F(VariableReport, lineWithoutAnEndIsAllName)
+{
+    const std::string seen(1999 - std::string("cmd_subs line: ").size(), 'n');
+    Lines calls = received(66, 3, "n");
+    calls.back() = trace("cmd_subs line: " + seen);
+    expectStored(upToTheEnd(makeFrame(66, 3, ""), 'n'), stored(calls),
+                 "__bk" + std::string(64, 'n') + "=303072025");
+}
+
+// ---- subs: the date ---------------------------------------------------------------------------
+
+TEST_F(VariableReport, eightCharactersOfTheFirstLineAreTheDate)
+{
+    stubDate("03072025");
+    expectDate(report(), "03072025");
+    root::writeFile(variableFile, "a=b\n");
+    stubDate("030720259\n");
+    expectDate(report(), "03072025");
+    root::writeFile(variableFile, "a=b\n");
+    stubDate(std::string(4000, '7') + "\n");
+    expectDate(report(), "77777777");
+    root::writeFile(variableFile, "a=b\n");
+    stubDate("03072025\n12312026\n");
+    expectDate(report(), "03072025");
+}
+
+TEST_F(VariableReport, shorterDateIsKeptWithoutItsNewline)
+{
+    stubDate("0307\n");
+    expectDate(report(), "0307");
+}
+
+TEST_F(VariableReport, failingDateGivesZerosOrWhatItPrinted)
+{
+    for (const char* script : {"exit 1", "exit 127", "true"}) {
+        root::writeFile(variableFile, "a=b\n");
+        root::stub("date", script);
+        expectDate(report(), "00000000");
+        EXPECT_FALSE(root::exists(kWorkFile));
+    }
+    root::writeFile(variableFile, "a=b\n");
+    root::stub("date", "echo 03072025; exit 1");
+    expectDate(report(), "03072025");
+}
+
+TEST_F(VariableReport, shellThatCannotStartStoresNothing)
+{
+    root::writeFile(kWorkFile, "old");
+    expectNoDate(report([] { watch::answer("date", -1, EAGAIN); }));
+    EXPECT_EQ(root::readFile(kWorkFile), "old");
+    EXPECT_EQ(root::list("/etc/pelconfig"), (Lines{"system_var", "vokcontrol"}));
+}
+
+TEST_F(VariableReport, dateThatSomebodyElseReapedStoresNothing)
+{
+    expectNoDate(report([] { std::signal(SIGCHLD, SIG_IGN); }));
+    EXPECT_EQ(root::readFile(kWorkFile), "03072025\n");
+}
+
+TEST_F(VariableReport, datesOutputThatIsGoneGivesZeros)
+{
+    expectDate(report([] { watch::after("date", [] { fs::remove(kWorkFile); }); }), "00000000");
+}
+
+TEST_F(VariableReport, unreadableOutputGivesZerosAndStays)
+{
+    expectDate(
+        report([] { watch::after("date", [] { fs::permissions(kWorkFile, fs::perms(0200)); }); }),
+        "00000000");
+    EXPECT_TRUE(root::exists(kWorkFile));
+}
+
+TEST_F(VariableReport, folderInTheOutputsPlaceGivesZerosAndCannotBeRemoved)
+{
+    replaceByFolder(kWorkFile);
+    expectDate(report(), "00000000", {trace(kNotRemoved + "Directory not empty")});
+    EXPECT_TRUE(root::exists(kWorkFile));
+}
+
+TEST_F(VariableReport, outputThatCannotBeRemovedIsTracedUnderAnotherName)
+{
+    expectDate(
+        report([] { watch::after("date", [] { fs::permissions("/tmp", fs::perms(0555)); }); }),
+        "03072025", {trace(kNotRemoved + "Permission denied")});
+    EXPECT_EQ(root::readFile(kWorkFile), "03072025\n");
+}
+
+// ---- subs: the save ---------------------------------------------------------------------------
+
+TEST_F(VariableReport, failedSaveIsAnsweredTwice)
+{
+    fs::remove(variableFile);
+    expectNotSaved(report());
+    EXPECT_FALSE(root::exists(variableFile));
+}
+
+TEST_F(VariableReport, unreadableVariablesAreAFailedSave)
+{
+    fs::permissions(variableFile, fs::perms(0200));
+    expectNotSaved(report());
+}
+
+TEST_F(VariableReport, folderInTheVariablesPlaceIsAFailedSave)
+{
+    replaceByFolder(variableFile);
+    expectNotSaved(report());
+}
+
+TEST_F(VariableReport, emptyVariablesTakeTheirFirstLine)
+{
+    root::writeFile(variableFile, "");
+    EXPECT_EQ(report().answer, statusFrame(0));
+    EXPECT_EQ(root::readFile(variableFile), "__bkanna=303072025\n");
+}
+
+TEST_F(VariableReport, variablesThatGoWhileTheDateIsTakenAreAFailedSave)
+{
+    expectNotSaved(report([&] { watch::after("date", [&] { fs::remove(variableFile); }); }));
+}
+
+TEST_F(VariableReport, fullDiskIsAFailedSaveAndLeavesTheVariables)
+{
+    expectNotSaved(report([] { root::fillDisk("/etc/pelconfig"); }));
+    EXPECT_EQ(root::readFile(variableFile), "a=b\n");
+}
+
+// ---- sub1 -------------------------------------------------------------------------------------
+
+class FileReport : public root::Test {
+  protected:
+    const std::string file = kReportFolder + "__bkanna";
+
+    void SetUp() override
+    {
+        root::Test::SetUp();
+        stubDate("03072025\n");
+    }
+
+    static std::string makeFrame(int state, const std::string& name)
+    {
+        return frame("sub1", 2, byte(state) + " " + name);
+    }
+
+    /// The calls up to the date, for a name as it is kept.
+    static Lines dated(const std::string& name)
+    {
+        return opening("sub1", 2,
+                       {trace("user name = __bk" + name),
+                        trace("cmd_sub1 system(" + kDateLine +
+                              ") nlen = " + std::to_string(4 + name.size()) + " "),
+                        kDateLine});
+    }
+
+    static Lines stored(const std::string& name)
+    {
+        return with(dated(name), {trace("return good 0")});
+    }
+
+    /// @param name  as it is kept
+    static void expectStored(const std::string& request, const std::string& name,
+                             const std::string& content)
+    {
+        const Outcome outcome = request::process(request);
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, le32(0)) << name;
+        EXPECT_EQ(outcome.calls, stored(name)) << name;
+        EXPECT_EQ(root::readFile(kReportFolder + "__bk" + name), content) << name;
+        EXPECT_FALSE(root::exists(kWorkFile));
+    }
+
+    static void expectRefused(const std::string& request)
+    {
+        root::writeFile(kWorkFile, "old");
+        openSlot();
+        const Outcome outcome = request::process(request);
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, le32(0xFF000003));
+        EXPECT_EQ(outcome.calls, opening("sub1", 2, {exitTrace(0xFF000003)}));
+        EXPECT_EQ(root::list(kReportFolder), Lines{});
+        EXPECT_FALSE(root::exists(kWorkFile));
+        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+    }
+
+    static Outcome report(const std::function<void()>& intervene = [] {})
+    {
+        request::load(makeFrame(3, "anna\n"));
+        intervene();
+        return request::run();
+    }
+
+    void expectDate(const Outcome& outcome, const std::string& date, const Lines& traced = {})
+    {
+        EXPECT_EQ(outcome.answer, le32(0));
+        EXPECT_EQ(outcome.calls, with(with(dated("anna"), traced), {trace("return good 0")}));
+        EXPECT_EQ(root::readFile(file), "3" + date);
+    }
+
+    static void expectNoDate(const Outcome& outcome)
+    {
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, le32(0xC2000003));
+        EXPECT_EQ(outcome.calls, with(dated("anna"), {exitTrace(0xC2000003)}));
+        EXPECT_EQ(root::list(kReportFolder), Lines{});
+        EXPECT_FALSE(root::exists(kWorkFile));
+        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+    }
+
+    void expectNotSaved(const Outcome& outcome, const std::string& reason,
+                        const std::string& name = "anna")
+    {
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, le32(0xC2000002));
+        EXPECT_EQ(outcome.calls,
+                  with(dated(name), {trace("failed saving bk status to: " + kReportFolder + "__bk" +
+                                           name + "- system err:" + reason),
+                                     exitTrace(0xC2000002)}));
+        EXPECT_FALSE(root::exists(kWorkFile));
+        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+    }
+};
+
+TEST_F(FileReport, stateAndDateAreKeptInTheUsersFile)
+{
+    expectStored(makeFrame(3, "anna\n"), "anna", "303072025");
+    EXPECT_EQ(fout_buf, nullptr);
+    EXPECT_EQ(root::list("/tmp"), (Lines{"dbg_vokcontrol.txt", "outbuf7"}));
+    EXPECT_EQ(root::list(kReportFolder), Lines{"__bkanna"});
+    EXPECT_EQ(root::list("/etc/pelconfig"), Lines{"vokcontrol"});
+}
+
+TEST_F(FileReport, newReportReplacesTheOneBefore)
+{
+    root::writeFile(file, "backup did not finish, and this is how far it came\n");
+    root::writeFile(kReportFolder + "__bkbob", "112312026");
+    expectStored(makeFrame(9, "anna\n"), "anna", "903072025");
+    EXPECT_EQ(root::readFile(kReportFolder + "__bkbob"), "112312026");
+}
+
+TEST_F(FileReport, collectionFindsTheReport)
+{
+    EXPECT_EQ(report().answer, le32(0));
+    std::array<char, 12> record{};
+    GetUserBkStatus(record.data(), "anna");
+    EXPECT_EQ(std::string(record.begin(), record.end()), zeros(3) + "030720253");
+}
+
+TEST_F(FileReport, todayIsTheDate)
+{
+    fs::remove("/stubs/date");
+    const std::string before = today();
+    EXPECT_EQ(report().answer, le32(0));
+    const std::string content = root::readFile(file);
+    EXPECT_TRUE(content == "3" + before || content == "3" + today()) << content;
+}
+
+TEST_F(FileReport, firstDigitOfTheStateIsKept)
+{
+    const std::vector<std::pair<int, char>> states = {
+        {0, '0'}, {3, '3'}, {9, '9'}, {10, '1'}, {12, '1'}, {'7', '5'}, {128, '1'}, {255, '2'}};
+    for (const auto& [state, digit] : states) {
+        expectStored(makeFrame(state, "anna\n"), "anna", digit + std::string("03072025"));
+    }
+}
+
+TEST_F(FileReport, byteBehindTheStateIsIgnored)
+{
+    for (const char ignored : {'\0', '\n', '\\', '\xFF'}) {
+        expectStored(frame("sub1", 2, "\x03" + std::string(1, ignored) + "anna\n"), "anna",
+                     "303072025");
+    }
+}
+
+TEST_F(FileReport, namesOfUpToSixtyBytesAreKept)
+{
+    for (const std::size_t size : {0, 1, 2, 59, 60}) {
+        const std::string name(size, 'n');
+        expectStored(makeFrame(3, name + "\n"), name, "303072025");
+    }
+}
+
+TEST_F(FileReport, longerNamesAreRefused)
+{
+    for (const std::size_t size : {61, 62, 64, 65, 66, 67, 68, 500}) {
+        expectRefused(makeFrame(3, std::string(size, 'n') + "\n"));
+    }
+}
+
+TEST_F(FileReport, backslashesAreDroppedAndDoNotCount)
+{
+    expectStored(makeFrame(3, "an\\na\n"), "anna", "303072025");
+    expectStored(makeFrame(3, "\\\\anna\\\n"), "anna", "303072025");
+    expectStored(makeFrame(3, std::string(100, '\\') + "\n"), "", "303072025");
+    const std::string name(60, 'n');
+    expectStored(makeFrame(3, name + std::string(100, '\\') + "\n"), name, "303072025");
+    fs::remove_all(kReportFolder);
+    fs::create_directory(kReportFolder);
+    expectRefused(makeFrame(3, std::string(100, '\\') + name + "\\n\n"));
+}
+
+TEST_F(FileReport, zeroByteEndsTheName)
+{
+    expectStored(makeFrame(3, "anna" + zeros(1) + "bob\n"), "anna", "303072025");
+    expectStored(makeFrame(3, "anna"), "anna", "303072025");
+    expectStored(makeFrame(3, ""), "", "303072025");
+}
+
+TEST_F(FileReport, nameIsKeptAsItStands)
+{
+    expectStored(makeFrame(3, "\xC3\x89lise B\n"), "\xC3\x89lise B", "303072025");
+    expectStored(makeFrame(3, "%s%n\n"), "%s%n", "303072025");
+    expectStored(makeFrame(3, "\xFF\n"), "\xFF", "303072025");
+    expectStored(makeFrame(3, "a\r\n"), "a\r", "303072025");
+}
+
+TEST_F(FileReport, requestThatIsOnlyALineReportsAnEmptyName)
+{
+    expectStored(frame("sub1", 2), "", "003072025");
+}
+
+TEST_F(FileReport, nameThatTheRequestsEndCutsOffIsRefused)
+{
+    // The request's last byte is the name's fourth.
+    const std::string line = "sub1 " + le32(2) + std::string(4080, ' ') + "\n";
+    const std::string whole = line + "\x03 anna";
+    ASSERT_EQ(whole.size(), 4096U);
+    expectRefused(whole);
+    expectRefused(line + "\x03 ann\\");
+    expectStored(line + "\x03 ann\n", "ann", "303072025");
+    expectStored(line + "\x03 ann" + zeros(1), "ann", "303072025");
+}
+
+TEST_F(FileReport, requestWithoutRoomForANameIsRefused)
+{
+    // Behind the longest line there are two bytes left: the state and the ignored one.
+    expectRefused(upToTheEnd("sub1 " + le32(2), ' '));
+    const std::string line = "sub1 " + le32(2) + std::string(4084, ' ') + "\n";
+    ASSERT_EQ(line.size(), 4094U);
+    expectRefused(line + "\x03 ");
+    expectRefused(line + "\x03\n");
+}
+
+TEST_F(FileReport, nameWithoutAnEndIsRefused)
+{
+    expectRefused(upToTheEnd(makeFrame(3, ""), 'n'));
+    expectRefused(upToTheEnd(makeFrame(3, ""), '\\'));
+}
+
+// ---- sub1: the date ---------------------------------------------------------------------------
+
+TEST_F(FileReport, eightCharactersOfTheFirstLineAreTheDate)
+{
+    for (const std::string& printed : {std::string("03072025"), std::string("030720259\n"),
+                                       std::string("03072025\n12312026\n")}) {
+        stubDate(printed);
+        expectDate(report(), "03072025");
+    }
+    stubDate(std::string(4000, '7'));
+    expectDate(report(), "77777777");
+}
+
+TEST_F(FileReport, shorterDateIsKeptWithoutItsNewline)
+{
+    stubDate("0307\n");
+    expectDate(report(), "0307");
+}
+
+TEST_F(FileReport, failingDateGivesZerosOrWhatItPrinted)
+{
+    for (const char* script : {"exit 1", "exit 127", "true"}) {
+        root::stub("date", script);
+        expectDate(report(), "00000000");
+        EXPECT_FALSE(root::exists(kWorkFile));
+    }
+    root::stub("date", "echo 03072025; exit 1");
+    expectDate(report(), "03072025");
+}
+
+TEST_F(FileReport, shellThatCannotStartStoresNothing)
+{
+    root::writeFile(kWorkFile, "old");
+    openSlot();
+    expectNoDate(report([] { watch::answer("date", -1, EAGAIN); }));
+}
+
+TEST_F(FileReport, dateThatSomebodyElseReapedStoresNothing)
+{
+    expectNoDate(report([] { std::signal(SIGCHLD, SIG_IGN); }));
+}
+
+TEST_F(FileReport, datesOutputThatIsGoneGivesZeros)
+{
+    expectDate(report([] { watch::after("date", [] { fs::remove(kWorkFile); }); }), "00000000");
+}
+
+TEST_F(FileReport, unreadableOutputGivesZerosAndStays)
+{
+    expectDate(
+        report([] { watch::after("date", [] { fs::permissions(kWorkFile, fs::perms(0200)); }); }),
+        "00000000");
+    EXPECT_TRUE(root::exists(kWorkFile));
+}
+
+TEST_F(FileReport, folderInTheOutputsPlaceGivesZerosAndCannotBeRemoved)
+{
+    replaceByFolder(kWorkFile);
+    expectDate(report(), "00000000", {trace(kNotRemoved + "Directory not empty")});
+    EXPECT_TRUE(root::exists(kWorkFile));
+}
+
+TEST_F(FileReport, outputThatCannotBeRemovedIsTracedUnderAnotherName)
+{
+    expectDate(
+        report([] { watch::after("date", [] { fs::permissions("/tmp", fs::perms(0555)); }); }),
+        "03072025", {trace(kNotRemoved + "Permission denied")});
+    EXPECT_EQ(root::readFile(kWorkFile), "03072025\n");
+}
+
+// ---- sub1: the save ---------------------------------------------------------------------------
+
+TEST_F(FileReport, missingFolderIsAFailedSave)
+{
+    fs::remove(kReportFolder.substr(0, kReportFolder.size() - 1));
+    openSlot();
+    expectNotSaved(report(), "2(No such file or directory)");
+    EXPECT_EQ(root::list("/etc/pelconfig/vokcontrol"), Lines{});
+}
+
+TEST_F(FileReport, fileThatMayNotBeWrittenIsAFailedSave)
+{
+    root::writeFile(file, "112312026");
+    fs::permissions(file, fs::perms(0444));
+    expectNotSaved(report(), "13(Permission denied)");
+    EXPECT_EQ(root::readFile(file), "112312026");
+}
+
+TEST_F(FileReport, folderInTheFilesPlaceIsAFailedSave)
+{
+    replaceByFolder(file);
+    expectNotSaved(report(), "21(Is a directory)");
+}
+
+TEST_F(FileReport, nameWithASlashLeadsToNoFile)
+{
+    const Outcome outcome = request::process(makeFrame(3, "../anna\n"));
+    expectNotSaved(outcome, "2(No such file or directory)", "../anna");
+    EXPECT_EQ(root::list(kReportFolder), Lines{});
+}
+
+TEST_F(FileReport, fullDiskIsAFailedSave)
+{
+    expectNotSaved(report([] { root::fillDisk("/etc/pelconfig"); }), "28(No space left on device)");
+    EXPECT_EQ(root::readFile(file), "");
+}
+
+// ---- gub1 -------------------------------------------------------------------------------------
+
+class BackupTable : public root::Test {
+  protected:
+    static constexpr const char* kMark = "/tmp/bkstart";
+    static constexpr int kCapacity = 500;
+
+    const std::string capacityBytes = le16(kCapacity);
+
+    /// What GetInternalDiskCap calls; learned once from itself, as its own test has them all.
+    Lines capacityCalls;
+
+    void SetUp() override
+    {
+        root::Test::SetUp();
+        root::stub("fdisk", "echo 'Disk /dev/sda: 500.1 GB, 500107862016 bytes'");
+        root::stub("pelparam", "echo 1");
+        root::stub("ps", "echo 12 root pelstatus");
+        root::stub("pelstatus", "exit 1");
+        EXPECT_EQ(GetInternalDiskCap(), kCapacity);
+        capacityCalls = watch::calls();
+        EXPECT_EQ(capacityCalls.size(), 6U);
+    }
+
+    // ---- Status -------------------------------------------------------------------------------
+
+    static unsigned sum(const std::string& payload)
+    {
+        unsigned total = 0;
+        for (const char c : payload) {
+            total += static_cast<unsigned char>(c);
+        }
+        return total % 16;
+    }
+
+    static std::string image(const std::string& payload)
+    {
+        return le32(static_cast<std::uint32_t>(payload.size()) + 1) + payload +
+               byte(static_cast<int>(sum(payload)));
+    }
+
+    static void publish(const std::string& payload)
+    {
+        root::writeFile(root::kStatusFile, image(payload));
+    }
+
+    /// Has the daemon publish this when it is run.
+    static void publishOnRun(const std::string& payload, int exitCode = 0)
+    {
+        root::writeFile("/stubs/image", image(payload));
+        root::stub("pelstatus", "cp /stubs/image " + std::string(root::kStatusFile) + "; exit " +
+                                    std::to_string(exitCode));
+    }
+
+    static std::string record(unsigned used, const std::string& name)
+    {
+        return le16(used) + "M030720253" + name + "\n";
+    }
+
+    static std::string table(unsigned count, const std::string& records)
+    {
+        return zeros(5) + le16(count) + zeros(3) + records;
+    }
+
+    // ---- Expectations -------------------------------------------------------------------------
+
+    template <class... Values> static std::string format(const char* pattern, Values... values)
+    {
+        std::array<char, 64> text{};
+        std::snprintf(text.data(), text.size(), pattern, values...);
+        return text.data();
+    }
+
+    static Lines statusMissing(const char* reason = "2(No such file or directory)")
+    {
+        return {trace("Read_Status_file - failed open file: " + std::string(root::kStatusFile) +
+                      " -- " + reason)};
+    }
+
+    static Lines statusRead(const std::string& payload, unsigned check)
+    {
+        const unsigned length = static_cast<unsigned>(payload.size()) + 1;
+        return {trace("Read_Status_file " + std::string(root::kStatusFile) +
+                      format(" - len1 = %x ", length)),
+                trace(format("Read_Status_file - len = %x ", length)),
+                trace(format("Read_Status_file - chksum  = %x %x", sum(payload), check))};
+    }
+
+    static Lines statusRead(const std::string& payload)
+    {
+        return statusRead(payload, sum(payload));
+    }
+
+    static Lines served(unsigned count, std::size_t size)
+    {
+        return {trace(format("cmd_gub1 -- numberofuser:%u len = %zu", count, size)),
+                counted(count)};
+    }
+
+    static std::string counted(unsigned count)
+    {
+        return trace(format("cmd_gub1(1) -- numberofuser:%u", count));
+    }
+
+    static Lines daemonRun() { return {trace("cmd_gub1 -- sys_cmd = pelstatus"), "pelstatus"}; }
+
+    /// The traces of all bytes but the last. A zero byte ends its message.
+    static Lines dump(const std::string& bytes)
+    {
+        Lines calls = {trace("cmd_gub1()  ")};
+        for (std::size_t i = 0; i + 1 < bytes.size(); ++i) {
+            const unsigned value = static_cast<unsigned char>(bytes[i]);
+            const std::string shown = (value == 0) ? "" : std::string(1, bytes[i]);
+            calls.push_back(trace(format("%03zu %02X\t", i, value) + shown));
+        }
+        return calls;
+    }
+
+    static Lines daemonFound()
+    {
+        return {"ps | grep pelstatus> " + root::workFile("startPelStatus"),
+                trace("startPelStatus() pelstatus already started  ")};
+    }
+
+    static Lines written(std::size_t size)
+    {
+        return {trace(format("cmd_gub1 -- RetUsersBkStatus return: byte written: %zu", size))};
+    }
+
+    static Lines noUser() { return {trace("cmd_gub1 -- RetUsersBkStatus -- No User 0")}; }
+
+    Lines calls(const std::vector<Lines>& parts)
+    {
+        Lines all = opening("gub1", 0, capacityCalls);
+        for (const Lines& part : parts) {
+            all.insert(all.end(), part.begin(), part.end());
+        }
+        return all;
+    }
+
+    [[nodiscard]] std::string header(unsigned count) const
+    {
+        return "gubr " + le16(count) + capacityBytes + "\n";
+    }
+
+    static Outcome ask(const std::function<void()>& intervene = [] {})
+    {
+        request::load(frame("gub1", 0));
+        intervene();
+        return request::run();
+    }
+
+    /// A payload that was there, and the bytes that are dumped for it and written.
+    void expectServed(const std::string& payload, unsigned count, const std::string& bytes)
+    {
+        publish(payload);
+        const Outcome outcome = ask();
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, (count == 0) ? bytes.substr(0, 10) : bytes);
+        EXPECT_EQ(outcome.calls,
+                  calls({statusRead(payload), served(count, payload.size()), dump(bytes),
+                         daemonFound(), (count == 0) ? noUser() : written(bytes.size())}));
+        EXPECT_EQ(root::readFile(kMark), le32(1));
+    }
+
+    /// A payload that was published by the run, likewise.
+    void expectFresh(const std::string& payload, unsigned count, const std::string& bytes)
+    {
+        fs::remove(root::kStatusFile);
+        publishOnRun(payload);
+        const Outcome outcome = ask();
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, (count == 0) ? bytes.substr(0, 10) : bytes);
+        EXPECT_EQ(outcome.calls, calls({statusMissing(),
+                                        daemonRun(),
+                                        statusRead(payload),
+                                        {counted(count)},
+                                        dump(bytes),
+                                        (count == 0) ? noUser() : written(bytes.size())}));
+        EXPECT_FALSE(root::exists(kMark));
+    }
+};
+
+TEST_F(BackupTable, publishedRecordsAreAnsweredAsTheyStand)
+{
+    const std::string records = record(12, "anna") + record(65535, "B\xC3\xA9"
+                                                                   "a");
+    expectServed(table(2, records), 2, header(2) + records);
+    EXPECT_EQ(fout_buf, nullptr);
+    EXPECT_EQ(root::list("/tmp"),
+              (Lines{"bkstart", "dbg_vokcontrol.txt", "outbuf7", "vokcontrol2.tmp"}));
+}
+
+TEST_F(BackupTable, headersOwnBytesAreOverwritten)
+{
+    expectServed("abcde" + le16(1) + "fgh" + record(1, "anna"), 1, header(1) + record(1, "anna"));
+}
+
+TEST_F(BackupTable, publishedCountIsNotCheckedAgainstTheRecords)
+{
+    expectServed(table(7, record(10, "anna")), 7, header(7) + record(10, "anna"));
+    expectServed(table(256, record(10, "anna")), 256, header(256) + record(10, "anna"));
+    expectServed(table(0xFFFF, ""), 0xFFFF, header(0xFFFF));
+}
+
+TEST_F(BackupTable, recordsThatNobodyCountedAreDumpedAndNotAnswered)
+{
+    expectServed(table(0, record(1, "anna")), 0, header(0) + record(1, "anna"));
+}
+
+TEST_F(BackupTable, tableWithoutSharesIsItsHeader)
+{
+    expectServed(zeros(10), 0, header(0));
+    expectServed(zeros(11), 0, header(0) + zeros(1));
+}
+
+TEST_F(BackupTable, shortStatusIsFilledUpWithZeros)
+{
+    expectServed("abcde", 0, header(0));
+    expectServed("a", 0, header(0));
+    expectServed("abcde\x03", 3, header(3));
+    expectServed("abcde" + le16(0x0201) + "xy", 0x0201, header(0x0201));
+}
+
+TEST_F(BackupTable, largestStatusIsAnsweredWhole)
+{
+    std::string records;
+    for (int i = 0; i < 161; ++i) {
+        records += record(10, "a share name");
+    }
+    records += record(9, std::string(48, 'n'));
+    const std::string payload = table(162, records);
+    ASSERT_EQ(payload.size(), 4096U);
+    expectServed(payload, 162, header(162) + records);
+}
+
+TEST_F(BackupTable, markIsReplaced)
+{
+    root::writeFile(kMark, "something longer");
+    expectServed(zeros(10), 0, header(0));
+}
+
+TEST_F(BackupTable, markThatCannotBeWrittenIsNoFailure)
+{
+    fs::create_directory(kMark);
+    publish(table(1, record(1, "anna")));
+    EXPECT_EQ(ask().answer, header(1) + record(1, "anna"));
+}
+
+TEST_F(BackupTable, daemonIsStartedWhereItDoesNotRun)
+{
+    root::stub("ps", "echo 9 root grep pelstatus");
+    root::stub("startapp", "echo \"$@\" >/stubs/started");
+    const std::string payload = table(1, record(1, "anna"));
+    const std::string bytes = header(1) + record(1, "anna");
+    publish(payload);
+    const Outcome outcome = ask();
+    EXPECT_EQ(outcome.answer, bytes);
+    const Lines started = {daemonFound()[0], "startapp pelstatus",
+                           trace("startPelStatus() start pelstatus return: 0 -- sys ret:Success")};
+    EXPECT_EQ(outcome.calls, calls({statusRead(payload), served(1, payload.size()), dump(bytes),
+                                    started, written(bytes.size())}));
+    EXPECT_EQ(root::readFile("/stubs/started"), "pelstatus\n");
+}
+
+TEST_F(BackupTable, processesThatCannotBeListedAreNoFailure)
+{
+    publish(table(1, record(1, "anna")));
+    const Outcome outcome = ask([] { watch::answer("ps", -1, EAGAIN); });
+    EXPECT_EQ(outcome.answer, header(1) + record(1, "anna"));
+    EXPECT_EQ(*(outcome.calls.end() - 2),
+              trace("startPelStatus() failed system(" + daemonFound()[0] +
+                    ") -- syserr:Resource temporarily unavailable"));
+}
+
+// ---- gub1: no status --------------------------------------------------------------------------
+
+TEST_F(BackupTable, withoutStatusTheDaemonIsRunAndItsNewlinesAreCounted)
+{
+    const std::string records = record(12, "anna") + record(2, "bob") + record(3, "carl");
+    expectFresh(table(3, records), 3, header(3) + records);
+}
+
+TEST_F(BackupTable, countOfFreshRecordsIsTheNumberOfTheirNewlines)
+{
+    const std::string records = record(12, "anna") + record(0x0A0A, "bob");
+    expectFresh(table(0, records), 4, header(4) + records);
+    expectFresh(table(5, ""), 0, header(0));
+    const std::string withoutNewline = record(12, "anna").substr(0, 16);
+    expectFresh(table(1, withoutNewline), 0, header(0) + withoutNewline);
+}
+
+TEST_F(BackupTable, newlinesInAFreshHeaderCountToo)
+{
+    // Ten shares: the count itself is a newline.
+    std::string records;
+    for (const char c : std::string("abcdefghij")) {
+        records += record(1, std::string(1, c));
+    }
+    expectFresh(table(10, records), 11, header(11) + records);
+    expectFresh("\n" + zeros(9), 1, header(1));
+    expectFresh(zeros(9) + "\n", 1, header(1));
+}
+
+TEST_F(BackupTable, shortFreshStatusIsFilledUpWithZeros)
+{
+    expectFresh("abcde", 0, header(0));
+    expectFresh("\n\n\n\n\n", 5, header(5));
+}
+
+TEST_F(BackupTable, damagedStatusIsNone)
+{
+    const std::string payload = table(1, record(1, "anna"));
+    std::string damaged = image(payload);
+    damaged.back() = static_cast<char>(damaged.back() ^ 1);
+    root::writeFile(root::kStatusFile, damaged);
+    const Outcome outcome = ask();
+    EXPECT_EQ(outcome.answer, header(0));
+    const Lines look = statusRead(payload, sum(payload) ^ 1U);
+    EXPECT_EQ(outcome.calls,
+              calls({look, daemonRun(), look, {counted(0)}, dump(header(0)), noUser()}));
+}
+
+TEST_F(BackupTable, statusOfAFailedCollectionIsNone)
+{
+    publish("");
+    const Outcome outcome = ask();
+    EXPECT_EQ(outcome.answer, header(0));
+    EXPECT_EQ(outcome.calls, calls({statusRead(""),
+                                    daemonRun(),
+                                    statusRead(""),
+                                    {counted(0)},
+                                    dump(header(0)),
+                                    noUser()}));
+    EXPECT_FALSE(root::exists(kMark));
+}
+
+TEST_F(BackupTable, unreadableStatusIsNone)
+{
+    publish(table(1, record(1, "anna")));
+    fs::permissions(root::kStatusFile, fs::perms(0));
+    const Outcome outcome = ask();
+    EXPECT_EQ(outcome.answer, header(0));
+    const Lines look = statusMissing("13(Permission denied)");
+    EXPECT_EQ(outcome.calls,
+              calls({look, daemonRun(), look, {counted(0)}, dump(header(0)), noUser()}));
+}
+
+TEST_F(BackupTable, folderInTheStatusPlaceIsNone)
+{
+    fs::create_directory(root::kStatusFile);
+    EXPECT_EQ(ask().answer, header(0));
+}
+
+TEST_F(BackupTable, runThatPublishesNothingGivesAFreshEmptyTable)
+{
+    for (const char* script : {"exit 0", "exit 1", "exit 127"}) {
+        root::stub("pelstatus", script);
+        const Outcome outcome = ask();
+        EXPECT_EQ(outcome.answer, header(0)) << script;
+        EXPECT_EQ(outcome.calls, calls({statusMissing(),
+                                        daemonRun(),
+                                        statusMissing(),
+                                        {counted(0)},
+                                        dump(header(0)),
+                                        noUser()}))
+            << script;
+        EXPECT_FALSE(root::exists(kMark));
+    }
+}
+
+TEST_F(BackupTable, failingRunThatPublishesCounts)
+{
+    publishOnRun(table(1, record(1, "anna")), 3);
+    EXPECT_EQ(ask().answer, header(1) + record(1, "anna"));
+}
+
+TEST_F(BackupTable, publishedStatusThatIsGoneAgainIsNone)
+{
+    publishOnRun(table(1, record(1, "anna")));
+    const Outcome outcome =
+        ask([] { watch::after("pelstatus", [] { fs::remove(root::kStatusFile); }); });
+    EXPECT_EQ(outcome.answer, header(0));
+    EXPECT_EQ(outcome.calls, calls({statusMissing(),
+                                    daemonRun(),
+                                    statusMissing(),
+                                    {counted(0)},
+                                    dump(header(0)),
+                                    noUser()}));
+}
+
+TEST_F(BackupTable, daemonThatCannotBeRunIsTracedAndStartedForTheNextTime)
+{
+    const std::vector<std::pair<int, std::string>> reasons = {
+        {EAGAIN, "Resource temporarily unavailable"}, {ECHILD, "No child processes"}};
+    for (const auto& [error, reason] : reasons) {
+        const Outcome outcome = ask([error = error] { watch::answer("pelstatus", -1, error); });
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, header(0));
+        EXPECT_EQ(outcome.calls,
+                  calls({statusMissing(),
+                         daemonRun(),
+                         {trace("cmd_gub1 -- failed system(" + reason + "), ret: -1"), counted(0)},
+                         dump(header(0)),
+                         daemonFound(),
+                         noUser()}));
+        EXPECT_FALSE(root::exists(kMark));
+    }
+}
+
+// ---- gub1: the capacity -----------------------------------------------------------------------
+
+TEST_F(BackupTable, capacityIsTheMirrorsWhereThereAreTwoDrives)
+{
+    root::stub("pelparam", "echo 2");
+    root::stub("mdadm", "echo '(931.51 GiB 1000.20 GB)'");
+    EXPECT_EQ(ask().answer, "gubr " + le16(0) + le16(1000) + "\n");
+}
+
+TEST_F(BackupTable, capacityThatNothingTellsIsZero)
+{
+    root::stub("fdisk", "exit 1");
+    EXPECT_EQ(ask().answer, "gubr " + zeros(4) + "\n");
+}
+
+TEST_F(BackupTable, capacityIsSixteenBitsWide)
+{
+    root::stub("fdisk", "echo '/dev/sda: 65534 GB'");
+    EXPECT_EQ(ask().answer, "gubr " + le16(0) + le16(65534) + "\n");
+    root::stub("fdisk", "echo '/dev/sda: 65546 GB'");
+    EXPECT_EQ(ask().answer, "gubr " + le16(0) + le16(10) + "\n");
+}
+
+// ---- grst -------------------------------------------------------------------------------------
+
+class DriveCheck : public root::Test {
+  protected:
+    const std::string countFile = root::workFile("GetTovHDDS");
+    const std::string countLine = "sudo pelparam -d > " + countFile;
+    const std::string removeLine = "sudo rm -f " + countFile;
+
+    static Outcome ask(std::uint32_t count = 0)
+    {
+        root::writeFile(kWorkFile, "old");
+        openSlot();
+        request::load(frame("grst", count));
+        return request::run();
+    }
+
+    static void expectAnswer(const Outcome& outcome, std::uint32_t code, const Lines& calls)
+    {
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, le32(code));
+        EXPECT_EQ(outcome.calls, opening("grst", 0, with(calls, {exitTrace(code)})));
+        EXPECT_FALSE(root::exists(kWorkFile));
+        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+        EXPECT_EQ(fout_buf, nullptr);
+    }
+
+    void expectReadable(const std::string& script)
+    {
+        root::stub("pelparam", script);
+        SCOPED_TRACE(script);
+        expectAnswer(ask(), 0xD0000001, {countLine, removeLine});
+    }
+};
+
+TEST_F(DriveCheck, anyNumberOfDrivesIsReadable)
+{
+    for (const char* script : {"echo 0", "echo 1", "echo 2", "echo 4", "echo none", "true"}) {
+        expectReadable(script);
+    }
+}
+
+TEST_F(DriveCheck, commandThatHasRunAndFailedIsReadable)
+{
+    expectReadable("exit 1");
+    expectReadable("exit 127");
+    expectReadable("echo -1; exit 1");
+}
+
+TEST_F(DriveCheck, parameterCountIsNotLookedAt)
+{
+    root::stub("pelparam", "echo 2");
+    const Outcome outcome = ask(7);
+    EXPECT_EQ(outcome.answer, le32(0xD0000001));
+    EXPECT_EQ(outcome.calls, opening("grst", 7, {countLine, removeLine, exitTrace(0xD0000001)}));
+}
+
+TEST_F(DriveCheck, negativeNumberIsNotReadable)
+{
+    root::stub("pelparam", "echo -1");
+    expectAnswer(ask(), 0xFF000004, {countLine, removeLine});
+}
+
+TEST_F(DriveCheck, shellThatCannotStartIsNotReadable)
+{
+    const std::vector<std::pair<int, std::string>> reasons = {
+        {EAGAIN, "Resource temporarily unavailable"}, {ECHILD, "No child processes"}};
+    for (const auto& [error, reason] : reasons) {
+        root::writeFile(kWorkFile, "old");
+        openSlot();
+        request::load(frame("grst", 0));
+        watch::answer("sudo pelparam", -1, error);
+        expectAnswer(request::run(), 0xFF000004,
+                     {countLine, trace("GetTovHDDS failed system(" + countLine +
+                                       "), iRet:-1, strerr: " + reason)});
+    }
+}
+
+TEST_F(DriveCheck, outputThatIsGoneIsReadable)
+{
+    root::stub("pelparam", "echo 2");
+    root::writeFile(kWorkFile, "old");
+    openSlot();
+    request::load(frame("grst", 0));
+    watch::after("sudo pelparam", [&] { fs::remove(countFile); });
+    expectAnswer(
+        request::run(), 0xD0000001,
+        {countLine,
+         trace("GetTovHDDS failed open file " + countFile + ", strerr: No such file or directory"),
+         removeLine});
+}
+
+} // namespace

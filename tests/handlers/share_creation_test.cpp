@@ -1,0 +1,1294 @@
+// SPDX-License-Identifier: MIT
+#include "handlers/share_creation.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "cmdsvc/channel.h"
+#include "tests/support/request.h"
+#include "tests/support/root.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// How many copies of texts succeed before one fails; negative: all do.
+int copiesLeft = -1;
+
+} // namespace
+
+/// The C library's, but memory runs out on demand.
+extern "C" char* strdup(const char* text) noexcept
+{
+    if (copiesLeft == 0) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    --copiesLeft;
+    const std::size_t size = std::strlen(text) + 1;
+    void* copy = std::malloc(size);
+    return (copy == nullptr) ? nullptr : static_cast<char*>(std::memcpy(copy, text, size));
+}
+
+namespace {
+
+using Lines = std::vector<std::string>;
+using request::exitTrace;
+using request::frame;
+using request::opening;
+using request::Outcome;
+using root::le32;
+using root::trace;
+
+const std::string kWorkFile = "/tmp/vokcontrol.tmp";
+const std::string kShareScript = "sudo /usr/bin/php /etc/inc/api_share.php ";
+const std::string kUserScript = "sudo /usr/bin/php /etc/inc/api_user.php ";
+const std::string kFetchListing = kShareScript + "tovGetShareList ";
+const std::string kCreate = kShareScript + "tovAddShare ";
+const std::string kGive = kShareScript + "tovSetUserSharePrivileges ";
+
+constexpr std::uint32_t kGood = 0;
+constexpr std::uint32_t kNoMemory = 0xFF000001;
+constexpr std::uint32_t kMalformed = 0xFF000003;
+constexpr std::uint32_t kFailed = 0xFF000004;
+constexpr std::uint32_t kTaken = 0x20000001;
+constexpr std::uint32_t kTooLong = 0x20000003;
+constexpr std::uint32_t kNoUser = 0x20000006;
+
+const Lines kReserved = {".",          "..",         "config",      "lost+found", "__mediabolic",
+                         "__mt-daapd", "__raclient", "__autoupdate"};
+
+const std::vector<std::size_t> kSizes = {0, 1, 10, 31, 32, 33, 63, 64, 65, 4000};
+
+/// Names with characters that mean something to a shell, a list or a format, but leave a line
+/// between single quotes whole.
+const Lines kOddNames = {"\xC3\xA9lise \xE6\x97\xA5\xE6\x9C\xAC",
+                         "a \"quoted\" b",
+                         "%s%n%d",
+                         "$HOME",
+                         "a;b",
+                         " blanks ",
+                         "back\\slash",
+                         "tab\there",
+                         "cr\r",
+                         "\xFF\x80"};
+
+std::string pid()
+{
+    return std::to_string(::getpid());
+}
+
+std::string upper(std::string text)
+{
+    std::ranges::transform(text, text.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return text;
+}
+
+Lines join(std::initializer_list<Lines> parts)
+{
+    Lines all;
+    for (const Lines& part : parts) {
+        all.insert(all.end(), part.begin(), part.end());
+    }
+    return all;
+}
+
+/// A trace whose message may be too long for its buffer.
+std::string told(const std::string& message)
+{
+    return trace(message.substr(0, 1999));
+}
+
+/// A shell line that may be too long for its buffer.
+std::string cutLine(const std::string& line)
+{
+    return line.substr(0, 2047);
+}
+
+/// The appliance's scripts: they list these shares and users, and write down what they are to make.
+/// @param special  rows of a shell's "case" by function, before the common ones
+void stubScripts(const Lines& shares, const Lines& users, const std::string& special = "")
+{
+    std::string listing;
+    for (const std::string& share : shares) {
+        listing += root::shareBlock(share);
+    }
+    root::writeFile("/stubs/listing", listing);
+    std::string answer;
+    for (const std::string& user : users) {
+        answer += "  <username>" + user + "</username>\n";
+    }
+    root::writeFile("/stubs/users", answer);
+    root::stub("php", "case $2 in\n" + special + R"(
+tovGetShareList) cat /stubs/listing >"$3" ;;
+tovGetUsers) cat /stubs/users >"$3" ;;
+*) shift; printf '<%s>' "$@" >>/stubs/asked ;;
+esac)");
+}
+
+/// What the share script has been asked to make.
+std::string asked()
+{
+    return root::readFile("/stubs/asked");
+}
+
+std::string askedFor(const std::string& share, const std::string& property)
+{
+    return "<tovAddShare><" + share + "><" + property + ">";
+}
+
+std::string askedToGive(const std::string& share, const std::string& user)
+{
+    return "<tovSetUserSharePrivileges><" + user + "><" + share + "><full>";
+}
+
+// ---- Calls ------------------------------------------------------------------------------------
+
+std::string fragmentOf(const Lines& shares)
+{
+    std::string fragment;
+    for (const std::string& share : shares) {
+        fragment += "\"" + share + "\"";
+    }
+    return shares.empty() ? "return [];\n" : "return [" + fragment + "];";
+}
+
+/// The calls up to the list of shares.
+Lines listingCalls(const Lines& shares)
+{
+    const std::string line = kFetchListing + root::workFile("share_info");
+    Lines calls = {trace("share_info sys(" + line + ")"), line};
+    for (const std::string& share : shares) {
+        calls.push_back(trace("share_info() -- found share:" + share));
+    }
+    calls.push_back(trace("share_info() return from share_info " + std::to_string(shares.size())));
+    return calls;
+}
+
+std::string sizeTrace(const std::string& file, const std::string& content)
+{
+    return trace("file " + file + " size = " + std::to_string(content.size()) + " bytes");
+}
+
+/// The calls that look a share up.
+Lines shareLookup(const Lines& shares, const std::string& name, int result)
+{
+    const std::string fragment = fragmentOf(shares);
+    return join({listingCalls(shares),
+                 {sizeTrace(root::workFile("isShareNameExisted"), fragment),
+                  trace("isShareNameExisted() share return:" + upper(fragment) +
+                        " -- shareName:\"" + upper(name) + "\""),
+                  trace("isShareNameExisted() return: " + std::to_string(result))}});
+}
+
+/// The two shell lines that fetch the users.
+Lines userFetch()
+{
+    const std::string answer = "isUserExisted" + pid() + pid();
+    return {kUserScript + "tovGetUsers " + answer,
+            "cat " + answer + " | grep username >  " + answer + "2"};
+}
+
+/// The calls that look a user up.
+Lines userLookup(const Lines& users, const std::string& name, int result)
+{
+    std::string line = "return [\"guest\"";
+    for (const std::string& user : users) {
+        line += ", \"" + user + "\"";
+    }
+    line += "];";
+    const std::string needle = "\"" + name + "\"";
+    return join(
+        {userFetch(),
+         {sizeTrace("isUserExisted" + pid(), line),
+          told("isUserExisted() user return:" + line + " -- userName: " + needle.substr(0, 511)),
+          trace("isUserExisted() iRet:" + std::to_string(result))}});
+}
+
+/// The calls that look a user up where no shell can be started.
+Lines failedUserLookup()
+{
+    const std::string line = userFetch()[0];
+    return {line,
+            trace("system(" + line + ") --  error: 11(Resource temporarily unavailable) -- ")};
+}
+
+Lines creation(const std::string& share, const std::string& property, int result = 0)
+{
+    const std::string line = cutLine(kCreate + "'" + share + "' '" + property + "'");
+    Lines calls = {told("create_shar() " + share + " - " + property),
+                   told("create_shar() cmd: " + line + " "), line};
+    if (result != 0) {
+        calls.push_back(told("create_shar() system(" + line + "), iRet:" + std::to_string(result)));
+    }
+    return calls;
+}
+
+Lines giving(const std::string& share, const std::string& user, int result = 0,
+             const std::string& error = "Success")
+{
+    const std::string line = cutLine(kGive + "'" + user + "' '" + share + "' full");
+    const std::string code = std::to_string(result);
+    return {told("setUserPrivilege() cmd:" + line), line,
+            told((result == 0) ? "setUserPrivilege() cmd:" + line + " iRet:0"
+                               : "setUserPrivilege() failed system(" + line + "), iRet: " + code +
+                                     ", err: " + error)};
+}
+
+/// A way in which a shell line fails.
+struct Failure {
+    std::string script; ///< what the script does; empty where no shell is started
+    int result;
+    int error;
+    std::string reason;
+};
+
+const std::vector<Failure> kFailures = {
+    {"exit 1", 0x100, 0, "Success"},
+    {"exit 255", 0xFF00, 0, "Success"},
+    {"", -1, EAGAIN, "Resource temporarily unavailable"},
+    {"", -1, ECHILD, "No child processes"},
+    {"", -1, 0, "Success"},
+    {"", 9, 0, "Success"},
+};
+
+// ---- Names and shell lines --------------------------------------------------------------------
+
+TEST(IsNameAllowed, reservedNamesAreRefusedInBothCases)
+{
+    for (const std::string& name : kReserved) {
+        EXPECT_EQ(isNameAllowed(name.c_str()), 0) << name;
+        EXPECT_EQ(isNameAllowed(upper(name).c_str()), 0) << name;
+    }
+    EXPECT_EQ(isNameAllowed("Lost+Found"), 0);
+    EXPECT_EQ(isNameAllowed("cONFIg"), 0);
+    EXPECT_EQ(isNameAllowed("__mt-Daapd"), 0);
+}
+
+TEST(IsNameAllowed, anyOtherNameIsFree)
+{
+    for (const std::string name :
+         {"...", "confi", "config2", " config", "config ", "lost found", "lost+foun", "mediabolic",
+          "_mediabolic", "__", "guest", "Media", "./", "config\n", "c\xC3\xB6nfig"}) {
+        EXPECT_EQ(isNameAllowed(name.c_str()), 1) << name;
+    }
+    for (const std::string& name : kReserved) {
+        EXPECT_EQ(isNameAllowed((name + "x").c_str()), 1) << name;
+        EXPECT_EQ(isNameAllowed(("x" + name).c_str()), 1) << name;
+    }
+}
+
+TEST(IsNameAllowed, emptyNameIsNotReserved)
+{
+    EXPECT_EQ(isNameAllowed(""), 1);
+}
+
+TEST(IsNameAllowed, anySizeIsLookedAt)
+{
+    for (const std::size_t size : kSizes) {
+        EXPECT_EQ(isNameAllowed(std::string(size, 'n').c_str()), 1) << size;
+    }
+    EXPECT_EQ(isNameAllowed(std::string(4000, '.').c_str()), 1);
+}
+
+/// The scripts are in place; shares are made of nothing.
+class ShareScript : public root::Test {
+  protected:
+    void SetUp() override
+    {
+        root::Test::SetUp();
+        stubScripts({}, {});
+    }
+
+    /// Starts anew, with a shell line that fails in one of its ways.
+    static void fail(const Failure& failure, const std::string& line, const std::string& function)
+    {
+        watch::restart();
+        fs::remove("/stubs/asked");
+        stubScripts({}, {}, failure.script.empty() ? "" : function + ") " + failure.script + " ;;");
+        if (failure.script.empty()) {
+            watch::answer(line, failure.result, failure.error);
+        }
+    }
+};
+
+TEST_F(ShareScript, createsAShare)
+{
+    for (const std::string property : {"public", "private", ""}) {
+        watch::restart();
+        fs::remove("/stubs/asked");
+        EXPECT_EQ(create_shar("Media", property.c_str()), 0);
+        EXPECT_EQ(watch::calls(), creation("Media", property));
+        EXPECT_EQ(asked(), askedFor("Media", property));
+    }
+}
+
+TEST_F(ShareScript, creationThatFailsIsTraced)
+{
+    for (const Failure& failure : kFailures) {
+        fail(failure, kCreate, "tovAddShare");
+        EXPECT_EQ(create_shar("Media", "public"), -1) << failure.result;
+        EXPECT_EQ(watch::calls(), creation("Media", "public", failure.result));
+    }
+}
+
+TEST_F(ShareScript, missingInterpreterIsAFailure)
+{
+    fs::remove("/usr/bin/php");
+    EXPECT_EQ(create_shar("Media", "public"), -1);
+    EXPECT_EQ(watch::calls(), creation("Media", "public", 127 << 8));
+    watch::restart();
+    EXPECT_EQ(setUserPrivilege("anna", "Media"), -1);
+    EXPECT_EQ(watch::calls(), giving("Media", "anna", 127 << 8));
+}
+
+TEST_F(ShareScript, childThatSomebodyElseReapedIsAFailure)
+{
+    std::signal(SIGCHLD, SIG_IGN);
+    EXPECT_EQ(create_shar("Media", "public"), -1);
+    EXPECT_EQ(watch::calls(), creation("Media", "public", -1));
+    EXPECT_EQ(asked(), askedFor("Media", "public"));
+    watch::restart();
+    EXPECT_EQ(setUserPrivilege("anna", "Media"), -1);
+    EXPECT_EQ(watch::calls(), giving("Media", "anna", -1, "No child processes"));
+}
+
+TEST_F(ShareScript, givesAShareToAUser)
+{
+    EXPECT_EQ(setUserPrivilege("anna", "Media"), 0);
+    EXPECT_EQ(watch::calls(), giving("Media", "anna"));
+    EXPECT_EQ(asked(), askedToGive("Media", "anna"));
+}
+
+TEST_F(ShareScript, givingThatFailsIsTracedWithItsReason)
+{
+    for (const Failure& failure : kFailures) {
+        fail(failure, kGive, "tovSetUserSharePrivileges");
+        EXPECT_EQ(setUserPrivilege("anna", "Media"), -1) << failure.result;
+        EXPECT_EQ(watch::calls(), giving("Media", "anna", failure.result, failure.reason));
+        EXPECT_EQ(asked(), "");
+    }
+}
+
+TEST_F(ShareScript, reasonIsNeverAnOlderOne)
+{
+    fail({"exit 3", 0x300, 0, ""}, kGive, "tovSetUserSharePrivileges");
+    errno = EACCES;
+    EXPECT_EQ(setUserPrivilege("anna", "Media"), -1);
+    EXPECT_EQ(watch::calls(), giving("Media", "anna", 0x300, "Success"));
+}
+
+TEST_F(ShareScript, namesOfAnySize)
+{
+    for (const std::size_t size : kSizes) {
+        const std::string name(size, 'n');
+        // The quote of a name that is too long for its line is left open.
+        const int result = (size < 2000) ? 0 : 0x200;
+        watch::restart();
+        EXPECT_EQ(create_shar(name.c_str(), "public"), (result == 0) ? 0 : -1) << size;
+        EXPECT_EQ(watch::calls(), creation(name, "public", result)) << size;
+        watch::restart();
+        EXPECT_EQ(setUserPrivilege("anna", name.c_str()), (result == 0) ? 0 : -1) << size;
+        EXPECT_EQ(watch::calls(), giving(name, "anna", result)) << size;
+        watch::restart();
+        EXPECT_EQ(setUserPrivilege(name.c_str(), "Media"), (result == 0) ? 0 : -1) << size;
+        EXPECT_EQ(watch::calls(), giving("Media", name, result)) << size;
+    }
+}
+
+TEST_F(ShareScript, namesReachTheScriptAsTheyStand)
+{
+    for (const std::string& name : kOddNames) {
+        watch::restart();
+        fs::remove("/stubs/asked");
+        EXPECT_EQ(create_shar(name.c_str(), "public"), 0) << name;
+        EXPECT_EQ(setUserPrivilege(name.c_str(), name.c_str()), 0) << name;
+        EXPECT_EQ(watch::calls(), join({creation(name, "public"), giving(name, name)})) << name;
+        EXPECT_EQ(asked(), askedFor(name, "public") + askedToGive(name, name)) << name;
+    }
+}
+
+TEST_F(ShareScript, singleQuotesAreTheShells)
+{
+    EXPECT_EQ(create_shar("a' 'b", "public"), 0);
+    EXPECT_EQ(asked(), "<tovAddShare><a><b><public>");
+    watch::restart();
+    EXPECT_EQ(create_shar("O'Brien", "public"), -1);
+    EXPECT_EQ(watch::calls(), creation("O'Brien", "public", 0x200));
+    watch::restart();
+    EXPECT_EQ(setUserPrivilege("O'Brien", "Media"), -1);
+    EXPECT_EQ(watch::calls(), giving("Media", "O'Brien", 0x200));
+}
+
+// ---- Requests ---------------------------------------------------------------------------------
+
+class Creation : public root::Test {
+  protected:
+    void SetUp() override
+    {
+        root::Test::SetUp();
+        fs::create_directory("/tmp/work");
+        ASSERT_EQ(::chdir("/tmp/work"), 0);
+        stubScripts({}, {"anna"});
+    }
+
+    void TearDown() override
+    {
+        copiesLeft = -1;
+        cmdsvc::closeCurrentFile();
+        ASSERT_EQ(::chdir("/"), 0);
+        root::Test::TearDown();
+    }
+
+    /// Loads a request, while a file of a request before is still open in the slot.
+    void load(const std::string& request)
+    {
+        for (const std::string& path : leftBehind()) {
+            fs::remove_all(path);
+        }
+        fs::remove("/stubs/asked");
+        request::load(request);
+        request_ = request;
+        copiesLeft = -1;
+        root::writeFile(kWorkFile, "work");
+        ASSERT_NE(cmdsvc::openCurrentFile(kWorkFile.c_str()), nullptr);
+    }
+
+    /// Has the request processed, and compares all that it leaves.
+    /// @param left  files besides those that any request leaves
+    void expectEnd(std::uint32_t code, const Lines& calls, Lines left = {})
+    {
+        const Outcome outcome = request::run();
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, le32(code));
+        const bool isGood = code == kGood;
+        EXPECT_EQ(outcome.calls,
+                  join({beginning(), calls, isGood ? Lines{} : Lines{exitTrace(code)}}));
+        EXPECT_EQ(cmdsvc::currentFile() != nullptr, isGood) << "an exit closes the slot";
+        EXPECT_EQ(root::exists(kWorkFile), isGood) << "an exit removes the work file";
+        EXPECT_EQ(fout_buf, nullptr);
+        std::ranges::sort(left);
+        EXPECT_EQ(leftBehind(), left);
+        cmdsvc::closeCurrentFile();
+    }
+
+    /// What the request's handler has not read.
+    static std::string unread()
+    {
+        std::array<char, 4096> bytes{};
+        return {bytes.data(), std::fread(bytes.data(), 1, bytes.size(), cmdsvc::requestStream())};
+    }
+
+  private:
+    std::string request_;
+
+    /// The calls before the handler's own.
+    [[nodiscard]] Lines beginning() const
+    {
+        const std::string code = request_.substr(0, 4);
+        Lines calls = opening(code, 3);
+        for (std::size_t i = 0; code == "shar" && i < 30; ++i) {
+            const std::size_t end = request_.find('\n');
+            const char c = (i <= end && i < request_.size()) ? request_[i] : '\0';
+            std::array<char, 16> text{};
+            std::snprintf(text.data(), text.size(), "0x%02X,%c", static_cast<unsigned char>(c), c);
+            calls.push_back(trace(text.data()));
+        }
+        return calls;
+    }
+
+    static Lines leftBehind()
+    {
+        Lines paths;
+        for (const char* folder : {"/tmp", "/tmp/work"}) {
+            for (const std::string& name : root::list(folder)) {
+                paths.push_back(std::string(folder) + "/" + name);
+            }
+        }
+        std::erase_if(paths, [](const std::string& path) {
+            return path == "/tmp/work" || path == kWorkFile || path == root::kTraceFile ||
+                   path == "/tmp/outbuf7";
+        });
+        std::ranges::sort(paths);
+        return paths;
+    }
+};
+
+/// How the search for a share's name fails, and what that leaves.
+struct Trouble {
+    std::function<void()> arrange;
+    Lines calls;
+    Lines left;
+};
+
+/// Every way in which the search for a share's name fails; the one share there is, is "Old".
+std::vector<Trouble> shareTroubles()
+{
+    const Lines shares = {"Old"};
+    const std::string fragment = fragmentOf(shares);
+    const std::string listing = root::workFile("share_info");
+    const std::string list = root::workFile("isShareNameExisted");
+    const std::string line = kFetchListing + listing;
+    const Lines start = {trace("share_info sys(" + line + ")"), line};
+    const Lines listed = listingCalls(shares);
+    const Lines sized = join({listed, {sizeTrace(list, fragment)}});
+    const std::string failed = "share_info: failed system(" + line + ") iRet:";
+    const std::string unopened =
+        "share_info() cannot open file: " + listing + " or file: " + list + " (error: ";
+    const std::string nothing = trace("isShareNameExisted() return: -1");
+    const std::string listTrace = "echo \"share_info() return";
+    const std::string sizeOfList = "echo \"file " + list;
+    const auto script = [](const std::string& action) {
+        stubScripts({"Old"}, {"anna"}, "tovGetShareList) " + action + " ;;");
+    };
+
+    return {
+        // The script.
+        {[=] { script("exit 3"); }, join({start, {trace(failed + "768 (error: Success)")}}), {}},
+        {[=] { watch::answer(kFetchListing, -1, EAGAIN); },
+         join({start, {trace(failed + "-1 (error: Resource temporarily unavailable)")}}),
+         {}},
+        {[=] { watch::answer(kFetchListing, -1, ECHILD); },
+         join({start, {trace(unopened + "No such file or directory)")}}),
+         {list}},
+        // The listing.
+        {[=] { script(""); },
+         join({start, {trace(unopened + "No such file or directory)")}}),
+         {list}},
+        {[=] { script("echo >\"$3\"; chmod 000 \"$3\""); },
+         join({start, {trace(unopened + "Permission denied)")}}),
+         {list, listing}},
+        // The list that is made of it.
+        {[=] {
+             script("cat /stubs/listing >\"$3\"");
+             fs::create_directory(list);
+         },
+         join({start, {trace(unopened + "Is a directory)")}}),
+         {list, listing}},
+        {[=] { watch::after(listTrace, [=] { fs::remove(list); }); },
+         join({listed,
+               {trace("isShareNameExisted() cannot stat file " + list +
+                      ": No such file or directory")}}),
+         {}},
+        {[=] { watch::after(listTrace, [=] { fs::resize_file(list, 0); }); },
+         join({listed, {nothing}}),
+         {}},
+        {[=] { watch::after(sizeOfList, [=] { fs::permissions(list, fs::perms(0)); }); },
+         join({sized,
+               {trace("isShareNameExisted() cannot open file " + list + ": Permission denied")}}),
+         {list}},
+        {[=] { watch::after(sizeOfList, [=] { fs::remove(list); }); },
+         join({sized,
+               {trace("isShareNameExisted() cannot open file " + list +
+                      ": No such file or directory")}}),
+         {}},
+        {[=] { watch::after(sizeOfList, [=] { fs::resize_file(list, 0); }); },
+         join({sized, {nothing}}),
+         {}},
+        {[=] {
+             watch::after(sizeOfList, [=] {
+                 fs::remove(list);
+                 fs::create_directory(list);
+             });
+         },
+         join({sized, {nothing}}),
+         {}},
+    };
+}
+
+// ---- pshr -------------------------------------------------------------------------------------
+
+class PublicShare : public Creation {
+  protected:
+    static Lines named(const std::string& name) { return {told("cmd_pshr() sharename=" + name)}; }
+
+    /// Loads a request for a share by this name.
+    void ask(const std::string& name) { load(frame("pshr", 3, "guest\n" + name + "\n")); }
+
+    void expectCreated(const std::string& name, const Lines& shares = {})
+    {
+        expectEnd(kGood,
+                  join({named(name), shareLookup(shares, name, 0), creation(name, "public")}));
+        EXPECT_EQ(asked(), askedFor(name, "public"));
+    }
+
+    /// The request is refused for how it is written.
+    void expectMalformed(const std::string& parameters)
+    {
+        load(frame("pshr", 3, parameters));
+        expectEnd(kMalformed, {});
+        EXPECT_EQ(asked(), "");
+    }
+};
+
+TEST_F(PublicShare, nameBehindGuestIsCreated)
+{
+    ask("Media");
+    expectCreated("Media");
+}
+
+TEST_F(PublicShare, nameThatStandsAloneLosesItsLastCharacter)
+{
+    for (const std::string name :
+         {"Media", "Guest", "guests", "guest ", "guest\r", "m", "a\xC3\xA9"}) {
+        load(frame("pshr", 3, name + "\n"));
+        expectCreated(name.substr(0, name.size() - 1));
+    }
+}
+
+TEST_F(PublicShare, nothingStaysNothing)
+{
+    load(frame("pshr", 3, "\n"));
+    expectCreated("");
+    ask("");
+    expectCreated("");
+}
+
+TEST_F(PublicShare, emptyNameIsTakenWhereTheListHoldsTwoQuotesInARow)
+{
+    stubScripts({"A", "B"}, {});
+    ask("");
+    expectEnd(kTaken, join({named(""), shareLookup({"A", "B"}, "", 1)}));
+}
+
+TEST_F(PublicShare, linesThatAreNotAskedForAreNotRead)
+{
+    load(frame("pshr", 3, "Medias\nmore\n"));
+    expectCreated("Media");
+    EXPECT_EQ(unread().substr(0, 6), std::string("more\n\0", 6));
+    load(frame("pshr", 3, "guest\nMedia\nmore\n"));
+    expectCreated("Media");
+    EXPECT_EQ(unread().substr(0, 6), std::string("more\n\0", 6));
+}
+
+TEST_F(PublicShare, lineWithoutItsNewlineIsMalformed)
+{
+    expectMalformed("");
+    expectMalformed("Media");
+    expectMalformed("guest");
+    expectMalformed("guest\n");
+    expectMalformed("guest\nMedia");
+    expectMalformed("guest\n" + std::string(4000, 'n'));
+    expectMalformed(std::string(4000, 'n'));
+}
+
+TEST_F(PublicShare, lineWithAZeroByteIsMalformed)
+{
+    expectMalformed(std::string("Me\0dia\n", 7));
+    expectMalformed(std::string("guest\0\nMedia\n", 13));
+    expectMalformed(std::string("guest\nMe\0dia\n", 13));
+    expectMalformed(std::string("\0\n", 2));
+    expectMalformed(std::string("guest\n\0\nMedia\n", 14));
+}
+
+TEST_F(PublicShare, guestAtTheVeryEndOfTheRequestIsMalformed)
+{
+    // Not even a zero is left to read: the name is what was read before.
+    const std::string line = "pshr " + le32(3);
+    const std::string end = "\nguest\n";
+    load(line + std::string(4096 - line.size() - end.size(), 'x') + end);
+    expectEnd(kMalformed, {});
+}
+
+TEST_F(PublicShare, nameMayFillTheRequestToItsEnd)
+{
+    const std::string line = "pshr " + le32(3);
+    const std::string end = "\nguest\nMedia\n";
+    load(line + std::string(4096 - line.size() - end.size(), 'x') + end);
+    expectCreated("Media");
+}
+
+TEST_F(PublicShare, namesOfAnySize)
+{
+    for (const std::size_t size : kSizes) {
+        const std::string name(size, 'n');
+        ask(name);
+        if (size <= 64) {
+            expectCreated(name);
+        } else {
+            expectEnd(kTooLong, named(name));
+            EXPECT_EQ(asked(), "");
+        }
+    }
+}
+
+TEST_F(PublicShare, nameThatStandsAloneMayHaveOneCharacterMore)
+{
+    for (const std::size_t size : {64U, 65U, 66U, 4000U}) {
+        const std::string name(size - 1, 'n');
+        load(frame("pshr", 3, name + "n\n"));
+        if (name.size() <= 64) {
+            expectCreated(name);
+        } else {
+            expectEnd(kTooLong, named(name));
+        }
+    }
+}
+
+TEST_F(PublicShare, charactersAreBytes)
+{
+    std::string name;
+    for (int i = 0; i < 32; ++i) {
+        name += "\xC3\xA9";
+    }
+    ask(name);
+    expectCreated(name);
+    ask(name + "n");
+    expectEnd(kTooLong, named(name + "n"));
+}
+
+TEST_F(PublicShare, oddNamesReachTheScriptAsTheyStand)
+{
+    for (const std::string& name : kOddNames) {
+        ask(name);
+        expectCreated(name);
+    }
+}
+
+TEST_F(PublicShare, singleQuoteBreaksTheLine)
+{
+    ask("O'Brien");
+    expectEnd(kFailed, join({named("O'Brien"), shareLookup({}, "O'Brien", 0),
+                             creation("O'Brien", "public", 0x200)}));
+    EXPECT_EQ(asked(), "");
+}
+
+TEST_F(PublicShare, withoutMemoryTheReasonIsTraced)
+{
+    ask("Media");
+    copiesLeft = 0;
+    expectEnd(kNoMemory,
+              join({named("Media"), {trace("cmd_pshr() allmem error=Cannot allocate memory")}}));
+    EXPECT_EQ(asked(), "");
+}
+
+TEST_F(PublicShare, longNameIsRefusedBeforeItIsCopied)
+{
+    ask(std::string(65, 'n'));
+    copiesLeft = 0;
+    expectEnd(kTooLong, named(std::string(65, 'n')));
+}
+
+TEST_F(PublicShare, takenNameIsRefusedInAnyCase)
+{
+    const Lines shares = {"Music", "Media"};
+    stubScripts(shares, {});
+    for (const std::string name : {"Media", "MEDIA", "media", "mUSIC"}) {
+        ask(name);
+        expectEnd(kTaken, join({named(name), shareLookup(shares, name, 1)}));
+        EXPECT_EQ(asked(), "");
+    }
+}
+
+TEST_F(PublicShare, namesThatAreOnlyLikeATakenOneAreFree)
+{
+    const Lines shares = {"Media"};
+    stubScripts(shares, {});
+    for (const std::string name : {"Medi", "edia", "Media2", "Media ", "MEDI"}) {
+        ask(name);
+        expectCreated(name, shares);
+    }
+}
+
+TEST_F(PublicShare, reservedNameIsRefusedInBothCases)
+{
+    for (const std::string& reserved : kReserved) {
+        for (const std::string& name : {reserved, upper(reserved)}) {
+            ask(name);
+            expectEnd(kTaken, join({named(name), shareLookup({}, name, 0)}));
+            EXPECT_EQ(asked(), "") << name;
+        }
+    }
+    ask("Lost+Found");
+    expectEnd(kTaken, join({named("Lost+Found"), shareLookup({}, "Lost+Found", 0)}));
+}
+
+TEST_F(PublicShare, searchThatFailsEndsTheCommand)
+{
+    std::size_t number = 0;
+    for (const Trouble& trouble : shareTroubles()) {
+        SCOPED_TRACE(++number);
+        stubScripts({"Old"}, {"anna"});
+        ask("config");
+        trouble.arrange();
+        expectEnd(kFailed, join({named("config"), trouble.calls}), trouble.left);
+        EXPECT_EQ(asked(), "");
+    }
+}
+
+TEST_F(PublicShare, listingWithoutContentHoldsNoShares)
+{
+    for (const std::string action : {": >\"$3\"", "mkdir \"$3\""}) {
+        stubScripts({"Media"}, {}, "tovGetShareList) " + action + " ;;");
+        ask("Media");
+        expectCreated("Media");
+    }
+}
+
+TEST_F(PublicShare, listingThatSomebodyElseReapedCounts)
+{
+    // The list is taken as it is, but the share's own line is not.
+    std::signal(SIGCHLD, SIG_IGN);
+    ask("Media");
+    expectEnd(kFailed,
+              join({named("Media"), shareLookup({}, "Media", 0), creation("Media", "public", -1)}));
+    EXPECT_EQ(asked(), askedFor("Media", "public"));
+}
+
+TEST_F(PublicShare, creationThatFailsEndsTheCommand)
+{
+    for (const Failure& failure : kFailures) {
+        stubScripts({}, {}, failure.script.empty() ? "" : "tovAddShare) " + failure.script + " ;;");
+        ask("Media");
+        if (failure.script.empty()) {
+            watch::answer(kCreate, failure.result, failure.error);
+        }
+        expectEnd(kFailed, join({named("Media"), shareLookup({}, "Media", 0),
+                                 creation("Media", "public", failure.result)}));
+    }
+}
+
+// ---- shar -------------------------------------------------------------------------------------
+
+class PrivateShare : public Creation {
+  protected:
+    /// Loads a request; the traces of its line's bytes are told, but not run.
+    void load(const std::string& request)
+    {
+        Creation::load(request);
+        for (int i = 0; i < 30; ++i) {
+            watch::answer("echo \"0x", 0, 0);
+        }
+    }
+
+    void ask(const std::string& user, const std::string& share)
+    {
+        load(frame("shar", 3, user + "\n" + share + "\n"));
+    }
+
+    static Lines userNamed(const std::string& user)
+    {
+        return {told("cmd_shar() username=" + user)};
+    }
+
+    /// The calls up to a user who may have shares.
+    static Lines userFound(const std::string& user, const Lines& users)
+    {
+        return join({userNamed(user), userLookup(users, user, 1)});
+    }
+
+    static Lines annaFound() { return userFound("anna", {"anna"}); }
+
+    static Lines shareNamed(const std::string& share)
+    {
+        return {told("cmd_shar() sharename: " + share + "\n"),
+                told("cmd_shar() sharename=" + share)};
+    }
+
+    static Lines made(const std::string& share, const std::string& user, const Lines& shares = {})
+    {
+        return join({shareNamed(share), shareLookup(shares, share, 0), creation(share, "private"),
+                     giving(share, user)});
+    }
+
+    /// What is traced where the user gets no access.
+    static std::string notGiven(const std::string& share, const std::string& user)
+    {
+        return told("cmd_shar() failed setUserPrivilege for share: " + share + ", user:" + user +
+                    " ");
+    }
+
+    void expectMade(const std::string& share, const std::string& user, const Lines& before,
+                    const Lines& left = {})
+    {
+        expectEnd(kGood, join({before, made(share, user)}), left);
+        EXPECT_EQ(asked(), askedFor(share, "private") + askedToGive(share, user));
+    }
+};
+
+TEST_F(PrivateShare, shareIsCreatedAndGivenToItsUser)
+{
+    ask("anna", "Media");
+    expectMade("Media", "anna", annaFound());
+}
+
+TEST_F(PrivateShare, everyTraceReachesTheFile)
+{
+    Creation::load(frame("shar", 3, "anna\nMedia\n"));
+    expectMade("Media", "anna", annaFound());
+    const std::string traces = root::readFile(root::kTraceFile);
+    EXPECT_NE(traces.find("\n0x73,s\n0x68,h\n0x61,a\n0x72,r\n0x20, \n0x03,\x03\n0x00,\n"),
+              std::string::npos);
+    EXPECT_NE(traces.find("\ncmd_shar() sharename: Media\n\ncmd_shar() sharename=Media\n"),
+              std::string::npos);
+    EXPECT_NE(traces.find("\nsetUserPrivilege() cmd:" + kGive + "'anna' 'Media' full iRet:0\n"),
+              std::string::npos);
+}
+
+TEST_F(PrivateShare, aThirdLineIsNotRead)
+{
+    load(frame("shar", 3, "anna\nMedia\nmore\n"));
+    expectMade("Media", "anna", annaFound());
+    EXPECT_EQ(unread().substr(0, 6), std::string("more\n\0", 6));
+}
+
+TEST_F(PrivateShare, userLineWithoutItsNewlineIsTraced)
+{
+    for (const std::string& text : {std::string(), std::string("anna"), std::string(4000, 'n')}) {
+        load(frame("shar", 3, text));
+        expectEnd(kMalformed, {told("cmd_shar=" + text)});
+    }
+    load(frame("shar", 3, std::string("an\0na\nMedia\n", 12)));
+    expectEnd(kMalformed, {trace("cmd_shar=an")});
+    EXPECT_EQ(asked(), "");
+}
+
+TEST_F(PrivateShare, shareLineWithoutItsNewlineIsTracedAsItWasRead)
+{
+    for (const std::string& text : {std::string(), std::string("Media"), std::string(4000, 'n')}) {
+        load(frame("shar", 3, "anna\n" + text));
+        expectEnd(kMalformed, join({annaFound(), {told("cmd_shar() sharename: " + text)}}));
+    }
+    load(frame("shar", 3, std::string("anna\nMe\0dia\n", 12)));
+    expectEnd(kMalformed, join({annaFound(), {trace("cmd_shar() sharename: Me")}}));
+    EXPECT_EQ(asked(), "");
+}
+
+TEST_F(PrivateShare, userAtTheVeryEndOfTheRequestIsMalformed)
+{
+    // Not even a zero is left to read: the share's line is what was read before.
+    const std::string line = "shar " + le32(3) + std::string(40, 'x');
+    const std::string user(4096 - line.size() - 2, 'u');
+    load(line + "\n" + user + "\n");
+    watch::answer(kUserScript, -1, EAGAIN);
+    expectEnd(kMalformed,
+              join({userNamed(user), failedUserLookup(), {told("cmd_shar() sharename: " + user)}}));
+}
+
+TEST_F(PrivateShare, shareMayFillTheRequestToItsEnd)
+{
+    const std::string line = "shar " + le32(3);
+    const std::string end = "\nanna\nMedia\n";
+    load(line + std::string(4096 - line.size() - end.size(), 'x') + end);
+    expectMade("Media", "anna", annaFound());
+}
+
+TEST_F(PrivateShare, withoutMemoryForTheUser)
+{
+    ask("anna", "Media");
+    copiesLeft = 0;
+    expectEnd(kNoMemory, userNamed("anna"));
+}
+
+TEST_F(PrivateShare, withoutMemoryForTheShare)
+{
+    ask("anna", "Media");
+    copiesLeft = 1;
+    expectEnd(kNoMemory, join({annaFound(), shareNamed("Media")}));
+    ask("anna", std::string(65, 'n'));
+    copiesLeft = 1;
+    expectEnd(kTooLong, join({annaFound(), shareNamed(std::string(65, 'n'))}));
+}
+
+TEST_F(PrivateShare, unknownUserIsRefusedBeforeTheShareIsRead)
+{
+    for (const std::string user : {"bob", "Anna", "ann", "config"}) {
+        load(frame("shar", 3, user + "\nMedia\n"));
+        expectEnd(kNoUser, join({userNamed(user), userLookup({"anna"}, user, 0)}));
+        EXPECT_EQ(unread().substr(0, 6), "Media\n");
+    }
+    EXPECT_EQ(asked(), "");
+}
+
+TEST_F(PrivateShare, guestIsAUser)
+{
+    ask("guest", "Media");
+    expectMade("Media", "guest", userFound("guest", {"anna"}));
+}
+
+TEST_F(PrivateShare, scriptThatKnowsNobodyRefusesEverybody)
+{
+    for (const std::string action : {"exit 3", ": >\"$3\"", "mkdir \"$3\"", "mkdir \"$3\"2"}) {
+        stubScripts({}, {"anna"}, "tovGetUsers) " + action + " ;;");
+        ask("anna", "Media");
+        expectEnd(kNoUser, join({userNamed("anna"), userLookup({}, "anna", 0)}));
+    }
+}
+
+TEST_F(PrivateShare, userWhoCannotBeLookedUpIsTakenToExist)
+{
+    const Lines fetch = userFetch();
+    const std::string answer = "/tmp/work/isUserExisted" + pid() + pid();
+    const std::string again = ") --  error: 11(Resource temporarily unavailable) -- ";
+    const std::string reaped = ") --  error: 10(No child processes) -- ";
+
+    ask("bob", "Media");
+    watch::answer(kUserScript, -1, EAGAIN);
+    expectMade("Media", "bob", join({userNamed("bob"), failedUserLookup()}));
+    ask("bob", "Media");
+    watch::answer(kUserScript, -1, ECHILD);
+    expectMade("Media", "bob",
+               join({userNamed("bob"), {fetch[0], trace("system(" + fetch[0] + reaped)}}));
+    ask("bob", "Media");
+    watch::answer("cat ", -1, EAGAIN);
+    expectMade("Media", "bob",
+               join({userNamed("bob"), fetch, {trace("system(" + fetch[1] + again)}}), {answer});
+    ask("bob", "Media");
+    watch::answer("cat ", -1, ECHILD);
+    expectMade("Media", "bob",
+               join({userNamed("bob"), fetch, {trace("system(" + fetch[1] + reaped)}}), {answer});
+}
+
+TEST_F(PrivateShare, userListThatIsLostIsNoRefusal)
+{
+    const std::string name = "isUserExisted" + pid();
+    const std::string list = "/tmp/work/" + name;
+    const std::string content = "return [\"guest\", \"anna\"];";
+    const Lines sized = join({userNamed("bob"), userFetch(), {sizeTrace(name, content)}});
+    const std::string unopened = "isUserExisted() cannot open file " + name + ": ";
+
+    ask("bob", "Media");
+    fs::create_directory(list);
+    expectMade("Media", "bob", join({userNamed("bob"), userFetch()}),
+               {list, list + pid(), list + pid() + "2"});
+    ask("bob", "Media");
+    watch::after("cat ", [=] { fs::remove(list + pid() + "2"); });
+    expectMade("Media", "bob", join({userNamed("bob"), userFetch()}), {list, list + pid()});
+    ask("bob", "Media");
+    watch::after("echo \"file ", [=] { fs::permissions(list, fs::perms(0)); });
+    expectMade("Media", "bob", join({sized, {trace(unopened + "Permission denied")}}), {list});
+    ask("bob", "Media");
+    watch::after("echo \"file ", [=] { fs::resize_file(list, 0); });
+    expectMade("Media", "bob", join({sized, {trace("isUserExisted() iRet:-1")}}));
+}
+
+TEST_F(PrivateShare, reservedUserIsRefused)
+{
+    for (const std::string& reserved : kReserved) {
+        for (const std::string& user : {reserved, upper(reserved)}) {
+            stubScripts({}, {user});
+            ask(user, "Media");
+            expectEnd(kNoUser, join({userFound(user, {user}),
+                                     {trace("cmd_shar() failed for user:'" + user +
+                                            "' reserved name for system")}}));
+            EXPECT_EQ(asked(), "") << user;
+        }
+    }
+}
+
+TEST_F(PrivateShare, reservedUserIsRefusedEvenWithoutALookup)
+{
+    ask("Config", "Media");
+    watch::answer(kUserScript, -1, EAGAIN);
+    expectEnd(kNoUser,
+              join({userNamed("Config"),
+                    failedUserLookup(),
+                    {trace("cmd_shar() failed for user:'Config' reserved name for system")}}));
+}
+
+TEST_F(PrivateShare, usersOfAnySize)
+{
+    for (const std::size_t size : kSizes) {
+        const std::string user(size, 'u');
+        // The list of users holds lines of 511 characters, so that the last of these is not in it.
+        const Lines users = (size < 100) ? Lines{"anna", user} : Lines{"anna"};
+        stubScripts({}, users);
+        ask(user, "Media");
+        if (size < 100) {
+            expectMade("Media", user, userFound(user, users));
+        } else {
+            expectEnd(kNoUser, join({userNamed(user), userLookup(users, user, 0)}));
+        }
+    }
+}
+
+TEST_F(PrivateShare, emptyUserIsUnknown)
+{
+    ask("", "Media");
+    expectEnd(kNoUser, join({userNamed(""), userLookup({"anna"}, "", 0)}));
+}
+
+TEST_F(PrivateShare, userWhoIsTooLongForALineGetsNothing)
+{
+    const std::string user(4000, 'u');
+    ask(user, "Media");
+    watch::answer(kUserScript, -1, EAGAIN);
+    expectEnd(kFailed, join({userNamed(user),
+                             failedUserLookup(),
+                             shareNamed("Media"),
+                             shareLookup({}, "Media", 0),
+                             creation("Media", "private"),
+                             giving("Media", user, 0x200),
+                             {notGiven("Media", user)}}));
+    EXPECT_EQ(asked(), askedFor("Media", "private"));
+}
+
+TEST_F(PrivateShare, sharesOfAnySize)
+{
+    for (const std::size_t size : kSizes) {
+        const std::string share(size, 'n');
+        ask("anna", share);
+        if (size <= 64) {
+            expectMade(share, "anna", annaFound());
+        } else {
+            expectEnd(kTooLong, join({annaFound(), shareNamed(share)}));
+            EXPECT_EQ(asked(), "");
+        }
+    }
+}
+
+TEST_F(PrivateShare, oddNamesReachTheScriptsAsTheyStand)
+{
+    for (const std::string& name : kOddNames) {
+        stubScripts({}, {name});
+        ask(name, name);
+        expectMade(name, name, userFound(name, {name}));
+    }
+}
+
+TEST_F(PrivateShare, singleQuotesBreakTheirLines)
+{
+    const Lines users = {"anna", "O'Brien"};
+    stubScripts({}, users);
+    ask("anna", "O'Share");
+    expectEnd(kFailed,
+              join({userFound("anna", users), shareNamed("O'Share"), shareLookup({}, "O'Share", 0),
+                    creation("O'Share", "private", 0x200)}));
+    EXPECT_EQ(asked(), "");
+    ask("O'Brien", "Media");
+    expectEnd(kFailed, join({userFound("O'Brien", users),
+                             shareNamed("Media"),
+                             shareLookup({}, "Media", 0),
+                             creation("Media", "private"),
+                             giving("Media", "O'Brien", 0x200),
+                             {notGiven("Media", "O'Brien")}}));
+    EXPECT_EQ(asked(), askedFor("Media", "private"));
+}
+
+TEST_F(PrivateShare, takenShareIsRefusedInAnyCase)
+{
+    const Lines shares = {"Music", "MEDIA"};
+    stubScripts(shares, {"anna"});
+    for (const std::string share : {"MEDIA", "media", "Media", "mUSIC"}) {
+        ask("anna", share);
+        expectEnd(kTaken, join({annaFound(),
+                                shareNamed(share),
+                                shareLookup(shares, share, 1),
+                                {trace("cmd_shar()share name existed: " + share)}}));
+        EXPECT_EQ(asked(), "");
+    }
+    ask("anna", "Medi");
+    expectEnd(kGood, join({annaFound(), made("Medi", "anna", shares)}));
+}
+
+TEST_F(PrivateShare, emptyShareIsTakenWhereTheListHoldsTwoQuotesInARow)
+{
+    const Lines shares = {"A", "B"};
+    stubScripts(shares, {"anna"});
+    ask("anna", "");
+    expectEnd(kTaken, join({annaFound(),
+                            shareNamed(""),
+                            shareLookup(shares, "", 1),
+                            {trace("cmd_shar()share name existed: ")}}));
+}
+
+TEST_F(PrivateShare, longShareIsRefusedBeforeItIsLookedUp)
+{
+    const std::string share(65, 'n');
+    stubScripts({share}, {"anna"});
+    ask("anna", share);
+    expectEnd(kTooLong, join({annaFound(), shareNamed(share)}));
+}
+
+TEST_F(PrivateShare, reservedShareIsRefusedInBothCases)
+{
+    for (const std::string& reserved : kReserved) {
+        for (const std::string& share : {reserved, upper(reserved)}) {
+            ask("anna", share);
+            expectEnd(kTaken, join({annaFound(),
+                                    shareNamed(share),
+                                    shareLookup({}, share, 0),
+                                    {trace("cmd_shar() failed for share:'" + share +
+                                           "' reserved name for system")}}));
+            EXPECT_EQ(asked(), "") << share;
+        }
+    }
+}
+
+TEST_F(PrivateShare, searchThatFailsEndsTheCommand)
+{
+    std::size_t number = 0;
+    for (const Trouble& trouble : shareTroubles()) {
+        SCOPED_TRACE(++number);
+        stubScripts({"Old"}, {"anna"});
+        ask("guest", "config");
+        trouble.arrange();
+        expectEnd(kFailed,
+                  join({userFound("guest", {"anna"}), shareNamed("config"), trouble.calls}),
+                  trouble.left);
+        EXPECT_EQ(asked(), "");
+    }
+}
+
+TEST_F(PrivateShare, creationThatFailsEndsTheCommand)
+{
+    for (const Failure& failure : kFailures) {
+        stubScripts({}, {"anna"},
+                    failure.script.empty() ? "" : "tovAddShare) " + failure.script + " ;;");
+        ask("anna", "Media");
+        if (failure.script.empty()) {
+            watch::answer(kCreate, failure.result, failure.error);
+        }
+        expectEnd(kFailed, join({annaFound(), shareNamed("Media"), shareLookup({}, "Media", 0),
+                                 creation("Media", "private", failure.result)}));
+        EXPECT_EQ(asked(), "");
+    }
+}
+
+TEST_F(PrivateShare, shareThatCannotBeGivenStays)
+{
+    for (const Failure& failure : kFailures) {
+        stubScripts(
+            {}, {"anna"},
+            failure.script.empty() ? "" : "tovSetUserSharePrivileges) " + failure.script + " ;;");
+        ask("anna", "Media");
+        if (failure.script.empty()) {
+            watch::answer(kGive, failure.result, failure.error);
+        }
+        expectEnd(kFailed, join({annaFound(),
+                                 shareNamed("Media"),
+                                 shareLookup({}, "Media", 0),
+                                 creation("Media", "private"),
+                                 giving("Media", "anna", failure.result, failure.reason),
+                                 {notGiven("Media", "anna")}}));
+        EXPECT_EQ(asked(), askedFor("Media", "private"));
+    }
+}
+
+TEST_F(PrivateShare, childrenThatSomebodyElseReaps)
+{
+    // The user is taken to exist, the list of shares counts, but the share's own line does not.
+    std::signal(SIGCHLD, SIG_IGN);
+    const std::string line = userFetch()[0];
+    ask("bob", "Media");
+    expectEnd(kFailed,
+              join({userNamed("bob"),
+                    {line, trace("system(" + line + ") --  error: 10(No child processes) -- ")},
+                    shareNamed("Media"),
+                    shareLookup({}, "Media", 0),
+                    creation("Media", "private", -1)}),
+              {"/tmp/work/isUserExisted" + pid() + pid()});
+    EXPECT_EQ(asked(), askedFor("Media", "private"));
+}
+
+} // namespace

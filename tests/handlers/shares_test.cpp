@@ -1,0 +1,1861 @@
+// SPDX-License-Identifier: MIT
+#include "handlers/shares.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <dlfcn.h>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+#include "cmdsvc/channel.h"
+#include "core/core.h"
+#include "tests/support/request.h"
+#include "tests/support/root.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The file whose close is to fail: its descriptor is gone by then.
+const char* losesItsDescriptor = nullptr;
+
+} // namespace
+
+/// Stands before the C library's own.
+extern "C" int fclose(FILE* file)
+{
+    const int descriptor = ::fileno(file);
+    std::error_code none;
+    if (losesItsDescriptor != nullptr &&
+        fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), none) ==
+            losesItsDescriptor) {
+        ::close(descriptor);
+    }
+    static auto* const next = reinterpret_cast<int (*)(FILE*)>(::dlsym(RTLD_NEXT, "fclose"));
+    return next(file);
+}
+
+/// Where a sanitizer keeps the heap, a block that is too large must fail as it does without one.
+extern "C" [[gnu::visibility("default")]] const char* __asan_default_options();
+extern "C" const char* __asan_default_options()
+{
+    return "allocator_may_return_null=1";
+}
+
+namespace {
+
+using Lines = std::vector<std::string>;
+using request::exitTrace;
+using request::frame;
+using request::opening;
+using request::Outcome;
+using root::le32;
+using root::trace;
+
+const std::string kWorkFile = "/tmp/vokcontrol.tmp";
+const std::string kAgain = "Resource temporarily unavailable";
+const std::string kNotThere = "No such file or directory";
+const std::string kDenied = "Permission denied";
+
+/// Sizes of names that are looked up, to the largest.
+constexpr std::array<std::size_t, 8> kNameSizes = {1, 10, 31, 32, 33, 48, 63, 64};
+
+std::string pid()
+{
+    return std::to_string(::getpid());
+}
+
+Lines joined(const std::vector<Lines>& parts)
+{
+    Lines all;
+    for (const Lines& part : parts) {
+        all.insert(all.end(), part.begin(), part.end());
+    }
+    return all;
+}
+
+/// The shell line of a message that may be too long.
+std::string cutTrace(const std::string& message)
+{
+    return trace(message.substr(0, 1999));
+}
+
+std::string problem(const std::string& what, const std::string& path, const std::string& why)
+{
+    return trace(what + " " + path + ": " + why);
+}
+
+/// What is left in /tmp, besides the traces and the answer.
+Lines leftBehind()
+{
+    Lines names = root::list("/tmp");
+    std::erase(names, "dbg_vokcontrol.txt");
+    std::erase(names, "outbuf7");
+    return names;
+}
+
+std::string nameIn(const std::string& path)
+{
+    return fs::path(path).filename();
+}
+
+/// Nothing can be created in /tmp or removed from it, until the second.
+void closeFolder()
+{
+    fs::permissions("/tmp", fs::perms(0555));
+}
+
+void reopenFolder()
+{
+    fs::permissions("/tmp", fs::perms(0755));
+}
+
+void freeDisk()
+{
+    fs::remove("/tmp/filler");
+}
+
+void makeUnreadable(const std::string& path)
+{
+    fs::permissions(path, fs::perms(0));
+}
+
+// ---- The share script -------------------------------------------------------------------------
+
+std::string listingLine(const std::string& path)
+{
+    return "sudo /usr/bin/php /etc/inc/api_share.php tovGetShareList " + path;
+}
+
+std::string nameLine(const std::string& name)
+{
+    return "  <sharename>" + name + "</sharename>\n";
+}
+
+std::string propertyLine(const std::string& property)
+{
+    return "  <shareproperty>" + property + "</shareproperty>\n";
+}
+
+std::string block(const std::string& name, const std::string& property,
+                  const std::string& location = "internal")
+{
+    return "  <shareinfo>\n" + nameLine(name) + propertyLine(property) + "  <sharelocation>" +
+           location + "</sharelocation>\n  </shareinfo>\n";
+}
+
+const std::string kShareInfoLine = listingLine(root::workFile("share_info"));
+
+/// The calls of share_info when it lists these shares.
+Lines shareInfoCalls(const Lines& names)
+{
+    Lines calls = {trace("share_info sys(" + kShareInfoLine + ")"), kShareInfoLine};
+    for (const std::string& name : names) {
+        calls.push_back(trace("share_info() -- found share:" + name));
+    }
+    calls.push_back(trace("share_info() return from share_info " + std::to_string(names.size())));
+    return calls;
+}
+
+/// The calls of share_info when its script fails.
+Lines shareInfoFailure(int result, const std::string& why)
+{
+    return {trace("share_info sys(" + kShareInfoLine + ")"), kShareInfoLine,
+            trace("share_info: failed system(" + kShareInfoLine +
+                  ") iRet:" + std::to_string(result) + " (error: " + why + ")")};
+}
+
+/// The list that share_info makes of these shares.
+std::string shareList(const Lines& names)
+{
+    std::string list;
+    for (const std::string& name : names) {
+        list += '"' + name + '"';
+    }
+    return list.empty() ? "return [];\n" : "return [" + list + "];";
+}
+
+// ---- gps1, gpsn -------------------------------------------------------------------------------
+
+class PublicShare : public root::Test {
+  protected:
+    static void setVariables(const std::string& content)
+    {
+        root::writeFile("/etc/pelconfig/system_var", content);
+    }
+
+    static void expectName(const std::string& name)
+    {
+        const Outcome outcome = request::process(frame("gps1", 0));
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, "gpsr " + le32(1) + "\n" + name + "\n");
+        const std::string size = std::to_string(10 + name.size() + 1);
+        EXPECT_EQ(outcome.calls,
+                  opening("gps1", 0, {trace("cmd_gps1 fwrite " + size + ": gpsr \x01")}));
+        EXPECT_EQ(leftBehind(), Lines{});
+        EXPECT_EQ(fout_buf, nullptr);
+    }
+
+    static void expectNoName(const std::string& request, std::uint32_t count)
+    {
+        const Outcome outcome = request::process(request);
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, "gpsn ");
+        EXPECT_EQ(outcome.calls, opening("gpsn", count, {trace("cmd_gpsn fwrite 5: gpsn ")}));
+        EXPECT_STREQ(cmdsvc::requestLine.data(), "gpsn ");
+    }
+};
+
+TEST_F(PublicShare, nameIsTheVariable)
+{
+    setVariables("a=1\npel_pubshare_name=Public\nb=2\n");
+    expectName("Public");
+    setVariables("pel_pubshare_name = Our Public Share\r\n");
+    expectName("Our Public Share");
+    setVariables("pel_pubshare_name=\xC3\xA9lise \"$HOME\"\n");
+    expectName("\xC3\xA9lise \"$HOME\"");
+}
+
+TEST_F(PublicShare, namesOfAllSizes)
+{
+    for (const std::size_t size : kNameSizes) {
+        setVariables("pel_pubshare_name=" + std::string(size, 'n') + "\n");
+        expectName(std::string(size, 'n'));
+    }
+    // A line of the variable file has 511 characters at most.
+    const std::string longest(511 - 19, 'n');
+    setVariables("pel_pubshare_name=" + longest + "\n");
+    expectName(longest);
+}
+
+TEST_F(PublicShare, nameThatIsNotSetIsAnEmptyLine)
+{
+    setVariables("");
+    expectName("");
+    setVariables("pel_pubshare_name=\n");
+    expectName("");
+    setVariables("pel_pubshare_names=Public\n");
+    expectName("");
+}
+
+TEST_F(PublicShare, nameThatCannotBeReadIsAnEmptyLine)
+{
+    expectName("");
+    setVariables("pel_pubshare_name=Public\n");
+    makeUnreadable("/etc/pelconfig/system_var");
+    expectName("");
+}
+
+TEST_F(PublicShare, answerStaysInTheRequestLine)
+{
+    setVariables("pel_pubshare_name=Public\n");
+    expectName("Public");
+    const std::string whole = "gpsr " + le32(1) + "\nPublic\n";
+    EXPECT_EQ(std::string(cmdsvc::requestLine.data(), whole.size() + 1), whole + '\0');
+}
+
+TEST_F(PublicShare, answerThatTheDiskHasNoRoomForIsLost)
+{
+    setVariables("pel_pubshare_name=Public\n");
+    request::load(frame("gps1", 0));
+    watch::after("echo \"param_count", [] { root::fillDisk("/tmp"); });
+    const Outcome outcome = request::run();
+    EXPECT_EQ(outcome.result, 0);
+    EXPECT_EQ(outcome.answer, "");
+    EXPECT_EQ(outcome.calls, opening("gps1", 0, {trace("cmd_gps1 fwrite 17: gpsr \x01")}));
+}
+
+TEST_F(PublicShare, olderQueryNeverTellsTheName)
+{
+    setVariables("pel_pubshare_name=Public\n");
+    expectNoName(frame("gpsn", 0), 0);
+    setVariables("");
+    expectNoName(frame("gpsn", 0), 0);
+}
+
+TEST_F(PublicShare, olderQueryTakesAnyCount)
+{
+    setVariables("pel_pubshare_name=Public\n");
+    expectNoName(frame("gpsn", 1, "x\n"), 1);
+    expectNoName(frame("gpsn", 0x01020304), 0x01020304);
+    expectNoName(frame("gpsn", 10), 10);
+    expectNoName("gpsn", 0);
+}
+
+TEST_F(PublicShare, olderQueryAsksForTheVariableAlone)
+{
+    root::writeFile(kWorkFile, "pel_pubshare_name=Stale\n");
+    testing::internal::CaptureStdout();
+    const std::string answer = request::process(frame("gpsn", 0)).answer;
+    const std::string printed = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(answer, "gpsn ");
+    EXPECT_NE(printed.find("/etc/pelconfig/system_var"), std::string::npos) << printed;
+    EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)});
+}
+
+// ---- gsp1 -------------------------------------------------------------------------------------
+
+class ShareProperty : public root::Test {
+  protected:
+    const std::string listing = kWorkFile + pid();
+    const std::string command = listingLine(listing);
+
+    void SetUp() override
+    {
+        root::Test::SetUp();
+        root::writeFile(kWorkFile, "old");
+    }
+
+    static Outcome ask(const std::string& name)
+    {
+        return request::process(frame("gsp1", 1, name + "\n"));
+    }
+
+    /// The calls up to the name.
+    static Lines nameCalls(const std::string& name)
+    {
+        return {trace("get share property enter..0"), cutTrace("cmd_gspc pShareName: " + name)};
+    }
+
+    /// The calls of a request whose shell line gives this result.
+    [[nodiscard]] Lines callsWith(const std::string& name, int result, const Lines& more) const
+    {
+        const std::string run =
+            trace("cmd_gsp1: system(" + command + ") -- iRet: " + std::to_string(result));
+        return opening("gsp1", 1, joined({nameCalls(name), {command, run}, more}));
+    }
+
+    static std::string found(const std::string& line) { return trace("Found share " + line); }
+
+    static std::string found(const std::string& line, int property)
+    {
+        return trace("Found property " + line + " -- " + std::to_string(property));
+    }
+
+    static std::string answerTrace(int property)
+    {
+        return trace("cmd_gsp1 fwrite: gspr \x01 - " + std::to_string(property) + " - return 12");
+    }
+
+    static std::string answerOf(int property)
+    {
+        return "gspr " + le32(1) + "\n" + static_cast<char>(property) + "\n";
+    }
+
+    /// Compares all that a request for a name leaves when it is answered, with these finds.
+    void expectProperty(const std::string& text, const std::string& name, int property,
+                        const Lines& finds)
+    {
+        root::stubListing(text);
+        const Outcome outcome = ask(name);
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, answerOf(property)) << name;
+        EXPECT_EQ(outcome.calls, callsWith(name, 0, joined({finds, {answerTrace(property)}})));
+        EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)}) << "another command's file";
+        EXPECT_EQ(fout_buf, nullptr);
+        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+    }
+
+    /// The same where it is enough to know the answer.
+    static void expectAnswer(const std::string& text, const std::string& name, int property)
+    {
+        root::stubListing(text);
+        EXPECT_EQ(ask(name).answer, answerOf(property)) << name << " in\n" << text;
+    }
+
+    /// Compares all that an error exit leaves.
+    void expectError(const Outcome& outcome, std::uint32_t code, const Lines& calls,
+                     const Lines& files)
+    {
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, "erro " + le32(code));
+        EXPECT_EQ(outcome.calls, joined({calls, {exitTrace(code)}}));
+        EXPECT_EQ(leftBehind(), files);
+        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+    }
+
+    /// Asks for "Music" of a good listing, with something happening on the way.
+    static Outcome askWhen(const std::string& moment, const std::function<void()>& action)
+    {
+        root::stubListing(block("Music", "public"));
+        request::load(frame("gsp1", 1, "Music\n"));
+        watch::after(moment, action);
+        return request::run();
+    }
+};
+
+TEST_F(ShareProperty, publicAndPrivateSharesAreTold)
+{
+    const std::string text = block("Music", "public") + block("Photos", "private");
+    expectProperty(text, "Music", 2, {found(nameLine("Music")), found(propertyLine("public"), 2)});
+    expectProperty(text, "Photos", 1,
+                   {found(nameLine("Photos")), found(propertyLine("private"), 1)});
+}
+
+TEST_F(ShareProperty, shareThatIsNotListedIsNoError)
+{
+    expectProperty(block("Music", "public"), "Photos", 3, {});
+    expectProperty("", "Photos", 3, {});
+}
+
+TEST_F(ShareProperty, caseCounts)
+{
+    expectAnswer(block("Music", "public"), "music", 3);
+    expectAnswer(block("Music", "Public"), "Music", 1);
+    expectAnswer("<SHAREPROPERTY>public\nMusic\n<Shareproperty>public\n", "Music", 3);
+}
+
+TEST_F(ShareProperty, nameMatchesAnywhereAndTheLastBlockWins)
+{
+    expectProperty(block("data", "public") + block("mydata", "private"), "data", 1,
+                   {found(nameLine("data")), found(propertyLine("public"), 2),
+                    found(nameLine("mydata")), found(propertyLine("private"), 1)});
+    expectProperty(block("mydata", "private") + block("data", "public"), "data", 2,
+                   {found(nameLine("mydata")), found(propertyLine("private"), 1),
+                    found(nameLine("data")), found(propertyLine("public"), 2)});
+    expectProperty(
+        "<sharecomment>all data</sharecomment>\n" + propertyLine("public"), "data", 2,
+        {found("<sharecomment>all data</sharecomment>\n"), found(propertyLine("public"), 2)});
+    expectProperty(propertyLine("public"), "property>pub", 2,
+                   {found(propertyLine("public")), found(propertyLine("public"), 2)});
+}
+
+TEST_F(ShareProperty, lastPropertyOfABlockWins)
+{
+    expectAnswer(nameLine("Music") + propertyLine("public") + propertyLine("private"), "Music", 1);
+}
+
+TEST_F(ShareProperty, propertyIsPublicWhereverTheWordStands)
+{
+    expectAnswer("Music\npublic <shareproperty>x\n", "Music", 2);
+    expectAnswer("Music\n<shareproperty>republican\n", "Music", 2);
+    expectAnswer("Music\n<shareproperty>\npublic\n", "Music", 1);
+    expectAnswer("Music\n<shareproperty\npublic\n", "Music", 3);
+}
+
+TEST_F(ShareProperty, propertyCountsBetweenTheNameAndTheBlocksEnd)
+{
+    expectProperty(propertyLine("public") + nameLine("Music") + "</shareinfo>\n", "Music", 3,
+                   {found(nameLine("Music"))});
+    expectProperty(nameLine("Music") + "</shareinfo>\n" + propertyLine("public"), "Music", 3,
+                   {found(nameLine("Music"))});
+    expectProperty(nameLine("Music") + "<shareinfo>\n" + propertyLine("public"), "Music", 2,
+                   {found(nameLine("Music")), found(propertyLine("public"), 2)});
+}
+
+TEST_F(ShareProperty, nameThenPropertyThenEndAreLookedForInEachLine)
+{
+    const std::string line = "Music <shareproperty>public </shareinfo>\n";
+    expectProperty(line + propertyLine("private"), "Music", 2, {found(line), found(line, 2)});
+    const std::string end = "</shareinfo>Music\n";
+    expectProperty(end + propertyLine("private"), "Music", 3, {found(end)});
+}
+
+TEST_F(ShareProperty, longLinesAreReadInPieces)
+{
+    const std::string piece = std::string(506, ' ') + "Music";
+    expectProperty(piece + "</shareinfo>\n" + propertyLine("public"), "Music", 3, {found(piece)});
+    // The name falls into two pieces.
+    expectProperty(' ' + piece + '\n' + propertyLine("public"), "Music", 3, {});
+    expectAnswer("Music\n" + std::string(500, ' ') + "<shareproperty>public\n", "Music", 3);
+}
+
+TEST_F(ShareProperty, lastLineNeedsNoNewline)
+{
+    expectProperty("Music\n<shareproperty>public", "Music", 2,
+                   {found("Music\n"), found("<shareproperty>public", 2)});
+}
+
+TEST_F(ShareProperty, zeroByteEndsItsLinesText)
+{
+    expectAnswer(std::string("x\0Music\n<shareproperty>public\n", 30), "Music", 3);
+    expectAnswer(std::string("Music\n<shareproperty>\0public\n", 28), "Music", 1);
+}
+
+TEST_F(ShareProperty, namesUpTo64CharactersAreLookedUp)
+{
+    for (const std::size_t size : kNameSizes) {
+        const std::string name(size, 'N');
+        expectProperty(block(name, "public"), name, 2,
+                       {found(nameLine(name)), found(propertyLine("public"), 2)});
+    }
+}
+
+TEST_F(ShareProperty, otherNamesEndWithABareWord)
+{
+    root::stubListing(block("N", "public"));
+    for (const std::size_t size : {0U, 65U, 66U, 255U, 4000U}) {
+        root::writeFile(kWorkFile, "old");
+        const std::string name(size, 'N');
+        const Outcome outcome = ask(name);
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, le32(0xC1000003)) << size;
+        EXPECT_EQ(outcome.calls,
+                  opening("gsp1", 1, joined({nameCalls(name), {exitTrace(0xC1000003)}})));
+        EXPECT_EQ(leftBehind(), Lines{});
+    }
+}
+
+TEST_F(ShareProperty, namesInUtf8CountTheirBytes)
+{
+    std::string name;
+    for (int i = 0; i < 32; ++i) {
+        name += "\xC3\xA9";
+    }
+    expectProperty(block(name, "private"), name, 1,
+                   {found(nameLine(name)), found(propertyLine("private"), 1)});
+    EXPECT_EQ(ask(name + "\xC3\xA9").answer, le32(0xC1000003));
+    expectAnswer(block("\xC3\xA9t\xC3\xA9", "public"), "\xC3\xA9t\xC3\xA9", 2);
+    expectAnswer(block("\xC3\xA9t\xC3\xA9", "public"), "\xC3\x89t\xC3\xA9", 3);
+}
+
+TEST_F(ShareProperty, nameOfTheShellsOwnCharactersIsLookedUp)
+{
+    expectAnswer(block("a\"b", "public"), "a\"b", 2);
+    expectAnswer(block("$HOME `x` \\", "private"), "$HOME `x` \\", 1);
+}
+
+TEST_F(ShareProperty, nameNeedsNoNewline)
+{
+    root::stubListing(block("Music", "public"));
+    const Outcome outcome = request::process(frame("gsp1", 1, "Music"));
+    EXPECT_EQ(outcome.answer, answerOf(2));
+    EXPECT_EQ(outcome.calls[3], trace("cmd_gspc pShareName: Music"));
+}
+
+TEST_F(ShareProperty, onlyTheNewlineIsCut)
+{
+    expectAnswer(block("Music", "public"), "Music\r", 3);
+    expectAnswer(block("Music", "public"), "Music ", 3);
+    expectAnswer(block("Music", "public"), " Music", 3);
+}
+
+TEST_F(ShareProperty, zeroByteEndsTheName)
+{
+    root::stubListing(block("Mu", "public"));
+    const Outcome outcome = request::process(frame("gsp1", 1, std::string("Mu\0sic\n", 7)));
+    EXPECT_EQ(outcome.answer, answerOf(2));
+    EXPECT_EQ(outcome.calls[3], trace("cmd_gspc pShareName: Mu"));
+    EXPECT_EQ(request::process(frame("gsp1", 1, std::string("\0Mu\n", 4))).answer,
+              le32(0xC1000003));
+}
+
+TEST_F(ShareProperty, missingNameIsAnEmptyOne)
+{
+    const Outcome outcome = request::process(frame("gsp1", 1));
+    EXPECT_EQ(outcome.answer, le32(0xC1000003));
+    EXPECT_EQ(outcome.calls, opening("gsp1", 1, joined({nameCalls(""), {exitTrace(0xC1000003)}})));
+}
+
+TEST_F(ShareProperty, requestThatIsReadToItsEndLeavesTheFrameForAName)
+{
+    const std::string name = "gsp1 \x01";
+    root::stubListing(block(name, "public"));
+    request::load(frame("gsp1", 1));
+    ASSERT_TRUE(cmdsvc::openChannel(7));
+    cmdsvc::readRequestLine();
+    while (std::fgetc(cmdsvc::requestStream()) != EOF) {
+    }
+    cmd_gsp1();
+    cmdsvc::closeAnswer();
+    EXPECT_EQ(root::readFile("/tmp/outbuf7"), answerOf(2));
+    EXPECT_EQ(watch::calls().at(1), trace("cmd_gspc pShareName: " + name));
+}
+
+TEST_F(ShareProperty, onlyTheFirstLineIsTheName)
+{
+    root::stubListing(block("Music", "public"));
+    EXPECT_EQ(request::process(frame("gsp1", 1, "Music\nPhotos\n")).answer, answerOf(2));
+}
+
+TEST_F(ShareProperty, answerIsAllThatIsLeftInTheRequestLine)
+{
+    expectAnswer("", std::string(64, 'N'), 3);
+    EXPECT_EQ(std::string(cmdsvc::requestLine.data(), 4096),
+              answerOf(3) + std::string(4096 - 12, '\0'));
+}
+
+TEST_F(ShareProperty, badNameClosesAFileThatIsOpen)
+{
+    request::load(frame("gsp1", 1, "\n"));
+    watch::after("echo \"get share", [] { cmdsvc::openCurrentFile(kWorkFile.c_str()); });
+    EXPECT_EQ(request::run().answer, le32(0xC1000003));
+    EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+    EXPECT_EQ(leftBehind(), Lines{});
+}
+
+TEST_F(ShareProperty, failingScriptIsAnError)
+{
+    root::stub("php", "echo '<sharename>Music' >\"$3\"; exit 3");
+    expectError(ask("Music"), 0xFF000004, callsWith("Music", 3 * 256, {}), {nameIn(listing)});
+}
+
+TEST_F(ShareProperty, missingScriptIsAnError)
+{
+    fs::remove("/usr/bin/php");
+    expectError(ask("Music"), 0xFF000004, callsWith("Music", 127 * 256, {}), {});
+}
+
+TEST_F(ShareProperty, shellThatCannotStartIsAnError)
+{
+    for (const int error : {EAGAIN, ECHILD}) {
+        request::load(frame("gsp1", 1, "Music\n"));
+        watch::answer("sudo", -1, error);
+        expectError(request::run(), 0xFF000004, callsWith("Music", -1, {}), {});
+    }
+}
+
+TEST_F(ShareProperty, scriptThatSomebodyElseReapedIsAnError)
+{
+    root::stubListing(block("Music", "public"));
+    std::signal(SIGCHLD, SIG_IGN);
+    expectError(ask("Music"), 0xFF000004, callsWith("Music", -1, {}), {nameIn(listing)});
+}
+
+TEST_F(ShareProperty, listingThatDoesNotFitOnTheDiskIsAnError)
+{
+    root::stubListing(block("Music", "public"));
+    request::load(frame("gsp1", 1, "Music\n"));
+    watch::after("echo \"cmd_gspc", [] { root::fillDisk("/tmp"); });
+    watch::after("echo \"exiting", freeDisk);
+    expectError(request::run(), 0xFF000004, callsWith("Music", 256, {}), {nameIn(listing)});
+}
+
+TEST_F(ShareProperty, missingListingIsAnError)
+{
+    root::stub("php", "exit 0");
+    expectError(ask("Music"), 0xFF000007,
+                callsWith("Music", 0, {problem("cannot open file", listing, kNotThere)}), {});
+}
+
+TEST_F(ShareProperty, listingThatIsRemovedInBetweenIsAnError)
+{
+    expectError(askWhen("sudo", [&] { fs::remove(listing); }), 0xFF000007,
+                callsWith("Music", 0, {problem("cannot open file", listing, kNotThere)}), {});
+}
+
+TEST_F(ShareProperty, unreadableListingIsAnErrorAndIsRemoved)
+{
+    expectError(askWhen("sudo", [&] { makeUnreadable(listing); }), 0xFF000007,
+                callsWith("Music", 0, {problem("cannot open file", listing, kDenied)}), {});
+}
+
+TEST_F(ShareProperty, folderInTheListingsPlaceListsNothing)
+{
+    root::stub("php", "mkdir \"$3\"");
+    const Outcome outcome = ask("Music");
+    EXPECT_EQ(outcome.answer, answerOf(3));
+    EXPECT_EQ(outcome.calls, callsWith("Music", 0, {answerTrace(3)}));
+    EXPECT_FALSE(root::exists(listing));
+}
+
+TEST_F(ShareProperty, listingThatCannotBeRemovedIsAnError)
+{
+    const auto removal = [&](const std::string& why) {
+        return problem("cmd_gsp1() cannot remove file", listing, why);
+    };
+    const Lines finds = {found(nameLine("Music")), found(propertyLine("public"), 2)};
+    expectError(askWhen("echo \"Found property", [&] { fs::remove(listing); }), 0xC1000001,
+                callsWith("Music", 0, joined({finds, {removal(kNotThere)}})), {});
+    expectError(askWhen("sudo", closeFolder), 0xC1000001,
+                callsWith("Music", 0, joined({finds, {removal(kDenied)}})), {nameIn(listing)});
+    reopenFolder();
+    fs::remove(listing);
+    root::stub("php", "mkdir -p \"$3/x\"");
+    expectError(ask("Music"), 0xC1000001, callsWith("Music", 0, {removal("Directory not empty")}),
+                {nameIn(listing)});
+}
+
+// ---- gspc -------------------------------------------------------------------------------------
+
+class SharePropertyByPlace : public root::Test {
+  protected:
+    const std::string hookLine =
+        "echo share_info | runwebhooks | grep return > /tmp/vokcontrol.tmp";
+    const Lines fetchLines = {
+        "sudo /usr/bin/php /etc/inc/api_user.php tovGetUsers " + kWorkFile + pid(),
+        "cat " + kWorkFile + pid() + " | grep username >  " + kWorkFile + pid() + "2"};
+    const Lines fetchedFiles = {nameIn(kWorkFile) + pid(), nameIn(kWorkFile) + pid() + "2"};
+    const std::string statusTrace =
+        trace("SendReturnStatus errCode 0xF0000001 -- fwrite return: 10");
+    const std::string status = "gspc " + le32(0xF0000001) + '\0';
+
+    void SetUp() override
+    {
+        root::Test::SetUp();
+        stubHook("return [\"Music\",\"Photos\",\"Films\"];\n");
+        stubUsers({});
+    }
+
+    static void stubHook(const std::string& list)
+    {
+        root::writeFile("/stubs/hook", list);
+        root::stub("runwebhooks", "cat /stubs/hook");
+    }
+
+    static void stubUsers(const Lines& names)
+    {
+        std::string answer;
+        for (const std::string& name : names) {
+            answer += "<username>" + name + "</username>\n";
+        }
+        root::writeFile("/stubs/users", answer);
+        root::stub("php", "cat /stubs/users >\"$3\"");
+    }
+
+    /// A list of users of which the first fills it up to this many characters.
+    static Lines usersUpTo(std::size_t size)
+    {
+        const std::size_t frameSize = std::string_view("return [\"guest\", \"\"").size();
+        return {std::string(size - frameSize, 'n')};
+    }
+
+    static std::string userList(const Lines& names)
+    {
+        std::string list = "return [\"guest\"";
+        for (const std::string& name : names) {
+            list += ", \"" + name + '"';
+        }
+        return list + "];";
+    }
+
+    /// A request with a name behind its length.
+    static std::string requestFor(const std::string& name)
+    {
+        return "gspc " + std::string(1, static_cast<char>(name.size())) + name + "\n";
+    }
+
+    /// The calls of a request, up to the name that has been taken from it.
+    static Lines callsFor(const std::string& request, const std::string& name)
+    {
+        std::string line = request.substr(0, request.find('\n')) + "\n";
+        line.resize(9);
+        std::uint32_t count = 0;
+        for (std::size_t i = 9; i > 5; --i) {
+            count = (count << 8U) | static_cast<unsigned char>(line[i - 1]);
+        }
+        return opening("gspc", count, {cutTrace("cmd_gspc pShareName: " + name)});
+    }
+
+    static std::string placeTrace(const std::string& name, int standing, int property)
+    {
+        return trace("cmd_gspc share name: " + name + " -- standing: " + std::to_string(standing) +
+                     " -- share Property: " + std::to_string(property));
+    }
+
+    static std::string answerOf(int property)
+    {
+        return std::string("gspc ") + static_cast<char>(property) + "\n" + std::string(3, '\0');
+    }
+
+    static std::string answerTrace(int property)
+    {
+        return trace(std::string("cmd_gspc fwrite: gspc ") + static_cast<char>(property) + "\n - " +
+                     std::to_string(property) + " - return 10");
+    }
+
+    static void expectOutcome(const Outcome& outcome, const std::string& answer, const Lines& calls,
+                              const Lines& files = {})
+    {
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, answer);
+        EXPECT_EQ(outcome.calls, calls);
+        EXPECT_EQ(leftBehind(), files);
+        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+        EXPECT_EQ(fout_buf, nullptr);
+    }
+
+    /// A request whose name is not in the hook's list.
+    void expectNone(const std::string& request, const std::string& name)
+    {
+        expectOutcome(
+            request::process(request), answerOf(3),
+            joined({callsFor(request, name), {hookLine, placeTrace(name, 0, 3), answerTrace(3)}}));
+    }
+
+    /// A request that ends where its name is looked at.
+    void expectRefused(const std::string& request, const std::string& name)
+    {
+        expectOutcome(request::process(request), status,
+                      joined({callsFor(request, name), {statusTrace}}));
+    }
+
+    /// A request for a share that has a place, and so comes to the end of a short user list.
+    void expectPlace(const std::string& name, int standing)
+    {
+        const std::string request = requestFor(name);
+        expectOutcome(request::process(request), status,
+                      joined({callsFor(request, name),
+                              {hookLine, placeTrace(name, standing, 1)},
+                              fetchLines,
+                              {statusTrace}}));
+    }
+
+    /// A request for a share that has a place, with a user list that reaches as far. The line is
+    /// what is looked at.
+    void expectProperty(const std::string& name, int standing, const std::string& line,
+                        int property)
+    {
+        const std::string request = requestFor(name);
+        expectOutcome(request::process(request), answerOf(property),
+                      joined({callsFor(request, name),
+                              {hookLine, placeTrace(name, standing, 1)},
+                              fetchLines,
+                              {trace("cmd_gspc " + line + ": "), answerTrace(property)}}));
+    }
+
+    /// Asks for "Music", with something happening on the way.
+    static Outcome askWhen(const std::string& moment, const std::function<void()>& action)
+    {
+        request::load(requestFor("Music"));
+        watch::after(moment, action);
+        return request::run();
+    }
+
+    /// The calls of a request for "Music", up to the hook's shell line.
+    [[nodiscard]] Lines musicCalls(const std::vector<Lines>& more) const
+    {
+        return joined({callsFor(requestFor("Music"), "Music"), {hookLine}, joined(more)});
+    }
+
+    /// The same, up to the user list's shell lines.
+    [[nodiscard]] Lines musicCallsWithUsers(const Lines& more) const
+    {
+        return musicCalls({{placeTrace("Music", 0, 1)}, fetchLines, more});
+    }
+};
+
+TEST_F(SharePropertyByPlace, shareThatIsNotListedIsNoError)
+{
+    expectNone(requestFor("Books"), "Books");
+    expectNone(requestFor("music"), "music");
+    stubHook("return [];\n");
+    expectNone(requestFor("Music"), "Music");
+}
+
+TEST_F(SharePropertyByPlace, shareThatIsListedMeetsTheEndOfTheUserList)
+{
+    expectPlace("Music", 0);
+    expectPlace("Photos", 1);
+    expectPlace("Films", 2);
+    stubUsers({"anna", "bob"});
+    expectPlace("Music", 0);
+}
+
+TEST_F(SharePropertyByPlace, placeIsTheNumberOfCommasUpToTheName)
+{
+    expectPlace("return", 0);
+    expectPlace("eturn", 0);
+    expectPlace("o", 1);
+    // The name's own first character is counted, too; its others are not.
+    expectPlace(",\"Photos", 1);
+    expectPlace("c\",\"Photos\",", 0);
+    expectPlace("];", 2);
+}
+
+TEST_F(SharePropertyByPlace, firstCharacterOfTheListIsNotCounted)
+{
+    stubHook(",,return [Music];\n");
+    expectPlace("Music", 1);
+    expectPlace(",,return", 0);
+    expectPlace(",return", 1);
+}
+
+TEST_F(SharePropertyByPlace, firstOccurrenceCounts)
+{
+    stubHook("return [a,Music,b,Music];\n");
+    expectPlace("Music", 1);
+}
+
+TEST_F(SharePropertyByPlace, onlyTheFirstLineWithReturnCounts)
+{
+    stubHook("Books,\nreturn [Films,Music];\nreturn [Photos];\n");
+    expectPlace("Music", 1);
+    expectNone(requestFor("Books"), "Books");
+    expectNone(requestFor("Photos"), "Photos");
+}
+
+TEST_F(SharePropertyByPlace, onlyTheLines254CharactersCount)
+{
+    const std::string list = "return [" + std::string(254 - 8 - 5, ',');
+    stubHook(list + "Music\n");
+    expectPlace("Music", 254 - 8 - 5);
+    stubHook(list + ",Music\n");
+    expectNone(requestFor("Music"), "Music");
+}
+
+TEST_F(SharePropertyByPlace, listWithoutALineHasEveryShare)
+{
+    stubHook("");
+    expectPlace("Music", 0);
+    stubHook("nothing to tell\n");
+    expectPlace("Books", 0);
+}
+
+TEST_F(SharePropertyByPlace, zeroByteEndsTheListsText)
+{
+    const Outcome outcome = askWhen("echo share_info", [] {
+        root::writeFile(kWorkFile, std::string("return [\0Music];\n", 17));
+    });
+    expectOutcome(outcome, answerOf(3), musicCalls({{placeTrace("Music", 0, 3), answerTrace(3)}}));
+}
+
+TEST_F(SharePropertyByPlace, namesUpTo64CharactersAreLookedUp)
+{
+    for (const std::size_t size : kNameSizes) {
+        if (size != '\n') {
+            const std::string name(size, 'N');
+            stubHook("return [\"Music\",\"" + name + "\"];\n");
+            expectPlace(name, 1);
+            expectNone(requestFor(std::string(size, 'X')), std::string(size, 'X'));
+        }
+    }
+}
+
+TEST_F(SharePropertyByPlace, otherNamesAreRefusedBeforeAnyCommandRuns)
+{
+    for (const std::size_t size : {0U, 65U, 66U, 160U, 255U}) {
+        const std::string name(size, 'N');
+        expectRefused(requestFor(name), name);
+    }
+    expectRefused("gspc", "");
+    expectRefused(std::string("gspc \5\0usic\n", 12), "");
+}
+
+TEST_F(SharePropertyByPlace, lengthIsOneByte)
+{
+    const std::string name(4000, 'N');
+    expectRefused(requestFor(name), name.substr(0, 160));
+    expectNone("gspc \x40" + name + "\n", name.substr(0, 64));
+}
+
+TEST_F(SharePropertyByPlace, lengthEndsTheName)
+{
+    expectNone("gspc \x05"
+               "Books and more\n",
+               "Books");
+    expectNone("gspc \x05"
+               "Books",
+               "Books");
+    expectNone("gspc \x14"
+               "Books\n",
+               "Books\n");
+    expectNone("gspc \x14"
+               "Books",
+               "Books");
+    expectNone(std::string("gspc \5Bo\0ks\n", 12), "Bo");
+    expectNone("gspc \x08"
+               "Bo\noks\n",
+               "Bo\n");
+}
+
+TEST_F(SharePropertyByPlace, nameInUtf8CountsItsBytes)
+{
+    stubHook("return [\"\xC3\xA9t\xC3\xA9\"];\n");
+    expectPlace("\xC3\xA9t\xC3\xA9", 0);
+    expectNone(requestFor("\xC3\x89t\xC3\xA9"), "\xC3\x89t\xC3\xA9");
+}
+
+TEST_F(SharePropertyByPlace, nameOfTenIsShiftedByOne)
+{
+    expectNone("gspc \n0123456789\n", "123456789\n");
+    expectNone("gspc \n0123456789", "123456789");
+    expectNone("gspc \n0123456789ABC\n", "123456789A");
+    expectNone("gspc \n0123\n", "123\n");
+    expectNone(std::string("gspc \n01\00023456789\n", 18), "1");
+    stubHook("return [\"x123456789\",\"123456789\"];\n");
+    const std::string request = "gspc \n0123456789";
+    expectOutcome(request::process(request), status,
+                  joined({callsFor(request, "123456789"),
+                          {hookLine, placeTrace("123456789", 0, 1)},
+                          fetchLines,
+                          {statusTrace}}));
+}
+
+TEST_F(SharePropertyByPlace, nameOfTenThatIsMissingIsRefused)
+{
+    expectRefused("gspc \n", "");
+    expectRefused("gspc \n\n", "");
+    expectRefused("gspc \n0", "");
+}
+
+TEST_F(SharePropertyByPlace, nameOfTenBehindTheEndOfTheRequestIsRefused)
+{
+    request::load("gspc \n");
+    ASSERT_TRUE(cmdsvc::openChannel(7));
+    cmdsvc::readRequestLine();
+    while (std::fgetc(cmdsvc::requestStream()) != EOF) {
+    }
+    cmd_gspc();
+    cmdsvc::closeAnswer();
+    EXPECT_EQ(root::readFile("/tmp/outbuf7"), status);
+    EXPECT_EQ(watch::calls(), (Lines{trace("cmd_gspc pShareName: "), statusTrace}));
+}
+
+TEST_F(SharePropertyByPlace, linesRestIsReadForTenAlone)
+{
+    stubHook("return [x];\n");
+    expectNone("gspc \x04"
+               "abcd\nrest\n",
+               "abcd");
+    const Outcome outcome = request::process("gspc \n" + std::string(80, 'N') + "\n");
+    EXPECT_EQ(outcome.answer, answerOf(3));
+    EXPECT_EQ(outcome.calls[2], trace("cmd_gspc pShareName: " + std::string(10, 'N')));
+}
+
+TEST_F(SharePropertyByPlace, piecesOfALongUserListCountAsLines)
+{
+    Lines users = usersUpTo(300);
+    stubUsers(users);
+    expectProperty("Music", 0, userList(users).substr(254), 1);
+    expectPlace("Photos", 1);
+
+    users.emplace_back("return [\"full");
+    stubUsers(users);
+    expectProperty("Music", 0, userList(users).substr(254), 2);
+
+    users.insert(users.begin(), usersUpTo(254).front());
+    stubUsers(users);
+    expectProperty("Music", 0, userList(users).substr(254, 254), 1);
+    expectProperty("Photos", 1, userList(users).substr(508), 2);
+    expectPlace("Films", 2);
+}
+
+TEST_F(SharePropertyByPlace, userListOf254CharactersIsOneLine)
+{
+    stubUsers(usersUpTo(252));
+    expectPlace("Music", 0);
+    stubUsers(usersUpTo(253));
+    expectProperty("Music", 0, ";", 1);
+    stubUsers(usersUpTo(254));
+    expectProperty("Music", 0, "];", 1);
+}
+
+TEST_F(SharePropertyByPlace, markOfFullAccessMustBeWholeInItsPiece)
+{
+    for (const std::size_t before : {249U, 250U, 251U}) {
+        Lines users = usersUpTo(before);
+        users.emplace_back("return [\"full");
+        stubUsers(users);
+        const std::string piece = userList(users).substr(254);
+        expectProperty("Music", 0, piece, (before == 251) ? 2 : 1);
+    }
+    Lines users = usersUpTo(300);
+    users.emplace_back("return [\"Full");
+    stubUsers(users);
+    expectProperty("Music", 0, userList(users).substr(254), 1);
+}
+
+TEST_F(SharePropertyByPlace, answerIsAllThatIsLeftInTheRequestLine)
+{
+    expectNone(requestFor("Books"), "Books");
+    EXPECT_EQ(std::string(cmdsvc::requestLine.data(), 4096),
+              answerOf(3) + std::string(4096 - 10, '\0'));
+    expectPlace("Music", 0);
+    EXPECT_EQ(std::string(cmdsvc::requestLine.data(), 4096), status + std::string(4096 - 10, '\0'));
+}
+
+TEST_F(SharePropertyByPlace, hookThatCannotStartIsAFailure)
+{
+    for (const int error : {EAGAIN, ECHILD}) {
+        root::writeFile(kWorkFile, "return [\"Old\"];\n");
+        request::load(requestFor("Music"));
+        watch::answer("echo share_info", -1, error);
+        expectOutcome(request::run(), status, musicCalls({{statusTrace}}), {nameIn(kWorkFile)});
+    }
+}
+
+TEST_F(SharePropertyByPlace, hookThatSomebodyElseReapedIsAFailure)
+{
+    std::signal(SIGCHLD, SIG_IGN);
+    expectOutcome(request::process(requestFor("Music")), status, musicCalls({{statusTrace}}),
+                  {nameIn(kWorkFile)});
+}
+
+TEST_F(SharePropertyByPlace, anyOtherEndOfTheHookIsAccepted)
+{
+    for (const int result : {1, 256, 127 * 256, -2}) {
+        root::writeFile(kWorkFile, "return [\"Old\"];\n");
+        request::load(requestFor("Music"));
+        watch::answer("echo share_info", result, EAGAIN);
+        expectOutcome(request::run(), answerOf(3),
+                      musicCalls({{placeTrace("Music", 0, 3), answerTrace(3)}}));
+    }
+    root::stub("runwebhooks", "cat /stubs/hook; exit 9");
+    expectPlace("Photos", 1);
+    fs::remove("/stubs/runwebhooks");
+    expectPlace("Books", 0);
+}
+
+TEST_F(SharePropertyByPlace, listThatIsMissingIsAFailure)
+{
+    expectOutcome(askWhen("echo share_info", [] { fs::remove(kWorkFile); }), status,
+                  musicCalls({{statusTrace}}));
+}
+
+TEST_F(SharePropertyByPlace, listThatIsUnreadableIsAFailureAndStays)
+{
+    expectOutcome(askWhen("echo share_info", [] { makeUnreadable(kWorkFile); }), status,
+                  musicCalls({{statusTrace}}), {nameIn(kWorkFile)});
+}
+
+TEST_F(SharePropertyByPlace, folderInTheListsPlaceHasNoLine)
+{
+    fs::create_directory(kWorkFile);
+    expectPlace("Books", 0);
+}
+
+TEST_F(SharePropertyByPlace, listThatCannotBeRemovedIsOnlyTraced)
+{
+    request::load(requestFor("Books"));
+    watch::after("echo share_info", closeFolder);
+    const Lines calls = joined({callsFor(requestFor("Books"), "Books"),
+                                {hookLine, problem("cannot remove file", kWorkFile, kDenied),
+                                 placeTrace("Books", 0, 3), answerTrace(3)}});
+    expectOutcome(request::run(), answerOf(3), calls, {nameIn(kWorkFile)});
+    reopenFolder();
+
+    request::load(requestFor("Music"));
+    watch::after("echo share_info", closeFolder);
+    watch::after("echo \"cannot remove", reopenFolder);
+    expectOutcome(
+        request::run(), status,
+        musicCalls({{problem("cannot remove file", kWorkFile, kDenied), placeTrace("Music", 0, 1)},
+                    fetchLines,
+                    {statusTrace}}));
+}
+
+TEST_F(SharePropertyByPlace, listThatDoesNotFitOnTheDiskHasNoLine)
+{
+    request::load(requestFor("Books"));
+    watch::after("echo \"cmd_gspc pShareName", [] { root::fillDisk("/tmp"); });
+    watch::after("echo \"cmd_gspc share name", freeDisk);
+    expectOutcome(request::run(), status,
+                  joined({callsFor(requestFor("Books"), "Books"),
+                          {hookLine, placeTrace("Books", 0, 1)},
+                          fetchLines,
+                          {statusTrace}}));
+}
+
+TEST_F(SharePropertyByPlace, userListThatCannotBeFetchedIsAFailure)
+{
+    for (const auto& [error, why] : {std::pair(EAGAIN, "11(" + kAgain + ")"),
+                                     std::pair(ECHILD, std::string("10(No child processes)"))}) {
+        request::load(requestFor("Music"));
+        watch::answer("sudo", -1, error);
+        expectOutcome(
+            request::run(), status,
+            musicCalls({{placeTrace("Music", 0, 1), fetchLines[0],
+                         trace("system(" + fetchLines[0] + ") --  error: " + why + " -- "),
+                         statusTrace}}));
+        request::load(requestFor("Music"));
+        watch::answer("cat", -1, error);
+        expectOutcome(
+            request::run(), status,
+            musicCallsWithUsers(
+                {trace("system(" + fetchLines[1] + ") --  error: " + why + " -- "), statusTrace}),
+            {fetchedFiles[0]});
+        fs::remove("/tmp/" + fetchedFiles[0]);
+    }
+}
+
+TEST_F(SharePropertyByPlace, failingUserScriptLeavesTheGuestAlone)
+{
+    root::stub("php", "exit 1");
+    expectPlace("Music", 0);
+}
+
+TEST_F(SharePropertyByPlace, userListThatCannotBeWrittenIsAFailure)
+{
+    expectOutcome(askWhen("cat", [] { fs::create_directory(kWorkFile); }), status,
+                  musicCallsWithUsers({statusTrace}), joined({{nameIn(kWorkFile)}, fetchedFiles}));
+}
+
+TEST_F(SharePropertyByPlace, userListThatDoesNotFitOnTheDiskIsAFailure)
+{
+    request::load(requestFor("Music"));
+    watch::after("cat", [] { root::fillDisk("/tmp"); });
+    watch::after("echo \"SendReturnStatus", freeDisk);
+    expectOutcome(request::run(), status, musicCallsWithUsers({statusTrace}),
+                  joined({{nameIn(kWorkFile)}, fetchedFiles}));
+}
+
+TEST_F(SharePropertyByPlace, userListThatIsGoneIsAFailure)
+{
+    // The list goes through a link into one of the work files, which is removed in the end.
+    const auto link = [&] { fs::create_symlink("/tmp/" + fetchedFiles[0], kWorkFile); };
+    expectOutcome(askWhen("cat", link), status, musicCallsWithUsers({statusTrace}),
+                  {nameIn(kWorkFile)});
+}
+
+TEST_F(SharePropertyByPlace, userListThatIsUnreadableIsAFailure)
+{
+    const auto prepare = [] {
+        root::writeFile(kWorkFile, "");
+        fs::permissions(kWorkFile, fs::perms(0200));
+    };
+    expectOutcome(askWhen("cat", prepare), status, musicCallsWithUsers({statusTrace}),
+                  {nameIn(kWorkFile)});
+}
+
+TEST_F(SharePropertyByPlace, userListThatIsLostIsAFailure)
+{
+    // What is written to /dev/null is gone: the first line is missing already.
+    stubUsers({std::string(300, 'n')});
+    expectOutcome(askWhen("cat", [] { fs::create_symlink("/dev/null", kWorkFile); }), status,
+                  musicCallsWithUsers({statusTrace}));
+}
+
+TEST_F(SharePropertyByPlace, userListThatCannotBeRemovedIsOnlyTraced)
+{
+    const auto prepare = [] {
+        root::writeFile(kWorkFile, "");
+        closeFolder();
+    };
+    const std::string removal = problem("cannot remove file", kWorkFile, kDenied);
+    const Lines files = joined({{nameIn(kWorkFile)}, fetchedFiles});
+    expectOutcome(askWhen("cat", prepare), status, musicCallsWithUsers({removal, statusTrace}),
+                  files);
+    reopenFolder();
+
+    const Lines users = usersUpTo(254);
+    stubUsers(users);
+    expectOutcome(askWhen("cat", prepare), answerOf(1),
+                  musicCallsWithUsers({trace("cmd_gspc ];: "), removal, answerTrace(1)}), files);
+}
+
+// ---- lsts -------------------------------------------------------------------------------------
+
+class ListShares : public root::Test {
+  protected:
+    const std::string listing = root::workFile("cmd_lsts");
+    const std::string command = listingLine(listing);
+
+    /// The line behind its shell line, with what that came to.
+    [[nodiscard]] std::string runTrace(int result) const
+    {
+        return trace("cmd_lsts: system(" + command + ") -- iRet: " + std::to_string(result));
+    }
+
+    /// The calls up to the answer's header, where these shares are internal.
+    [[nodiscard]] Lines headerCalls(const Lines& internal) const
+    {
+        return opening(
+            "lsts", 0,
+            joined({shareInfoCalls(internal), {command, runTrace(0)}, shareInfoCalls(internal)}));
+    }
+
+    static std::string header(std::size_t count)
+    {
+        return "lsst " + le32(static_cast<std::uint32_t>(count)) + "\n";
+    }
+
+    /// Compares all that a listing leaves: these internal shares, and this answer behind the
+    /// header.
+    void expectShares(const std::string& text, const Lines& internal, const std::string& pairs)
+    {
+        root::stubListing(text);
+        const Outcome outcome = request::process(frame("lsts", 0));
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, header(internal.size()) + pairs) << text;
+        const std::string end =
+            trace("cmd_lsts return: number of user: " + std::to_string(internal.size()));
+        EXPECT_EQ(outcome.calls, joined({headerCalls(internal), {end}}));
+        EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)});
+        EXPECT_EQ(root::readFile(kWorkFile), shareList(internal));
+        EXPECT_EQ(fout_buf, nullptr);
+        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+    }
+
+    static void expectError(const Outcome& outcome, const std::string& before, std::uint32_t code,
+                            const Lines& calls, const Lines& files)
+    {
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, before + "erro " + le32(code));
+        EXPECT_EQ(outcome.calls, joined({calls, {exitTrace(code)}}));
+        EXPECT_EQ(leftBehind(), files);
+        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+    }
+
+    /// Lists one good share, with something happening once this command's shell line has run.
+    [[nodiscard]] Outcome listWhenRun(const std::function<void()>& action) const
+    {
+        root::stubListing(block("Music", "public"));
+        request::load(frame("lsts", 0));
+        watch::after(command, action);
+        return request::run();
+    }
+
+    /// The same, once the shares are counted.
+    [[nodiscard]] Outcome listWhenCounted(const std::function<void()>& action) const
+    {
+        return listWhenRun([&] { watch::after("echo \"share_info() return", action); });
+    }
+};
+
+TEST_F(ListShares, countNamesAndPropertiesAreAnswered)
+{
+    expectShares(block("Music", "public") + block("My Photos", "private"), {"Music", "My Photos"},
+                 "Music\npublic\nMy Photos\nprivate\n");
+}
+
+TEST_F(ListShares, withoutSharesTheCountIsZero)
+{
+    expectShares("", {}, "");
+    expectShares("<sharelist>\n</sharelist>\n", {}, "");
+}
+
+TEST_F(ListShares, externalSharesAreReportedButNotCounted)
+{
+    expectShares(block("Stick", "public", "external") + block("Music", "private"), {"Music"},
+                 "Stick\npublic\nMusic\nprivate\n");
+    expectShares(block("Stick", "public", "external"), {}, "Stick\npublic\n");
+}
+
+TEST_F(ListShares, sharesWithoutAPropertyAreCountedButNotReported)
+{
+    expectShares(nameLine("Music") + "  <sharelocation>internal\n", {"Music"}, "");
+}
+
+TEST_F(ListShares, propertyMustFollowItsNameDirectly)
+{
+    expectShares(nameLine("Music") + "<comment>\n" + propertyLine("public"), {}, "");
+    expectShares(nameLine("Music") + "\n" + propertyLine("public"), {}, "");
+    expectShares(propertyLine("public") + nameLine("Music"), {}, "");
+    expectShares(propertyLine("public"), {}, "");
+}
+
+TEST_F(ListShares, propertyThatFollowsAPropertyIsReportedWithTheSameName)
+{
+    expectShares(nameLine("Music") + propertyLine("public") + propertyLine("private") +
+                     "<comment>\n" + propertyLine("public"),
+                 {}, "Music\npublic\nMusic\nprivate\n");
+}
+
+TEST_F(ListShares, lastOfSeveralNamesIsReported)
+{
+    expectShares(nameLine("Music") + nameLine("Photos") + propertyLine("public"), {},
+                 "Photos\npublic\n");
+}
+
+TEST_F(ListShares, emptyNameIsNotReported)
+{
+    expectShares(nameLine("") + propertyLine("public"), {}, "");
+    expectShares(nameLine("Music") + nameLine("") + propertyLine("public"), {}, "");
+}
+
+TEST_F(ListShares, nameEndsAtTheFirstClosingTag)
+{
+    expectShares("<sharename>A</sharename><sharename>B</sharename>\n" + propertyLine("public"), {},
+                 "A\npublic\n");
+    expectShares("x<sharename>A<B</sharename>x\n" + propertyLine("public"), {}, "A<B\npublic\n");
+}
+
+TEST_F(ListShares, closingTagAloneKeepsTheNameBefore)
+{
+    expectShares(nameLine("Music") + "x</sharename>\n" + propertyLine("public"), {},
+                 "Music\npublic\n");
+    expectShares(nameLine("Music") + "</sharename><sharename>B\n" + propertyLine("public"), {},
+                 "Music\npublic\n");
+}
+
+TEST_F(ListShares, openingTagAloneIsAnyOtherLine)
+{
+    expectShares(nameLine("Music") + "<sharename>B\n" + propertyLine("public"), {}, "");
+    expectShares(nameLine("Music") + "<shareproperty>public\n" + propertyLine("private"), {}, "");
+}
+
+TEST_F(ListShares, lineWithBothIsANameLine)
+{
+    expectShares("<sharename>A</sharename><shareproperty>public</shareproperty>\n" +
+                     propertyLine("private"),
+                 {}, "A\nprivate\n");
+}
+
+TEST_F(ListShares, propertyStandsWhereAnIndentOfTwoPutsIt)
+{
+    const auto property = [&](const std::string& line) { return nameLine("Music") + line + "\n"; };
+    expectShares(property("<shareproperty>public</shareproperty>"), {}, "Music\nblic\n");
+    expectShares(property("    <shareproperty>public</shareproperty>"), {}, "Music\ny>public\n");
+    expectShares(property("\t\t<shareproperty>a b</shareproperty>x</shareproperty>"), {},
+                 "Music\na b\n");
+    expectShares(property("  <shareproperty></shareproperty>"), {}, "Music\n\n");
+    expectShares(property(std::string(17, 'x') + "public</shareproperty>"), {}, "Music\npublic\n");
+}
+
+TEST_F(ListShares, propertyOfALineThatIsTooShortIsEmpty)
+{
+    for (const std::size_t size : {0U, 1U, 15U, 16U, 17U}) {
+        expectShares(nameLine("Music") + std::string(size, 'x') + "</shareproperty>\n", {},
+                     "Music\n\n");
+    }
+    expectShares(nameLine("Music") + std::string(18, 'x') + "</shareproperty>\n", {}, "Music\nx\n");
+}
+
+TEST_F(ListShares, namesOfAllSizes)
+{
+    for (const std::size_t size : kNameSizes) {
+        const std::string name(size, 'N');
+        expectShares(block(name, "public"), {name}, name + "\npublic\n");
+    }
+}
+
+TEST_F(ListShares, longLinesAreReadInPieces)
+{
+    const std::string longest(511 - 11 - 12, 'n');
+    expectShares("<sharename>" + longest + "</sharename>" + "\n" + propertyLine("public"), {}, "");
+    const std::string fitting(510 - 11 - 12, 'n');
+    expectShares("<sharename>" + fitting + "</sharename>" + "\n" + propertyLine("public"), {},
+                 fitting + "\npublic\n");
+    const std::string property(600, 'p');
+    expectShares(nameLine("Music") + propertyLine(property), {}, "");
+}
+
+TEST_F(ListShares, namesInUtf8AreReported)
+{
+    expectShares(block("\xC3\xA9t\xC3\xA9", "public"), {"\xC3\xA9t\xC3\xA9"},
+                 "\xC3\xA9t\xC3\xA9\npublic\n");
+}
+
+TEST_F(ListShares, namesGoOutAsTheyAre)
+{
+    expectShares(block("100%s & \"more\"", "public", "external"), {}, "100%s & \"more\"\npublic\n");
+}
+
+TEST_F(ListShares, zeroByteEndsItsLinesText)
+{
+    expectShares("<sharename>A" + std::string(1, '\0') + "</sharename>\n" + propertyLine("public"),
+                 {}, "");
+    expectShares(nameLine("A" + std::string(1, '\0')) + propertyLine("public"), {}, "");
+}
+
+TEST_F(ListShares, lastLineNeedsNoNewline)
+{
+    expectShares(nameLine("Music") + "  <shareproperty>public</shareproperty>", {},
+                 "Music\npublic\n");
+}
+
+TEST_F(ListShares, threeHundredShares)
+{
+    Lines names;
+    std::string text;
+    std::string pairs;
+    for (int i = 0; i < 300; ++i) {
+        names.push_back("share" + std::to_string(i));
+        text += block(names.back(), "private");
+        pairs += names.back() + "\nprivate\n";
+    }
+    expectShares(text, names, pairs);
+}
+
+TEST_F(ListShares, failingScriptIsAnErrorWithoutAnotherTrace)
+{
+    root::writeFile(kWorkFile, "old");
+    root::stub("php", "exit 3");
+    expectError(request::process(frame("lsts", 0)), "", 0xFF000004,
+                opening("lsts", 0, shareInfoFailure(768, "Success")), {});
+}
+
+TEST_F(ListShares, shellThatCannotStartIsAnError)
+{
+    request::load(frame("lsts", 0));
+    watch::answer("sudo", -1, EAGAIN);
+    expectError(request::run(), "", 0xFF000004, opening("lsts", 0, shareInfoFailure(-1, kAgain)),
+                {});
+}
+
+TEST_F(ListShares, secondRunOfTheScriptThatFailsIsAnError)
+{
+    root::stubListing(block("Music", "public"));
+    for (const auto& [result, error] :
+         {std::pair(256, 0), std::pair(-1, EAGAIN), std::pair(-1, ECHILD)}) {
+        request::load(frame("lsts", 0));
+        watch::answer(command, result, error);
+        expectError(
+            request::run(), "", 0xFF000004,
+            opening("lsts", 0, joined({shareInfoCalls({"Music"}), {command, runTrace(result)}})),
+            {nameIn(listing)});
+        EXPECT_EQ(root::readFile(listing), shareList({"Music"}));
+    }
+}
+
+TEST_F(ListShares, scriptThatSomebodyElseReapedIsAnErrorInTheSecondRun)
+{
+    root::stubListing(block("Music", "public"));
+    std::signal(SIGCHLD, SIG_IGN);
+    expectError(request::process(frame("lsts", 0)), "", 0xFF000004,
+                opening("lsts", 0, joined({shareInfoCalls({"Music"}), {command, runTrace(-1)}})),
+                {nameIn(listing)});
+}
+
+TEST_F(ListShares, countThatFailsIsTraced)
+{
+    const auto failCount = [](int result, int error) {
+        return [=] { watch::answer(kShareInfoLine, result, error); };
+    };
+    const auto calls = [&](int result, const std::string& why) {
+        return opening("lsts", 0,
+                       joined({shareInfoCalls({"Music"}),
+                               {command, runTrace(0)},
+                               shareInfoFailure(result, why),
+                               {trace("cmd_lsts: number of user: -1")}}));
+    };
+    expectError(listWhenRun(failCount(256, 0)), "", 0xFF000004, calls(256, "Success"),
+                {nameIn(listing)});
+    expectError(listWhenRun(failCount(-1, EAGAIN)), "", 0xFF000004, calls(-1, kAgain),
+                {nameIn(listing)});
+}
+
+TEST_F(ListShares, firstListThatCannotBeWrittenIsAnError)
+{
+    fs::create_directory(listing);
+    root::stubListing(block("Music", "public"));
+    expectError(request::process(frame("lsts", 0)), "", 0xFF000004,
+                opening("lsts", 0,
+                        {trace("share_info sys(" + kShareInfoLine + ")"), kShareInfoLine,
+                         trace("share_info() cannot open file: " + root::workFile("share_info") +
+                               " or file: " + listing + " (error: Is a directory)")}),
+                {nameIn(listing), nameIn(root::workFile("share_info"))});
+}
+
+TEST_F(ListShares, listOfTheCountThatCannotBeWrittenIsAnError)
+{
+    fs::create_directory(kWorkFile);
+    root::stubListing(block("Music", "public"));
+    expectError(
+        request::process(frame("lsts", 0)), "", 0xFF000004,
+        opening("lsts", 0,
+                joined({shareInfoCalls({"Music"}),
+                        {command, runTrace(0), trace("share_info sys(" + kShareInfoLine + ")"),
+                         kShareInfoLine,
+                         trace("share_info() cannot open file: " + root::workFile("share_info") +
+                               " or file: " + kWorkFile + " (error: Is a directory)"),
+                         trace("cmd_lsts: number of user: -1")}})),
+        {nameIn(listing), nameIn(root::workFile("share_info"))});
+}
+
+TEST_F(ListShares, listingThatIsRemovedInBetweenIsAnErrorBehindTheHeader)
+{
+    expectError(listWhenCounted([&] { fs::remove(listing); }), header(1), 0xFF000007,
+                joined({headerCalls({"Music"}), {problem("cannot open file", listing, kNotThere)}}),
+                {});
+}
+
+TEST_F(ListShares, unreadableListingIsAnErrorBehindTheHeaderAndIsRemoved)
+{
+    expectError(listWhenCounted([&] { makeUnreadable(listing); }), header(1), 0xFF000007,
+                joined({headerCalls({"Music"}), {problem("cannot open file", listing, kDenied)}}),
+                {});
+}
+
+TEST_F(ListShares, emptyListingReportsNothing)
+{
+    EXPECT_EQ(listWhenRun([&] { root::writeFile(listing, ""); }).answer, header(1));
+    EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)});
+}
+
+TEST_F(ListShares, folderInTheListingsPlaceReportsNothing)
+{
+    const auto replace = [&] {
+        fs::remove(listing);
+        fs::create_directory(listing);
+    };
+    EXPECT_EQ(listWhenRun(replace).answer, header(1));
+    EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)});
+}
+
+TEST_F(ListShares, listingThatCannotBeClosedIsAnErrorBehindTheShares)
+{
+    losesItsDescriptor = listing.c_str();
+    const Outcome outcome = listWhenRun([] {});
+    losesItsDescriptor = nullptr;
+    expectError(outcome, header(1) + "Music\npublic\n", 0xFF000008,
+                joined({headerCalls({"Music"}),
+                        {problem("cannot close file", listing, "Bad file descriptor")}}),
+                {nameIn(listing)});
+}
+
+TEST_F(ListShares, listingThatCannotBeRemovedIsAnErrorThatNamesAnotherFile)
+{
+    const std::string named = "/etc/pelconfig/vokcontrol/lsts_data_file1";
+    expectError(listWhenCounted(closeFolder), header(1) + "Music\npublic\n", 0xFF000006,
+                joined({headerCalls({"Music"}), {problem("cannot remove file", named, kDenied)}}),
+                {nameIn(listing), nameIn(kWorkFile)});
+    reopenFolder();
+    const auto replace = [&] {
+        fs::remove(listing);
+        fs::create_directories(listing + "/x");
+    };
+    expectError(listWhenCounted(replace), header(1), 0xFF000006,
+                joined({headerCalls({"Music"}),
+                        {problem("cannot remove file", named, "Directory not empty")}}),
+                {nameIn(listing)});
+}
+
+TEST_F(ListShares, listingThatDoesNotFitOnTheDiskIsAnError)
+{
+    root::stubListing(block("Music", "public"));
+    request::load(frame("lsts", 0));
+    watch::after("echo \"share_info() return", [&] {
+        fs::remove(listing);
+        root::fillDisk("/tmp");
+    });
+    watch::after("echo \"exiting", freeDisk);
+    expectError(request::run(), "", 0xFF000004,
+                opening("lsts", 0, joined({shareInfoCalls({"Music"}), {command, runTrace(256)}})),
+                {nameIn(listing)});
+}
+
+TEST_F(ListShares, countNeedsNoRoomOnTheDisk)
+{
+    root::stubListing(block("Music", "public"));
+    request::load(frame("lsts", 0));
+    watch::after(command, [] {
+        watch::after(kShareInfoLine, [] { root::fillDisk("/tmp"); });
+        watch::after("echo \"cmd_lsts return", freeDisk);
+    });
+    const Outcome outcome = request::run();
+    EXPECT_EQ(outcome.answer, header(1) + "Music\npublic\n");
+    EXPECT_EQ(outcome.calls,
+              joined({headerCalls({"Music"}), {trace("cmd_lsts return: number of user: 1")}}));
+    EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)});
+}
+
+// ---- isShareNameExisted -----------------------------------------------------------------------
+
+class ShareNameExists : public root::Test {
+  protected:
+    const std::string list = root::workFile("isShareNameExisted");
+
+    static std::string upper(std::string text)
+    {
+        for (char& c : text) {
+            c = (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
+        }
+        return text;
+    }
+
+    static void stubShares(const Lines& names)
+    {
+        std::string text;
+        for (const std::string& name : names) {
+            text += block(name, "public");
+        }
+        root::stubListing(text);
+    }
+
+    [[nodiscard]] std::string sizeTrace(std::size_t size) const
+    {
+        return trace("file " + list + " size = " + std::to_string(size) + " bytes");
+    }
+
+    static std::string searchTrace(const std::string& line, const std::string& needle)
+    {
+        return cutTrace("isShareNameExisted() share return:" + line + " -- shareName:" + needle);
+    }
+
+    static std::string resultTrace(int result)
+    {
+        return trace("isShareNameExisted() return: " + std::to_string(result));
+    }
+
+    /// Compares all that the search for a name among these internal shares leaves.
+    void expectResult(const Lines& shares, const std::string& name, int result)
+    {
+        watch::restart();
+        stubShares(shares);
+        EXPECT_EQ(isShareNameExisted(name.c_str()), result) << name;
+        const std::string line = shareList(shares);
+        const std::string needle = upper('"' + name + '"').substr(0, 511);
+        EXPECT_EQ(watch::calls(), joined({shareInfoCalls(shares),
+                                          {sizeTrace(line.size()), searchTrace(upper(line), needle),
+                                           resultTrace(result)}}));
+        EXPECT_EQ(leftBehind(), Lines{});
+    }
+
+    /// Searches for "Music", which is there, with something happening on the way.
+    void expectFailure(const std::string& moment, const std::function<void()>& action,
+                       const Lines& calls, const Lines& files)
+    {
+        watch::restart();
+        stubShares({"Music"});
+        watch::after(moment, action);
+        EXPECT_EQ(isShareNameExisted("Music"), -1);
+        EXPECT_EQ(watch::calls(), joined({shareInfoCalls({"Music"}), calls}));
+        EXPECT_EQ(leftBehind(), files);
+    }
+
+    static constexpr const char* kListed = "echo \"share_info() return";
+    static constexpr const char* kMeasured = "echo \"file ";
+    static constexpr std::size_t kMusicSize = 17;
+};
+
+TEST_F(ShareNameExists, lettersOfBothCasesAreTheSame)
+{
+    expectResult({"MEDIA"}, "Media", 1);
+    expectResult({"media"}, "Media", 1);
+    expectResult({"Media"}, "media", 1);
+    expectResult({"MeDiA", "x"}, "mEdIa", 1);
+}
+
+TEST_F(ShareNameExists, wholeNamesAreCompared)
+{
+    expectResult({"media"}, "med", 0);
+    expectResult({"media"}, "edia", 0);
+    expectResult({"media"}, "medias", 0);
+    expectResult({"media", "My Photos"}, "my photos", 1);
+    expectResult({}, "media", 0);
+}
+
+TEST_F(ShareNameExists, emptyNameIsTwoQuotesInARow)
+{
+    expectResult({"a"}, "", 0);
+    expectResult({}, "", 0);
+    expectResult({"a", "b"}, "", 1);
+}
+
+TEST_F(ShareNameExists, namesOfAllSizes)
+{
+    for (const std::size_t size : kNameSizes) {
+        const std::string name(size, 'n');
+        expectResult({name}, std::string(size, 'N'), 1);
+        expectResult({name}, name + 'n', 0);
+    }
+    const std::string longer(65, 'n');
+    expectResult({longer}, longer, 1);
+}
+
+TEST_F(ShareNameExists, longNameIsCutBeforeItIsLookedFor)
+{
+    const std::string name(4000, 'n');
+    expectResult({"n"}, name, 0);
+    expectResult({std::string(509, 'n')}, name, 0);
+    expectResult({std::string(510, 'n')}, name, 1);
+}
+
+TEST_F(ShareNameExists, onlyLettersOfAsciiHaveTwoCases)
+{
+    expectResult({"\xC3\xA9t\xC3\xA9"}, "\xC3\xA9T\xC3\xA9", 1);
+    expectResult({"\xC3\xA9t\xC3\xA9"}, "\xC3\x89t\xC3\xA9", 0);
+}
+
+TEST_F(ShareNameExists, onlyInternalSharesHaveANameThatIsTaken)
+{
+    root::stubListing(block("Stick", "public", "external"));
+    EXPECT_EQ(isShareNameExisted("Stick"), 0);
+    EXPECT_EQ(leftBehind(), Lines{});
+}
+
+TEST_F(ShareNameExists, manySharesAreAllSeen)
+{
+    Lines names;
+    for (int i = 0; i < 150; ++i) {
+        names.push_back("Share" + std::to_string(i));
+    }
+    expectResult(names, "share149", 1);
+    expectResult(names, "share150", 0);
+}
+
+TEST_F(ShareNameExists, failedListIsNeitherYesNorNo)
+{
+    root::stub("php", "exit 3");
+    EXPECT_EQ(isShareNameExisted("Music"), -1);
+    EXPECT_EQ(watch::calls(), shareInfoFailure(768, "Success"));
+    watch::restart();
+    watch::answer("sudo", -1, EAGAIN);
+    EXPECT_EQ(isShareNameExisted("Music"), -1);
+    EXPECT_EQ(watch::calls(), shareInfoFailure(-1, kAgain));
+    EXPECT_EQ(leftBehind(), Lines{});
+}
+
+TEST_F(ShareNameExists, scriptThatSomebodyElseReapedCounts)
+{
+    std::signal(SIGCHLD, SIG_IGN);
+    expectResult({"Music"}, "music", 1);
+}
+
+TEST_F(ShareNameExists, listThatIsRemovedBeforeItIsMeasuredIsTraced)
+{
+    expectFailure(kListed, [&] { fs::remove(list); },
+                  {problem("isShareNameExisted() cannot stat file", list, kNotThere)}, {});
+}
+
+TEST_F(ShareNameExists, listThatIsRemovedBeforeItIsOpenedIsTraced)
+{
+    expectFailure(
+        kMeasured, [&] { fs::remove(list); },
+        {sizeTrace(kMusicSize), problem("isShareNameExisted() cannot open file", list, kNotThere)},
+        {});
+}
+
+TEST_F(ShareNameExists, unreadableListIsTracedAndStays)
+{
+    expectFailure(
+        kListed, [&] { makeUnreadable(list); },
+        {sizeTrace(kMusicSize), problem("isShareNameExisted() cannot open file", list, kDenied)},
+        {nameIn(list)});
+}
+
+TEST_F(ShareNameExists, listThatIsTooLargeForTheMemoryIsTracedAndRemoved)
+{
+    expectFailure(
+        kListed, [&] { fs::resize_file(list, (std::uintmax_t{1} << 60U) + 17); },
+        {sizeTrace(17), trace("isShareNameExisted() () failed  memory allocation Cannot allocate "
+                              "memory")},
+        {});
+}
+
+TEST_F(ShareNameExists, emptyListIsNeitherYesNorNo)
+{
+    expectFailure(kListed, [&] { root::writeFile(list, ""); }, {resultTrace(-1)}, {});
+    expectFailure(kMeasured, [&] { root::writeFile(list, ""); },
+                  {sizeTrace(kMusicSize), resultTrace(-1)}, {});
+}
+
+TEST_F(ShareNameExists, folderInTheListsPlaceIsNeitherYesNorNo)
+{
+    const auto replace = [&] {
+        fs::remove(list);
+        fs::create_directory(list);
+    };
+    expectFailure(kMeasured, replace, {sizeTrace(kMusicSize), resultTrace(-1)}, {});
+}
+
+TEST_F(ShareNameExists, listThatDoesNotFitOnTheDiskIsNeitherYesNorNo)
+{
+    expectFailure("sudo",
+                  [] {
+                      root::fillDisk("/tmp");
+                      watch::after("echo \"isShareNameExisted() return", freeDisk);
+                  },
+                  {resultTrace(-1)}, {});
+}
+
+TEST_F(ShareNameExists, listThatCannotBeRemovedIsAnsweredAllTheSame)
+{
+    stubShares({"Music"});
+    watch::after(kListed, closeFolder);
+    EXPECT_EQ(isShareNameExisted("music"), 1);
+    EXPECT_EQ(watch::calls().back(), resultTrace(1));
+    EXPECT_EQ(leftBehind(), Lines{nameIn(list)});
+}
+
+TEST_F(ShareNameExists, onlyTheListsFirstLineIsSearched)
+{
+    stubShares({"Music"});
+    watch::after(kListed, [&] { root::writeFile(list, "return [\n\"Music\"];"); });
+    EXPECT_EQ(isShareNameExisted("Music"), 0);
+    EXPECT_EQ(leftBehind(), Lines{});
+}
+
+} // namespace

@@ -1,0 +1,661 @@
+// SPDX-License-Identifier: MIT
+#include "handlers/user_creation.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "cmdsvc/channel.h"
+#include "tests/support/request.h"
+#include "tests/support/root.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// How many copies of texts succeed before one fails; negative: all do.
+int copiesLeft = -1;
+
+} // namespace
+
+/// The C library's, but memory runs out on demand.
+extern "C" char* strdup(const char* text) noexcept
+{
+    if (copiesLeft == 0) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    --copiesLeft;
+    const std::size_t size = std::strlen(text) + 1;
+    void* copy = std::malloc(size);
+    return (copy == nullptr) ? nullptr : static_cast<char*>(std::memcpy(copy, text, size));
+}
+
+namespace {
+
+using Lines = std::vector<std::string>;
+using request::exitTrace;
+using request::frame;
+using request::opening;
+using request::Outcome;
+using root::le32;
+using root::trace;
+
+const std::string kWorkFile = "/tmp/vokcontrol.tmp";
+const std::string kUserScript = "sudo /usr/bin/php /etc/inc/api_user.php ";
+const std::string kAdd = kUserScript + "tovAddUser ";
+
+constexpr std::uint32_t kGood = 0;
+constexpr std::uint32_t kTaken = 0x10000001;
+constexpr std::uint32_t kNameTooLong = 0x10000002;
+constexpr std::uint32_t kPasswordTooLong = 0x10000003;
+constexpr std::uint32_t kNotCreated = 0x10000005;
+constexpr std::uint32_t kNoMemory = 0xFF000001;
+constexpr std::uint32_t kMalformed = 0xFF000003;
+constexpr std::uint32_t kFailed = 0xFF000004;
+
+const Lines kReserved = {".",          "..",         "config",      "lost+found", "__mediabolic",
+                         "__mt-daapd", "__raclient", "__autoupdate"};
+
+const std::vector<std::size_t> kSizes = {0, 1, 10, 31, 32, 33, 63, 64, 65, 4000};
+
+/// Texts with characters that mean something to a shell, a list or a format, but leave a line
+/// between single quotes whole.
+const Lines kOddTexts = {"\xC3\xA9lise \xE6\x97\xA5\xE6\x9C\xAC",
+                         "a \"quoted\" b",
+                         "%s%n%d",
+                         "$HOME",
+                         "a;b",
+                         " blanks ",
+                         "back\\slash",
+                         "tab\there",
+                         "cr\r",
+                         "\xFF\x80"};
+
+std::string pid()
+{
+    return std::to_string(::getpid());
+}
+
+std::string upper(std::string text)
+{
+    std::ranges::transform(text, text.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return text;
+}
+
+Lines join(std::initializer_list<Lines> parts)
+{
+    Lines all;
+    for (const Lines& part : parts) {
+        all.insert(all.end(), part.begin(), part.end());
+    }
+    return all;
+}
+
+/// A trace whose message may be too long for its buffer.
+std::string told(const std::string& message)
+{
+    return trace(message.substr(0, 1999));
+}
+
+/// The appliance's user script: it lists these users, and writes down whom it is to add.
+/// @param special  rows of a shell's "case" by function, before the common ones
+void stubScript(const Lines& users, const std::string& special = "")
+{
+    std::string answer;
+    for (const std::string& user : users) {
+        answer += "  <username>" + user + "</username>\n";
+    }
+    root::writeFile("/stubs/users", answer);
+    root::stub("php", "case $2 in\n" + special + R"(
+tovGetUsers) cat /stubs/users >"$3" ;;
+*) shift; printf '<%s>' "$@" >>/stubs/asked ;;
+esac)");
+}
+
+/// What the user script has been asked to do.
+std::string asked()
+{
+    return root::readFile("/stubs/asked");
+}
+
+std::string askedFor(const std::string& name, const std::string& password)
+{
+    return "<tovAddUser><" + name + "><" + password + ">";
+}
+
+// ---- Calls ------------------------------------------------------------------------------------
+
+/// The traces of a name and of each of its bytes.
+Lines named(const std::string& name)
+{
+    Lines calls = {told("cmd_crat() username=" + name)};
+    for (const char c : name) {
+        std::array<char, 16> text{};
+        std::snprintf(text.data(), text.size(), "0x%02X %c", static_cast<unsigned char>(c), c);
+        calls.push_back(trace(text.data()));
+    }
+    return calls;
+}
+
+std::string listOf(const Lines& users)
+{
+    std::string line = "return [\"guest\"";
+    for (const std::string& user : users) {
+        line += ", \"" + user + "\"";
+    }
+    return line + "];";
+}
+
+/// The two shell lines that fetch the users.
+Lines userFetch()
+{
+    const std::string answer = "isUserExisted" + pid() + pid();
+    return {kUserScript + "tovGetUsers " + answer,
+            "cat " + answer + " | grep username >  " + answer + "2"};
+}
+
+/// The same and the size of the list that is made of them.
+Lines userList(const Lines& users)
+{
+    return join({userFetch(),
+                 {trace("file isUserExisted" + pid() +
+                        " size = " + std::to_string(listOf(users).size()) + " bytes")}});
+}
+
+/// The calls that look a user up.
+Lines userLookup(const Lines& users, const std::string& name, int result)
+{
+    return join(
+        {userList(users),
+         {trace("isUserExisted() user return:" + listOf(users) + " -- userName: \"" + name + "\""),
+          trace("isUserExisted() iRet:" + std::to_string(result))}});
+}
+
+Lines passwordRead(const std::string& password)
+{
+    return {told("password=" + password)};
+}
+
+Lines adding(const std::string& name, const std::string& password, int result = 0)
+{
+    const std::string line = kAdd + "'" + name + "' '" + password + "'";
+    Lines calls = {line, trace("create_user: " + line + " -- iRet:" + std::to_string(result))};
+    if (result != 0) {
+        calls.push_back(trace("cannot create user " + name));
+    }
+    return calls;
+}
+
+// ---- Requests ---------------------------------------------------------------------------------
+
+class NewUser : public root::Test {
+  protected:
+    void SetUp() override
+    {
+        root::Test::SetUp();
+        fs::create_directory("/tmp/work");
+        ASSERT_EQ(::chdir("/tmp/work"), 0);
+        stubScript({"anna"});
+    }
+
+    void TearDown() override
+    {
+        copiesLeft = -1;
+        cmdsvc::closeCurrentFile();
+        ASSERT_EQ(::chdir("/"), 0);
+        root::Test::TearDown();
+    }
+
+    /// Loads a request, while a file of a request before is still open in the slot.
+    static void load(const std::string& request)
+    {
+        for (const std::string& path : leftBehind()) {
+            fs::remove_all(path);
+        }
+        fs::remove("/stubs/asked");
+        request::load(request);
+        copiesLeft = -1;
+        root::writeFile(kWorkFile, "work");
+        ASSERT_NE(cmdsvc::openCurrentFile(kWorkFile.c_str()), nullptr);
+    }
+
+    static void ask(const std::string& name, const std::string& password)
+    {
+        load(frame("crat", 2, name + "\n" + password + "\n"));
+    }
+
+    /// Has the request processed, and compares all that it leaves.
+    /// @param left  files besides those that any request leaves
+    static void expectEnd(std::uint32_t code, const Lines& calls, Lines left = {})
+    {
+        const Outcome outcome = request::run();
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, le32(code));
+        const bool isGood = code == kGood;
+        EXPECT_EQ(outcome.calls,
+                  join({opening("crat", 2), calls, isGood ? Lines{} : Lines{exitTrace(code)}}));
+        EXPECT_EQ(cmdsvc::currentFile() != nullptr, isGood) << "an exit closes the slot";
+        EXPECT_EQ(root::exists(kWorkFile), isGood) << "an exit removes the work file";
+        EXPECT_EQ(fout_buf, nullptr);
+        std::ranges::sort(left);
+        EXPECT_EQ(leftBehind(), left);
+        cmdsvc::closeCurrentFile();
+    }
+
+    static void expectAdded(const std::string& name, const std::string& password,
+                            const Lines& users = {"anna"})
+    {
+        expectEnd(kGood, join({free(name, users), passwordRead(password), adding(name, password)}));
+        EXPECT_EQ(asked(), askedFor(name, password));
+    }
+
+    static void expectRefused(std::uint32_t code, const Lines& calls)
+    {
+        expectEnd(code, calls);
+        EXPECT_EQ(asked(), "");
+    }
+
+    /// The calls up to a name that nobody has.
+    static Lines free(const std::string& name, const Lines& users = {"anna"})
+    {
+        return join({named(name), userLookup(users, name, 0)});
+    }
+
+    /// What the request's handler has not read.
+    static std::string unread()
+    {
+        std::array<char, 4096> bytes{};
+        return {bytes.data(), std::fread(bytes.data(), 1, bytes.size(), cmdsvc::requestStream())};
+    }
+
+  private:
+    static Lines leftBehind()
+    {
+        Lines paths;
+        for (const char* folder : {"/tmp", "/tmp/work"}) {
+            for (const std::string& name : root::list(folder)) {
+                paths.push_back(std::string(folder) + "/" + name);
+            }
+        }
+        std::erase_if(paths, [](const std::string& path) {
+            return path == "/tmp/work" || path == kWorkFile || path == root::kTraceFile ||
+                   path == "/tmp/outbuf7";
+        });
+        std::ranges::sort(paths);
+        return paths;
+    }
+};
+
+TEST_F(NewUser, isAdded)
+{
+    ask("bob", "secret");
+    expectAdded("bob", "secret");
+}
+
+TEST_F(NewUser, everyTraceReachesTheFileThePasswordToo)
+{
+    ask("bob", "secret");
+    expectAdded("bob", "secret");
+    const std::string traces = root::readFile(root::kTraceFile);
+    EXPECT_NE(traces.find("\ncmd_crat() username=bob\n0x62 b\n0x6F o\n0x62 b\nfile "),
+              std::string::npos);
+    EXPECT_NE(traces.find("\npassword=secret\ncreate_user: " + kAdd + "'bob' 'secret' -- iRet:0\n"),
+              std::string::npos);
+}
+
+TEST_F(NewUser, aThirdLineIsNotRead)
+{
+    load(frame("crat", 2, "bob\nsecret\nmore\n"));
+    expectAdded("bob", "secret");
+    EXPECT_EQ(unread().substr(0, 6), std::string("more\n\0", 6));
+}
+
+// ---- The name ---------------------------------------------------------------------------------
+
+TEST_F(NewUser, nameWithoutItsNewlineIsMalformed)
+{
+    for (const std::string& text : {std::string(), std::string("bob"), std::string(4000, 'n'),
+                                    std::string("bo\0b\nsecret\n", 12), std::string("\0\n", 2)}) {
+        load(frame("crat", 2, text));
+        expectRefused(kMalformed, {});
+    }
+}
+
+TEST_F(NewUser, everyByteOfTheNameIsTraced)
+{
+    ask("\xC3\xA9 a\x7F\x01", "p");
+    const Lines bytes = {trace("0xC3 \xC3"), trace("0xA9 \xA9"), trace("0x20  "),
+                         trace("0x61 a"),    trace("0x7F \x7F"), trace("0x01 \x01")};
+    expectEnd(kGood, join({{trace("cmd_crat() username=\xC3\xA9 a\x7F\x01")},
+                           bytes,
+                           userLookup({"anna"}, "\xC3\xA9 a\x7F\x01", 0),
+                           passwordRead("p"),
+                           adding("\xC3\xA9 a\x7F\x01", "p")}));
+}
+
+TEST_F(NewUser, namesOfAnySize)
+{
+    for (const std::size_t size : kSizes) {
+        const std::string name(size, 'n');
+        ask(name, "secret");
+        for (std::size_t i = 0; i < size && size > 100; ++i) {
+            // So many shells would take their time.
+            watch::answer("echo \"0x", 0, 0);
+        }
+        if (size <= 32) {
+            expectAdded(name, "secret");
+        } else {
+            expectRefused(kNameTooLong, named(name));
+        }
+    }
+}
+
+TEST_F(NewUser, charactersOfANameAreBytes)
+{
+    std::string name;
+    for (int i = 0; i < 16; ++i) {
+        name += "\xC3\xA9";
+    }
+    ask(name, "secret");
+    expectAdded(name, "secret");
+    ask(name + "n", "secret");
+    expectRefused(kNameTooLong, named(name + "n"));
+}
+
+TEST_F(NewUser, emptyNameIsLookedUpAsAnyOther)
+{
+    stubScript({""});
+    ask("", "secret");
+    expectRefused(kTaken, join({named(""), userLookup({""}, "", 1)}));
+}
+
+TEST_F(NewUser, oddNamesReachTheScriptAsTheyStand)
+{
+    for (const std::string& name : kOddTexts) {
+        ask(name, "secret");
+        expectAdded(name, "secret");
+    }
+}
+
+TEST_F(NewUser, singleQuotesAreTheShells)
+{
+    ask("O'Brien", "secret");
+    expectRefused(kNotCreated, join({free("O'Brien"), passwordRead("secret"),
+                                     adding("O'Brien", "secret", 0x200)}));
+    ask("bob", "it's");
+    expectRefused(kNotCreated,
+                  join({free("bob"), passwordRead("it's"), adding("bob", "it's", 0x200)}));
+    ask("a' 'b", "secret");
+    expectEnd(kGood, join({free("a' 'b"), passwordRead("secret"), adding("a' 'b", "secret")}));
+    EXPECT_EQ(asked(), "<tovAddUser><a><b><secret>");
+}
+
+TEST_F(NewUser, takenNameIsRefusedBeforeThePasswordIsRead)
+{
+    for (const std::string name : {"anna", "guest"}) {
+        load(frame("crat", 2, name + "\nsecret\n"));
+        expectRefused(kTaken, join({named(name), userLookup({"anna"}, name, 1)}));
+        EXPECT_EQ(unread().substr(0, 7), "secret\n");
+        load(frame("crat", 2, name + "\n"));
+        expectRefused(kTaken, join({named(name), userLookup({"anna"}, name, 1)}));
+    }
+}
+
+TEST_F(NewUser, namesThatAreOnlyLikeATakenOneAreFree)
+{
+    for (const std::string name : {"Anna", "ann", "nna", "anna2", "GUEST"}) {
+        ask(name, "secret");
+        expectAdded(name, "secret");
+    }
+}
+
+TEST_F(NewUser, nameThatIsTooLongAndTakenIsTooLong)
+{
+    const std::string name(33, 'n');
+    stubScript({name});
+    ask(name, "secret");
+    expectRefused(kNameTooLong, named(name));
+}
+
+TEST_F(NewUser, reservedNameIsRefusedInBothCasesBeforeThePasswordIsRead)
+{
+    for (const std::string& reserved : kReserved) {
+        for (const std::string& name : {reserved, upper(reserved)}) {
+            load(frame("crat", 2, name + "\nsecret\n"));
+            expectRefused(kTaken, free(name));
+            EXPECT_EQ(unread().substr(0, 7), "secret\n");
+        }
+    }
+    for (const std::string name : {"Config", "LOST+FOUND"}) {
+        load(frame("crat", 2, name + "\n"));
+        expectRefused(kTaken, free(name));
+    }
+}
+
+// ---- The search for the name ------------------------------------------------------------------
+
+/// How the search for a name fails, and what that leaves.
+struct Trouble {
+    std::function<void()> arrange;
+    Lines calls;
+    Lines left;
+};
+
+/// Every way in which the search for a name fails; the one user there is, is anna.
+std::vector<Trouble> troubles()
+{
+    const std::string name = "isUserExisted" + pid();
+    const std::string list = "/tmp/work/" + name;
+    const std::string answer = list + pid();
+    const std::string names = answer + "2";
+    const Lines fetch = userFetch();
+    const Lines sized = userList({"anna"});
+    const std::string again = ") --  error: 11(Resource temporarily unavailable) -- ";
+    const std::string reaped = ") --  error: 10(No child processes) -- ";
+    const std::string unopened = "isUserExisted() cannot open file " + name + ": ";
+    const std::string nothing = trace("isUserExisted() iRet:-1");
+    const std::string sizeOfList = "echo \"file " + name;
+
+    return {
+        // The script, and the search in what it wrote.
+        {[=] { watch::answer(kUserScript, -1, EAGAIN); },
+         {fetch[0], trace("system(" + fetch[0] + again)},
+         {}},
+        {[=] { watch::answer(kUserScript, -1, ECHILD); },
+         {fetch[0], trace("system(" + fetch[0] + reaped)},
+         {}},
+        {[=] { watch::answer("cat ", -1, EAGAIN); },
+         join({fetch, {trace("system(" + fetch[1] + again)}}),
+         {answer}},
+        {[=] { watch::answer("cat ", -1, ECHILD); },
+         join({fetch, {trace("system(" + fetch[1] + reaped)}}),
+         {answer}},
+        // The names that were found.
+        {[=] { watch::after("cat ", [=] { fs::remove(names); }); }, fetch, {list, answer}},
+        {[=] { watch::after("cat ", [=] { fs::permissions(names, fs::perms(0)); }); },
+         fetch,
+         {list, answer, names}},
+        // The list that is made of them.
+        {[=] { fs::create_directory(list); }, fetch, {list, answer, names}},
+        {[=] { watch::after("cat ", [=] { fs::create_symlink(answer, list); }); },
+         join(
+             {fetch,
+              {trace("isUserExisted() cannot stat file " + name + ": No such file or directory")}}),
+         {list}},
+        {[=] { watch::after("cat ", [=] { fs::create_symlink("/dev/null", list); }); },
+         join({fetch, {nothing}}),
+         {}},
+        {[=] { watch::after(sizeOfList, [=] { fs::permissions(list, fs::perms(0)); }); },
+         join({sized, {trace(unopened + "Permission denied")}}),
+         {list}},
+        {[=] { watch::after(sizeOfList, [=] { fs::remove(list); }); },
+         join({sized, {trace(unopened + "No such file or directory")}}),
+         {}},
+        {[=] { watch::after(sizeOfList, [=] { fs::resize_file(list, 0); }); },
+         join({sized, {nothing}}),
+         {}},
+        {[=] {
+             watch::after(sizeOfList, [=] {
+                 fs::remove(list);
+                 fs::create_directory(list);
+             });
+         },
+         join({sized, {nothing}}),
+         {}},
+    };
+}
+
+TEST_F(NewUser, searchThatFailsEndsTheCommand)
+{
+    std::size_t number = 0;
+    for (const Trouble& trouble : troubles()) {
+        SCOPED_TRACE(++number);
+        load(frame("crat", 2, "config\nsecret\n"));
+        trouble.arrange();
+        expectEnd(kFailed, join({named("config"), trouble.calls}), trouble.left);
+        EXPECT_EQ(unread().substr(0, 7), "secret\n");
+        EXPECT_EQ(asked(), "");
+    }
+}
+
+TEST_F(NewUser, searchWhoseShellsSomebodyElseReapsFails)
+{
+    std::signal(SIGCHLD, SIG_IGN);
+    const std::string line = userFetch()[0];
+    ask("bob", "secret");
+    expectEnd(kFailed,
+              join({named("bob"),
+                    {line, trace("system(" + line + ") --  error: 10(No child processes) -- ")}}),
+              {"/tmp/work/isUserExisted" + pid() + pid()});
+}
+
+TEST_F(NewUser, scriptThatKnowsNobodyHasEveryNameFree)
+{
+    for (const std::string action : {"exit 3", ": >\"$3\"", "mkdir \"$3\"", "mkdir \"$3\"2",
+                                     "echo >\"$3\"; chmod 000 \"$3\""}) {
+        stubScript({"anna"}, "tovGetUsers) " + action + " ;;");
+        ask("anna", "secret");
+        expectAdded("anna", "secret", {});
+    }
+}
+
+// ---- The password -----------------------------------------------------------------------------
+
+TEST_F(NewUser, passwordWithoutItsNewlineIsTracedAndMissing)
+{
+    for (const std::string& text : {std::string(), std::string("secret"), std::string(4000, 'p')}) {
+        load(frame("crat", 2, "bob\n" + text));
+        expectRefused(kMalformed, join({free("bob"), {told("Missing password: " + text)}}));
+    }
+    load(frame("crat", 2, std::string("bob\nsec\0ret\n", 12)));
+    expectRefused(kMalformed, join({free("bob"), {trace("Missing password: sec")}}));
+}
+
+TEST_F(NewUser, passwordThatHasNoPlaceInTheRequestIsMissing)
+{
+    // Not even a zero is left to read: the line is what was read before.
+    const std::string line = "crat " + le32(2);
+    load(line + std::string(4096 - line.size() - 5, 'x') + "\nbob\n");
+    expectRefused(kMalformed, join({free("bob"), {trace("Missing password: bob")}}));
+}
+
+TEST_F(NewUser, passwordMayFillTheRequestToItsEnd)
+{
+    const std::string line = "crat " + le32(2);
+    const std::string end = "\nbob\nsecret\n";
+    load(line + std::string(4096 - line.size() - end.size(), 'x') + end);
+    expectAdded("bob", "secret");
+}
+
+TEST_F(NewUser, passwordsOfAnySize)
+{
+    for (const std::size_t size : kSizes) {
+        const std::string password(size, 'p');
+        ask("bob", password);
+        if (size <= 32) {
+            expectAdded("bob", password);
+        } else {
+            expectRefused(kPasswordTooLong, join({free("bob"), passwordRead(password)}));
+        }
+    }
+}
+
+TEST_F(NewUser, oddPasswordsReachTheScriptAsTheyStand)
+{
+    for (const std::string& password : kOddTexts) {
+        ask("bob", password);
+        expectAdded("bob", password);
+    }
+}
+
+TEST_F(NewUser, longestNameAndPasswordFitOneLine)
+{
+    const std::string name(32, 'n');
+    const std::string password(32, 'p');
+    ask(name, password);
+    expectAdded(name, password);
+}
+
+// ---- Memory and the script --------------------------------------------------------------------
+
+TEST_F(NewUser, withoutMemoryForTheName)
+{
+    ask("bob", "secret");
+    copiesLeft = 0;
+    expectRefused(kNoMemory, named("bob"));
+    ask(std::string(33, 'n'), "secret");
+    copiesLeft = 0;
+    expectRefused(kNameTooLong, named(std::string(33, 'n')));
+}
+
+TEST_F(NewUser, withoutMemoryForThePassword)
+{
+    ask("bob", "secret");
+    copiesLeft = 1;
+    expectRefused(kNoMemory, join({free("bob"), passwordRead("secret")}));
+    ask("bob", std::string(33, 'p'));
+    copiesLeft = 1;
+    expectRefused(kPasswordTooLong, join({free("bob"), passwordRead(std::string(33, 'p'))}));
+}
+
+TEST_F(NewUser, scriptThatFailsIsTraced)
+{
+    /// What the script does, or with what result no shell is started.
+    struct Failure {
+        std::string script;
+        int result;
+        int error;
+    };
+    const std::vector<Failure> failures = {{"exit 1", 0x100, 0}, {"exit 255", 0xFF00, 0},
+                                           {"", -1, EAGAIN},     {"", -1, ECHILD},
+                                           {"", -1, 0},          {"", 9, 0}};
+    for (const Failure& failure : failures) {
+        stubScript({"anna"}, failure.script.empty() ? "" : "tovAddUser) " + failure.script + " ;;");
+        ask("bob", "secret");
+        if (failure.script.empty()) {
+            watch::answer(kAdd, failure.result, failure.error);
+        }
+        expectRefused(kNotCreated, join({free("bob"), passwordRead("secret"),
+                                         adding("bob", "secret", failure.result)}));
+    }
+}
+
+TEST_F(NewUser, missingInterpreterKnowsNobodyAndAddsNobody)
+{
+    fs::remove("/usr/bin/php");
+    ask("anna", "secret");
+    expectRefused(kNotCreated, join({free("anna", {}), passwordRead("secret"),
+                                     adding("anna", "secret", 127 << 8)}));
+}
+
+} // namespace

@@ -1,0 +1,366 @@
+// SPDX-License-Identifier: MIT
+//
+// usage: browser_test.mjs BUILD
+import assert from "node:assert/strict";
+import { once } from "node:events";
+import { createServer } from "node:http";
+import { after, before, test } from "node:test";
+
+import { Appliance } from "./appliance.mjs";
+import { Browser } from "./browser.mjs";
+
+const build = process.argv[2];
+let appliance;
+let browser;
+
+const STATUS_FILE = "/etc/pelconfig/vokcontrol/__shrStatus";
+
+function urlOf(place = "") {
+    return `${appliance.address}cgi-bin/vokpage${place}`;
+}
+
+before(async () => {
+    appliance = await Appliance.start(build);
+    await appliance.run("startapp pelstatus && vokctl status --wait 120 >/dev/null");
+    browser = await Browser.open();
+});
+
+after(async () => {
+    await browser?.close();
+    await appliance?.stop();
+});
+
+// Opens a page that must load without a word in the console.
+async function visit(place) {
+    await browser.visit(urlOf(place));
+    assert.deepEqual(await browser.consoleMessages(), []);
+}
+
+// ---- What is put into the appliance -------------------------------------------------------------
+
+// A share status with shares of these names, each of 5 MB with a backup of long ago.
+function makeStatus(names) {
+    const records = names.map((name) => {
+        const record = Buffer.concat([Buffer.alloc(12), Buffer.from(name), Buffer.from("\n")]);
+        record.writeUInt16LE(5, 0);
+        record.write("M010220203", 2, "latin1");
+        return record;
+    });
+    const header = Buffer.alloc(10);
+    header.writeUInt16LE(names.length, 5);
+    const payload = Buffer.concat([header, ...records]);
+    const length = Buffer.alloc(4);
+    length.writeUInt32LE(payload.length + 1);
+    const check = payload.reduce((sum, byte) => (sum + byte) % 16, 0);
+    return Buffer.concat([length, payload, Buffer.from([check]), Buffer.alloc(64)]);
+}
+
+async function publish(status) {
+    await appliance.run(`echo ${status.toString("base64")} | base64 -d >${STATUS_FILE}`);
+}
+
+// Runs statements on the appliance's database.
+async function change(sql) {
+    const code = `(new PDO("sqlite:/usr/private/appliance.db"))->exec(base64_decode("${
+        Buffer.from(sql).toString("base64")}"));`;
+    await appliance.run(`php -r '${code}'`);
+}
+
+// ---- Overview -----------------------------------------------------------------------------------
+
+test("the overview shows the seeded shares, drives and printers", async () => {
+    await visit("");
+    assert.deepEqual(await browser.texts(".shares h3"), [
+        "Documents", "Photos", "Projects", "Media", "Empty", "Family Videos", "Économies", "Accounts",
+    ]);
+    assert.deepEqual(await browser.texts(".devices h3"), [
+        "Seagate ST500DM002", "Seagate ST500DM002", "Brother MFC card slot", "MFC-7360N series",
+    ]);
+    assert.deepEqual(await browser.texts(".devices .capacity"), ["500.10 GB", "500.10 GB", "31.01 GB"]);
+    assert.equal(await browser.attribute(".shares time", "datetime"), "2026-11-18");
+    assert.match(await browser.text("#main"), /Measured .* No collection is running\./);
+    assert.match(await browser.text("#main"), /vokcontrol sample appliance 1\.0/);
+    assert.match(await browser.text("#main"), /Address\s+\d+\.\d+\.\d+\.\d+/);
+});
+
+test("the bars are as long as the texts beside them say", async () => {
+    const bars = await browser.evaluate(() =>
+        [...document.querySelectorAll(".shares li")].map((share) => ({
+            percent: parseInt(share.querySelector(".space .quiet").textContent, 10) || 0,
+            part: share.querySelector(".bar rect").getBoundingClientRect().width /
+                share.querySelector(".bar").getBoundingClientRect().width,
+        })));
+    assert.equal(bars.length, 8);
+    for (const { percent, part } of bars) {
+        assert.ok(Math.abs(percent / 100 - part) < 0.011, `${percent} %: ${part}`);
+    }
+});
+
+test("the module's script functions are there", async () => {
+    assert.equal(await browser.evaluate(() => tov_hdds()), 2);
+});
+
+test("a drive that does not answer is told of", async () => {
+    assert.equal(await browser.evaluate(() => document.querySelector(".drive-count").hidden), true);
+    await appliance.run("cp /usr/bin/pelparam /tmp/ && printf '#!/bin/sh\\necho 3\\n' >/usr/bin/pelparam");
+    await visit("");
+    assert.equal(await browser.text(".drive-count"), "The appliance has 3 internal drives, but tells of 2.");
+    await appliance.run("cp /tmp/pelparam /usr/bin/");
+});
+
+test("the navigation leads to each page, and no console has an error", async () => {
+    for (const [number, title] of [[2, "Setup"], [3, "Sync"], [1, "Overview"]]) {
+        await browser.follow(`nav li:nth-child(${number}) a`);
+        assert.equal(await browser.text("h1"), title);
+        assert.deepEqual(await browser.texts("nav a[aria-current]"), [title]);
+        assert.deepEqual(await browser.consoleMessages(), []);
+    }
+});
+
+test("a narrow window needs no scrolling to the side", async () => {
+    await browser.devtools("Emulation.setDeviceMetricsOverride",
+        { width: 360, height: 640, deviceScaleFactor: 1, mobile: true });
+    for (const place of ["", "/setup", "/sync"]) {
+        await visit(place);
+        assert.deepEqual(await browser.evaluate(() =>
+            [innerWidth, document.documentElement.scrollWidth]), [360, 360], place);
+    }
+    await browser.devtools("Emulation.clearDeviceMetricsOverride");
+});
+
+// ---- Hostile values -----------------------------------------------------------------------------
+
+const HOSTILE_NAMES = [
+    "<img src=x onerror=alert(1)>",
+    "</script><script>alert(1)</script>",
+    "\"'&lt;x onmouseover=alert(1)",
+    "-->\u2028alert(1)//",
+];
+
+test("names of shares are text, whatever is in them", async () => {
+    const seeded = await appliance.run(`base64 ${STATUS_FILE} | head -n 40 | tr -d '\\n'`);
+    await publish(makeStatus(HOSTILE_NAMES));
+    await visit("");
+    assert.deepEqual(await browser.texts(".shares h3"),
+        HOSTILE_NAMES.map((name) => name.replace("\u2028", "\uFFFD")));
+    assert.equal(await browser.evaluate(() => document.querySelectorAll("main img, main script").length), 0);
+    assert.deepEqual(await browser.texts(".shares .badge"), HOSTILE_NAMES.map(() => "✕ Old"));
+    await publish(Buffer.from(seeded, "base64"));
+});
+
+test("what devices call themselves neither runs nor breaks the script", async () => {
+    await change(`UPDATE device SET model = 'x\u2028window.broken=1//' WHERE node = 'sda';
+                  UPDATE device SET vendor = '--></script><img src=x onerror=alert(1)>' WHERE node = 'sdb'`);
+    await visit("");
+    assert.equal(await browser.evaluate(() => window.broken), null);
+    assert.equal(await browser.evaluate(() => tov_hdds()), 2);
+    assert.deepEqual((await browser.texts(".devices h3")).slice(0, 2),
+        ["Seagate x\uFFFDwindow.broken=1//", "--> ST500DM002"]);
+    await change(`UPDATE device SET model = 'ST500DM002', vendor = 'Seagate' WHERE kind = 'internal'`);
+});
+
+test("what the appliance is called stays within the attribute and the heading", async () => {
+    const name = "x\" onfocus=\"alert(1)\" autofocus x='";
+    await change(`UPDATE setting SET value = '${name.replace("'", "''")}' WHERE name = 'nmbdSysname'`);
+    await visit("/setup");
+    assert.equal(await browser.evaluate(() => document.querySelector("#host_name").value), name);
+    assert.equal(await browser.text(".brand"), name);
+    await change(`UPDATE setting SET value = 'appliance' WHERE name = 'nmbdSysname'`);
+});
+
+// ---- Setup --------------------------------------------------------------------------------------
+
+async function variable(name) {
+    return (await appliance.run(`sed -n 's/^${name}=//p' /etc/pelconfig/system_var`)).trim();
+}
+
+async function setting(name) {
+    await appliance.run(`php /etc/inc/api_system.php ${name} /tmp/answer`);
+    return (await appliance.run("cat /tmp/answer")).trim();
+}
+
+async function expectStep(number, heading) {
+    assert.equal(await browser.text("h2"), heading);
+    assert.equal(await browser.evaluate(() => this_page()), number);
+    assert.deepEqual(await browser.consoleMessages(), []);
+}
+
+async function choose(css, value) {
+    await browser.evaluate((selector, wanted) => {
+        document.querySelector(selector).value = wanted;
+    }, css, value);
+}
+
+test("the steps of the setup go forward, go back and are applied in the end", async () => {
+    await visit("/setup");
+    await expectStep(0, "Step 1 of 3: name and language");
+    assert.equal(await browser.text("[aria-current=step]"), "Name and language");
+    await choose("#language", "german");
+    await browser.type("#host_name", "storage-2");
+    await browser.follow("button.main");
+
+    await expectStep(1, "Step 2 of 3: public share");
+    assert.equal(await browser.text("[aria-current=step]"), "Public share");
+    await browser.type("#share_name", "Photos & \"more\"");
+    await browser.follow("button.main"); // no name for a share: it stays at this step
+    await expectStep(1, "Step 2 of 3: public share");
+    assert.match(await browser.text(".complaint"), /The name of a share has none of the characters/);
+    await browser.type("#share_name", "Photos & 'more'");
+    await browser.follow("button[value='0']");
+
+    await expectStep(0, "Step 1 of 3: name and language");
+    assert.equal(await browser.evaluate(() => document.querySelector("#language").value), "german");
+    assert.equal(await browser.evaluate(() => document.querySelector("#host_name").value), "storage-2");
+    await browser.follow("button.main");
+    await browser.follow("button.main");
+
+    await expectStep(2, "Step 3 of 3: check");
+    assert.match(await browser.text(".facts"), /Deutsch\s+.*\s+storage-2\s+.*\s+Photos & 'more'/);
+    assert.equal(await variable("firsttime"), "1", "nothing has been changed yet");
+    await browser.follow("button.main");
+
+    assert.equal(await browser.text(".notice"), "The setup is done.");
+    assert.equal(await browser.evaluate(() => this_page()), 3);
+    assert.deepEqual(await browser.consoleMessages(), []);
+    assert.equal(await browser.text(".brand"), "storage-2");
+    assert.match(await setting("tovGetLanguage"), /<language>german<\/language>/);
+    assert.equal(await setting("tovGetNmbdSysname"), "<nmbdSysname>storage-2</nmbdSysname>");
+    assert.equal(await variable("language_current"), "ge");
+    assert.equal(await variable("pel_pubshare_name"), "Photos & 'more'");
+    assert.equal(await variable("firsttime"), "0");
+    await visit("");
+    assert.equal(await browser.evaluate(() => document.querySelector(".notice")), null);
+});
+
+test("what failed is told in words", async () => {
+    await appliance.run("echo firsttime=1 >/etc/pelconfig/system_var");
+    await visit("/setup");
+    await browser.type("#host_name", "-x");
+    for (let step = 0; step < 3; ++step) {
+        if (step === 1) {
+            await browser.type("#share_name", "Photos");
+        }
+        await browser.follow("button.main");
+    }
+    assert.deepEqual(await browser.texts(".notice li"), [
+        "The appliance did not take the name.", "The appliance did not take the name for its shares.",
+    ]);
+    assert.equal(await variable("firsttime"), "1");
+    assert.equal(await variable("pel_pubshare_name"), "Photos");
+});
+
+test("the setup works without script", async () => {
+    await browser.devtools("Emulation.setScriptExecutionDisabled", { value: true });
+    await browser.visit(urlOf("/setup"));
+    for (const heading of ["Step 2 of 3: public share", "Step 3 of 3: check"]) {
+        await browser.follow("button.main");
+        assert.equal(await browser.text("h2"), heading);
+        assert.deepEqual(await browser.texts("[aria-current=step]"), [], "no script ran");
+    }
+    await browser.follow("button.main");
+    assert.equal(await browser.text(".notice"), "The setup is done.");
+    await browser.devtools("Emulation.setScriptExecutionDisabled", { value: false });
+});
+
+// ---- Sync ---------------------------------------------------------------------------------------
+
+async function syncState() {
+    return (await appliance.run("pidof tidewaved >/dev/null && echo on || echo off")).trim();
+}
+
+test("the sync switch works", async () => {
+    await visit("/sync");
+    assert.match(await browser.text(".state"), /Off/);
+    for (const state of ["on", "off", "on"]) {
+        await browser.follow("button.main");
+        assert.equal(await browser.text(".notice"), `Sync was switched ${state}.`);
+        assert.match(await browser.text(".state"), state === "on" ? /On/ : /Off/);
+        assert.equal(await syncState(), state);
+        assert.deepEqual(await browser.consoleMessages(), []);
+    }
+    await visit("");
+    assert.match(await browser.text("#main"), /Remote sync\s+on/);
+    await visit("/sync");
+    assert.match(await browser.text(".state"), /On/);
+    await browser.follow("button.main");
+    assert.equal(await syncState(), "off");
+});
+
+test("a daemon that does not start is told of", async () => {
+    await appliance.run("mv /usr/bin/tidewaved /tmp/");
+    await visit("/sync");
+    await browser.follow("button.main");
+    assert.equal(await browser.text(".notice.bad"), "The sync daemon could not be started.");
+    assert.match(await browser.text(".state"), /Off/);
+    await appliance.run("mv /tmp/tidewaved /usr/bin/");
+});
+
+// ---- Forged requests ----------------------------------------------------------------------------
+
+// A page of somebody else, on another site, that sends a form to the appliance.
+async function serveForgery() {
+    const server = createServer((request, response) => {
+        response.writeHead(200, { "Content-Type": "text/html" });
+        response.end(`<link rel="icon" href="data:,"><form method="post" action="${urlOf("/sync")}">
+            <input name="switch" value="on"><input name="token" value="${"0".repeat(32)}"><button>Win</button>
+            </form>`);
+    });
+    server.listen(0, "127.0.0.1");
+    await once(server, "listening");
+    return server;
+}
+
+test("a form of a foreign page is refused", async () => {
+    await visit("/sync"); // the browser has its cookie
+    const server = await serveForgery();
+    try {
+        await browser.visit(`http://localhost:${server.address().port}/`);
+        await browser.follow("button");
+        assert.equal(await browser.url(), urlOf("/sync"));
+        assert.equal(await browser.text("h1"), "That did not work");
+        assert.match(await browser.text(".notice.bad"), /does not come from a page of this appliance/);
+        const messages = await browser.consoleMessages();
+        assert.equal(messages.length, 1);
+        assert.match(messages[0], /status of 403/);
+        assert.equal(await syncState(), "off");
+    } finally {
+        server.closeAllConnections();
+        server.close();
+    }
+});
+
+test("a form needs the token of its own cookie", async () => {
+    const token = "0123456789abcdef0123456789abcdef";
+    const other = "0123456789abcdef0123456789abcdee";
+    const send = async (cookie, field) => (await fetch(urlOf("/sync"), {
+        method: "POST",
+        headers: cookie ? { Cookie: `vokpage_token=${cookie}` } : {},
+        body: new URLSearchParams({ switch: "off", ...(field && { token: field }) }),
+    })).status;
+    assert.equal(await send(token, token), 200);
+    assert.equal(await send(token, other), 403);
+    assert.equal(await send(token, ""), 403);
+    assert.equal(await send("", token), 403);
+    assert.equal(await send("", ""), 403);
+});
+
+test("pages stay out of frames and of caches", async () => {
+    const { headers } = await fetch(urlOf());
+    assert.match(headers.get("content-security-policy"), /default-src 'none'.*frame-ancestors 'none'/);
+    assert.equal(headers.get("x-content-type-options"), "nosniff");
+    assert.equal(headers.get("cache-control"), "no-store");
+    assert.match(headers.get("set-cookie"), /^vokpage_token=[0-9a-f]{32}; Path=\/; HttpOnly; SameSite=Strict$/);
+});
+
+test("the web server listens to this machine alone", async () => {
+    const { port } = new URL(appliance.address);
+    const lines = (await appliance.run("netstat -ltn")).split("\n").filter((line) => line.includes(`:${port} `));
+    assert.equal(lines.length, 1);
+    assert.match(lines[0], new RegExp(` 127\\.0\\.0\\.1:${port} `));
+});
+
+test("the web server has nothing to complain of", async () => {
+    const known = /^(getSystemVar -- ptr:.*---|api_system\.php: "-x" cannot be .*|.*tidewaved.*)$/;
+    const log = (await appliance.run("cat /var/log/httpd.log")).split("\n");
+    assert.deepEqual(log.filter((line) => line !== "" && !known.test(line)), []);
+});

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#include "page/layout.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+#include "page/routes.h"
+#include "tests/page/visits.h"
+
+namespace {
+
+using page::Html;
+using page::Mood;
+using page::Page;
+using page::Script;
+using visits::contains;
+
+const std::string kHostile = "\"><script>alert(1)</script>";
+
+Page somePage()
+{
+    Page made;
+    made.title = "A <title>";
+    made.body << "<p>body</p>\n";
+    return made;
+}
+
+std::string laidOut(const page::Frame& frame, const Script& script = Script())
+{
+    return page::layOut(frame, somePage(), script).text();
+}
+
+TEST(Layout, isAWholePage)
+{
+    const std::string page = laidOut({"", "abc", "box"});
+    EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n<html lang=\"en\">\n"));
+    EXPECT_TRUE(page.ends_with("<p>body</p>\n</main>\n</body>\n</html>\n"));
+    EXPECT_TRUE(contains(page, "<title>A &lt;title&gt; &middot; box</title>"));
+    EXPECT_TRUE(contains(page, "<h1>A &lt;title&gt;</h1>"));
+    EXPECT_TRUE(
+        contains(page, R"(<meta name="viewport" content="width=device-width, initial-scale=1">)"));
+}
+
+TEST(Layout, marksThePageInTheNavigation)
+{
+    const std::string page = laidOut({"/setup", "abc", "box"});
+    EXPECT_TRUE(contains(page, R"(<a href="/cgi-bin/vokpage">Overview</a>)"));
+    EXPECT_TRUE(
+        contains(page, R"(<a href="/cgi-bin/vokpage/setup" aria-current="page">Setup</a>)"));
+    EXPECT_TRUE(contains(page, R"(<a href="/cgi-bin/vokpage/sync">Sync</a>)"));
+}
+
+TEST(Layout, escapesTheNameOfTheAppliance)
+{
+    const std::string page = laidOut({"", "abc", kHostile});
+    EXPECT_FALSE(contains(page, "<script>alert"));
+    EXPECT_TRUE(contains(page, "<bdi>&quot;&gt;&lt;script&gt;alert(1)&lt;/script&gt;</bdi>"));
+}
+
+TEST(Layout, applianceWithoutANameIsOneAllTheSame)
+{
+    const std::string page = laidOut({"", "abc", ""});
+    EXPECT_TRUE(contains(page, "<title>A &lt;title&gt;</title>"));
+    EXPECT_TRUE(contains(page, "<bdi>Storage appliance</bdi>"));
+}
+
+TEST(Layout, carriesScriptWithItsNonceBeforeTheFileThatUsesIt)
+{
+    Script script;
+    script.add("function tov_hdds()\n{\n\treturn 2;\n}\n");
+    EXPECT_TRUE(
+        contains(laidOut({"", "abc", ""}, script),
+                 "<script nonce=\"abc\">\nfunction tov_hdds()\n{\n\treturn 2;\n}\n</script>\n"
+                 "<script src=\"/page.js\" defer></script>"));
+    EXPECT_FALSE(contains(laidOut({"", "abc", ""}), "nonce")) << "nothing was printed";
+}
+
+TEST(Parts, formsCarryTheToken)
+{
+    const page::Request request;
+    Script script;
+    const page::Visit visit{request, visits::kToken, script};
+    EXPECT_EQ(page::openForm(visit, "/sync").text(),
+              "<form method=\"post\" action=\"/cgi-bin/vokpage/sync\">\n"
+              "<input type=\"hidden\" name=\"token\" value=\"" +
+                  visits::kToken + "\">\n");
+}
+
+TEST(Parts, factsAreEscapedOrNotKnown)
+{
+    EXPECT_EQ(page::fact("Label", "<b>").text(),
+              "<div><dt>Label</dt><dd><bdi>&lt;b&gt;</bdi></dd></div>\n");
+    EXPECT_EQ(page::fact("Label", "").text(),
+              "<div><dt>Label</dt><dd><span class=\"quiet\">not known</span></dd></div>\n");
+}
+
+TEST(Parts, noticesTellTheirMood)
+{
+    Html content;
+    content << "x";
+    EXPECT_EQ(page::notice(Mood::kBad, content).text(),
+              "<div class=\"notice bad\" role=\"alert\">x</div>\n");
+    EXPECT_EQ(page::notice(Mood::kGood, content).text(),
+              "<div class=\"notice good\" role=\"status\">x</div>\n");
+    EXPECT_EQ(page::notice(Mood::kNeutral, content).text(), "<div class=\"notice\">x</div>\n");
+}
+
+} // namespace

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#include "page/response.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+page::Response response()
+{
+    page::Response made;
+    made.nonce = "abc";
+    made.page << "<p>page</p>";
+    return made;
+}
+
+const std::string kHeaders =
+    "Content-Type: text/html; charset=utf-8\r\n"
+    "Content-Security-Policy: default-src 'none'; script-src 'self' 'nonce-abc'; style-src 'self'; "
+    "img-src 'self'; form-action 'self'; base-uri 'none'; frame-ancestors 'none'\r\n"
+    "X-Content-Type-Options: nosniff\r\n"
+    "X-Frame-Options: DENY\r\n"
+    "Referrer-Policy: same-origin\r\n"
+    "Cache-Control: no-store\r\n";
+
+TEST(Response, hasItsHeadersAndThePage)
+{
+    EXPECT_EQ(render(response(), false), "Status: 200 OK\r\n" + kHeaders + "\r\n<p>page</p>");
+}
+
+TEST(Response, canBeItsHeadersAlone)
+{
+    EXPECT_EQ(render(response(), true), "Status: 200 OK\r\n" + kHeaders + "\r\n");
+}
+
+TEST(Response, givesTheBrowserItsToken)
+{
+    page::Response made = response();
+    made.newToken = "0123";
+    EXPECT_EQ(render(made, true), "Status: 200 OK\r\n" + kHeaders +
+                                      "Set-Cookie: vokpage_token=0123; Path=/; HttpOnly; "
+                                      "SameSite=Strict\r\n\r\n");
+}
+
+TEST(Response, saysItsStatusInWords)
+{
+    page::Response made = response();
+    made.status = 403;
+    EXPECT_EQ(render(made, true), "Status: 403 Forbidden\r\n" + kHeaders + "\r\n");
+    made.status = 405;
+    EXPECT_EQ(render(made, true),
+              "Status: 405 Method Not Allowed\r\n" + kHeaders + "Allow: GET, HEAD\r\n\r\n");
+    made.status = 599;
+    EXPECT_EQ(render(made, true), "Status: 500 Internal Server Error\r\n" + kHeaders + "\r\n");
+}
+
+} // namespace

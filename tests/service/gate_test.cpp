@@ -1,0 +1,590 @@
+// SPDX-License-Identifier: MIT
+//
+// Every row of the gate's table; and, with the true handlers and a true shell, whether what passes
+// runs nothing.
+#include "service/gate.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include "tests/support/request.h"
+#include "tests/support/root.h"
+
+namespace {
+
+using request::frame;
+using root::le32;
+using service::examine;
+using service::Refusal;
+
+const std::string kZero(1, '\0');
+
+std::string status(const std::string& code, std::uint32_t word)
+{
+    return code + " " + le32(word) + kZero;
+}
+
+// ---- The table, once more ---------------------------------------------------------------------
+
+/// Where a parameter's text ends up.
+enum class Place {
+    kNowhere,
+    kDoubleQuotes,
+    kQuotedLine, ///< between double quotes, a newline behind it
+    kSingleQuotes,
+    kName,
+    kWord,
+    kClock
+};
+
+struct Parameter {
+    std::string command;
+    std::string name; ///< as it is logged
+    Place place;
+    std::string answer; ///< to a text that does not pass
+    std::function<std::string(const std::string& text)> make;
+};
+
+/// spvt with a file and its size.
+std::string spvt(const std::string& content)
+{
+    return frame("spvt", 2,
+                 le32(static_cast<std::uint32_t>(content.size())) + "\n" + content + "\n");
+}
+
+const std::vector<Parameter>& parameters()
+{
+    const auto lines = [](const char* code, std::uint32_t count, const char* before,
+                          const char* behind) {
+        return [=](const std::string& text) { return frame(code, count, before + text + behind); };
+    };
+    static const std::vector<Parameter> all = {
+        {"crat", "user", Place::kName, le32(0xFF000003), lines("crat", 2, "", "\nword\n")},
+        {"crat", "password", Place::kSingleQuotes, le32(0xFF000003),
+         lines("crat", 2, "anna\n", "\n")},
+        {"gsp1", "share", Place::kDoubleQuotes, le32(0xC1000003), lines("gsp1", 1, "", "\n")},
+        {"gspc", "share", Place::kQuotedLine, status("gspc", 0xF0000001),
+         [](const std::string& text) {
+             return "gspc " + std::string(1, static_cast<char>(text.size())) + text + "\n";
+         }},
+        {"gspc", "share", Place::kQuotedLine, status("gspc", 0xF0000001),
+         [](const std::string& text) { return "gspc \nL" + text + "\n"; }},
+        {"host", "time", Place::kClock, le32(0xFF000003),
+         lines("host", 4, "", "\nnas\nhome\nen\n")},
+        {"host", "host name", Place::kWord, le32(0xFF000003),
+         lines("host", 4, "112115302026.45\n", "\nhome\nen\n")},
+        {"host", "work group", Place::kWord, le32(0xFF000003),
+         lines("host", 4, "112115302026.45\nnas\n", "\nen\n")},
+        {"host", "language", Place::kWord, le32(0xFF000003),
+         lines("host", 4, "112115302026.45\nnas\nhome\n", "\n")},
+        {"pshr", "guest", Place::kName, le32(0xFF000003), lines("pshr", 3, "", "\nMusic\n")},
+        {"pshr", "share", Place::kName, le32(0xFF000003), lines("pshr", 3, "guest\n", "\n")},
+        {"shar", "user", Place::kName, le32(0xFF000003), lines("shar", 3, "", "\nMusic\n")},
+        {"shar", "share", Place::kName, le32(0xFF000003), lines("shar", 3, "anna\n", "\n")},
+        {"spvt", "content", Place::kQuotedLine, le32(0xFF000003), spvt},
+        {"sub1", "user", Place::kName, le32(0xFF000003), lines("sub1", 2, "\1\n", "\n")},
+        {"subs", "user", Place::kName, status("subs", 0xFF000003),
+         [](const std::string& text) { return std::string("subs \7\0\1", 8) + text + "\n"; }},
+        {"subs", "user", Place::kName, status("subs", 0xFF000003),
+         [](const std::string& text) { return std::string("subs \n\0\1", 8) + text + "\n"; }},
+        {"wags", "entity", Place::kDoubleQuotes, "erro " + le32(2),
+         lines("wags", 2, "", "\nanna\n")},
+        {"wags", "user", Place::kName, "erro " + le32(2), lines("wags", 2, "user\n", "\n")},
+        {"wasu", "user", Place::kName, "erro " + le32(3),
+         lines("wasu", 4, "", "\nfirst\nsecond\n\1\n")},
+        {"wasu", "first value", Place::kDoubleQuotes, "erro " + le32(3),
+         lines("wasu", 4, "anna\n", "\nsecond\n\1\n")},
+        {"getv", "key", Place::kNowhere, "", lines("getv", 1, "", "\n")},
+        {"sub1", "state", Place::kNowhere, "",
+         [](const std::string& text) { return frame("sub1", 2, text.substr(0, 1) + "\nanna\n"); }},
+        {"wall", "user", Place::kNowhere, "", lines("wall", 2, "", "\nword\n")},
+        {"wall", "password", Place::kNowhere, "", lines("wall", 2, "anna\n", "\n")},
+        {"warp", "user", Place::kNowhere, "", lines("warp", 3, "", "\nfirst\nsecond\n")},
+        {"warp", "first value", Place::kNowhere, "", lines("warp", 3, "anna\n", "\nsecond\n")},
+        {"warp", "second value", Place::kNowhere, "", lines("warp", 3, "anna\nfirst\n", "\n")},
+        {"wasu", "second value", Place::kNowhere, "", lines("wasu", 4, "anna\nfirst\n", "\n\1\n")},
+        {"wasu", "switch", Place::kNowhere, "", lines("wasu", 4, "anna\nfirst\nsecond\n", "\n")},
+    };
+    return all;
+}
+
+std::string show(const Parameter& parameter, const std::string& text)
+{
+    return parameter.command + ", " + parameter.name + ": " + text;
+}
+
+bool passes(const std::string& request)
+{
+    return !examine(request);
+}
+
+void expectRefused(const Parameter& parameter, const std::string& text)
+{
+    const std::optional<Refusal> refusal = examine(parameter.make(text));
+    ASSERT_TRUE(refusal) << show(parameter, text);
+    EXPECT_EQ(refusal->parameter, parameter.name) << show(parameter, text);
+    EXPECT_EQ(refusal->answer, parameter.answer) << show(parameter, text);
+}
+
+// ---- Each parameter ---------------------------------------------------------------------------
+
+/// Whether a single byte is plain in a place, in the middle of a text.
+bool isPlainIn(Place place, char c)
+{
+    const auto byte = static_cast<unsigned char>(c);
+    const bool isDigit = c >= '0' && c <= '9';
+    const bool isAlphanumeric = isDigit || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    const auto isOneOf = [c](std::string_view set) {
+        return set.find(c) != std::string_view::npos;
+    };
+    switch (place) {
+    case Place::kNowhere:
+        return true;
+    case Place::kDoubleQuotes:
+        return c != '`';
+    case Place::kQuotedLine:
+        return c != '`' && c != '"';
+    case Place::kSingleQuotes:
+        return byte >= ' ' && c != '\x7F' && !isOneOf("'\"\\`");
+    case Place::kName:
+        return isAlphanumeric || byte >= 0x80 || isOneOf(" .,_-+@%=:");
+    case Place::kWord:
+        return isAlphanumeric || isOneOf(" ._-");
+    case Place::kClock:
+        return isDigit || c == '.';
+    }
+    return false;
+}
+
+TEST(Gate, everyByteOfEveryParameterIsJudgedByItsPlace)
+{
+    for (const Parameter& parameter : parameters()) {
+        const std::string around = (parameter.place == Place::kClock) ? "1" : "a";
+        for (int byte = 1; byte < 256; ++byte) {
+            const char c = static_cast<char>(byte);
+            if (c == '\n') {
+                continue; // it ends the parameter, as a zero byte does
+            }
+            const std::string text = around + c + around;
+            if (isPlainIn(parameter.place, c)) {
+                EXPECT_TRUE(passes(parameter.make(text))) << show(parameter, text);
+            } else {
+                expectRefused(parameter, text);
+            }
+        }
+    }
+}
+
+TEST(Gate, everyWayOutOfAWordIsRefused)
+{
+    const std::vector<std::string> anywhere = {"`id`",    "$(id)",  "${x:=y}", "$[1]", "a`id`b",
+                                               "a$(id)b", "$((1))", "x`",      "x$("};
+    const std::vector<std::string> outOfDoubleQuotes = {
+        "\";id;\"", "\"|id|\"",  "\"&id&\"", "\">f\"",   "\"<f\"", "\"*\"",
+        "\"?\"",    "\"[a]\"",   "\"~\"",    "\"#\"",    "\"'id'", "\"$x\"",
+        "\"(id)\"", "\"{a,b}\"", "\"\\a\"",  "\"\tid\"", "\"!x\"", "\"^x\"",
+        "\"/x\"",   "a\"`id`\"", "\\\\`id`", "\\\\$(id)"};
+    const std::vector<std::string> outOfSingleQuotes = {"';id;'", "'",  "'|id", "a'b",
+                                                        "\"",     "\\", "a\tb", "a\rb"};
+    const std::vector<std::string> outOfNames = {
+        ";id", "|id", "&id",  ">f",          "<f",  "*",      "?",     "[a]",  "~",
+        "#",   "'",   "\"",   "\\",          "$x",  "(id)",   "{a,b}", "a\tb", "!x",
+        "^x",  "a/b", "../a", "/etc/passwd", "-rf", "--help", "-",     ".",    ".."};
+    const std::vector<std::string> outOfWords = {"\xC3\x89", "a@b", "a=b", "a:b",
+                                                 "a%b",      "a+b", "a,b"};
+    for (const Parameter& parameter : parameters()) {
+        std::vector<std::string> ways = anywhere;
+        const auto add = [&ways](const std::vector<std::string>& more) {
+            ways.insert(ways.end(), more.begin(), more.end());
+        };
+        switch (parameter.place) {
+        case Place::kNowhere:
+            continue;
+        case Place::kDoubleQuotes:
+        case Place::kQuotedLine:
+            add(outOfDoubleQuotes);
+            break;
+        case Place::kSingleQuotes:
+            add(outOfSingleQuotes);
+            break;
+        case Place::kClock:
+            add({" ", "-1", "1:2", "1a", "\xB2"});
+            [[fallthrough]];
+        case Place::kWord:
+            add(outOfWords);
+            [[fallthrough]];
+        case Place::kName:
+            add(outOfNames);
+            break;
+        }
+        for (const std::string& way : ways) {
+            const bool isFolder = way == "." || way == "..";
+            if (!isFolder || parameter.place == Place::kName) {
+                expectRefused(parameter, way);
+            }
+        }
+    }
+}
+
+TEST(Gate, whatPeopleUsePasses)
+{
+    const std::vector<std::string> names = {"anna",        "Élise",       "Family Videos",
+                                            "J. R. Smith", "日本語 2026", "a+b@example.org",
+                                            "50% = half"};
+    for (const Parameter& parameter : parameters()) {
+        std::vector<std::string> texts = names;
+        if (parameter.place == Place::kWord) {
+            texts = {"nas-1", "WORKGROUP", "my host", "a.b_c", "en"};
+        } else if (parameter.place == Place::kClock) {
+            texts = {"112115302026.45", "", "1"};
+        } else if (parameter.place == Place::kSingleQuotes) {
+            texts.insert(texts.end(), {"pa$$w#rd", "#1; & | < > * ? ~ !", "$HOME ()", "{}[]"});
+        }
+        for (const std::string& text : texts) {
+            EXPECT_TRUE(passes(parameter.make(text))) << show(parameter, text);
+        }
+    }
+}
+
+TEST(Gate, whatNoShellSeesMayHoldAnything)
+{
+    for (const Parameter& parameter : parameters()) {
+        if (parameter.place == Place::kNowhere) {
+            for (const char* text : {"`id`", "$(id)", "';id;'", "\";id;\"", "../x", "-rf", "\\"}) {
+                EXPECT_TRUE(passes(parameter.make(text))) << show(parameter, text);
+            }
+        }
+    }
+}
+
+TEST(Gate, firstParameterThatDoesNotPassIsTheOneThatIsNamed)
+{
+    EXPECT_EQ(examine(frame("crat", 2, "`\n`\n"))->parameter, "user");
+    EXPECT_EQ(examine(frame("host", 4, "1\na\n`\n`\n"))->parameter, "work group");
+    EXPECT_EQ(examine(frame("wasu", 4, "a\n`\n`\n`\n"))->parameter, "first value");
+}
+
+// ---- Requests of other shapes -----------------------------------------------------------------
+
+TEST(Gate, whatTheDispatcherAnswersItselfPasses)
+{
+    for (const char* code :
+         {"none", "dscr", "frst", "gps1", "gpsn", "gpvt", "grst", "gub1", "gubs", "ipcf", "lsts",
+          "lstu", "qlps", "rtov", "sgss", "vers", "CRAT", "cra"}) {
+        EXPECT_TRUE(passes(frame(code, 0, "`id`\n$(id)\n"))) << code;
+    }
+    EXPECT_TRUE(passes(""));
+    EXPECT_TRUE(passes(kZero));
+    EXPECT_TRUE(passes("cr"));
+    EXPECT_TRUE(passes("cr\nat `id`\n"));
+    EXPECT_TRUE(passes(std::string(4096, '`')));
+}
+
+TEST(Gate, commandWithoutItsParametersPasses)
+{
+    for (const Parameter& parameter : parameters()) {
+        EXPECT_TRUE(passes(parameter.command)) << parameter.command;
+        EXPECT_TRUE(passes(frame(parameter.command, 0))) << parameter.command;
+        EXPECT_TRUE(passes(parameter.command + "\n")) << parameter.command;
+    }
+}
+
+TEST(Gate, newlineWithinTheCountMovesTheParametersForward)
+{
+    // A count of 0x0A02: the first line ends behind its low byte.
+    EXPECT_EQ(examine("crat \2\n`id`\nword\n")->parameter, "user");
+    EXPECT_EQ(examine("crat \2\nanna\n'\n")->parameter, "password");
+    EXPECT_EQ(examine("crat \n`id`\nword\n")->parameter, "user") << "a count of 10";
+    EXPECT_EQ(examine("crat\n`id`\nword\n")->parameter, "user");
+    EXPECT_TRUE(passes("crat \2\nanna\nword\n"));
+}
+
+TEST(Gate, textBehindAZeroByteIsNotSeen)
+{
+    EXPECT_TRUE(passes(frame("crat", 2, "anna" + kZero + "`id`\nword\n")));
+    EXPECT_TRUE(passes(frame("gsp1", 1, kZero + "`id`\n")));
+    EXPECT_TRUE(passes(spvt("a" + kZero + "`id`")));
+    EXPECT_TRUE(passes("gspc \7a" + kZero + "`id`\n"));
+    EXPECT_FALSE(passes(frame("crat", 2, "anna" + kZero + "\n`id`\n"))) << "the next line is";
+}
+
+TEST(Gate, lastLineNeedsNoNewlineToBeSeen)
+{
+    EXPECT_FALSE(passes(frame("crat", 2, "`id`")));
+    EXPECT_FALSE(passes(frame("crat", 2, "anna\n'")));
+    EXPECT_FALSE(passes(frame("shar", 3, "$x")));
+    EXPECT_FALSE(passes(frame("sub1", 2, "\1\n`id`")));
+    EXPECT_FALSE(passes("gspc \4`id`"));
+    EXPECT_FALSE(passes(std::string("subs \4\0\1`id`", 12)));
+    EXPECT_FALSE(passes(frame("gsp1", 1, std::string(4085, 'a') + "`"))) << "the 4096th byte";
+}
+
+TEST(Gate, lineThatIsSplitGoesOnInTheNextParameter)
+{
+    // Lines of 255 bytes; of 254 for warp, whose texts no shell sees.
+    for (const std::size_t size : {254U, 255U, 256U, 257U, 510U, 511U}) {
+        const std::string text(size, 'a');
+        EXPECT_TRUE(passes(frame("wags", 2, text + "\nanna\n"))) << size;
+        EXPECT_FALSE(passes(frame("wags", 2, text + "`\nanna\n")) && size < 510) << size;
+        EXPECT_TRUE(passes(frame("wasu", 4, text + "\nfirst\nsecond\n\1\n"))) << size;
+        EXPECT_FALSE(passes(frame("wasu", 4, text + "`\nfirst\nsecond\n\1\n")) && size < 510)
+            << size;
+        EXPECT_TRUE(passes(frame("warp", 3, text + "`\n`\n`\n"))) << size;
+    }
+    const std::string line(255, 'a');
+    EXPECT_EQ(examine(frame("wags", 2, line + ";id\n"))->parameter, "user")
+        << "between double quotes it would have passed";
+    EXPECT_EQ(examine(frame("wags", 2, line.substr(1) + ";\n;\n"))->parameter, "user")
+        << "the rest is the newline alone, and then comes the next line";
+    EXPECT_TRUE(passes(frame("wasu", 4, line + ";id\nsecond\n\1\n"))) << "the first value's place";
+    EXPECT_EQ(examine(frame("wasu", 4, line + "`id`\nsecond\n\1\n"))->parameter, "first value");
+    EXPECT_TRUE(passes(frame("wasu", 4, line + line + "`id`\n\1\n"))) << "the second value's place";
+}
+
+TEST(Gate, nameBehindALengthThatIsANewlineIsFound)
+{
+    // gspc: the rest of the request goes over the length. subs: it goes behind it.
+    EXPECT_TRUE(passes("gspc \n`anna\n")) << "this byte is no part of the name";
+    EXPECT_FALSE(passes("gspc \nL`anna\n"));
+    EXPECT_FALSE(passes("gspc \nLanna`"));
+    EXPECT_FALSE(passes("gspc \nL" + std::string(4088, 'a') + "`"));
+    EXPECT_TRUE(passes("gspc \n\n`\n")) << "the line has ended before the name";
+    EXPECT_TRUE(passes("gspc \n"));
+    EXPECT_TRUE(passes("subs \n``anna\n")) << "a byte and the state";
+    EXPECT_FALSE(passes("subs \n\1\1`anna\n"));
+    EXPECT_FALSE(passes("subs \n\1\1anna`"));
+    EXPECT_TRUE(passes("subs \n\n`\n`\n"));
+    EXPECT_TRUE(passes("subs \n"));
+}
+
+TEST(Gate, reportsNameMustEndWithItsLine)
+{
+    EXPECT_TRUE(passes("subs \7\1\1anna\n"));
+    EXPECT_TRUE(passes("subs \7\1\1anna"));
+    EXPECT_TRUE(passes("subs \7\1\1\n"));
+    EXPECT_TRUE(passes("subs \7\1\n`id`\n")) << "the line has ended before the name";
+    EXPECT_TRUE(passes("subs \7\n`id`\n"));
+    EXPECT_TRUE(passes("sub1 \2\nS\nanna\n`id`\n")) << "behind its name there is nothing";
+}
+
+TEST(Gate, privateFileIsJudgedAsFarAsItIsText)
+{
+    EXPECT_TRUE(passes(spvt("server = nas\nmode = \"fast\"\n# $HOME; done & gone\n")));
+    EXPECT_TRUE(passes(spvt(std::string("\x89PNG\r\n\x1A\n\0`id`", 14))));
+    EXPECT_TRUE(passes(spvt(std::string(4076, 'x'))));
+    EXPECT_FALSE(passes(spvt(std::string(4075, 'x') + "`")));
+    EXPECT_FALSE(passes(spvt("a\nb\n`id`\n")));
+    EXPECT_FALSE(passes(spvt("a b\n$\\\n(id)\n"))) << "the shell joins these lines";
+    EXPECT_FALSE(passes(spvt("\"\n;id\n")));
+    EXPECT_FALSE(passes(spvt("\"\nid")));
+    EXPECT_FALSE(passes(frame("spvt", 2, le32(1) + "\nx\n`id`\n"))) << "whatever size is said";
+}
+
+TEST(Gate, sizeOfAPrivateFileIsHarmlessAsTextOrSmall)
+{
+    const auto withSize = [](std::uint32_t size) {
+        return passes(frame("spvt", 2, le32(size) + "\nx\n"));
+    };
+    for (std::uint32_t size = 0; size < 4096; ++size) {
+        const bool endsItsLine = (size & 0xFFU) == '\n' || (size >> 8U) == '\n';
+        if (!endsItsLine) {
+            EXPECT_TRUE(withSize(size)) << size;
+        }
+    }
+    EXPECT_TRUE(withSize(0x7FFFFFFF));
+    EXPECT_TRUE(withSize(0xFFFFFFFF));
+    EXPECT_TRUE(withSize(0x61616161));
+    for (const std::string size :
+         {"`id`", "$(a)", "\";a;", "a\"|b", "\">f\"", "``aa", "a`bc", "\"`id"}) {
+        const auto refusal = examine(frame("spvt", 2, size + "\nx\n"));
+        ASSERT_TRUE(refusal) << size;
+        EXPECT_EQ(refusal->parameter, "size");
+        EXPECT_EQ(refusal->answer, le32(0xFF000003));
+    }
+    EXPECT_FALSE(passes(frame("spvt", 2, "`id`"))) << "no newline behind it";
+    EXPECT_FALSE(passes(frame("spvt", 2, "12345`id`\nx\n"))) << "too long for a size";
+    EXPECT_FALSE(passes(frame("spvt", 2, "ab`\nx\n"))) << "too short for one";
+    EXPECT_TRUE(passes(frame("spvt", 2, le32(5) + "`id`\nx\n"))) << "a zero byte ends what is seen";
+}
+
+// ---- What passes, in the hands of the true handlers -------------------------------------------
+
+/// Requests of every command, and of shapes that none should have, with canaries in them.
+class Requests {
+  public:
+    std::string next()
+    {
+        const Parameter& parameter = parameters()[random_() % parameters().size()];
+        std::string request = parameter.make(text());
+        for (auto changes = random_() % 3; changes > 0; --changes) {
+            change(request);
+        }
+        request.resize(std::min<std::size_t>(request.size(), 4096));
+        return request;
+    }
+
+  private:
+    std::string text()
+    {
+        static const std::vector<std::string> kPieces = {
+            "anna",        "guest",     "a b",     "\"",      "\"",      "'",     "\\",
+            "$",           "$\\\n",     "$HOME",   "(",       ")",       ";",     "|",
+            "&",           "#",         "`>/c/1`", "$(>/c/2", "(>/c/3)", ">/c/4", ";>/c/5;",
+            "\";>/c/6;\"", "';>/c/7;'", "1",       "12",      ".",       "-",     "\xC3\x89",
+            "\x81",        "%s",        "=",       "user",    "system",  "\x01",  "\t",
+            ",",           "Family",    "2026"};
+        std::string made;
+        for (auto count = 1 + random_() % 4; count > 0; --count) {
+            made += kPieces[random_() % kPieces.size()];
+        }
+        return made;
+    }
+
+    void change(std::string& request)
+    {
+        static const std::vector<std::string> kPieces = {"\n",
+                                                         "\n",
+                                                         kZero,
+                                                         "\r\n",
+                                                         std::string(240, 'a'),
+                                                         std::string(254, 'b'),
+                                                         std::string(255, 'c'),
+                                                         std::string(4080, 'd')};
+        const std::size_t at = std::min<std::size_t>(5 + random_() % 24, request.size());
+        const std::string piece =
+            (random_() % 2 == 0) ? text() : kPieces[random_() % kPieces.size()];
+        if (random_() % 2 == 0) {
+            request.insert(at, piece);
+        } else {
+            request.replace(at, std::min<std::size_t>(piece.size(), 8), piece);
+        }
+    }
+
+    std::minstd_rand random_{20261121};
+};
+
+class GateAndHandlers : public root::Test {
+  protected:
+    void SetUp() override
+    {
+        root::Test::SetUp();
+        std::filesystem::create_directory("/c");
+        std::filesystem::create_directory_symlink("/c", "/C");
+        // Whoever is asked for is known, so that requests get as far as they can.
+        root::stub("php", "case $2 in\n"
+                          "tovGetUsers) echo '<username>anna</username>' >\"$3\" ;;\n"
+                          "tovGetShareList) echo '<sharename>Family</sharename>' >\"$3\" ;;\n"
+                          "esac");
+        root::stub("runwebhooks", "echo 'return [\"anna\",\"Family\"];'");
+        root::writeFile("/etc/pelconfig/system_var", "ra_signUpUrl=x\n");
+        // The remote-access programs.
+        root::writeFile("/usr/bin/ra-enabled", "#!/usr/bin/sh\n");
+        root::writeFile("/usr/bin/ractl", "#!/usr/bin/sh\n");
+        for (const char* program : kPrograms) {
+            std::filesystem::permissions(program, std::filesystem::perms(0755));
+        }
+    }
+
+    void TearDown() override
+    {
+        for (const char* name : {"/c", "/C", kPrograms[0], kPrograms[1]}) {
+            std::filesystem::remove_all(name);
+        }
+        root::Test::TearDown();
+    }
+
+    static constexpr std::array<const char*, 2> kPrograms = {"/usr/bin/ra-enabled",
+                                                             "/usr/bin/ractl"};
+
+    /// What a request's canaries have left. What the shell says to all that is of no interest.
+    static std::vector<std::string> canariesOf(const std::string& request)
+    {
+        request::load(request);
+        std::fflush(stdout);
+        const std::array<int, 2> streams = {::dup(STDOUT_FILENO), ::dup(STDERR_FILENO)};
+        const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+        ::dup2(nowhere, STDOUT_FILENO);
+        ::dup2(nowhere, STDERR_FILENO);
+        ::close(nowhere);
+        static_cast<void>(request::run());
+        std::fflush(stdout);
+        ::dup2(streams[0], STDOUT_FILENO);
+        ::dup2(streams[1], STDERR_FILENO);
+        ::close(streams[0]);
+        ::close(streams[1]);
+        const std::vector<std::string> left = root::list("/c");
+        for (const std::string& name : left) {
+            std::filesystem::remove("/c/" + name);
+        }
+        return left;
+    }
+};
+
+std::string showBytes(const std::string& text)
+{
+    std::string shown;
+    for (const char c : text) {
+        constexpr std::string_view kHexDigits = "0123456789abcdef";
+        const auto byte = static_cast<unsigned char>(c);
+        shown += {kHexDigits[byte >> 4U], kHexDigits[byte & 0x0FU]};
+    }
+    return shown;
+}
+
+TEST_F(GateAndHandlers, whatPassesRunsNothingOfItsOwn)
+{
+    constexpr int kRequests = 500;
+    Requests requests;
+    for (int passed = 0; passed < kRequests;) {
+        const std::string request = requests.next();
+        if (passes(request)) {
+            ++passed;
+            ASSERT_EQ(canariesOf(request), std::vector<std::string>{}) << showBytes(request);
+        }
+    }
+}
+
+TEST_F(GateAndHandlers, whatDoesNotWouldHave)
+{
+    constexpr int kRequests = 120;
+    Requests requests;
+    std::vector<std::string> fired;
+    for (int refused = 0; refused < kRequests;) {
+        const std::string request = requests.next();
+        if (!passes(request)) {
+            ++refused;
+            if (!canariesOf(request).empty()) {
+                fired.push_back(request.substr(0, 4));
+            }
+        }
+    }
+    EXPECT_GE(fired.size(), 20U);
+    std::ranges::sort(fired);
+    const auto doubles = std::ranges::unique(fired);
+    fired.erase(doubles.begin(), doubles.end());
+    EXPECT_GE(fired.size(), 8U) << "of eleven commands";
+}
+
+TEST_F(GateAndHandlers, parametersThatPassArriveAsTheyAre)
+{
+    request::load(frame("crat", 2, "Zoë B. Müller\npa$$w#rd $HOME\n"));
+    ASSERT_TRUE(passes(frame("crat", 2, "Zoë B. Müller\npa$$w#rd $HOME\n")));
+    root::stub("php", "case $2 in\n"
+                      "tovGetUsers) : >\"$3\" ;;\n"
+                      "tovAddUser) printf '<%s>' \"$@\" >/stubs/arguments ;;\n"
+                      "esac");
+    EXPECT_EQ(request::run().answer, le32(0));
+    EXPECT_EQ(root::readFile("/stubs/arguments"),
+              "</etc/inc/api_user.php><tovAddUser><Zoë B. Müller><pa$$w#rd $HOME>");
+}
+
+} // namespace

@@ -85,6 +85,17 @@ TEST(Answer, errorBehindAHeadersLinesIsToldApart)
     EXPECT_EQ(noLines.trailingError, 0xFF000007U);
 }
 
+TEST(Answer, lineThatLooksLikeAnErrorIsALine)
+{
+    for (const char* line : {"erro abc", "Cerro Sur"}) {
+        const Answer answer = readAnswer("lsut " + le32(2) + "\nanna\n" + line + "\n");
+        EXPECT_EQ(answer.lines, (Lines{"anna", line}));
+        EXPECT_FALSE(answer.trailingError);
+    }
+    EXPECT_EQ(readAnswer("lsut " + le32(1) + "\nerro abc\nerro " + le32(0xFF000006)).trailingError,
+              0xFF000006U);
+}
+
 TEST(Answer, countOfTenDoesNotEndTheHeader)
 {
     const Answer answer = readAnswer("lsut " + le32(10) + "\nanna\n");

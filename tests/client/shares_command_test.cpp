@@ -181,6 +181,12 @@ TEST_F(SharesCommand, publicNameIsPrinted)
     expectEnd(vokctl({"shares", "public-name"}), 0, "Family Videos\n", "");
 }
 
+TEST_F(SharesCommand, publicNameMayLookLikeAnError)
+{
+    root::writeFile("/etc/pelconfig/system_var", "pel_pubshare_name=Cerro Sur\n");
+    expectEnd(vokctl({"shares", "public-name"}), 0, "Cerro Sur\n", "");
+}
+
 TEST_F(SharesCommand, publicNameThatIsNotSetIsNoData)
 {
     const std::string complaint = "vokctl: the appliance has no name for its public share\n";

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "client/password.h"
 
+#include <csignal>
 #include <iostream>
 #include <termios.h>
 #include <unistd.h>
@@ -10,22 +11,51 @@
 namespace client {
 namespace {
 
+/// The terminal's settings, for when the prompt is over.
+termios before = {};
+
+void restoreTerminal()
+{
+    ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before);
+}
+
+/// Nobody is to be left with a terminal that shows nothing: the echo is on again before the signal
+/// ends the program.
+extern "C" void restoreAndEnd(int number)
+{
+    restoreTerminal();
+    std::signal(number, SIG_DFL);
+    std::raise(number);
+}
+
 /// Switches the terminal's echo off for as long as it lives.
 class SilentTerminal {
   public:
     SilentTerminal()
     {
-        ::tcgetattr(STDIN_FILENO, &before_);
-        termios silent = before_;
+        ::tcgetattr(STDIN_FILENO, &before);
+        handleSignals(restoreAndEnd);
+        termios silent = before;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
     }
-    ~SilentTerminal() { ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_); }
+    ~SilentTerminal()
+    {
+        restoreTerminal();
+        handleSignals(SIG_DFL);
+    }
     SilentTerminal(const SilentTerminal&) = delete;
     SilentTerminal& operator=(const SilentTerminal&) = delete;
 
   private:
-    termios before_ = {};
+    static void handleSignals(void (*handler)(int))
+    {
+        for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) {
+            if (std::signal(number, handler) == SIG_IGN) {
+                std::signal(number, SIG_IGN);
+            }
+        }
+    }
 };
 
 bool isAtTerminal()

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -207,6 +208,31 @@ TEST_F(PasswordPrompt, endOfInputIsWrongUsage)
         EXPECT_EQ(root::readFile(kResult), "2: no password came on standard input");
         EXPECT_TRUE(terminal.isAsBefore());
     }
+}
+
+TEST_F(PasswordPrompt, interruptBringsTheEchoBack)
+{
+    for (const auto& [key, number] : {std::pair("\x03", SIGINT), std::pair("\x1C", SIGQUIT)}) {
+        Terminal terminal([] { writeResult(readPassword); });
+        terminal.answer("Password: ", std::string("half a secr") + key);
+        EXPECT_EQ(terminal.wait(), 128 + number);
+        EXPECT_TRUE(terminal.isAsBefore());
+        EXPECT_FALSE(root::exists(kResult));
+    }
+}
+
+TEST_F(PasswordPrompt, ignoredSignalStaysIgnored)
+{
+    Terminal terminal([] {
+        std::signal(SIGINT, SIG_IGN);
+        writeResult(readPassword);
+        std::raise(SIGINT);
+    });
+    terminal.answer("Password: ", "half");
+    terminal.type("\x03");
+    terminal.type("a secret\n");
+    EXPECT_EQ(terminal.wait(), 0);
+    EXPECT_TRUE(terminal.isAsBefore());
 }
 
 TEST_F(PasswordPrompt, whatWasTypedBeforeThePromptDoesNotCount)

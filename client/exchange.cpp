@@ -19,6 +19,8 @@ void checkServed(std::string_view bytes)
         code = kNotPermitted;
     } else if (answer.value == cmdsvc::kRequestTimedOut) {
         code = kNoAnswer;
+    } else if (answer.value == cmdsvc::kRequestTooLong) {
+        code = kWrongUsage;
     }
     throw Failure(code, refusalSentence(cmdsvc::kServiceCode, answer.value));
 }

@@ -34,6 +34,14 @@ Reply complainOf(const asio::error_code& error, const Connection& connection)
     return complain(kUnreachable, reason + ". Is vokserve running?");
 }
 
+/// Whether an answer has come to its end. A service that turns a request down need not have read
+/// all of it; then the connection breaks off behind the answer.
+bool endsWhole(const asio::error_code& error, std::string_view answer)
+{
+    return !error || error == asio::error::eof ||
+           (error == asio::error::connection_reset && !answer.empty());
+}
+
 } // namespace
 
 void addConnectionOptions(CLI::App& command, Connection& connection)
@@ -68,7 +76,7 @@ Reply sendRequest(const Connection& connection, std::string_view frame)
     stream.socket().shutdown(Protocol::socket::shutdown_send, ignored);
     Reply reply;
     reply.bytes.assign(std::istreambuf_iterator<char>(stream), {});
-    if (stream.error() && stream.error() != asio::error::eof) {
+    if (!endsWhole(stream.error(), reply.bytes)) {
         return complainOf(stream.error(), connection);
     }
     return reply;

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -50,22 +51,10 @@ class Exchange : public root::UntracedTest {
     }
 
     /// Has the next requests answered so, one after the other; later ones wait in vain.
-    void answer(const Strings& answers)
-    {
-        stop();
-        const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        std::string(kSocket).copy(address.sun_path, sizeof address.sun_path - 1);
-        ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        ASSERT_EQ(::listen(listener, 1), 0);
-        service_ = ::fork();
-        if (service_ == 0) {
-            serve(listener, answers);
-            ::_exit(0);
-        }
-        ::close(listener);
-    }
+    void answer(const Strings& answers) { start(serve, answers); }
+
+    /// Has the next request answered so as soon as some of it is there; the rest is not read.
+    void turnDown(const std::string& bytes) { start(serveUnread, {bytes}); }
 
     /// What the service has received since it was told what to answer. A client has its answer only
     /// after that was written down.
@@ -77,6 +66,23 @@ class Exchange : public root::UntracedTest {
     }
 
   private:
+    void start(void (*service)(int listener, const Strings& answers), const Strings& answers)
+    {
+        stop();
+        const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        std::string(kSocket).copy(address.sun_path, sizeof address.sun_path - 1);
+        ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        ASSERT_EQ(::listen(listener, 1), 0);
+        service_ = ::fork();
+        if (service_ == 0) {
+            service(listener, answers);
+            ::_exit(0);
+        }
+        ::close(listener);
+    }
+
     static void serve(int listener, const Strings& answers)
     {
         std::string frames;
@@ -91,6 +97,14 @@ class Exchange : public root::UntracedTest {
             ::close(socket);
         }
         ::pause();
+    }
+
+    static void serveUnread(int listener, const Strings& answers)
+    {
+        const int socket = ::accept(listener, nullptr, nullptr);
+        pollfd waiting = {.fd = socket, .events = POLLIN, .revents = 0};
+        ::poll(&waiting, 1, -1);
+        [[maybe_unused]] const ssize_t sent = ::write(socket, answers[0].data(), answers[0].size());
     }
 
     void stop()
@@ -274,6 +288,8 @@ TEST_F(Exchange, statusOfTheServicesOwnIsNoAnswerOfTheCommands)
          "7: the request's process failed before it answered (0x53000002)"},
         {"serv " + le32(0x53000003) + kZero,
          "7: the appliance has no room for another process; try again (0x53000003)"},
+        {"serv " + le32(0x53000004) + kZero,
+         "2: the request is longer than 4096 bytes (0x53000004)"},
         {"serv " + le32(0x53000005) + kZero,
          "4: only root and the members of the service's group may ask (0x53000005)"},
     };
@@ -288,6 +304,19 @@ TEST_F(Exchange, statusOfTheServicesOwnIsNoAnswerOfTheCommands)
                       static_cast<void>(client::askForBytes(connection(), {"gpvt"}, "gprt "));
                   }),
                   each.failure);
+    }
+}
+
+TEST_F(Exchange, requestMayBeTurnedDownBeforeAllOfItIsRead)
+{
+    const std::string refusal =
+        "4: only root and the members of the service's group may ask (0x53000005)";
+    for (const std::size_t size : {10U, 10000U, 10000000U}) {
+        turnDown("serv " + le32(0x53000005) + kZero);
+        EXPECT_EQ(failureOf([&] {
+                      client::askToDo(connection(), {"pshr", 3, std::string(size, 'x')});
+                  }),
+                  refusal);
     }
 }
 

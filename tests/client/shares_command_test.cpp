@@ -290,6 +290,12 @@ TEST_F(SharesCommand, hostileNamesNeverReachTheTerminalRaw)
     expectEnd(vokctl({"shares", "public-name"}), 0, "a\\u{1b}[2Jz\n", "");
 }
 
+TEST_F(SharesCommand, nameThatIsLongerThanARequestIsSaid)
+{
+    expectEnd(vokctl({"shares", "create", std::string(50000, 'x'), "--public"}), 2, "",
+              "vokctl: the request is longer than 4096 bytes (0x53000004)\n");
+}
+
 TEST_F(SharesCommand, handlerThatCrashesIsSaid)
 {
     root::stub("php", "read -r pid comm state ppid group rest </proc/self/stat; kill -9 $group");

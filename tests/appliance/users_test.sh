@@ -85,8 +85,10 @@ vokctl: the name or the password holds a character that the appliance does not t
 vokctl: the name or the password holds a character that the appliance does not take, such as a quote (0xFF000003) = 1
 vokctl: no password came on standard input = 2
 api_user.php: there is a user \"anna\" already = 1
+api_user.php: there is a user \"ANNA\" already = 1
 api_user.php: \"guest\" cannot be the name of a user = 1
 api_user.php: \"\" cannot be the name of a user = 1
+api_user.php: \"#b\" cannot be the name of a user = 1
 api_user.php: \"a:b\" cannot be the name of a user = 1
 api_user.php: \"a&b\" cannot be the name of a user = 1
 api_user.php: \"a
@@ -118,8 +120,10 @@ anna bob Élise" "$(appliance sh -c '
     create New "\"\n"
     create New ""
     api_user tovAddUser anna secret
+    api_user tovAddUser ANNA secret
     api_user tovAddUser guest secret
     api_user tovAddUser "" secret
+    api_user tovAddUser "#b" secret
     api_user tovAddUser a:b secret
     api_user tovAddUser "a&b" secret
     api_user tovAddUser "a
@@ -132,7 +136,7 @@ b" secret
 
     rm /usr/private/smbpasswd
     mkdir /usr/private/smbpasswd
-    api_user tovAddUser New secret | tail -n 1
+    api_user tovAddUser New secret
     echo $(vokctl users list)')"
 
 expect 'without its service the client says so' '3

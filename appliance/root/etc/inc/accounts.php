@@ -23,7 +23,8 @@ function smbPasswordLine(string $name, int $id, string $password): string
 
 function addAccount(PDO $database, string $name, string $password): void
 {
-    if (!preg_match('/^[^\x00-\x1F\x7F:\/"<>&]+$/D', $name) || $name === 'guest') {
+    // A line that starts with "#" would be a comment in the password file.
+    if (!preg_match('/^(?!#)[^\x00-\x1F\x7F:\/"<>&]+$/D', $name) || $name === 'guest') {
         throw new RuntimeException("\"$name\" cannot be the name of a user");
     }
     if (isKnown($database, 'user', $name)) {
@@ -32,7 +33,7 @@ function addAccount(PDO $database, string $name, string $password): void
     $database->prepare('INSERT INTO user (name) VALUES (?)')->execute([$name]);
     $line = smbPasswordLine($name, FIRST_USER_ID + (int) $database->lastInsertId(), $password);
     umask(0077);
-    if (file_put_contents(SMB_PASSWORD_FILE, $line, FILE_APPEND | LOCK_EX) !== strlen($line)) {
+    if (@file_put_contents(SMB_PASSWORD_FILE, $line, FILE_APPEND | LOCK_EX) !== strlen($line)) {
         throw new RuntimeException('cannot write "' . SMB_PASSWORD_FILE . '"');
     }
 }

@@ -13,7 +13,7 @@ const SCHEMA = <<<'SQL'
         location TEXT NOT NULL CHECK (location IN ('internal', 'external'))
     );
     CREATE TABLE IF NOT EXISTS user (
-        name TEXT NOT NULL PRIMARY KEY
+        name TEXT NOT NULL PRIMARY KEY COLLATE NOCASE
     );
     CREATE TABLE IF NOT EXISTS privilege (
         user  TEXT NOT NULL,

@@ -55,7 +55,7 @@ void checkAccepted(const Request& request, const Answer& answer, std::uint32_t g
 std::string parameterLine(const std::string& text)
 {
     if (text.find_first_of(std::string_view("\n\0", 2)) != std::string::npos) {
-        throw Failure(kWrongUsage, "a name or a value cannot hold a newline");
+        throw Failure(kWrongUsage, "a name or a value cannot hold a newline or a zero byte");
     }
     return text + "\n";
 }

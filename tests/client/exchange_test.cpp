@@ -353,7 +353,7 @@ TEST(ParameterLine, newlineOrZeroByteIsWrongUsage)
     for (const std::string& text :
          {std::string("a\nb"), std::string("\n"), std::string("a\n"), "a" + kZero + "b", kZero}) {
         EXPECT_EQ(failureOf([&] { static_cast<void>(client::parameterLine(text)); }),
-                  "2: a name or a value cannot hold a newline");
+                  "2: a name or a value cannot hold a newline or a zero byte");
     }
 }
 

@@ -326,7 +326,8 @@ TEST_F(SharesWithoutService, newlineInANameIsWrongUsage)
         {"create", "Music", "--for", "anna\n"},
     };
     for (const Strings& call : calls) {
-        expectEnd(vokctl(shares(call)), 2, "", "vokctl: a name or a value cannot hold a newline\n");
+        expectEnd(vokctl(shares(call)), 2, "",
+                  "vokctl: a name or a value cannot hold a newline or a zero byte\n");
     }
 }
 

@@ -252,7 +252,8 @@ class UsersWithoutService : public UsersCommand {
 
 TEST_F(UsersWithoutService, newlineOrZeroByteIsWrongUsage)
 {
-    const std::string complaint = "vokctl: a name or a value cannot hold a newline\n";
+    const std::string complaint =
+        "vokctl: a name or a value cannot hold a newline or a zero byte\n";
     for (const char* command : {"create", "verify"}) {
         expectEnd(call(command, "car\nla", "secret\n"), 2, "", complaint);
         expectEnd(call(command, "carla", std::string("sec\0ret\n", 8)), 2, "", complaint);

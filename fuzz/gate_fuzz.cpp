@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+//
+// A request as the service looks at it, and its text in every place that a shell could see.
+#include "fuzz/fuzz.h"
+#include "service/gate.h"
+#include "service/shell_text.h"
+#include "vokcontrol.h"
+
+namespace {
+
+void checkRefusal(const service::Refusal& refusal)
+{
+    fuzz::require(!refusal.parameter.empty() && !refusal.answer.empty());
+}
+
+void judgeText(std::string_view text)
+{
+    using enum service::Place;
+    for (const service::Place place :
+         {kNowhere, kDoubleQuotes, kSingleQuotes, kName, kWord, kClock}) {
+        [[maybe_unused]] const bool isHarmless = service::isHarmless(text, place);
+    }
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string_view request = fuzz::textOf(data, size).substr(0, VOK_REQUEST_SIZE);
+    if (const auto refusal = service::examine(request)) {
+        checkRefusal(*refusal);
+    }
+    judgeText(request);
+    return 0;
+}

@@ -299,7 +299,7 @@ TEST_F(HostCommand, timeHasOneForm)
 
 TEST_F(HostCommand, newlinesCannotBeSent)
 {
-    const std::string sentence = "a name or a value cannot hold a newline";
+    const std::string sentence = "a name or a value cannot hold a newline or a zero byte";
     expectWrongUsage(set({"--language", "en", "--name", "a\nb"}), sentence);
     expectWrongUsage(set({"--language", "en", "--workgroup", "a\n"}), sentence);
     expectWrongUsage(set({"--language", "en\n"}), sentence);

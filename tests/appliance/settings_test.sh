@@ -178,13 +178,13 @@ vokctl: a private file has 1 to 4070 bytes; this one has 0 = 2
 vokctl: a private file has 1 to 4070 bytes; this one has 4071 = 2
 vokctl: a file of 10 bytes cannot be sent: its size holds a newline byte. Make it longer or shorter. = 2
 vokctl: the appliance does not take a file of this size, or with this content (0xFF000003) = 1
-status 0x60000004: the file did not come whole; the former one is still there
-status 0x60000005: the file did not end where its size says; the former one is still there
+status 0x60000004: the file did not come whole; a former one stays as it was
+status 0x60000005: the file did not end where its size says; a former one stays as it was
 status 0x60000002: an empty file cannot be kept
 former = 0
 vokctl: the appliance keeps the new file, but cannot remove the former one (0xFF000006) = 1
 the new one
-vokctl: the appliance cannot make the private file; the former one is still there (0x60000001) = 1
+vokctl: the appliance cannot make the private file; a former one stays as it was (0x60000001) = 1
 no harm' "$(inside '
     php -r "for (\$i = 0; \$i < 4070; ++\$i) echo chr(\$i & 255);" >/tmp/bytes
     try vokctl private put /tmp/bytes

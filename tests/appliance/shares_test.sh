@@ -107,7 +107,7 @@ taken='vokctl: a share of this name exists already, or the name is reserved (0x2
 tooLong="vokctl: the share's name is longer than 64 bytes (0x20000003) = 1"
 refused="vokctl: the share's name holds a character that the appliance does not take, such as a quote or a slash (0xFF000003) = 1"
 noPublic="vokctl: the appliance's share script would not create this share (0xFF000004) = 1"
-noPrivate="vokctl: the appliance's share script would not create this share for this user (0xFF000004) = 1"
+noPrivate="vokctl: the appliance's share script would not create this share, or not give it to this user (0xFF000004) = 1"
 expect 'what cannot be done is refused in words, and nothing is changed' "$taken
 $taken
 $taken

@@ -42,6 +42,8 @@ TEST(Answer, tagsWithoutACountAreToldApartFromHeaders)
     EXPECT_EQ(access.lines, (Lines{"user", "\1"}));
     EXPECT_EQ(describeAnswer(access, "wags"), "\"wags\" and\n  user\n  \\u{1}");
     EXPECT_EQ(describeAnswer(readAnswer("gpsn "), "gpsn"), "\"gpsn\" and nothing more");
+    EXPECT_EQ(readAnswer("gspc \2\n" + std::string(3, '\0')).shape, Shape::kTagged);
+    EXPECT_EQ(readAnswer("gspc " + le32(0xF0000001) + std::string(1, '\0')).shape, Shape::kStatus);
     EXPECT_EQ(readAnswer("gubr " + le32(1) + "\nrecord\n").shape, Shape::kTagged);
     EXPECT_EQ(readAnswer("wall").shape, Shape::kWord);
     EXPECT_EQ(readAnswer("wallx").shape, Shape::kUnreadable);
@@ -141,11 +143,11 @@ constexpr Refusal kRefusals[] = {
 
     {"spvt", cmdsvc::kMalformed,     "the appliance does not take a file of this size, or with this content (0xFF000003)"},
     {"spvt", cmdsvc::kNothingSent,   "an empty file cannot be kept (0x60000002)"},
-    {"spvt", cmdsvc::kTooLittleSent, "the file did not come whole; the former one is still there (0x60000004)"},
-    {"spvt", cmdsvc::kNoEndMark,     "the file did not end where its size says; the former one is still there (0x60000005)"},
-    {"spvt", cmdsvc::kCannotCreatePrivate, "the appliance cannot make the private file; the former one is still there (0x60000001)"},
-    {"spvt", cmdsvc::kCannotWritePrivate,  "the appliance cannot write the private file; the former one is still there (0x60000003)"},
-    {"spvt", cmdsvc::kCannotClosePrivate,  "the appliance cannot write the private file; the former one is still there (0x60000006)"},
+    {"spvt", cmdsvc::kTooLittleSent, "the file did not come whole; a former one stays as it was (0x60000004)"},
+    {"spvt", cmdsvc::kNoEndMark,     "the file did not end where its size says; a former one stays as it was (0x60000005)"},
+    {"spvt", cmdsvc::kCannotCreatePrivate, "the appliance cannot make the private file; a former one stays as it was (0x60000001)"},
+    {"spvt", cmdsvc::kCannotWritePrivate,  "the appliance cannot write the private file; a former one stays as it was (0x60000003)"},
+    {"spvt", cmdsvc::kCannotClosePrivate,  "the appliance cannot write the private file; a former one stays as it was (0x60000006)"},
     {"spvt", cmdsvc::kCannotRemove,  "the appliance keeps the new file, but cannot remove the former one (0xFF000006)"},
     {"gpvt", cmdsvc::kNoPrivate,     "the appliance has no private file (0x70000001)"},
     {"gpvt", cmdsvc::kPrivateEmpty,  "the appliance's private file is empty (0x70000002)"},
@@ -191,7 +193,7 @@ constexpr Refusal kRefusals[] = {
     {"pshr", cmdsvc::kShareNameTaken,   "a share of this name exists already, or the name is reserved (0x20000001)"},
     {"pshr", cmdsvc::kShareNameTooLong, "the share's name is longer than 64 bytes (0x20000003)"},
     {"shar", cmdsvc::kMalformed,        "the user's or the share's name holds a character that the appliance does not take, such as a quote or a slash (0xFF000003)"},
-    {"shar", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share for this user (0xFF000004)"},
+    {"shar", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share, or not give it to this user (0xFF000004)"},
     {"shar", cmdsvc::kNoSuchUser,       "there is no user of this name, or it is reserved (0x20000006)"},
     {"shar", cmdsvc::kShareNameTaken,   "a share of this name exists already, or the name is reserved (0x20000001)"},
     {"shar", cmdsvc::kShareNameTooLong, "the share's name is longer than 64 bytes (0x20000003)"},

@@ -285,7 +285,8 @@ TEST_F(BackupCommand, whatCannotBeSentAsAVariableIsWrongUsage)
     }
     expectEnd(report("anna", "10"), 2, "",
               "vokctl: with --as-variable the state 10 cannot be told from the line's end\n");
-    expectEnd(report("an\nna", "1"), 2, "", "vokctl: a name or a value cannot hold a newline or a zero byte\n");
+    expectEnd(report("an\nna", "1"), 2, "",
+              "vokctl: a name or a value cannot hold a newline or a zero byte\n");
     EXPECT_EQ(root::readFile(kVariableFile), "a=b\n");
 }
 

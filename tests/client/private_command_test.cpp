@@ -307,7 +307,7 @@ TEST_F(PrivateCommand, uploadsThatFailAreSaidInWords)
 {
     fs::permissions(root::kStatusFolder, fs::perms(0555));
     expectRefusal(put("hello"),
-                  "the appliance cannot make the private file; the former one is still there "
+                  "the appliance cannot make the private file; a former one stays as it was "
                   "(0x60000001)");
     fs::permissions(root::kStatusFolder, fs::perms(0755));
     fs::create_directories(kPrivateFile + "/inside");
@@ -326,7 +326,7 @@ TEST_F(PrivateCommand, formerFileIsStillThereWhenTheDiskIsFull)
                      "/usr/bin/mv \"$@\" || exit\n"
                      "case $2 in /tmp/*) dd if=/dev/zero of=$filler bs=4k 2>/dev/null ;; esac");
     expectRefusal(put("hello"),
-                  "the appliance cannot write the private file; the former one is still there "
+                  "the appliance cannot write the private file; a former one stays as it was "
                   "(0x60000006)");
     EXPECT_EQ(root::readFile(kPrivateFile), "former");
 }
@@ -337,10 +337,10 @@ TEST_F(PrivateCommand, otherRefusalsAreSaidInWords)
     root::writeFile(kMine, "hello");
     const std::vector<std::pair<std::uint32_t, std::string>> refusals = {
         {0x60000002, "an empty file cannot be kept (0x60000002)"},
-        {0x60000003, "the appliance cannot write the private file; the former one is still there "
+        {0x60000003, "the appliance cannot write the private file; a former one stays as it was "
                      "(0x60000003)"},
-        {0x60000004, "the file did not come whole; the former one is still there (0x60000004)"},
-        {0x60000005, "the file did not end where its size says; the former one is still there "
+        {0x60000004, "the file did not come whole; a former one stays as it was (0x60000004)"},
+        {0x60000005, "the file did not end where its size says; a former one stays as it was "
                      "(0x60000005)"},
         {0x60000007, "this client does not know the answer's meaning (0x60000007)"},
     };

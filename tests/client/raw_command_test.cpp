@@ -124,6 +124,7 @@ TEST_F(RawWithoutService, wrongUsageIsExplained)
          "--hex: takes pairs of hexadecimal digits, such as \"0aff\""},
         {{"raw", "lstu", "--hex", "0aF"}, "--hex: has half a byte at its end"},
         {{"raw", "--frame", "/missing"}, "--frame: cannot read /missing"},
+        {{"raw", "--frame", "/stubs"}, "--frame: cannot read /stubs"},
     };
     for (const auto& [arguments, complaint] : wrong) {
         const root::Ended ended = vokctl(arguments);

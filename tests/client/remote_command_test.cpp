@@ -364,6 +364,18 @@ TEST_F(RemoteCommand, newlinesCannotBeSent)
     }
 }
 
+TEST_F(RemoteCommand, textsThatWouldRunIntoTheNextLineAreWrongUsage)
+{
+    const std::string longText(254, 'a');
+    for (const Strings& arguments : std::vector<Strings>{{"status", longText},
+                                                         {"disable", longText},
+                                                         {"enable", "a", longText, "c"},
+                                                         {"register", "a", "b", longText}}) {
+        expectEnd(vokctl(remote(arguments)), 2, "",
+                  "vokctl: a name or a value has more than 253 bytes\n");
+    }
+}
+
 TEST_F(RemoteCommand, unreachableServiceAndWrongUsage)
 {
     const std::vector<Strings> commands = {{"urls"},           {"status"},

@@ -261,14 +261,15 @@ TEST_F(SharesCommand, createSaysThatTheScriptHasFailed)
     const auto expectBoth = [&] {
         expectRefusal({"create", "Music", "--public"}, refusal + " (0xFF000004)");
         expectRefusal({"create", "Music", "--for", "anna"},
-                      refusal + " for this user (0xFF000004)");
+                      refusal + ", or not give it to this user (0xFF000004)");
     };
     stubScripts("exit 1");
     expectBoth();
     root::stub("php", "[ \"$2\" = tovGetUsers ] && cat /stubs/users >\"$3\"");
     expectBoth();
     stubScripts("[ \"$2\" = tovAddShare ]");
-    expectRefusal({"create", "Music", "--for", "anna"}, refusal + " for this user (0xFF000004)");
+    expectRefusal({"create", "Music", "--for", "anna"},
+                  refusal + ", or not give it to this user (0xFF000004)");
 }
 
 // ---- All of them ------------------------------------------------------------------------------

@@ -42,6 +42,7 @@ enum class Place {
     kQuotedLine, ///< between double quotes, a newline behind it
     kSingleQuotes,
     kName,
+    kEscapedName, ///< a name whose backslashes are dropped first
     kWord,
     kClock
 };
@@ -91,7 +92,7 @@ const std::vector<Parameter>& parameters()
         {"shar", "user", Place::kName, le32(0xFF000003), lines("shar", 3, "", "\nMusic\n")},
         {"shar", "share", Place::kName, le32(0xFF000003), lines("shar", 3, "anna\n", "\n")},
         {"spvt", "content", Place::kQuotedLine, le32(0xFF000003), spvt},
-        {"sub1", "user", Place::kName, le32(0xFF000003), lines("sub1", 2, "\1\n", "\n")},
+        {"sub1", "user", Place::kEscapedName, le32(0xFF000003), lines("sub1", 2, "\1\n", "\n")},
         {"subs", "user", Place::kName, status("subs", 0xFF000003),
          [](const std::string& text) { return std::string("subs \7\0\1", 8) + text + "\n"; }},
         {"subs", "user", Place::kName, status("subs", 0xFF000003),
@@ -161,6 +162,8 @@ bool isPlainIn(Place place, char c)
         return c != '`' && c != '"';
     case Place::kSingleQuotes:
         return byte >= ' ' && c != '\x7F' && !isOneOf("'\"\\`");
+    case Place::kEscapedName:
+        return c == '\\' || isPlainIn(Place::kName, c);
     case Place::kName:
         return isAlphanumeric || byte >= 0x80 || isOneOf(" .,_-+@%=:");
     case Place::kWord:
@@ -203,7 +206,7 @@ TEST(Gate, everyWayOutOfAWordIsRefused)
                                                         "\"",     "\\", "a\tb", "a\rb"};
     const std::vector<std::string> outOfNames = {
         ";id", "|id", "&id",  ">f",          "<f",  "*",      "?",     "[a]",  "~",
-        "#",   "'",   "\"",   "\\",          "$x",  "(id)",   "{a,b}", "a\tb", "!x",
+        "#",   "'",   "\"",   "\\;id",       "$x",  "(id)",   "{a,b}", "a\tb", "!x",
         "^x",  "a/b", "../a", "/etc/passwd", "-rf", "--help", "-",     ".",    ".."};
     const std::vector<std::string> outOfWords = {"\xC3\x89", "a@b", "a=b", "a:b",
                                                  "a%b",      "a+b", "a,b"};
@@ -229,6 +232,10 @@ TEST(Gate, everyWayOutOfAWordIsRefused)
             add(outOfWords);
             [[fallthrough]];
         case Place::kName:
+            ways.emplace_back("\\");
+            [[fallthrough]];
+        case Place::kEscapedName:
+            ways.emplace_back("\\\\`id`");
             add(outOfNames);
             break;
         }

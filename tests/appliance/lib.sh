@@ -31,3 +31,21 @@ expect() {
 finish() {
     exit $((failures > 0))
 }
+
+# Functions for a shell inside the appliance.
+# shellcheck disable=SC2016,SC2034  # that shell is to expand them; who sources this uses them
+inside_helpers='
+    # What a command says, and how it ends.
+    try() {
+        code=0
+        said=$("$@" 2>&1) || code=$?
+        echo "$said = $code"
+    }
+
+    sql() {
+        php -r "foreach ((new PDO(\"sqlite:/usr/private/appliance.db\"))
+                    ->query(\$argv[1])->fetchAll(PDO::FETCH_NUM) as \$row) {
+                    echo implode(\"|\", \$row), \"\n\";
+                }" "$1"
+    }
+'

@@ -13,21 +13,7 @@ here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
 . "$here/lib.sh" "$@"
 
 # What the appliance's shells below have in common.
-helpers='
-    # What a command says, and how it ends.
-    try() {
-        code=0
-        said=$("$@" 2>&1) || code=$?
-        echo "$said = $code"
-    }
-
-    sql() {
-        php -r "foreach ((new PDO(\"sqlite:/usr/private/appliance.db\"))
-                    ->query(\$argv[1])->fetchAll(PDO::FETCH_NUM) as \$row) {
-                    echo implode(\"|\", \$row), \"\n\";
-                }" "$1"
-    }
-
+helpers=$inside_helpers'
     # All that the scripts keep.
     everything() {
         sql "SELECT * FROM share ORDER BY rowid"

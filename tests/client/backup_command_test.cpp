@@ -3,15 +3,15 @@
 // "vokctl backup" as people and scripts call it.
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
+#include "tests/support/scripted_service.h"
 #include "tests/support/vokserve.h"
 
 namespace {
 
 using root::Ended;
+using root::Exchange;
 using root::le16;
 using root::le32;
 
@@ -27,36 +27,11 @@ const std::string kRefusedVariable = "the user's name does not have 1 to 64 byte
 
 // ---- What is sent and what is made of an answer -----------------------------------------------
 
-struct Exchange {
-    std::string frame; ///< what the client has sent, up to its end
-    Ended ended;
-};
-
 /// Runs "vokctl backup" against a service that gives this answer, whatever it is asked.
-Exchange exchange(const std::vector<std::string>& arguments, const std::string& answer)
+Exchange exchangeBackup(std::vector<std::string> arguments, const std::string& answer)
 {
-    constexpr const char* kSocket = "/tmp/catcher";
-    const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    std::string(kSocket).copy(address.sun_path, sizeof address.sun_path - 1);
-    EXPECT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    EXPECT_EQ(::listen(listener, 1), 0);
-    std::vector<std::string> command = {root::built("vokctl"), "backup"};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    command.insert(command.end(), {"--socket", kSocket});
-    root::Program client(command);
-    const int socket = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-    std::string frame;
-    for (char byte = 0; ::read(socket, &byte, 1) > 0;) {
-        frame += byte;
-    }
-    EXPECT_EQ(::write(socket, answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
-    ::close(socket);
-    ::close(listener);
-    Exchange caught{frame, client.wait()};
-    std::filesystem::remove(kSocket);
-    return caught;
+    arguments.insert(arguments.begin(), "backup");
+    return root::exchange(arguments, {answer});
 }
 
 std::string statusFrame(std::uint32_t code)
@@ -69,8 +44,8 @@ class BackupExchange : public root::UntracedTest {
     static void expectKept(const std::vector<std::string>& arguments, const std::string& answer,
                            const std::string& frame)
     {
-        const Exchange caught = exchange(arguments, answer);
-        EXPECT_EQ(caught.frame, frame);
+        const Exchange caught = exchangeBackup(arguments, answer);
+        EXPECT_EQ(caught.frames.at(0), frame);
         EXPECT_EQ(caught.ended.exitCode, 0);
         EXPECT_EQ(caught.ended.output, "");
         EXPECT_EQ(caught.ended.errors, "vokctl: the report was kept\n");
@@ -79,7 +54,7 @@ class BackupExchange : public root::UntracedTest {
     static void expectEnd(const std::vector<std::string>& arguments, const std::string& answer,
                           int code, const std::string& sentence)
     {
-        const Ended ended = exchange(arguments, answer).ended;
+        const Ended ended = exchangeBackup(arguments, answer).ended;
         EXPECT_EQ(ended.exitCode, code) << sentence;
         EXPECT_EQ(ended.output, "");
         EXPECT_EQ(ended.errors, "vokctl: " + sentence + "\n");
@@ -118,8 +93,8 @@ TEST_F(BackupExchange, reportAsAVariableStandsInTheLine)
 
 TEST_F(BackupExchange, listAsksForTheTable)
 {
-    const Exchange caught = exchange({"list"}, "gubr " + le16(0) + le16(500) + "\n");
-    EXPECT_EQ(caught.frame, "gub1 " + le32(0) + "\n");
+    const Exchange caught = exchangeBackup({"list"}, "gubr " + le16(0) + le16(500) + "\n");
+    EXPECT_EQ(caught.frames.at(0), "gub1 " + le32(0) + "\n");
 }
 
 TEST_F(BackupExchange, refusedReportIsSaidInWords)
@@ -169,7 +144,7 @@ TEST_F(BackupExchange, recordsAreShownWhateverTheHeaderCounts)
         le16(10) + "M030720253anna\n" + le16(4) + "K" + std::string(9, '\0') + "Empty\n";
     for (const unsigned count : {1U, 2U, 3U, 65535U}) {
         const Ended ended =
-            exchange({"list"}, "gubr " + le16(count) + le16(65535) + "\n" + records).ended;
+            exchangeBackup({"list"}, "gubr " + le16(count) + le16(65535) + "\n" + records).ended;
         EXPECT_EQ(ended.exitCode, 0) << count;
         EXPECT_EQ(ended.output, "SHARE  USED  STATE  LAST BACKUP\n"
                                 "anna   10 M  3      2025-03-07\n"

@@ -8,12 +8,12 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "client/failure.h"
 #include "tests/support/root.h"
+#include "tests/support/scripted_service.h"
 
 namespace {
 
@@ -69,12 +69,7 @@ class Exchange : public root::UntracedTest {
     void start(void (*service)(int listener, const Strings& answers), const Strings& answers)
     {
         stop();
-        const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        std::string(kSocket).copy(address.sun_path, sizeof address.sun_path - 1);
-        ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        ASSERT_EQ(::listen(listener, 1), 0);
+        const int listener = root::listenAt(kSocket);
         service_ = ::fork();
         if (service_ == 0) {
             service(listener, answers);
@@ -88,10 +83,7 @@ class Exchange : public root::UntracedTest {
         std::string frames;
         for (const std::string& bytes : answers) {
             const int socket = ::accept(listener, nullptr, nullptr);
-            char byte = 0;
-            while (::read(socket, &byte, 1) > 0) {
-                frames += byte;
-            }
+            frames += root::receiveAll(socket);
             root::writeFile(kFrames, frames);
             [[maybe_unused]] const ssize_t sent = ::write(socket, bytes.data(), bytes.size());
             ::close(socket);

@@ -4,14 +4,14 @@
 #include <array>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
+#include "tests/support/scripted_service.h"
 #include "tests/support/vokserve.h"
 
 namespace {
 
+using root::Exchange;
+using root::exchange;
 using root::le32;
 using Strings = std::vector<std::string>;
 
@@ -19,56 +19,13 @@ constexpr const char* kVariables = "/etc/pelconfig/system_var";
 constexpr const char* kSwitchProgram = "/usr/bin/ra-enabled";
 constexpr const char* kRegisterProgram = "/usr/bin/ractl";
 
-/// What was sent to a service that gives these answers, one a connection, and how vokctl ended.
-struct Exchange {
-    Strings frames;
-    root::Ended ended;
-};
-
-Exchange exchange(Strings arguments, const Strings& answers)
-{
-    const std::string path = "/tmp/other";
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    EXPECT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    EXPECT_EQ(::listen(listener, 1), 0);
-    arguments.insert(arguments.begin(), root::built("vokctl"));
-    arguments.insert(arguments.end(), {"--socket", path});
-    root::Program client(arguments);
-    Strings frames;
-    for (const std::string& answer : answers) {
-        const int socket = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-        frames.emplace_back();
-        for (char byte = 0; ::read(socket, &byte, 1) > 0;) {
-            frames.back() += byte;
-        }
-        EXPECT_EQ(::write(socket, answer.data(), answer.size()),
-                  static_cast<ssize_t>(answer.size()));
-        ::close(socket);
-    }
-    ::close(listener);
-    std::filesystem::remove(path);
-    return {frames, client.wait()};
-}
-
-class RemoteCommand : public root::ServedTest {
+class RemoteCommand : public root::AnsweringTest {
   protected:
-    void SetUp() override
-    {
-        root::ServedTest::SetUp();
-        // Once it has answered it is all there, and ends as it should however short a test is.
-        for (int tries = 0; tries < 500 && vokctl({"raw", "gubs"}).exitCode != 0; ++tries) {
-            ::usleep(10000);
-        }
-    }
-
     void TearDown() override
     {
         std::filesystem::remove(kSwitchProgram);
         std::filesystem::remove(kRegisterProgram);
-        root::ServedTest::TearDown();
+        root::AnsweringTest::TearDown();
     }
 
     /// Has one of the two programs write down what it is told, and then do this.

@@ -6,11 +6,11 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "tests/support/root.h"
+#include "tests/support/scripted_service.h"
 
 namespace {
 
@@ -28,12 +28,7 @@ class Request : public root::UntracedTest {
 
     template <class Service> void serve(Service behave)
     {
-        const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        std::string(kSocket).copy(address.sun_path, sizeof address.sun_path - 1);
-        ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        ASSERT_EQ(::listen(listener, 1), 0);
+        const int listener = root::listenAt(kSocket);
         service = ::fork();
         if (service == 0) {
             const int socket = ::accept(listener, nullptr, nullptr);
@@ -41,17 +36,6 @@ class Request : public root::UntracedTest {
             ::_exit(0);
         }
         ::close(listener);
-    }
-
-    /// What a client sends up to its end.
-    static std::string receive(int socket)
-    {
-        std::string bytes;
-        char byte = 0;
-        while (::read(socket, &byte, 1) > 0) {
-            bytes += byte;
-        }
-        return bytes;
     }
 
     void TearDown() override
@@ -80,7 +64,7 @@ TEST_F(Request, frameArrivesWholeAndTheAnswerComesBackWhole)
     const std::string frame(4096, '\xE9');
     const std::string answer = std::string(100000, 'a') + std::string(3, '\0');
     serve([&](int socket) {
-        const std::string expected = receive(socket) == frame ? answer : "wrong";
+        const std::string expected = root::receiveAll(socket) == frame ? answer : "wrong";
         [[maybe_unused]] const ssize_t sent = ::write(socket, expected.data(), expected.size());
     });
     const Reply reply = sendRequest(connection(), frame);
@@ -90,7 +74,7 @@ TEST_F(Request, frameArrivesWholeAndTheAnswerComesBackWhole)
 
 TEST_F(Request, emptyAnswerIsGood)
 {
-    serve([](int socket) { receive(socket); });
+    serve([](int socket) { root::receiveAll(socket); });
     const Reply reply = sendRequest(connection(), makeFrame("gubs", 0));
     EXPECT_EQ(reply.code, client::kGood);
     EXPECT_EQ(reply.bytes, "");
@@ -109,7 +93,7 @@ TEST_F(Request, nobodyThereIsUnreachable)
 
 TEST_F(Request, closedSocketIsNotPermitted)
 {
-    serve([](int socket) { receive(socket); });
+    serve([](int socket) { root::receiveAll(socket); });
     std::filesystem::permissions(kSocket, std::filesystem::perms(0));
     const Reply reply = sendRequest(connection(), "x");
     EXPECT_EQ(reply.code, client::kNotPermitted);
@@ -120,7 +104,7 @@ TEST_F(Request, closedSocketIsNotPermitted)
 TEST_F(Request, serviceThatDoesNotAnswerIsWaitedForSoLong)
 {
     serve([](int socket) {
-        receive(socket);
+        root::receiveAll(socket);
         ::pause();
     });
     const auto start = std::chrono::steady_clock::now();

@@ -36,20 +36,20 @@ struct Row {
 };
 
 const std::vector<Row> kRows = {
-    {"crat", {2}, 0xFF000003, 'A'},    {"dscr", {}, 0, ' '},
-    {"frst", {0}, 0xFF000003, 'A'},    {"getv", {1}, 0xFF000003, 'B'},
-    {"gps1", {0}, 0xC1000001, 'A'},    {"gpsn", {}, 0, ' '},
-    {"gpvt", {0}, 0xFF000003, 'A'},    {"grst", {}, 0, ' '},
-    {"gsp1", {1}, 0xC1000001, 'A'},    {"gspc", {}, 0, ' '},
-    {"gub1", {0}, 0xFF000003, 'A'},    {"gubs", {}, 0, ' '},
-    {"host", {4}, 0xFF000003, 'A'},    {"ipcf", {}, 0, ' '},
-    {"lsts", {0}, 0xFF000003, 'A'},    {"lstu", {0}, 0xFF000003, 'A'},
-    {"pshr", {3}, 0xFF000003, 'A'},    {"qlps", {0}, 0xFF000003, 'A'},
-    {"rtov", {2}, 0xFF000003, 'A'},    {"sgss", {0}, 0xC1000001, 'A'},
-    {"shar", {3}, 0xFF000003, 'C'},    {"spvt", {2}, 0xFF000003, 'S'},
-    {"sub1", {2}, 0xFF000003, 'A'},    {"subs", {}, 0, ' '},
-    {"vers", {0}, 0xFF000003, 'A'},    {"wags", {1, 2}, 0xFF000003, 'B'},
-    {"wall", {2}, 0xFF000003, 'B'},    {"warp", {3}, 0xFF000003, 'B'},
+    {"crat", {2}, 0xFF000003, 'A'}, {"dscr", {}, 0, ' '},
+    {"frst", {0}, 0xFF000003, 'A'}, {"getv", {1}, 0xFF000003, 'B'},
+    {"gps1", {0}, 0xC1000001, 'A'}, {"gpsn", {}, 0, ' '},
+    {"gpvt", {0}, 0xFF000003, 'A'}, {"grst", {}, 0, ' '},
+    {"gsp1", {1}, 0xC1000001, 'A'}, {"gspc", {}, 0, ' '},
+    {"gub1", {0}, 0xFF000003, 'A'}, {"gubs", {}, 0, ' '},
+    {"host", {4}, 0xFF000003, 'A'}, {"ipcf", {}, 0, ' '},
+    {"lsts", {0}, 0xFF000003, 'A'}, {"lstu", {0}, 0xFF000003, 'A'},
+    {"pshr", {3}, 0xFF000003, 'A'}, {"qlps", {0}, 0xFF000003, 'A'},
+    {"rtov", {2}, 0xFF000003, 'A'}, {"sgss", {0}, 0xC1000001, 'A'},
+    {"shar", {3}, 0xFF000003, 'C'}, {"spvt", {2}, 0xFF000003, 'S'},
+    {"sub1", {2}, 0xFF000003, 'A'}, {"subs", {}, 0, ' '},
+    {"vers", {0}, 0xFF000003, 'A'}, {"wags", {1, 2}, 0xFF000003, 'B'},
+    {"wall", {2}, 0xFF000003, 'B'}, {"warp", {3}, 0xFF000003, 'B'},
     {"wasu", {4}, 0xFF000003, 'B'},
 };
 
@@ -200,7 +200,8 @@ TEST_F(Dispatcher, unknownCodesAnswerNothing)
         const Outcome outcome = process(frame(four, 0));
         EXPECT_EQ(outcome.result, -1) << code;
         EXPECT_EQ(outcome.answer, "") << code;
-        EXPECT_EQ(outcome.calls, opening(four, 0, {trace("received invalid command!!! 0")})) << code;
+        EXPECT_EQ(outcome.calls, opening(four, 0, {trace("received invalid command!!! 0")}))
+            << code;
     }
 }
 

@@ -41,10 +41,9 @@ TEST_F(Settled, runningStatusServiceIsGood)
     root::stub("ps", "echo pelstatus");
     const Outcome outcome = process(frame("sgss", 256));
     EXPECT_EQ(outcome.answer, root::le32(0));
-    EXPECT_EQ(outcome.calls,
-              opening("sgss", 256,
-                      {search, trace("startPelStatus() pelstatus already started  "),
-                       trace("return good 0")}));
+    EXPECT_EQ(outcome.calls, opening("sgss", 256,
+                                     {search, trace("startPelStatus() pelstatus already started  "),
+                                      trace("return good 0")}));
 }
 
 TEST_F(Settled, failingSearchIsGoodAllTheSame)

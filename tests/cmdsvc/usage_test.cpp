@@ -54,7 +54,10 @@ class Usage : public root::Test {
 
     static constexpr std::size_t kNoSlot = 99;
 
-    void countOne(const std::string& code) { save_cmd_cnt(&table, &lastSave, cmdsvc::codeWord(code)); }
+    void countOne(const std::string& code)
+    {
+        save_cmd_cnt(&table, &lastSave, cmdsvc::codeWord(code));
+    }
 
     static std::string hex(const std::string& code)
     {
@@ -158,10 +161,9 @@ TEST_F(Usage, firstCountIsSavedAtOnce)
     EXPECT_EQ(root::readFile(kFile), tableWith(2, 1));
     EXPECT_GE(lastSave, before);
     EXPECT_LE(lastSave, now());
-    EXPECT_EQ(watch::calls(),
-              (Lines{trace("save_cmd_cnt() -- save cmd: 0x7574736C"),
-                     trace("save_cmd_cnt() -- save to file cmd: 0x7574736C time: " +
-                           std::to_string(lastSave))}));
+    EXPECT_EQ(watch::calls(), (Lines{trace("save_cmd_cnt() -- save cmd: 0x7574736C"),
+                                     trace("save_cmd_cnt() -- save to file cmd: 0x7574736C time: " +
+                                           std::to_string(lastSave))}));
 }
 
 TEST_F(Usage, countsWithinFiveMinutesStayInMemory)

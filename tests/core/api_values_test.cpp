@@ -69,8 +69,7 @@ TEST_F(ApiValues, failingScriptIsAnEmptyValueAndItsOutputStays)
 {
     root::stub("php", "echo '<key>x</key>' >\"$3\"; exit 2");
     EXPECT_STREQ(getSysVar("<key>", "tovGet"), "");
-    EXPECT_EQ(watch::calls(),
-              (Lines{line, trace("getSysVar failed: " + line + " -- iRet: 512")}));
+    EXPECT_EQ(watch::calls(), (Lines{line, trace("getSysVar failed: " + line + " -- iRet: 512")}));
     EXPECT_TRUE(root::exists(output));
     EXPECT_STREQ(kytegetSysVar("<key>", "tovGet"), "");
 }
@@ -95,8 +94,8 @@ TEST_F(ApiValues, unreadableOutputIsTracedAndRemoved)
 {
     root::stub("php", ": >\"$3\"; chmod 0 \"$3\"");
     EXPECT_STREQ(getSysVar("<key>", "tovGet"), "");
-    EXPECT_EQ(watch::calls().back(), trace("getSysVar failed: open file " + output +
-                                           " -- err: Permission denied"));
+    EXPECT_EQ(watch::calls().back(),
+              trace("getSysVar failed: open file " + output + " -- err: Permission denied"));
     EXPECT_FALSE(root::exists(output));
 }
 
@@ -146,8 +145,7 @@ TEST_F(ApiValues, commandsFailuresAreComments)
 class SetApiValue : public root::Test {
   protected:
     const std::string output = root::workFile("setSysVar");
-    const std::string line =
-        "sudo /usr/bin/php /etc/inc/api_system.php tovSet a value > " + output;
+    const std::string line = "sudo /usr/bin/php /etc/inc/api_system.php tovSet a value > " + output;
 };
 
 TEST_F(SetApiValue, argumentGoesToTheScriptAsItStands)

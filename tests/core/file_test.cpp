@@ -60,9 +60,9 @@ TEST_F(File, shellLinesDoNotHoldItOpen)
 {
     root::writeFile("/tmp/in", "");
     const core::File file = core::openFile("/tmp/in", "r");
-    core::runShellLine(("[ ! -e /proc/$$/fd/" + std::to_string(::fileno(file.get())) +
-                        " ] || echo open >/tmp/out")
-                           .c_str());
+    core::runShellLine(
+        ("[ ! -e /proc/$$/fd/" + std::to_string(::fileno(file.get())) + " ] || echo open >/tmp/out")
+            .c_str());
     EXPECT_FALSE(root::exists("/tmp/out"));
 }
 

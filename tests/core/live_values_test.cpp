@@ -24,8 +24,7 @@ class LiveValues : public root::Test {
         root::stub("route", "[ \"$1\" = -n ] && cat /stubs/printed");
         testing::internal::CaptureStderr();
         EXPECT_EQ(getSystemVar("ignored", kind), value) << printed;
-        EXPECT_EQ(testing::internal::GetCapturedStderr(),
-                  "getSystemVar -- ptr:" + value + "---\n");
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "getSystemVar -- ptr:" + value + "---\n");
         EXPECT_EQ(watch::calls(), (Lines{line + output, "sudo rm -f " + output}));
         EXPECT_FALSE(root::exists(output));
     }
@@ -114,8 +113,7 @@ TEST_F(LiveValues, toolThatCannotRunGivesNoOlderValue)
     watch::restart();
     watch::answer("ifconfig", -1, EAGAIN);
     EXPECT_STREQ(getSystemVar("", 1), "");
-    EXPECT_EQ(watch::calls(),
-              (Lines{"ifconfig | grep addr: > " + output, "sudo rm -f " + output}));
+    EXPECT_EQ(watch::calls(), (Lines{"ifconfig | grep addr: > " + output, "sudo rm -f " + output}));
 }
 
 TEST_F(LiveValues, missingOutputIsAnEmptyValue)

@@ -8,30 +8,13 @@
 #include <string>
 
 #include "core/core.h"
-
-namespace {
-
-bool isMemoryOut = false;
-
-} // namespace
-
-/// The C library's, but memory runs out on demand.
-extern "C" char* strdup(const char* text) noexcept
-{
-    const std::size_t size = std::strlen(text) + 1;
-    void* copy = isMemoryOut ? nullptr : std::malloc(size);
-    if (copy == nullptr) {
-        errno = ENOMEM;
-        return nullptr;
-    }
-    return static_cast<char*>(std::memcpy(copy, text, size));
-}
+#include "tests/support/copies.h"
 
 namespace {
 
 class Memory : public testing::Test {
   protected:
-    void TearDown() override { isMemoryOut = false; }
+    void TearDown() override { root::copiesLeft = -1; }
 };
 
 TEST_F(Memory, copyHoldsTheWholeText)
@@ -65,7 +48,7 @@ TEST_F(Memory, copyIsItsOwn)
 
 TEST_F(Memory, withoutMemoryThereIsNoCopyButAReason)
 {
-    isMemoryOut = true;
+    root::copiesLeft = 0;
     errno = 0;
     const core::Text copy = core::copyText("anna");
     EXPECT_EQ(errno, ENOMEM);

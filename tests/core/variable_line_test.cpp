@@ -27,8 +27,8 @@ TEST(VariableLine, carriageReturnEndsTheValue)
 
 TEST(VariableLine, otherNamesDoNotMatch)
 {
-    for (const char* line : {"names=5\n", "name", "name 5\n", " name=5\n", "name word=5\n", "nam=5\n",
-                             "Name=5\n", "", "\n"}) {
+    for (const char* line : {"names=5\n", "name", "name 5\n", " name=5\n", "name word=5\n",
+                             "nam=5\n", "Name=5\n", "", "\n"}) {
         EXPECT_FALSE(valueOf(line, "name")) << line;
     }
 }

@@ -176,7 +176,8 @@ TEST_F(Variables, writersAndReadersAtOnceLoseNothing)
         if (children.back() == 0) {
             int failures = 0;
             for (int round = 0; round < kRounds; ++round) {
-                const std::string name = "w" + std::to_string(writer) + "_" + std::to_string(round % 10);
+                const std::string name =
+                    "w" + std::to_string(writer) + "_" + std::to_string(round % 10);
                 failures += (setvar(name.c_str(), std::to_string(round).c_str()) == 0) ? 0 : 1;
                 failures += (std::string(getvar("kept49")) == "49") ? 0 : 1;
                 failures += (getvar(name.c_str()) == std::to_string(round)) ? 0 : 1;
@@ -314,9 +315,16 @@ TEST_F(LiveVariables, machineNameAsksTheSystemScript)
 TEST_F(LiveVariables, languageIsADigit)
 {
     const std::vector<std::pair<std::string, std::string>> digits = {
-        {"english", "1"}, {"french", "2"},  {"german", "3"},
-        {"spanish", "4"}, {"italian", "5"}, {"chinese", "6"},
-        {"traditional_chinese", "6"}, {"klingon", "1"}, {"", "1"}, {"old_french", "2"},
+        {"english", "1"},
+        {"french", "2"},
+        {"german", "3"},
+        {"spanish", "4"},
+        {"italian", "5"},
+        {"chinese", "6"},
+        {"traditional_chinese", "6"},
+        {"klingon", "1"},
+        {"", "1"},
+        {"old_french", "2"},
     };
     for (const auto& [language, digit] : digits) {
         answer("<language>" + language + "</language>\n");

@@ -20,6 +20,7 @@ using request::exitTrace;
 using request::frame;
 using request::opening;
 using request::Outcome;
+using root::join;
 using root::le32;
 using root::trace;
 
@@ -33,15 +34,6 @@ constexpr std::uint32_t kSetupDone = 0x80000001;
 constexpr std::uint32_t kNoLanguage = 0xB0000001;
 constexpr std::uint32_t kLanguageWithoutCode = 0xB0000002;
 constexpr std::uint32_t kNoPublicShareName = 0xB0000003;
-
-Lines join(std::initializer_list<Lines> parts)
-{
-    Lines all;
-    for (const Lines& part : parts) {
-        all.insert(all.end(), part.begin(), part.end());
-    }
-    return all;
-}
 
 std::string repeated(const std::string& text, int times)
 {

@@ -12,30 +12,11 @@
 #include <gtest/gtest.h>
 
 #include "cmdsvc/channel.h"
+#include "tests/support/copies.h"
 #include "tests/support/request.h"
 #include "tests/support/root.h"
 
 namespace fs = std::filesystem;
-
-namespace {
-
-/// How many copies of texts succeed before one fails; negative: all do.
-int copiesLeft = -1;
-
-} // namespace
-
-/// The C library's, but memory runs out on demand.
-extern "C" char* strdup(const char* text) noexcept
-{
-    if (copiesLeft == 0) {
-        errno = ENOMEM;
-        return nullptr;
-    }
-    --copiesLeft;
-    const std::size_t size = std::strlen(text) + 1;
-    void* copy = std::malloc(size);
-    return (copy == nullptr) ? nullptr : static_cast<char*>(std::memcpy(copy, text, size));
-}
 
 namespace {
 
@@ -44,6 +25,9 @@ using request::exitTrace;
 using request::frame;
 using request::opening;
 using request::Outcome;
+using root::copiesLeft;
+using root::cutTrace;
+using root::join;
 using root::le32;
 using root::trace;
 
@@ -72,21 +56,6 @@ const std::string kDate = "112013452026.59";
 const std::string kBefore = "a=1\n";
 const std::string kEnglish = "language_current=en\n";
 const std::string kStartPage = "http_start_page=/real_index.asp\n";
-
-Lines join(std::initializer_list<Lines> parts)
-{
-    Lines all;
-    for (const Lines& part : parts) {
-        all.insert(all.end(), part.begin(), part.end());
-    }
-    return all;
-}
-
-/// A trace whose message may be too long for its buffer.
-std::string told(const std::string& message)
-{
-    return trace(message.substr(0, 1999));
-}
 
 /// The appliance's scripts: they write down what they are asked to set.
 /// @param special  rows of a shell's "case" by function, before the common one
@@ -134,8 +103,8 @@ std::string filledFrame(const std::string& end)
 /// The traces of what was read.
 Lines read(const Parameters& p)
 {
-    return {told("date=" + p.date), told("hostname=" + p.hostName), told("wgname=" + p.workGroup),
-            told("language=" + p.language)};
+    return {cutTrace("date=" + p.date), cutTrace("hostname=" + p.hostName),
+            cutTrace("wgname=" + p.workGroup), cutTrace("language=" + p.language)};
 }
 
 Lines firstOf(Lines lines, std::size_t count)

@@ -49,6 +49,7 @@ using request::exitTrace;
 using request::frame;
 using request::opening;
 using request::Outcome;
+using root::join;
 using root::le32;
 using root::trace;
 
@@ -76,15 +77,6 @@ const Lines kOddTexts = {"\xC3\xA9lise \xE6\x97\xA5\xE6\x9C\xAC",
                          "tab\there",
                          "cr\r",
                          "\xFF\x80"};
-
-Lines join(std::initializer_list<Lines> parts)
-{
-    Lines all;
-    for (const Lines& part : parts) {
-        all.insert(all.end(), part.begin(), part.end());
-    }
-    return all;
-}
 
 std::string withoutNewline(const std::string& text)
 {

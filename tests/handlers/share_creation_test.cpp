@@ -14,30 +14,11 @@
 #include <unistd.h>
 
 #include "cmdsvc/channel.h"
+#include "tests/support/copies.h"
 #include "tests/support/request.h"
 #include "tests/support/root.h"
 
 namespace fs = std::filesystem;
-
-namespace {
-
-/// How many copies of texts succeed before one fails; negative: all do.
-int copiesLeft = -1;
-
-} // namespace
-
-/// The C library's, but memory runs out on demand.
-extern "C" char* strdup(const char* text) noexcept
-{
-    if (copiesLeft == 0) {
-        errno = ENOMEM;
-        return nullptr;
-    }
-    --copiesLeft;
-    const std::size_t size = std::strlen(text) + 1;
-    void* copy = std::malloc(size);
-    return (copy == nullptr) ? nullptr : static_cast<char*>(std::memcpy(copy, text, size));
-}
 
 namespace {
 
@@ -46,8 +27,15 @@ using request::exitTrace;
 using request::frame;
 using request::opening;
 using request::Outcome;
+using root::copiesLeft;
+using root::cutTrace;
+using root::join;
+using root::kOddTexts;
+using root::kReserved;
 using root::le32;
+using root::pid;
 using root::trace;
+using root::upper;
 
 const std::string kWorkFile = "/tmp/vokcontrol.tmp";
 const std::string kShareScript = "sudo /usr/bin/php /etc/inc/api_share.php ";
@@ -64,50 +52,7 @@ constexpr std::uint32_t kTaken = 0x20000001;
 constexpr std::uint32_t kTooLong = 0x20000003;
 constexpr std::uint32_t kNoUser = 0x20000006;
 
-const Lines kReserved = {".",          "..",         "config",      "lost+found", "__mediabolic",
-                         "__mt-daapd", "__raclient", "__autoupdate"};
-
 const std::vector<std::size_t> kSizes = {0, 1, 10, 31, 32, 33, 63, 64, 65, 4000};
-
-/// Names with characters that mean something to a shell, a list or a format, but leave a line
-/// between single quotes whole.
-const Lines kOddNames = {"\xC3\xA9lise \xE6\x97\xA5\xE6\x9C\xAC",
-                         "a \"quoted\" b",
-                         "%s%n%d",
-                         "$HOME",
-                         "a;b",
-                         " blanks ",
-                         "back\\slash",
-                         "tab\there",
-                         "cr\r",
-                         "\xFF\x80"};
-
-std::string pid()
-{
-    return std::to_string(::getpid());
-}
-
-std::string upper(std::string text)
-{
-    std::ranges::transform(text, text.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return text;
-}
-
-Lines join(std::initializer_list<Lines> parts)
-{
-    Lines all;
-    for (const Lines& part : parts) {
-        all.insert(all.end(), part.begin(), part.end());
-    }
-    return all;
-}
-
-/// A trace whose message may be too long for its buffer.
-std::string told(const std::string& message)
-{
-    return trace(message.substr(0, 1999));
-}
 
 /// A shell line that may be too long for its buffer.
 std::string cutLine(const std::string& line)
@@ -208,11 +153,11 @@ Lines userLookup(const Lines& users, const std::string& name, int result)
     }
     line += "];";
     const std::string needle = "\"" + name + "\"";
-    return join(
-        {userFetch(),
-         {sizeTrace("isUserExisted" + pid(), line),
-          told("isUserExisted() user return:" + line + " -- userName: " + needle.substr(0, 511)),
-          trace("isUserExisted() iRet:" + std::to_string(result))}});
+    return join({userFetch(),
+                 {sizeTrace("isUserExisted" + pid(), line),
+                  cutTrace("isUserExisted() user return:" + line +
+                           " -- userName: " + needle.substr(0, 511)),
+                  trace("isUserExisted() iRet:" + std::to_string(result))}});
 }
 
 /// The calls that look a user up where no shell can be started.
@@ -226,10 +171,11 @@ Lines failedUserLookup()
 Lines creation(const std::string& share, const std::string& property, int result = 0)
 {
     const std::string line = cutLine(kCreate + "'" + share + "' '" + property + "'");
-    Lines calls = {told("create_shar() " + share + " - " + property),
-                   told("create_shar() cmd: " + line + " "), line};
+    Lines calls = {cutTrace("create_shar() " + share + " - " + property),
+                   cutTrace("create_shar() cmd: " + line + " "), line};
     if (result != 0) {
-        calls.push_back(told("create_shar() system(" + line + "), iRet:" + std::to_string(result)));
+        calls.push_back(
+            cutTrace("create_shar() system(" + line + "), iRet:" + std::to_string(result)));
     }
     return calls;
 }
@@ -239,10 +185,10 @@ Lines giving(const std::string& share, const std::string& user, int result = 0,
 {
     const std::string line = cutLine(kGive + "'" + user + "' '" + share + "' full");
     const std::string code = std::to_string(result);
-    return {told("setUserPrivilege() cmd:" + line), line,
-            told((result == 0) ? "setUserPrivilege() cmd:" + line + " iRet:0"
-                               : "setUserPrivilege() failed system(" + line + "), iRet: " + code +
-                                     ", err: " + error)};
+    return {cutTrace("setUserPrivilege() cmd:" + line), line,
+            cutTrace((result == 0) ? "setUserPrivilege() cmd:" + line + " iRet:0"
+                                   : "setUserPrivilege() failed system(" + line +
+                                         "), iRet: " + code + ", err: " + error)};
 }
 
 /// A way in which a shell line fails.
@@ -408,7 +354,7 @@ TEST_F(ShareScript, namesOfAnySize)
 
 TEST_F(ShareScript, namesReachTheScriptAsTheyStand)
 {
-    for (const std::string& name : kOddNames) {
+    for (const std::string& name : kOddTexts) {
         watch::restart();
         fs::remove("/stubs/asked");
         EXPECT_EQ(create_shar(name.c_str(), "public"), 0) << name;
@@ -610,7 +556,10 @@ std::vector<Trouble> shareTroubles()
 
 class PublicShare : public Creation {
   protected:
-    static Lines named(const std::string& name) { return {told("cmd_pshr() sharename=" + name)}; }
+    static Lines named(const std::string& name)
+    {
+        return {cutTrace("cmd_pshr() sharename=" + name)};
+    }
 
     /// Loads a request for a share by this name.
     void ask(const std::string& name) { load(frame("pshr", 3, "guest\n" + name + "\n")); }
@@ -749,7 +698,7 @@ TEST_F(PublicShare, charactersAreBytes)
 
 TEST_F(PublicShare, oddNamesReachTheScriptAsTheyStand)
 {
-    for (const std::string& name : kOddNames) {
+    for (const std::string& name : kOddTexts) {
         ask(name);
         expectCreated(name);
     }
@@ -878,7 +827,7 @@ class PrivateShare : public Creation {
 
     static Lines userNamed(const std::string& user)
     {
-        return {told("cmd_shar() username=" + user)};
+        return {cutTrace("cmd_shar() username=" + user)};
     }
 
     /// The calls up to a user who may have shares.
@@ -891,8 +840,8 @@ class PrivateShare : public Creation {
 
     static Lines shareNamed(const std::string& share)
     {
-        return {told("cmd_shar() sharename: " + share + "\n"),
-                told("cmd_shar() sharename=" + share)};
+        return {cutTrace("cmd_shar() sharename: " + share + "\n"),
+                cutTrace("cmd_shar() sharename=" + share)};
     }
 
     static Lines made(const std::string& share, const std::string& user, const Lines& shares = {})
@@ -904,8 +853,8 @@ class PrivateShare : public Creation {
     /// What is traced where the user gets no access.
     static std::string notGiven(const std::string& share, const std::string& user)
     {
-        return told("cmd_shar() failed setUserPrivilege for share: " + share + ", user:" + user +
-                    " ");
+        return cutTrace("cmd_shar() failed setUserPrivilege for share: " + share +
+                        ", user:" + user + " ");
     }
 
     void expectMade(const std::string& share, const std::string& user, const Lines& before,
@@ -946,7 +895,7 @@ TEST_F(PrivateShare, userLineWithoutItsNewlineIsTraced)
 {
     for (const std::string& text : {std::string(), std::string("anna"), std::string(4000, 'n')}) {
         load(frame("shar", 3, text));
-        expectEnd(kMalformed, {told("cmd_shar=" + text)});
+        expectEnd(kMalformed, {cutTrace("cmd_shar=" + text)});
     }
     load(frame("shar", 3, std::string("an\0na\nMedia\n", 12)));
     expectEnd(kMalformed, {trace("cmd_shar=an")});
@@ -957,7 +906,7 @@ TEST_F(PrivateShare, shareLineWithoutItsNewlineIsTracedAsItWasRead)
 {
     for (const std::string& text : {std::string(), std::string("Media"), std::string(4000, 'n')}) {
         load(frame("shar", 3, "anna\n" + text));
-        expectEnd(kMalformed, join({annaFound(), {told("cmd_shar() sharename: " + text)}}));
+        expectEnd(kMalformed, join({annaFound(), {cutTrace("cmd_shar() sharename: " + text)}}));
     }
     load(frame("shar", 3, std::string("anna\nMe\0dia\n", 12)));
     expectEnd(kMalformed, join({annaFound(), {trace("cmd_shar() sharename: Me")}}));
@@ -971,8 +920,9 @@ TEST_F(PrivateShare, userAtTheVeryEndOfTheRequestIsMalformed)
     const std::string user(4096 - line.size() - 2, 'u');
     load(line + "\n" + user + "\n");
     watch::answer(kUserScript, -1, EAGAIN);
-    expectEnd(kMalformed,
-              join({userNamed(user), failedUserLookup(), {told("cmd_shar() sharename: " + user)}}));
+    expectEnd(
+        kMalformed,
+        join({userNamed(user), failedUserLookup(), {cutTrace("cmd_shar() sharename: " + user)}}));
 }
 
 TEST_F(PrivateShare, shareMayFillTheRequestToItsEnd)
@@ -1149,7 +1099,7 @@ TEST_F(PrivateShare, sharesOfAnySize)
 
 TEST_F(PrivateShare, oddNamesReachTheScriptsAsTheyStand)
 {
-    for (const std::string& name : kOddNames) {
+    for (const std::string& name : kOddTexts) {
         stubScripts({}, {name});
         ask(name, name);
         expectMade(name, name, userFound(name, {name}));

@@ -59,7 +59,10 @@ using request::exitTrace;
 using request::frame;
 using request::opening;
 using request::Outcome;
+using root::cutTrace;
+using root::join;
 using root::le32;
+using root::pid;
 using root::trace;
 
 const std::string kWorkFile = "/tmp/vokcontrol.tmp";
@@ -69,26 +72,6 @@ const std::string kDenied = "Permission denied";
 
 /// Sizes of names that are looked up, to the largest.
 constexpr std::array<std::size_t, 8> kNameSizes = {1, 10, 31, 32, 33, 48, 63, 64};
-
-std::string pid()
-{
-    return std::to_string(::getpid());
-}
-
-Lines joined(const std::vector<Lines>& parts)
-{
-    Lines all;
-    for (const Lines& part : parts) {
-        all.insert(all.end(), part.begin(), part.end());
-    }
-    return all;
-}
-
-/// The shell line of a message that may be too long.
-std::string cutTrace(const std::string& message)
-{
-    return trace(message.substr(0, 1999));
-}
 
 std::string problem(const std::string& what, const std::string& path, const std::string& why)
 {
@@ -332,7 +315,7 @@ class ShareProperty : public root::Test {
     {
         const std::string run =
             trace("cmd_gsp1: system(" + command + ") -- iRet: " + std::to_string(result));
-        return opening("gsp1", 1, joined({nameCalls(name), {command, run}, more}));
+        return opening("gsp1", 1, join({nameCalls(name), {command, run}, more}));
     }
 
     static std::string found(const std::string& line) { return trace("Found share " + line); }
@@ -360,7 +343,7 @@ class ShareProperty : public root::Test {
         const Outcome outcome = ask(name);
         EXPECT_EQ(outcome.result, 0);
         EXPECT_EQ(outcome.answer, answerOf(property)) << name;
-        EXPECT_EQ(outcome.calls, callsWith(name, 0, joined({finds, {answerTrace(property)}})));
+        EXPECT_EQ(outcome.calls, callsWith(name, 0, join({finds, {answerTrace(property)}})));
         EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)}) << "another command's file";
         EXPECT_EQ(fout_buf, nullptr);
         EXPECT_EQ(cmdsvc::currentFile(), nullptr);
@@ -379,7 +362,7 @@ class ShareProperty : public root::Test {
     {
         EXPECT_EQ(outcome.result, 0);
         EXPECT_EQ(outcome.answer, "erro " + le32(code));
-        EXPECT_EQ(outcome.calls, joined({calls, {exitTrace(code)}}));
+        EXPECT_EQ(outcome.calls, join({calls, {exitTrace(code)}}));
         EXPECT_EQ(leftBehind(), files);
         EXPECT_EQ(cmdsvc::currentFile(), nullptr);
     }
@@ -501,7 +484,7 @@ TEST_F(ShareProperty, otherNamesEndWithABareWord)
         EXPECT_EQ(outcome.result, 0);
         EXPECT_EQ(outcome.answer, le32(0xC1000003)) << size;
         EXPECT_EQ(outcome.calls,
-                  opening("gsp1", 1, joined({nameCalls(name), {exitTrace(0xC1000003)}})));
+                  opening("gsp1", 1, join({nameCalls(name), {exitTrace(0xC1000003)}})));
         EXPECT_EQ(leftBehind(), Lines{});
     }
 }
@@ -554,7 +537,7 @@ TEST_F(ShareProperty, missingNameIsAnEmptyOne)
 {
     const Outcome outcome = request::process(frame("gsp1", 1));
     EXPECT_EQ(outcome.answer, le32(0xC1000003));
-    EXPECT_EQ(outcome.calls, opening("gsp1", 1, joined({nameCalls(""), {exitTrace(0xC1000003)}})));
+    EXPECT_EQ(outcome.calls, opening("gsp1", 1, join({nameCalls(""), {exitTrace(0xC1000003)}})));
 }
 
 TEST_F(ShareProperty, requestThatIsReadToItsEndLeavesTheFrameForAName)
@@ -666,9 +649,9 @@ TEST_F(ShareProperty, listingThatCannotBeRemovedIsAnError)
     };
     const Lines finds = {found(nameLine("Music")), found(propertyLine("public"), 2)};
     expectError(askWhen("echo \"Found property", [&] { fs::remove(listing); }), 0xC1000001,
-                callsWith("Music", 0, joined({finds, {removal(kNotThere)}})), {});
+                callsWith("Music", 0, join({finds, {removal(kNotThere)}})), {});
     expectError(askWhen("sudo", closeFolder), 0xC1000001,
-                callsWith("Music", 0, joined({finds, {removal(kDenied)}})), {nameIn(listing)});
+                callsWith("Music", 0, join({finds, {removal(kDenied)}})), {nameIn(listing)});
     reopenFolder();
     fs::remove(listing);
     root::stub("php", "mkdir -p \"$3/x\"");
@@ -780,14 +763,14 @@ class SharePropertyByPlace : public root::Test {
     {
         expectOutcome(
             request::process(request), answerOf(3),
-            joined({callsFor(request, name), {hookLine, placeTrace(name, 0, 3), answerTrace(3)}}));
+            join({callsFor(request, name), {hookLine, placeTrace(name, 0, 3), answerTrace(3)}}));
     }
 
     /// A request that ends where its name is looked at.
     void expectRefused(const std::string& request, const std::string& name)
     {
         expectOutcome(request::process(request), status,
-                      joined({callsFor(request, name), {statusTrace}}));
+                      join({callsFor(request, name), {statusTrace}}));
     }
 
     /// A request for a share that has a place, and so comes to the end of a short user list.
@@ -795,10 +778,10 @@ class SharePropertyByPlace : public root::Test {
     {
         const std::string request = requestFor(name);
         expectOutcome(request::process(request), status,
-                      joined({callsFor(request, name),
-                              {hookLine, placeTrace(name, standing, 1)},
-                              fetchLines,
-                              {statusTrace}}));
+                      join({callsFor(request, name),
+                            {hookLine, placeTrace(name, standing, 1)},
+                            fetchLines,
+                            {statusTrace}}));
     }
 
     /// A request for a share that has a place, with a user list that reaches as far. The line is
@@ -808,10 +791,10 @@ class SharePropertyByPlace : public root::Test {
     {
         const std::string request = requestFor(name);
         expectOutcome(request::process(request), answerOf(property),
-                      joined({callsFor(request, name),
-                              {hookLine, placeTrace(name, standing, 1)},
-                              fetchLines,
-                              {trace("cmd_gspc " + line + ": "), answerTrace(property)}}));
+                      join({callsFor(request, name),
+                            {hookLine, placeTrace(name, standing, 1)},
+                            fetchLines,
+                            {trace("cmd_gspc " + line + ": "), answerTrace(property)}}));
     }
 
     /// Asks for "Music", with something happening on the way.
@@ -825,7 +808,7 @@ class SharePropertyByPlace : public root::Test {
     /// The calls of a request for "Music", up to the hook's shell line.
     [[nodiscard]] Lines musicCalls(const std::vector<Lines>& more) const
     {
-        return joined({callsFor(requestFor("Music"), "Music"), {hookLine}, joined(more)});
+        return join({callsFor(requestFor("Music"), "Music"), {hookLine}, join(more)});
     }
 
     /// The same, up to the user list's shell lines.
@@ -976,10 +959,10 @@ TEST_F(SharePropertyByPlace, nameOfTenIsShiftedByOne)
     stubHook("return [\"x123456789\",\"123456789\"];\n");
     const std::string request = "gspc \n0123456789";
     expectOutcome(request::process(request), status,
-                  joined({callsFor(request, "123456789"),
-                          {hookLine, placeTrace("123456789", 0, 1)},
-                          fetchLines,
-                          {statusTrace}}));
+                  join({callsFor(request, "123456789"),
+                        {hookLine, placeTrace("123456789", 0, 1)},
+                        fetchLines,
+                        {statusTrace}}));
 }
 
 TEST_F(SharePropertyByPlace, nameOfTenThatIsMissingIsRefused)
@@ -1119,9 +1102,9 @@ TEST_F(SharePropertyByPlace, listThatCannotBeRemovedIsOnlyTraced)
 {
     request::load(requestFor("Books"));
     watch::after("echo share_info", closeFolder);
-    const Lines calls = joined({callsFor(requestFor("Books"), "Books"),
-                                {hookLine, problem("cannot remove file", kWorkFile, kDenied),
-                                 placeTrace("Books", 0, 3), answerTrace(3)}});
+    const Lines calls = join({callsFor(requestFor("Books"), "Books"),
+                              {hookLine, problem("cannot remove file", kWorkFile, kDenied),
+                               placeTrace("Books", 0, 3), answerTrace(3)}});
     expectOutcome(request::run(), answerOf(3), calls, {nameIn(kWorkFile)});
     reopenFolder();
 
@@ -1141,10 +1124,10 @@ TEST_F(SharePropertyByPlace, listThatDoesNotFitOnTheDiskHasNoLine)
     watch::after("echo \"cmd_gspc pShareName", [] { root::fillDisk("/tmp"); });
     watch::after("echo \"cmd_gspc share name", freeDisk);
     expectOutcome(request::run(), status,
-                  joined({callsFor(requestFor("Books"), "Books"),
-                          {hookLine, placeTrace("Books", 0, 1)},
-                          fetchLines,
-                          {statusTrace}}));
+                  join({callsFor(requestFor("Books"), "Books"),
+                        {hookLine, placeTrace("Books", 0, 1)},
+                        fetchLines,
+                        {statusTrace}}));
 }
 
 TEST_F(SharePropertyByPlace, userListThatCannotBeFetchedIsAFailure)
@@ -1178,7 +1161,7 @@ TEST_F(SharePropertyByPlace, failingUserScriptLeavesTheGuestAlone)
 TEST_F(SharePropertyByPlace, userListThatCannotBeWrittenIsAFailure)
 {
     expectOutcome(askWhen("cat", [] { fs::create_directory(kWorkFile); }), status,
-                  musicCallsWithUsers({statusTrace}), joined({{nameIn(kWorkFile)}, fetchedFiles}));
+                  musicCallsWithUsers({statusTrace}), join({{nameIn(kWorkFile)}, fetchedFiles}));
 }
 
 TEST_F(SharePropertyByPlace, userListThatDoesNotFitOnTheDiskIsAFailure)
@@ -1187,7 +1170,7 @@ TEST_F(SharePropertyByPlace, userListThatDoesNotFitOnTheDiskIsAFailure)
     watch::after("cat", [] { root::fillDisk("/tmp"); });
     watch::after("echo \"SendReturnStatus", freeDisk);
     expectOutcome(request::run(), status, musicCallsWithUsers({statusTrace}),
-                  joined({{nameIn(kWorkFile)}, fetchedFiles}));
+                  join({{nameIn(kWorkFile)}, fetchedFiles}));
 }
 
 TEST_F(SharePropertyByPlace, userListThatIsGoneIsAFailure)
@@ -1223,7 +1206,7 @@ TEST_F(SharePropertyByPlace, userListThatCannotBeRemovedIsOnlyTraced)
         closeFolder();
     };
     const std::string removal = problem("cannot remove file", kWorkFile, kDenied);
-    const Lines files = joined({{nameIn(kWorkFile)}, fetchedFiles});
+    const Lines files = join({{nameIn(kWorkFile)}, fetchedFiles});
     expectOutcome(askWhen("cat", prepare), status, musicCallsWithUsers({removal, statusTrace}),
                   files);
     reopenFolder();
@@ -1252,7 +1235,7 @@ class ListShares : public root::Test {
     {
         return opening(
             "lsts", 0,
-            joined({shareInfoCalls(internal), {command, runTrace(0)}, shareInfoCalls(internal)}));
+            join({shareInfoCalls(internal), {command, runTrace(0)}, shareInfoCalls(internal)}));
     }
 
     static std::string header(std::size_t count)
@@ -1270,7 +1253,7 @@ class ListShares : public root::Test {
         EXPECT_EQ(outcome.answer, header(internal.size()) + pairs) << text;
         const std::string end =
             trace("cmd_lsts return: number of user: " + std::to_string(internal.size()));
-        EXPECT_EQ(outcome.calls, joined({headerCalls(internal), {end}}));
+        EXPECT_EQ(outcome.calls, join({headerCalls(internal), {end}}));
         EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)});
         EXPECT_EQ(root::readFile(kWorkFile), shareList(internal));
         EXPECT_EQ(fout_buf, nullptr);
@@ -1282,7 +1265,7 @@ class ListShares : public root::Test {
     {
         EXPECT_EQ(outcome.result, 0);
         EXPECT_EQ(outcome.answer, before + "erro " + le32(code));
-        EXPECT_EQ(outcome.calls, joined({calls, {exitTrace(code)}}));
+        EXPECT_EQ(outcome.calls, join({calls, {exitTrace(code)}}));
         EXPECT_EQ(leftBehind(), files);
         EXPECT_EQ(cmdsvc::currentFile(), nullptr);
     }
@@ -1483,7 +1466,7 @@ TEST_F(ListShares, secondRunOfTheScriptThatFailsIsAnError)
         watch::answer(command, result, error);
         expectError(
             request::run(), "", 0xFF000004,
-            opening("lsts", 0, joined({shareInfoCalls({"Music"}), {command, runTrace(result)}})),
+            opening("lsts", 0, join({shareInfoCalls({"Music"}), {command, runTrace(result)}})),
             {nameIn(listing)});
         EXPECT_EQ(root::readFile(listing), shareList({"Music"}));
     }
@@ -1494,7 +1477,7 @@ TEST_F(ListShares, scriptThatSomebodyElseReapedIsAnErrorInTheSecondRun)
     root::stubListing(block("Music", "public"));
     std::signal(SIGCHLD, SIG_IGN);
     expectError(request::process(frame("lsts", 0)), "", 0xFF000004,
-                opening("lsts", 0, joined({shareInfoCalls({"Music"}), {command, runTrace(-1)}})),
+                opening("lsts", 0, join({shareInfoCalls({"Music"}), {command, runTrace(-1)}})),
                 {nameIn(listing)});
 }
 
@@ -1505,10 +1488,10 @@ TEST_F(ListShares, countThatFailsIsTraced)
     };
     const auto calls = [&](int result, const std::string& why) {
         return opening("lsts", 0,
-                       joined({shareInfoCalls({"Music"}),
-                               {command, runTrace(0)},
-                               shareInfoFailure(result, why),
-                               {trace("cmd_lsts: number of user: -1")}}));
+                       join({shareInfoCalls({"Music"}),
+                             {command, runTrace(0)},
+                             shareInfoFailure(result, why),
+                             {trace("cmd_lsts: number of user: -1")}}));
     };
     expectError(listWhenRun(failCount(256, 0)), "", 0xFF000004, calls(256, "Success"),
                 {nameIn(listing)});
@@ -1535,26 +1518,26 @@ TEST_F(ListShares, listOfTheCountThatCannotBeWrittenIsAnError)
     expectError(
         request::process(frame("lsts", 0)), "", 0xFF000004,
         opening("lsts", 0,
-                joined({shareInfoCalls({"Music"}),
-                        {command, runTrace(0), trace("share_info sys(" + kShareInfoLine + ")"),
-                         kShareInfoLine,
-                         trace("share_info() cannot open file: " + root::workFile("share_info") +
-                               " or file: " + kWorkFile + " (error: Is a directory)"),
-                         trace("cmd_lsts: number of user: -1")}})),
+                join({shareInfoCalls({"Music"}),
+                      {command, runTrace(0), trace("share_info sys(" + kShareInfoLine + ")"),
+                       kShareInfoLine,
+                       trace("share_info() cannot open file: " + root::workFile("share_info") +
+                             " or file: " + kWorkFile + " (error: Is a directory)"),
+                       trace("cmd_lsts: number of user: -1")}})),
         {nameIn(listing), nameIn(root::workFile("share_info"))});
 }
 
 TEST_F(ListShares, listingThatIsRemovedInBetweenIsAnErrorBehindTheHeader)
 {
     expectError(listWhenCounted([&] { fs::remove(listing); }), header(1), 0xFF000007,
-                joined({headerCalls({"Music"}), {problem("cannot open file", listing, kNotThere)}}),
+                join({headerCalls({"Music"}), {problem("cannot open file", listing, kNotThere)}}),
                 {});
 }
 
 TEST_F(ListShares, unreadableListingIsAnErrorBehindTheHeaderAndIsRemoved)
 {
     expectError(listWhenCounted([&] { makeUnreadable(listing); }), header(1), 0xFF000007,
-                joined({headerCalls({"Music"}), {problem("cannot open file", listing, kDenied)}}),
+                join({headerCalls({"Music"}), {problem("cannot open file", listing, kDenied)}}),
                 {});
 }
 
@@ -1580,8 +1563,8 @@ TEST_F(ListShares, listingThatCannotBeClosedIsAnErrorBehindTheShares)
     const Outcome outcome = listWhenRun([] {});
     losesItsDescriptor = nullptr;
     expectError(outcome, header(1) + "Music\npublic\n", 0xFF000008,
-                joined({headerCalls({"Music"}),
-                        {problem("cannot close file", listing, "Bad file descriptor")}}),
+                join({headerCalls({"Music"}),
+                      {problem("cannot close file", listing, "Bad file descriptor")}}),
                 {nameIn(listing)});
 }
 
@@ -1589,7 +1572,7 @@ TEST_F(ListShares, listingThatCannotBeRemovedIsAnErrorThatNamesAnotherFile)
 {
     const std::string named = "/etc/pelconfig/vokcontrol/lsts_data_file1";
     expectError(listWhenCounted(closeFolder), header(1) + "Music\npublic\n", 0xFF000006,
-                joined({headerCalls({"Music"}), {problem("cannot remove file", named, kDenied)}}),
+                join({headerCalls({"Music"}), {problem("cannot remove file", named, kDenied)}}),
                 {nameIn(listing), nameIn(kWorkFile)});
     reopenFolder();
     const auto replace = [&] {
@@ -1597,8 +1580,8 @@ TEST_F(ListShares, listingThatCannotBeRemovedIsAnErrorThatNamesAnotherFile)
         fs::create_directories(listing + "/x");
     };
     expectError(listWhenCounted(replace), header(1), 0xFF000006,
-                joined({headerCalls({"Music"}),
-                        {problem("cannot remove file", named, "Directory not empty")}}),
+                join({headerCalls({"Music"}),
+                      {problem("cannot remove file", named, "Directory not empty")}}),
                 {nameIn(listing)});
 }
 
@@ -1612,7 +1595,7 @@ TEST_F(ListShares, listingThatDoesNotFitOnTheDiskIsAnError)
     });
     watch::after("echo \"exiting", freeDisk);
     expectError(request::run(), "", 0xFF000004,
-                opening("lsts", 0, joined({shareInfoCalls({"Music"}), {command, runTrace(256)}})),
+                opening("lsts", 0, join({shareInfoCalls({"Music"}), {command, runTrace(256)}})),
                 {nameIn(listing)});
 }
 
@@ -1627,7 +1610,7 @@ TEST_F(ListShares, countNeedsNoRoomOnTheDisk)
     const Outcome outcome = request::run();
     EXPECT_EQ(outcome.answer, header(1) + "Music\npublic\n");
     EXPECT_EQ(outcome.calls,
-              joined({headerCalls({"Music"}), {trace("cmd_lsts return: number of user: 1")}}));
+              join({headerCalls({"Music"}), {trace("cmd_lsts return: number of user: 1")}}));
     EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)});
 }
 
@@ -1677,9 +1660,9 @@ class ShareNameExists : public root::Test {
         EXPECT_EQ(isShareNameExisted(name.c_str()), result) << name;
         const std::string line = shareList(shares);
         const std::string needle = upper('"' + name + '"').substr(0, 511);
-        EXPECT_EQ(watch::calls(), joined({shareInfoCalls(shares),
-                                          {sizeTrace(line.size()), searchTrace(upper(line), needle),
-                                           resultTrace(result)}}));
+        EXPECT_EQ(watch::calls(), join({shareInfoCalls(shares),
+                                        {sizeTrace(line.size()), searchTrace(upper(line), needle),
+                                         resultTrace(result)}}));
         EXPECT_EQ(leftBehind(), Lines{});
     }
 
@@ -1691,7 +1674,7 @@ class ShareNameExists : public root::Test {
         stubShares({"Music"});
         watch::after(moment, action);
         EXPECT_EQ(isShareNameExisted("Music"), -1);
-        EXPECT_EQ(watch::calls(), joined({shareInfoCalls({"Music"}), calls}));
+        EXPECT_EQ(watch::calls(), join({shareInfoCalls({"Music"}), calls}));
         EXPECT_EQ(leftBehind(), files);
     }
 

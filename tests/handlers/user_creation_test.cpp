@@ -14,30 +14,11 @@
 #include <unistd.h>
 
 #include "cmdsvc/channel.h"
+#include "tests/support/copies.h"
 #include "tests/support/request.h"
 #include "tests/support/root.h"
 
 namespace fs = std::filesystem;
-
-namespace {
-
-/// How many copies of texts succeed before one fails; negative: all do.
-int copiesLeft = -1;
-
-} // namespace
-
-/// The C library's, but memory runs out on demand.
-extern "C" char* strdup(const char* text) noexcept
-{
-    if (copiesLeft == 0) {
-        errno = ENOMEM;
-        return nullptr;
-    }
-    --copiesLeft;
-    const std::size_t size = std::strlen(text) + 1;
-    void* copy = std::malloc(size);
-    return (copy == nullptr) ? nullptr : static_cast<char*>(std::memcpy(copy, text, size));
-}
 
 namespace {
 
@@ -46,8 +27,15 @@ using request::exitTrace;
 using request::frame;
 using request::opening;
 using request::Outcome;
+using root::copiesLeft;
+using root::cutTrace;
+using root::join;
+using root::kOddTexts;
+using root::kReserved;
 using root::le32;
+using root::pid;
 using root::trace;
+using root::upper;
 
 const std::string kWorkFile = "/tmp/vokcontrol.tmp";
 const std::string kUserScript = "sudo /usr/bin/php /etc/inc/api_user.php ";
@@ -62,50 +50,7 @@ constexpr std::uint32_t kNoMemory = 0xFF000001;
 constexpr std::uint32_t kMalformed = 0xFF000003;
 constexpr std::uint32_t kFailed = 0xFF000004;
 
-const Lines kReserved = {".",          "..",         "config",      "lost+found", "__mediabolic",
-                         "__mt-daapd", "__raclient", "__autoupdate"};
-
 const std::vector<std::size_t> kSizes = {0, 1, 10, 31, 32, 33, 63, 64, 65, 4000};
-
-/// Texts with characters that mean something to a shell, a list or a format, but leave a line
-/// between single quotes whole.
-const Lines kOddTexts = {"\xC3\xA9lise \xE6\x97\xA5\xE6\x9C\xAC",
-                         "a \"quoted\" b",
-                         "%s%n%d",
-                         "$HOME",
-                         "a;b",
-                         " blanks ",
-                         "back\\slash",
-                         "tab\there",
-                         "cr\r",
-                         "\xFF\x80"};
-
-std::string pid()
-{
-    return std::to_string(::getpid());
-}
-
-std::string upper(std::string text)
-{
-    std::ranges::transform(text, text.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return text;
-}
-
-Lines join(std::initializer_list<Lines> parts)
-{
-    Lines all;
-    for (const Lines& part : parts) {
-        all.insert(all.end(), part.begin(), part.end());
-    }
-    return all;
-}
-
-/// A trace whose message may be too long for its buffer.
-std::string told(const std::string& message)
-{
-    return trace(message.substr(0, 1999));
-}
 
 /// The appliance's user script: it lists these users, and writes down whom it is to add.
 /// @param special  rows of a shell's "case" by function, before the common ones
@@ -138,7 +83,7 @@ std::string askedFor(const std::string& name, const std::string& password)
 /// The traces of a name and of each of its bytes.
 Lines named(const std::string& name)
 {
-    Lines calls = {told("cmd_crat() username=" + name)};
+    Lines calls = {cutTrace("cmd_crat() username=" + name)};
     for (const char c : name) {
         std::array<char, 16> text{};
         std::snprintf(text.data(), text.size(), "0x%02X %c", static_cast<unsigned char>(c), c);
@@ -183,7 +128,7 @@ Lines userLookup(const Lines& users, const std::string& name, int result)
 
 Lines passwordRead(const std::string& password)
 {
-    return {told("password=" + password)};
+    return {cutTrace("password=" + password)};
 }
 
 Lines adding(const std::string& name, const std::string& password, int result = 0)
@@ -555,7 +500,7 @@ TEST_F(NewUser, passwordWithoutItsNewlineIsTracedAndMissing)
 {
     for (const std::string& text : {std::string(), std::string("secret"), std::string(4000, 'p')}) {
         load(frame("crat", 2, "bob\n" + text));
-        expectRefused(kMalformed, join({free("bob"), {told("Missing password: " + text)}}));
+        expectRefused(kMalformed, join({free("bob"), {cutTrace("Missing password: " + text)}}));
     }
     load(frame("crat", 2, std::string("bob\nsec\0ret\n", 12)));
     expectRefused(kMalformed, join({free("bob"), {trace("Missing password: sec")}}));

@@ -20,14 +20,10 @@ using request::frame;
 using request::opening;
 using request::Outcome;
 using root::le32;
+using root::pid;
 using root::trace;
 
 const std::string kWorkFile = "/tmp/vokcontrol.tmp";
-
-std::string pid()
-{
-    return std::to_string(::getpid());
-}
 
 /// The two shell lines that fetch the users for a list.
 Lines fetchCalls(const std::string& list)
@@ -131,8 +127,8 @@ TEST_F(UsersList, shellThatCannotStartIsTraced)
     watch::answer("cat", -1, ENOMEM);
     EXPECT_EQ(getUsersList("/tmp/list"), -1);
     EXPECT_EQ(watch::calls(),
-              (Lines{fetch[0], fetch[1], trace("system(" + fetch[1] +
-                                               ") --  error: 12(Cannot allocate memory) -- ")}));
+              (Lines{fetch[0], fetch[1],
+                     trace("system(" + fetch[1] + ") --  error: 12(Cannot allocate memory) -- ")}));
     EXPECT_FALSE(root::exists("/tmp/list"));
 }
 
@@ -288,9 +284,8 @@ TEST_F(UserExists, listThatCannotBeLookedAtIsTraced)
 TEST_F(UserExists, listThatCannotBeOpenedIsTracedAndStays)
 {
     stubUsers("");
-    watch::after("echo \"file ", [&] {
-        std::filesystem::permissions(list, std::filesystem::perms(0));
-    });
+    watch::after("echo \"file ",
+                 [&] { std::filesystem::permissions(list, std::filesystem::perms(0)); });
     EXPECT_EQ(isUserExisted("anna"), -1);
     EXPECT_EQ(watch::calls().back(),
               trace("isUserExisted() cannot open file " + list + ": Permission denied"));
@@ -461,9 +456,9 @@ TEST_F(ListUsersFails, unreadableList)
     const Outcome outcome = fail();
     EXPECT_EQ(outcome.answer, "erro " + le32(0xFF000007));
     Lines calls = failedCalls();
-    append(calls, {trace("file " + kWorkFile + " size = 1 bytes"),
-                   trace("cannot open file " + kWorkFile + ": Permission denied"),
-                   exitTrace(0xFF000007)});
+    append(calls,
+           {trace("file " + kWorkFile + " size = 1 bytes"),
+            trace("cannot open file " + kWorkFile + ": Permission denied"), exitTrace(0xFF000007)});
     EXPECT_EQ(outcome.calls, calls);
     EXPECT_FALSE(root::exists(kWorkFile));
 }
@@ -501,8 +496,8 @@ TEST_F(ListUsersFails, listThatCannotBeClosed)
         watch::after(moment, [] { ::close(::fileno(cmdsvc::currentFile())); });
         const Outcome outcome = runQuietly();
         const bool isFirstPass = std::string(moment).find("found") != std::string::npos;
-        EXPECT_EQ(outcome.answer, (isFirstPass ? "" : "lsut " + le32(1) + "\nanna\n") + "erro " +
-                                      le32(0xFF000008));
+        EXPECT_EQ(outcome.answer,
+                  (isFirstPass ? "" : "lsut " + le32(1) + "\nanna\n") + "erro " + le32(0xFF000008));
         EXPECT_EQ(Lines(outcome.calls.end() - 2, outcome.calls.end()),
                   (Lines{reason, exitTrace(0xFF000008)}));
         EXPECT_FALSE(root::exists(kWorkFile));

@@ -18,6 +18,7 @@
 namespace {
 
 using Lines = std::vector<std::string>;
+using root::join;
 
 /// All of a field, without the zeros at its end.
 std::string text(const char (&field)[40])
@@ -93,15 +94,6 @@ std::string namedHere(const std::string& name)
 
 const std::string kGood = "iRet = 0 ";
 const std::string kTooMany = "iRet = -1 ";
-
-Lines joined(const std::vector<Lines>& parts)
-{
-    Lines all;
-    for (const Lines& part : parts) {
-        all.insert(all.end(), part.begin(), part.end());
-    }
-    return all;
-}
 
 std::string comments(const Lines& messages)
 {
@@ -221,10 +213,10 @@ TEST_F(DriveInfos, printerFillsARecord)
 {
     expectReport(printer(tag("printerManufacture", "Maker") + tag("manufacturerPid", "Model") +
                          tag("modelInfo", "Serial") + tag("printerName", "Inky")),
-                 joined({{usb(0), "found printerManufacture:Maker", "found model:Model",
-                          modelInfo("Serial", "Serial")},
-                         named(0, "", "Inky", "Serial"),
-                         {kGood}}),
+                 join({{usb(0), "found printerManufacture:Maker", "found model:Model",
+                        modelInfo("Serial", "Serial")},
+                       named(0, "", "Inky", "Serial"),
+                       {kGood}}),
                  {"Maker|Model|Serial|Inky||0|1"});
 }
 
@@ -244,14 +236,13 @@ TEST_F(DriveInfos, fifthDeviceIsOnlyTold)
     const std::string four = internalDisk("") + usbDisk("") + printer("") + usbDisk("");
     const Lines fourUsb = {usb(1), usb(2), usb(3)};
     const Lines expected = {kEmpty, kEmptyUsb, kEmptyUsb, kEmptyUsb};
-    expectReport(four, joined({fourUsb, {kGood}}), expected);
-    expectReport(four + internalDisk(tag("hddIndex", "5")), joined({fourUsb, {kTooMany}}),
+    expectReport(four, join({fourUsb, {kGood}}), expected);
+    expectReport(four + internalDisk(tag("hddIndex", "5")), join({fourUsb, {kTooMany}}), expected);
+    expectReport(four + usbDisk(tag("modelDevName", "sde")), join({fourUsb, {usb(4, 0), kTooMany}}),
                  expected);
-    expectReport(four + usbDisk(tag("modelDevName", "sde")),
-                 joined({fourUsb, {usb(4, 0), kTooMany}}), expected);
     expectReport(four + printer(tag("modelInfo", "Serial") + tag("printerName", "Inky")),
-                 joined({fourUsb, {usb(4, 0), kTooMany}}), expected);
-    expectReport(four + usbDisk("\n"), joined({fourUsb, {usb(4, 0), kTooMany}}), expected);
+                 join({fourUsb, {usb(4, 0), kTooMany}}), expected);
+    expectReport(four + usbDisk("\n"), join({fourUsb, {usb(4, 0), kTooMany}}), expected);
 }
 
 TEST_F(DriveInfos, nineDevicesFillFourRecords)
@@ -393,7 +384,7 @@ TEST_F(DriveInfos, modelInfoHas40CharactersAtMost)
         expectReport(internalDisk(tag("modelInfo", value)), {modelInfo(kept), kGood},
                      {"||" + kept + "|||0|0"});
         expectReport(printer(tag("modelInfo", value) + tag("printerName", "Inky")),
-                     joined({{usb(0), modelInfo(kept, kept)}, named(0, "", "Inky", kept), {kGood}}),
+                     join({{usb(0), modelInfo(kept, kept)}, named(0, "", "Inky", kept), {kGood}}),
                      {"||" + kept + "|Inky||0|1"});
     }
 }
@@ -533,10 +524,10 @@ TEST_F(Printers, nameGoesToTheUsbDiskWithTheSerial)
     expectReport(internalDisk(tag("modelInfo", "A1")) +
                      usbDisk(tag("modelInfo", "S7") + tag("modelDevName", "lp0")) +
                      printer(tag("modelInfo", "S7") + tag("printerName", "Inky")),
-                 joined({{modelInfo("A1"), usb(1), modelInfo("S7"), "found modelDevName:lp0",
-                          usb(2), modelInfo("S7", "S7")},
-                         named(1, "lp0", "Inky", "S7"),
-                         {kGood}}),
+                 join({{modelInfo("A1"), usb(1), modelInfo("S7"), "found modelDevName:lp0", usb(2),
+                        modelInfo("S7", "S7")},
+                       named(1, "lp0", "Inky", "S7"),
+                       {kGood}}),
                  {"||A1|||0|0", "||S7|Inky||0|1", "||S7|||0|1"});
 }
 
@@ -544,9 +535,9 @@ TEST_F(Printers, firstRecordWithTheSerialGetsTheName)
 {
     expectReport(internalDisk(tag("modelInfo", "S7")) + usbDisk(tag("modelInfo", "S7")) +
                      printer(tag("modelInfo", "S7") + tag("printerName", "Inky")),
-                 joined({{modelInfo("S7"), usb(1), modelInfo("S7"), usb(2), modelInfo("S7", "S7")},
-                         named(0, "", "Inky", "S7"),
-                         {kGood}}),
+                 join({{modelInfo("S7"), usb(1), modelInfo("S7"), usb(2), modelInfo("S7", "S7")},
+                       named(0, "", "Inky", "S7"),
+                       {kGood}}),
                  {"||S7|Inky||0|0", "||S7|||0|1", "||S7|||0|1"});
 }
 
@@ -555,18 +546,18 @@ TEST_F(Printers, serialsAreComparedWhole)
     expectReport(usbDisk(tag("modelInfo", "S77")) + usbDisk(tag("modelInfo", "S")) +
                      usbDisk(tag("modelInfo", "s7")) +
                      printer(tag("modelInfo", "S7") + tag("printerName", "Inky")),
-                 joined({{usb(0), modelInfo("S77"), usb(1), modelInfo("S"), usb(2), modelInfo("s7"),
-                          usb(3), modelInfo("S7", "S7")},
-                         named(3, "", "Inky", "S7"),
-                         {kGood}}),
+                 join({{usb(0), modelInfo("S77"), usb(1), modelInfo("S"), usb(2), modelInfo("s7"),
+                        usb(3), modelInfo("S7", "S7")},
+                       named(3, "", "Inky", "S7"),
+                       {kGood}}),
                  {"||S77|||0|1", "||S|||0|1", "||s7|||0|1", "||S7|Inky||0|1"});
     const std::string serial(39, 's');
     expectReport(
         usbDisk(tag("modelInfo", serial + "1")) +
             printer(tag("modelInfo", serial + "2") + tag("printerName", "Inky")),
-        joined({{usb(0), modelInfo(serial + "1"), usb(1), modelInfo(serial + "2", serial + "2")},
-                named(1, "", "Inky", serial + "2"),
-                {kGood}}),
+        join({{usb(0), modelInfo(serial + "1"), usb(1), modelInfo(serial + "2", serial + "2")},
+              named(1, "", "Inky", serial + "2"),
+              {kGood}}),
         {"||" + serial + "1|||0|1", "||" + serial + "2|Inky||0|1"});
 }
 
@@ -574,10 +565,10 @@ TEST_F(Printers, nameKeepsALongerOldNamesTail)
 {
     expectReport(usbDisk(tag("modelInfo", "S7") + tag("modelDevName", "printer")) +
                      printer(tag("modelInfo", "S7") + tag("printerName", "INK")),
-                 joined({{usb(0), modelInfo("S7"), "found modelDevName:printer", usb(1),
-                          modelInfo("S7", "S7")},
-                         named(0, "printer", "INKnter", "S7"),
-                         {kGood}}),
+                 join({{usb(0), modelInfo("S7"), "found modelDevName:printer", usb(1),
+                        modelInfo("S7", "S7")},
+                       named(0, "printer", "INKnter", "S7"),
+                       {kGood}}),
                  {"||S7|INKnter||0|1", "||S7|||0|1"});
 }
 
@@ -589,9 +580,9 @@ TEST_F(Printers, nameHas40CharactersAtMost)
         const std::string kept = name.substr(0, 40);
         expectReport(usbDisk(tag("modelInfo", serial)) +
                          printer(tag("modelInfo", serial) + tag("printerName", name)),
-                     joined({{usb(0), modelInfo(serial), usb(1), modelInfo(serial, serial)},
-                             named(0, "", kept, serial),
-                             {kGood}}),
+                     join({{usb(0), modelInfo(serial), usb(1), modelInfo(serial, serial)},
+                           named(0, "", kept, serial),
+                           {kGood}}),
                      {"||" + serial + "|" + kept + "||0|1", "||" + serial + "|||0|1"});
     }
 }
@@ -623,9 +614,9 @@ TEST_F(Printers, serialIsSpentWithItsName)
     expectReport(usbDisk(tag("modelInfo", "S7")) +
                      printer(tag("modelInfo", "S7") + tag("printerName", "Inky") +
                              tag("printerName", "Dry")),
-                 joined({{usb(0), modelInfo("S7"), usb(1), modelInfo("S7", "S7")},
-                         named(0, "", "Inky", "S7"),
-                         {namedHere("Dry"), kGood}}),
+                 join({{usb(0), modelInfo("S7"), usb(1), modelInfo("S7", "S7")},
+                       named(0, "", "Inky", "S7"),
+                       {namedHere("Dry"), kGood}}),
                  {"||S7|Inky||0|1", "||S7|Dry||0|1"});
     expectReport("<usbHdd>\n<modelInfo>ABCD</modelInfo>\n<printerInfo>\n<modelInfo>XY</modelInfo>\n"
                  "<printerName>Inky</printerName>\n<modelInfo>Z</modelInfo>\n",
@@ -638,9 +629,9 @@ TEST_F(Printers, shorterSerialKeepsTheLongerOnesTail)
 {
     expectReport(
         printer(tag("modelInfo", "SERIAL") + tag("modelInfo", "ab") + tag("printerName", "Inky")),
-        joined({{usb(0), modelInfo("SERIAL", "SERIAL"), modelInfo("abRIAL", "abRIAL")},
-                named(0, "", "Inky", "abRIAL"),
-                {kGood}}),
+        join({{usb(0), modelInfo("SERIAL", "SERIAL"), modelInfo("abRIAL", "abRIAL")},
+              named(0, "", "Inky", "abRIAL"),
+              {kGood}}),
         {"||abRIAL|Inky||0|1"});
 }
 
@@ -648,9 +639,9 @@ TEST_F(Printers, nextPrinterBeginsWithoutASerial)
 {
     expectReport(printer(tag("modelInfo", "SERIAL")) +
                      printer(tag("modelInfo", "ab") + tag("printerName", "Inky")),
-                 joined({{usb(0), modelInfo("SERIAL", "SERIAL"), usb(1), modelInfo("ab", "ab")},
-                         named(1, "", "Inky", "ab"),
-                         {kGood}}),
+                 join({{usb(0), modelInfo("SERIAL", "SERIAL"), usb(1), modelInfo("ab", "ab")},
+                       named(1, "", "Inky", "ab"),
+                       {kGood}}),
                  {"||SERIAL|||0|1", "||ab|Inky||0|1"});
 }
 
@@ -662,9 +653,9 @@ TEST_F(Printers, usbDiskLeavesThePrintersSerial)
                  {"||S7|||0|1", "||S8|Dry||0|1"});
     expectReport(printer(tag("modelInfo", "S7")) +
                      usbDisk(tag("modelInfo", "S8") + tag("printerName", "Inky")),
-                 joined({{usb(0), modelInfo("S7", "S7"), usb(1), modelInfo("S8", "S7")},
-                         named(0, "", "Inky", "S7"),
-                         {kGood}}),
+                 join({{usb(0), modelInfo("S7", "S7"), usb(1), modelInfo("S8", "S7")},
+                       named(0, "", "Inky", "S7"),
+                       {kGood}}),
                  {"||S7|Inky||0|1", "||S8|||0|1"});
 }
 

@@ -261,8 +261,8 @@ TEST_F(ShareTable, lastRecordMayEndAtTheBuffersLastByte)
 TEST_F(ShareTable, listIsReadUpToItsBuffer)
 {
     // Names of mostly dashes make a long line and short records. "return [" and 26 names of 157
-    // characters with their quotes are 4142 characters; 4095 are read, which cuts the last name that
-    // is seen within its dashes, before its letter.
+    // characters with their quotes are 4142 characters; 4095 are read, which cuts the last name
+    // that is seen within its dashes, before its letter.
     Lines listed;
     Lines recorded;
     for (int i = 0; i < 26; ++i) {

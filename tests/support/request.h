@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// request.h: what tests of the command service do: send a request through the dispatcher, and compare
-// the whole answer and every call.
+// request.h: what tests of the command service do: send a request through the dispatcher, and
+// compare the whole answer and every call.
 #pragma once
 
 #include <cstdint>
@@ -25,8 +25,8 @@ struct Outcome {
 /// test's own can be made from here on.
 void load(std::string_view frame);
 
-/// Has the frame in fin_buf processed under a number. What an exit has left in an open stream counts
-/// as answered.
+/// Has the frame in fin_buf processed under a number. What an exit has left in an open stream
+/// counts as answered.
 [[nodiscard]] Outcome run(int number = 7);
 
 /// Both at once.

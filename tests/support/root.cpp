@@ -166,9 +166,37 @@ std::string firstTrace(const std::string& message)
     return "echo \"" + message + "\" > /tmp/dbg_vokcontrol.txt";
 }
 
+std::string cutTrace(const std::string& message)
+{
+    constexpr std::size_t kLongestMessage = 1999;
+    return trace(message.substr(0, kLongestMessage));
+}
+
+std::string pid()
+{
+    return std::to_string(::getpid());
+}
+
 std::string workFile(const std::string& name)
 {
-    return "/tmp/" + name + std::to_string(::getpid());
+    return "/tmp/" + name + pid();
+}
+
+std::vector<std::string> join(const std::vector<std::vector<std::string>>& lists)
+{
+    std::vector<std::string> all;
+    for (const std::vector<std::string>& list : lists) {
+        all.insert(all.end(), list.begin(), list.end());
+    }
+    return all;
+}
+
+std::string upper(std::string text)
+{
+    std::ranges::transform(text, text.begin(), [](char c) {
+        return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
+    });
+    return text;
 }
 
 Program::Program(const std::vector<std::string>& command, bool isWatched)

@@ -55,6 +55,35 @@ void fillDisk(const std::string& folder);
 /// "/tmp/NAME" and this process's id.
 [[nodiscard]] std::string workFile(const std::string& name);
 
+/// The shell line of a trace whose message may be too long for its buffer.
+[[nodiscard]] std::string cutTrace(const std::string& message);
+
+/// This process's id, in decimal.
+[[nodiscard]] std::string pid();
+
+/// Lists, one behind the other.
+[[nodiscard]] std::vector<std::string> join(const std::vector<std::vector<std::string>>& lists);
+
+/// ASCII letters in upper case.
+[[nodiscard]] std::string upper(std::string text);
+
+/// What the appliance lets nobody and nothing be called.
+inline const std::vector<std::string> kReserved = {
+    ".", "..", "config", "lost+found", "__mediabolic", "__mt-daapd", "__raclient", "__autoupdate"};
+
+/// Texts with characters that mean something to a shell, a list or a format, but leave a line
+/// between single quotes whole.
+inline const std::vector<std::string> kOddTexts = {"\xC3\xA9lise \xE6\x97\xA5\xE6\x9C\xAC",
+                                                   "a \"quoted\" b",
+                                                   "%s%n%d",
+                                                   "$HOME",
+                                                   "a;b",
+                                                   " blanks ",
+                                                   "back\\slash",
+                                                   "tab\there",
+                                                   "cr\r",
+                                                   "\xFF\x80"};
+
 struct Ended {
     int exitCode; ///< 128 and the number where a signal ended it
     std::string output;

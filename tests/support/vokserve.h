@@ -58,4 +58,17 @@ class ServedTest : public UntracedTest {
     std::optional<Program> service_;
 };
 
+/// The same; the service has answered once. Then it is all there, and ends as it should however
+/// short a test is.
+class AnsweringTest : public ServedTest {
+  protected:
+    void SetUp() override
+    {
+        ServedTest::SetUp();
+        for (int tries = 0; tries < 500 && vokctl({"raw", "gubs"}).exitCode != 0; ++tries) {
+            ::usleep(10000);
+        }
+    }
+};
+
 } // namespace root

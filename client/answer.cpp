@@ -360,7 +360,7 @@ std::string hexdump(std::string_view bytes)
             characters += (c >= ' ' && c <= '~') ? c : '.';
         }
         numbers.resize(9 + 3 * kPerLine, ' ');
-        out += numbers + "  |" + characters + "|\n";
+        out.append(numbers).append("  |").append(characters).append("|\n");
     }
     return out;
 }

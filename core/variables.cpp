@@ -153,7 +153,8 @@ int setvar(const char* name, const char* value)
     const VariableLock lock(VariableLock::Mode::kWrite);
     ::unlink(kNewFile);
     File oldFile = openFile(kVariableFile, "r");
-    // A copy that could not be unlinked may be the file itself under its other name: never truncate it.
+    // A copy that could not be unlinked may be the file itself under its other name: it is never
+    // truncated.
     File newFile = oldFile ? openFile(kNewFile, "wx") : nullptr;
     if (!newFile) {
         return -1;

@@ -3,7 +3,7 @@
 // A password file; each of its accounts is read and verified.
 #include <algorithm>
 #include <cerrno>
-#include <iterator>
+#include <span>
 
 #include "fuzz/fuzz.h"
 #include "handlers/nt_password.h"
@@ -13,9 +13,9 @@ namespace {
 
 constexpr const char* kFile = "/tmp/smbpasswd";
 
-template <std::size_t size> bool isTerminated(const char (&text)[size])
+bool isTerminated(std::span<const char> text)
 {
-    return std::ranges::find(text, '\0') != std::end(text);
+    return std::ranges::find(text, '\0') != text.end();
 }
 
 void checkAccount(const SmbPasswdEntry& account)

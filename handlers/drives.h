@@ -8,8 +8,8 @@ extern "C" {
 
 /// Counts the internal drives.
 ///
-/// @return the number, 1 where nothing tells it; a negative number when pelparam could not be run, and
-///         its raw wait status when it failed
+/// @return the number, 1 where nothing tells it; a negative number when pelparam could not be
+///         run, and its raw wait status when it failed
 ///
 /// Runs sudo pelparam -d; uses /tmp/GetTovHDDSPID, and removes that unless pelparam could not be
 /// run. Traces what failed.

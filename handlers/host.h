@@ -15,8 +15,8 @@ extern "C" {
 /// Answers a bare word: 0, or 0xFF000003 for a line without its newline, 0x50000003 and 0x50000004
 /// for a name that is too long, 0x50000006 for another language; nothing is changed then.
 /// 0xFF000004 when the date or the language could not be set, 0x50000005 a name, 0x50000001 the
-/// start page; what has been set by then stays. 0xFF000001 without memory, before anything is set. Whether the time
-/// could be set is only traced.
+/// start page; what has been set by then stays. 0xFF000001 without memory, before anything is set.
+/// Whether the time could be set is only traced.
 ///
 /// Runs the pel script's tovSetUtcSysTime; calls setSysVar with tovSetSysDate, tovSetLanguage,
 /// tovSetHostname, tovSetNmbdSysname and tovSetWorkgroup, and setvar for "language_current" and

@@ -65,6 +65,7 @@ class Converter {
 
     [[nodiscard]] bool isOpen() const
     {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the library's own value for none
         return converter_ != reinterpret_cast<iconv_t>(std::intptr_t{-1});
     }
 

@@ -178,8 +178,10 @@ std::uint32_t tellUserAccess()
     Line line;
     core::formatBounded(line, "%s get \"%s\"", kSwitchProgram, user.data());
     const ExitStatus status = exitStatusOf(core::runShellLine(line.data()).result);
-    if (status == 0 || status == 1) {
-        answerSwitch("user", status == 0);
+    const bool isOn = status == 0;
+    const bool isOff = status == 1;
+    if (isOn || isOff) {
+        answerSwitch("user", isOn);
         return cmdsvc::kGood;
     }
     return (status == 2) ? kRemoteRefused : kRemoteBadRequest;

@@ -20,7 +20,7 @@ namespace {
 
 using cmdsvc::requestLine;
 
-constexpr std::array<const char*, 8> reservedNames = {
+constexpr std::array<const char*, 8> kReservedNames = {
     ".", "..", "config", "lost+found", "__mediabolic", "__mt-daapd", "__raclient", "__autoupdate",
 };
 
@@ -181,7 +181,7 @@ std::uint32_t createPrivateShare(const char* user)
 
 int isNameAllowed(const char* name)
 {
-    const bool isReserved = std::ranges::any_of(handlers::reservedNames, [name](const char* each) {
+    const bool isReserved = std::ranges::any_of(handlers::kReservedNames, [name](const char* each) {
         return core::equalIgnoringCase(name, each);
     });
     return isReserved ? 0 : 1;

@@ -10,7 +10,7 @@
 // longer one is a line of its own.
 #pragma once
 
-#include <stdint.h>
+#include <cstdint>
 
 #pragma GCC visibility push(default)
 extern "C" {
@@ -19,7 +19,7 @@ extern "C" {
 struct SmbPasswdHandle;
 
 /// Account flags.
-enum SmbPasswdFlags : uint8_t {
+enum SmbPasswdFlags : std::uint8_t {
     kSmbUser = 0x01,         ///< U
     kSmbNoPassword = 0x02,   ///< N
     kSmbDisabled = 0x04,     ///< D
@@ -30,12 +30,12 @@ enum SmbPasswdFlags : uint8_t {
 /// An account. Fields are cut to their sizes. A hash of more than 32 characters fills its field to
 /// the last byte, without a terminator, and verifies no password.
 struct SmbPasswdEntry {
-    char name[256]; ///< terminated
-    int32_t uid;    ///< an id beyond its range counts as the next one within
+    char name[256];   ///< terminated
+    std::int32_t uid; ///< an id beyond its range counts as the next one within
     char lmHash[33];
     char ntHash[33];
-    uint8_t flags;
-    uint32_t lastChange; ///< 0xFFFFFFFF for a later time than that
+    std::uint8_t flags;
+    std::uint32_t lastChange; ///< 0xFFFFFFFF for a later time than that
 };
 
 /// Opens a password file.

@@ -26,6 +26,7 @@ template <class Result, class... Parameters> class Function<Result(Parameters...
     const char* name_;
 };
 
+// NOLINTBEGIN(readability-identifier-naming): they are called like the functions that they call
 inline constexpr Function<decltype(::getDriveInfos)> getDriveInfos("getDriveInfos");
 inline constexpr Function<decltype(::getvar)> getvar("getvar");
 inline constexpr Function<decltype(::kytegetSysVar)> kytegetSysVar("kytegetSysVar");
@@ -34,5 +35,6 @@ inline constexpr Function<decltype(::printTovHDDs)> printTovHDDs("printTovHDDs")
 inline constexpr Function<decltype(::setSysVar)> setSysVar("setSysVar");
 inline constexpr Function<decltype(::setvar)> setvar("setvar");
 inline constexpr Function<decltype(::tideWaveFunc)> tideWaveFunc("tideWaveFunc");
+// NOLINTEND(readability-identifier-naming)
 
 } // namespace page::module

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t kRecords = 4;
 
-using Field = char[sizeof DriveInfo::vendor];
+using Field = decltype(DriveInfo::vendor);
 
 // What a format's %.*s takes for a field that may lack its terminator.
 constexpr int kFieldSize = sizeof(Field);

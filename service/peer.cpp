@@ -15,7 +15,7 @@ namespace {
 std::vector<gid_t> groupsOf(int socket)
 {
     std::vector<gid_t> groups(64);
-    socklen_t size = static_cast<socklen_t>(groups.size() * sizeof(gid_t));
+    auto size = static_cast<socklen_t>(groups.size() * sizeof(gid_t));
     if (::getsockopt(socket, SOL_SOCKET, SO_PEERGROUPS, groups.data(), &size) != 0) {
         // Too small, it tells the size that is needed.
         groups.resize(size / sizeof(gid_t));

@@ -23,8 +23,7 @@ constexpr std::string_view kInternal = "<sharelocation>int";
 bool fetchListing(const char* listing)
 {
     char* command = core::commandBuffer.data();
-    core::formatBounded(core::commandBuffer, "%s tovGetShareList %s", core::kShareScript,
-                        listing);
+    core::formatBounded(core::commandBuffer, "%s tovGetShareList %s", core::kShareScript, listing);
     dbg_trace("share_info sys(%s)", command);
     const core::ShellRun run = core::runShellLine(command);
     if (!core::succeeded(run) && !core::reapedElsewhere(run)) {

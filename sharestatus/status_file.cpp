@@ -99,7 +99,7 @@ int Read_Status_file(char* buffer)
                       buffer);
     dbg_trace("Read_Status_file %s - len1 = %x ", kStatusFile, reading.length);
     dbg_trace("Read_Status_file - len = %x ", reading.length);
-    if (!reading.isComplete) {
+    if (!reading.isInBounds) {
         return 0;
     }
     dbg_trace("Read_Status_file - chksum  = %x %x", reading.sum, reading.check);

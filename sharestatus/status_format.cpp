@@ -98,15 +98,16 @@ StatusReading decodeStatus(std::string_view image)
     StatusReading reading{};
     reading.length = core::getU32(lengthWord);
     // Lengths are signed to their readers: from 0x80000000 on they are below 1, too.
-    if (reading.length < kCheckSize || reading.length > kMaxLength ||
-        image.size() < kLengthSize + reading.length) {
+    reading.isInBounds = reading.length >= kCheckSize && reading.length <= kMaxLength;
+    if (!reading.isInBounds) {
         return reading;
     }
     const std::size_t payloadSize = reading.length - kCheckSize;
-    reading.isComplete = true;
-    reading.payload = image.substr(kLengthSize, payloadSize);
+    const std::string_view content = image.substr(std::min(kLengthSize, image.size()));
+    reading.payload = content.substr(0, payloadSize);
     reading.sum = checksum(reading.payload);
-    reading.check = core::byteOf(image[kLengthSize + payloadSize]);
+    reading.isComplete = content.size() > payloadSize;
+    reading.check = reading.isComplete ? core::byteOf(content[payloadSize]) : std::uint8_t{0};
     return reading;
 }
 

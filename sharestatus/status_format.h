@@ -133,11 +133,13 @@ struct StatusImage {
 /// What the start of a status file says. Bytes that the file does not have read as missing, never
 /// as something.
 struct StatusReading {
-    std::uint32_t length;     ///< L as stored; bytes beyond the end count as 0
-    bool isComplete;          ///< L is within its bounds and all its bytes are there
-    std::string_view payload; ///< the fields from here on only when complete
+    std::uint32_t length; ///< L as stored; bytes beyond the end count as 0
+    bool isInBounds;      ///< L is neither too small nor too large
+    std::string_view
+        payload; ///< the fields from here on only within bounds, of the bytes that are there
     std::uint8_t sum;
-    std::uint8_t check;
+    std::uint8_t check; ///< 0 where it is not there
+    bool isComplete;    ///< all bytes are there
 
     [[nodiscard]] bool isGood() const { return isComplete && sum == check; }
 };

@@ -216,9 +216,10 @@ TEST_F(ReadStatus, bytesAreUnsigned)
 TEST_F(ReadStatus, fileCutShortIsNoData)
 {
     expectRead("", 0, "0", "");
-    expectRead("\x0B", 0, "b", "");
-    expectRead(le32(11), 0, "b", "");
-    expectRead(le32(11) + zeros(10), 0, "b", "");
+    expectRead("\x0B", 0, "b", "0 0");
+    expectRead(le32(11), 0, "b", "0 0");
+    expectRead(le32(11) + zeros(10), 0, "b", "0 0");
+    expectRead(le32(11) + "\x03\x02", 0, "b", "5 0");
     expectRead(le32(11) + zeros(11), 10, "b", "0 0");
 }
 

@@ -36,6 +36,12 @@ bool exists(const char* path)
     return ::stat(path, &status) == 0;
 }
 
+bool isEmpty(const char* path)
+{
+    struct stat status = {};
+    return ::stat(path, &status) == 0 && status.st_size == 0;
+}
+
 /// A file's size, traced; or without the file, that there is none.
 std::optional<std::int64_t> traceSize(const char* path)
 {
@@ -116,6 +122,23 @@ std::size_t copyBuild(FILE* file)
     }
 }
 
+// ---- An upload that was killed ----------------------------------------------------------------
+
+/// Undoes an upload that did not come to its end: it has left the former file under its second
+/// name, or an empty one where there was none, and perhaps a part of the new file.
+void undoKilledUpload()
+{
+    if (!exists(kAsideFile)) {
+        return;
+    }
+    if (isEmpty(kAsideFile)) {
+        std::remove(kPrivateFile);
+    } else {
+        std::rename(kAsideFile, kPrivateFile);
+    }
+    std::remove(kAsideFile); // rename leaves two names of one file as they are
+}
+
 // ---- gpvt -------------------------------------------------------------------------------------
 
 /// Sends the next bytes of the private file, zeros for those that it does not give.
@@ -158,11 +181,11 @@ void runMove(const char* from, const char* to)
 void keepFormer()
 {
     if (!exists(kPrivateFile)) {
+        [[maybe_unused]] const core::File none = core::openFile(kAsideFile, "w");
         return;
     }
     dbg_trace("file %s already exists --> temporarily saving it as %s", kPrivateFile, kWorkFile);
     // A second name keeps it here as well, should mv or the way back fail.
-    std::remove(kAsideFile);
     const bool isAside = ::link(kPrivateFile, kAsideFile) == 0;
     runMove(kPrivateFile, kWorkFile);
     if (!exists(kPrivateFile)) {
@@ -179,18 +202,20 @@ void keepFormer()
 void restoreFormer()
 {
     runMove(kWorkFile, kPrivateFile);
-    if (exists(kAsideFile)) {
+    if (!isEmpty(kAsideFile)) {
         std::rename(kAsideFile, kPrivateFile);
-        std::remove(kAsideFile); // two names of one file are left as they are by rename
     }
+    std::remove(kAsideFile);
 }
 
 std::uint32_t dropFormer()
 {
-    std::remove(kAsideFile);
-    if (exists(kWorkFile) && std::remove(kWorkFile) != 0) {
-        dbg_trace("cannot remove file %s: %s", kWorkFile, std::strerror(errno));
-        return cmdsvc::kCannotRemove;
+    // Where the second name stays, the next request undoes this one; so it must not have succeeded.
+    for (const char* path : {kAsideFile, kWorkFile}) {
+        if (exists(path) && std::remove(path) != 0) {
+            dbg_trace("cannot remove file %s: %s", path, std::strerror(errno));
+            return cmdsvc::kCannotRemove;
+        }
     }
     return cmdsvc::kGood;
 }
@@ -309,6 +334,7 @@ void cmd_gpvt(void)
 {
     using namespace handlers;
 
+    undoKilledUpload();
     const std::optional<std::int64_t> size = traceSize(kPrivateFile);
     if (!size) {
         cmdsvc::endWithError(cmdsvc::kNoPrivate);
@@ -329,6 +355,7 @@ void cmd_spvt(void)
 {
     using namespace handlers;
 
+    undoKilledUpload();
     std::int32_t size = 0;
     std::uint32_t code = readSize(size);
     if (code == cmdsvc::kGood) {

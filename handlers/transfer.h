@@ -31,9 +31,10 @@ void cmd_gpvt(void);
 ///
 /// Runs mv: the former file waits in /tmp/vokcontrol.tmp until the new one is whole, and comes back
 /// otherwise. Meanwhile it has a second name beside the private file, with ".old" behind it, from
-/// which it comes back where mv fails or the disk is full. Whenever the process is killed, one of
-/// the three places has the former file or the new one whole. Traces the size, what is written, and
-/// what failed.
+/// which it comes back where mv fails or the disk is full; an empty file there says that there was
+/// none. Whenever the process is killed, the next of these two commands finds that name and undoes
+/// what was begun: no part of a file is ever sent. Traces the size, what is written, and what
+/// failed.
 void cmd_spvt(void);
 
 } // extern "C"

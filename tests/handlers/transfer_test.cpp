@@ -690,11 +690,11 @@ TEST_F(Upload, savedFileOfAnEarlierCrashIsRemoved)
     expectUpload("hello again");
 }
 
-TEST_F(Upload, asideFileOfAnEarlierCrashIsRemoved)
+TEST_F(Upload, asideFileOfAKilledUploadIsRemoved)
 {
-    root::writeFile(kAsideFile, "older");
+    root::writeFile(kAsideFile, "");
     expectUpload("hello");
-    root::writeFile(kAsideFile, "older");
+    root::writeFile(kAsideFile, "former");
     expectUpload("hello again");
 }
 
@@ -1060,14 +1060,15 @@ TEST_F(Upload, formerFileIsBackThoughMvFailsOnTheWayBackAlone)
     }
 }
 
-TEST_F(Upload, failureDoesNotBringBackAnOlderAsideFile)
+TEST_F(Upload, failureBringsBackWhatAKilledUploadHadPutAside)
 {
-    keepFormer();
-    root::writeFile(kAsideFile, "older");
+    root::writeFile(kPrivateFile, "a part");
+    root::writeFile(kAsideFile, kFormer);
     expectFailure(
         request::process(announce(5, "hellox")), 0x60000005,
         concat({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
     EXPECT_EQ(root::readFile(kPrivateFile), kFormer);
+    EXPECT_FALSE(root::exists(kAsideFile));
 }
 
 // ---- spvt: a process that is killed -----------------------------------------------------------
@@ -1080,6 +1081,7 @@ struct Kind {
     std::string request;
     std::string mv = {};
     std::function<void()> around = [] {};
+    bool hasFormer = true;
 };
 
 const std::vector<Kind> kKinds = {
@@ -1134,7 +1136,10 @@ class KilledUpload : public Upload {
         freeDisk();
         fs::remove_all(kSavedFile);
         fs::remove_all(kAsideFile);
-        keepFormer();
+        fs::remove_all(kPrivateFile);
+        if (kind.hasFormer) {
+            keepFormer();
+        }
         if (!kind.mv.empty()) {
             stubMove(kind.mv);
         }
@@ -1166,13 +1171,36 @@ class KilledUpload : public Upload {
         bool isFinished = false;
         while (!isFinished) {
             isFinished = survives(kind, calls);
-            EXPECT_TRUE(isWholeFileThere()) << kind.name << ", killed behind call " << calls << ", "
-                                            << testing::PrintToString(watch::calls());
+            EXPECT_TRUE(isWholeFileThere() || !kind.hasFormer)
+                << kind.name << ", killed behind call " << calls << ", "
+                << testing::PrintToString(watch::calls());
+            expectWholeFileIsSent(kind, calls);
             ++calls;
         }
         // Opening the answer, at least three traces, and writing and closing the answer.
         EXPECT_GE(calls, 6) << kind.name;
         fs::remove("/stubs/mv");
+    }
+
+    /// The next download, once the disk is well again, gives no part of a file.
+    static void expectWholeFileIsSent(const Kind& kind, int calls)
+    {
+        openFolder("/tmp");
+        openFolder(kDisk);
+        freeDisk();
+        const std::string answer = request::process(frame("gpvt", 0)).answer;
+        cmdsvc::closeCurrentFile();
+        const std::string before = kind.hasFormer ? sent(kFormer) : "erro " + le32(0x70000001);
+        EXPECT_TRUE(answer == before || answer == sent(kNew))
+            << kind.name << ", killed behind call " << calls << ": " << answer.substr(0, 60);
+        EXPECT_FALSE(root::exists(kAsideFile));
+    }
+
+    /// What a download answers.
+    static std::string sent(const std::string& content)
+    {
+        return "gprt " + le32(2) + "\n" + le32(static_cast<std::uint32_t>(content.size())) + "\n" +
+               content;
     }
 
     static bool isWholeFileThere()
@@ -1198,6 +1226,11 @@ TEST_F(KilledUpload, formerOrNewFileIsWholeThoughItCannotBePutBack)
     expectWholeFile({"disk stays full", upload(kNew), "", [] {
                          watch::after("echo \"writing buffer ", [] { root::fillDisk(kDisk); });
                      }});
+}
+
+TEST_F(KilledUpload, firstFileIsWholeOrNotThere)
+{
+    expectWholeFile({.name = "first", .request = upload(kNew), .hasFormer = false});
 }
 
 /// Each kind ends as it is meant to: no walk has passed because all its uploads were good.

@@ -44,6 +44,7 @@ inline constexpr std::size_t kHeaderSize = kParametersOffset + 1;
 
 /// The longest share name that a request may hold, in bytes.
 inline constexpr std::size_t kLongestShareName = 64;
+inline constexpr std::size_t kLongestUserName = 32;
 
 inline constexpr std::string_view kErrorTag = "erro ";
 

@@ -18,7 +18,6 @@ namespace {
 
 using cmdsvc::requestLine;
 
-constexpr std::size_t kLongestName = 32;
 constexpr std::size_t kLongestPassword = 32;
 
 // Each step gives back the code that the command ends with, or kGood.
@@ -35,7 +34,7 @@ std::uint32_t readName()
     for (const char c : name) {
         dbg_trace("0x%02X %c", static_cast<unsigned>(core::byteOf(c)), c);
     }
-    return (name.size() > kLongestName) ? cmdsvc::kUserNameTooLong : cmdsvc::kGood;
+    return (name.size() > cmdsvc::kLongestUserName) ? cmdsvc::kUserNameTooLong : cmdsvc::kGood;
 }
 
 std::uint32_t checkName(const char* name)

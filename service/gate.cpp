@@ -77,6 +77,18 @@ std::string_view takeRest(RequestReader& reader)
     return reader.rest();
 }
 
+/// crat: the name again, which has been taken.
+std::string_view lookAtName(RequestReader& reader)
+{
+    return textOf(reader.parameters().substr(0, reader.parameters().find('\n')));
+}
+
+/// spvt: all of it again.
+std::string_view lookAtUpload(RequestReader& reader)
+{
+    return reader.parameters();
+}
+
 // ---- What it may hold -------------------------------------------------------------------------
 
 using Check = bool (*)(std::string_view parameter);
@@ -116,6 +128,45 @@ bool isEscapedName(std::string_view name)
     return isHarmless(kept, Place::kName);
 }
 
+/// A user's name of this byte would end every list of users at its place.
+bool isUserName(std::string_view name)
+{
+    return isHarmless(name, Place::kName) && name.find('\xFF') == std::string_view::npos;
+}
+
+/// The handler traces each byte with a shell line of its own before it looks at the size.
+bool isOfUserNameSize(std::string_view name)
+{
+    return name.size() <= cmdsvc::kLongestUserName;
+}
+
+/// Where an upload's content starts; its size stands before it.
+constexpr std::size_t kContentStart = cmdsvc::kWordSize + 1;
+
+/// The size that an upload says; 0 for one that the handler refuses before it touches any file.
+std::int32_t sizeOfUpload(std::string_view upload)
+{
+    if (upload.size() < kContentStart || upload[cmdsvc::kWordSize] != '\n') {
+        return 0;
+    }
+    return static_cast<std::int32_t>(core::getU32(std::span(upload).first<cmdsvc::kWordSize>()));
+}
+
+// Where there was no private file before, the handler leaves what came of one that is not whole.
+
+bool hasItsContent(std::string_view upload)
+{
+    const std::int32_t size = sizeOfUpload(upload);
+    return size == 0 ||
+           (size > 0 && static_cast<std::size_t>(size) <= upload.size() - kContentStart);
+}
+
+bool hasItsEndMark(std::string_view upload)
+{
+    const auto size = static_cast<std::size_t>(sizeOfUpload(upload));
+    return size == 0 || upload.substr(kContentStart + size).starts_with('\n');
+}
+
 // ---- Answers to malformed parameters ----------------------------------------------------------
 
 enum class Shape { kWord, kError, kStatus };
@@ -148,6 +199,7 @@ struct Parameter {
     std::string_view name;
     Take take;
     Check check;
+    std::uint32_t code = 0; ///< of the answer, where it is not the row's
 };
 
 constexpr std::size_t kMostParameters = 5;
@@ -170,7 +222,8 @@ constexpr Check kClock = fits<Place::kClock>;
 /// Every command that takes parameters.
 constexpr auto kTable = std::to_array<Row>({
     {"crat", Shape::kWord, cmdsvc::kMalformed, {{
-        {"user", takeLine<kLine>, kName},
+        {"user", takeLine<kLine>, isUserName},
+        {"user", lookAtName, isOfUserNameSize, cmdsvc::kUserNameTooLong},
         {"password", takeLine<kLine>, kInSingleQuotes}}}},
     {"getv", Shape::kError, cmdsvc::kRemoteFailed, {{
         {"key", takeRest, kNowhere}}}},
@@ -191,7 +244,9 @@ constexpr auto kTable = std::to_array<Row>({
         {"share", takeLine<kLine>, kName}}}},
     {"spvt", Shape::kWord, cmdsvc::kMalformed, {{
         {"size", takeSize, isSize},
-        {"content", takeRest, isFileContent}}}},
+        {"content", takeRest, isFileContent},
+        {"content", lookAtUpload, hasItsContent, cmdsvc::kTooLittleSent},
+        {"end mark", lookAtUpload, hasItsEndMark, cmdsvc::kNoEndMark}}}},
     {"sub1", Shape::kWord, cmdsvc::kMalformed, {{
         {"state", takeByte, kNowhere},
         {"byte behind it", takeByte, kNowhere},
@@ -228,7 +283,8 @@ std::optional<Refusal> examine(std::string_view request)
     }
     for (const Parameter& parameter : row->parameters) {
         if (parameter.take != nullptr && !parameter.check(parameter.take(reader))) {
-            return Refusal{parameter.name, answerOf(row->shape, row->command, row->code)};
+            const std::uint32_t code = (parameter.code != 0) ? parameter.code : row->code;
+            return Refusal{parameter.name, answerOf(row->shape, row->command, code)};
         }
     }
     return std::nullopt;

@@ -11,6 +11,12 @@ RequestReader::RequestReader(std::string_view request)
     // One byte less than the buffer, so that the handlers' copy always ends in a zero.
     const std::string_view line = takeLine(buffer_.size() - 1);
     line.copy(line_.data(), line_.size());
+    firstLineSize_ = line.size();
+}
+
+std::string_view RequestReader::parameters() const
+{
+    return std::string_view(buffer_.data(), buffer_.size()).substr(firstLineSize_);
 }
 
 std::string_view RequestReader::takeLine(std::size_t size)

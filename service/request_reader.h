@@ -22,6 +22,9 @@ class RequestReader {
     /// The request's first line, zeros behind it, with nothing left out.
     [[nodiscard]] const std::array<char, VOK_REQUEST_SIZE>& firstLine() const { return line_; }
 
+    /// What follows the first line, taken or not.
+    [[nodiscard]] std::string_view parameters() const;
+
     /// The next bytes up to a newline, which they include; at most size - 1 of them, as fgets takes
     /// them. Empty at the end.
     [[nodiscard]] std::string_view takeLine(std::size_t size);
@@ -36,6 +39,7 @@ class RequestReader {
     std::array<char, VOK_REQUEST_SIZE> buffer_ = {};
     std::array<char, VOK_REQUEST_SIZE> line_ = {};
     std::size_t position_ = 0;
+    std::size_t firstLineSize_ = 0;
 };
 
 /// A text as C functions see it: up to its first zero byte.

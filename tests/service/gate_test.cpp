@@ -42,6 +42,7 @@ enum class Place {
     kQuotedLine, ///< between double quotes, a newline behind it
     kSingleQuotes,
     kName,
+    kUserName,    ///< a name that is to be a new user's
     kEscapedName, ///< a name whose backslashes are dropped first
     kWord,
     kClock
@@ -69,7 +70,7 @@ const std::vector<Parameter>& parameters()
         return [=](const std::string& text) { return frame(code, count, before + text + behind); };
     };
     static const std::vector<Parameter> all = {
-        {"crat", "user", Place::kName, le32(0xFF000003), lines("crat", 2, "", "\nword\n")},
+        {"crat", "user", Place::kUserName, le32(0xFF000003), lines("crat", 2, "", "\nword\n")},
         {"crat", "password", Place::kSingleQuotes, le32(0xFF000003),
          lines("crat", 2, "anna\n", "\n")},
         {"gsp1", "share", Place::kDoubleQuotes, le32(0xC1000003), lines("gsp1", 1, "", "\n")},
@@ -164,6 +165,8 @@ bool isPlainIn(Place place, char c)
         return byte >= ' ' && c != '\x7F' && !isOneOf("'\"\\`");
     case Place::kEscapedName:
         return c == '\\' || isPlainIn(Place::kName, c);
+    case Place::kUserName:
+        return byte != 0xFF && isPlainIn(Place::kName, c);
     case Place::kName:
         return isAlphanumeric || byte >= 0x80 || isOneOf(" .,_-+@%=:");
     case Place::kWord:
@@ -231,6 +234,9 @@ TEST(Gate, everyWayOutOfAWordIsRefused)
         case Place::kWord:
             add(outOfWords);
             [[fallthrough]];
+        case Place::kUserName:
+            ways.emplace_back("\xFF");
+            [[fallthrough]];
         case Place::kName:
             ways.emplace_back("\\");
             [[fallthrough]];
@@ -241,7 +247,8 @@ TEST(Gate, everyWayOutOfAWordIsRefused)
         }
         for (const std::string& way : ways) {
             const bool isFolder = way == "." || way == "..";
-            if (!isFolder || parameter.place == Place::kName) {
+            if (!isFolder || parameter.place == Place::kName ||
+                parameter.place == Place::kUserName) {
                 expectRefused(parameter, way);
             }
         }
@@ -402,10 +409,41 @@ TEST(Gate, privateFileIsJudgedAsFarAsItIsText)
     EXPECT_FALSE(passes(frame("spvt", 2, le32(1) + "\nx\n`id`\n"))) << "whatever size is said";
 }
 
+TEST(Gate, privateFileHasToBeWhole)
+{
+    const auto answer = [](std::uint32_t size, const std::string& rest) {
+        const auto refusal = examine(frame("spvt", 2, le32(size) + "\n" + rest));
+        return refusal ? refusal->answer : "";
+    };
+    EXPECT_EQ(answer(5, "whole\n"), "");
+    EXPECT_EQ(answer(5, "whole\nand more"), "");
+    EXPECT_EQ(answer(0, "\n"), "") << "the handler says that this is nothing";
+    for (const std::string rest : {"", "whol\n", "whole", "whole and more", "\n"}) {
+        EXPECT_EQ(answer(5, rest), le32(0x60000005)) << rest;
+    }
+    for (const std::uint32_t size : {4082U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        EXPECT_EQ(answer(size, "whole\n"), le32(0x60000004)) << size;
+    }
+    EXPECT_EQ(answer(4080, std::string(4080, 'x') + "\n"), "");
+    EXPECT_EQ(answer(4081, std::string(4081, 'x')), le32(0x60000005)) << "no room for its end";
+}
+
+TEST(Gate, newUsersNameIsNotLongerThanTheHandlerTakes)
+{
+    EXPECT_TRUE(passes(frame("crat", 2, std::string(32, 'a') + "\nword\n")));
+    for (const std::size_t size : {33U, 255U, 4000U}) {
+        const auto refusal = examine(frame("crat", 2, std::string(size, 'a') + "\nword\n"));
+        ASSERT_TRUE(refusal);
+        EXPECT_EQ(refusal->parameter, "user");
+        EXPECT_EQ(refusal->answer, le32(0x10000002));
+    }
+}
+
 TEST(Gate, sizeOfAPrivateFileIsHarmlessAsTextOrSmall)
 {
     const auto withSize = [](std::uint32_t size) {
-        return passes(frame("spvt", 2, le32(size) + "\nx\n"));
+        const auto refusal = examine(frame("spvt", 2, le32(size) + "\nx\n"));
+        return !refusal || refusal->answer != le32(0xFF000003);
     };
     for (std::uint32_t size = 0; size < 4096; ++size) {
         const bool endsItsLine = (size & 0xFFU) == '\n' || (size >> 8U) == '\n';

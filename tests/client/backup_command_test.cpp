@@ -3,7 +3,6 @@
 // "vokctl backup" as people and scripts call it.
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "tests/support/scripted_service.h"
 #include "tests/support/vokserve.h"

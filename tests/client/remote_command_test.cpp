@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // "vokctl remote" as people and scripts call it.
-#include <array>
 #include <filesystem>
 #include <gtest/gtest.h>
 

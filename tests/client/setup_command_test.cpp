@@ -2,7 +2,6 @@
 //
 // "vokctl setup" as people and scripts call it.
 #include <array>
-#include <filesystem>
 #include <gtest/gtest.h>
 
 #include "tests/support/scripted_service.h"

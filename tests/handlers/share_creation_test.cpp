@@ -1,20 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "handlers/share_creation.h"
 
-#include <algorithm>
 #include <array>
-#include <cctype>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "cmdsvc/channel.h"
 #include "tests/support/copies.h"
+#include "tests/support/creation.h"
 #include "tests/support/request.h"
 #include "tests/support/root.h"
 
@@ -23,10 +20,11 @@ namespace fs = std::filesystem;
 namespace {
 
 using Lines = std::vector<std::string>;
-using request::exitTrace;
+using creation::asked;
+using creation::stubScripts;
+using creation::userFetch;
 using request::frame;
 using request::opening;
-using request::Outcome;
 using root::copiesLeft;
 using root::cutTrace;
 using root::join;
@@ -37,7 +35,6 @@ using root::pid;
 using root::trace;
 using root::upper;
 
-const std::string kWorkFile = "/tmp/vokcontrol.tmp";
 const std::string kShareScript = "sudo /usr/bin/php /etc/inc/api_share.php ";
 const std::string kUserScript = "sudo /usr/bin/php /etc/inc/api_user.php ";
 const std::string kFetchListing = kShareScript + "tovGetShareList ";
@@ -58,33 +55,6 @@ const std::vector<std::size_t> kSizes = {0, 1, 10, 31, 32, 33, 63, 64, 65, 4000}
 std::string cutLine(const std::string& line)
 {
     return line.substr(0, 2047);
-}
-
-/// The appliance's scripts: they list these shares and users, and write down what they are to make.
-/// @param special  rows of a shell's "case" by function, before the common ones
-void stubScripts(const Lines& shares, const Lines& users, const std::string& special = "")
-{
-    std::string listing;
-    for (const std::string& share : shares) {
-        listing += root::shareBlock(share);
-    }
-    root::writeFile("/stubs/listing", listing);
-    std::string answer;
-    for (const std::string& user : users) {
-        answer += "  <username>" + user + "</username>\n";
-    }
-    root::writeFile("/stubs/users", answer);
-    root::stub("php", "case $2 in\n" + special + R"(
-tovGetShareList) cat /stubs/listing >"$3" ;;
-tovGetUsers) cat /stubs/users >"$3" ;;
-*) shift; printf '<%s>' "$@" >>/stubs/asked ;;
-esac)");
-}
-
-/// What the share script has been asked to make.
-std::string asked()
-{
-    return root::readFile("/stubs/asked");
 }
 
 std::string askedFor(const std::string& share, const std::string& property)
@@ -134,14 +104,6 @@ Lines shareLookup(const Lines& shares, const std::string& name, int result)
                   trace("isShareNameExisted() share return:" + upper(fragment) +
                         " -- shareName:\"" + upper(name) + "\""),
                   trace("isShareNameExisted() return: " + std::to_string(result))}});
-}
-
-/// The two shell lines that fetch the users.
-Lines userFetch()
-{
-    const std::string answer = "isUserExisted" + pid() + pid();
-    return {kUserScript + "tovGetUsers " + answer,
-            "cat " + answer + " | grep username >  " + answer + "2"};
 }
 
 /// The calls that look a user up.
@@ -378,61 +340,20 @@ TEST_F(ShareScript, singleQuotesAreTheShells)
 
 // ---- Requests ---------------------------------------------------------------------------------
 
-class Creation : public root::Test {
+class Creation : public creation::Test {
   protected:
-    void SetUp() override
-    {
-        root::Test::SetUp();
-        fs::create_directory("/tmp/work");
-        ASSERT_EQ(::chdir("/tmp/work"), 0);
-        stubScripts({}, {"anna"});
-    }
-
-    void TearDown() override
-    {
-        copiesLeft = -1;
-        cmdsvc::closeCurrentFile();
-        ASSERT_EQ(::chdir("/"), 0);
-        root::Test::TearDown();
-    }
-
     /// Loads a request, while a file of a request before is still open in the slot.
     void load(const std::string& request)
     {
-        for (const std::string& path : leftBehind()) {
-            fs::remove_all(path);
-        }
-        fs::remove("/stubs/asked");
-        request::load(request);
+        creation::Test::load(request);
         request_ = request;
-        copiesLeft = -1;
-        root::writeFile(kWorkFile, "work");
-        ASSERT_NE(cmdsvc::openCurrentFile(kWorkFile.c_str()), nullptr);
     }
 
     /// Has the request processed, and compares all that it leaves.
     /// @param left  files besides those that any request leaves
-    void expectEnd(std::uint32_t code, const Lines& calls, Lines left = {})
+    void expectEnd(std::uint32_t code, const Lines& calls, const Lines& left = {})
     {
-        const Outcome outcome = request::run();
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, le32(code));
-        const bool isGood = code == kGood;
-        EXPECT_EQ(outcome.calls,
-                  join({beginning(), calls, isGood ? Lines{} : Lines{exitTrace(code)}}));
-        EXPECT_EQ(cmdsvc::currentFile() != nullptr, isGood) << "an exit closes the slot";
-        EXPECT_EQ(root::exists(kWorkFile), isGood) << "an exit removes the work file";
-        EXPECT_EQ(fout_buf, nullptr);
-        std::ranges::sort(left);
-        EXPECT_EQ(leftBehind(), left);
-        cmdsvc::closeCurrentFile();
-    }
-
-    /// What the request's handler has not read.
-    static std::string unread()
-    {
-        std::array<char, 4096> bytes{};
-        return {bytes.data(), std::fread(bytes.data(), 1, bytes.size(), cmdsvc::requestStream())};
+        creation::Test::expectEnd(code, join({beginning(), calls}), left);
     }
 
   private:
@@ -451,22 +372,6 @@ class Creation : public root::Test {
             calls.push_back(trace(text.data()));
         }
         return calls;
-    }
-
-    static Lines leftBehind()
-    {
-        Lines paths;
-        for (const char* folder : {"/tmp", "/tmp/work"}) {
-            for (const std::string& name : root::list(folder)) {
-                paths.push_back(std::string(folder) + "/" + name);
-            }
-        }
-        std::erase_if(paths, [](const std::string& path) {
-            return path == "/tmp/work" || path == kWorkFile || path == root::kTraceFile ||
-                   path == "/tmp/outbuf7";
-        });
-        std::ranges::sort(paths);
-        return paths;
     }
 };
 

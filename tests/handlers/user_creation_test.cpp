@@ -1,20 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "handlers/user_creation.h"
 
-#include <algorithm>
 #include <array>
-#include <cctype>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "cmdsvc/channel.h"
 #include "tests/support/copies.h"
+#include "tests/support/creation.h"
 #include "tests/support/request.h"
 #include "tests/support/root.h"
 
@@ -23,10 +20,11 @@ namespace fs = std::filesystem;
 namespace {
 
 using Lines = std::vector<std::string>;
-using request::exitTrace;
+using creation::asked;
+using creation::stubScripts;
+using creation::userFetch;
 using request::frame;
 using request::opening;
-using request::Outcome;
 using root::copiesLeft;
 using root::cutTrace;
 using root::join;
@@ -37,7 +35,6 @@ using root::pid;
 using root::trace;
 using root::upper;
 
-const std::string kWorkFile = "/tmp/vokcontrol.tmp";
 const std::string kUserScript = "sudo /usr/bin/php /etc/inc/api_user.php ";
 const std::string kAdd = kUserScript + "tovAddUser ";
 
@@ -51,27 +48,6 @@ constexpr std::uint32_t kMalformed = 0xFF000003;
 constexpr std::uint32_t kFailed = 0xFF000004;
 
 const std::vector<std::size_t> kSizes = {0, 1, 10, 31, 32, 33, 63, 64, 65, 4000};
-
-/// The appliance's user script: it lists these users, and writes down whom it is to add.
-/// @param special  rows of a shell's "case" by function, before the common ones
-void stubScript(const Lines& users, const std::string& special = "")
-{
-    std::string answer;
-    for (const std::string& user : users) {
-        answer += "  <username>" + user + "</username>\n";
-    }
-    root::writeFile("/stubs/users", answer);
-    root::stub("php", "case $2 in\n" + special + R"(
-tovGetUsers) cat /stubs/users >"$3" ;;
-*) shift; printf '<%s>' "$@" >>/stubs/asked ;;
-esac)");
-}
-
-/// What the user script has been asked to do.
-std::string asked()
-{
-    return root::readFile("/stubs/asked");
-}
 
 std::string askedFor(const std::string& name, const std::string& password)
 {
@@ -99,14 +75,6 @@ std::string listOf(const Lines& users)
         line += ", \"" + user + "\"";
     }
     return line + "];";
-}
-
-/// The two shell lines that fetch the users.
-Lines userFetch()
-{
-    const std::string answer = "isUserExisted" + pid() + pid();
-    return {kUserScript + "tovGetUsers " + answer,
-            "cat " + answer + " | grep username >  " + answer + "2"};
 }
 
 /// The same and the size of the list that is made of them.
@@ -143,37 +111,8 @@ Lines adding(const std::string& name, const std::string& password, int result = 
 
 // ---- Requests ---------------------------------------------------------------------------------
 
-class NewUser : public root::Test {
+class NewUser : public creation::Test {
   protected:
-    void SetUp() override
-    {
-        root::Test::SetUp();
-        fs::create_directory("/tmp/work");
-        ASSERT_EQ(::chdir("/tmp/work"), 0);
-        stubScript({"anna"});
-    }
-
-    void TearDown() override
-    {
-        copiesLeft = -1;
-        cmdsvc::closeCurrentFile();
-        ASSERT_EQ(::chdir("/"), 0);
-        root::Test::TearDown();
-    }
-
-    /// Loads a request, while a file of a request before is still open in the slot.
-    static void load(const std::string& request)
-    {
-        for (const std::string& path : leftBehind()) {
-            fs::remove_all(path);
-        }
-        fs::remove("/stubs/asked");
-        request::load(request);
-        copiesLeft = -1;
-        root::writeFile(kWorkFile, "work");
-        ASSERT_NE(cmdsvc::openCurrentFile(kWorkFile.c_str()), nullptr);
-    }
-
     static void ask(const std::string& name, const std::string& password)
     {
         load(frame("crat", 2, name + "\n" + password + "\n"));
@@ -181,20 +120,9 @@ class NewUser : public root::Test {
 
     /// Has the request processed, and compares all that it leaves.
     /// @param left  files besides those that any request leaves
-    static void expectEnd(std::uint32_t code, const Lines& calls, Lines left = {})
+    static void expectEnd(std::uint32_t code, const Lines& calls, const Lines& left = {})
     {
-        const Outcome outcome = request::run();
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, le32(code));
-        const bool isGood = code == kGood;
-        EXPECT_EQ(outcome.calls,
-                  join({opening("crat", 2), calls, isGood ? Lines{} : Lines{exitTrace(code)}}));
-        EXPECT_EQ(cmdsvc::currentFile() != nullptr, isGood) << "an exit closes the slot";
-        EXPECT_EQ(root::exists(kWorkFile), isGood) << "an exit removes the work file";
-        EXPECT_EQ(fout_buf, nullptr);
-        std::ranges::sort(left);
-        EXPECT_EQ(leftBehind(), left);
-        cmdsvc::closeCurrentFile();
+        creation::Test::expectEnd(code, opening("crat", 2, calls), left);
     }
 
     static void expectAdded(const std::string& name, const std::string& password,
@@ -214,30 +142,6 @@ class NewUser : public root::Test {
     static Lines free(const std::string& name, const Lines& users = {"anna"})
     {
         return join({named(name), userLookup(users, name, 0)});
-    }
-
-    /// What the request's handler has not read.
-    static std::string unread()
-    {
-        std::array<char, 4096> bytes{};
-        return {bytes.data(), std::fread(bytes.data(), 1, bytes.size(), cmdsvc::requestStream())};
-    }
-
-  private:
-    static Lines leftBehind()
-    {
-        Lines paths;
-        for (const char* folder : {"/tmp", "/tmp/work"}) {
-            for (const std::string& name : root::list(folder)) {
-                paths.push_back(std::string(folder) + "/" + name);
-            }
-        }
-        std::erase_if(paths, [](const std::string& path) {
-            return path == "/tmp/work" || path == kWorkFile || path == root::kTraceFile ||
-                   path == "/tmp/outbuf7";
-        });
-        std::ranges::sort(paths);
-        return paths;
     }
 };
 
@@ -319,7 +223,7 @@ TEST_F(NewUser, charactersOfANameAreBytes)
 
 TEST_F(NewUser, emptyNameIsLookedUpAsAnyOther)
 {
-    stubScript({""});
+    stubScripts({}, {""});
     ask("", "secret");
     expectRefused(kTaken, join({named(""), userLookup({""}, "", 1)}));
 }
@@ -367,7 +271,7 @@ TEST_F(NewUser, namesThatAreOnlyLikeATakenOneAreFree)
 TEST_F(NewUser, nameThatIsTooLongAndTakenIsTooLong)
 {
     const std::string name(33, 'n');
-    stubScript({name});
+    stubScripts({}, {name});
     ask(name, "secret");
     expectRefused(kNameTooLong, named(name));
 }
@@ -488,7 +392,7 @@ TEST_F(NewUser, scriptThatKnowsNobodyHasEveryNameFree)
 {
     for (const std::string action : {"exit 3", ": >\"$3\"", "mkdir \"$3\"", "mkdir \"$3\"2",
                                      "echo >\"$3\"; chmod 000 \"$3\""}) {
-        stubScript({"anna"}, "tovGetUsers) " + action + " ;;");
+        stubScripts({}, {"anna"}, "tovGetUsers) " + action + " ;;");
         ask("anna", "secret");
         expectAdded("anna", "secret", {});
     }
@@ -585,7 +489,8 @@ TEST_F(NewUser, scriptThatFailsIsTraced)
                                            {"", -1, EAGAIN},     {"", -1, ECHILD},
                                            {"", -1, 0},          {"", 9, 0}};
     for (const Failure& failure : failures) {
-        stubScript({"anna"}, failure.script.empty() ? "" : "tovAddUser) " + failure.script + " ;;");
+        stubScripts({}, {"anna"},
+                    failure.script.empty() ? "" : "tovAddUser) " + failure.script + " ;;");
         ask("bob", "secret");
         if (failure.script.empty()) {
             watch::answer(kAdd, failure.result, failure.error);

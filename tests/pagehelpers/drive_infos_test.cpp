@@ -5,7 +5,6 @@
 #include <csignal>
 #include <cstddef>
 #include <cstring>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>

@@ -77,16 +77,20 @@ std::string_view takeRest(RequestReader& reader)
     return reader.rest();
 }
 
-/// crat: the name again, which has been taken.
-std::string_view lookAtName(RequestReader& reader)
+/// crat and spvt: what has been taken, all of it again. With another count than 2 no handler sees
+/// it, and the dispatcher answers.
+std::string_view lookAtParameters(RequestReader& reader)
 {
-    return textOf(reader.parameters().substr(0, reader.parameters().find('\n')));
+    constexpr char kCount = 2;
+    const bool isCounted = reader.firstLine()[cmdsvc::kCountOffset] == kCount;
+    return isCounted ? reader.parameters() : std::string_view();
 }
 
-/// spvt: all of it again.
-std::string_view lookAtUpload(RequestReader& reader)
+/// crat: the name again.
+std::string_view lookAtName(RequestReader& reader)
 {
-    return reader.parameters();
+    const std::string_view parameters = lookAtParameters(reader);
+    return textOf(parameters.substr(0, parameters.find('\n')));
 }
 
 // ---- What it may hold -------------------------------------------------------------------------
@@ -245,8 +249,8 @@ constexpr auto kTable = std::to_array<Row>({
     {"spvt", Shape::kWord, cmdsvc::kMalformed, {{
         {"size", takeSize, isSize},
         {"content", takeRest, isFileContent},
-        {"content", lookAtUpload, hasItsContent, cmdsvc::kTooLittleSent},
-        {"end mark", lookAtUpload, hasItsEndMark, cmdsvc::kNoEndMark}}}},
+        {"content", lookAtParameters, hasItsContent, cmdsvc::kTooLittleSent},
+        {"end mark", lookAtParameters, hasItsEndMark, cmdsvc::kNoEndMark}}}},
     {"sub1", Shape::kWord, cmdsvc::kMalformed, {{
         {"state", takeByte, kNowhere},
         {"byte behind it", takeByte, kNowhere},

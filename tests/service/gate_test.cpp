@@ -428,6 +428,17 @@ TEST(Gate, privateFileHasToBeWhole)
     EXPECT_EQ(answer(4081, std::string(4081, 'x')), le32(0x60000005)) << "no room for its end";
 }
 
+TEST(Gate, wrongCountIsTheDispatchersToAnswer)
+{
+    for (const std::uint32_t count : {0U, 1U, 3U, 10U}) {
+        EXPECT_TRUE(passes(frame("spvt", count, le32(5) + "\nwhol\n"))) << count;
+        EXPECT_TRUE(passes(frame("spvt", count, le32(0xFFFFFFFF) + "\nx\n"))) << count;
+        EXPECT_TRUE(passes(frame("crat", count, std::string(33, 'a') + "\nword\n"))) << count;
+    }
+    EXPECT_FALSE(passes(frame("crat", 0x102, std::string(33, 'a') + "\nword\n")))
+        << "only the count's low byte counts";
+}
+
 TEST(Gate, newUsersNameIsNotLongerThanTheHandlerTakes)
 {
     EXPECT_TRUE(passes(frame("crat", 2, std::string(32, 'a') + "\nword\n")));

@@ -39,7 +39,9 @@ Outcome run(int number)
     if (fout_buf != nullptr) {
         std::fflush(fout_buf);
     }
-    return {result, root::readFile("/tmp/outbuf" + std::to_string(number)), watch::calls()};
+    const std::string path = "/tmp/outbuf" + std::to_string(number);
+    EXPECT_TRUE(root::exists(path)) << "an answer of nothing is an empty file";
+    return {result, root::readFile(path), watch::calls()};
 }
 
 Outcome process(std::string_view frame, int number)

@@ -193,7 +193,8 @@ void init_cmd_buffer(CommandUsage* table);
  *
  *   table     may be null: then nothing is counted
  *   lastSave  when the file was last written, in seconds since the epoch; kept up to date. Start
- *             with 0.
+ *             with 0: then the file is written at once. A time in the future waits until the clock
+ *             is 300 seconds past it. From 2038 to 2106 the seconds show as negative numbers.
  *   code      the first four bytes of the request as a little-endian word
  *   writes    /etc/pelconfig/vokcontrol/vokcontrol_cmd_used, in place. Where that fails, the next
  *             count tries again.

@@ -257,8 +257,9 @@ int getInternalHDDIndex(int32_t indices[2]);
 int getDriveInfos(DriveInfo records[4]);
 
 /*
- * Prints the script function tov_hdds(), which returns the number of internal drives: 1 where nothing
- * tells it.
+ * Prints the script function tov_hdds(), which returns the number of internal drives: 1 where
+ * pelparam cannot be run or leaves an empty file, 0 where its first line holds no number or is only
+ * a newline. Of a larger number than 32 bits hold, the low 32 count, as a signed number.
  *
  *   result  what system() gave back for pelparam
  *   runs    sudo pelparam -d > /tmp/printTovHDDsPID, then sudo rm -f on that

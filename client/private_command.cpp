@@ -71,6 +71,15 @@ void get(const Options& options)
 
 // ---- put --------------------------------------------------------------------------------------
 
+constexpr std::size_t kLargest = 4070;
+
+[[noreturn]] void refuse(std::uintmax_t size)
+{
+    throw Failure(kWrongUsage, "a private file has 1 to " + std::to_string(kLargest) +
+                                   " bytes; this one has " + std::to_string(size));
+}
+
+/// Reads a file, unless it is too large to be sent: it may be larger than memory.
 std::string readFile(const std::string& path)
 {
     if (path == kStandardStream) {
@@ -78,6 +87,10 @@ std::string readFile(const std::string& path)
     }
     // A folder opens, too, and only fails when it is read.
     std::ifstream in(path, std::ios::binary);
+    if (in && std::filesystem::is_regular_file(path) &&
+        std::filesystem::file_size(path) > kLargest) {
+        refuse(std::filesystem::file_size(path));
+    }
     std::string content;
     if (in && !std::filesystem::is_directory(path)) {
         content.assign(std::istreambuf_iterator<char>(in), {});
@@ -92,11 +105,9 @@ std::string readFile(const std::string& path)
 
 void put(const Options& options)
 {
-    constexpr std::size_t kLargest = 4070;
     const std::string content = readFile(options.path);
     if (content.empty() || content.size() > kLargest) {
-        throw Failure(kWrongUsage, "a private file has 1 to " + std::to_string(kLargest) +
-                                       " bytes; this one has " + std::to_string(content.size()));
+        refuse(content.size());
     }
     const std::string size = wordOf(static_cast<std::uint32_t>(content.size()));
     if (size.find('\n') != std::string::npos) {

@@ -73,6 +73,10 @@ std::string remoteLine(const std::string& text)
 
 // ---- status -----------------------------------------------------------------------------------
 
+/// Remote access as requests and answers carry it.
+constexpr std::string_view kOff("\0\n", 2);
+constexpr std::string_view kOn("\1\n", 2);
+
 bool isOn(const Options& options)
 {
     const std::string entity = options.user.empty() ? "system" : "user";
@@ -82,10 +86,10 @@ bool isOn(const Options& options)
         request.parameters += remoteLine(options.user);
     }
     const std::string flag = askForBytes(options.connection, request, "wags " + entity + "\n");
-    if (flag.size() != 2 || flag[0] > 1 || flag[0] < 0 || flag[1] != '\n') {
+    if (flag != kOff && flag != kOn) {
         failOnBytes(request);
     }
-    return flag[0] == 1;
+    return flag == kOn;
 }
 
 void showStatus(const Options& options)
@@ -118,7 +122,7 @@ void registerUser(const Options& options)
 
 void switchAccess(const Options& options, bool isWanted)
 {
-    const std::string flag = isWanted ? std::string("\1\n", 2) : std::string("\0\n", 2);
+    const std::string flag(isWanted ? kOn : kOff);
     askAndCheck(options.connection, {"wasu", 4, registrationLines(options) + flag});
     std::cerr << "vokctl: the user's remote access is " << (isWanted ? "on" : "off") << " now\n";
 }

@@ -9,6 +9,12 @@ set(CMAKE_CXX_FLAGS_RELEASE "-Os -DNDEBUG")
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 
+# Times and sizes of files have 64 bits on every machine: clocks run on after 2038, and shares hold files
+# of more than 2 GiB.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
+
 if(VOKCONTROL_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
                       -fno-omit-frame-pointer)

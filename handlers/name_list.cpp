@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <span>
 #include <sys/stat.h>
 
@@ -50,7 +52,16 @@ int finishSearch(const char* path, int found, const NameSearch& search)
     return found;
 }
 
-int searchFile(const char* path, std::size_t size, const char* needle, const NameSearch& search)
+/// How much memory a list needs: itself and some more. Where a size_t cannot count that, the most
+/// that it can count, which no memory has.
+std::size_t roomFor(std::uint64_t size)
+{
+    constexpr std::uint64_t kSpare = 50;
+    constexpr std::uint64_t kMost = std::numeric_limits<std::size_t>::max();
+    return static_cast<std::size_t>(std::min(size + kSpare, kMost));
+}
+
+int searchFile(const char* path, std::uint64_t size, const char* needle, const NameSearch& search)
 {
     dbg_trace("file %s size = %d bytes", path, static_cast<int>(size));
     core::File list = core::openFile(path, "r");
@@ -58,14 +69,15 @@ int searchFile(const char* path, std::size_t size, const char* needle, const Nam
         dbg_trace("%s() cannot open file %s: %s", search.operation, path, std::strerror(errno));
         return -1;
     }
-    constexpr std::size_t kSpare = 50;
-    const core::Text line(static_cast<char*>(std::calloc(1, size + kSpare)));
+    const std::size_t room = roomFor(size);
+    const core::Text line(static_cast<char*>(std::calloc(1, room)));
     if (!line) {
         dbg_trace("%s() () failed  memory allocation %s", search.operation, std::strerror(errno));
         std::remove(path);
         return -1;
     }
-    const int found = searchLine(list.get(), {line.get(), size + kSpare}, size, needle, search);
+    const int found =
+        searchLine(list.get(), {line.get(), room}, static_cast<std::size_t>(size), needle, search);
     list.reset();
     return finishSearch(path, found, search);
 }
@@ -84,7 +96,7 @@ int searchNameList(const char* path, const char* name, const NameSearch& search)
     if (status.st_size == 0) {
         return finishSearch(path, -1, search);
     }
-    return searchFile(path, static_cast<std::size_t>(status.st_size), needle.data(), search);
+    return searchFile(path, static_cast<std::uint64_t>(status.st_size), needle.data(), search);
 }
 
 } // namespace handlers

@@ -21,7 +21,7 @@ std::string_view trim(std::string_view text)
 
 bool isControl(char c)
 {
-    return (c >= '\0' && c < ' ') || c == '\x7F';
+    return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
 }
 
 bool isUtf8(std::string_view text)

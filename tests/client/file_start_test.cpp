@@ -3,8 +3,10 @@
 
 #include <cerrno>
 #include <ctime>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/support/root.h"
 
@@ -26,6 +28,24 @@ TEST_F(FileStart, noMoreThanWasAskedFor)
     root::writeFile("/tmp/file", "abcdef");
     EXPECT_EQ(client::readFileStart("/tmp/file", 4).bytes, "abcd");
     EXPECT_EQ(client::readFileStart("/tmp/file", 0).bytes, "");
+}
+
+TEST_F(FileStart, ofAFileOfThreeGibibytes)
+{
+    root::writeFile("/tmp/file", "abc");
+    std::filesystem::resize_file("/tmp/file", 3221225472U);
+    const client::FileStart start = client::readFileStart("/tmp/file", 4);
+    EXPECT_EQ(start.bytes, std::string("abc\0", 4));
+    EXPECT_EQ(start.error, 0);
+}
+
+TEST_F(FileStart, timesRunOnAfter2038)
+{
+    constexpr std::time_t kYear2040 = 2208988800;
+    root::writeFile("/tmp/file", "abc");
+    const timespec when[2] = {{kYear2040, 0}, {kYear2040, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, "/tmp/file", when, 0), 0);
+    EXPECT_EQ(client::readFileStart("/tmp/file", 4).modified, kYear2040);
 }
 
 TEST_F(FileStart, reasonWhyThereIsNone)

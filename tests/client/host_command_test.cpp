@@ -98,6 +98,13 @@ std::string timeLine(std::time_t time)
     return text.data();
 }
 
+TEST_F(HostCommand, timesRunOnAfter2038)
+{
+    const Exchange exchanged =
+        exchange({"host", "set", "--language", "en", "--time", "2040-02-29T23:59:58"}, {le32(0)});
+    EXPECT_EQ(exchanged.frames, Strings{"host " + le32(4) + "\n022923592040.58\n\n\nen\n"});
+}
+
 TEST_F(HostCommand, presentTimeIsSentInUtcWherever)
 {
     ::setenv("TZ", "XYZ-9", 1);

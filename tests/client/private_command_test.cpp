@@ -238,6 +238,14 @@ TEST_F(PrivateCommand, sizesThatCannotBeSentAreWrongUsage)
     EXPECT_EQ(root::readFile(kPrivateFile), "former");
 }
 
+TEST_F(PrivateCommand, fileLargerThanMemoryIsRefusedAtOnce)
+{
+    root::writeFile(kMine, "hello");
+    fs::resize_file(kMine, std::uintmax_t{1} << 40U);
+    expectWrongUsage(vokctl({"private", "put", kMine}),
+                     "a private file has 1 to 4070 bytes; this one has 1099511627776");
+}
+
 TEST_F(PrivateCommand, fileThatCannotBeReadIsWrongUsage)
 {
     expectWrongUsage(vokctl({"private", "put", "/stubs/none"}), "cannot read /stubs/none");

@@ -87,6 +87,18 @@ TEST_F(StatusCommand, showsWhatWasPublished)
     EXPECT_EQ(root::list("/tmp"), std::vector<std::string>{}) << "and traces nothing";
 }
 
+TEST_F(StatusCommand, timesRunOnAfter2038)
+{
+    constexpr std::time_t kYear2040 = 2208988800;
+    publish(imageOf(kPayload), kYear2040);
+    const root::Ended ended = status({"--max-age", "60"});
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_EQ(ended.output, "SHARE       USED  STATE  LAST BACKUP\n"
+                            "Documents  604 K  1      2026-11-18\n\n"
+                            "Published 2040-01-01 00:00:00 UTC. No collection is running.\n");
+    EXPECT_EQ(ended.errors, "");
+}
+
 TEST_F(StatusCommand, jsonGoesToProgramsAlone)
 {
     publish(imageOf(kPayload), kPublished);

@@ -286,13 +286,22 @@ TEST_F(NameList, whatAListHasGrownByKeepsItsCase)
 
 TEST_F(NameList, listThatMemoryCannotHoldIsTracedAndRemoved)
 {
-    root::writeFile(kList, R"(["a"])");
-    fs::resize_file(kList, (std::uintmax_t{1} << 60U) + 5);
-    EXPECT_EQ(search("a"), -1);
-    EXPECT_EQ(watch::calls(),
-              (Lines{sizeTrace(5),
-                     trace("probe() () failed  memory allocation Cannot allocate memory")}));
-    EXPECT_FALSE(root::exists(kList));
+    constexpr std::uintmax_t kHuge = std::uintmax_t{1} << 60U;
+    constexpr std::uintmax_t kHalf = std::uintmax_t{1} << 31U;
+    // Cut to 32 bits, the first is as small as what the list holds, and the last leaves no room for
+    // more.
+    for (const std::uintmax_t more : {std::uintmax_t{5}, kHalf - 1, 2 * kHalf - 16}) {
+        SCOPED_TRACE(more);
+        watch::restart();
+        root::writeFile(kList, R"(["a"])");
+        fs::resize_file(kList, kHuge + more);
+        EXPECT_EQ(search("a"), -1);
+        EXPECT_EQ(watch::calls(),
+                  (Lines{trace("file " + kList + " size = " +
+                               std::to_string(static_cast<int>(kHuge + more)) + " bytes"),
+                         trace("probe() () failed  memory allocation Cannot allocate memory")}));
+        EXPECT_FALSE(root::exists(kList));
+    }
 }
 
 TEST_F(NameList, listThatCannotBeRemovedIsAnsweredAllTheSame)

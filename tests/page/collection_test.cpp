@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <ctime>
 #include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
@@ -46,10 +47,10 @@ std::string fileOf(const std::string& payload)
     return std::string(sharestatus::encodeStatus(payload).text()) + zeros(100);
 }
 
-void publish(const std::string& content)
+void publish(const std::string& content, std::time_t time = kPublished)
 {
     root::writeFile(root::kStatusFile, content);
-    const timespec when[2] = {{kPublished, 0}, {kPublished, 0}};
+    const timespec when[2] = {{time, 0}, {time, 0}};
     ::utimensat(AT_FDCWD, root::kStatusFile, when, 0);
 }
 
@@ -105,6 +106,22 @@ TEST_F(Collections, publishedStatusIsComplete)
     EXPECT_EQ(collection.shares.size(), 1U);
     EXPECT_EQ(collection.published, kPublished);
     EXPECT_FALSE(collection.isRunning);
+}
+
+TEST_F(Collections, timesRunOnAfter2038)
+{
+    constexpr std::time_t kYear2040 = 2208988800;
+    publish(fileOf(table(1, kRecord)), kYear2040);
+    EXPECT_EQ(page::readCollection().published, kYear2040);
+}
+
+TEST_F(Collections, statusFileOfThreeGibibytesIsReadAsFarAsItCounts)
+{
+    publish(fileOf(table(1, kRecord)));
+    std::filesystem::resize_file(root::kStatusFile, 3221225472U);
+    const Collection collection = page::readCollection();
+    EXPECT_EQ(collection.result, Result::kComplete);
+    EXPECT_EQ(collection.shares.size(), 1U);
 }
 
 TEST_F(Collections, missingStatusIsNone)

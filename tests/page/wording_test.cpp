@@ -64,6 +64,7 @@ TEST(WordTime, isLocal)
 {
     EXPECT_EQ(wordTime(kMoment), "21 November 2026, 09:33 UTC");
     EXPECT_EQ(dayOf(kMoment), kToday);
+    EXPECT_EQ(wordTime(2208988800), "1 January 2040, 00:00 UTC");
 }
 
 TEST(WordElapsed, growsCoarser)

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+//
+// Files of more than 2 GiB, which not every machine opens or measures by itself.
+#include <array>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+#include "tests/support/request.h"
+#include "tests/support/root.h"
+#include "vokcontrol.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Lines = std::vector<std::string>;
+using request::exitTrace;
+using request::frame;
+using request::opening;
+using request::Outcome;
+using root::le32;
+using root::trace;
+
+const std::string kBuildFile = "/etc/buildinfo.txt";
+const std::string kPrivateFile = "/etc/pelconfig/vokcontrol/vokcontrol-private.txt";
+
+constexpr std::uintmax_t kGibibyte = 1U << 30U;
+
+/// A file that begins with some text; zeros follow up to its size, and take no room.
+void makeLarge(const std::string& path, const std::string& start, std::uintmax_t size)
+{
+    root::writeFile(path, start);
+    fs::resize_file(path, size);
+}
+
+std::string sizeTrace(const std::string& path, const std::string& size)
+{
+    return trace("file " + path + " size = " + size + " bytes");
+}
+
+class LargeFiles : public root::Test {
+  protected:
+    void TearDown() override
+    {
+        fs::remove(kBuildFile);
+        root::Test::TearDown();
+    }
+};
+
+TEST_F(LargeFiles, versionIsRefusedForItsSize)
+{
+    const std::vector<std::pair<std::uintmax_t, std::string>> sizes = {
+        {2 * kGibibyte - 1, "2147483647"},
+        {2 * kGibibyte, "-2147483648"},
+        {4 * kGibibyte, "0"},
+        {5 * kGibibyte + 7, "1073741831"}};
+    for (const auto& [size, shown] : sizes) {
+        SCOPED_TRACE(size);
+        makeLarge(kBuildFile, "1.0\n", size);
+        const Outcome outcome = request::process(frame("vers", 0));
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.answer, "erro " + le32(0x40000004));
+        EXPECT_EQ(outcome.calls,
+                  opening("vers", 0, {sizeTrace(kBuildFile, shown), exitTrace(0x40000004)}));
+    }
+}
+
+/// The size goes out in 32 bits, and as much of the file goes with it.
+TEST_F(LargeFiles, privateFileIsSentAsFarAsItsSizeOnTheWire)
+{
+    makeLarge(kPrivateFile, "abcdef", 4 * kGibibyte + 3);
+    const Outcome outcome = request::process(frame("gpvt", 0));
+    EXPECT_EQ(outcome.result, 0);
+    EXPECT_EQ(outcome.answer, "gprt " + le32(2) + "\n" + le32(3) + "\n" + "abc");
+    EXPECT_EQ(outcome.calls,
+              opening("gpvt", 0, {sizeTrace(kPrivateFile, "3"), trace("sending buffer abc")}));
+}
+
+TEST_F(LargeFiles, publishedStatusIsReadWhateverComesBehindIt)
+{
+    makeLarge(root::kStatusFile, le32(4) + "\x01\x02\x10\x03", 3 * kGibibyte);
+    std::array<char, 4096> buffer{};
+    EXPECT_EQ(Read_Status_file(buffer.data()), 3);
+    EXPECT_EQ(std::string(buffer.data(), 4), "\x01\x02\x10\x03");
+    const std::string what = std::string("Read_Status_file ") + root::kStatusFile;
+    EXPECT_EQ(watch::calls(),
+              (Lines{trace(what + " - len1 = 4 "), trace("Read_Status_file - len = 4 "),
+                     trace("Read_Status_file - chksum  = 3 3")}));
+}
+
+} // namespace

@@ -138,6 +138,11 @@ std::optional<std::string> uploadedFile(std::string_view request)
 
 Upload::Upload(std::string folder) : folder_(std::move(folder)), path_(folder_ + "/upload") {}
 
+std::string Upload::madePath() const
+{
+    return path_ + ".new";
+}
+
 Upload::~Upload()
 {
     handOver();
@@ -148,7 +153,7 @@ bool Upload::begin(const std::string& fresh)
     constexpr mode_t kFolderMode = 0700;
     constexpr mode_t kNoteMode = 0600;
     ::mkdir(folder_.c_str(), kFolderMode);
-    const std::string made = path_ + ".new";
+    const std::string made = madePath();
     descriptor_ = ::open(made.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, kNoteMode);
     const bool isNoted = descriptor_ >= 0 && ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0 &&
                          writeOut(descriptor_, encode({look(kPrivateFile), fresh})) &&
@@ -184,6 +189,7 @@ void Upload::end() const
 
 bool Upload::repair() const
 {
+    ::unlink(madePath().c_str()); // of a service that was killed before its note was whole
     const int note = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC);
     if (note < 0) {
         return true;

@@ -52,6 +52,9 @@ class Upload {
     [[nodiscard]] bool repair() const;
 
   private:
+    /// Where a note is written before it has its name.
+    [[nodiscard]] std::string madePath() const;
+
     std::string folder_;
     std::string path_;
     int descriptor_ = -1;

@@ -402,6 +402,17 @@ TEST_F(VariableReport, shellThatCannotStartStoresNothing)
     EXPECT_EQ(root::list("/etc/pelconfig"), (Lines{"system_var", "vokcontrol"}));
 }
 
+TEST_F(VariableReport, failureLeavesWorkFileAndSlotAlone)
+{
+    root::writeFile(kWorkFile, "old");
+    openSlot();
+    expectRefused(2);
+    expectNoDate(report([] { watch::answer("date", -1, EAGAIN); }));
+    EXPECT_EQ(root::readFile(kWorkFile), "old");
+    EXPECT_NE(cmdsvc::currentFile(), nullptr);
+    cmdsvc::closeCurrentFile();
+}
+
 TEST_F(VariableReport, dateThatSomebodyElseReapedStoresNothing)
 {
     expectNoDate(report([] { std::signal(SIGCHLD, SIG_IGN); }));

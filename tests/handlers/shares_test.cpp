@@ -1061,6 +1061,21 @@ TEST_F(SharePropertyByPlace, hookThatCannotStartIsAFailure)
     }
 }
 
+TEST_F(SharePropertyByPlace, failureBeforeTheHookHasRunLeavesWorkFileAndSlotAlone)
+{
+    root::writeFile("/stubs/slot", "x");
+    root::writeFile(kWorkFile, "old");
+    for (const std::string& name : {std::string(), std::string("Music")}) {
+        ASSERT_NE(cmdsvc::openCurrentFile("/stubs/slot"), nullptr);
+        request::load(requestFor(name));
+        watch::answer("echo share_info", -1, EAGAIN);
+        EXPECT_EQ(request::run().answer, status);
+        EXPECT_EQ(root::readFile(kWorkFile), "old");
+        EXPECT_NE(cmdsvc::currentFile(), nullptr);
+        cmdsvc::closeCurrentFile();
+    }
+}
+
 TEST_F(SharePropertyByPlace, hookThatSomebodyElseReapedIsAFailure)
 {
     std::signal(SIGCHLD, SIG_IGN);

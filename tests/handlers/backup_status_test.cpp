@@ -1067,6 +1067,14 @@ TEST_F(BackupTable, largestStatusIsAnsweredWhole)
     expectServed(payload, 162, header(162) + records);
 }
 
+TEST_F(BackupTable, traceTellsHowMuchHasBeenWritten)
+{
+    publish(table(1, record(1, "anna")));
+    const Outcome outcome = ask([] { watch::after("echo \"cmd_gub1() ", request::loseAnswer); });
+    EXPECT_EQ(outcome.answer, "");
+    EXPECT_EQ(outcome.calls.back(), written(0).at(0));
+}
+
 TEST_F(BackupTable, markIsReplaced)
 {
     root::writeFile(kMark, "something longer");

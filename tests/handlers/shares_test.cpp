@@ -561,6 +561,16 @@ TEST_F(ShareProperty, answerIsAllThatIsLeftInTheRequestLine)
               answerOf(3) + std::string(4096 - 12, '\0'));
 }
 
+TEST_F(ShareProperty, traceTellsHowMuchHasBeenWritten)
+{
+    root::stubListing(block("Music", "private"));
+    request::load(frame("gsp1", 1, "Music\n"));
+    watch::after("echo \"cmd_gsp1: system", request::loseAnswer);
+    const Outcome outcome = request::run();
+    EXPECT_EQ(outcome.answer, "");
+    EXPECT_EQ(outcome.calls.back(), trace("cmd_gsp1 fwrite: gspr \x01 - 1 - return 0"));
+}
+
 TEST_F(ShareProperty, badNameClosesAFileThatIsOpen)
 {
     request::load(frame("gsp1", 1, "\n"));
@@ -1049,6 +1059,15 @@ TEST_F(SharePropertyByPlace, answerIsAllThatIsLeftInTheRequestLine)
               answerOf(3) + std::string(4096 - 10, '\0'));
     expectPlace("Music", 0);
     EXPECT_EQ(std::string(cmdsvc::requestLine.data(), 4096), status + std::string(4096 - 10, '\0'));
+}
+
+TEST_F(SharePropertyByPlace, traceTellsHowMuchHasBeenWritten)
+{
+    request::load(requestFor("Books"));
+    watch::after("echo \"cmd_gspc pShareName", request::loseAnswer);
+    const Outcome outcome = request::run();
+    EXPECT_EQ(outcome.answer, "");
+    EXPECT_EQ(outcome.calls.back(), trace("cmd_gspc fwrite: gspc \x03\n - 3 - return 0"));
 }
 
 TEST_F(SharePropertyByPlace, hookThatCannotStartIsAFailure)

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "core/core.h"
+#include "tests/support/file_events.h"
 #include "tests/support/root.h"
 
 namespace {
@@ -295,7 +296,10 @@ TEST_F(NameList, listThatMemoryCannotHoldIsTracedAndRemoved)
         watch::restart();
         root::writeFile(kList, R"(["a"])");
         fs::resize_file(kList, kHuge + more);
+        bool isThere = false;
+        watch::after("echo \"probe()", [&] { isThere = root::exists(kList); });
         EXPECT_EQ(search("a"), -1);
+        EXPECT_TRUE(isThere) << "it is removed after the trace";
         EXPECT_EQ(watch::calls(),
                   (Lines{trace("file " + kList + " size = " +
                                std::to_string(static_cast<int>(kHuge + more)) + " bytes"),
@@ -324,6 +328,16 @@ TEST_F(NameList, listIsClosedAgain)
         EXPECT_EQ(search("a"), 1);
     }
     EXPECT_EQ(root::list("/proc/self/fd").size(), before);
+}
+
+TEST_F(NameList, listIsClosedBeforeItIsRemoved)
+{
+    root::writeFile(kList, R"(["a"])");
+    const root::FileEvents events("/tmp");
+    EXPECT_EQ(search("a"), 1);
+    Lines ofList = events.happened();
+    std::erase_if(ofList, [](const std::string& event) { return !event.ends_with(" list"); });
+    EXPECT_EQ(ofList, (Lines{"close list", "remove list"}));
 }
 
 TEST_F(NameList, listIsClosedAndRemovedBeforeTheResultIsTraced)

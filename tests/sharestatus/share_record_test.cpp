@@ -360,6 +360,14 @@ TEST_F(BackupStatus, longLineIsReadUpToItsBuffer)
     expectRecord("4" + std::string(300, '7'), "777777774", "4" + std::string(254, '7'));
 }
 
+TEST_F(BackupStatus, fileIsOpenedAfterItsNameIsTracedAndClosedInTheEnd)
+{
+    watch::after("echo \"filename", [this] { root::writeFile(path, "311212026"); });
+    GetUserBkStatus(record.data(), "Music");
+    EXPECT_EQ(bytes(), "###112120263" + untouched(12));
+    EXPECT_FALSE(root::isOpen(path));
+}
+
 TEST_F(BackupStatus, missingFileLeavesTheRecord)
 {
     GetUserBkStatus(record.data(), "Music");

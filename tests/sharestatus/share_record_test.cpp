@@ -231,6 +231,42 @@ TEST_F(CapUsage, outputThatCannotBeRemovedIsTraced)
                                            "Permission denied")}));
 }
 
+TEST_F(CapUsage, outputIsThereWhenItsFigureIsTraced)
+{
+    root::stubUsage("Music", "2000000");
+    std::string atTheTrace;
+    watch::after("echo \"GetUserCapUsage system: 2G",
+                 [&] { atTheTrace = root::readFile(root::kCollectorFile); });
+    EXPECT_EQ(GetUserCapUsage(record.data(), "Music"), 0);
+    EXPECT_EQ(atTheTrace, "2000000\t/share/Music\n");
+    EXPECT_FALSE(root::exists(root::kCollectorFile));
+}
+
+TEST_F(CapUsage, emptyOutputIsRemovedBeforeTheFailureIsTraced)
+{
+    bool isThere = true;
+    bool isOpen = true;
+    watch::after("echo \"GetUserCapUsage() return", [&] {
+        isThere = root::exists(root::kCollectorFile);
+        isOpen = root::isOpen(root::kCollectorFile);
+    });
+    EXPECT_EQ(GetUserCapUsage(record.data(), "Music"), -1);
+    EXPECT_FALSE(isThere);
+    EXPECT_FALSE(isOpen);
+}
+
+TEST_F(CapUsage, outputIsClosedBeforeItIsRemoved)
+{
+    root::stubUsage("Music", "21");
+    root::writeFile(root::kTraceFile, "");
+    root::writeFile(root::kCollectorFile, "");
+    std::filesystem::permissions("/tmp", std::filesystem::perms(0555));
+    bool isOpen = true;
+    watch::after("echo \"cannot remove", [&] { isOpen = root::isOpen(root::kCollectorFile); });
+    EXPECT_EQ(GetUserCapUsage(record.data(), "Music"), 0);
+    EXPECT_FALSE(isOpen);
+}
+
 TEST_F(CapUsage, fullDiskIsAFailure)
 {
     root::stubUsage("Music", "21");
@@ -322,6 +358,14 @@ TEST_F(BackupStatus, zeroByteEndsTheLine)
 TEST_F(BackupStatus, longLineIsReadUpToItsBuffer)
 {
     expectRecord("4" + std::string(300, '7'), "777777774", "4" + std::string(254, '7'));
+}
+
+TEST_F(BackupStatus, fileIsOpenedAfterItsNameIsTracedAndClosedInTheEnd)
+{
+    watch::after("echo \"filename", [this] { root::writeFile(path, "311212026"); });
+    GetUserBkStatus(record.data(), "Music");
+    EXPECT_EQ(bytes(), "###112120263" + untouched(12));
+    EXPECT_FALSE(root::isOpen(path));
 }
 
 TEST_F(BackupStatus, missingFileLeavesTheRecord)

@@ -14,14 +14,17 @@ int main(int count, char** arguments)
 {
     // The name of the file itself: links to it, and what the caller says, may be others.
     char self[PATH_MAX] = "";
-    char program[PATH_MAX + sizeof "/build/target/"];
     if (readlink("/proc/self/exe", self, sizeof self - 1) < 0) {
         return 127;
     }
-    snprintf(program, sizeof program, "/build/target/%s", strrchr(self, '/') + 1);
+    const char* const name = strrchr(self, '/') + 1;
+    char program[PATH_MAX + 32];
+    char emulator[PATH_MAX + 32];
+    snprintf(program, sizeof program, "/build/target/%s", name);
+    // Of the program's name, too: by that name it is found among the processes.
+    snprintf(emulator, sizeof emulator, "/build/emulation/bin/%s", name);
 
-    char* const start[] = {
-        "/build/emulation/qemu", "-L", "/build/emulation", "-0", arguments[0], program};
+    char* const start[] = {arguments[0], "-L", "/build/emulation", "-0", arguments[0], program};
     const size_t started = sizeof start / sizeof start[0];
     char** const command = calloc(started + (size_t)count, sizeof *command);
     if (command == NULL) {
@@ -29,7 +32,7 @@ int main(int count, char** arguments)
     }
     memcpy(command, start, sizeof start);
     memcpy(command + started, arguments + 1, (size_t)count * sizeof *command);
-    execv(command[0], command);
-    fprintf(stderr, "emulated: %s: %s\n", command[0], strerror(errno));
+    execv(emulator, command);
+    fprintf(stderr, "emulated: %s: %s\n", emulator, strerror(errno));
     return 127;
 }

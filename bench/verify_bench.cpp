@@ -2,15 +2,16 @@
 //
 // A password check that finds its account at the end of a file of 10,000, against its floor: a bare
 // loop that reads the same file line by line. Both take turns in one run, so that whatever else the
-// machine does meets both.
+// machine does meets both. What counts is the processor's time: the file is in memory.
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <strings.h>
+#include <ctime>
+#include <string_view>
 #include <vector>
 
+#include "core/bytes.h"
 #include "core/core.h"
 #include "handlers/nt_password.h"
 #include "handlers/smb_passwd.h"
@@ -23,6 +24,7 @@ constexpr int kRounds = 201;
 
 constexpr const char* kFile = "/tmp/smbpasswd";
 constexpr const char* kLastUser = "user10000";
+constexpr double kLimit = 3.0;
 
 void writeAccounts()
 {
@@ -42,10 +44,11 @@ bool verify()
     if (openSmbPasswd(&handle, kFile) != 0) {
         return false;
     }
-    SmbPasswdEntry entry;
+    constexpr std::string_view user = kLastUser;
+    SmbPasswdEntry entry = {};
     bool isFound = false;
     while (!isFound && readSmbPasswdEntry(handle, &entry) == 0) {
-        isFound = ::strcasecmp(entry.name, kLastUser) == 0;
+        isFound = core::equalIgnoringCase(entry.name, user);
     }
     closeSmbPasswd(handle);
     return isFound && checkNtPassword(&entry, kLastUser, "password") == 0;
@@ -62,18 +65,24 @@ bool readBare()
     return lines == kAccounts;
 }
 
-/// How long some work took that must come to a good end.
+double processorMilliseconds()
+{
+    timespec time = {};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+/// What some work took that must come to a good end.
 double milliseconds(bool (*work)())
 {
-    const auto start = std::chrono::steady_clock::now();
+    const double start = processorMilliseconds();
     const bool isGood = work();
-    const std::chrono::duration<double, std::milli> taken =
-        std::chrono::steady_clock::now() - start;
+    const double taken = processorMilliseconds() - start;
     if (!isGood) {
         std::fprintf(stderr, "bench_verify: the check or the bare read went wrong\n");
         std::exit(1);
     }
-    return taken.count();
+    return taken;
 }
 
 double median(std::vector<double> values)
@@ -104,6 +113,6 @@ int main()
                 kAccounts * 1000 / median(checks));
     std::printf("  its file, bare     %8.3f ms    %10.0f lines a second\n", median(floors),
                 kAccounts * 1000 / median(floors));
-    std::printf("  ratio              %8.3f\n", median(ratios));
+    std::printf("  ratio              %8.3f    (aim: at most %.0f)\n", median(ratios), kLimit);
     return 0;
 }

@@ -137,12 +137,11 @@ void addList(CLI::App& backup)
 
 } // namespace
 
-void addBackupCommand(CLI::App& program)
+void buildBackupCommand(CLI::App& backup)
 {
-    CLI::App* backup = program.add_subcommand("backup", "What backup clients report");
-    backup->require_subcommand(1);
-    addReport(*backup);
-    addList(*backup);
+    backup.require_subcommand(1);
+    addReport(backup);
+    addList(backup);
 }
 
 } // namespace client

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// commands.h: the subcommands of vokctl. Each function adds one, with its options, its help and
-// what it does; a command that does not succeed ends with a Failure.
+// commands.h: the subcommands of vokctl. Each function gives one its options, its help and what it
+// does; a command that does not succeed ends with a Failure.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -9,39 +9,39 @@
 namespace client {
 
 /// "vokctl status": the published share status.
-void addStatusCommand(CLI::App& program);
+void buildStatusCommand(CLI::App& command);
 
 /// "vokctl shares": what shares there are, and new ones.
-void addSharesCommand(CLI::App& program);
+void buildSharesCommand(CLI::App& command);
 
 /// "vokctl users": the appliance's accounts, and new ones.
-void addUsersCommand(CLI::App& program);
+void buildUsersCommand(CLI::App& command);
 
 /// "vokctl backup": what backup clients report.
-void addBackupCommand(CLI::App& program);
+void buildBackupCommand(CLI::App& command);
 
 /// "vokctl drives": the appliance's disks.
-void addDrivesCommand(CLI::App& program);
+void buildDrivesCommand(CLI::App& command);
 
 /// "vokctl host": the appliance's names, its clock and its language.
-void addHostCommand(CLI::App& program);
+void buildHostCommand(CLI::App& command);
 
 /// "vokctl version": what build runs on the appliance.
-void addVersionCommand(CLI::App& program);
+void buildVersionCommand(CLI::App& command);
 
 /// "vokctl private": the private file that clients keep on the appliance.
-void addPrivateCommand(CLI::App& program);
+void buildPrivateCommand(CLI::App& command);
 
 /// "vokctl setup": what a setup program asks first.
-void addSetupCommand(CLI::App& program);
+void buildSetupCommand(CLI::App& command);
 
 /// "vokctl remote": reaching the appliance from outside.
-void addRemoteCommand(CLI::App& program);
+void buildRemoteCommand(CLI::App& command);
 
 /// "vokctl service": the service that collects the share status.
-void addServiceCommand(CLI::App& program);
+void buildServiceCommand(CLI::App& command);
 
 /// "vokctl raw": any request at all.
-void addRawCommand(CLI::App& program);
+void buildRawCommand(CLI::App& command);
 
 } // namespace client

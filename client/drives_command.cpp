@@ -5,11 +5,10 @@
 #include "client/commands.h"
 #include "client/exchange.h"
 
-void client::addDrivesCommand(CLI::App& program)
+void client::buildDrivesCommand(CLI::App& drives)
 {
-    CLI::App* drives = program.add_subcommand("drives", "The appliance's disks");
-    drives->require_subcommand(1);
-    CLI::App* check = drives->add_subcommand("check", "Check that the drives can be counted");
+    drives.require_subcommand(1);
+    CLI::App* check = drives.add_subcommand("check", "Check that the drives can be counted");
     const auto connection = std::make_shared<Connection>();
     addConnectionOptions(*check, *connection);
     check->footer("Examples:\n"

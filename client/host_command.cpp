@@ -65,11 +65,10 @@ void setHost(const Options& options)
 
 } // namespace
 
-void addHostCommand(CLI::App& program)
+void buildHostCommand(CLI::App& host)
 {
-    CLI::App* host = program.add_subcommand("host", "The appliance's names, clock and language");
-    host->require_subcommand(1);
-    CLI::App* set = host->add_subcommand("set", "Set them");
+    host.require_subcommand(1);
+    CLI::App* set = host.add_subcommand("set", "Set them");
     const auto options = std::make_shared<Options>();
     set->add_option("--time", options->time, "The time in UTC, 2026-11-21T18:30:00 (default: now)")
         ->type_name("TIME");

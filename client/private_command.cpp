@@ -121,14 +121,12 @@ void put(const Options& options)
 
 } // namespace
 
-void addPrivateCommand(CLI::App& program)
+void buildPrivateCommand(CLI::App& file)
 {
-    CLI::App* file =
-        program.add_subcommand("private", "The file that clients keep on the appliance");
-    file->require_subcommand(1);
+    file.require_subcommand(1);
 
     const auto fetched = std::make_shared<Options>();
-    CLI::App* getting = file->add_subcommand("get", "Fetch it");
+    CLI::App* getting = file.add_subcommand("get", "Fetch it");
     getting->add_option("FILE", fetched->path, "Where to; \"-\" is standard output")->required();
     addConnectionOptions(*getting, fetched->connection);
     getting->footer("Examples:\n"
@@ -137,7 +135,7 @@ void addPrivateCommand(CLI::App& program)
     getting->callback([fetched] { get(*fetched); });
 
     const auto sent = std::make_shared<Options>();
-    CLI::App* putting = file->add_subcommand("put", "Replace it");
+    CLI::App* putting = file.add_subcommand("put", "Replace it");
     putting->add_option("FILE", sent->path, "Where from; \"-\" is standard input")->required();
     addConnectionOptions(*putting, sent->connection);
     putting->footer(

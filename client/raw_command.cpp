@@ -97,38 +97,35 @@ void sendRaw(const RawOptions& options)
 
 } // namespace
 
-void addRawCommand(CLI::App& program)
+void buildRawCommand(CLI::App& raw)
 {
     const auto options = std::make_shared<RawOptions>();
-    CLI::App* raw =
-        program.add_subcommand("raw", "Send any request and show the bytes of the answer");
-    CLI::Option* code = raw->add_option("CODE", options->code, "The command, four characters");
+    CLI::Option* code = raw.add_option("CODE", options->code, "The command, four characters");
     CLI::Option* count =
-        raw->add_option("--count", options->count, "The parameter count (default: 0)");
-    CLI::Option* line =
-        raw->add_option("--line", options->lines,
-                        "A line of text behind the request's first; may be repeated")
-            ->type_name("TEXT")
-            ->expected(1)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-            ->allow_extra_args(false);
+        raw.add_option("--count", options->count, "The parameter count (default: 0)");
+    CLI::Option* line = raw.add_option("--line", options->lines,
+                                       "A line of text behind the request's first; may be repeated")
+                            ->type_name("TEXT")
+                            ->expected(1)
+                            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+                            ->allow_extra_args(false);
     CLI::Option* hex =
-        raw->add_option("--hex", options->hex, "Bytes behind the lines")->type_name("BYTES");
-    raw->add_option("--frame", options->framePath, "Send this file's bytes and nothing else")
+        raw.add_option("--hex", options->hex, "Bytes behind the lines")->type_name("BYTES");
+    raw.add_option("--frame", options->framePath, "Send this file's bytes and nothing else")
         ->type_name("FILE")
         ->excludes(code)
         ->excludes(count)
         ->excludes(line)
         ->excludes(hex);
-    addConnectionOptions(*raw, options->connection);
-    raw->footer("Examples:\n"
-                "  vokctl raw lstu                             the users\n"
-                "  vokctl raw gsp1 --count 1 --line Documents  a command with a parameter line\n"
-                "  vokctl raw sub1 --count 2 --hex '01 00'     bytes that are no text\n"
-                "  vokctl raw --frame request.bin              a frame that was kept\n"
-                "\n"
-                "Ends with 0 when an answer came, whatever it says.");
-    raw->callback([options] { sendRaw(*options); });
+    addConnectionOptions(raw, options->connection);
+    raw.footer("Examples:\n"
+               "  vokctl raw lstu                             the users\n"
+               "  vokctl raw gsp1 --count 1 --line Documents  a command with a parameter line\n"
+               "  vokctl raw sub1 --count 2 --hex '01 00'     bytes that are no text\n"
+               "  vokctl raw --frame request.bin              a frame that was kept\n"
+               "\n"
+               "Ends with 0 when an answer came, whatever it says.");
+    raw.callback([options] { sendRaw(*options); });
 }
 
 } // namespace client

@@ -199,15 +199,14 @@ void addDisable(CLI::App& remote)
 
 } // namespace
 
-void addRemoteCommand(CLI::App& program)
+void buildRemoteCommand(CLI::App& remote)
 {
-    CLI::App* remote = program.add_subcommand("remote", "Reaching the appliance from outside");
-    remote->require_subcommand(1);
-    addUrls(*remote);
-    addStatus(*remote);
-    addEnable(*remote);
-    addDisable(*remote);
-    addRegister(*remote);
+    remote.require_subcommand(1);
+    addUrls(remote);
+    addStatus(remote);
+    addEnable(remote);
+    addDisable(remote);
+    addRegister(remote);
 }
 
 } // namespace client

@@ -5,11 +5,10 @@
 #include "client/commands.h"
 #include "client/exchange.h"
 
-void client::addServiceCommand(CLI::App& program)
+void client::buildServiceCommand(CLI::App& service)
 {
-    CLI::App* service = program.add_subcommand("service", "The service that collects the status");
-    service->require_subcommand(1);
-    CLI::App* command = service->add_subcommand("restart", "Start it, unless it runs already");
+    service.require_subcommand(1);
+    CLI::App* command = service.add_subcommand("restart", "Start it, unless it runs already");
     const auto connection = std::make_shared<Connection>();
     addConnectionOptions(*command, *connection);
     command->footer("Examples:\n"

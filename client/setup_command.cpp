@@ -64,12 +64,11 @@ void addQuick(CLI::App& setup)
 
 } // namespace
 
-void addSetupCommand(CLI::App& program)
+void buildSetupCommand(CLI::App& setup)
 {
-    CLI::App* setup = program.add_subcommand("setup", "What a setup program asks first");
-    setup->require_subcommand(1);
-    addPending(*setup);
-    addQuick(*setup);
+    setup.require_subcommand(1);
+    addPending(setup);
+    addQuick(setup);
 }
 
 } // namespace client

@@ -196,14 +196,13 @@ void addCreate(CLI::App& shares)
 
 } // namespace
 
-void addSharesCommand(CLI::App& program)
+void buildSharesCommand(CLI::App& shares)
 {
-    CLI::App* shares = program.add_subcommand("shares", "The appliance's shares");
-    shares->require_subcommand(1);
-    addList(*shares);
-    addShow(*shares);
-    addPublicName(*shares);
-    addCreate(*shares);
+    shares.require_subcommand(1);
+    addList(shares);
+    addShow(shares);
+    addPublicName(shares);
+    addCreate(shares);
 }
 
 } // namespace client

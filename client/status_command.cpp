@@ -131,29 +131,27 @@ void runStatus(const StatusOptions& options)
 
 } // namespace
 
-void addStatusCommand(CLI::App& program)
+void buildStatusCommand(CLI::App& command)
 {
     const auto options = std::make_shared<StatusOptions>();
-    CLI::App* command = program.add_subcommand(
-        "status", "Show every share's space and last backup, as last published");
-    command->add_flag("--json", options->json, "Print JSON for programs");
+    command.add_flag("--json", options->json, "Print JSON for programs");
     command
-        ->add_option("--max-age", options->maxAge,
-                     "End with 6 when the status was published longer ago than this")
+        .add_option("--max-age", options->maxAge,
+                    "End with 6 when the status was published longer ago than this")
         ->type_name("SECONDS");
     command
-        ->add_option("--wait", options->wait,
-                     "Wait at most so long for a status and for a running collection to end")
+        .add_option("--wait", options->wait,
+                    "Wait at most so long for a status and for a running collection to end")
         ->type_name("SECONDS");
-    command->footer("Examples:\n"
-                    "  vokctl status                  what was last published\n"
-                    "  vokctl status --max-age 3600   only if it is less than an hour old\n"
-                    "  vokctl status --json           for programs\n"
-                    "\n"
-                    "STATE is the digit that the backup client reported; \"-\" stands for what is\n"
-                    "not known. Ends with 0 when all is well, 4 when the files may not be read, 6\n"
-                    "when there is no status, or a damaged or too old one.");
-    command->callback([options] { runStatus(*options); });
+    command.footer("Examples:\n"
+                   "  vokctl status                  what was last published\n"
+                   "  vokctl status --max-age 3600   only if it is less than an hour old\n"
+                   "  vokctl status --json           for programs\n"
+                   "\n"
+                   "STATE is the digit that the backup client reported; \"-\" stands for what is\n"
+                   "not known. Ends with 0 when all is well, 4 when the files may not be read, 6\n"
+                   "when there is no status, or a damaged or too old one.");
+    command.callback([options] { runStatus(*options); });
 }
 
 } // namespace client

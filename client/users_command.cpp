@@ -111,13 +111,12 @@ void addVerify(CLI::App& users)
 
 } // namespace
 
-void addUsersCommand(CLI::App& program)
+void buildUsersCommand(CLI::App& users)
 {
-    CLI::App* users = program.add_subcommand("users", "The appliance's accounts");
-    users->require_subcommand(1);
-    addList(*users);
-    addCreate(*users);
-    addVerify(*users);
+    users.require_subcommand(1);
+    addList(users);
+    addCreate(users);
+    addVerify(users);
 }
 
 } // namespace client

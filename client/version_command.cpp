@@ -21,14 +21,13 @@ void showVersion(const Connection& connection)
 
 } // namespace
 
-void addVersionCommand(CLI::App& program)
+void buildVersionCommand(CLI::App& version)
 {
-    CLI::App* version = program.add_subcommand("version", "Tell what build the appliance runs");
     const auto connection = std::make_shared<Connection>();
-    addConnectionOptions(*version, *connection);
-    version->footer("Examples:\n"
-                    "  vokctl version");
-    version->callback([connection] { showVersion(*connection); });
+    addConnectionOptions(version, *connection);
+    version.footer("Examples:\n"
+                   "  vokctl version");
+    version.callback([connection] { showVersion(*connection); });
 }
 
 } // namespace client

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <memory>
+#include <string_view>
 
 #include "cmdsvc/channel.h"
 #include "cmdsvc/protocol.h"
@@ -32,7 +33,7 @@ struct PasswdCloser {
 };
 
 /// Finds a user's account. A line that is no account ends the search like the end of the file.
-bool findAccount(const char* user, SmbPasswdEntry& entry)
+bool findAccount(std::string_view user, SmbPasswdEntry& entry)
 {
     SmbPasswdHandle* opened = nullptr;
     if (openSmbPasswd(&opened, kPasswordFile) != 0) {
@@ -60,7 +61,7 @@ void cmd_wall(void)
         cmdsvc::endWithError(cmdsvc::kMalformed);
         return;
     }
-    SmbPasswdEntry entry;
+    SmbPasswdEntry entry = {};
     if (!findAccount(user.data(), entry) ||
         checkNtPassword(&entry, user.data(), password.data()) != 0) {
         cmdsvc::endWithError(cmdsvc::kNotVerified);

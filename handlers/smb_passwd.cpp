@@ -4,15 +4,14 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <limits>
 #include <new>
-#include <optional>
 #include <span>
 #include <string_view>
 
+#include "core/bytes.h"
 #include "core/core.h"
 
 struct SmbPasswdHandle {
@@ -23,118 +22,125 @@ struct SmbPasswdHandle {
 namespace handlers {
 namespace {
 
-/// The fields of a line, in order; what follows the sixth colon is none.
-using Fields = std::array<std::string_view, 6>;
+// Each of these takes a field and its colon off the front of what is left of a line, and tells
+// whether it was there and in order.
 
-/// Splits a line at its colons. One at the very end of a line without a newline does not count.
-/// @param size  the line's length as it was read, its newline counted
-std::optional<Fields> splitLine(std::string_view text, std::size_t size)
+/// Copies as much of a field as there is room for; zeros fill the rest.
+/// @param room  at most out.size(), the terminator not counted where there is to be one
+bool takeText(std::string_view& line, std::span<char> out, std::size_t room)
 {
-    Fields fields;
-    const std::string_view scanned = text.substr(0, (size > 0) ? size - 1 : 0);
-    std::size_t start = 0;
-    for (std::string_view& field : fields) {
-        const std::size_t colon = scanned.find(':', start);
-        if (colon == std::string_view::npos) {
-            return std::nullopt;
-        }
-        field = text.substr(start, colon - start);
-        start = colon + 1;
+    const std::size_t colon = line.find(':');
+    if (colon == std::string_view::npos) {
+        return false;
     }
-    return fields;
-}
-
-/// Copies as much of a field as fits, zeros behind it.
-void copyField(std::span<char> out, std::string_view field)
-{
-    const std::size_t size = std::min(out.size(), field.size());
-    std::ranges::fill(
-        std::ranges::copy_n(field.begin(), static_cast<std::ptrdiff_t>(size), out.begin()).out,
-        out.end(), '\0');
-}
-
-/// The whole of a field as a number, drawn into its range; nothing where the field is none.
-template <class Number> std::optional<Number> readNumber(std::string_view field, int base)
-{
-    Number number = 0;
-    const char* end = field.data() + field.size();
-    const auto [stop, error] = std::from_chars(field.data(), end, number, base);
-    if (stop != end || error == std::errc::invalid_argument) {
-        return std::nullopt;
-    }
-    if (error == std::errc::result_out_of_range) {
-        using Limits = std::numeric_limits<Number>;
-        return field.starts_with('-') ? Limits::min() : Limits::max();
-    }
-    return number;
-}
-
-bool readId(std::string_view field, std::int32_t& id)
-{
-    if (field.starts_with('+') && !field.starts_with("+-")) {
-        field.remove_prefix(1);
-    }
-    const auto number = readNumber<std::int32_t>(field, 10);
-    id = number.value_or(0);
-    return number.has_value();
-}
-
-bool readFlags(std::string_view field, std::uint8_t& flags)
-{
-    flags = 0;
-    for (const char c : field) {
-        switch (c) {
-        case ' ':
-        case '[':
-        case ']':
-            break;
-        case 'U':
-            flags |= kSmbUser;
-            break;
-        case 'N':
-            flags |= kSmbNoPassword;
-            break;
-        case 'D':
-            flags |= kSmbDisabled;
-            break;
-        case 'X':
-            flags |= kSmbNeverExpires;
-            break;
-        case 'W':
-            flags |= kSmbWorkstation;
-            break;
-        default:
-            return false;
-        }
-    }
+    const std::size_t size = line.copy(out.data(), std::min(colon, room));
+    std::memset(out.data() + size, 0, out.size() - size);
+    line.remove_prefix(colon + 1);
     return true;
 }
 
-bool readLastChange(std::string_view field, std::uint32_t& lastChange)
+bool takeColon(std::string_view& line)
 {
-    constexpr std::string_view kLabel = "LCT-";
-    lastChange = 0;
-    if (!field.starts_with(kLabel)) {
+    if (!line.starts_with(':')) {
         return false;
     }
-    field.remove_prefix(kLabel.size());
-    if (field.empty()) {
-        return true;
-    }
-    const auto number = readNumber<std::uint32_t>(field, 16);
-    lastChange = number.value_or(0);
-    return number.has_value();
+    line.remove_prefix(1);
+    return true;
 }
 
-bool readAccount(const Fields& fields, SmbPasswdEntry& entry)
+/// What each character counts as a digit.
+constexpr std::uint8_t kNoDigit = 0xFF;
+constexpr std::array<std::uint8_t, 256> kDigits = [] {
+    std::array<std::uint8_t, 256> digits{};
+    digits.fill(kNoDigit);
+    for (std::uint8_t value = 0; value < 16; ++value) {
+        digits[core::byteOf("0123456789abcdef"[value])] = value;
+        digits[core::byteOf("0123456789ABCDEF"[value])] = value;
+    }
+    return digits;
+}();
+
+/// The number of the digits that a line begins with; the greatest one for all beyond it.
+template <int kBase> std::int64_t takeDigits(std::string_view& line, std::int64_t greatest)
 {
-    const auto& [name, id, lmHash, ntHash, flags, lastChange] = fields;
-    entry = {};
-    copyField(std::span(entry.name).first<sizeof entry.name - 1>(), name);
-    copyField(entry.lmHash, lmHash);
-    copyField(entry.ntHash, ntHash);
-    return readId(id, entry.uid) && readFlags(flags, entry.flags) &&
-           readLastChange(lastChange, entry.lastChange);
+    std::int64_t number = 0;
+    std::size_t size = 0;
+    for (; size < line.size(); ++size) {
+        const std::uint8_t digit = kDigits[core::byteOf(line[size])];
+        if (digit >= kBase) {
+            break;
+        }
+        number = std::min(number * kBase + digit, greatest);
+    }
+    line.remove_prefix(size);
+    return number;
+}
+
+bool takeId(std::string_view& line, std::int32_t& id)
+{
+    using Limits = std::numeric_limits<std::int32_t>;
+    const bool isNegative = line.starts_with('-');
+    if (isNegative || line.starts_with('+')) {
+        line.remove_prefix(1);
+    }
+    if (line.starts_with(':')) {
+        return false;
+    }
+    const std::int64_t sign = isNegative ? -1 : 1;
+    id = static_cast<std::int32_t>(
+        sign * takeDigits<10>(line, sign * (isNegative ? Limits::min() : Limits::max())));
+    return takeColon(line);
+}
+
+/// What each character means among the flags.
+constexpr std::uint8_t kNoFlag = 0x80;
+constexpr std::array<std::uint8_t, 256> kFlagBits = [] {
+    std::array<std::uint8_t, 256> bits{};
+    bits.fill(kNoFlag);
+    bits[' '] = bits['['] = bits[']'] = 0;
+    bits['U'] = kSmbUser;
+    bits['N'] = kSmbNoPassword;
+    bits['D'] = kSmbDisabled;
+    bits['X'] = kSmbNeverExpires;
+    bits['W'] = kSmbWorkstation;
+    return bits;
+}();
+
+bool takeFlags(std::string_view& line, std::uint8_t& flags)
+{
+    std::uint8_t bits = 0;
+    std::size_t size = 0;
+    for (; size < line.size(); ++size) {
+        const std::uint8_t bit = kFlagBits[core::byteOf(line[size])];
+        if (bit == kNoFlag) {
+            break;
+        }
+        bits |= bit;
+    }
+    flags = bits;
+    line.remove_prefix(size);
+    return takeColon(line);
+}
+
+bool takeLastChange(std::string_view& line, std::uint32_t& lastChange)
+{
+    constexpr std::string_view kLabel = "LCT-";
+    if (!line.starts_with(kLabel)) {
+        return false;
+    }
+    line.remove_prefix(kLabel.size());
+    using Limits = std::numeric_limits<std::uint32_t>;
+    lastChange = static_cast<std::uint32_t>(takeDigits<16>(line, Limits::max()));
+    return takeColon(line);
+}
+
+bool readAccount(std::string_view line, SmbPasswdEntry& entry)
+{
+    return takeText(line, entry.name, sizeof entry.name - 1) && takeId(line, entry.uid) &&
+           takeText(line, entry.lmHash, sizeof entry.lmHash - 1) &&
+           // A longer one has no terminator, by which the check knows it.
+           takeText(line, entry.ntHash, sizeof entry.ntHash) && takeFlags(line, entry.flags) &&
+           takeLastChange(line, entry.lastChange);
 }
 
 } // namespace
@@ -166,10 +172,10 @@ int readSmbPasswdEntry(SmbPasswdHandle* handle, SmbPasswdEntry* entry)
         }
     } while (handle->line[0] == '#');
 
-    const std::string_view line = handle->line.data();
-    const std::string_view text = line.ends_with('\n') ? line.substr(0, line.size() - 1) : line;
-    const auto fields = handlers::splitLine(text, line.size());
-    if (!fields || !handlers::readAccount(*fields, *entry)) {
+    std::string_view line = handle->line.data();
+    // The newline, or the last character of a line without one, which is not looked at.
+    line = line.substr(0, line.empty() ? 0 : line.size() - 1);
+    if (!handlers::readAccount(line, *entry)) {
         errno = EINVAL;
         return -1;
     }

@@ -27,12 +27,12 @@ enum SmbPasswdFlags : std::uint8_t {
     kSmbWorkstation = 0x10,  ///< W
 };
 
-/// An account. Fields are cut to their sizes. A hash of more than 32 characters fills its field to
-/// the last byte, without a terminator, and verifies no password.
+/// An account. Fields are cut to their sizes. An NT hash of more than 32 characters fills its field
+/// to the last byte, without a terminator, and verifies no password.
 struct SmbPasswdEntry {
     char name[256];   ///< terminated
     std::int32_t uid; ///< an id beyond its range counts as the next one within
-    char lmHash[33];
+    char lmHash[33];  ///< terminated
     char ntHash[33];
     std::uint8_t flags;
     std::uint32_t lastChange; ///< 0xFFFFFFFF for a later time than that

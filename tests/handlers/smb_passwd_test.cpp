@@ -438,16 +438,24 @@ TEST_F(SmbPasswd, hashesAreTakenAsTheyStand)
     }
 }
 
-TEST_F(SmbPasswd, longerHashFillsItsFieldAndNoMore)
+TEST_F(SmbPasswd, longerHashIsCutAndAnNtHashShowsThatItWas)
 {
     for (const std::size_t size : {33U, 34U, 200U}) {
         const SmbPasswdEntry entry = accountOf(
             {.lm = kLm + std::string(size - 32, 'L'), .nt = kNt + std::string(size - 32, 'N')});
-        EXPECT_EQ(field(entry.lmHash), kLm + "L");
+        EXPECT_EQ(field(entry.lmHash), kLm + std::string(1, '\0'));
         EXPECT_EQ(field(entry.ntHash), kNt + "N");
         EXPECT_EQ(entry.flags, kSmbUser);
         EXPECT_EQ(entry.lastChange, 0x5F3A2B1CU);
     }
+}
+
+TEST_F(SmbPasswd, textIsFollowedByZerosToTheEndOfItsField)
+{
+    const SmbPasswdEntry entry = accountOf({.name = "anna", .lm = kLm, .nt = "8846"});
+    EXPECT_EQ(std::string(entry.name, sizeof entry.name), "anna" + std::string(252, '\0'));
+    EXPECT_EQ(field(entry.lmHash), kLm + std::string(1, '\0'));
+    EXPECT_EQ(field(entry.ntHash), "8846" + std::string(29, '\0'));
 }
 
 // ---- Flags ------------------------------------------------------------------------------------

@@ -1,0 +1,7 @@
+/* SPDX-License-Identifier: MIT */
+
+/* What it costs to start and end a program at all. */
+int main(void)
+{
+    return 0;
+}

@@ -157,6 +157,9 @@ TEST_F(Order, usersAreCountedThenAnnouncedThenReportedOneByOne)
     expectAnswered(10, "reporting user anna", frame("lstu", 0));
     expectAnswered(15, "reporting user bob", frame("lstu", 0));
     expectOpen(true, "found 2 user", frame("lstu", 0));
+    const auto printed = [] { return std::ftell(stdout); };
+    EXPECT_EQ(lookAt("reporting user anna", frame("lstu", 0), printed), 0);
+    EXPECT_EQ(lookAt("reporting user bob", frame("lstu", 0), printed), 5);
 }
 
 TEST_F(Order, workFilesAreClosedAndGoneBeforeTheResultIsTraced)

@@ -71,6 +71,8 @@ bool cutNewline(char* text)
 
 FILE* openCurrentFile(const char* path, const char* mode)
 {
+    // First: this close must not change the errno that says why the next file does not open.
+    closeCurrentFile();
     slot = core::openFile(path, mode);
     return slot.get();
 }

@@ -2,11 +2,14 @@
 #include "cmdsvc/channel.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <iterator>
 
 #include "cmdsvc/protocol.h"
+#include "tests/support/file_events.h"
 #include "tests/support/request.h"
 #include "tests/support/root.h"
 
@@ -76,6 +79,18 @@ TEST_F(Channel, statusFrameGivesBackTheResultOfItsTrace)
     EXPECT_EQ(answer(), "subs " + le32(0) + std::string(1, '\0'));
 }
 
+TEST_F(Channel, statusFrameTracesHowMuchHasBeenWritten)
+{
+    FILE* full = std::fopen("/dev/full", "w");
+    ASSERT_NE(full, nullptr);
+    std::setvbuf(full, nullptr, _IONBF, 0);
+    fout_buf = full;
+    EXPECT_EQ(SendReturnStatus(0xF0000001, "gspc"), 0);
+    EXPECT_EQ(watch::calls(),
+              Lines{trace("SendReturnStatus errCode 0xF0000001 -- fwrite return: 0")});
+    std::fclose(full);
+}
+
 TEST_F(Channel, longNameIsCutInAStatusFrame)
 {
     SendReturnStatus(1, "toolongname");
@@ -118,6 +133,17 @@ TEST_F(Channel, slotHoldsOneFile)
     EXPECT_EQ(root::list("/proc/self/fd").size(), before + 1);
     EXPECT_EQ(cmdsvc::openCurrentFile("/tmp/missing"), nullptr);
     EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+    EXPECT_EQ(root::list("/proc/self/fd").size(), before);
+}
+
+TEST_F(Channel, olderFileOfTheSlotDoesNotChangeTheReasonOfAFailedOpen)
+{
+    // Closing this one fails for want of space.
+    ASSERT_NE(cmdsvc::openCurrentFile("/dev/full", "w"), nullptr);
+    ASSERT_NE(std::fputs("x", cmdsvc::currentFile()), EOF);
+    errno = 0;
+    EXPECT_EQ(cmdsvc::openCurrentFile("/tmp/missing"), nullptr);
+    EXPECT_EQ(errno, ENOENT);
 }
 
 TEST_F(Channel, errorExitsCloseRemoveAndTrace)
@@ -148,6 +174,35 @@ TEST_F(Channel, exitThatKeepsItsFileOnlyRemovesItWhereOneIsOpen)
     EXPECT_FALSE(root::exists(cmdsvc::kWorkFile));
     EXPECT_NE(cmdsvc::currentFile(), nullptr);
     EXPECT_EQ(watch::calls(), (Lines(2, trace("exiting with error 0x00000003"))));
+}
+
+/// What happens in /tmp during an exit with a file open in the slot. The answer is not buffered, so
+/// that its writing shows.
+template <class Exit> Lines eventsOf(Exit exit)
+{
+    root::writeFile(cmdsvc::kWorkFile, "x");
+    EXPECT_NE(cmdsvc::openCurrentFile(cmdsvc::kWorkFile), nullptr);
+    std::setvbuf(fout_buf, nullptr, _IONBF, 0);
+    const root::FileEvents events("/tmp");
+    exit();
+    return events.happened();
+}
+
+const Lines kTraceEvents = {"write dbg_vokcontrol.txt", "close dbg_vokcontrol.txt"};
+
+TEST_F(Channel, errorExitsWriteThenCloseThenRemoveThenTrace)
+{
+    const Lines order = root::join(
+        {{"write outbuf7", "close vokcontrol.tmp", "remove vokcontrol.tmp"}, kTraceEvents});
+    EXPECT_EQ(eventsOf([] { cmdsvc::endWithWord(2); }), order);
+    ASSERT_TRUE(cmdsvc::openChannel(7));
+    EXPECT_EQ(eventsOf([] { cmdsvc::endWithError(2); }), order);
+}
+
+TEST_F(Channel, exitThatKeepsItsFileWritesThenRemovesThenTraces)
+{
+    EXPECT_EQ(eventsOf([] { cmdsvc::endWithWordKeepingFile(3); }),
+              root::join({{"write outbuf7", "remove vokcontrol.tmp"}, kTraceEvents}));
 }
 
 // ---- Parameter lines --------------------------------------------------------------------------

@@ -92,6 +92,25 @@ Lines wrongCountCalls(const Row& row, std::uint32_t count)
     return calls;
 }
 
+constexpr int kNewNumber = 8;
+
+/// The path of an answer that no request before has left.
+std::string newAnswerPath()
+{
+    const std::string path = "/tmp/outbuf" + std::to_string(kNewNumber);
+    std::filesystem::remove(path);
+    return path;
+}
+
+/// The answer is still being written: so much of it waits in its stream, and its file is empty.
+void expectOpenAndEmpty(const std::string& path, long written)
+{
+    ASSERT_NE(fout_buf, nullptr) << path;
+    EXPECT_EQ(std::ftell(fout_buf), written);
+    EXPECT_TRUE(std::filesystem::is_regular_file(path));
+    EXPECT_EQ(root::readFile(path), "");
+}
+
 TEST_F(Dispatcher, wrongCountIsAnsweredByEachRowInItsWay)
 {
     for (const Row& row : kRows) {
@@ -106,6 +125,21 @@ TEST_F(Dispatcher, wrongCountIsAnsweredByEachRowInItsWay)
             EXPECT_EQ(outcome.calls, wrongCountCalls(row, count)) << row.code << count;
             EXPECT_EQ(root::exists(kWorkFile), row.exit == 'B') << row.code << count;
         }
+    }
+}
+
+TEST_F(Dispatcher, wrongCountLeavesTheAnswerOpenAndUnwritten)
+{
+    for (const Row& row : kRows) {
+        if (row.exit == ' ') {
+            continue;
+        }
+        const std::string path = newAnswerPath();
+        request::load(frame(row.code, 99));
+        process_command(kNewNumber);
+        expectOpenAndEmpty(path, 4);
+        EXPECT_EQ(process(frame("gubs", 0)).result, 0);
+        EXPECT_EQ(root::readFile(path), le32(row.wrongCountCode)) << row.code;
     }
 }
 
@@ -205,6 +239,26 @@ TEST_F(Dispatcher, unknownCodesAnswerNothing)
     }
 }
 
+TEST_F(Dispatcher, unknownCodeLeavesTheAnswerOpenAndEmpty)
+{
+    const std::string path = newAnswerPath();
+    request::load(frame("xxxx", 0));
+    EXPECT_EQ(process_command(kNewNumber), -1);
+    expectOpenAndEmpty(path, 0);
+}
+
+TEST_F(Dispatcher, answerOfNothingIsAnEmptyFile)
+{
+    for (const std::string& request :
+         {frame("gubs", 0), frame("dscr", 0), frame("ipcf", 0), frame("rtov", 2)}) {
+        const std::string path = newAnswerPath();
+        request::load(request);
+        EXPECT_EQ(process_command(kNewNumber), 0) << request;
+        EXPECT_TRUE(std::filesystem::is_regular_file(path)) << request;
+        EXPECT_EQ(root::readFile(path), "") << request;
+    }
+}
+
 TEST_F(Dispatcher, separatorIsNotChecked)
 {
     EXPECT_EQ(process("gubs#" + le32(0) + "\n").result, 0);
@@ -241,7 +295,7 @@ TEST_F(Dispatcher, newlineEndsTheLineWhereverItStands)
 
 TEST_F(Dispatcher, shortLineShowsNothingOfTheOneBefore)
 {
-    EXPECT_EQ(process(frame("rtov", 2, "")).result, 0);
+    EXPECT_EQ(process(frame("gubs", 0x05040302)).result, 0);
     const Outcome outcome = process("rtov\n");
     EXPECT_EQ(outcome.answer, le32(0xFF000003));
     EXPECT_EQ(outcome.calls, opening("rtov", 0, {exitTrace(0xFF000003)}));

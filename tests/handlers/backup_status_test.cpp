@@ -274,6 +274,16 @@ TEST_F(VariableReport, lengthOfTenWithoutALinesEndBehindItReadsToTheEnd)
                  "__bk" + std::string(64, 'n') + "=303072025");
 }
 
+TEST_F(VariableReport, lengthOfTenReadsOneLineMoreAsFarAsItHasRoom)
+{
+    EXPECT_EQ(request::process(makeFrame('\n', 3, "johannes\nmore\n")).answer, statusFrame(0));
+    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::process(upToTheEnd(makeFrame('\n', 3, ""), 'n')).answer, statusFrame(0));
+    EXPECT_EQ(request::unread(), "n");
+    EXPECT_EQ(request::process(makeFrame(11, 3, "johannes\nmore\n")).answer, statusFrame(0));
+    EXPECT_EQ(request::unread(), "more\n");
+}
+
 TEST_F(VariableReport, lineThatEndsAtTheLengthsNeighbourHasNeitherStateNorName)
 {
     expectStored("subs \x06\n\x03"
@@ -522,6 +532,13 @@ class FileReport : public root::Test {
         EXPECT_EQ(cmdsvc::currentFile(), nullptr);
     }
 
+    /// What is left to read of a request with this behind its state, when it has ended.
+    static void expectUnread(const std::string& name, const std::string& rest)
+    {
+        EXPECT_EQ(request::process(makeFrame(3, name)).result, 0);
+        EXPECT_EQ(request::unread(), rest) << name;
+    }
+
     static Outcome report(const std::function<void()>& intervene = [] {})
     {
         request::load(makeFrame(3, "anna\n"));
@@ -684,6 +701,16 @@ TEST_F(FileReport, nameWithoutAnEndIsRefused)
 {
     expectRefused(upToTheEnd(makeFrame(3, ""), 'n'));
     expectRefused(upToTheEnd(makeFrame(3, ""), '\\'));
+}
+
+TEST_F(FileReport, nameIsReadToItsEndOrForSixtySevenBytes)
+{
+    expectUnread("anna\nmore\n", "more\n");
+    expectUnread("anna" + zeros(1) + "more\n", "more\n");
+    expectUnread("\nmore\n", "more\n");
+    expectUnread(std::string(67, 'n') + "\nmore\n", "\nmore\n");
+    expectUnread(std::string(100, 'n') + "\n", std::string(33, 'n') + "\n");
+    expectUnread(std::string(70, '\\') + std::string(67, 'n') + "\\m\n", "\\m\n");
 }
 
 // ---- sub1: the date ---------------------------------------------------------------------------
@@ -1033,6 +1060,17 @@ TEST_F(BackupTable, markIsReplaced)
 {
     root::writeFile(kMark, "something longer");
     expectServed(zeros(10), 0, header(0));
+}
+
+TEST_F(BackupTable, markIsThereBeforeTheCountsAreTraced)
+{
+    publish(table(1, record(1, "anna")));
+    std::string mark;
+    const auto look = [&] {
+        watch::after("echo \"cmd_gub1 -- numberofuser", [&] { mark = root::readFile(kMark); });
+    };
+    EXPECT_EQ(ask(look).answer, header(1) + record(1, "anna"));
+    EXPECT_EQ(mark, le32(1));
 }
 
 TEST_F(BackupTable, markThatCannotBeWrittenIsNoFailure)

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <limits>
 #include <vector>
 
 #include "tests/support/root.h"
@@ -90,6 +91,16 @@ TEST_F(DriveCount, numberIsReadAsDecimalConversionDoes)
     expectCount("\n2\n", 0);
     expectCount("-3\n", -3);
     expectCount(std::string("2\0004\n", 4), 2);
+}
+
+TEST_F(DriveCount, numberBeyondThirtyTwoBitsKeepsItsLowerOnes)
+{
+    expectCount("4294967298\n", 2);
+    expectCount("2147483648\n", std::numeric_limits<int>::min());
+    expectCount("-4294967293\n", 3);
+    expectCount("9223372036854775807\n", -1);
+    expectCount("99999999999999999999\n", -1);
+    expectCount("-99999999999999999999\n", 0);
 }
 
 TEST_F(DriveCount, withoutOutputThereIsOneDrive)
@@ -358,6 +369,16 @@ TEST_F(DiskCapacity, numberIsSixteenBitsWide)
               with(asked("/dev/sda: 70000 GB\n", 70000, "70000 GB\n"), {tracedSize(70000)}));
 }
 
+TEST_F(DiskCapacity, figureBeyondThirtyTwoBitsKeepsItsLowerOnes)
+{
+    stubOutput("fdisk", "/dev/sda: 4294967796 GB\n");
+    EXPECT_EQ(GetInternalDiskCap(), 500);
+    EXPECT_EQ(watch::calls(), asked("/dev/sda: 4294967796 GB\n", 500, "4294967796 GB\n"));
+    expectFigure("/dev/sda: 4294967295 GB\n", 65535);
+    expectFigure("/dev/sda: 99999999999999999999 GB\n", 65535);
+    expectFigure("/dev/sda: -99999999999999999999 GB\n", 0);
+}
+
 TEST_F(DiskCapacity, silentFdiskMeansZero)
 {
     for (const char* script : {"exit 1", "exit 127", "echo Disk /dev/sdb: 500 GB"}) {
@@ -479,6 +500,12 @@ TEST_F(MirrorCapacity, sizeIsTheNumberFourCharactersBehindGiB)
     expectMirror("1 GiB 2\n1 GiB 3\n", 2);
     expectMirror("GiB12345\n", 2345);
     expectMirror("1 GiB 65537 GB\n", 1);
+}
+
+TEST_F(MirrorCapacity, sizeBeyondThirtyTwoBitsKeepsItsLowerOnes)
+{
+    expectMirror("(1 GiB    4294967796 GB)\n", 500);
+    expectMirror("(1 GiB    99999999999999999999 GB)\n", 65535);
 }
 
 TEST_F(MirrorCapacity, sizeWithoutANumberIsZero)

@@ -256,15 +256,6 @@ class Host : public root::Test {
         EXPECT_EQ(root::readFile(kVariables), kBefore + added);
     }
 
-    /// What the handler has not read, up to the padding.
-    static std::string unread()
-    {
-        std::array<char, 4097> bytes{};
-        [[maybe_unused]] const std::size_t size =
-            std::fread(bytes.data(), 1, bytes.size() - 1, cmdsvc::requestStream());
-        return bytes.data();
-    }
-
   private:
     static Lines leftBehind()
     {
@@ -361,7 +352,7 @@ TEST_F(Host, aFifthLineIsNotRead)
     const Parameters p;
     load(lines(p) + "more\n");
     expectEnd(kGood, upToLanguage(p));
-    EXPECT_EQ(unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more\n");
 }
 
 TEST_F(Host, lineThatIsMissingIsMalformed)
@@ -753,7 +744,7 @@ TEST_F(Host, hostNamesOfAnySize)
         load(p);
         if (size > 32) {
             expectRefused(kHostNameTooLong, firstOf(read(p), 2));
-            EXPECT_EQ(unread(), "\nen\n") << "the work group is not read";
+            EXPECT_EQ(request::unread(), "\nen\n") << "the work group is not read";
         } else {
             expectEnd(kGood,
                       join({upToLanguage(p), (size > 1) ? settingHostName(p.hostName) : Lines{}}));
@@ -770,7 +761,7 @@ TEST_F(Host, workGroupsOfAnySize)
         load(p);
         if (size > 32) {
             expectRefused(kWorkGroupTooLong, firstOf(read(p), 3));
-            EXPECT_EQ(unread(), "en\n") << "the language is not read";
+            EXPECT_EQ(request::unread(), "en\n") << "the language is not read";
         } else {
             expectEnd(kGood,
                       join({upToLanguage(p),

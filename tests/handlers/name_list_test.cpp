@@ -8,13 +8,6 @@
 #include "core/core.h"
 #include "tests/support/root.h"
 
-/// Where a sanitizer keeps the heap, a block that is too large must fail as it does without one.
-extern "C" [[gnu::visibility("default")]] const char* __asan_default_options();
-extern "C" const char* __asan_default_options()
-{
-    return "allocator_may_return_null=1";
-}
-
 namespace {
 
 namespace fs = std::filesystem;

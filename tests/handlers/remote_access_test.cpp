@@ -198,15 +198,6 @@ class RemoteAccess : public root::Test {
         EXPECT_FALSE(root::exists("/stubs/asked-ra-enabled"));
     }
 
-    /// What the handler has not read, up to the padding.
-    static std::string unread()
-    {
-        std::array<char, 4097> bytes{};
-        [[maybe_unused]] const std::size_t size =
-            std::fread(bytes.data(), 1, bytes.size() - 1, cmdsvc::requestStream());
-        return bytes.data();
-    }
-
   private:
     std::string request_;
     std::string printed_;
@@ -396,7 +387,7 @@ TEST_F(Value, keyIsAllThatIsRead)
     load(frame("getv", 1, le32(3) + "\nmore\n"));
     expectAnswer(std::string("getv \3\0\0\0\n2\n", 12),
                  {trace("key is 3"), trace("getv returning 2")});
-    EXPECT_EQ(unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more\n");
 }
 
 // ---- wags -------------------------------------------------------------------------------------
@@ -470,7 +461,7 @@ TEST_F(Access, systemNeedsNoSecondLine)
     root::writeFile(kVariables, "raclient_raenabled=1\n");
     load(frame("wags", 2, "system\nanna\n"));
     expectAnswer("wags system\n\1\n", {trace("wags entity: system"), trace("wags system on: 1")});
-    EXPECT_EQ(unread(), "anna\n");
+    EXPECT_EQ(request::unread(), "anna\n");
     load(filledFrame("wags", 1, "system\n"));
     expectAnswer("wags system\n\1\n", {trace("wags entity: system"), trace("wags system on: 1")});
 }
@@ -483,7 +474,7 @@ TEST_F(Access, anyOtherEntityIsMalformed)
         SCOPED_TRACE(entity);
         load(frame("wags", 2, entity + "\nanna\n"));
         expectError(2, {trace("wags entity: " + entity)});
-        EXPECT_EQ(unread(), "anna\n");
+        EXPECT_EQ(request::unread(), "anna\n");
         expectNoProgram();
     }
 }
@@ -494,7 +485,7 @@ TEST_F(Access, entitiesOfAnySizeAreMalformed)
         const std::string entity(size, 's');
         load(frame("wags", 2, entity + "\nuser\n"));
         expectError(2, {trace("wags entity: " + entity.substr(0, 255))});
-        EXPECT_EQ(unread(), ((size < 255) ? "" : entity.substr(255) + "\n") + "user\n");
+        EXPECT_EQ(request::unread(), ((size < 255) ? "" : entity.substr(255) + "\n") + "user\n");
     }
 }
 
@@ -636,7 +627,7 @@ TEST_F(Access, restOfALongUserIsNotRead)
         load(frame("wags", 2, "user\n" + text + "more\n"));
         watch::answer(kSwitch, 0, 0);
         expectUser(true, userCalls(text));
-        EXPECT_EQ(unread(), ((size <= 255) ? "" : text.substr(255)) + "more\n") << size;
+        EXPECT_EQ(request::unread(), ((size <= 255) ? "" : text.substr(255)) + "more\n") << size;
     }
 }
 
@@ -648,10 +639,10 @@ TEST_F(Access, restOfALongEntityIsTheUser)
         load(frame("wags", 2, entity + "anna\n"));
         if (size <= 255) {
             expectUser(true, userCalls("anna"));
-            EXPECT_EQ(unread(), "");
+            EXPECT_EQ(request::unread(), "");
         } else {
             expectUser(true, userCalls(""));
-            EXPECT_EQ(unread(), "anna\n");
+            EXPECT_EQ(request::unread(), "anna\n");
         }
     }
     load(frame("wags", 2, "user" + std::string(251, '\0') + "bob\nanna\n"));
@@ -833,7 +824,7 @@ TEST_F(SigningUp, textsOfAnySize)
     const std::string piece(254, 'n');
     ask(std::string(4000, 'n') + "\n");
     expectRegistered(piece, piece, piece);
-    EXPECT_EQ(unread(), std::string(4000 - 3 * 254, 'n') + "\n");
+    EXPECT_EQ(request::unread(), std::string(4000 - 3 * 254, 'n') + "\n");
 }
 
 TEST_F(SigningUp, restOfALongLineIsTheNext)
@@ -851,13 +842,13 @@ TEST_F(SigningUp, restOfALongLineIsTheNext)
         } else {
             expectRegistered(start, rest, "b\n");
         }
-        EXPECT_EQ(unread(), isWhole ? "" : "c\n");
+        EXPECT_EQ(request::unread(), isWhole ? "" : "c\n");
         ask("a\n" + text + "c\n");
         expectRegistered("a", start, isWhole ? "c\n" : rest);
-        EXPECT_EQ(unread(), isWhole ? "" : "c\n");
+        EXPECT_EQ(request::unread(), isWhole ? "" : "c\n");
         ask("a\nb\n" + text);
         expectRegistered("a", "b\n", start);
-        EXPECT_EQ(unread(), rest);
+        EXPECT_EQ(request::unread(), rest);
     }
 }
 
@@ -915,7 +906,7 @@ TEST_F(SigningUp, aFourthLineIsNotRead)
 {
     ask(kAnna + "more\n");
     expectRegistered("anna", "anna@example.org\n", "secret\n");
-    EXPECT_EQ(unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more\n");
 }
 
 // ---- wasu -------------------------------------------------------------------------------------
@@ -1049,6 +1040,15 @@ TEST_F(Switching, onIsAnsweredWhenTheProgramHasEnded)
     askForAnna('\1');
     expectAnswer(done(), join({annaNamed(), {trace("wasu success")}}));
     EXPECT_EQ(root::readFile("/stubs/early"), "0\n");
+}
+
+TEST_F(Switching, onIsAnsweredBeforeItsSuccessIsTraced)
+{
+    askForAnna('\1');
+    long answered = 0;
+    watch::after("echo \"wasu success", [&] { answered = std::ftell(fout_buf); });
+    expectAnswer(done(), join({annaNamed(), {trace("wasu success")}}));
+    EXPECT_EQ(answered, static_cast<long>(done().size()));
 }
 
 TEST_F(Switching, everyTraceReachesTheFile)
@@ -1283,14 +1283,14 @@ TEST_F(Switching, restOfALongLastLineIsTheFlag)
     expectMalformed(frame("wasu", 4, "a\nb\n" + text + "nn\n\1\n"));
     ask("a\nb\n" + text + "n\n\1\n");
     expectAnswer("", named("a", "b"));
-    EXPECT_EQ(unread(), "\1\n");
+    EXPECT_EQ(request::unread(), "\1\n");
 }
 
 TEST_F(Switching, restOfALongFirstLineMovesTheFlag)
 {
     ask(std::string(256, 'n') + "\nb\nc\n\1\n");
     expectAnswer("", named(std::string(255, 'n'), "n"));
-    EXPECT_EQ(unread(), "\1\n");
+    EXPECT_EQ(request::unread(), "\1\n");
     expectNoProgram();
 }
 
@@ -1344,7 +1344,7 @@ TEST_F(Switching, nothingBehindTheFlagIsRead)
 {
     ask("anna\nb\nc\n\1\nmore\n");
     expectRegistered("anna", "b", "c");
-    EXPECT_EQ(unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more\n");
 }
 
 // ---- Processes --------------------------------------------------------------------------------

@@ -45,13 +45,6 @@ extern "C" int fclose(FILE* file)
     return next(file);
 }
 
-/// Where a sanitizer keeps the heap, a block that is too large must fail as it does without one.
-extern "C" [[gnu::visibility("default")]] const char* __asan_default_options();
-extern "C" const char* __asan_default_options()
-{
-    return "allocator_may_return_null=1";
-}
-
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -994,6 +987,16 @@ TEST_F(SharePropertyByPlace, linesRestIsReadForTenAlone)
     const Outcome outcome = request::process("gspc \n" + std::string(80, 'N') + "\n");
     EXPECT_EQ(outcome.answer, answerOf(3));
     EXPECT_EQ(outcome.calls[2], trace("cmd_gspc pShareName: " + std::string(10, 'N')));
+}
+
+TEST_F(SharePropertyByPlace, nameOfTenTakesTheWholeRestOfItsLine)
+{
+    expectNone("gspc \n0123456789\nmore\n", "123456789\n");
+    EXPECT_EQ(request::unread(), "more\n");
+    expectNone("gspc \n" + std::string(4090, 'N'), std::string(10, 'N'));
+    EXPECT_EQ(request::unread(), "");
+    expectNone("gspc \5Books\nmore\n", "Books");
+    EXPECT_EQ(request::unread(), "more\n");
 }
 
 TEST_F(SharePropertyByPlace, piecesOfALongUserListCountAsLines)

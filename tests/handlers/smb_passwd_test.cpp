@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -19,12 +20,33 @@
 namespace {
 
 bool isMemoryGone = false;
+int errorOfRelease = 0; ///< what errno is after memory has been released; 0: left alone
 
 } // namespace
 
+void* operator new(std::size_t size)
+{
+    void* block = std::malloc(size);
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
+    return block;
+}
+
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
 {
-    return isMemoryGone ? nullptr : ::operator new(size);
+    return isMemoryGone ? nullptr : std::malloc(size);
+}
+
+void operator delete(void* block) noexcept
+{
+    std::free(block);
+    errno = (errorOfRelease != 0) ? errorOfRelease : errno;
+}
+
+void operator delete(void* block, std::size_t /*size*/) noexcept
+{
+    ::operator delete(block);
 }
 
 namespace {
@@ -527,6 +549,15 @@ TEST_F(SmbPasswd, fileThatCannotBeOpenedIsAFailureWithItsReason)
         EXPECT_EQ(handle, nullptr) << row.path;
     }
     EXPECT_EQ(openFiles(), before);
+}
+
+TEST_F(SmbPasswd, releaseDoesNotChangeTheReasonOfAFailedOpen)
+{
+    SmbPasswdHandle* handle = nullptr;
+    errorOfRelease = EINVAL;
+    EXPECT_EQ(openSmbPasswd(&handle, "/tmp/none"), -1);
+    errorOfRelease = 0;
+    EXPECT_EQ(errno, ENOENT);
 }
 
 TEST_F(SmbPasswd, folderHasNoAccountsAndIsNoBrokenLine)

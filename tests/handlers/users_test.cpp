@@ -3,14 +3,40 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
+#include <string>
 #include <unistd.h>
 
 #include "cmdsvc/channel.h"
 #include "core/core.h"
 #include "tests/support/request.h"
 #include "tests/support/root.h"
+
+namespace {
+
+/// What happens when the module removes a file of this name.
+struct Removal {
+    std::string path;
+    std::function<void()> action;
+};
+
+Removal removal;
+
+} // namespace
+
+/// The C library's, with something happening at one of its calls.
+extern "C" int remove(const char* path) noexcept
+{
+    if (removal.path == path) {
+        removal.path.clear();
+        removal.action();
+    }
+    const int result = ::unlink(path);
+    return (result != 0 && errno == EISDIR) ? ::rmdir(path) : result;
+}
 
 namespace {
 
@@ -105,6 +131,15 @@ TEST_F(UsersList, longLineIsReadInPieces)
     const std::string name(490, 'n');
     expectList("<username>" + name + "</username>\n", "return [\"guest\", \"" + name + "\"];");
     expectList("<username>" + std::string(600, 'n') + "</username>\n", "return [\"guest\"];");
+}
+
+TEST_F(UsersList, nameOf499CharactersIsListedAndALongerOneIsNot)
+{
+    const std::string name(499, 'n');
+    expectList(userLines({}) + "<username>" + name + "</username>\n",
+               "return [\"guest\", \"" + name + "\"];");
+    expectList("<username>" + name + "n</username>\n<username>bob</username>\n",
+               "return [\"guest\", \"bob\"];");
 }
 
 TEST_F(UsersList, failingScriptOrSearchIsNoFailure)
@@ -290,6 +325,20 @@ TEST_F(UserExists, listThatCannotBeOpenedIsTracedAndStays)
     EXPECT_EQ(watch::calls().back(),
               trace("isUserExisted() cannot open file " + list + ": Permission denied"));
     EXPECT_TRUE(root::exists(list));
+}
+
+TEST_F(UserExists, listThatIsTooLargeForTheMemoryIsTracedAndRemoved)
+{
+    // The list grows as its last work file goes.
+    stubUsers("");
+    const std::uintmax_t size = (std::uintmax_t{1} << 60U) + 19;
+    removal = {list + pid() + "2", [&] { std::filesystem::resize_file(list, size); }};
+    EXPECT_EQ(isUserExisted("anna"), -1);
+    Lines calls = fetchCalls(list);
+    calls.push_back(trace("file " + list + " size = 19 bytes"));
+    calls.push_back(trace("isUserExisted() () failed  memory allocation Cannot allocate memory"));
+    EXPECT_EQ(watch::calls(), calls);
+    EXPECT_EQ(root::list("/tmp/work"), Lines{});
 }
 
 // ---- lstu -------------------------------------------------------------------------------------

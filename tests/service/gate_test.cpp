@@ -448,6 +448,10 @@ TEST(Gate, newUsersNameIsNotLongerThanTheHandlerTakes)
         EXPECT_EQ(refusal->parameter, "user");
         EXPECT_EQ(refusal->answer, le32(0x10000002));
     }
+    const auto both = examine(frame("crat", 2, std::string(33, 'a') + "\n'\n"));
+    ASSERT_TRUE(both);
+    EXPECT_EQ(both->parameter, "user") << "the handler looks at the name first";
+    EXPECT_EQ(both->answer, le32(0x10000002));
 }
 
 TEST(Gate, sizeOfAPrivateFileIsHarmlessAsTextOrSmall)
@@ -472,6 +476,7 @@ TEST(Gate, sizeOfAPrivateFileIsHarmlessAsTextOrSmall)
         EXPECT_EQ(refusal->parameter, "size");
         EXPECT_EQ(refusal->answer, le32(0xFF000003));
     }
+    EXPECT_EQ(refusedFor(frame("spvt", 2, "\"abc\nx\n")), "size") << "a quote that is not closed";
     EXPECT_FALSE(passes(frame("spvt", 2, "`id`"))) << "no newline behind it";
     EXPECT_FALSE(passes(frame("spvt", 2, "12345`id`\nx\n"))) << "too long for a size";
     EXPECT_FALSE(passes(frame("spvt", 2, "ab`\nx\n"))) << "too short for one";

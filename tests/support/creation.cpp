@@ -110,10 +110,4 @@ void Test::expectEnd(std::uint32_t code, const Lines& calls, Lines left)
     cmdsvc::closeCurrentFile();
 }
 
-std::string Test::unread()
-{
-    std::array<char, 4096> bytes{};
-    return {bytes.data(), std::fread(bytes.data(), 1, bytes.size(), cmdsvc::requestStream())};
-}
-
 } // namespace creation

@@ -38,9 +38,6 @@ class Test : public root::Test {
     /// @param calls  without the trace of an exit
     /// @param left   files besides those that any request leaves
     static void expectEnd(std::uint32_t code, const Lines& calls, Lines left);
-
-    /// What the request's handler has not read.
-    [[nodiscard]] static std::string unread();
 };
 
 } // namespace creation

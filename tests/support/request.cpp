@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <iterator>
 
+#include "cmdsvc/channel.h"
 #include "core/core.h"
 #include "tests/support/root.h"
 
@@ -39,13 +40,23 @@ Outcome run(int number)
     if (fout_buf != nullptr) {
         std::fflush(fout_buf);
     }
-    return {result, root::readFile("/tmp/outbuf" + std::to_string(number)), watch::calls()};
+    const std::string path = "/tmp/outbuf" + std::to_string(number);
+    EXPECT_TRUE(root::exists(path)) << "an answer of nothing is an empty file";
+    return {result, root::readFile(path), watch::calls()};
 }
 
 Outcome process(std::string_view frame, int number)
 {
     load(frame);
     return run(number);
+}
+
+std::string unread()
+{
+    std::array<char, sizeof fin_buf> bytes;
+    const std::size_t size = std::fread(bytes.data(), 1, bytes.size(), cmdsvc::requestStream());
+    const std::string_view rest(bytes.data(), size);
+    return std::string(rest.substr(0, rest.find_last_not_of('\0') + 1));
 }
 
 std::vector<std::string> opening(std::string_view code, std::uint32_t count)

@@ -32,6 +32,9 @@ void load(std::string_view frame);
 /// Both at once.
 [[nodiscard]] Outcome process(std::string_view frame, int number = 7);
 
+/// What no handler has read of the request, without the zeros behind it.
+[[nodiscard]] std::string unread();
+
 /// The calls that begin every request: the code and the count.
 [[nodiscard]] std::vector<std::string> opening(std::string_view code, std::uint32_t count);
 

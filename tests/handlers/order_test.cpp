@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: MIT
+//
+// In which order handlers trace, answer and put their work files away. Other tests compare all
+// traces and the whole answer; this one looks at the answer and at the files when a trace is made.
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cmdsvc/channel.h"
+#include "core/core.h"
+#include "handlers/drives.h"
+#include "tests/support/request.h"
+#include "tests/support/root.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using request::frame;
+
+const std::string kSwitch = "/usr/bin/ra-enabled";
+const std::string kReport = "/etc/pelconfig/vokcontrol/__bksts/__bkanna";
+
+/// An appliance on which every request ends well.
+class Order : public root::Test {
+  protected:
+    void SetUp() override
+    {
+        root::Test::SetUp();
+        root::writeFile("/stubs/listing", root::shareBlock("Music"));
+        root::stub("php", R"(case $2 in
+tovGetShareList) cat /stubs/listing >"$3" ;;
+tovGetUsers) printf '<username>%s</username>\n' anna bob >"$3" ;;
+tovGetLanguage) echo '<languag>english</languag>' >"$3" ;;
+esac)");
+        root::stub("runwebhooks", R"(echo 'return ["Music"];')");
+        root::stub("date", "echo 03072025");
+        root::stub("fdisk", "echo 'Disk /dev/sda: 500.1 GB'");
+        root::stub("mdadm", "echo '(931.51 GiB 1000.20 GB)'");
+        root::stub("pelparam", "echo 2");
+        root::stub("pelstatus", "exit 0");
+        root::stub("ps", "echo pelstatus");
+        root::writeFile(kSwitch, "#!/usr/bin/sh\nexit 0\n");
+        fs::permissions(kSwitch, fs::perms(0755));
+        root::writeFile("/etc/pelconfig/system_var",
+                        "pel_pubshare_name=Public\ndefault_public_share_name_en=Public\n");
+    }
+
+    void TearDown() override
+    {
+        fs::remove(kSwitch);
+        root::Test::TearDown();
+    }
+
+    /// Has a request processed, and looks at something when the first trace that starts so is made.
+    /// @return nothing where no such trace is made
+    template <class Look>
+    static auto lookAt(const std::string& traceStart, const std::string& request, Look look)
+    {
+        std::optional<decltype(look())> seen;
+        request::load(request);
+        watch::after("echo \"" + traceStart, [&] { seen = look(); });
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(request::run().result, 0);
+        testing::internal::GetCapturedStdout();
+        return seen;
+    }
+
+    /// How many bytes have been answered when a trace is made.
+    static void expectAnswered(long size, const std::string& traceStart, const std::string& request)
+    {
+        EXPECT_EQ(lookAt(traceStart, request, [] { return std::ftell(fout_buf); }), size)
+            << traceStart;
+    }
+
+    /// Whether a file is still there when a trace is made.
+    static void expectThere(bool isThere, const std::string& path, const std::string& traceStart,
+                            const std::string& request)
+    {
+        EXPECT_EQ(lookAt(traceStart, request, [&] { return root::exists(path); }), isThere)
+            << traceStart;
+    }
+
+    /// Whether the slot still holds a file when a trace is made.
+    static void expectOpen(bool isOpen, const std::string& traceStart, const std::string& request)
+    {
+        EXPECT_EQ(lookAt(traceStart, request, [] { return cmdsvc::currentFile() != nullptr; }),
+                  isOpen)
+            << traceStart;
+    }
+};
+
+const std::string kPlace = "gspc \5Music\n";
+const std::string kNoPlace = "gspc \5Books\n";
+const std::string kVariableReport = "subs \6 \3anna\n";
+const std::string kFileReport = frame("sub1", 2, "\3 anna\n");
+
+TEST_F(Order, theseAreAnsweredAndThenTraced)
+{
+    expectAnswered(10 + 7, "cmd_gps1 fwrite", frame("gps1", 0));
+    expectAnswered(5, "cmd_gpsn fwrite", frame("gpsn", 0));
+    expectAnswered(12, "cmd_gsp1 fwrite", frame("gsp1", 1, "Music\n"));
+    expectAnswered(10, "cmd_gspc fwrite", kNoPlace);
+    expectAnswered(10, "SendReturnStatus", kPlace);
+    expectAnswered(10 + 13, "cmd_lsts return", frame("lsts", 0));
+    expectAnswered(10, "SendReturnStatus", kVariableReport);
+    expectAnswered(10, "cmd_gub1 -- RetUsersBkStatus", frame("gub1", 0));
+    expectAnswered(4, "exiting", frame("grst", 0));
+    expectAnswered(4, "exiting", frame("crat", 2, "anna\nword\n"));
+    expectAnswered(9, "exiting", frame("getv", 1, root::le32(9) + "\n"));
+}
+
+TEST_F(Order, theseAreTracedAndThenAnswered)
+{
+    expectAnswered(0, "return good", frame("sgss", 0));
+    expectAnswered(0, "return good", kVariableReport);
+    expectAnswered(0, "return good", kFileReport);
+    expectAnswered(0, "cmd_gub1() ", frame("gub1", 0));
+    expectAnswered(0, "create_user", frame("crat", 2, "carl\nword\n"));
+    expectAnswered(0, "create_shar() cmd", frame("pshr", 3, "guest\nFilms\n"));
+    expectAnswered(0, "setUserPrivilege() cmd", frame("shar", 3, "anna\nFilms\n"));
+    expectAnswered(0, "cmd_host()", frame("host", 4, "112115302026.45\nnas\nhome\nen\n"));
+    expectAnswered(0, "cmd_frst() return", frame("frst", 0));
+    expectAnswered(0, "pubsharename", frame("qlps", 0));
+    expectAnswered(0, "getv returning", frame("getv", 1, root::le32(3) + "\n"));
+    expectAnswered(0, "wags system on", frame("wags", 1, "system\n"));
+    expectAnswered(0, "wasu exited", frame("wasu", 4, std::string("anna\na\nb\n\0\n", 11)));
+}
+
+TEST_F(Order, usersAreCountedThenAnnouncedThenReportedOneByOne)
+{
+    expectAnswered(0, "found 2 user", frame("lstu", 0));
+    expectAnswered(10, "reporting user anna", frame("lstu", 0));
+    expectAnswered(15, "reporting user bob", frame("lstu", 0));
+    expectOpen(true, "found 2 user", frame("lstu", 0));
+}
+
+TEST_F(Order, workFilesAreClosedAndGoneBeforeTheResultIsTraced)
+{
+    const std::string listing = cmdsvc::kWorkFile + root::pid();
+    expectThere(false, listing, "cmd_gsp1 fwrite", frame("gsp1", 1, "Music\n"));
+    expectOpen(false, "cmd_gsp1 fwrite", frame("gsp1", 1, "Music\n"));
+    expectThere(false, cmdsvc::kWorkFile, "cmd_gspc share name", kPlace);
+    expectOpen(false, "cmd_gspc share name", kPlace);
+    expectThere(false, cmdsvc::kWorkFile, "SendReturnStatus", kPlace);
+    expectOpen(false, "SendReturnStatus", kPlace);
+    expectThere(false, root::workFile("cmd_lsts"), "cmd_lsts return", frame("lsts", 0));
+    expectOpen(false, "cmd_lsts return", frame("lsts", 0));
+    expectThere(false, cmdsvc::kWorkFile, "return good", kVariableReport);
+    expectThere(false, cmdsvc::kWorkFile, "return good", kFileReport);
+    expectThere(false, "/tmp/vokcontrol2.tmp", "GetInternalDiskCap: ", frame("gub1", 0));
+}
+
+TEST_F(Order, userListIsClosedAfterItsLineIsTraced)
+{
+    // Its second piece of 254 characters is a line of its own.
+    root::stub("php", "echo '<username>" + std::string(300, 'n') + "</username>' >\"$3\"");
+    expectOpen(true, "cmd_gspc n", kPlace);
+    expectThere(true, cmdsvc::kWorkFile, "cmd_gspc n", kPlace);
+    expectOpen(false, "cmd_gspc fwrite", kPlace);
+    expectThere(false, cmdsvc::kWorkFile, "cmd_gspc fwrite", kPlace);
+}
+
+TEST_F(Order, reportIsKeptBeforeItIsTraced)
+{
+    const auto report = [] { return root::readFile(kReport); };
+    EXPECT_EQ(lookAt("return good", kFileReport, report), "303072025");
+    const auto variables = [] { return root::readFile("/etc/pelconfig/system_var"); };
+    EXPECT_EQ(lookAt("return good", kVariableReport, variables),
+              "pel_pubshare_name=Public\ndefault_public_share_name_en=Public\n"
+              "__bkanna=303072025\n");
+}
+
+} // namespace

@@ -140,6 +140,20 @@ TEST_F(ApiValues, commandsFailuresAreComments)
     EXPECT_EQ(watch::calls().size(), 2U) << "and no traces";
 }
 
+TEST_F(ApiValues, commandsCommentsAreOutAtOnce)
+{
+    root::stub("tool", "echo \"<key>x</key>\" >\"$1\"");
+    EXPECT_EQ(root::printedPieces([] {
+                  EXPECT_STREQ(kyteGetVar("tool", "<key>"), "x");
+                  EXPECT_STREQ(kyteGetVar("true", "<key>"), "");
+              }),
+              (Lines{"//<!-- getSysVar(): tool " + output + " -- iRet: 0-->\n",
+                     "//<!-- getSysVar retBuf:x-->\n",
+                     "//<!-- getSysVar(): true " + output + " -- iRet: 0-->\n",
+                     "//<!-- getSysVar failed: open file " + output +
+                         " -- err: No such file or directory-->\n"}));
+}
+
 // ---- setSysVar --------------------------------------------------------------------------------
 
 class SetApiValue : public root::Test {
@@ -154,6 +168,16 @@ TEST_F(SetApiValue, argumentGoesToTheScriptAsItStands)
     EXPECT_EQ(setSysVar("a value", "tovSet"), 0);
     EXPECT_EQ(watch::calls(), (Lines{line, trace("setSysVar(): " + line + " -- iRet: 0")}));
     EXPECT_EQ(root::readFile("/tmp/seen"), "4:/etc/inc/api_system.php tovSet a value\n");
+    EXPECT_FALSE(root::exists(output));
+}
+
+TEST_F(SetApiValue, outputIsThereUntilTheResultIsTraced)
+{
+    root::stub("php", "echo printed");
+    std::string atTheTrace;
+    watch::after("echo \"setSysVar(): ", [&] { atTheTrace = root::readFile(output); });
+    EXPECT_EQ(setSysVar("a value", "tovSet"), 0);
+    EXPECT_EQ(atTheTrace, "printed\n");
     EXPECT_FALSE(root::exists(output));
 }
 

@@ -35,6 +35,12 @@ TEST_F(BuildInfo, lineWithoutANewlineKeepsItsLastCharacter)
     expectInfo("1.2.3", "1.2.3");
 }
 
+TEST_F(BuildInfo, carriageReturnStays)
+{
+    expectInfo("1.2.3\r\nsecond\r\n", "1.2.3\r");
+    expectInfo("1.2\r3\n", "1.2\r3");
+}
+
 TEST_F(BuildInfo, emptyFirstLineAndEmptyFileAreEmpty)
 {
     expectInfo("\nx", "");

@@ -58,6 +58,7 @@ TEST_F(LiveValues, addressIsBehindAddr)
     expectAddress("addr:10.0.0.1", "10.0.0.1");
     expectAddress("addr:ABCDEF.9G", "ABCDEF.9");
     expectAddress("addr:fe80::1\n", "");
+    expectAddress("addr:10.0.0.1:8080\n", "10.0.0.1");
     expectAddress("addr:\n", "");
     expectAddress("addr:", "");
 }
@@ -74,6 +75,7 @@ TEST_F(LiveValues, hardwareAddressIsBehindHwaddrAndABlank)
 TEST_F(LiveValues, maskIsBehindMask)
 {
     expectMask(kIfconfig, "255.255.255.0");
+    expectMask("Mask:255.0.0.0:24\n", "255.0.0.0");
     expectMask("Mask:", "");
     expectMask("Masks Mask:1.2.3.4", "");
 }
@@ -84,7 +86,17 @@ TEST_F(LiveValues, gatewayIsTheSecondColumn)
                   "192.168.1.1");
     expectGateway("0.0.0.0 10.0.0.1 UG\n", "10.0.0.1");
     expectGateway("0.0.0.0 UG 7AFG\n", "7AF");
+    expectGateway("0.0.0.0 10.0.0.1:53 UG\n", "10.0.0.1");
     expectGateway("0.0.0.0 UG none\n", "");
+}
+
+TEST_F(LiveValues, gatewayBeginsAtTheNinthCharacterAtTheEarliest)
+{
+    expectGateway("0.0.0.07 UG\n", "");
+    expectGateway("0.0.0.0 8 UG\n", "8");
+    expectGateway("0.0.0.0110.0.0.1 UG\n", "10.0.0.1");
+    expectGateway("0.0.0.0 UG", "");
+    expectGateway("0.0.0.0UG\n", "");
 }
 
 TEST_F(LiveValues, onlyTheFirstLineCounts)
@@ -114,6 +126,24 @@ TEST_F(LiveValues, toolThatCannotRunGivesNoOlderValue)
     watch::answer("ifconfig", -1, EAGAIN);
     EXPECT_STREQ(getSystemVar("", 1), "");
     EXPECT_EQ(watch::calls(), (Lines{"ifconfig | grep addr: > " + output, "sudo rm -f " + output}));
+}
+
+TEST_F(LiveValues, outputOfAToolThatFailedCounts)
+{
+    root::stub("ifconfig", "echo addr:1.2.3.4");
+    root::stub("grep", "cat; exit 3");
+    EXPECT_STREQ(getSystemVar("", 1), "1.2.3.4");
+    EXPECT_EQ(watch::calls(), (Lines{"ifconfig | grep addr: > " + output, "sudo rm -f " + output}));
+}
+
+TEST_F(LiveValues, resultIsPrintedBeforeItsFileIsRemoved)
+{
+    root::stub("ifconfig", "echo addr:1.2.3.4");
+    root::stub("rm", "echo removing >&2; /usr/bin/rm \"$@\"");
+    testing::internal::CaptureStderr();
+    EXPECT_STREQ(getSystemVar("", 1), "1.2.3.4");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "getSystemVar -- ptr:1.2.3.4---\nremoving\n");
+    EXPECT_FALSE(root::exists(output));
 }
 
 TEST_F(LiveValues, missingOutputIsAnEmptyValue)

@@ -19,6 +19,10 @@ constexpr const char* kFile = "/etc/pelconfig/system_var";
 constexpr const char* kNew = "/etc/pelconfig/system_var_tmp";
 constexpr const char* kBackup = "/etc/pelconfig/system_var_bak";
 
+/// What is said where the file cannot be opened.
+const std::string kNoFile = "//<!-- getvar() - getsetvar failed open file: "
+                            "/etc/pelconfig/system_var, syserr: No such file or directory-->\n";
+
 ino_t inodeOf(const char* path)
 {
     struct stat status = {};
@@ -124,6 +128,25 @@ TEST_F(Variables, copyThatCannotBeOpenedIsAFailure)
     std::filesystem::create_directory(kNew);
     EXPECT_EQ(setvar("a", "2"), -1);
     EXPECT_EQ(root::readFile(kFile), "a=1\n");
+}
+
+TEST_F(Variables, staleCopyGoesEvenWhereTheFileIsMissing)
+{
+    root::writeFile(kNew, "stale=1\n");
+    EXPECT_EQ(setvar("a", "1"), -1);
+    EXPECT_EQ(root::list("/etc/pelconfig"), Lines{"system_var_lck"});
+}
+
+TEST_F(Variables, copyThatCannotBeUnlinkedIsNeverTruncated)
+{
+    // After a good write the copy is the file itself under its other name.
+    root::writeFile(kFile, "a=1\n");
+    std::filesystem::create_hard_link(kFile, kNew);
+    std::filesystem::permissions("/etc/pelconfig", std::filesystem::perms(0555));
+    EXPECT_EQ(setvar("a", "2"), -1);
+    EXPECT_EQ(root::readFile(kFile), "a=1\n");
+    EXPECT_EQ(inodeOf(kNew), inodeOf(kFile));
+    EXPECT_EQ(root::list("/etc/pelconfig"), (Lines{"system_var", "system_var_tmp"}));
 }
 
 TEST_F(Variables, fileThatCannotBeReadIsNeverReplaced)
@@ -248,9 +271,16 @@ TEST_F(Variables, unreadableFileIsToldInAComment)
 {
     testing::internal::CaptureStdout();
     EXPECT_STREQ(getvar("a"), "");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "//<!-- getvar() - getsetvar failed open file: /etc/pelconfig/system_var, syserr: No "
-              "such file or directory-->\n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), kNoFile);
+}
+
+TEST_F(Variables, unreadableFileIsToldAtOnce)
+{
+    EXPECT_EQ(root::printedPieces([] {
+                  getvar("a");
+                  getvar("b");
+              }),
+              (Lines{kNoFile, kNoFile}));
 }
 
 TEST_F(Variables, readerWaitsForAWriter)
@@ -310,6 +340,16 @@ TEST_F(LiveVariables, machineNameAsksTheSystemScript)
     answer("<nmbdSysname>tower</nmbdSysname>\n");
     EXPECT_STREQ(getvar("machine_name"), "tower");
     EXPECT_EQ(watch::calls(), Lines{scriptLine("tovGetNmbdSysname")});
+}
+
+TEST_F(LiveVariables, keysAreWholeOpeningTags)
+{
+    answer("<nmbdSysname>tower</nmbdSysname>\n<old_nmbdSysname>attic</old_nmbdSysname>\n"
+           "<nmbdSysnames>many</nmbdSysnames>\n");
+    EXPECT_STREQ(getvar("machine_name"), "tower");
+    answer("<language>french</language>\n<old_language>german</old_language>\n"
+           "<languages>italian</languages>\n");
+    EXPECT_STREQ(getvar("pel_language"), "2");
 }
 
 TEST_F(LiveVariables, languageIsADigit)

@@ -375,6 +375,19 @@ TEST_F(DriveInfos, shorterValueKeepsTheLongerOnesTail)
     }
 }
 
+TEST_F(DriveInfos, carriageReturnEndsAValue)
+{
+    for (const Value& value : kValues) {
+        DriveInfo expected = {};
+        std::memcpy(expected.*value.field, "ab", 2);
+        expectReport(internalDisk(tag(value.tag, "ab\rcd")), {value.label + "ab", kGood},
+                     {described(expected)});
+    }
+    expectReport(printer(tag("modelInfo", "ab\rcd") + tag("printerName", "In\rky")),
+                 join({{usb(0), modelInfo("ab", "ab")}, named(0, "", "In", "ab"), {kGood}}),
+                 {"||ab|In||0|1"});
+}
+
 TEST_F(DriveInfos, modelInfoHas40CharactersAtMost)
 {
     for (const std::size_t size : {39U, 40U, 41U, 600U}) {
@@ -436,9 +449,12 @@ TEST_F(DriveInfos, firstTagInTheTablesOrderTakesTheLine)
 TEST_F(DriveInfos, indexIsADecimalNumber)
 {
     const std::vector<std::pair<std::string, int>> values = {
-        {"0", 0},   {"12", 12}, {"-3", -3}, {" 08", 8},
-        {"x", 0},   {"", 0},    {"7x", 7},  {"2147483647", 2147483647},
-        {"0x9", 0},
+        {"0", 0},          {"12", 12},
+        {"-3", -3},        {" 08", 8},
+        {"x", 0},          {"", 0},
+        {"7x", 7},         {"2147483647", 2147483647},
+        {"0x9", 0},        {"2147483648", -2147483647 - 1},
+        {"4294967297", 1}, {"99999999999", 1215752191},
     };
     for (const auto& [value, number] : values) {
         expectReport(internalDisk(tag("hddIndex", value)), {index(number, 0), kGood},
@@ -756,13 +772,38 @@ TEST_F(MissingReport, failingRemovalIsNoFailure)
     expectRecords({kEmptyUsb});
 }
 
-TEST_F(DriveInfos, commentsAreOutAtOnce)
+TEST_F(DriveInfos, eachCommentIsOutAtOnceAndTheLastBeforeTheRemoval)
 {
-    stubReport(usbDisk(""));
+    stubReport(usbDisk(tag("hddIndex", "1") + tag("manufacturerVid", "V") +
+                       tag("manufacturerPid", "M") + tag("modelInfo", "S") + tag("modelCap", "1") +
+                       tag("modelDevName", "sdc")) +
+               printer(tag("printerManufacture", "V") + tag("printerName", "Dry") +
+                       tag("modelInfo", "S") + tag("printerName", "Inky")));
     root::stub("rm", "echo removing; /usr/bin/rm \"$@\"");
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(getDriveInfos(records.data()), 0);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), comments({usb(0), kGood}) + "removing\n");
+    bool isOpen = true;
+    watch::after(removal, [&] { isOpen = root::isOpen(output); });
+    Lines pieces;
+    for (const std::string& message :
+         join({{usb(0), index(1, 0), "found manufacturerVid:V", "found model:M", modelInfo("S"),
+                "found modelCap:1", "found modelDevName:sdc", usb(1), "found printerManufacture:V",
+                namedHere("Dry"), modelInfo("S", "S")},
+               named(0, "sdc", "Inky", "S"),
+               {kGood}})) {
+        pieces.push_back(comments({message}));
+    }
+    pieces.emplace_back("removing\n");
+    EXPECT_EQ(root::printedPieces([&] { EXPECT_EQ(getDriveInfos(records.data()), 0); }), pieces);
+    EXPECT_FALSE(isOpen);
+}
+
+TEST_F(MissingReport, isToldAtOnce)
+{
+    root::stub("php", "exit 0");
+    root::stub("rm", "echo removing; /usr/bin/rm \"$@\"");
+    EXPECT_EQ(
+        root::printedPieces([&] { EXPECT_EQ(getDriveInfos(records.data()), 0); }),
+        (Lines{comments({"failed open file " + output + ", syserr:No such file or directory"}),
+               comments({kGood}), "removing\n"}));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
@@ -23,6 +24,9 @@ std::string comments(const Lines& messages)
     }
     return text;
 }
+
+/// A rm that tells when it runs.
+const std::string kTellingRemoval = "echo removing; /usr/bin/rm \"$@\"";
 
 void stubReport(const std::string& report)
 {
@@ -228,6 +232,35 @@ TEST_F(DiskNames, unreadableReportGivesNone)
                  {fetch, removal});
 }
 
+TEST_F(DiskNames, resultIsToldBeforeTheReportIsRemoved)
+{
+    stubReport(disk("0", "sda"));
+    root::stub("rm", kTellingRemoval);
+    EXPECT_EQ(root::printedPieces(getInternalHDDDev),
+              (Lines{comments({"getInternalHDDDev() cRet:sda"}), "removing\n"}));
+    EXPECT_FALSE(root::exists(output));
+}
+
+TEST_F(DiskNames, failureIsToldAtOnce)
+{
+    root::stub("php", "exit 3");
+    root::stub("rm", kTellingRemoval);
+    EXPECT_EQ(root::printedPieces(getInternalHDDDev),
+              (Lines{comments({"getInternalHDDDev() failed system(" + fetch + "), iRet: 768"}),
+                     comments({"getInternalHDDDev() cRet:"}), "removing\n"}));
+}
+
+TEST_F(DiskNames, reportIsClosedBeforeItIsRemoved)
+{
+    stubReport(disk("0", "sda"));
+    bool isOpen = true;
+    watch::after(removal, [&] { isOpen = root::isOpen(output); });
+    testing::internal::CaptureStdout();
+    EXPECT_STREQ(getInternalHDDDev(), "sda");
+    testing::internal::GetCapturedStdout();
+    EXPECT_FALSE(isOpen);
+}
+
 // ---- getInternalHDDIndex ------------------------------------------------------------------------
 
 class DiskIndices : public Report {
@@ -383,6 +416,39 @@ TEST_F(DiskIndices, unreadableReportIsNoFailure)
                {"getInternalHDDIndex() failed open file " + output + ", syserr:Permission denied"});
 }
 
+TEST_F(DiskIndices, eachIsToldAtOnceAndAllBeforeTheReportIsRemoved)
+{
+    stubReport(disk("3", "sda") + disk("5", "sdb"));
+    root::stub("rm", kTellingRemoval);
+    Indices indices = kBefore;
+    bool isOpen = true;
+    watch::after(removal, [&] { isOpen = root::isOpen(output); });
+    EXPECT_EQ(root::printedPieces([&] { EXPECT_EQ(getInternalHDDIndex(indices.data()), 0); }),
+              (Lines{comments({found(3, 0)}), comments({found(5, 1)}), comments({slots({3, 5, 0})}),
+                     "removing\n"}));
+    EXPECT_FALSE(isOpen);
+    EXPECT_FALSE(root::exists(output));
+}
+
+TEST_F(DiskIndices, missingReportIsToldAtOnceToo)
+{
+    root::stub("php", "exit 0");
+    root::stub("rm", kTellingRemoval);
+    Indices indices = kBefore;
+    EXPECT_EQ(root::printedPieces([&] { EXPECT_EQ(getInternalHDDIndex(indices.data()), 0); }),
+              (Lines{comments({"getInternalHDDIndex() failed open file " + output +
+                               ", syserr:No such file or directory"}),
+                     comments({slots(kBefore)}), "removing\n"}));
+}
+
+TEST_F(DiskIndices, numberBeyondThirtyTwoBitsKeepsItsLowBits)
+{
+    expectIndices(disk("2147483648", "sda") + disk("99999999999", "sdb") +
+                      disk("4294967296", "sdc"),
+                  {-2147483647 - 1, 1215752191, -99},
+                  {found(-2147483647 - 1, 0), found(1215752191, 1), found(0, 2)});
+}
+
 // ---- printTovHDDs -------------------------------------------------------------------------------
 
 class DriveCount : public root::Test {
@@ -441,6 +507,43 @@ TEST_F(DriveCount, firstLineCountsUpTo511Characters)
 {
     expectCount(std::string(510, '0') + "23\n", "2");
     expectCount(std::string(511, ' ') + "5\n", "0");
+}
+
+TEST_F(DriveCount, numberBeyondThirtyTwoBitsKeepsItsLowBits)
+{
+    expectCount("2147483647\n", "2147483647");
+    expectCount("2147483648\n", "-2147483648");
+    expectCount("4294967296\n", "0");
+    expectCount("99999999999\n", "1215752191");
+    expectCount("99999999999999999999\n", "-1");
+    expectCount("-99999999999999999999\n", "0");
+}
+
+TEST_F(DriveCount, outputIsClosedAndRemovedBeforeTheScriptIsPrinted)
+{
+    root::stub("pelparam", "echo 2");
+    bool isOpen = true;
+    watch::after(removal, [&] {
+        isOpen = root::isOpen(output);
+        std::printf("removed\n");
+    });
+    expect(0, "removed\n" + script("2"), {ask, removal});
+    EXPECT_FALSE(isOpen);
+}
+
+TEST_F(DriveCount, failuresAreToldAtOnceAndBeforeTheRemoval)
+{
+    root::stub("rm", kTellingRemoval);
+    watch::after(ask, [this] { fs::remove(output); });
+    EXPECT_EQ(root::printedPieces(printTovHDDs),
+              (Lines{comments({"printTovHDDs failed open file " + output +
+                               ", strerr: No such file or directory"}),
+                     "removing\n", script("1")}));
+    watch::answer(ask, -1, EAGAIN);
+    EXPECT_EQ(root::printedPieces(printTovHDDs),
+              (Lines{comments({"printTovHDDs failed system(" + ask +
+                               "), iRet:-1, strerr: Resource temporarily unavailable"}),
+                     script("1")}));
 }
 
 TEST_F(DriveCount, failingToolsOutputCountsAllTheSame)

@@ -227,6 +227,28 @@ TEST_F(SyncDaemon, linesAreToldAtOnce)
            {search, removal, kStart});
 }
 
+TEST_F(SyncDaemon, eachLineIsAPieceOfItsOwn)
+{
+    EXPECT_EQ(root::printedPieces([] { tideWaveFunc(1); }),
+              (Lines{told(search, "256, sysErr: Success"), told(kStart, "0, sysErr: Success")}));
+    root::stub("killall", "exit 0");
+    EXPECT_EQ(root::printedPieces([] {
+                  tideWaveFunc(0);
+                  tideWaveFunc(0);
+              }),
+              (Lines{comment("tideWaveFunc(0),iRet: 0, sysErr: Success"),
+                     comment("tideWaveFunc(0),iRet: 0, sysErr: Success")}));
+}
+
+TEST_F(SyncDaemon, searchsOutputIsClosedBeforeItIsRemoved)
+{
+    bool isOpen = true;
+    watch::after(removal, [&] { isOpen = root::isOpen(found); });
+    expect(1, 0, told(search, "256, sysErr: Success") + told(kStart, "0, sysErr: Success"),
+           {search, removal, kStart});
+    EXPECT_FALSE(isOpen);
+}
+
 TEST_F(SyncDaemon, isStopped)
 {
     root::stub("killall", "echo \"killall $*\"");

@@ -69,6 +69,46 @@ TEST_F(PelStatus, searchItselfIsNoService)
     expectStart("   8 root sh -c ps | grep pelstatus> /tmp/x\n   9 root grep pelstatus\n");
 }
 
+TEST_F(PelStatus, listingIsThereUntilItsResultIsTraced)
+{
+    listProcesses("  12 root  pelstatus\n");
+    std::string atTheTrace;
+    watch::after("echo \"startPelStatus() pelstatus already",
+                 [&] { atTheTrace = root::readFile(listing); });
+    startPelStatus();
+    EXPECT_EQ(atTheTrace, "  12 root  pelstatus\n");
+    EXPECT_FALSE(root::exists(listing));
+}
+
+TEST_F(PelStatus, listingIsGoneBeforeTheServiceIsStarted)
+{
+    bool isThere = true;
+    bool isOpenAtTheStart = true;
+    watch::after(start, [&] {
+        isThere = root::exists(listing);
+        isOpenAtTheStart = root::isOpen(listing);
+    });
+    listProcesses("   9 root grep pelstatus\n");
+    startPelStatus();
+    EXPECT_FALSE(isThere);
+    EXPECT_FALSE(isOpenAtTheStart);
+}
+
+TEST_F(PelStatus, unreadableListingIsTracedRemovedAndOnlyThenTheServiceStarted)
+{
+    bool isThereAtTheTrace = false;
+    bool isThereAtTheStart = true;
+    watch::after("ps",
+                 [this] { std::filesystem::permissions(listing, std::filesystem::perms(0)); });
+    watch::after("echo \"startPelStatus() failed open",
+                 [&] { isThereAtTheTrace = root::exists(listing); });
+    watch::after(start, [&] { isThereAtTheStart = root::exists(listing); });
+    listProcesses("  12 root  pelstatus\n");
+    startPelStatus();
+    EXPECT_TRUE(isThereAtTheTrace);
+    EXPECT_FALSE(isThereAtTheStart);
+}
+
 TEST_F(PelStatus, processesWithoutTheSearchAreAFailure)
 {
     listProcesses("  1 root init\n");

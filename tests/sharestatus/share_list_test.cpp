@@ -201,6 +201,31 @@ TEST_F(ShareList, targetThatCannotBeWrittenIsTracedAndTheListingStays)
     EXPECT_EQ(root::readFile(listing), root::shareBlock("A"));
 }
 
+TEST_F(ShareList, failureLeavesNoFileOpen)
+{
+    root::stubListing(root::shareBlock("A"));
+    EXPECT_EQ(share_info("/tmp"), -1);
+    EXPECT_FALSE(root::isOpen(listing));
+    std::filesystem::remove(listing);
+    root::stub("php", "exit 0");
+    EXPECT_EQ(share_info(kFragment), -1);
+    EXPECT_FALSE(root::isOpen(kFragment));
+}
+
+TEST_F(ShareList, filesAreClosedBeforeTheListingIsRemovedAndTheCountTraced)
+{
+    root::stubListing(root::shareBlock("A"));
+    std::string writtenAtTheTrace;
+    bool isOpenAtTheTrace = true;
+    watch::after("echo \"share_info() return", [&] {
+        writtenAtTheTrace = root::readFile(kFragment);
+        isOpenAtTheTrace = root::isOpen(listing) || root::isOpen(kFragment);
+    });
+    EXPECT_EQ(share_info(kFragment), 1);
+    EXPECT_EQ(writtenAtTheTrace, "return [\"A\"];");
+    EXPECT_FALSE(isOpenAtTheTrace);
+}
+
 TEST_F(ShareList, missingFolderOfTheTargetIsTraced)
 {
     root::stubListing("");

@@ -135,6 +135,21 @@ TEST_F(ShareTable, withoutSharesTheHeaderIsAllZero)
     EXPECT_EQ(root::list("/tmp"), Lines{"dbg_vokcontrol.txt"});
 }
 
+TEST_F(ShareTable, listIsGoneBeforeTheLastTrace)
+{
+    // Without names nobody else removes the file.
+    root::stubListing("");
+    bool isThere = true;
+    bool isOpenAtTheTrace = true;
+    watch::after("echo \"ParseShare return user", [&] {
+        isThere = root::exists(root::kCollectorFile);
+        isOpenAtTheTrace = root::isOpen(root::kCollectorFile);
+    });
+    EXPECT_EQ(ParseShareInfo(buffer.data(), 4096), 10);
+    EXPECT_FALSE(isThere);
+    EXPECT_FALSE(isOpenAtTheTrace);
+}
+
 TEST_F(ShareTable, failingListClearsTheBuffer)
 {
     EXPECT_EQ(ParseShareInfo(buffer.data(), 4096), 0);

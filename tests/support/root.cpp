@@ -5,11 +5,13 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -95,6 +97,39 @@ std::string readFile(const std::string& path)
 bool exists(const std::string& path)
 {
     return fs::exists(fs::symlink_status(path));
+}
+
+bool isOpen(const std::string& path)
+{
+    return std::ranges::any_of(fs::directory_iterator("/proc/self/fd"), [&](const auto& entry) {
+        std::error_code noLongerOpen;
+        const std::string target = fs::read_symlink(entry.path(), noLongerOpen);
+        return target == path || target == path + " (deleted)";
+    });
+}
+
+std::vector<std::string> printedPieces(const std::function<void()>& function)
+{
+    // Each write to such a socket is a packet of its own.
+    std::array<int, 2> ends{};
+    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
+    std::fflush(stdout);
+    const int before = ::dup(STDOUT_FILENO);
+    ::dup2(ends[1], STDOUT_FILENO);
+    ::close(ends[1]);
+    std::setvbuf(stdout, nullptr, _IOFBF, BUFSIZ);
+    function();
+    std::fflush(stdout);
+    ::dup2(before, STDOUT_FILENO);
+    ::close(before);
+
+    std::vector<std::string> pieces;
+    std::array<char, 1 << 16> piece;
+    for (ssize_t size = 0; (size = ::read(ends[0], piece.data(), piece.size())) > 0;) {
+        pieces.emplace_back(piece.data(), static_cast<std::size_t>(size));
+    }
+    ::close(ends[0]);
+    return pieces;
 }
 
 std::vector<std::string> list(const std::string& folder)

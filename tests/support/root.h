@@ -24,6 +24,13 @@ void writeFile(const std::string& path, std::string_view content);
 [[nodiscard]] std::string readFile(const std::string& path);
 [[nodiscard]] bool exists(const std::string& path);
 
+/// Whether this process has a file open, even one that was removed since.
+[[nodiscard]] bool isOpen(const std::string& path);
+
+/// What a function prints to standard output, in the pieces in which it leaves the process: one for
+/// each flush. What shell lines print comes as pieces of its own.
+[[nodiscard]] std::vector<std::string> printedPieces(const std::function<void()>& function);
+
 /// The names in a folder, in order.
 [[nodiscard]] std::vector<std::string> list(const std::string& folder);
 

@@ -27,11 +27,19 @@ else()
   add_link_options(LINKER:-z,relro,-z,now,-z,noexecstack)
 endif()
 
+# Where tests/run-in-root shows the programs a folder to leave their counts in.
+if(VOKCONTROL_COVERAGE)
+  add_link_options(--coverage)
+endif()
+
 # The module runs on small appliances: no exceptions, no run-time type information, nothing linked
 # that it does not use, and nothing exported that is not declared so (the compiler's own templates
 # included).
 function(vok_module_options target)
   target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti $<$<CONFIG:Release>:-O2>)
+  if(VOKCONTROL_COVERAGE)
+    target_compile_options(${target} PRIVATE -O0 -U_FORTIFY_SOURCE --coverage -fprofile-dir=/counts)
+  endif()
   get_target_property(type ${target} TYPE)
   if(NOT type STREQUAL "OBJECT_LIBRARY")
     target_link_options(${target} PRIVATE LINKER:--as-needed

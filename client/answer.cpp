@@ -163,9 +163,8 @@ bool isStatus(std::string_view bytes)
 }
 
 /// Commands that answer with their tag and no count behind it.
-constexpr std::array<std::string_view, 6> kCountless = {
-    "gpsn", "gubr", "wags", "wall", "warp", "wasu",
-};
+constexpr auto kCountless =
+    std::to_array<std::string_view>({"gpsn", "gubr", "wags", "wall", "warp", "wasu"});
 
 /// gspc's good answer: the property where a status has its code, then a newline.
 bool isShareProperty(std::string_view bytes)
@@ -250,14 +249,14 @@ struct ShapeRow {
 };
 
 /// The first shape that matches is the answer's.
-constexpr std::array<ShapeRow, 6> kShapes = {{
+constexpr auto kShapes = std::to_array<ShapeRow>({
     {Shape::kEmpty, isEmpty, readNothing},
     {Shape::kWord, isWord, readWord},
     {Shape::kError, isError, readTagged},
     {Shape::kTagged, isCountless, readCountless},
     {Shape::kStatus, isStatus, readTagged},
     {Shape::kHeader, isHeader, readHeader},
-}};
+});
 
 // ---- Saying it --------------------------------------------------------------------------------
 

@@ -152,7 +152,7 @@ std::optional<std::vector<ShareRow>> readRecords(std::string_view payload)
 std::string renderShares(const std::vector<ShareRow>& shares)
 {
     using enum Align;
-    constexpr std::array<Align, 4> kColumns = {kLeft, kRight, kLeft, kLeft};
+    constexpr auto kColumns = std::to_array<Align>({kLeft, kRight, kLeft, kLeft});
     std::vector<TableRow> rows = {{makePrintable("SHARE"), makePrintable("USED"),
                                    makePrintable("STATE"), makePrintable("LAST BACKUP")}};
     std::ranges::transform(shares, std::back_inserter(rows), makeRow);

@@ -72,7 +72,7 @@ std::optional<CodePoint> decodeFirst(std::string_view text)
 /// Characters that take no place of their own but change how others are shown.
 bool isInvisibleControl(char32_t value)
 {
-    constexpr std::array<std::pair<char32_t, char32_t>, 10> kRanges = {{
+    constexpr auto kRanges = std::to_array<std::pair<char32_t, char32_t>>({
         {0x0000, 0x0000},   // to wcwidth() it is the end of a text, of no width
         {0x00AD, 0x00AD},   // soft hyphen
         {0x061C, 0x061C},   // Arabic letter mark
@@ -83,7 +83,7 @@ bool isInvisibleControl(char32_t value)
         {0xFEFF, 0xFEFF},   // byte order mark
         {0xFFF9, 0xFFFB},   // interlinear annotation
         {0xE0000, 0xE007F}, // tags
-    }};
+    });
     for (const auto& [first, last] : kRanges) {
         if (value >= first && value <= last) {
             return true;

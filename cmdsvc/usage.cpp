@@ -28,12 +28,12 @@ struct Slot {
 
 /// The slots by their places. "gub1" has one but counts in the last, which has no code; "cpbu" has
 /// one though no handler serves it.
-constexpr std::array<Slot, 20> kSlots = {{
+constexpr auto kSlots = std::to_array<Slot>({
     {"crat", true}, {"shar", true}, {"lstu", true}, {"lsts", true},  {"vers", true},
     {"host", true}, {"spvt", true}, {"gpvt", true}, {"frst", true},  {"qlps", true},
     {"dscr", true}, {"ipcf", true}, {"sub1", true}, {"gub1", false}, {"gps1", true},
     {"gsp1", true}, {"cpbu", true}, {"pshr", true}, {"sgss", true},  {"rtov", true},
-}};
+});
 constexpr std::size_t kOtherSlot = kSlots.size();
 constexpr std::size_t kSlotSize = kCodeSize + kWordSize;
 static_assert((kSlots.size() + 1) * kSlotSize == VOK_USAGE_SIZE);

@@ -73,12 +73,12 @@ struct NetworkValue {
     bool (*isOfValue)(char c);
 };
 
-constexpr std::array<NetworkValue, 4> kNetworkValues = {{
+constexpr auto kNetworkValues = std::to_array<NetworkValue>({
     {1, "ifconfig | grep addr: > %s", addressText, isOfAddress},
     {2, "ifconfig | grep HWaddr > %s", hardwareAddressText, isOfHardwareAddress},
     {4, "route -n | grep '0.0.0.0' | grep 'UG' > %s", gatewayText, isOfAddress},
     {5, "ifconfig | grep Mask: > %s", maskText, isOfAddress},
-}};
+});
 
 /// Takes the value out of the first line of a tool's output, into the result.
 void readValue(const char* path, const NetworkValue& wanted)

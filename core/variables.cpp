@@ -32,7 +32,7 @@ struct Language {
 };
 
 /// Tested in this order, each as a part of the answer: so traditional Chinese counts as Chinese.
-constexpr std::array<Language, 7> kLanguages = {{
+constexpr auto kLanguages = std::to_array<Language>({
     {"english", "1"},
     {"french", "2"},
     {"german", "3"},
@@ -40,7 +40,7 @@ constexpr std::array<Language, 7> kLanguages = {{
     {"italian", "5"},
     {"chinese", "6"},
     {"traditional_chinese", "7"},
-}};
+});
 
 const char* languageDigit()
 {
@@ -59,7 +59,7 @@ struct LiveValue {
 };
 
 /// What the appliance says at that moment, instead of the file.
-constexpr std::array<LiveValue, 8> kLiveValues = {{
+constexpr auto kLiveValues = std::to_array<LiveValue>({
     {"lan_ipaddr", [] { return getSystemVar("", 1); }},
     {"lan_hwaddr", [] { return getSystemVar("", 2); }},
     {"lan_proto", [] { return getSystemVar("", 3); }},
@@ -68,7 +68,7 @@ constexpr std::array<LiveValue, 8> kLiveValues = {{
     {"machine_name", [] { return kytegetSysVar("<nmbdSysname>", "tovGetNmbdSysname"); }},
     {"pel_language", languageDigit},
     {"build_version", getBuildInfo},
-}};
+});
 
 void setResult(std::string_view value)
 {

@@ -25,7 +25,7 @@ namespace {
 using enum WrongCountExit;
 
 // clang-format off
-constexpr std::array<CommandRow, 29> kTable = {{
+constexpr auto kTable = std::to_array<CommandRow>({
     // code   count          wrong count                 exit          handler
     {"crat",  exactly(2),    kMalformed,                 kPlain,       cmd_crat},
     {"dscr",  kAnyCount,     0,                          kNone,        traceDiscoveryCommand},
@@ -56,7 +56,7 @@ constexpr std::array<CommandRow, 29> kTable = {{
     {"wall",  exactly(2),    kMalformed,                 kKeepsFile,   cmd_wall},
     {"warp",  exactly(3),    kMalformed,                 kKeepsFile,   cmd_warp},
     {"wasu",  exactly(4),    kMalformed,                 kKeepsFile,   cmd_wasu},
-}};
+});
 // clang-format on
 
 constexpr bool isWellFormed(const CommandRow& row)

@@ -20,13 +20,13 @@ struct Language {
 };
 
 /// The first that is found counts.
-constexpr std::array<Language, 5> kLanguages = {{
+constexpr auto kLanguages = std::to_array<Language>({
     {"english", "en"},
     {"french", "fr"},
     {"german", "ge"},
     {"italian", "it"},
     {"spanish", "sp"},
-}};
+});
 
 /// @return the code, or null
 const char* codeOf(const char* language)

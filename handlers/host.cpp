@@ -24,7 +24,7 @@ struct Language {
     const char* name; ///< as the language script knows it
 };
 
-constexpr std::array<Language, 7> kLanguages = {{
+constexpr auto kLanguages = std::to_array<Language>({
     {"en", "english"},
     {"fr", "french"},
     {"ge", "german"},
@@ -32,7 +32,7 @@ constexpr std::array<Language, 7> kLanguages = {{
     {"it", "italian"},
     {"sc", "chinese"},
     {"tc", "traditional_chinese"},
-}};
+});
 
 /// What is to be set.
 struct Settings {

@@ -20,9 +20,9 @@ namespace {
 
 using cmdsvc::requestLine;
 
-constexpr std::array<const char*, 8> kReservedNames = {
-    ".", "..", "config", "lost+found", "__mediabolic", "__mt-daapd", "__raclient", "__autoupdate",
-};
+constexpr auto kReservedNames =
+    std::to_array<const char*>({".", "..", "config", "lost+found", "__mediabolic", "__mt-daapd",
+                                "__raclient", "__autoupdate"});
 
 // ---- What both commands refuse ----------------------------------------------------------------
 //

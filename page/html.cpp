@@ -23,12 +23,12 @@ struct CharacterForm {
     char32_t smallest;
 };
 
-constexpr std::array<CharacterForm, 4> kForms = {{
+constexpr auto kForms = std::to_array<CharacterForm>({
     {1, 0x80U, 0x00U, 0},
     {2, 0xE0U, 0xC0U, 0x80},
     {3, 0xF0U, 0xE0U, 0x800},
     {4, 0xF8U, 0xF0U, 0x10000},
-}};
+});
 
 struct Character {
     std::size_t size; ///< 0 where the bytes are none
@@ -74,13 +74,13 @@ struct Reference {
     std::string_view text;
 };
 
-constexpr std::array<Reference, 5> kReferences = {{
+constexpr auto kReferences = std::to_array<Reference>({
     {'&', "&amp;"},
     {'<', "&lt;"},
     {'>', "&gt;"},
     {'"', "&quot;"},
     {'\'', "&#39;"},
-}};
+});
 
 void appendCharacter(std::string& out, const Character& character, std::string_view bytes)
 {

@@ -16,7 +16,7 @@ struct Status {
     std::string_view words;
 };
 
-constexpr std::array<Status, 8> kStatuses = {{
+constexpr auto kStatuses = std::to_array<Status>({
     {200, "200 OK"},
     {400, "400 Bad Request"},
     {403, "403 Forbidden"},
@@ -25,7 +25,7 @@ constexpr std::array<Status, 8> kStatuses = {{
     {413, "413 Content Too Large"},
     {415, "415 Unsupported Media Type"},
     {500, "500 Internal Server Error"},
-}};
+});
 
 std::string_view wordsOf(int code)
 {

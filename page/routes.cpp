@@ -16,11 +16,11 @@ constexpr int kNotFound = 404;
 constexpr int kMethodNotAllowed = 405;
 constexpr int kFailure = 500;
 
-constexpr std::array<Place, 3> kPlaces = {{
+constexpr auto kPlaces = std::to_array<Place>({
     {"", "Overview", makeOverview, false},
     {"/setup", "Setup", makeSetup, true},
     {"/sync", "Sync", makeSync, true},
-}};
+});
 
 std::string applianceName()
 {

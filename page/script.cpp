@@ -22,10 +22,10 @@ namespace {
 
 // ---- What may stay ----------------------------------------------------------------------------
 
-constexpr std::array<std::string_view, 2> kOpenings = {
+constexpr auto kOpenings = std::to_array<std::string_view>({
     "function this_page()\n{\n\treturn ",
     "function tov_hdds()\n{\n\treturn ",
-};
+});
 constexpr std::string_view kClosing = ";\n}\n";
 
 bool isDigit(char c)

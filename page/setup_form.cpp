@@ -2,6 +2,7 @@
 #include "page/setup_form.h"
 
 #include <algorithm>
+#include <array>
 
 namespace page {
 namespace {
@@ -38,7 +39,7 @@ bool isUtf8(std::string_view text)
 /// The step that the form asks for.
 SetupStep wantedStep(std::string_view field)
 {
-    constexpr std::array<std::string_view, 4> kNumbers = {"0", "1", "2", "3"};
+    constexpr auto kNumbers = std::to_array<std::string_view>({"0", "1", "2", "3"});
     const auto* found = std::ranges::find(kNumbers, field);
     return (found != kNumbers.end()) ? static_cast<SetupStep>(found - kNumbers.begin()) : kNaming;
 }

@@ -27,7 +27,7 @@ struct Language {
     Literal label;
 };
 
-inline constexpr std::array<Language, 7> kLanguages = {{
+inline constexpr auto kLanguages = std::to_array<Language>({
     {"english", "en", "English"},
     {"french", "fr", "Fran\u00E7ais"},
     {"german", "ge", "Deutsch"},
@@ -35,7 +35,7 @@ inline constexpr std::array<Language, 7> kLanguages = {{
     {"italian", "it", "Italiano"},
     {"chinese", "sc", "\u7B80\u4F53\u4E2D\u6587"},
     {"traditional_chinese", "tc", "\u7E41\u9AD4\u4E2D\u6587"},
-}};
+});
 
 /// @return one of the seven; null for another name
 [[nodiscard]] const Language* findLanguage(std::string_view name);

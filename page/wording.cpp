@@ -8,10 +8,9 @@ namespace {
 
 constexpr std::uint64_t kThousand = 1000;
 
-constexpr std::array<const char*, 12> kMonths = {
-    "January", "February", "March",     "April",   "May",      "June",
-    "July",    "August",   "September", "October", "November", "December",
-};
+constexpr auto kMonths =
+    std::to_array<const char*>({"January", "February", "March", "April", "May", "June", "July",
+                                "August", "September", "October", "November", "December"});
 
 std::string ago(std::uint64_t count, const char* one, const char* many)
 {
@@ -63,7 +62,7 @@ std::string wordSpace(const Space& space)
 
 std::string wordKibibytes(std::uint64_t kibibytes)
 {
-    constexpr std::array<const char*, 3> kUnits = {" KB", " MB", " GB"};
+    constexpr auto kUnits = std::to_array<const char*>({" KB", " MB", " GB"});
     std::size_t unit = 0;
     std::uint64_t tenths = kibibytes * 10;
     while (tenths >= kThousand * 10 && unit + 1 < kUnits.size()) {

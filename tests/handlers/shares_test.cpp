@@ -71,7 +71,7 @@ const std::string kNotThere = "No such file or directory";
 const std::string kDenied = "Permission denied";
 
 /// Sizes of names that are looked up, to the largest.
-constexpr std::array<std::size_t, 8> kNameSizes = {1, 10, 31, 32, 33, 48, 63, 64};
+constexpr auto kNameSizes = std::to_array<std::size_t>({1, 10, 31, 32, 33, 48, 63, 64});
 
 std::string problem(const std::string& what, const std::string& path, const std::string& why)
 {

@@ -564,8 +564,8 @@ class GateAndHandlers : public root::Test {
         root::Test::TearDown();
     }
 
-    static constexpr std::array<const char*, 2> kPrograms = {"/usr/bin/ra-enabled",
-                                                             "/usr/bin/ractl"};
+    static constexpr auto kPrograms =
+        std::to_array<const char*>({"/usr/bin/ra-enabled", "/usr/bin/ractl"});
 
     /// What a request's canaries have left. What the shell says to all that is of no interest.
     static std::vector<std::string> canariesOf(const std::string& request)

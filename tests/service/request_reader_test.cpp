@@ -146,9 +146,9 @@ class HandlersReader {
 
 TEST(RequestReader, takesApartWhateverComesAsTheHandlersDo)
 {
-    constexpr std::array<std::size_t, 7> kSizes = {
-        2, 3, 10, 255, 256, VOK_REQUEST_SIZE - 1, VOK_REQUEST_SIZE};
-    constexpr std::array<std::size_t, 9> kRuns = {0, 1, 2, 9, 253, 254, 255, 256, 1000};
+    constexpr auto kSizes =
+        std::to_array<std::size_t>({2, 3, 10, 255, 256, VOK_REQUEST_SIZE - 1, VOK_REQUEST_SIZE});
+    constexpr auto kRuns = std::to_array<std::size_t>({0, 1, 2, 9, 253, 254, 255, 256, 1000});
     std::minstd_rand random(20261121);
     for (int round = 0; round < 3000; ++round) {
         std::string request;

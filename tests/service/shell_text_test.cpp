@@ -26,9 +26,9 @@ using service::Place;
 constexpr std::string_view kDigits = "0123456789";
 constexpr std::string_view kLetters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 
-constexpr std::array<Place, 6> kPlaces = {Place::kNowhere,      Place::kDoubleQuotes,
-                                          Place::kSingleQuotes, Place::kName,
-                                          Place::kWord,         Place::kClock};
+constexpr auto kPlaces =
+    std::to_array<Place>({Place::kNowhere, Place::kDoubleQuotes, Place::kSingleQuotes, Place::kName,
+                          Place::kWord, Place::kClock});
 
 // ---- Single bytes -----------------------------------------------------------------------------
 

@@ -18,12 +18,14 @@
 #include <unistd.h>
 
 #include "cmdsvc/protocol.h"
+#include "guard/guard.h"
 #include "vokcontrol.h"
 
 namespace service {
 namespace {
 
 constexpr int kLifeline = 3;
+constexpr int kLog = 4;
 constexpr int kCannotStart = 127;
 constexpr const char* kTraceFile = "/tmp/dbg_vokcontrol.txt";
 
@@ -47,6 +49,15 @@ bool cleanEnvironment(const std::string& path)
            ::setenv("HOME", "/", 1) == 0 && ::setenv("LC_ALL", "C", 1) == 0;
 }
 
+/// Keeps the service's log, for the guard to tell of lines that it refuses.
+void keepLog()
+{
+    if (::dup3(STDERR_FILENO, kLog, O_CLOEXEC) != kLog) {
+        ::close(kLog); // there is no log, and whatever this was is not the child's
+    }
+    guard::logTo(kLog);
+}
+
 /// Brings the child into the state that a request finds, whatever the service has open or handles.
 bool settle(int lifeline, const std::string& path)
 {
@@ -54,15 +65,16 @@ bool settle(int lifeline, const std::string& path)
     for (const int number : {SIGTERM, SIGINT, SIGPIPE, SIGCHLD, SIGHUP}) {
         std::signal(number, SIG_DFL);
     }
-    const int nowhere = ::open("/dev/null", O_RDWR);
-    const bool areStreamsSet = nowhere >= 0 && ::dup2(nowhere, STDIN_FILENO) >= 0 &&
-                               ::dup2(nowhere, STDOUT_FILENO) >= 0 &&
-                               ::dup2(nowhere, STDERR_FILENO) >= 0;
     // What the child starts in turn must not hold the lifeline: it may well outlive the request.
     const bool isLifelineSet =
         (lifeline == kLifeline || ::dup2(lifeline, kLifeline) == kLifeline) &&
         ::fcntl(kLifeline, F_SETFD, FD_CLOEXEC) == 0;
-    closeFrom(kLifeline + 1);
+    keepLog();
+    const int nowhere = ::open("/dev/null", O_RDWR);
+    const bool areStreamsSet = nowhere >= 0 && ::dup2(nowhere, STDIN_FILENO) >= 0 &&
+                               ::dup2(nowhere, STDOUT_FILENO) >= 0 &&
+                               ::dup2(nowhere, STDERR_FILENO) >= 0;
+    closeFrom(kLog + 1);
     return areStreamsSet && isLifelineSet && cleanEnvironment(path) && ::chdir("/tmp") == 0;
 }
 

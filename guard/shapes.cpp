@@ -27,7 +27,7 @@ constexpr auto kShapes = std::to_array<Shape>({
     {"starting pelstatus",       R"(startapp pelstatus)"},
     // handlers
     {"listing shares",           R"(sudo /usr/bin/php /etc/inc/api_share.php tovGetShareList /tmp/cmd_lsts{#process})"},
-    {"listing shares",           R"(sudo /usr/bin/php /etc/inc/api_share.php tovGetShareList /tmp/vokcontrol.tmp)"},
+    {"listing shares",           R"(sudo /usr/bin/php /etc/inc/api_share.php tovGetShareList /tmp/vokcontrol.tmp{#process})"},
     {"asking the web hook",      R"(echo share_info | runwebhooks | grep return > /tmp/vokcontrol.tmp)"},
     {"creating a share",         R"(sudo /usr/bin/php /etc/inc/api_share.php tovAddShare '{'share}' '{'property}')"},
     {"permitting a share",       R"(sudo /usr/bin/php /etc/inc/api_share.php tovSetUserSharePrivileges '{'user}' '{'share}' full)"},

@@ -80,6 +80,7 @@ TEST_F(Guard, aLineWithoutAShapeDoesNotRunAndIsLoggedWithoutItsText)
 
 TEST_F(Guard, theResultOfARefusalIsThatOfALineThatAShellCannotParse)
 {
+    watch::mayBeStrange("du");
     EXPECT_EQ(guard::carryOut("du -sk \"/share/a\"b\" > /tmp/pelsts1.tmp"),
               ::system("du -sk \"/share/a\"b\" > /tmp/pelsts1.tmp 2>/dev/null"));
 }
@@ -174,6 +175,7 @@ TEST_F(Guard, meanwhileInterruptAndQuitAreIgnoredAndEndOfChildrenWaits)
 
 TEST_F(Guard, aShellThatASignalEndsSaysSo)
 {
+    watch::mayBeStrange("exit");
     root::stub("pelstatus", "kill -9 $PPID; sleep 1");
     root::stub("du", "kill -9 $$");
     EXPECT_EQ(guard::carryOut("du -sk \"/share/a\" > /tmp/pelsts1.tmp"), ::system("exit 137"));

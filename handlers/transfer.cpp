@@ -11,7 +11,6 @@
 #include <span>
 #include <string_view>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "cmdsvc/channel.h"
 #include "cmdsvc/protocol.h"
@@ -26,7 +25,6 @@ using cmdsvc::requestLine;
 
 constexpr const char* kBuildFile = "/etc/buildinfo.txt";
 constexpr const char* kPrivateFile = "/etc/pelconfig/vokcontrol/vokcontrol-private.txt";
-constexpr const char* kAsideFile = "/etc/pelconfig/vokcontrol/vokcontrol-private.txt.old";
 
 constexpr std::int32_t kChunkSize = static_cast<std::int32_t>(core::kLineSize);
 
@@ -34,12 +32,6 @@ bool exists(const char* path)
 {
     struct stat status = {};
     return ::stat(path, &status) == 0;
-}
-
-bool isEmpty(const char* path)
-{
-    struct stat status = {};
-    return ::stat(path, &status) == 0 && status.st_size == 0;
 }
 
 /// A file's size, traced; or without the file, that there is none.
@@ -122,23 +114,6 @@ std::size_t copyBuild(FILE* file)
     }
 }
 
-// ---- An upload that was killed ----------------------------------------------------------------
-
-/// Undoes an upload that did not come to its end: it has left the former file under its second
-/// name, or an empty one where there was none, and perhaps a part of the new file.
-void undoKilledUpload()
-{
-    if (!exists(kAsideFile)) {
-        return;
-    }
-    if (isEmpty(kAsideFile)) {
-        std::remove(kPrivateFile);
-    } else {
-        std::rename(kAsideFile, kPrivateFile);
-    }
-    std::remove(kAsideFile); // rename leaves two names of one file as they are
-}
-
 // ---- gpvt -------------------------------------------------------------------------------------
 
 /// Sends the next bytes of the private file, zeros for those that it does not give.
@@ -177,45 +152,26 @@ void runMove(const char* from, const char* to)
     core::runShellLine(line.data());
 }
 
-/// Takes the former file out of the new one's way.
+/// Moves the former file out of the new one's way. Where mv fails, the new one is written over it.
 void keepFormer()
 {
-    if (!exists(kPrivateFile)) {
-        [[maybe_unused]] const core::File none = core::openFile(kAsideFile, "w");
-        return;
-    }
-    dbg_trace("file %s already exists --> temporarily saving it as %s", kPrivateFile, kWorkFile);
-    // A second name keeps it here as well, should mv or the way back fail.
-    const bool isAside = ::link(kPrivateFile, kAsideFile) == 0;
-    runMove(kPrivateFile, kWorkFile);
-    if (!exists(kPrivateFile)) {
-        return;
-    }
-    // It could not be moved, and must not be truncated.
-    if (isAside) {
-        std::remove(kPrivateFile);
-    } else {
-        std::rename(kPrivateFile, kAsideFile);
+    if (exists(kPrivateFile)) {
+        dbg_trace("file %s already exists --> temporarily saving it as %s", kPrivateFile,
+                  kWorkFile);
+        runMove(kPrivateFile, kWorkFile);
     }
 }
 
 void restoreFormer()
 {
     runMove(kWorkFile, kPrivateFile);
-    if (!isEmpty(kAsideFile)) {
-        std::rename(kAsideFile, kPrivateFile);
-    }
-    std::remove(kAsideFile);
 }
 
 std::uint32_t dropFormer()
 {
-    // Where the second name stays, the next request undoes this one; so it must not have succeeded.
-    for (const char* path : {kAsideFile, kWorkFile}) {
-        if (exists(path) && std::remove(path) != 0) {
-            dbg_trace("cannot remove file %s: %s", path, std::strerror(errno));
-            return cmdsvc::kCannotRemove;
-        }
+    if (exists(kWorkFile) && std::remove(kWorkFile) != 0) {
+        dbg_trace("cannot remove file %s: %s", kWorkFile, std::strerror(errno));
+        return cmdsvc::kCannotRemove;
     }
     return cmdsvc::kGood;
 }
@@ -334,7 +290,6 @@ void cmd_gpvt(void)
 {
     using namespace handlers;
 
-    undoKilledUpload();
     const std::optional<std::int64_t> size = traceSize(kPrivateFile);
     if (!size) {
         cmdsvc::endWithError(cmdsvc::kNoPrivate);
@@ -355,7 +310,6 @@ void cmd_spvt(void)
 {
     using namespace handlers;
 
-    undoKilledUpload();
     std::int32_t size = 0;
     std::uint32_t code = readSize(size);
     if (code == cmdsvc::kGood) {

@@ -30,11 +30,9 @@ void cmd_gpvt(void);
 /// file cannot be removed.
 ///
 /// Runs mv: the former file waits in /tmp/vokcontrol.tmp until the new one is whole, and comes back
-/// otherwise. Meanwhile it has a second name beside the private file, with ".old" behind it, from
-/// which it comes back where mv fails or the disk is full; an empty file there says that there was
-/// none. Whenever the process is killed, the next of these two commands finds that name and undoes
-/// what was begun: no part of a file is ever sent. Traces the size, what is written, and what
-/// failed.
+/// otherwise. Without a former file, what has come of the new one stays. A process that is killed
+/// leaves both files as they are at that moment; vokserve repairs that (service/upload.h). Traces
+/// the size, what is written, and what failed.
 void cmd_spvt(void);
 
 } // extern "C"

@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,8 +27,9 @@ namespace {
 
 constexpr int kLifeline = 3;
 constexpr int kLog = 4;
+constexpr int kBehindThem = kLog + 1;
 constexpr int kCannotStart = 127;
-constexpr const char* kTraceFile = "/tmp/dbg_vokcontrol.txt";
+constexpr int kNone = -1;
 
 /// Closes every descriptor from one on.
 void closeFrom(int first)
@@ -49,48 +51,64 @@ bool cleanEnvironment(const std::string& path)
            ::setenv("HOME", "/", 1) == 0 && ::setenv("LC_ALL", "C", 1) == 0;
 }
 
-/// Keeps the service's log, for the guard to tell of lines that it refuses.
-void keepLog()
+/// A child without its service would work beside those of the next one.
+bool dieWithService(pid_t service)
 {
-    if (::dup3(STDERR_FILENO, kLog, O_CLOEXEC) != kLog) {
-        ::close(kLog); // there is no log, and whatever this was is not the child's
+    return ::prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && ::getppid() == service;
+}
+
+/// Where a child comes from, and what it takes along.
+struct Start {
+    pid_t service;
+    int lifeline;
+    int kept;
+};
+
+/// Gives descriptors their places: the lifeline's, the log's where there is one, and that of one to
+/// keep. What the child starts in turn must not hold the lifeline: it may well outlive the request.
+bool placeDescriptors(const Start& start, int log)
+{
+    const int line = ::fcntl(start.lifeline, F_DUPFD, kBehindThem);
+    const int kept = (start.kept == kNone) ? kNone : ::fcntl(start.kept, F_DUPFD, kBehindThem);
+    const bool isLineSet =
+        ::dup2(line, kLifeline) == kLifeline && ::fcntl(kLifeline, F_SETFD, FD_CLOEXEC) == 0;
+    if (::dup3(log, kLog, O_CLOEXEC) != kLog) {
+        ::close(kLog); // whatever this was, it is not the child's
     }
+    const bool isKeptSet = start.kept == kNone || ::dup2(kept, Child::kKept) == Child::kKept;
+    closeFrom(kBehindThem);
+    // The guard tells the log of lines that it refuses; without a log it has nobody to tell.
     guard::logTo(kLog);
+    return isLineSet && isKeptSet;
 }
 
 /// Brings the child into the state that a request finds, whatever the service has open or handles.
-bool settle(int lifeline, const std::string& path)
+bool settle(const Start& start, const std::string& path)
 {
     ::setpgid(0, 0);
+    if (!dieWithService(start.service)) {
+        return false;
+    }
     for (const int number : {SIGTERM, SIGINT, SIGPIPE, SIGCHLD, SIGHUP}) {
         std::signal(number, SIG_DFL);
     }
-    // What the child starts in turn must not hold the lifeline: it may well outlive the request.
-    const bool isLifelineSet =
-        (lifeline == kLifeline || ::dup2(lifeline, kLifeline) == kLifeline) &&
-        ::fcntl(kLifeline, F_SETFD, FD_CLOEXEC) == 0;
-    keepLog();
+    const int log = ::fcntl(STDERR_FILENO, F_DUPFD, kBehindThem);
     const int nowhere = ::open("/dev/null", O_RDWR);
     const bool areStreamsSet = nowhere >= 0 && ::dup2(nowhere, STDIN_FILENO) >= 0 &&
                                ::dup2(nowhere, STDOUT_FILENO) >= 0 &&
                                ::dup2(nowhere, STDERR_FILENO) >= 0;
-    closeFrom(kLog + 1);
-    return areStreamsSet && isLifelineSet && cleanEnvironment(path) && ::chdir("/tmp") == 0;
+    return areStreamsSet && placeDescriptors(start, log) && cleanEnvironment(path) &&
+           ::chdir("/tmp") == 0;
 }
 
 /// The child's whole life. It ends through exit(), which completes an answer that is still open,
 /// and never comes back.
-[[noreturn]] void live(std::string_view request, int number, int lifeline, const std::string& path)
+[[noreturn]] void live(const Task& task, const Start& start, const std::string& path)
 {
-    if (!settle(lifeline, path)) {
+    if (!settle(start, path)) {
         ::_exit(kCannotStart);
     }
-    // Each process starts the trace file afresh, but this one's module has traced in the service
-    // already.
-    [[maybe_unused]] const int emptied = ::truncate(kTraceFile, 0);
-    std::ranges::fill(fin_buf, '\0');
-    request.copy(std::data(fin_buf), std::size(fin_buf));
-    process_command(number);
+    task();
     std::exit(0);
 }
 
@@ -122,7 +140,14 @@ Outcome makeOutcome(Ending ending)
     return {ending, ""};
 }
 
-Child::Child(std::string_view request, int number, const std::string& path)
+void dispatch(std::string_view request, int number)
+{
+    std::ranges::fill(fin_buf, '\0');
+    request.copy(std::data(fin_buf), std::size(fin_buf));
+    process_command(number);
+}
+
+Child::Child(const Task& task, int number, const std::string& path, int kept)
     : answerPath_(VOK_ANSWER_FILE + std::to_string(number))
 {
     // An answer of an earlier service's request must never pass for this one's.
@@ -131,9 +156,10 @@ Child::Child(std::string_view request, int number, const std::string& path)
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
         return;
     }
+    const Start start = {::getpid(), ends[1], kept};
     pid_ = ::fork();
     if (pid_ == 0) {
-        live(request, number, ends[1], path);
+        live(task, start, path);
     }
     ::close(ends[1]);
     lifeline_ = ends[0];

@@ -2,17 +2,14 @@
 #include "handlers/transfer.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
-#include <dlfcn.h>
 #include <filesystem>
-#include <functional>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include "cmdsvc/channel.h"
@@ -21,75 +18,6 @@
 #include "tests/support/root.h"
 
 namespace fs = std::filesystem;
-
-namespace {
-
-/// How many of the calls below this process lives through; negative: all.
-int callsToLive = -1;
-
-void passCall()
-{
-    if (callsToLive == 0) {
-        ::kill(::getpid(), SIGKILL);
-    }
-    callsToLive -= (callsToLive > 0) ? 1 : 0;
-}
-
-template <class Function> Function* next(const char* name)
-{
-    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
-}
-
-} // namespace
-
-// Whatever an upload does that lasts goes through one of these. They are the C library's (and the
-// watch's), but the process may be killed right behind each.
-extern "C" {
-
-int system(const char* line)
-{
-    const int result = next<int(const char*)>("system")(line);
-    passCall();
-    return result;
-}
-
-FILE* fopen(const char* path, const char* mode)
-{
-    FILE* file = next<FILE*(const char*, const char*)>("fopen")(path, mode);
-    passCall();
-    return file;
-}
-
-std::size_t fwrite(const void* bytes, std::size_t size, std::size_t count, FILE* file)
-{
-    const std::size_t written = next<std::size_t(const void*, std::size_t, std::size_t, FILE*)>(
-        "fwrite")(bytes, size, count, file);
-    passCall();
-    return written;
-}
-
-int fclose(FILE* file)
-{
-    const int result = next<int(FILE*)>("fclose")(file);
-    passCall();
-    return result;
-}
-
-int rename(const char* from, const char* to) noexcept
-{
-    const int result = next<int(const char*, const char*)>("rename")(from, to);
-    passCall();
-    return result;
-}
-
-int remove(const char* path) noexcept
-{
-    const int result = next<int(const char*)>("remove")(path);
-    passCall();
-    return result;
-}
-
-} // extern "C"
 
 namespace {
 
@@ -104,7 +32,6 @@ using root::trace;
 const std::string kBuildFile = "/etc/buildinfo.txt";
 const std::string kPrivateFile = "/etc/pelconfig/vokcontrol/vokcontrol-private.txt";
 const std::string kSavedFile = "/tmp/vokcontrol.tmp";
-const std::string kAsideFile = kPrivateFile + ".old";
 
 constexpr std::size_t kBufferSize = 4096;
 constexpr std::uint32_t kGood = 0;
@@ -675,11 +602,18 @@ TEST_F(Upload, bytesBehindTheEndMarkAreNotRead)
                  concat({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello")}}));
 }
 
-TEST_F(Upload, unreadableFormerFileIsReplaced)
+/// Neither mv, which has to copy here, nor this process may read it or write to it.
+TEST_F(Upload, unreadableFormerFileStays)
 {
     keepFormer();
     fs::permissions(kPrivateFile, fs::perms(0));
-    expectUpload("hello");
+    expectFailure(
+        request::process(upload("hello")), 0x60000001,
+        concat({sizeCalls(5),
+                {kKeepTrace, kKeep, reason("open", kPrivateFile, "Permission denied"), kRestore}}));
+    fs::permissions(kPrivateFile, fs::perms(0600));
+    EXPECT_EQ(root::readFile(kPrivateFile), kFormer);
+    expectFiles({"vokcontrol-private.txt"}, {});
 }
 
 TEST_F(Upload, savedFileOfAnEarlierCrashIsRemoved)
@@ -687,14 +621,6 @@ TEST_F(Upload, savedFileOfAnEarlierCrashIsRemoved)
     root::writeFile(kSavedFile, "older");
     expectUpload("hello");
     root::writeFile(kSavedFile, "older");
-    expectUpload("hello again");
-}
-
-TEST_F(Upload, asideFileOfAKilledUploadIsRemoved)
-{
-    root::writeFile(kAsideFile, "");
-    expectUpload("hello");
-    root::writeFile(kAsideFile, "former");
     expectUpload("hello again");
 }
 
@@ -912,18 +838,6 @@ TEST_F(Upload, formerFileIsBackWhenTheDiskIsFullAtTheWrite)
                             reason("write", kPrivateFile, "No space left on device"), kRestore}}));
 }
 
-TEST_F(Upload, formerFileIsBackThoughTheDiskStaysFull)
-{
-    keepFormer();
-    request::load(upload(text(4070)));
-    watch::after("echo \"writing buffer ", [] { root::fillDisk(kDisk); });
-    const Outcome outcome = request::run();
-    EXPECT_EQ(outcome.answer, le32(0x60000006));
-    freeDisk();
-    EXPECT_EQ(root::readFile(kPrivateFile), kFormer);
-    expectFiles({"vokcontrol-private.txt"}, {});
-}
-
 TEST_F(Upload, formerFileIsBackWhenTheNewOneCannotBeClosed)
 {
     keepFormer();
@@ -994,40 +908,101 @@ TEST_F(Upload, folderInTheSavedFilesPlaceIsAFailure)
     EXPECT_EQ(root::readFile(kPrivateFile), "hello");
 }
 
-// ---- spvt: an mv that fails -------------------------------------------------------------------
-
-/// Has mv do this. The real one is at /usr/bin/mv.
-void stubMove(const std::string& script)
+TEST_F(Upload, closeIsJudgedBeforeTheEndMark)
 {
-    root::stub("mv", script);
+    keepFormer();
+    request::load(announce(5, "hellox"));
+    watch::after("echo \"writing buffer ", breakCurrentFile);
+    expectRestored(request::run(), 0x60000006,
+                   concat({sizeCalls(5),
+                           {kKeepTrace, kKeep, writeTrace("hello"),
+                            reason("close", kPrivateFile, "Bad file descriptor"), kRestore}}));
 }
 
-/// The same on the way back from /tmp alone.
-std::string onTheWayBack(const std::string& script)
+/// What this process holds open of the two files.
+Lines openFiles()
 {
-    return "case $1 in /tmp/*) " + script + " ;; esac; exec /usr/bin/mv \"$@\"";
+    Lines paths;
+    for (const std::string& descriptor : root::list("/proc/self/fd")) {
+        std::error_code error;
+        const std::string path = fs::read_symlink("/proc/self/fd/" + descriptor, error);
+        if (path.starts_with(kPrivateFile) || path.starts_with(kSavedFile)) {
+            paths.push_back(path);
+        }
+    }
+    return paths;
 }
 
-/// Each way in which mv does not bring the former file to its place.
-const Lines kFailingMoves = {
-    "exit 1",
-    "exit 127",
-    "kill -9 $$",
-    "head -c 3 \"$1\" >\"$2\"; exit 1",
-    "cp \"$1\" \"$2\"; exit 1",
+/// What was open each time that the former file was moved back.
+class WayBack {
+  public:
+    WayBack()
+    {
+        watch::after(kRestore, [this] { seen_.push_back(openFiles()); });
+    }
+
+    [[nodiscard]] const std::vector<Lines>& seen() const { return seen_; }
+
+  private:
+    std::vector<Lines> seen_;
 };
 
-TEST_F(Upload, fileIsReplacedWithoutMv)
+TEST_F(Upload, newFileIsClosedBeforeTheFormerOneComesBack)
 {
-    for (const std::string& script : kFailingMoves) {
-        SCOPED_TRACE(script);
-        stubMove(script);
+    const std::vector<Lines> once = {{}};
+    for (const std::string& request : {announce(4082, "hello\n"), announce(5, "hellox")}) {
+        keepFormer();
+        request::load(request);
+        const WayBack wayBack;
+        static_cast<void>(request::run());
+        EXPECT_EQ(wayBack.seen(), once);
+        EXPECT_EQ(root::readFile(kPrivateFile), kFormer);
+    }
+}
+
+TEST_F(Upload, newFileThatCannotBeWrittenIsClosedBeforeTheFormerOneComesBack)
+{
+    keepFormer();
+    request::load(upload(text(4070)));
+    const WayBack wayBack;
+    watch::after("echo \"writing buffer ", [] {
+        std::setvbuf(cmdsvc::currentFile(), nullptr, _IONBF, 0);
+        root::fillDisk(kDisk);
+    });
+    watch::after("echo \"cannot write file ", freeDisk);
+    EXPECT_EQ(request::run().answer, le32(0x60000003));
+    EXPECT_EQ(wayBack.seen(), (std::vector<Lines>{{}}));
+    EXPECT_EQ(root::readFile(kPrivateFile), kFormer);
+}
+
+// ---- spvt: an mv that fails -------------------------------------------------------------------
+
+/// Each way in which mv leaves the former file where it is: what mv does, and what the way back
+/// makes of a new file "hello" then.
+struct FailingMove {
+    std::string script;
+    std::string broughtBack;
+};
+
+const std::vector<FailingMove> kFailingMoves = {
+    {"exit 1", "hello"},
+    {"exit 127", "hello"},
+    {"kill -9 $$", "hello"},
+    {"head -c 3 \"$1\" >\"$2\"; exit 1", kFormer.substr(0, 3)},
+    {"cp \"$1\" \"$2\"; exit 1", kFormer},
+};
+
+TEST_F(Upload, fileThatCannotBeMovedIsWrittenOver)
+{
+    for (const FailingMove& move : kFailingMoves) {
+        SCOPED_TRACE(move.script);
+        root::stub("mv", move.script);
         keepFormer();
         expectUpload("hello");
     }
 }
 
-TEST_F(Upload, fileIsReplacedWhereNoShellCanStart)
+TEST_F(Upload, fileIsWrittenOverWhereNoShellCanStart)
 {
     keepFormer();
     request::load(upload("hello"));
@@ -1036,219 +1011,167 @@ TEST_F(Upload, fileIsReplacedWhereNoShellCanStart)
                  concat({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello")}}));
 }
 
-TEST_F(Upload, formerFileIsBackWithoutMv)
+TEST_F(Upload, wayBackIsMvAlone)
 {
-    for (const std::string& script : kFailingMoves) {
-        SCOPED_TRACE(script);
-        stubMove(script);
+    for (const FailingMove& move : kFailingMoves) {
+        SCOPED_TRACE(move.script);
+        root::stub("mv", move.script);
         keepFormer();
-        expectRestored(request::process(announce(5, "hellox")), 0x60000005,
-                       concat({sizeCalls(5),
-                               {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
+        expectFailure(request::process(announce(5, "hellox")), 0x60000005,
+                      concat({sizeCalls(5),
+                              {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
+        EXPECT_EQ(root::readFile(kPrivateFile), move.broughtBack);
+        expectFiles({"vokcontrol-private.txt"}, {});
     }
 }
 
-TEST_F(Upload, formerFileIsBackThoughMvFailsOnTheWayBackAlone)
+TEST_F(Upload, formerFileIsLostWhereTheWayBackFails)
 {
-    for (const std::string& script : kFailingMoves) {
-        SCOPED_TRACE(script);
-        stubMove(onTheWayBack(script));
-        keepFormer();
-        expectRestored(request::process(announce(5, "hellox")), 0x60000005,
-                       concat({sizeCalls(5),
-                               {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
-    }
-}
-
-TEST_F(Upload, failureBringsBackWhatAKilledUploadHadPutAside)
-{
-    root::writeFile(kPrivateFile, "a part");
-    root::writeFile(kAsideFile, kFormer);
+    root::stub("mv", "case $1 in /tmp/*) exit 1 ;; esac; exec /usr/bin/mv \"$@\"");
+    keepFormer();
     expectFailure(
         request::process(announce(5, "hellox")), 0x60000005,
         concat({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
-    EXPECT_EQ(root::readFile(kPrivateFile), kFormer);
-    EXPECT_FALSE(root::exists(kAsideFile));
+    EXPECT_EQ(root::readFile(kPrivateFile), "hello");
+    expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-// ---- spvt: a process that is killed -----------------------------------------------------------
-
-const std::string kNew = text(4070);
-
-/// A request, and how what is around it behaves.
-struct Kind {
-    const char* name;
-    std::string request;
-    std::string mv = {};
-    std::function<void()> around = [] {};
-    bool hasFormer = true;
-};
-
-const std::vector<Kind> kKinds = {
-    {"good", upload(kNew)},
-    {"malformed size", announce(10, kNew)},
-    {"empty", announce(0, "\n")},
-    {"negative size", announce(0xFFFFFFFF, kNew + "\n")},
-    {"too little data", announce(4082, kNew + "\n")},
-    {"wrong end mark", announce(4070, kNew + "x")},
-    {"cannot be created", upload(kNew), "",
-     [] {
-         watch::after(kKeep, [] { closeFolder(kDisk); });
-         watch::after("echo \"cannot open file", [] { openFolder(kDisk); });
-     }},
-    {"disk full at the write", upload(kNew), "",
-     [] {
-         watch::after("echo \"writing buffer ", [] {
-             std::setvbuf(cmdsvc::currentFile(), nullptr, _IONBF, 0);
-             root::fillDisk(kDisk);
-         });
-         watch::after("echo \"cannot write file ", freeDisk);
-     }},
-    {"disk full at the close", upload(kNew), "",
-     [] {
-         watch::after("echo \"writing buffer ", [] { root::fillDisk(kDisk); });
-         watch::after("echo \"cannot close file ", freeDisk);
-     }},
-    {"saved file cannot be removed", upload(kNew), "",
-     [] { watch::after("echo \"writing buffer ", [] { closeFolder("/tmp"); }); }},
-    {"mv fails", upload(kNew), "exit 1"},
-    {"mv copies a part", upload(kNew), "head -c 3 \"$1\" >\"$2\"; exit 1"},
-    {"mv only copies", upload(kNew), "cp \"$1\" \"$2\"; exit 1"},
-    {"mv fails, too little data", announce(4082, kNew + "\n"), "exit 1"},
-    {"mv fails, wrong end mark", announce(4070, kNew + "x"), "exit 1"},
-    {"mv copies a part, wrong end mark", announce(4070, kNew + "x"),
-     "head -c 3 \"$1\" >\"$2\"; exit 1"},
-    {"mv only copies, wrong end mark", announce(4070, kNew + "x"), "cp \"$1\" \"$2\"; exit 1"},
-    {"mv fails, disk full at the close", upload(kNew), "exit 1",
-     [] {
-         watch::after("echo \"writing buffer ", [] { root::fillDisk(kDisk); });
-         watch::after("echo \"cannot close file ", freeDisk);
-     }},
-};
-
-class KilledUpload : public Upload {
-  protected:
-    /// The starting point of each upload.
-    static void prepare(const Kind& kind)
-    {
-        openFolder("/tmp");
-        openFolder(kDisk);
-        freeDisk();
-        fs::remove_all(kSavedFile);
-        fs::remove_all(kAsideFile);
-        fs::remove_all(kPrivateFile);
-        if (kind.hasFormer) {
-            keepFormer();
-        }
-        if (!kind.mv.empty()) {
-            stubMove(kind.mv);
-        }
-    }
-
-    /// Uploads in a process that lives through so many of its calls.
-    /// @return whether it came to its end
-    static bool survives(const Kind& kind, int calls)
-    {
-        prepare(kind);
-        const pid_t child = ::fork();
-        if (child == 0) {
-            request::load(kind.request);
-            kind.around();
-            callsToLive = calls;
-            process_command(7);
-            ::_exit(0);
-        }
-        int status = 0;
-        ::waitpid(child, &status, 0);
-        EXPECT_TRUE(WIFEXITED(status) || WTERMSIG(status) == SIGKILL);
-        return WIFEXITED(status);
-    }
-
-    /// Kills an upload behind each of its calls, one after the other.
-    static void expectWholeFile(const Kind& kind)
-    {
-        int calls = 0;
-        bool isFinished = false;
-        while (!isFinished) {
-            isFinished = survives(kind, calls);
-            EXPECT_TRUE(isWholeFileThere() || !kind.hasFormer)
-                << kind.name << ", killed behind call " << calls << ", "
-                << testing::PrintToString(watch::calls());
-            expectWholeFileIsSent(kind, calls);
-            ++calls;
-        }
-        // Opening the answer, at least three traces, and writing and closing the answer.
-        EXPECT_GE(calls, 6) << kind.name;
-        fs::remove("/stubs/mv");
-    }
-
-    /// The next download, once the disk is well again, gives no part of a file.
-    static void expectWholeFileIsSent(const Kind& kind, int calls)
-    {
-        openFolder("/tmp");
-        openFolder(kDisk);
-        freeDisk();
-        const std::string answer = request::process(frame("gpvt", 0)).answer;
-        cmdsvc::closeCurrentFile();
-        const std::string before = kind.hasFormer ? sent(kFormer) : "erro " + le32(0x70000001);
-        EXPECT_TRUE(answer == before || answer == sent(kNew))
-            << kind.name << ", killed behind call " << calls << ": " << answer.substr(0, 60);
-        EXPECT_FALSE(root::exists(kAsideFile));
-    }
-
-    /// What a download answers.
-    static std::string sent(const std::string& content)
-    {
-        return "gprt " + le32(2) + "\n" + le32(static_cast<std::uint32_t>(content.size())) + "\n" +
-               content;
-    }
-
-    static bool isWholeFileThere()
-    {
-        return std::ranges::any_of(std::array{kPrivateFile, kSavedFile, kAsideFile},
-                                   [](const std::string& path) {
-                                       const std::string content = root::readFile(path);
-                                       return content == kFormer || content == kNew;
-                                   });
-    }
-};
-
-TEST_F(KilledUpload, formerOrNewFileIsWholeWheneverTheProcessIsKilled)
+TEST_F(Upload, savedFileOfAnEarlierCrashComesBackWithAFailure)
 {
-    for (const Kind& kind : kKinds) {
-        expectWholeFile(kind);
-    }
+    root::writeFile(kSavedFile, "older");
+    expectFailure(request::process(announce(5, "hellox")), 0x60000005,
+                  concat({sizeCalls(5), {writeTrace("hello"), kNoEndTrace, kRestore}}));
+    EXPECT_EQ(root::readFile(kPrivateFile), "older");
+    expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-TEST_F(KilledUpload, formerOrNewFileIsWholeThoughItCannotBePutBack)
+// ---- spvt: something else in the file's place -------------------------------------------------
+
+/// What comes before the failure where what stands in the file's place cannot be opened.
+Lines cannotOpen(const std::string& error)
 {
-    expectWholeFile({"mv fails on the way back", announce(4082, kNew), onTheWayBack("exit 1")});
-    expectWholeFile({"disk stays full", upload(kNew), "", [] {
-                         watch::after("echo \"writing buffer ", [] { root::fillDisk(kDisk); });
-                     }});
+    return {kKeepTrace, kKeep, trace("cannot open file " + kPrivateFile + ": " + error), kRestore};
 }
 
-TEST_F(KilledUpload, firstFileIsWholeOrNotThere)
+TEST_F(Upload, folderThatCannotBeMovedStays)
 {
-    expectWholeFile({.name = "first", .request = upload(kNew), .hasFormer = false});
+    root::stub("mv", "exit 1");
+    fs::create_directories(kPrivateFile + "/inside");
+    expectFailure(request::process(upload("hello")), 0x60000001,
+                  concat({sizeCalls(5), cannotOpen("Is a directory")}));
+    EXPECT_EQ(root::list(kPrivateFile), Lines{"inside"});
+    expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-/// Each kind ends as it is meant to: no walk has passed because all its uploads were good.
-TEST_F(KilledUpload, kindsAreWhatTheyAreCalled)
+/// The real mv puts no folder over a file, but a file into a folder.
+TEST_F(Upload, savedFileOfAnEarlierCrashEndsInAFolderInTheFilesPlace)
 {
-    const std::vector<std::uint32_t> codes = {
-        kGood,      kMalformed, 0x60000002, 0x60000004,    0x60000004, 0x60000005,
-        0x60000001, 0x60000003, 0x60000006, kCannotRemove, kGood,      kGood,
-        kGood,      0x60000004, 0x60000005, 0x60000005,    0x60000005, 0x60000006};
-    ASSERT_EQ(codes.size(), kKinds.size());
-    for (std::size_t i = 0; i < kKinds.size(); ++i) {
-        EXPECT_TRUE(survives(kKinds[i], -1));
-        EXPECT_EQ(root::readFile("/tmp/outbuf7"), le32(codes[i])) << kKinds[i].name;
-        EXPECT_EQ(root::readFile(kPrivateFile),
-                  (codes[i] == kGood || codes[i] == kCannotRemove) ? kNew : kFormer)
-            << kKinds[i].name;
-        fs::remove("/stubs/mv");
-    }
+    root::writeFile(kSavedFile, "older");
+    fs::create_directory(kPrivateFile);
+    expectFailure(request::process(upload("hello")), 0x60000001,
+                  concat({sizeCalls(5), cannotOpen("Is a directory")}));
+    EXPECT_EQ(root::readFile(kPrivateFile + "/vokcontrol.tmp"), "older");
+    expectFiles({"vokcontrol-private.txt"}, {});
+}
+
+/// A socket is what can be made here without a right; no device that is missing opens either.
+TEST_F(Upload, deviceThatCannotBeMovedStays)
+{
+    root::stub("mv", "exit 1");
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    kPrivateFile.copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    ::close(socket);
+    expectFailure(request::process(upload("hello")), 0x60000001,
+                  concat({sizeCalls(5), cannotOpen("No such device or address")}));
+    EXPECT_TRUE(fs::is_socket(kPrivateFile));
+    expectFiles({"vokcontrol-private.txt"}, {});
+}
+
+TEST_F(Upload, deviceTakesWhatItTakes)
+{
+    root::stub("mv", "exit 1");
+    fs::create_symlink("/dev/full", kPrivateFile);
+    expectFailure(request::process(upload("hello")), 0x60000006,
+                  concat({sizeCalls(5),
+                          {kKeepTrace, kKeep, writeTrace("hello"),
+                           reason("close", kPrivateFile, "No space left on device"), kRestore}}));
+    EXPECT_EQ(fs::read_symlink(kPrivateFile), "/dev/full");
+    expectFiles({"vokcontrol-private.txt"}, {});
+}
+
+TEST_F(Upload, linkIsReplacedAndWhatItLeadsToStays)
+{
+    root::writeFile("/stubs/elsewhere", "somebody's");
+    fs::create_symlink("/stubs/elsewhere", kPrivateFile);
+    expectUpload("hello");
+    EXPECT_FALSE(fs::is_symlink(kPrivateFile));
+    EXPECT_EQ(root::readFile("/stubs/elsewhere"), "somebody's");
+}
+
+TEST_F(Upload, linkIsBackAfterAFailure)
+{
+    root::writeFile("/stubs/elsewhere", kFormer);
+    fs::create_symlink("/stubs/elsewhere", kPrivateFile);
+    expectRestored(
+        request::process(announce(5, "hellox")), 0x60000005,
+        concat({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
+    EXPECT_EQ(fs::read_symlink(kPrivateFile), "/stubs/elsewhere");
+}
+
+TEST_F(Upload, linkThatCannotBeMovedIsWrittenThrough)
+{
+    root::stub("mv", "exit 1");
+    root::writeFile("/stubs/elsewhere", "somebody's");
+    fs::create_symlink("/stubs/elsewhere", kPrivateFile);
+    expectUpload("hello");
+    EXPECT_EQ(fs::read_symlink(kPrivateFile), "/stubs/elsewhere");
+    EXPECT_EQ(root::readFile("/stubs/elsewhere"), "hello");
+}
+
+// ---- spvt: two processes at once --------------------------------------------------------------
+
+/// Neither knows of the other: each goes through its steps with the files as it finds them.
+TEST_F(Upload, secondUploadDropsTheFormerFileOfTheFirst)
+{
+    keepFormer();
+    request::load(announce(5, "hellox"));
+    watch::after(kKeep, [] {
+        root::inChild([] {
+            EXPECT_EQ(request::process(upload("the other one"), 8).answer, le32(kGood));
+            EXPECT_EQ(root::readFile(kPrivateFile), "the other one");
+            EXPECT_FALSE(root::exists(kSavedFile));
+        });
+        fs::remove("/tmp/outbuf8");
+        watch::restart();
+    });
+    EXPECT_EQ(request::run().answer, le32(0x60000005));
+    EXPECT_EQ(watch::calls(),
+              (Lines{writeTrace("hello"), kNoEndTrace, kRestore, exitTrace(0x60000005)}));
+    EXPECT_EQ(root::readFile(kPrivateFile), "hello");
+    expectFiles({"vokcontrol-private.txt"}, {});
+}
+
+TEST_F(Upload, downloadLeavesAnUploadInAnotherProcessAlone)
+{
+    keepFormer();
+    request::load(upload("hello"));
+    watch::after("echo \"writing buffer ", [] {
+        root::writeFile(kPrivateFile, "he");
+        root::inChild([] {
+            EXPECT_EQ(request::process(frame("gpvt", 0), 8).answer,
+                      "gprt " + le32(2) + "\n" + le32(2) + "\nhe");
+        });
+        EXPECT_EQ(root::readFile(kSavedFile), kFormer);
+        fs::remove("/tmp/outbuf8");
+        watch::restart();
+    });
+    EXPECT_EQ(request::run().answer, le32(kGood));
+    EXPECT_EQ(watch::calls(), Lines{});
+    EXPECT_EQ(root::readFile(kPrivateFile), "hello");
+    expectFiles({"vokcontrol-private.txt"}, {});
 }
 
 } // namespace

@@ -8,12 +8,12 @@ set(packaging ${PROJECT_SOURCE_DIR}/packaging)
 set(generated ${PROJECT_BINARY_DIR}/packaging)
 set(unit_folder lib/systemd/system)
 
-install(TARGETS vokcontrol RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
+install(TARGETS vokcontrol vokcollect RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
 install(TARGETS vokcontrol_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES include/vokcontrol.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-# The module starts its daemon by this name.
+# The module starts its daemon by this name; what it gets is the guarded one.
 file(MAKE_DIRECTORY ${generated})
-file(CREATE_LINK ../${CMAKE_INSTALL_SBINDIR}/vokcontrol ${generated}/pelstatus SYMBOLIC)
+file(CREATE_LINK ../${CMAKE_INSTALL_SBINDIR}/vokcollect ${generated}/pelstatus SYMBOLIC)
 install(FILES ${generated}/pelstatus DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 # Files that name the prefix are made when it is known for good, at installation.

@@ -19,12 +19,15 @@
 #include <unistd.h>
 
 #include "cmdsvc/protocol.h"
+#include "guard/guard.h"
 #include "vokcontrol.h"
 
 namespace service {
 namespace {
 
 constexpr int kLifeline = 3;
+constexpr int kLog = 4;
+constexpr int kBehindThem = kLog + 1;
 constexpr int kCannotStart = 127;
 constexpr int kNone = -1;
 
@@ -54,26 +57,30 @@ bool dieWithService(pid_t service)
     return ::prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && ::getppid() == service;
 }
 
-/// Gives descriptors their places: the lifeline's, and that of one to keep where there is one. What
-/// the child starts in turn must not hold the lifeline: it may well outlive the request.
-bool placeDescriptors(int lifeline, int kept)
-{
-    constexpr int kBehindThem = Child::kKept + 1;
-    const int line = ::fcntl(lifeline, F_DUPFD, kBehindThem);
-    const int other = (kept == kNone) ? kNone : ::fcntl(kept, F_DUPFD, kBehindThem);
-    const bool isLineSet =
-        ::dup2(line, kLifeline) == kLifeline && ::fcntl(kLifeline, F_SETFD, FD_CLOEXEC) == 0;
-    const bool isOtherSet = kept == kNone || ::dup2(other, Child::kKept) == Child::kKept;
-    closeFrom((kept == kNone) ? Child::kKept : kBehindThem);
-    return isLineSet && isOtherSet;
-}
-
 /// Where a child comes from, and what it takes along.
 struct Start {
     pid_t service;
     int lifeline;
     int kept;
 };
+
+/// Gives descriptors their places: the lifeline's, the log's where there is one, and that of one to
+/// keep. What the child starts in turn must not hold the lifeline: it may well outlive the request.
+bool placeDescriptors(const Start& start, int log)
+{
+    const int line = ::fcntl(start.lifeline, F_DUPFD, kBehindThem);
+    const int kept = (start.kept == kNone) ? kNone : ::fcntl(start.kept, F_DUPFD, kBehindThem);
+    const bool isLineSet =
+        ::dup2(line, kLifeline) == kLifeline && ::fcntl(kLifeline, F_SETFD, FD_CLOEXEC) == 0;
+    if (::dup3(log, kLog, O_CLOEXEC) != kLog) {
+        ::close(kLog); // whatever this was, it is not the child's
+    }
+    const bool isKeptSet = start.kept == kNone || ::dup2(kept, Child::kKept) == Child::kKept;
+    closeFrom(kBehindThem);
+    // The guard tells the log of lines that it refuses; without a log it has nobody to tell.
+    guard::logTo(kLog);
+    return isLineSet && isKeptSet;
+}
 
 /// Brings the child into the state that a request finds, whatever the service has open or handles.
 bool settle(const Start& start, const std::string& path)
@@ -85,12 +92,13 @@ bool settle(const Start& start, const std::string& path)
     for (const int number : {SIGTERM, SIGINT, SIGPIPE, SIGCHLD, SIGHUP}) {
         std::signal(number, SIG_DFL);
     }
+    const int log = ::fcntl(STDERR_FILENO, F_DUPFD, kBehindThem);
     const int nowhere = ::open("/dev/null", O_RDWR);
     const bool areStreamsSet = nowhere >= 0 && ::dup2(nowhere, STDIN_FILENO) >= 0 &&
                                ::dup2(nowhere, STDOUT_FILENO) >= 0 &&
                                ::dup2(nowhere, STDERR_FILENO) >= 0;
-    return areStreamsSet && placeDescriptors(start.lifeline, start.kept) &&
-           cleanEnvironment(path) && ::chdir("/tmp") == 0;
+    return areStreamsSet && placeDescriptors(start, log) && cleanEnvironment(path) &&
+           ::chdir("/tmp") == 0;
 }
 
 /// The child's whole life. It ends through exit(), which completes an answer that is still open,

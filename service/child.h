@@ -43,8 +43,9 @@ inline constexpr const char* kDefaultPath =
 /// A child that runs one request.
 class Child {
   public:
-    /// The descriptor that a child keeps, as the child and all that it starts have it.
-    static constexpr int kKept = 4;
+    /// The descriptor that a child keeps, as the child and all that it starts have it. It takes the
+    /// place of standard input, which nothing reads: shells get no descriptors but the three.
+    static constexpr int kKept = 0;
 
     /// Starts a child that does its task for the request of a number. It is a process group of its
     /// own, its three streams lead nowhere, it works in /tmp, its environment is PATH, HOME and the

@@ -6,6 +6,7 @@
 #include <string>
 #include <sys/resource.h>
 
+#include "guard/guard.h"
 #include "service/child.h"
 #include "service/listener.h"
 #include "service/log.h"
@@ -41,6 +42,8 @@ int serve(const Options& options)
     // A client that leaves before its answer must not end the service.
     std::signal(SIGPIPE, SIG_IGN);
     raiseDescriptorLimit();
+    const std::string path = "PATH=" + options.path;
+    guard::usePath(path.c_str());
     asio::io_context context(1);
     asio::signal_set stop(context, SIGTERM, SIGINT);
     const service::Admission admission(options.group, options.isGroupGiven);

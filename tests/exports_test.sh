@@ -4,7 +4,7 @@
 # usage: exports_test.sh BUILD
 #
 # What other programs find in the module's dynamic symbol tables: the operations by their names, and
-# nothing besides; and what the module needs of others.
+# nothing besides; what the module needs of others; and whose system() its lines arrive at.
 set -eu
 
 build=$1
@@ -100,6 +100,18 @@ for product in libvokcontrol.so vokcontrol; do
     expect "$product needs libcrypto and the run-time alone" '' \
         "$(readelf -d "$build/$product" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' |
             grep -vE '^(ld-linux-[a-z0-9]+|libc|libstdc\+\+|libgcc_s|libm|libcrypto|libasan|libubsan)\.so\.[0-9]+$')"
+done
+
+# system_of PROGRAM: what its dynamic symbol table has of that name, for all of its libraries.
+system_of() {
+    nm -D "$build/$1" | sed -n 's/.* \([A-Z] system\)\(@.*\)\?$/\1/p'
+}
+
+for program in vokserve vokpage vokcollect; do
+    expect "$program stands before the shell" 'T system' "$(system_of "$program")"
+done
+for product in vokcontrol libvokcontrol.so; do
+    expect "$product leaves that to others" 'U system' "$(system_of "$product")"
 done
 
 exit $((failures > 0))

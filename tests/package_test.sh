@@ -72,6 +72,7 @@ expect 'everything is in it, each in its place' '/usr/bin/pelstatus
 /usr/lib/systemd/system/vokcontrol-collect.timer
 /usr/lib/systemd/system/vokserve.service
 /usr/lib/systemd/system/vokserve.socket
+/usr/sbin/vokcollect
 /usr/sbin/vokcontrol
 /usr/sbin/vokserve
 /usr/share/bash-completion/completions/vokctl
@@ -92,8 +93,8 @@ expect 'no file names the folder that it was built in' '' "$(
     grep -rl -- "$build" "$root/unpacked" || true
 )"
 expect 'units and pkg-config name the places' '/usr/sbin/vokserve
-/usr/sbin/vokcontrol boot
-/usr/sbin/vokcontrol
+/usr/sbin/vokcollect boot
+/usr/sbin/vokcollect
 prefix=/usr' "$(
     cd "$root/unpacked/usr/lib"
     sed -n 's/^ExecStart=//p' systemd/system/{vokserve,vokcontrol-boot,vokcontrol-collect}.service

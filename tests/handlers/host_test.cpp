@@ -428,6 +428,7 @@ TEST_F(Host, lineWithAZeroByteIsMalformed)
 
 TEST_F(Host, carriageReturnIsPartOfTheLine)
 {
+    watch::mayBeStrange("sudo /usr/bin/php /etc/inc/api_system.php tovSet");
     const Parameters p = {.hostName = "attic\r", .workGroup = "HOME\r"};
     load(p);
     expectEnd(kGood, join({upToLanguage(p), settingHostName("attic\r"),
@@ -540,6 +541,7 @@ TEST_F(Host, dateIsTakenByPlacesAndNotValidated)
 
 TEST_F(Host, dateIsTheShellsToInterpret)
 {
+    watch::mayBeStrange("sudo /usr/bin/php /etc/inc/");
     const Parameters p = {.date = "(((((((((((((((", .hostName = "attic"};
     load(p);
     expectEnd(kFailed, join({read(p), settingTime("((:((:((", 0x200),
@@ -797,6 +799,7 @@ TEST_F(Host, charactersAreBytes)
 
 TEST_F(Host, namesReachTheLineAsTheyStand)
 {
+    watch::mayBeStrange("sudo /usr/bin/php /etc/inc/api_system.php tovSet");
     const std::vector<std::pair<std::string, std::string>> names = {
         {"at tic", "<at><tic>"},        {" attic ", "<attic>"},     {"  ", ""},
         {"$HOME", "</root>"},           {"%s%n%d", "<%s%n%d>"},     {"\"a b\"", "<a b>"},
@@ -820,6 +823,7 @@ TEST_F(Host, namesReachTheLineAsTheyStand)
 
 TEST_F(Host, quoteThatIsLeftOpenBreaksTheLine)
 {
+    watch::mayBeStrange("sudo /usr/bin/php /etc/inc/api_system.php tovSet");
     const Parameters p = {.hostName = "O'Brien"};
     load(p);
     expectEnd(kNameNotSet, join({upToLanguage(p), setting("tovSetHostname", "O'Brien", 0x200)}));

@@ -604,6 +604,7 @@ TEST_F(Access, usersOfAnySize)
 
 TEST_F(Access, lineForTheShellIsCutAt255Characters)
 {
+    watch::mayBeStrange("/usr/bin/ra-enabled");
     for (const std::size_t size : {228U, 229U}) {
         const std::string user(size, 'n');
         ask(user);
@@ -622,6 +623,7 @@ TEST_F(Access, lineForTheShellIsCutAt255Characters)
 
 TEST_F(Access, restOfALongUserIsNotRead)
 {
+    watch::mayBeStrange("/usr/bin/ra-enabled");
     for (std::size_t size = 253; size <= 257; ++size) {
         const std::string text = std::string(size - 1, 'n') + "\n";
         load(frame("wags", 2, "user\n" + text + "more\n"));
@@ -682,6 +684,7 @@ TEST_F(Access, userBehindTheVeryEndOfTheRequestIsMalformed)
 
 TEST_F(Access, userStandsBetweenDoubleQuotesAsItIs)
 {
+    watch::mayBeStrange("/usr/bin/ra-enabled");
     const std::vector<std::pair<std::string, std::string>> users = {
         {"\xC3\xA9lise \xE6\x97\xA5", "<\xC3\xA9lise \xE6\x97\xA5>"},
         {"O'Brien", "<O'Brien>"},
@@ -1164,6 +1167,7 @@ TEST_F(SwitchingOff, usersOfAnySize)
 
 TEST_F(SwitchingOff, lineForTheShellIsCutAt255Characters)
 {
+    watch::mayBeStrange("/usr/bin/ra-enabled");
     const Lines ends = {"<off>", "<off>", "<of>", "<o>", "", ""};
     for (std::size_t i = 0; i < ends.size(); ++i) {
         const std::string user(224 + i, 'n');
@@ -1186,6 +1190,7 @@ TEST_F(SwitchingOff, lineForTheShellIsCutAt255Characters)
 
 TEST_F(SwitchingOff, userStandsBetweenDoubleQuotesAsItIs)
 {
+    watch::mayBeStrange("/usr/bin/ra-enabled");
     const std::vector<std::pair<std::string, std::string>> users = {
         {"\xC3\xA9lise \xE6\x97\xA5", "<\xC3\xA9lise \xE6\x97\xA5>"},
         {"O'Brien", "<O'Brien>"},

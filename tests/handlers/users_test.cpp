@@ -82,9 +82,9 @@ class UsersList : public root::Test {
     {
         watch::restart();
         stubUsers(answer);
-        EXPECT_EQ(getUsersList("/tmp/list"), 0) << answer;
-        EXPECT_EQ(root::readFile("/tmp/list"), list) << answer;
-        EXPECT_EQ(watch::calls(), fetchCalls("/tmp/list")) << answer;
+        EXPECT_EQ(getUsersList(kWorkFile.c_str()), 0) << answer;
+        EXPECT_EQ(root::readFile(kWorkFile), list) << answer;
+        EXPECT_EQ(watch::calls(), fetchCalls(kWorkFile)) << answer;
         EXPECT_EQ(root::list("/tmp"), Lines{"list"});
     }
 };
@@ -145,43 +145,43 @@ TEST_F(UsersList, nameOf499CharactersIsListedAndALongerOneIsNot)
 TEST_F(UsersList, failingScriptOrSearchIsNoFailure)
 {
     root::stub("php", "cat /stubs/none >\"$3\" 2>/dev/null; exit 1");
-    EXPECT_EQ(getUsersList("/tmp/list"), 0);
-    EXPECT_EQ(root::readFile("/tmp/list"), "return [\"guest\"];");
+    EXPECT_EQ(getUsersList(kWorkFile.c_str()), 0);
+    EXPECT_EQ(root::readFile(kWorkFile), "return [\"guest\"];");
 }
 
 TEST_F(UsersList, shellThatCannotStartIsTraced)
 {
-    const Lines fetch = fetchCalls("/tmp/list");
+    const Lines fetch = fetchCalls(kWorkFile);
     watch::answer("sudo", -1, EAGAIN);
-    EXPECT_EQ(getUsersList("/tmp/list"), -1);
+    EXPECT_EQ(getUsersList(kWorkFile.c_str()), -1);
     EXPECT_EQ(watch::calls(),
               (Lines{fetch[0], trace("system(" + fetch[0] +
                                      ") --  error: 11(Resource temporarily unavailable) -- ")}));
     watch::restart();
     stubUsers("");
     watch::answer("cat", -1, ENOMEM);
-    EXPECT_EQ(getUsersList("/tmp/list"), -1);
+    EXPECT_EQ(getUsersList(kWorkFile.c_str()), -1);
     EXPECT_EQ(watch::calls(),
               (Lines{fetch[0], fetch[1],
                      trace("system(" + fetch[1] + ") --  error: 12(Cannot allocate memory) -- ")}));
-    EXPECT_FALSE(root::exists("/tmp/list"));
+    EXPECT_FALSE(root::exists(kWorkFile));
 }
 
 TEST_F(UsersList, scriptThatSomebodyElseReapedIsAFailure)
 {
     stubUsers(userLines({"anna"}));
     std::signal(SIGCHLD, SIG_IGN);
-    EXPECT_EQ(getUsersList("/tmp/list"), -1);
-    EXPECT_EQ(watch::calls().back(), trace("system(" + fetchCalls("/tmp/list")[0] +
+    EXPECT_EQ(getUsersList(kWorkFile.c_str()), -1);
+    EXPECT_EQ(watch::calls().back(), trace("system(" + fetchCalls(kWorkFile)[0] +
                                            ") --  error: 10(No child processes) -- "));
 }
 
 TEST_F(UsersList, listThatCannotBeWrittenIsAFailureWithoutATrace)
 {
     stubUsers(userLines({"anna"}));
-    std::filesystem::create_directory("/tmp/list");
-    EXPECT_EQ(getUsersList("/tmp/list"), -1);
-    EXPECT_EQ(watch::calls(), fetchCalls("/tmp/list"));
+    std::filesystem::create_directory(kWorkFile);
+    EXPECT_EQ(getUsersList(kWorkFile.c_str()), -1);
+    EXPECT_EQ(watch::calls(), fetchCalls(kWorkFile));
     EXPECT_EQ(root::list("/tmp"), (Lines{"list", "list" + pid(), "list" + pid() + "2"}));
 }
 
@@ -189,16 +189,16 @@ TEST_F(UsersList, listThatDoesNotFitOnTheDiskIsAFailure)
 {
     stubUsers(userLines({"anna"}));
     watch::after("cat", [] { root::fillDisk("/tmp"); });
-    EXPECT_EQ(getUsersList("/tmp/list"), -1);
+    EXPECT_EQ(getUsersList(kWorkFile.c_str()), -1);
 }
 
 TEST_F(UsersList, namesThatAreGoneLeaveAnEmptyList)
 {
     stubUsers(userLines({"anna"}));
-    watch::after("cat", [] { std::filesystem::remove("/tmp/list" + pid() + "2"); });
-    EXPECT_EQ(getUsersList("/tmp/list"), -1);
-    EXPECT_EQ(root::readFile("/tmp/list"), "");
-    EXPECT_TRUE(root::exists("/tmp/list" + pid()));
+    watch::after("cat", [] { std::filesystem::remove(kWorkFile + pid() + "2"); });
+    EXPECT_EQ(getUsersList(kWorkFile.c_str()), -1);
+    EXPECT_EQ(root::readFile(kWorkFile), "");
+    EXPECT_TRUE(root::exists(kWorkFile + pid()));
 }
 
 // ---- isUserExisted ----------------------------------------------------------------------------

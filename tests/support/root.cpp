@@ -47,6 +47,14 @@ void clear()
     watch::restart();
 }
 
+/// Every line that the module has sent to a shell is one that its own programs let run.
+void expectNothingStrange()
+{
+    for (const std::string& line : watch::takeStrange()) {
+        ADD_FAILURE() << "the guard knows no such line: " << line;
+    }
+}
+
 int exitCodeOf(int status)
 {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
@@ -291,6 +299,7 @@ void UntracedTest::SetUp()
 
 void UntracedTest::TearDown()
 {
+    expectNothingStrange();
     clear();
 }
 
@@ -304,6 +313,7 @@ void Test::SetUp()
 
 void Test::TearDown()
 {
+    expectNothingStrange();
     clear();
 }
 

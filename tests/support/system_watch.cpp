@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/system_watch.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -11,9 +12,13 @@
 #include <optional>
 #include <unistd.h>
 
+#include "guard/shapes.h"
+#include "guard/trace.h"
+
 namespace {
 
 constexpr const char* kRecord = "/watch/calls";
+constexpr const char* kStrange = "/watch/strange";
 
 struct Intervention {
     std::string lineStart;
@@ -27,6 +32,12 @@ std::vector<Intervention>& interventions()
 {
     static std::vector<Intervention> pending;
     return pending;
+}
+
+std::vector<std::string>& strangeStarts()
+{
+    static std::vector<std::string> starts;
+    return starts;
 }
 
 std::optional<Intervention> takeIntervention(const char* line)
@@ -43,15 +54,36 @@ std::optional<Intervention> takeIntervention(const char* line)
 }
 
 /// Each entry ends in a zero byte: lines may hold anything else.
-void record(const std::string& entry)
+void append(const char* path, const std::string& entry)
 {
     const int callersError = errno;
-    const int file = ::open(kRecord, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+    const int file = ::open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
     if (file >= 0) {
         [[maybe_unused]] const ssize_t written = ::write(file, entry.c_str(), entry.size() + 1);
         ::close(file);
     }
     errno = callersError;
+}
+
+void record(const std::string& entry)
+{
+    append(kRecord, entry);
+}
+
+/// Whether the guard lets a line run; the shell lines of tests themselves do not count.
+bool isStrange(const char* line)
+{
+    return !guard::readTrace(line) && !guard::judge(line).isKnown;
+}
+
+std::vector<std::string> entriesOf(const char* path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::vector<std::string> entries;
+    for (std::string entry; std::getline(file, entry, '\0');) {
+        entries.push_back(entry);
+    }
+    return entries;
 }
 
 template <class Function> Function* next(const char* name)
@@ -71,12 +103,24 @@ namespace watch {
 
 std::vector<std::string> calls()
 {
-    std::ifstream file(kRecord, std::ios::binary);
-    std::vector<std::string> entries;
-    for (std::string entry; std::getline(file, entry, '\0');) {
-        entries.push_back(entry);
-    }
-    return entries;
+    return entriesOf(kRecord);
+}
+
+void mayBeStrange(const std::string& lineStart)
+{
+    strangeStarts().push_back(lineStart);
+}
+
+std::vector<std::string> takeStrange()
+{
+    std::vector<std::string> lines = entriesOf(kStrange);
+    std::erase_if(lines, [](const std::string& line) {
+        return std::ranges::any_of(
+            strangeStarts(), [&line](const std::string& start) { return line.starts_with(start); });
+    });
+    strangeStarts().clear();
+    ::unlink(kStrange);
+    return lines;
 }
 
 void restart()
@@ -102,6 +146,9 @@ extern "C" {
 int system(const char* line)
 {
     record(line);
+    if (isStrange(line)) {
+        append(kStrange, line);
+    }
     const std::optional<Intervention> intervention = takeIntervention(line);
     if (intervention && intervention->isAnswered) {
         errno = intervention->error;

@@ -15,6 +15,13 @@ namespace watch {
 /// What has been written down so far, by all processes of the root, in order.
 [[nodiscard]] std::vector<std::string> calls();
 
+/// Lines that start so need none of the guard's shapes: a test has its reason for them.
+void mayBeStrange(const std::string& lineStart);
+
+/// The lines that the guard would not let run, since the last call of this, but for those above,
+/// which are forgotten.
+[[nodiscard]] std::vector<std::string> takeStrange();
+
 /// Starts a new list, and forgets the two kinds of intervention below.
 void restart();
 

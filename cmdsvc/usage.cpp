@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -19,7 +21,7 @@
 namespace cmdsvc {
 namespace {
 
-constexpr std::int32_t kSaveIntervalSeconds = 300;
+constexpr std::int64_t kSaveIntervalSeconds = 300;
 
 struct Slot {
     std::string_view code;
@@ -67,13 +69,27 @@ void count(CommandUsage& table, std::size_t slot)
     core::putU32(counter, core::getU32(counter) + 1);
 }
 
-/// Whether a save is due. Zero stands for none yet. The difference is taken modulo 2^32 and read as
-/// signed, so that it holds across the end of the clock's range.
-bool isDue(std::int32_t lastSave, std::int32_t now)
+/// The time in seconds since the epoch, until 2106 also on machines whose clock has only 32 bits.
+std::int64_t currentTime()
 {
-    const auto age = static_cast<std::int32_t>(static_cast<std::uint32_t>(now) -
-                                               static_cast<std::uint32_t>(lastSave));
-    return lastSave == 0 || age > kSaveIntervalSeconds;
+    return static_cast<std::uint32_t>(std::time(nullptr));
+}
+
+/// The last save as a time that can be compared with the clock. The caller keeps 32 signed bits; in
+/// 2038 the clock leaves their range, and from then on a negative value is a save after that
+/// moment.
+std::int64_t timeOf(std::int32_t lastSave, std::int64_t now)
+{
+    const bool isPastSignedRange = now > std::numeric_limits<std::int32_t>::max();
+    return isPastSignedRange ? std::int64_t{static_cast<std::uint32_t>(lastSave)}
+                             : std::int64_t{lastSave};
+}
+
+/// Whether the table must be written. A last save of 0 means that there was none. The comparison
+/// has 64 bits: near the ends of the 32-bit range nothing wraps.
+bool isDue(std::int32_t lastSave, std::int64_t now)
+{
+    return lastSave == 0 || now > timeOf(lastSave, now) + kSaveIntervalSeconds;
 }
 
 /// Writes a table to an open file.
@@ -138,8 +154,8 @@ void save_cmd_cnt(CommandUsage* table, std::int32_t* lastSave, std::uint32_t cod
     if (!slot) {
         dbg_trace("save_cmd_cnt() -- save default cmd: 0x%X", code);
     }
-    const auto now = static_cast<std::int32_t>(std::time(nullptr));
+    const std::int64_t now = currentTime();
     if (isDue(*lastSave, now)) {
-        save(*table, *lastSave, code, now);
+        save(*table, *lastSave, code, static_cast<std::int32_t>(now));
     }
 }

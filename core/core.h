@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <span>
@@ -60,6 +61,18 @@ extern CommandLine commandBuffer;
 /// Formats as printf does into a fixed buffer. Text that does not fit is cut; the result always
 /// ends in a NUL (an empty buffer is left alone).
 [[gnu::format(printf, 2, 3)]] void formatBounded(std::span<char> out, const char* format, ...);
+
+// ---- Numbers ----------------------------------------------------------------------------------
+
+/// The decimal number at the start of a text. White space and a sign may stand before it, anything
+/// behind it. It is the same on every machine, whatever the size of a long there.
+///
+/// @return 0 where no number stands; for one beyond 64 bits the nearest number that they hold
+[[nodiscard]] std::int64_t decimalNumber(const char* text);
+
+/// The same number's low 32 bits as a signed number: 2147483648 gives -2147483648, and 4294967297
+/// gives 1.
+[[nodiscard]] std::int32_t decimalInt(const char* text);
 
 // ---- Shell ------------------------------------------------------------------------------------
 
@@ -133,10 +146,10 @@ using Text = std::unique_ptr<char, MemoryReleaser>;
 
 // ---- Work files -------------------------------------------------------------------------------
 
-/// The decimal number at the start of a file's first line, of which 511 characters count: 0 where
-/// that is none.
-/// @param otherwise  the result where there is no line at all
-[[nodiscard]] int readNumber(FILE* file, int otherwise);
+/// The number at the start of a file's first line, as decimalInt reads it from the line's first 511
+/// characters. A line that holds no number gives 0, and so does one that is only a newline.
+/// @param otherwise  the result for an empty file, and for one that cannot be read
+[[nodiscard]] std::int32_t readNumber(FILE* file, std::int32_t otherwise);
 
 /// A name for a file that a shell line leaves its output in.
 using WorkFileName = std::array<char, 64>;

@@ -4,7 +4,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <unistd.h>
 
@@ -31,11 +30,10 @@ bool core::readLine(FILE* file, std::span<char> line)
     return false;
 }
 
-int core::readNumber(FILE* file, int otherwise)
+std::int32_t core::readNumber(FILE* file, std::int32_t otherwise)
 {
     std::array<char, kValueSize> line;
-    return readLine(file, line) ? static_cast<int>(std::strtol(line.data(), nullptr, 10))
-                                : otherwise;
+    return readLine(file, line) ? decimalInt(line.data()) : otherwise;
 }
 
 core::WorkFileName core::workFileName(const char* name)

@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -19,11 +18,6 @@ namespace {
 constexpr const char* kWorkFile = "/tmp/vokcontrol2.tmp";
 
 using Line = std::array<char, 256>;
-
-int decimal(const char* text)
-{
-    return static_cast<int>(std::strtol(text, nullptr, 10));
-}
 
 /// Reads a command's first line of output.
 /// @return false when there is none; the line is then empty
@@ -58,7 +52,7 @@ int askFdisk()
         return 0;
     }
     const char* number = label + kLabel.size();
-    const int capacity = decimal(number);
+    const int capacity = core::decimalInt(number);
     dbg_trace("Drive cap: %d GB -- ptr: %s", capacity, number);
     return capacity;
 }
@@ -78,7 +72,7 @@ int askMdadm(int otherwise)
     if (label == nullptr) {
         return otherwise;
     }
-    return decimal(label + std::min(kSkipped, std::strlen(label)));
+    return core::decimalInt(label + std::min(kSkipped, std::strlen(label)));
 }
 
 int cutTo16Bits(int capacity)
@@ -152,7 +146,7 @@ int GetUserCapUsage(const char* name, int* size, char* unit)
         return kFailure;
     }
     const sharestatus::ScaledUsage usage =
-        sharestatus::scaleUsage(std::strtol(line.data(), nullptr, 10));
+        sharestatus::scaleUsage(core::decimalNumber(line.data()));
     dbg_trace("GetUserCapUsage system: %d%c", usage.value, usage.unit);
     *size = usage.value;
     *unit = usage.unit;

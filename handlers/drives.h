@@ -8,8 +8,10 @@ extern "C" {
 
 /// Counts the internal drives.
 ///
-/// @return the number, 1 where nothing tells it; a negative number when pelparam could not be
-///         run, and its raw wait status when it failed
+/// @return the number in pelparam's first line, 0 where that holds none or is only a newline, and 1
+///         where there is no line; a negative number when pelparam could not be run, and its raw
+///         wait status when it failed. Of a larger number than 32 bits hold, the low 32 count, as a
+///         signed number.
 ///
 /// Runs sudo pelparam -d; uses /tmp/GetTovHDDSPID, and removes that unless pelparam could not be
 /// run. Traces what failed.

@@ -193,7 +193,8 @@ void init_cmd_buffer(CommandUsage* table);
  *
  *   table     may be null: then nothing is counted
  *   lastSave  when the file was last written, in seconds since the epoch; kept up to date. Start
- *             with 0.
+ *             with 0: then the file is written at once. A time in the future waits until the clock
+ *             is 300 seconds past it. From 2038 to 2106 the seconds show as negative numbers.
  *   code      the first four bytes of the request as a little-endian word
  *   writes    /etc/pelconfig/vokcontrol/vokcontrol_cmd_used, in place. Where that fails, the next
  *             count tries again.
@@ -256,8 +257,9 @@ int getInternalHDDIndex(int32_t indices[2]);
 int getDriveInfos(DriveInfo records[4]);
 
 /*
- * Prints the script function tov_hdds(), which returns the number of internal drives: 1 where nothing
- * tells it.
+ * Prints the script function tov_hdds(), which returns the number of internal drives: 1 where
+ * pelparam cannot be run or leaves an empty file, 0 where its first line holds no number or is only
+ * a newline. Of a larger number than 32 bits hold, the low 32 count, as a signed number.
  *
  *   result  what system() gave back for pelparam
  *   runs    sudo pelparam -d > /tmp/printTovHDDsPID, then sudo rm -f on that

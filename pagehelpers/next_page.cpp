@@ -3,7 +3,6 @@
 // Which step a form of several steps is at.
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 
 #include "core/core.h"
 #include "vokcontrol.h"
@@ -27,7 +26,7 @@ int printNextPage(void)
     if (!readField(text)) {
         text[0] = '0';
     }
-    const int page = static_cast<int>(std::strtol(text.data(), nullptr, 10));
+    const int page = core::decimalInt(text.data());
     std::printf("function this_page()\n{\n\treturn %d;\n}\n", page);
     core::printComment("printNextPage() this_page() { return %d;}", page);
     return page;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "pagehelpers/system_status.h"
 
-#include <cstdlib>
 #include <cstring>
 
 #include "vokcontrol.h"
@@ -29,7 +28,7 @@ std::string_view valueBehind(const ReportLine& line, const char* tag)
 std::int32_t numberBehind(const ReportLine& line, const char* tag)
 {
     const char* text = std::strstr(line.data(), tag) + std::strlen(tag);
-    return static_cast<std::int32_t>(std::strtol(text, nullptr, 10));
+    return core::decimalInt(text);
 }
 
 } // namespace pagehelpers

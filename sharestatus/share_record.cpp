@@ -7,7 +7,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <span>
 #include <string_view>
@@ -25,7 +24,7 @@ constexpr int kFailure = -1;
 // A name is at most one line long, so any name fits behind the text around it.
 constexpr std::size_t kNamedLineSize = core::kLineSize + 64;
 
-void storeUsage(std::span<char, kDateOffset> out, long kibibytes)
+void storeUsage(std::span<char, kDateOffset> out, std::int64_t kibibytes)
 {
     const ScaledUsage usage = scaleUsage(kibibytes);
     core::putU16(out.subspan<kUsageOffset, kUsageSize>(), static_cast<std::uint16_t>(usage.value));
@@ -42,8 +41,7 @@ bool readUsage(FILE* output, char* record)
     if (!core::readLine(output, line)) {
         return false;
     }
-    storeUsage(std::span<char, kDateOffset>(record, kDateOffset),
-               std::strtol(line.data(), nullptr, 10));
+    storeUsage(std::span<char, kDateOffset>(record, kDateOffset), core::decimalNumber(line.data()));
     return true;
 }
 
@@ -67,10 +65,10 @@ bool measureShare(char* record, const char* name)
 
 } // namespace
 
-ScaledUsage scaleUsage(long kibibytes)
+ScaledUsage scaleUsage(std::int64_t kibibytes)
 {
-    constexpr long kLargestInK = 1024;
-    constexpr long kLargestInM = 1000000;
+    constexpr std::int64_t kLargestInK = 1024;
+    constexpr std::int64_t kLargestInM = 1000000;
     if (kibibytes > kLargestInM) {
         return {static_cast<int>(kibibytes / 1000000), 'G'};
     }

@@ -3,6 +3,8 @@
 // share_record.h: the files that the collector works with.
 #pragma once
 
+#include <cstdint>
+
 namespace sharestatus {
 
 /// Holds the share list first, and then, once that has been read, what du prints for each share.
@@ -14,12 +16,13 @@ inline constexpr const char* kBackupStatusPrefix = "__bk";
 
 /// A size in the largest unit that it reaches: up to 1024 KiB count in 'K'; up to 1000000 KiB in
 /// 'M', a thousand KiB each; beyond that in 'G', a million KiB each. The thresholds mix powers of
-/// two and of ten, and clients round the same way: 1025 KiB are 1 M.
+/// two and of ten, and clients round the same way: 1025 KiB are 1 M. Of a value beyond 32 bits the
+/// low 32 are kept.
 struct ScaledUsage {
     int value;
     char unit;
 };
 
-[[nodiscard]] ScaledUsage scaleUsage(long kibibytes);
+[[nodiscard]] ScaledUsage scaleUsage(std::int64_t kibibytes);
 
 } // namespace sharestatus

@@ -4,9 +4,11 @@
 #include <ctime>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <limits>
 
 #include "cmdsvc/protocol.h"
 #include "core/bytes.h"
+#include "tests/support/clock.h"
 #include "tests/support/root.h"
 #include "vokcontrol.h"
 
@@ -59,6 +61,44 @@ class Usage : public root::Test {
         save_cmd_cnt(&table, &lastSave, cmdsvc::codeWord(code));
     }
 
+    void TearDown() override
+    {
+        root::clock.reset();
+        root::Test::TearDown();
+    }
+
+    /// Counts one command at a time of the clock, when the last save was at another.
+    void countAt(std::int64_t clock, std::int32_t saved)
+    {
+        setBytes(tableWith(kNoSlot, 0));
+        std::filesystem::remove(kFile);
+        watch::restart();
+        root::clock = clock;
+        lastSave = saved;
+        countOne("lstu");
+    }
+
+    void expectSave(std::int64_t clock, std::int32_t saved, std::int32_t nowSaved)
+    {
+        SCOPED_TRACE(std::to_string(clock) + " " + std::to_string(saved));
+        countAt(clock, saved);
+        EXPECT_EQ(root::readFile(kFile), tableWith(2, 1));
+        EXPECT_EQ(lastSave, nowSaved);
+        EXPECT_EQ(watch::calls(),
+                  (Lines{trace("save_cmd_cnt() -- save cmd: 0x7574736C"),
+                         trace("save_cmd_cnt() -- save to file cmd: 0x7574736C time: " +
+                               std::to_string(nowSaved))}));
+    }
+
+    void expectNoSave(std::int64_t clock, std::int32_t saved)
+    {
+        SCOPED_TRACE(std::to_string(clock) + " " + std::to_string(saved));
+        countAt(clock, saved);
+        EXPECT_FALSE(root::exists(kFile));
+        EXPECT_EQ(lastSave, saved);
+        EXPECT_EQ(watch::calls(), Lines{trace("save_cmd_cnt() -- save cmd: 0x7574736C")});
+    }
+
     static std::string hex(const std::string& code)
     {
         std::array<char, 16> text{};
@@ -102,6 +142,27 @@ TEST_F(Usage, tableIsReadFromItsFile)
     init_cmd_buffer(&table);
     EXPECT_EQ(bytes(), tableWith(3, 9));
     EXPECT_EQ(watch::calls(), Lines{trace("init_cmd_buffer() -- read from file " + kFile)});
+}
+
+TEST_F(Usage, fileThatHoldsNoCodesIsReadAllTheSame)
+{
+    for (const std::string& content : {std::string(), std::string(168, 'z'), std::string("x")}) {
+        table = {};
+        watch::restart();
+        root::writeFile(kFile, content);
+        init_cmd_buffer(&table);
+        EXPECT_EQ(bytes(), content + std::string(168 - content.size(), '\0'));
+        EXPECT_EQ(watch::calls(), Lines{trace("init_cmd_buffer() -- read from file " + kFile)});
+        EXPECT_EQ(root::readFile(kFile), content);
+    }
+}
+
+TEST_F(Usage, longerFileIsCutByASave)
+{
+    root::writeFile(kFile, tableWith(3, 9) + "more");
+    init_cmd_buffer(&table);
+    countOne("lsts");
+    EXPECT_EQ(root::readFile(kFile), tableWith(3, 10));
 }
 
 TEST_F(Usage, shortFileFillsTheStart)
@@ -179,29 +240,66 @@ TEST_F(Usage, countsWithinFiveMinutesStayInMemory)
     EXPECT_EQ(root::readFile(kFile), tableWith(2, 4));
 }
 
-TEST_F(Usage, exactlyFiveMinutesIsTooEarly)
+constexpr std::int32_t kLast = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t kFirst = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t kToday = 1800000000;
+
+/// The first second that 32 signed bits do not hold, in 2038.
+constexpr std::int64_t kBehindLast = std::int64_t{kLast} + 1;
+
+TEST_F(Usage, saveIsDueBehindFiveMinutes)
 {
-    setBytes(tableWith(kNoSlot, 0));
-    // The clock may move on between the two lines; a second attempt then meets its second.
-    bool isSaved = true;
-    for (int attempt = 0; attempt < 3 && isSaved; ++attempt) {
-        std::filesystem::remove(kFile);
-        lastSave = now() - 300;
-        countOne("lstu");
-        isSaved = root::exists(kFile);
-    }
-    EXPECT_FALSE(isSaved);
+    expectNoSave(kToday, kToday);
+    expectNoSave(kToday, kToday - 299);
+    expectNoSave(kToday, kToday - 300);
+    expectSave(kToday, kToday - 301, kToday);
+    expectSave(kToday, 1, kToday);
 }
 
-TEST_F(Usage, lastSaveAtTheEndOfTheClocksRangeIsNoEarlySave)
+TEST_F(Usage, withoutALastSaveItIsDueAtOnce)
 {
-    setBytes(tableWith(kNoSlot, 0));
-    for (const std::int32_t end : {2147483647, 2147483647 - 100, 2147483647 - 300}) {
-        lastSave = end;
-        countOne("lstu");
-        EXPECT_FALSE(root::exists(kFile)) << end;
-        EXPECT_EQ(lastSave, end);
+    expectSave(kToday, 0, kToday);
+    for (const std::int32_t clock : {1, 100, 299, 300, 301}) {
+        expectSave(clock, 0, clock);
     }
+    expectNoSave(299, 1);
+    expectNoSave(301, 1);
+    expectSave(302, 1, 302);
+}
+
+TEST_F(Usage, lastSaveOfAnyAgeIsOverdue)
+{
+    expectSave(kLast, 1, kLast);
+    for (const std::int32_t saved : {-1, kToday - kLast, kToday - kLast - 1, kToday - kLast - 2,
+                                     kToday - kLast - 300, kFirst + 300, kFirst}) {
+        expectSave(kToday, saved, kToday);
+    }
+}
+
+TEST_F(Usage, lastSaveInTheFutureIsNotDue)
+{
+    for (const std::int32_t saved :
+         {kToday + 1, kToday + 100000, kLast - 300, kLast - 100, kLast}) {
+        expectNoSave(kToday, saved);
+    }
+    expectNoSave(1, kLast);
+    expectNoSave(kLast, kLast);
+    expectNoSave(kLast, kLast - 300);
+    expectSave(kLast, kLast - 301, kLast);
+}
+
+TEST_F(Usage, savesGoOnWhereTheClockLeavesThirtyTwoBits)
+{
+    expectNoSave(kBehindLast, kLast);
+    expectNoSave(kBehindLast, kLast - 299);
+    expectSave(kBehindLast, kLast - 300, kFirst);
+    expectNoSave(kBehindLast, kFirst);
+    expectNoSave(kBehindLast + 300, kFirst);
+    expectSave(kBehindLast + 301, kFirst, kFirst + 301);
+    expectNoSave(kBehindLast + 1000, kFirst + 1000);
+    expectSave(kBehindLast + 1000, kToday, kFirst + 1000);
+    expectNoSave(kBehindLast + 1000, kFirst + 2000);
+    expectSave(kBehindLast + 1000, 0, kFirst + 1000);
 }
 
 TEST_F(Usage, failedSaveIsTriedAgain)

@@ -66,6 +66,29 @@ TEST_F(File, shellLinesDoNotHoldItOpen)
     EXPECT_FALSE(root::exists("/tmp/out"));
 }
 
+TEST_F(File, numberIsTheFirstLines)
+{
+    const auto expectNumber = [](const std::string& content, std::int32_t number) {
+        root::writeFile("/tmp/in", content);
+        EXPECT_EQ(core::readNumber(core::openFile("/tmp/in", "r").get(), 77), number) << content;
+    };
+    expectNumber("2\n", 2);
+    expectNumber(" -12 drives\n4\n", -12);
+    expectNumber("none\n3\n", 0);
+    expectNumber("\n", 0);
+    expectNumber("\n3\n", 0);
+    expectNumber(std::string("\0003\n", 3), 0);
+    expectNumber("", 77);
+    expectNumber("2147483648\n", -2147483647 - 1);
+    expectNumber("4294967298\n", 2);
+    expectNumber(std::string(510, '0') + "12\n", 1);
+}
+
+TEST_F(File, folderHoldsNoNumber)
+{
+    EXPECT_EQ(core::readNumber(core::openFile("/tmp", "r").get(), 77), 77);
+}
+
 TEST_F(File, workFilesCarryTheIdOfTheProcessThatWritesThem)
 {
     EXPECT_EQ(core::workFileName("share_info").data(), root::workFile("share_info"));

@@ -708,4 +708,42 @@ TEST_F(ShareUsage, longestNameOfAListIsPassedOnWhole)
     EXPECT_EQ(watch::calls().at(1), "du -sk \"/share/" + name + "\" > " + kWorkFile);
 }
 
+// ---- Numbers beyond 32 bits -------------------------------------------------------------------
+
+TEST_F(DriveCount, numberBeyondThirtyTwoBitsKeepsItsLowBits)
+{
+    expectCount("2147483647\n", 2147483647);
+    expectCount("2147483648\n", -2147483647 - 1);
+    expectCount("4294967298\n", 2);
+    expectCount("99999999999\n", 1215752191);
+    expectCount("99999999999999999999\n", -1);
+}
+
+TEST_F(DiskCapacity, numberBeyondThirtyTwoBitsKeepsItsLowBits)
+{
+    expectFigure("/dev/sda: 4294967797 GB\n", 501);
+    expectFigure("/dev/sda: 99999999999 GB\n", 1215752191 % 65536);
+    stubOutput("pelparam", "4294967299\n");
+    stubOutput("fdisk", "/dev/sda: 2147483649 GB\n");
+    watch::restart();
+    EXPECT_EQ(GetInternalDiskCap(), 1);
+    EXPECT_EQ(watch::calls(),
+              with(asked("/dev/sda: 2147483649 GB\n", -2147483647, "2147483649 GB\n"),
+                   {tracedSize(-2147483647)}));
+}
+
+TEST_F(MirrorCapacity, numberBeyondThirtyTwoBitsKeepsItsLowBits)
+{
+    stubOutput("pelparam", "4294967298\n");
+    expectMirror("(931.51 GiB 4294968296 GB)\n", 1000);
+    EXPECT_EQ(watch::calls(), askedForMirror(1000));
+}
+
+TEST_F(ShareUsage, numberBeyondThirtyTwoBitsIsMeasured)
+{
+    expectUsage("2147483648", 2147, 'G');
+    expectUsage("4294967296", 4294, 'G');
+    expectUsage("99999999999", 99999, 'G');
+}
+
 } // namespace

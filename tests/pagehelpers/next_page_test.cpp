@@ -82,6 +82,13 @@ TEST_F(NextPage, fieldIsThePage)
     expectPage("2147483647", 2147483647);
 }
 
+TEST_F(NextPage, numberBeyondThirtyTwoBitsKeepsItsLowBits)
+{
+    expectPage("2147483648", -2147483647 - 1);
+    expectPage("4294967299", 3);
+    expectPage("99999999999", 1215752191);
+}
+
 TEST_F(NextPage, numberMayStandBeforeOrBehindOtherThings)
 {
     expectPage(" 7", 7);

@@ -54,6 +54,8 @@ TEST(SystemStatus, valueEndsWithItsLine)
 {
     EXPECT_EQ(valueBehind(line("<tag>value\n"), "<tag>"), "value");
     EXPECT_EQ(valueBehind(line("<tag>value\r\n"), "<tag>"), "value");
+    EXPECT_EQ(valueBehind(line("<tag>va\rlue</tag>\n"), "<tag>"), "va");
+    EXPECT_EQ(valueBehind(line("<tag>\r</tag>\n"), "<tag>"), "");
     EXPECT_EQ(valueBehind(line("<tag>value"), "<tag>"), "value");
     EXPECT_EQ(valueBehind(line("<tag>"), "<tag>"), "");
     EXPECT_EQ(valueBehind(line("<tag>\n"), "<tag>"), "");
@@ -77,6 +79,14 @@ TEST(SystemStatus, numberIsDecimal)
               std::numeric_limits<std::int32_t>::max());
     EXPECT_EQ(numberBehind(line("<tag>-2147483648</tag>\n"), "<tag>"),
               std::numeric_limits<std::int32_t>::min());
+}
+
+TEST(SystemStatus, numberBeyondThirtyTwoBitsKeepsItsLowBits)
+{
+    EXPECT_EQ(numberBehind(line("<tag>2147483648</tag>\n"), "<tag>"),
+              std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(numberBehind(line("<tag>4294967297</tag>\n"), "<tag>"), 1);
+    EXPECT_EQ(numberBehind(line("<tag>99999999999</tag>\n"), "<tag>"), 1215752191);
 }
 
 TEST(SystemStatus, whatIsNoNumberIsZero)

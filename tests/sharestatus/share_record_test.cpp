@@ -38,7 +38,7 @@ class ShareRecord : public root::Test {
 
 TEST(ScaledUsage, unitsChangeAtTheirThresholds)
 {
-    const auto expectScaled = [](long kibibytes, int value, char unit) {
+    const auto expectScaled = [](std::int64_t kibibytes, int value, char unit) {
         const sharestatus::ScaledUsage usage = sharestatus::scaleUsage(kibibytes);
         EXPECT_EQ(usage.value, value) << kibibytes;
         EXPECT_EQ(usage.unit, unit) << kibibytes;
@@ -56,7 +56,14 @@ TEST(ScaledUsage, unitsChangeAtTheirThresholds)
     expectScaled(1999999, 1, 'G');
     expectScaled(2000000, 2, 'G');
     expectScaled(65536000000, 65536, 'G');
+    expectScaled(2147483647, 2147, 'G');
+    expectScaled(2147483648, 2147, 'G');
+    expectScaled(4294967296, 4294, 'G');
+    expectScaled(99999999999, 99999, 'G');
+    expectScaled(4294967296000000, 0, 'G');
+    expectScaled(4294967297000000, 1, 'G');
     expectScaled(-1, -1, 'K');
+    expectScaled(-4294967297, -1, 'K');
     expectScaled(-2000000, -2000000, 'K');
 }
 
@@ -108,9 +115,20 @@ TEST_F(CapUsage, valueIsSixteenBitsWide)
     expectUsage("-5", 65531, 'K');
 }
 
+TEST_F(CapUsage, numberBeyondThirtyTwoBitsIsMeasured)
+{
+    expectUsage("2147483647", 2147, 'G');
+    expectUsage("2147483648", 2147, 'G');
+    expectUsage("4294967296", 4294, 'G');
+    expectUsage("99999999999", 99999 - 65536, 'G', "99999");
+    expectUsage("9223372036854775808", 23286, 'G', "2077252342");
+}
+
 TEST_F(CapUsage, leadingNumberCounts)
 {
     expectUsage("  12x34", 12, 'K');
+    expectUsage("010", 10, 'K');
+    expectUsage("0x10", 0, 'K');
     expectUsage("none", 0, 'K');
 }
 

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+#include "core/core.h"
+
+#include <cstdlib>
+
+std::int64_t core::decimalNumber(const char* text)
+{
+    // Not strtol: it has 32 bits on some machines that the module runs on and 64 on others.
+    constexpr int kDecimal = 10;
+    return std::strtoll(text, nullptr, kDecimal);
+}
+
+std::int32_t core::decimalInt(const char* text)
+{
+    return static_cast<std::int32_t>(decimalNumber(text));
+}

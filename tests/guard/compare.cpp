@@ -334,9 +334,16 @@ std::string variables()
            "\nprocess=" + pick({"pelstatus", "grep pelstatus"}) + "\n";
 }
 
+/// Every hundred requests begin with the same files, but for what they say.
 void change()
 {
     shell->set(variables());
+    for (const char* folder : {"/tmp", "/etc/pelconfig"}) {
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            fs::remove_all(entry);
+        }
+    }
+    fs::create_directories("/etc/pelconfig/vokcontrol/__bksts");
     std::ofstream("/etc/pelconfig/system_var")
         << "firsttime=" << roll(2) << "\npel_pubshare_name=" << text()
         << "\nraclient_raenabled=" << roll(2) << "\n";
@@ -463,7 +470,7 @@ int main(int argc, char** argv)
     const long count = std::atol(argv[2]);
     dice().seed(static_cast<unsigned>(std::atol(argv[3])));
     std::signal(SIGPIPE, SIG_IGN);
-    fs::create_directories("/etc/pelconfig/vokcontrol/__bksts");
+    fs::create_directories("/etc/pelconfig");
     fs::current_path("/tmp");
     Shell theShell(argv[4]);
     shell = &theShell;

@@ -36,8 +36,9 @@ int main()
     makeShares();
     const bench::FloorComparison outcome =
         bench::compareWithFloor([] { sharestatus::collectAndPublish(); });
-    std::printf("one collection of %d shares (%zu shell lines), median of %d rounds\n", kShares,
-                outcome.lines, bench::kRounds);
-    bench::print("collection", outcome.medians);
+    std::printf(
+        "one collection of %d shares (%zu shell lines, %zu of them traces), median of %d rounds\n",
+        kShares, outcome.lines, outcome.traces, bench::kRounds);
+    bench::print("collection", outcome);
     return 0;
 }

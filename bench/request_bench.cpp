@@ -38,8 +38,8 @@ int main()
         std::puts("the users were not listed");
         return 1;
     }
-    std::printf("one lstu of %d users (%zu shell lines), median of %d rounds\n", bench::kUsers,
-                outcome.lines, bench::kRounds);
-    bench::print("request", outcome.medians);
+    std::printf("one lstu of %d users (%zu shell lines, %zu of them traces), median of %d rounds\n",
+                bench::kUsers, outcome.lines, outcome.traces, bench::kRounds);
+    bench::print("request", outcome);
     return 0;
 }

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // shell_floor.h: some of the module's work against its floor: a bare loop that runs the very same
-// shell lines and does nothing else. Programs with it have a system() that writes down the lines.
+// shell lines and does nothing else. With the guard before the shell, the floor is the lines that
+// are no traces. Programs with it have a system() that writes down the lines.
 #pragma once
 
 #include <cstddef>
@@ -12,8 +13,10 @@
 namespace bench {
 
 struct FloorComparison {
-    Comparison medians;
-    std::size_t lines; ///< that one turn runs
+    Comparison bare;
+    Comparison guarded;
+    std::size_t lines;  ///< that one turn runs
+    std::size_t traces; ///< of these
 };
 
 /// Does the work twice beforehand: once so that this process has traced already, and once to write
@@ -21,6 +24,6 @@ struct FloorComparison {
 [[nodiscard]] FloorComparison compareWithFloor(const std::function<void()>& work);
 
 /// Prints the medians; the work's own line has this name.
-void print(const char* name, const Comparison& medians);
+void print(const char* name, const FloorComparison& outcome);
 
 } // namespace bench

@@ -8,6 +8,7 @@
 #include "client/json_text.h"
 #include "client/terminal_text.h"
 #include "client/text_table.h"
+#include "guard/values.h"
 #include "sharestatus/status_format.h"
 
 namespace client {
@@ -73,6 +74,19 @@ std::string formatTime(const char* format, const std::tm& time)
     return {text.data(), size};
 }
 
+/// A line for each share that the collection leaves out for its name.
+std::string renderHints(const std::vector<ShareRow>& shares)
+{
+    std::string out;
+    for (const ShareRow& row : shares) {
+        if (!guard::isMeasurable(row.name)) {
+            out += "Rename the share " + makePrintable(row.name).text +
+                   ": it is not measured, as its name could run in a shell.\n";
+        }
+    }
+    return out;
+}
+
 std::string renderFooter(const StatusReport& report)
 {
     std::tm local = {};
@@ -106,6 +120,9 @@ Json makeShare(const ShareRow& row)
     share["name"] = row.name;
     if (!isUtf8(row.name)) {
         share["name_hex"] = toHex(row.name);
+    }
+    if (!guard::isMeasurable(row.name)) {
+        share["must_be_renamed"] = true;
     }
     share["used"] = row.used ? Json(row.used->value) : Json();
     share["unit"] = row.used ? Json(std::string(1, row.used->unit)) : Json();
@@ -176,7 +193,7 @@ std::string renderTable(const StatusReport& report)
     } else {
         out = renderShares(report.shares);
     }
-    return out + "\n" + renderFooter(report);
+    return out + "\n" + renderHints(report.shares) + renderFooter(report);
 }
 
 std::string renderJson(const StatusReport& report)

@@ -48,12 +48,13 @@ struct StatusReport {
 /// The same for programs.
 [[nodiscard]] Json makeJson(const std::vector<ShareRow>& shares);
 
-/// One line a share under a heading, then when it was published (in local time) and whether a
-/// collection is running.
+/// One line a share under a heading, then the shares that have to be renamed, when it was published
+/// (in local time) and whether a collection is running.
 [[nodiscard]] std::string renderTable(const StatusReport& report);
 
 /// The same for programs: one JSON object in ASCII. Absent values are null, and so is the list of
-/// shares when the collection got none. A name that is no UTF-8 has its bytes in "name_hex", too.
+/// shares when the collection got none. A name that is no UTF-8 has its bytes in "name_hex", too; a
+/// share that has to be renamed before it is measured has "must_be_renamed".
 [[nodiscard]] std::string renderJson(const StatusReport& report);
 
 } // namespace client

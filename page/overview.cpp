@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "guard/values.h"
 #include "page/collection.h"
 #include "page/devices.h"
 #include "page/layout.h"
@@ -110,6 +111,11 @@ Html bar(std::uint64_t part, std::uint64_t whole)
 Html space(const Share& share, std::uint64_t total)
 {
     Html out;
+    if (!guard::isMeasurable(share.name)) {
+        out << R"(<p class="space"><strong>Rename this share</strong> <span class="quiet">It is not )"
+            << R"(measured, as its name could run in a shell</span></p>)";
+        return out;
+    }
     if (!share.used) {
         out << R"(<p class="space"><span class="quiet">Space not known</span></p>)";
         return out;

@@ -127,6 +127,52 @@ TEST(StatusReport, tableLinesUpWhateverTheNames)
               "Published 2026-11-21 09:33:03 UTC. No collection is running.\n");
 }
 
+TEST(StatusReport, sharesThatHaveToBeRenamedAreSaid)
+{
+    const StatusReport report = publishedReport(
+        table(3, record(0, zeros(10), "a`b\x1B") + record(604, "K" + zeros(9), "Tom & Jerry's") +
+                     record(0, zeros(10), "$x")));
+    EXPECT_EQ(renderTable(report),
+              "SHARE           USED  STATE  LAST BACKUP\n"
+              "a`b\\u{1b}          -  -      -\n"
+              "Tom & Jerry's  604 K  -      -\n"
+              "$x                 -  -      -\n"
+              "\n"
+              "Rename the share a`b\\u{1b}: it is not measured, as its name could run in a shell.\n"
+              "Rename the share $x: it is not measured, as its name could run in a shell.\n"
+              "Published 2026-11-21 09:33:03 UTC. No collection is running.\n");
+    EXPECT_EQ(renderJson(report), R"({
+  "published": "2026-11-21T09:33:03Z",
+  "collecting": false,
+  "shares": [
+    {
+      "name": "a`b\u001b",
+      "must_be_renamed": true,
+      "used": null,
+      "unit": null,
+      "backup_state": null,
+      "backup_date": null
+    },
+    {
+      "name": "Tom & Jerry's",
+      "used": 604,
+      "unit": "K",
+      "backup_state": null,
+      "backup_date": null
+    },
+    {
+      "name": "$x",
+      "must_be_renamed": true,
+      "used": null,
+      "unit": null,
+      "backup_state": null,
+      "backup_date": null
+    }
+  ]
+}
+)");
+}
+
 TEST(StatusReport, runningCollectionIsSaid)
 {
     StatusReport report = publishedReport(table(0, ""));

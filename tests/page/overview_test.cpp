@@ -92,6 +92,20 @@ TEST_F(OverviewPage, showsSharesWithSpaceAndBackup)
     EXPECT_TRUE(contains(made.body, "no backup is known"));
 }
 
+TEST_F(OverviewPage, saysWhichShareHasToBeRenamed)
+{
+    publish(zeros(5) + le16(2) + zeros(3) + zeros(12) + "$(reboot)\n" + zeros(12) +
+            "Tom & Jerry\n");
+    const std::string hint =
+        R"(<p class="space"><strong>Rename this share</strong> <span class="quiet">)"
+        "It is not measured, as its name could run in a shell</span></p>";
+    const std::string unknown =
+        R"(<p class="space"><span class="quiet">Space not known</span></p>)";
+    const Made made = overview();
+    EXPECT_TRUE(contains(made.body, "<li><h3><bdi>$(reboot)</bdi></h3>" + hint));
+    EXPECT_TRUE(contains(made.body, "<li><h3><bdi>Tom &amp; Jerry</bdi></h3>" + unknown));
+}
+
 TEST_F(OverviewPage, countsAtAGlance)
 {
     publishShares();

@@ -97,6 +97,7 @@ TEST_F(SyncPage, startThatCannotBeMadeIsToldAtOnce)
 
 TEST_F(SyncPage, daemonThatDoesNotStopIsTold)
 {
+    watch::mayBeStrange("killall");
     (void)post("switch=on");
     watch::answer("sudo killall", 0, 0);
     const Made made = post("switch=off");

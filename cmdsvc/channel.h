@@ -49,9 +49,9 @@ bool cutNewline(char* text = requestLine.data());
 //
 // The one file that a handler reads while it answers, so that an error exit can close it.
 
-/// Opens a file in the slot, for reading unless the mode says otherwise; what was open there is
-/// closed.
-/// @return the file, or null with errno set
+/// Closes what is open in the slot, then opens a file there, for reading unless the mode says
+/// otherwise.
+/// @return the file, or null with errno set by this open
 FILE* openCurrentFile(const char* path, const char* mode = "r");
 
 [[nodiscard]] FILE* currentFile();

@@ -402,6 +402,17 @@ TEST_F(VariableReport, shellThatCannotStartStoresNothing)
     EXPECT_EQ(root::list("/etc/pelconfig"), (Lines{"system_var", "vokcontrol"}));
 }
 
+TEST_F(VariableReport, failureLeavesWorkFileAndSlotAlone)
+{
+    root::writeFile(kWorkFile, "old");
+    openSlot();
+    expectRefused(2);
+    expectNoDate(report([] { watch::answer("date", -1, EAGAIN); }));
+    EXPECT_EQ(root::readFile(kWorkFile), "old");
+    EXPECT_NE(cmdsvc::currentFile(), nullptr);
+    cmdsvc::closeCurrentFile();
+}
+
 TEST_F(VariableReport, dateThatSomebodyElseReapedStoresNothing)
 {
     expectNoDate(report([] { std::signal(SIGCHLD, SIG_IGN); }));
@@ -1054,6 +1065,14 @@ TEST_F(BackupTable, largestStatusIsAnsweredWhole)
     const std::string payload = table(162, records);
     ASSERT_EQ(payload.size(), 4096U);
     expectServed(payload, 162, header(162) + records);
+}
+
+TEST_F(BackupTable, traceTellsHowMuchHasBeenWritten)
+{
+    publish(table(1, record(1, "anna")));
+    const Outcome outcome = ask([] { watch::after("echo \"cmd_gub1() ", request::loseAnswer); });
+    EXPECT_EQ(outcome.answer, "");
+    EXPECT_EQ(outcome.calls.back(), written(0).at(0));
 }
 
 TEST_F(BackupTable, markIsReplaced)

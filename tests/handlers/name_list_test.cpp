@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "core/core.h"
+#include "tests/support/file_events.h"
 #include "tests/support/root.h"
 
 namespace {
@@ -288,7 +289,10 @@ TEST_F(NameList, listThatMemoryCannotHoldIsTracedAndRemoved)
 {
     root::writeFile(kList, R"(["a"])");
     fs::resize_file(kList, (std::uintmax_t{1} << 60U) + 5);
+    bool isThere = false;
+    watch::after("echo \"probe()", [&] { isThere = root::exists(kList); });
     EXPECT_EQ(search("a"), -1);
+    EXPECT_TRUE(isThere) << "it is removed after the trace";
     EXPECT_EQ(watch::calls(),
               (Lines{sizeTrace(5),
                      trace("probe() () failed  memory allocation Cannot allocate memory")}));
@@ -315,6 +319,16 @@ TEST_F(NameList, listIsClosedAgain)
         EXPECT_EQ(search("a"), 1);
     }
     EXPECT_EQ(root::list("/proc/self/fd").size(), before);
+}
+
+TEST_F(NameList, listIsClosedBeforeItIsRemoved)
+{
+    root::writeFile(kList, R"(["a"])");
+    const root::FileEvents events("/tmp");
+    EXPECT_EQ(search("a"), 1);
+    Lines ofList = events.happened();
+    std::erase_if(ofList, [](const std::string& event) { return !event.ends_with(" list"); });
+    EXPECT_EQ(ofList, (Lines{"close list", "remove list"}));
 }
 
 TEST_F(NameList, listIsClosedAndRemovedBeforeTheResultIsTraced)

@@ -4,7 +4,6 @@
 // traces and the whole answer; this one looks at the answer and at the files when a trace is made.
 #include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
@@ -12,7 +11,8 @@
 
 #include "cmdsvc/channel.h"
 #include "core/core.h"
-#include "handlers/drives.h"
+#include "handlers/users.h"
+#include "tests/support/file_events.h"
 #include "tests/support/request.h"
 #include "tests/support/root.h"
 
@@ -20,6 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+using Lines = std::vector<std::string>;
 using request::frame;
 
 const std::string kSwitch = "/usr/bin/ra-enabled";
@@ -85,6 +86,25 @@ esac)");
             << traceStart;
     }
 
+    /// A request writes this work file, reads it, closes it and then removes it. Each read closes
+    /// it; some files are written more than once.
+    static void expectPutAway(const std::string& name, const std::string& request,
+                              const Lines& before = {"write", "close", "close"})
+    {
+        const root::FileEvents events("/tmp");
+        request::load(request);
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(request::run().result, 0);
+        testing::internal::GetCapturedStdout();
+        Lines kinds;
+        for (const std::string& event : events.happened()) {
+            if (event.ends_with(" " + name)) {
+                kinds.push_back(event.substr(0, event.find(' ')));
+            }
+        }
+        EXPECT_EQ(kinds, root::join({before, {"remove"}})) << name << ", " << request;
+    }
+
     /// Whether the slot still holds a file when a trace is made.
     static void expectOpen(bool isOpen, const std::string& traceStart, const std::string& request)
     {
@@ -137,6 +157,9 @@ TEST_F(Order, usersAreCountedThenAnnouncedThenReportedOneByOne)
     expectAnswered(10, "reporting user anna", frame("lstu", 0));
     expectAnswered(15, "reporting user bob", frame("lstu", 0));
     expectOpen(true, "found 2 user", frame("lstu", 0));
+    const auto printed = [] { return std::ftell(stdout); };
+    EXPECT_EQ(lookAt("reporting user anna", frame("lstu", 0), printed), 0);
+    EXPECT_EQ(lookAt("reporting user bob", frame("lstu", 0), printed), 5);
 }
 
 TEST_F(Order, workFilesAreClosedAndGoneBeforeTheResultIsTraced)
@@ -163,6 +186,38 @@ TEST_F(Order, userListIsClosedAfterItsLineIsTraced)
     expectThere(true, cmdsvc::kWorkFile, "cmd_gspc n", kPlace);
     expectOpen(false, "cmd_gspc fwrite", kPlace);
     expectThere(false, cmdsvc::kWorkFile, "cmd_gspc fwrite", kPlace);
+}
+
+TEST_F(Order, workFilesAreClosedBeforeTheyAreRemoved)
+{
+    expectPutAway("vokcontrol.tmp" + root::pid(), frame("gsp1", 1, "Music\n"));
+    expectPutAway("vokcontrol.tmp", kNoPlace);
+    expectPutAway("vokcontrol.tmp", kVariableReport);
+    expectPutAway("vokcontrol.tmp", kFileReport);
+    expectPutAway("vokcontrol.tmp", frame("lstu", 0), {"write", "close", "close", "close"});
+    expectPutAway("cmd_lsts" + root::pid(), frame("lsts", 0),
+                  {"write", "close", "write", "close", "close"});
+    expectPutAway("vokcontrol2.tmp", frame("gub1", 0),
+                  {"write", "close", "close", "write", "close", "close"});
+}
+
+TEST_F(Order, listOfUsersIsCompleteBeforeItsWorkFilesGo)
+{
+    const root::FileEvents events("/tmp");
+    watch::after("cat ", [&] { EXPECT_NE(events.happened(), Lines{}); });
+    EXPECT_EQ(getUsersList("/tmp/list"), 0);
+    const std::string answer = "list" + root::pid();
+    EXPECT_EQ(events.happened(), (Lines{"write list", "close list", "close " + answer + "2",
+                                        "remove " + answer, "remove " + answer + "2"}));
+}
+
+TEST_F(Order, listingThatCannotBeOpenedIsTracedThenRemovedThenAnswered)
+{
+    root::stub("php", R"(: >"$3"; chmod 0 "$3")");
+    const std::string listing = cmdsvc::kWorkFile + root::pid();
+    const std::string request = frame("gsp1", 1, "Music\n");
+    expectThere(true, listing, "cannot open file", request);
+    expectThere(false, listing, "exiting", request);
 }
 
 TEST_F(Order, reportIsKeptBeforeItIsTraced)

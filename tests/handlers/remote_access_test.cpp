@@ -1438,6 +1438,20 @@ TEST_P(Children, otherChildrenAreNotWaitedFor)
     }
 }
 
+TEST_P(Children, signalDoesNotEndTheWait)
+{
+    static volatile std::sig_atomic_t signals = 0;
+    signals = 0;
+    // It stays: after a wait that has ended early, signals come later. A program starts without it.
+    struct sigaction counting = {};
+    counting.sa_handler = [](int) { signals = signals + 1; };
+    ::sigaction(SIGUSR1, &counting, nullptr);
+    place(kRegister, "sleep 0.1; kill -USR1 $PPID; sleep 0.1; kill -USR1 $PPID; sleep 0.1");
+    askForAnna();
+    EXPECT_EQ(request::run().answer, done());
+    EXPECT_EQ(signals, 2);
+}
+
 TEST_P(Children, theirOwnChildrenAreLeftToRun)
 {
     place(kRegister, "sleep 30 >/dev/null 2>&1 & echo $! >/stubs/grandchild; exit 0");

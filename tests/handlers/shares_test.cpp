@@ -561,6 +561,16 @@ TEST_F(ShareProperty, answerIsAllThatIsLeftInTheRequestLine)
               answerOf(3) + std::string(4096 - 12, '\0'));
 }
 
+TEST_F(ShareProperty, traceTellsHowMuchHasBeenWritten)
+{
+    root::stubListing(block("Music", "private"));
+    request::load(frame("gsp1", 1, "Music\n"));
+    watch::after("echo \"cmd_gsp1: system", request::loseAnswer);
+    const Outcome outcome = request::run();
+    EXPECT_EQ(outcome.answer, "");
+    EXPECT_EQ(outcome.calls.back(), trace("cmd_gsp1 fwrite: gspr \x01 - 1 - return 0"));
+}
+
 TEST_F(ShareProperty, badNameClosesAFileThatIsOpen)
 {
     request::load(frame("gsp1", 1, "\n"));
@@ -1051,6 +1061,15 @@ TEST_F(SharePropertyByPlace, answerIsAllThatIsLeftInTheRequestLine)
     EXPECT_EQ(std::string(cmdsvc::requestLine.data(), 4096), status + std::string(4096 - 10, '\0'));
 }
 
+TEST_F(SharePropertyByPlace, traceTellsHowMuchHasBeenWritten)
+{
+    request::load(requestFor("Books"));
+    watch::after("echo \"cmd_gspc pShareName", request::loseAnswer);
+    const Outcome outcome = request::run();
+    EXPECT_EQ(outcome.answer, "");
+    EXPECT_EQ(outcome.calls.back(), trace("cmd_gspc fwrite: gspc \x03\n - 3 - return 0"));
+}
+
 TEST_F(SharePropertyByPlace, hookThatCannotStartIsAFailure)
 {
     for (const int error : {EAGAIN, ECHILD}) {
@@ -1058,6 +1077,21 @@ TEST_F(SharePropertyByPlace, hookThatCannotStartIsAFailure)
         request::load(requestFor("Music"));
         watch::answer("echo share_info", -1, error);
         expectOutcome(request::run(), status, musicCalls({{statusTrace}}), {nameIn(kWorkFile)});
+    }
+}
+
+TEST_F(SharePropertyByPlace, failureBeforeTheHookHasRunLeavesWorkFileAndSlotAlone)
+{
+    root::writeFile("/stubs/slot", "x");
+    root::writeFile(kWorkFile, "old");
+    for (const std::string& name : {std::string(), std::string("Music")}) {
+        ASSERT_NE(cmdsvc::openCurrentFile("/stubs/slot"), nullptr);
+        request::load(requestFor(name));
+        watch::answer("echo share_info", -1, EAGAIN);
+        EXPECT_EQ(request::run().answer, status);
+        EXPECT_EQ(root::readFile(kWorkFile), "old");
+        EXPECT_NE(cmdsvc::currentFile(), nullptr);
+        cmdsvc::closeCurrentFile();
     }
 }
 

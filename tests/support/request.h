@@ -32,6 +32,9 @@ void load(std::string_view frame);
 /// Both at once.
 [[nodiscard]] Outcome process(std::string_view frame, int number = 7);
 
+/// From here on nothing can be written to the answer in hand.
+void loseAnswer();
+
 /// What no handler has read of the request, without the zeros behind it.
 [[nodiscard]] std::string unread();
 

@@ -26,7 +26,7 @@ using ReportLine = std::array<char, 512>;
 /// characters at most.
 [[nodiscard]] std::string_view valueBehind(const ReportLine& line, const char* tag);
 
-/// The same as a decimal number; 0 where it is none.
+/// The same as a decimal number, as core::decimalInt reads it; 0 where it is none.
 [[nodiscard]] std::int32_t numberBehind(const ReportLine& line, const char* tag);
 
 } // namespace pagehelpers

@@ -302,6 +302,31 @@ TEST_F(Usage, savesGoOnWhereTheClockLeavesThirtyTwoBits)
     expectSave(kBehindLast + 1000, 0, kFirst + 1000);
 }
 
+TEST_F(Usage, fileIsWholeWhenItsSaveIsTracedAndTheTimeKeptAfterThat)
+{
+    setBytes(tableWith(kNoSlot, 0));
+    root::clock = kToday;
+    std::string saved;
+    std::int32_t lastSaveAtTheTrace = -1;
+    watch::after("echo \"save_cmd_cnt() -- save to file", [&] {
+        saved = root::readFile(kFile);
+        lastSaveAtTheTrace = lastSave;
+    });
+    countOne("lstu");
+    EXPECT_EQ(saved, tableWith(2, 1));
+    EXPECT_EQ(lastSaveAtTheTrace, 0);
+    EXPECT_EQ(lastSave, kToday);
+}
+
+TEST_F(Usage, fileIsClosedBeforeItsReadingIsTraced)
+{
+    root::writeFile(kFile, tableWith(3, 9));
+    bool isOpen = true;
+    watch::after("echo \"init_cmd_buffer() -- read", [&] { isOpen = root::isOpen(kFile); });
+    init_cmd_buffer(&table);
+    EXPECT_FALSE(isOpen);
+}
+
 TEST_F(Usage, failedSaveIsTriedAgain)
 {
     setBytes(tableWith(kNoSlot, 0));

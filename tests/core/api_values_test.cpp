@@ -140,6 +140,33 @@ TEST_F(ApiValues, commandsFailuresAreComments)
     EXPECT_EQ(watch::calls().size(), 2U) << "and no traces";
 }
 
+TEST_F(ApiValues, longCommandIsRunWhole)
+{
+    const std::string argument(4000, 'a');
+    root::stub("tool", "echo \"<key>${#1}</key>\" >\"$2\"");
+    testing::internal::CaptureStdout();
+    EXPECT_STREQ(kyteGetVar(("tool " + argument).c_str(), "<key>"), "4000");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "//<!-- " + ("getSysVar(): tool " + argument).substr(0, 1999) + "-->\n" +
+                  "//<!-- getSysVar retBuf:4000-->\n");
+    root::stub("php", "echo \"<key>${#2}</key>\" >\"$3\"");
+    EXPECT_STREQ(kytegetSysVar("<key>", argument.c_str()), "4000");
+}
+
+TEST_F(ApiValues, outputIsClosedAndRemovedBeforeTheValueIsTraced)
+{
+    answer("<key>tower</key>\n");
+    bool isThere = true;
+    bool isOpen = true;
+    watch::after("echo \"getSysVar retBuf", [&] {
+        isThere = root::exists(output);
+        isOpen = root::isOpen(output);
+    });
+    EXPECT_STREQ(getSysVar("<key>", "tovGet"), "tower");
+    EXPECT_FALSE(isThere);
+    EXPECT_FALSE(isOpen);
+}
+
 TEST_F(ApiValues, commandsCommentsAreOutAtOnce)
 {
     root::stub("tool", "echo \"<key>x</key>\" >\"$1\"");

@@ -36,11 +36,16 @@ TEST(Comment, isFlushedAtOnce)
     });
 }
 
-TEST(Comment, errnoIsLeftAsItWas)
+TEST(Comment, errnoIsLeftAsItWasEvenWhereNothingCanBePrinted)
 {
-    errno = ENOSPC;
-    printed("x");
-    EXPECT_EQ(errno, ENOSPC);
+    root::inChild([] {
+        ASSERT_NE(std::freopen("/dev/full", "w", stdout), nullptr);
+        errno = EIO;
+        core::printComment("x");
+        EXPECT_EQ(errno, EIO);
+        EXPECT_NE(std::ferror(stdout), 0);
+        std::clearerr(stdout);
+    });
 }
 
 } // namespace

@@ -128,6 +128,14 @@ TEST_F(LiveValues, toolThatCannotRunGivesNoOlderValue)
     EXPECT_EQ(watch::calls(), (Lines{"ifconfig | grep addr: > " + output, "sudo rm -f " + output}));
 }
 
+TEST_F(LiveValues, olderOutputOfAToolThatCannotRunIsNotRead)
+{
+    root::writeFile(output, "addr:1.2.3.4\n");
+    watch::answer("ifconfig", -1, EAGAIN);
+    EXPECT_STREQ(getSystemVar("", 1), "");
+    EXPECT_FALSE(root::exists(output));
+}
+
 TEST_F(LiveValues, outputOfAToolThatFailedCounts)
 {
     root::stub("ifconfig", "echo addr:1.2.3.4");

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "core/variable_lock.h"
 
+#include <atomic>
+#include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 #include "tests/support/root.h"
@@ -54,6 +58,36 @@ TEST_F(Lock, readerCreatesNothing)
 {
     const VariableLock lock(VariableLock::Mode::kRead);
     EXPECT_FALSE(root::exists(kLockFile));
+}
+
+TEST_F(Lock, signalDoesNotEndTheWait)
+{
+    root::writeFile(kLockFile, "");
+    const int holder = ::open(kLockFile, O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(holder, LOCK_EX), 0);
+    static volatile std::sig_atomic_t signals;
+    signals = 0;
+    struct sigaction action = {};
+    action.sa_handler = [](int) { signals = signals + 1; };
+    struct sigaction before = {};
+    ASSERT_EQ(::sigaction(SIGUSR1, &action, &before), 0);
+    const pthread_t waiting = ::pthread_self();
+    std::atomic<bool> isReleased = false;
+    std::thread releaser([&] {
+        ::usleep(100000);
+        ::pthread_kill(waiting, SIGUSR1);
+        ::usleep(100000);
+        isReleased = true;
+        ::close(holder);
+    });
+    {
+        const VariableLock lock(VariableLock::Mode::kWrite);
+        EXPECT_TRUE(isReleased);
+        EXPECT_FALSE(isFree(LOCK_SH));
+    }
+    releaser.join();
+    EXPECT_EQ(signals, 1);
+    ::sigaction(SIGUSR1, &before, nullptr);
 }
 
 TEST_F(Lock, nobodyWaitsWithoutALockFile)

@@ -224,11 +224,35 @@ TEST_F(CapUsage, outputThatCannotBeRemovedIsTraced)
     root::writeFile(root::kTraceFile, "");
     root::writeFile(root::kCollectorFile, "");
     std::filesystem::permissions("/tmp", std::filesystem::perms(0555));
+    bool isOpen = true;
+    watch::after("echo \"cannot remove", [&] { isOpen = root::isOpen(root::kCollectorFile); });
     EXPECT_EQ(GetUserCapUsage(record.data(), "Music"), 0);
+    EXPECT_FALSE(isOpen);
     EXPECT_EQ(bytes(), le16(21) + "K" + untouched(3));
     EXPECT_EQ(watch::calls(), (Lines{callsOfSuccess[0], callsOfSuccess[1],
                                      trace("cannot remove file /tmp/pelsts1.tmp: "
                                            "Permission denied")}));
+}
+
+TEST_F(CapUsage, outputIsThereWhenItsFigureIsTraced)
+{
+    root::stubUsage("Music", "2000000");
+    std::string atTheTrace;
+    watch::after("echo \"GetUserCapUsage system: 2G",
+                 [&] { atTheTrace = root::readFile(root::kCollectorFile); });
+    EXPECT_EQ(GetUserCapUsage(record.data(), "Music"), 0);
+    EXPECT_EQ(atTheTrace, "2000000\t/share/Music\n");
+    EXPECT_FALSE(root::exists(root::kCollectorFile));
+}
+
+TEST_F(CapUsage, emptyOutputIsRemovedBeforeTheFailureIsTraced)
+{
+    bool isLeft = true;
+    watch::after("echo \"GetUserCapUsage() return", [&] {
+        isLeft = root::exists(root::kCollectorFile) || root::isOpen(root::kCollectorFile);
+    });
+    EXPECT_EQ(GetUserCapUsage(record.data(), "Music"), -1);
+    EXPECT_FALSE(isLeft);
 }
 
 TEST_F(CapUsage, fullDiskIsAFailure)
@@ -322,6 +346,14 @@ TEST_F(BackupStatus, zeroByteEndsTheLine)
 TEST_F(BackupStatus, longLineIsReadUpToItsBuffer)
 {
     expectRecord("4" + std::string(300, '7'), "777777774", "4" + std::string(254, '7'));
+}
+
+TEST_F(BackupStatus, fileIsOpenedAfterItsNameIsTracedAndClosedInTheEnd)
+{
+    watch::after("echo \"filename", [this] { root::writeFile(path, "311212026"); });
+    GetUserBkStatus(record.data(), "Music");
+    EXPECT_EQ(bytes(), "###112120263" + untouched(12));
+    EXPECT_FALSE(root::isOpen(path));
 }
 
 TEST_F(BackupStatus, missingFileLeavesTheRecord)

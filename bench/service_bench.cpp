@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // Requests a second through the service against what they cost at least: a loop of forked children
-// that call the dispatcher, one request each. One client sends one request after the other.
+// that count a request and call the dispatcher, one each: the same shell lines. One client sends
+// one request after the other.
 #include <array>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -11,6 +13,7 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -19,7 +22,6 @@
 #include "bench/alternation.h"
 #include "bench/appliance.h"
 #include "bench/request.h"
-#include "core/core.h"
 #include "vokcontrol.h"
 
 namespace {
@@ -121,12 +123,35 @@ std::string takeAnswer(int number)
     return answer;
 }
 
+/// What the children count in, together.
+struct Counts {
+    CommandUsage table;
+    std::int32_t lastSave;
+};
+
+Counts& counts()
+{
+    static void* const memory =
+        ::mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    return *static_cast<Counts*>(memory);
+}
+
+void count(std::string_view frame)
+{
+    std::uint32_t code = 0;
+    frame.copy(reinterpret_cast<char*>(&code), sizeof code);
+    init_cmd_buffer(&counts().table);
+    save_cmd_cnt(&counts().table, &counts().lastSave, code);
+}
+
 std::string askChild(std::string_view frame)
 {
+    counts(); // made before the first child, to be shared with all
     static int lastNumber = kFirstNumber;
     const int number = ++lastNumber;
     const pid_t child = ::fork();
     if (child == 0) {
+        count(frame);
         bench::load(frame);
         process_command(number);
         std::exit(0);
@@ -190,9 +215,6 @@ int main()
 {
     bench::makeUsers();
     std::filesystem::create_directories("/etc/pelconfig/vokcontrol");
-    // A process's first trace starts the file anew. The service has made its own before its
-    // children run; children of ours shall run the same lines.
-    dbg_trace("comparing the service with forked children");
     const Service service;
     bool isGood = true;
     for (const Subject& subject : kSubjects) {

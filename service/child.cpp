@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -25,7 +26,7 @@ namespace {
 
 constexpr int kLifeline = 3;
 constexpr int kCannotStart = 127;
-constexpr const char* kTraceFile = "/tmp/dbg_vokcontrol.txt";
+constexpr int kNone = -1;
 
 /// Closes every descriptor from one on.
 void closeFrom(int first)
@@ -47,10 +48,40 @@ bool cleanEnvironment(const std::string& path)
            ::setenv("HOME", "/", 1) == 0 && ::setenv("LC_ALL", "C", 1) == 0;
 }
 
+/// A child without its service would work beside those of the next one.
+bool dieWithService(pid_t service)
+{
+    return ::prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && ::getppid() == service;
+}
+
+/// Gives descriptors their places: the lifeline's, and that of one to keep where there is one. What
+/// the child starts in turn must not hold the lifeline: it may well outlive the request.
+bool placeDescriptors(int lifeline, int kept)
+{
+    constexpr int kBehindThem = Child::kKept + 1;
+    const int line = ::fcntl(lifeline, F_DUPFD, kBehindThem);
+    const int other = (kept == kNone) ? kNone : ::fcntl(kept, F_DUPFD, kBehindThem);
+    const bool isLineSet =
+        ::dup2(line, kLifeline) == kLifeline && ::fcntl(kLifeline, F_SETFD, FD_CLOEXEC) == 0;
+    const bool isOtherSet = kept == kNone || ::dup2(other, Child::kKept) == Child::kKept;
+    closeFrom((kept == kNone) ? Child::kKept : kBehindThem);
+    return isLineSet && isOtherSet;
+}
+
+/// Where a child comes from, and what it takes along.
+struct Start {
+    pid_t service;
+    int lifeline;
+    int kept;
+};
+
 /// Brings the child into the state that a request finds, whatever the service has open or handles.
-bool settle(int lifeline, const std::string& path)
+bool settle(const Start& start, const std::string& path)
 {
     ::setpgid(0, 0);
+    if (!dieWithService(start.service)) {
+        return false;
+    }
     for (const int number : {SIGTERM, SIGINT, SIGPIPE, SIGCHLD, SIGHUP}) {
         std::signal(number, SIG_DFL);
     }
@@ -58,27 +89,18 @@ bool settle(int lifeline, const std::string& path)
     const bool areStreamsSet = nowhere >= 0 && ::dup2(nowhere, STDIN_FILENO) >= 0 &&
                                ::dup2(nowhere, STDOUT_FILENO) >= 0 &&
                                ::dup2(nowhere, STDERR_FILENO) >= 0;
-    // What the child starts in turn must not hold the lifeline: it may well outlive the request.
-    const bool isLifelineSet =
-        (lifeline == kLifeline || ::dup2(lifeline, kLifeline) == kLifeline) &&
-        ::fcntl(kLifeline, F_SETFD, FD_CLOEXEC) == 0;
-    closeFrom(kLifeline + 1);
-    return areStreamsSet && isLifelineSet && cleanEnvironment(path) && ::chdir("/tmp") == 0;
+    return areStreamsSet && placeDescriptors(start.lifeline, start.kept) &&
+           cleanEnvironment(path) && ::chdir("/tmp") == 0;
 }
 
 /// The child's whole life. It ends through exit(), which completes an answer that is still open,
 /// and never comes back.
-[[noreturn]] void live(std::string_view request, int number, int lifeline, const std::string& path)
+[[noreturn]] void live(const Task& task, const Start& start, const std::string& path)
 {
-    if (!settle(lifeline, path)) {
+    if (!settle(start, path)) {
         ::_exit(kCannotStart);
     }
-    // Each process starts the trace file afresh, but this one's module has traced in the service
-    // already.
-    [[maybe_unused]] const int emptied = ::truncate(kTraceFile, 0);
-    std::ranges::fill(fin_buf, '\0');
-    request.copy(std::data(fin_buf), std::size(fin_buf));
-    process_command(number);
+    task();
     std::exit(0);
 }
 
@@ -110,7 +132,14 @@ Outcome makeOutcome(Ending ending)
     return {ending, ""};
 }
 
-Child::Child(std::string_view request, int number, const std::string& path)
+void dispatch(std::string_view request, int number)
+{
+    std::ranges::fill(fin_buf, '\0');
+    request.copy(std::data(fin_buf), std::size(fin_buf));
+    process_command(number);
+}
+
+Child::Child(const Task& task, int number, const std::string& path, int kept)
     : answerPath_(VOK_ANSWER_FILE + std::to_string(number))
 {
     // An answer of an earlier service's request must never pass for this one's.
@@ -119,9 +148,10 @@ Child::Child(std::string_view request, int number, const std::string& path)
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
         return;
     }
+    const Start start = {::getpid(), ends[1], kept};
     pid_ = ::fork();
     if (pid_ == 0) {
-        live(request, number, ends[1], path);
+        live(task, start, path);
     }
     ::close(ends[1]);
     lifeline_ = ends[0];

@@ -6,6 +6,7 @@
 
 #include <asio/awaitable.hpp>
 #include <chrono>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -28,6 +29,13 @@ struct Outcome {
 /// How a request ended that its command has not answered.
 [[nodiscard]] Outcome makeOutcome(Ending ending);
 
+/// What a child does.
+using Task = std::function<void()>;
+
+/// Has the module process a request of at most 4096 bytes under a number. For a child: the module
+/// has one buffer for requests, and traces.
+void dispatch(std::string_view request, int number);
+
 /// Where children find programs, unless the service is told otherwise.
 inline constexpr const char* kDefaultPath =
     "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
@@ -35,10 +43,16 @@ inline constexpr const char* kDefaultPath =
 /// A child that runs one request.
 class Child {
   public:
-    /// Starts a child that processes a request of at most 4096 bytes under a number. It is a
-    /// process group of its own, its three streams lead nowhere, it inherits nothing else, it works
-    /// in /tmp, and its environment is PATH, HOME and the C locale. Check hasStarted() afterwards.
-    Child(std::string_view request, int number, const std::string& path = kDefaultPath);
+    /// The descriptor that a child keeps, as the child and all that it starts have it.
+    static constexpr int kKept = 4;
+
+    /// Starts a child that does its task for the request of a number. It is a process group of its
+    /// own, its three streams lead nowhere, it works in /tmp, its environment is PATH, HOME and the
+    /// C locale, and it inherits nothing else but one descriptor where it is to keep one. It is
+    /// killed when the service ends before it. Check hasStarted() afterwards.
+    ///
+    /// @param kept  what it keeps, or -1
+    Child(const Task& task, int number, const std::string& path = kDefaultPath, int kept = -1);
     ~Child();
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;

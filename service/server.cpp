@@ -112,6 +112,7 @@ Server::Server(asio::io_context& context, Listener& listener, asio::signal_set& 
 
 void Server::run()
 {
+    static_cast<void>(upload_.repair());
     asio::co_spawn(context_, acceptClients(), asio::detached);
     asio::co_spawn(context_, awaitStop(), asio::detached);
     context_.run();
@@ -124,7 +125,7 @@ asio::awaitable<void> Server::acceptClients()
     while (!isStopping_) {
         auto [error, socket] = co_await acceptor_.async_accept(kQuietly);
         if (!error) {
-            // The shell lines that counting takes are not to hold it.
+            // Nothing that is ever started from here is to hold it.
             ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
             asio::co_spawn(context_, serve(std::move(socket)), asio::detached);
         } else if (!isStopping_) {
@@ -180,7 +181,7 @@ asio::awaitable<std::string> Server::answer(std::string request)
     const int number = lastNumber_;
     Outcome outcome{Ending::kRefused, ""};
     if (std::optional<Refusal> refusal = examine(request)) {
-        usage_.count(request);
+        co_await countRefused(request, number);
         log("request " + std::to_string(number) + ": its " + std::string(refusal->parameter) +
             " would not be safe");
         outcome.answer = std::move(refusal->answer);
@@ -192,13 +193,55 @@ asio::awaitable<std::string> Server::answer(std::string request)
     co_return std::move(outcome.answer);
 }
 
-/// Runs a request in a child.
+/// Counts a request that is not run; in a child all the same, for counting takes shell lines.
+asio::awaitable<void> Server::countRefused(const std::string& request, int number)
+{
+    Child child([&] { usage_.count(request); }, number, path_);
+    co_await child.finish(limits_.request);
+}
+
 asio::awaitable<Outcome> Server::runRequest(const std::string& request, int number)
 {
-    Child child(request, number, path_);
-    // Counting costs shell lines of its own; the child works meanwhile.
-    usage_.count(request);
+    const bool isRepaired = upload_.repair();
+    const std::optional<std::string> fresh = uploadedFile(request);
+    if (!fresh) {
+        co_return co_await runInChild(request, number);
+    }
+    if (!isRepaired || !upload_.begin(*fresh)) {
+        co_await countRefused(request, number);
+        co_return makeOutcome(Ending::kNotStarted);
+    }
+    co_return co_await runUpload(request, number);
+}
+
+/// Counts and runs a request in a child.
+asio::awaitable<Outcome> Server::runInChild(const std::string& request, int number)
+{
+    const auto task = [&] {
+        usage_.count(request);
+        dispatch(request, number);
+    };
+    Child child(task, number, path_);
     co_return co_await child.finish(limits_.request);
+}
+
+/// The same for an upload that was noted. Unless it ends by itself, what it leaves is repaired.
+asio::awaitable<Outcome> Server::runUpload(const std::string& request, int number)
+{
+    const auto task = [&] {
+        Upload::claim(Child::kKept);
+        usage_.count(request);
+        dispatch(request, number);
+    };
+    Child child(task, number, path_, upload_.descriptor());
+    upload_.handOver();
+    Outcome outcome = co_await child.finish(limits_.request);
+    if (outcome.ending == Ending::kFinished) {
+        upload_.end();
+    } else {
+        static_cast<void>(upload_.repair());
+    }
+    co_return outcome;
 }
 
 asio::awaitable<void> Server::awaitStop()

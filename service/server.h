@@ -14,6 +14,7 @@
 #include "service/listener.h"
 #include "service/peer.h"
 #include "service/turn.h"
+#include "service/upload.h"
 #include "service/usage.h"
 
 namespace service {
@@ -40,7 +41,10 @@ class Server {
     asio::awaitable<void> acceptClients();
     asio::awaitable<void> serve(Socket socket);
     asio::awaitable<std::string> answer(std::string request);
+    asio::awaitable<void> countRefused(const std::string& request, int number);
     asio::awaitable<Outcome> runRequest(const std::string& request, int number);
+    asio::awaitable<Outcome> runInChild(const std::string& request, int number);
+    asio::awaitable<Outcome> runUpload(const std::string& request, int number);
     [[nodiscard]] bool isAdmitted(Socket& socket) const;
     asio::awaitable<void> awaitStop();
     void endServing();
@@ -53,6 +57,7 @@ class Server {
     std::string path_;
     Turn turn_;
     Usage usage_;
+    Upload upload_;
     int lastNumber_ = 0;
     int inHand_ = 0; ///< requests that run or whose answer is on its way
     bool isStopping_ = false;

@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <fstream>
+#include <new>
+#include <stdexcept>
+#include <sys/mman.h>
 
 namespace service {
 namespace {
@@ -23,18 +26,36 @@ std::uint32_t codeOf(std::string_view request)
 
 Usage::Usage()
 {
-    init_cmd_buffer(&table_);
+    void* memory =
+        ::mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) {
+        throw std::runtime_error("there is no memory to count commands in");
+    }
+    shared_ = new (memory) Shared{};
+}
+
+Usage::~Usage()
+{
+    ::munmap(shared_, sizeof(Shared));
 }
 
 void Usage::count(std::string_view request)
 {
-    save_cmd_cnt(&table_, &lastSave_, codeOf(request));
+    if (!shared_->isRead) {
+        init_cmd_buffer(&shared_->table);
+        shared_->isRead = true;
+    }
+    save_cmd_cnt(&shared_->table, &shared_->lastSave, codeOf(request));
 }
 
 void Usage::save() const
 {
+    if (!shared_->isRead) {
+        return;
+    }
     std::ofstream file(VOK_USAGE_FILE, std::ios::binary | std::ios::trunc);
-    file.write(reinterpret_cast<const char*>(table_.bytes), sizeof table_.bytes);
+    const CommandUsage& table = shared_->table;
+    file.write(reinterpret_cast<const char*>(table.bytes), sizeof table.bytes);
 }
 
 } // namespace service

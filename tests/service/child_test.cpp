@@ -55,6 +55,11 @@ class ServiceChild : public root::Test {
     /// Where this root's stubs stand before its commands.
     static std::string path() { return std::getenv("PATH"); }
 
+    static service::Task taskOf(const std::string& request, int number = 5)
+    {
+        return [=] { service::dispatch(request, number); };
+    }
+
     static Outcome finish(Child& child, seconds timeout = seconds(20))
     {
         asio::io_context context;
@@ -65,7 +70,7 @@ class ServiceChild : public root::Test {
 
     static Outcome run(const std::string& request, int number = 5, seconds timeout = seconds(20))
     {
-        Child child(request, number, path());
+        Child child(taskOf(request, number), number, path());
         return finish(child, timeout);
     }
 };
@@ -154,7 +159,7 @@ TEST_F(ServiceChild, requestFindsACleanEnvironment)
     for (const auto& [name, value] : inherited) {
         ::setenv(name, value, 1);
     }
-    Child child(frame("lstu", 0), 5, "/stubs:/usr/bin");
+    Child child(taskOf(frame("lstu", 0)), 5, "/stubs:/usr/bin");
     const Outcome outcome = finish(child);
     for (const auto& [name, value] : inherited) {
         ::unsetenv(name);
@@ -169,10 +174,10 @@ TEST_F(ServiceChild, programsAreLookedForInTheSystemsFoldersUnlessToldOtherwise)
     root::stub("ps", "echo grep pelstatus");
     root::stub("startapp", ": >/stubs/started");
     root::stub("php", "echo \"$PATH\" >/stubs/seen; : >\"$3\"");
-    Child usual(frame("lstu", 0), 5);
+    Child usual(taskOf(frame("lstu", 0)), 5);
     EXPECT_EQ(finish(usual).ending, Ending::kFinished);
     EXPECT_EQ(root::readFile("/stubs/seen"), std::string(service::kDefaultPath) + "\n");
-    Child elsewhere(frame("sgss", 0), 5);
+    Child elsewhere(taskOf(frame("sgss", 0)), 5);
     EXPECT_EQ(finish(elsewhere).ending, Ending::kFinished);
     EXPECT_FALSE(root::exists("/stubs/started"))
         << "this root's stubs are no programs of the system's";
@@ -235,7 +240,7 @@ TEST_F(ServiceChild, childThatNobodyWaitsForEndsWithItsOwner)
 {
     root::stub("php", "echo $$ >/stubs/script; sleep 1000");
     {
-        const Child child(frame("lstu", 0), 5, path());
+        const Child child(taskOf(frame("lstu", 0)), 5, path());
         ASSERT_TRUE(child.hasStarted());
         for (int tries = 0; tries < 500 && root::readFile("/stubs/script").empty(); ++tries) {
             ::usleep(10000);
@@ -264,7 +269,7 @@ TEST_F(ServiceChild, withoutADescriptorLeftItIsNotStarted)
     rlimit none = limit;
     none.rlim_cur = 0;
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
-    Child child(frame("gubs", 0), 5);
+    Child child(taskOf(frame("gubs", 0)), 5);
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
     EXPECT_FALSE(child.hasStarted());
     auto future = asio::co_spawn(context, child.finish(seconds(1)), asio::use_future);

@@ -278,6 +278,61 @@ TEST_F(Server, hangOfAHandlerEndsAndTheNextRequestIsServed)
                           "vokserve: 2 rtov count=7 answer=4"}));
 }
 
+/// A trace file that nobody reads from holds every shell line that writes to it.
+void blockTraces()
+{
+    std::filesystem::remove(root::kTraceFile);
+    ASSERT_EQ(::mkfifo(root::kTraceFile, 0600), 0);
+}
+
+TEST_F(Server, shellLineThatHangsWhileCountingHoldsTheServiceNoLongerThanARequestMay)
+{
+    blockTraces();
+    start({"--timeout", "1"});
+    EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kTimedOut));
+    EXPECT_EQ(exchange(frame("crat", 2, "anna\n';\n")), le32(0xFF000003))
+        << "one that is refused is counted only";
+    std::filesystem::remove(root::kTraceFile);
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
+    blockTraces();
+    EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kTimedOut));
+    EXPECT_EQ(stop(), (std::vector<std::string>{
+                          "vokserve: 1 rtov count=7 answer=10 (took too long and was ended)",
+                          "vokserve: request 2: its password would not be safe",
+                          "vokserve: 2 crat count=2 answer=4 (refused)",
+                          "vokserve: 3 rtov count=7 answer=4",
+                          "vokserve: 4 rtov count=7 answer=10 (took too long and was ended)"}));
+    EXPECT_EQ(root::readFile(VOK_USAGE_FILE).size(), std::size_t{VOK_USAGE_SIZE});
+    EXPECT_EQ(usageOf(20), le32(1)) << "what hangs at its first trace is not counted yet";
+}
+
+TEST_F(Server, serviceItselfRunsNoShellLine)
+{
+    launch({"env", "LD_PRELOAD=" + root::built("libsystemwatch.so"), root::built("vokserve"),
+            "--socket", kSocket});
+    EXPECT_EQ(exchange(""), "");
+    stop();
+    EXPECT_EQ(watch::calls(), std::vector<std::string>{});
+    launch({"env", "LD_PRELOAD=" + root::built("libsystemwatch.so"), root::built("vokserve"),
+            "--socket", kSocket});
+    EXPECT_EQ(exchange(frame("rtov", 2)), "");
+    EXPECT_EQ(exchange(frame("crat", 2, "anna\n';\n")), le32(0xFF000003));
+    std::vector<std::string> calls = watch::calls();
+    const std::size_t savedAt = 2;
+    ASSERT_GT(calls.size(), savedAt);
+    calls[savedAt].resize(calls[savedAt].find("time: "));
+    EXPECT_EQ(calls, (std::vector<std::string>{
+                         root::firstTrace("init_cmd_buffer() -- return  "),
+                         root::trace("save_cmd_cnt() -- save cmd: 0x766F7472"),
+                         "echo \"save_cmd_cnt() -- save to file cmd: 0x766F7472 ",
+                         root::trace("cmd=766f7472 "), root::trace("param_count=2"),
+                         root::firstTrace("save_cmd_cnt() -- save cmd: 0x74617263")}));
+    stop();
+    EXPECT_EQ(watch::calls().size(), calls.size()) << "saved without a shell";
+    EXPECT_EQ(usageOf(1), le32(1));
+    EXPECT_EQ(usageOf(20), le32(1));
+}
+
 TEST_F(Server, hangEndsWithAllThatItStarted)
 {
     root::stub("php",
@@ -498,7 +553,6 @@ TEST_F(Server, whatTheServiceWasStartedWithReachesNoRequest)
 
 TEST_F(Server, whatTheServiceHasOpenIsClosedToEveryShell)
 {
-    // Counting runs shell lines in the service itself.
     start();
     const Client client;
     client.send("rt");

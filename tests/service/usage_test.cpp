@@ -44,4 +44,46 @@ TEST_F(ServiceUsage, countingGoesOnFromTheFile)
     EXPECT_EQ(slot(5), "vers" + le32(2));
 }
 
+TEST_F(ServiceUsage, whatOtherProcessesCountIsSaved)
+{
+    service::Usage usage;
+    for (int i = 0; i < 3; ++i) {
+        root::inChild([&] { usage.count(request::frame("vers", 0)); });
+    }
+    usage.save();
+    EXPECT_EQ(slot(5), "vers" + le32(3));
+}
+
+TEST_F(ServiceUsage, fileIsReadOnceWhateverItHolds)
+{
+    root::writeFile(VOK_USAGE_FILE, std::string(168, '\0'));
+    service::Usage usage;
+    for (int i = 0; i < 3; ++i) {
+        root::inChild([&] { usage.count(request::frame("vers", 0)); });
+    }
+    usage.save();
+    EXPECT_EQ(slot(5), std::string(4, '\0') + le32(3)) << "the codes are not added to it";
+}
+
+TEST_F(ServiceUsage, countsWithinFiveMinutesOfASaveAreWrittenAtTheEnd)
+{
+    service::Usage usage;
+    root::inChild([&] { usage.count(request::frame("vers", 0)); });
+    EXPECT_EQ(slot(5), "vers" + le32(1));
+    root::inChild([&] { usage.count(request::frame("vers", 0)); });
+    EXPECT_EQ(slot(5), "vers" + le32(1));
+    usage.save();
+    EXPECT_EQ(slot(5), "vers" + le32(2));
+}
+
+TEST_F(ServiceUsage, withoutARequestTheFileStaysAsItIs)
+{
+    service::Usage().save();
+    EXPECT_FALSE(root::exists(VOK_USAGE_FILE));
+    root::writeFile(VOK_USAGE_FILE, "foreign");
+    service::Usage().save();
+    EXPECT_EQ(root::readFile(VOK_USAGE_FILE), "foreign");
+    EXPECT_EQ(watch::calls(), std::vector<std::string>{});
+}
+
 } // namespace

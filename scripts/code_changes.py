@@ -16,9 +16,11 @@ TOKEN = re.compile(r'''
   | (?P<number>(?:0[xX][0-9a-fA-F']+|[0-9][0-9']*)(?P<suffix>[uUlLzZ]*)(?![.\w]))
   | (?P<word>[A-Za-z_]\w*)
   | (?P<space>\s+)
-  | (?P<operator><=>|<<=|>>=|\.\.\.|->|::|\+\+|--|&&|\|\||[-+*/%&|^=!<>]=|<<|.)
+  | (?P<comparison>(?<=\s)(?:==|!=|<=|>=|<|>|&&|\|\|)(?=\s))
+  | (?P<operator><=>|<<=|>>=|\.\.\.|->|::|\+\+|--|&&|\|\||[-+*/%&|^]=|<<|.)
 ''', re.VERBOSE | re.DOTALL | re.MULTILINE)
 
+KINDS = ('string', 'character', 'number', 'comparison', 'statement')
 COMPARISONS = {'<': '<=', '<=': '<', '>': '>=', '>=': '>', '==': '!=', '!=': '==',
                '&&': '||', '||': '&&'}
 JUMPS = {'break', 'continue', 'return'}
@@ -49,6 +51,7 @@ class Mutant:
     start: int
     end: int
     text: str
+    kind: str
     what: str
 
     def __str__(self):
@@ -116,21 +119,14 @@ def number_changes(token):
     return [show(change) + suffix for change in changes]
 
 
-def comparison_changes(token, source):
-    """Comparisons have spaces around them; templates and references have not."""
-    if token.text not in COMPARISONS or source[token.start - 1] + source[token.end] not in ('  ', ' \n'):
-        return []
-    return [COMPARISONS[token.text]]
-
-
-def changes_of(token, source):
+def changes_of(token):
     if token.kind == 'string':
         return string_changes(token)
     if token.kind == 'character':
         return character_changes(token)
     if token.kind == 'number':
         return number_changes(token)
-    return comparison_changes(token, source)
+    return [COMPARISONS[token.text]] if token.kind == 'comparison' else []
 
 
 def is_deletable(tokens, first, last):
@@ -169,13 +165,13 @@ def shorten(text):
 def mutants_of(file, source):
     tokens = tokens_of(source)
 
-    def mutant(start, end, text, what):
-        return Mutant(file, source.count('\n', 0, start) + 1, start, end, text, what)
+    def mutant(start, end, text, kind, what):
+        return Mutant(file, source.count('\n', 0, start) + 1, start, end, text, kind, what)
 
-    found = [mutant(token.start, token.end, text, f'{shorten(token.text)} -> {shorten(text)}')
-             for token in tokens for text in changes_of(token, source)]
+    found = [mutant(token.start, token.end, text, token.kind, f'{shorten(token.text)} -> {shorten(text)}')
+             for token in tokens for text in changes_of(token)]
     for first, last in statements_of(tokens):
         statement = source[first.start:last.end]
-        found.append(mutant(first.start, last.end, ';' + '\n' * statement.count('\n'),
+        found.append(mutant(first.start, last.end, ';' + '\n' * statement.count('\n'), 'statement',
                             f'deleted: {shorten(statement)}'))
     return sorted(found, key=lambda one: (one.start, one.end, one.text))

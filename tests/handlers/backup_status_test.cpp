@@ -329,7 +329,7 @@ TEST_F(VariableReport, stateOfTenEndsTheLineBeforeTheName)
 
 TEST_F(VariableReport, namesOfAllSizesAreTakenAndCutAtSixtyFourBytes)
 {
-    for (const std::size_t size : {0, 1, 60, 61, 63, 64, 65, 67, 68, 500}) {
+    for (const std::size_t size : {0U, 1U, 60U, 61U, 63U, 64U, 65U, 67U, 68U, 500U}) {
         const std::string name(size, 'n');
         expectStored(66, 3, name + "\n", "__bk" + name.substr(0, 64) + "=303072025");
     }
@@ -641,7 +641,7 @@ TEST_F(FileReport, byteBehindTheStateIsIgnored)
 
 TEST_F(FileReport, namesOfUpToSixtyBytesAreKept)
 {
-    for (const std::size_t size : {0, 1, 2, 59, 60}) {
+    for (const std::size_t size : {0U, 1U, 2U, 59U, 60U}) {
         const std::string name(size, 'n');
         expectStored(makeFrame(3, name + "\n"), name, "303072025");
     }
@@ -649,7 +649,7 @@ TEST_F(FileReport, namesOfUpToSixtyBytesAreKept)
 
 TEST_F(FileReport, longerNamesAreRefused)
 {
-    for (const std::size_t size : {61, 62, 64, 65, 66, 67, 68, 500}) {
+    for (const std::size_t size : {61U, 62U, 64U, 65U, 66U, 67U, 68U, 500U}) {
         expectRefused(makeFrame(3, std::string(size, 'n') + "\n"));
     }
 }

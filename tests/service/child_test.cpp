@@ -9,7 +9,9 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "tests/support/request.h"
@@ -247,6 +249,64 @@ TEST_F(ServiceChild, childThatNobodyWaitsForEndsWithItsOwner)
         }
     }
     EXPECT_TRUE(hasEnded(std::stoi(root::readFile("/stubs/script"))));
+}
+
+/// In a process that has just been forked: ends the one that it was forked from.
+void endParent()
+{
+    const pid_t parent = ::getppid();
+    ::kill(parent, SIGKILL);
+    while (::getppid() == parent) {
+        ::usleep(1000);
+    }
+}
+
+/// Starts a child from a process that is killed at once, or when the child is at work.
+void startForAKilledService(bool isKilledAtOnce, const std::string& path)
+{
+    const pid_t service = ::fork();
+    if (service == 0) {
+        if (isKilledAtOnce) {
+            ::pthread_atfork(nullptr, nullptr, endParent);
+        }
+        const auto task = [] {
+            root::writeFile("/stubs/working", root::pid());
+            ::sleep(1000);
+        };
+        const Child child(task, 5, path);
+        while (root::readFile("/stubs/working").empty()) {
+            ::usleep(1000);
+        }
+        ::raise(SIGKILL);
+    }
+    ::waitpid(service, nullptr, 0);
+}
+
+TEST_F(ServiceChild, childEndsWithItsService)
+{
+    startForAKilledService(false, path());
+    EXPECT_TRUE(hasEnded(std::stoi(root::readFile("/stubs/working"))));
+}
+
+TEST_F(ServiceChild, childOfAServiceThatIsGoneDoesNothing)
+{
+    startForAKilledService(true, path());
+    ::usleep(300000);
+    EXPECT_FALSE(root::exists("/stubs/working"));
+}
+
+TEST_F(ServiceChild, whatItKeepsIsOpenForAllThatItStarts)
+{
+    root::writeFile("/stubs/kept", "");
+    const int kept = ::open("/stubs/kept", O_RDONLY | O_CLOEXEC);
+    const auto task = [] {
+        [[maybe_unused]] const int ran =
+            std::system("ls /proc/self/fd >/stubs/seen; readlink /proc/$$/fd/4 >>/stubs/seen");
+    };
+    Child child(task, 5, path(), kept);
+    EXPECT_EQ(finish(child).ending, Ending::kFinished);
+    ::close(kept);
+    EXPECT_EQ(root::readFile("/stubs/seen"), "0\n1\n2\n3\n4\n/stubs/kept\n");
 }
 
 TEST_F(ServiceChild, whatItLeavesRunningIsNotWaitedFor)

@@ -331,7 +331,7 @@ std::string variables()
                         pick({"english", "german", name}) + "</language>\n<nmbdSysname>" + name +
                         "</nmbdSysname>\n") +
            "\nnumber=" + std::to_string(roll(3'000'000)) + "\ncode=" + pick({"0", "0", "0", "1"}) +
-           "\nprocess=" + pick({"pelstatus", "grep pelstatus"}) + "\n";
+           "\nprocess=" + Shell::quote(pick({"pelstatus", "grep pelstatus"})) + "\n";
 }
 
 /// Every hundred requests begin with the same files, but for what they say.

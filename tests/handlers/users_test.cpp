@@ -85,7 +85,7 @@ class UsersList : public root::Test {
         EXPECT_EQ(getUsersList(kWorkFile.c_str()), 0) << answer;
         EXPECT_EQ(root::readFile(kWorkFile), list) << answer;
         EXPECT_EQ(watch::calls(), fetchCalls(kWorkFile)) << answer;
-        EXPECT_EQ(root::list("/tmp"), Lines{"list"});
+        EXPECT_EQ(root::list("/tmp"), Lines{"vokcontrol.tmp"});
     }
 };
 
@@ -182,7 +182,8 @@ TEST_F(UsersList, listThatCannotBeWrittenIsAFailureWithoutATrace)
     std::filesystem::create_directory(kWorkFile);
     EXPECT_EQ(getUsersList(kWorkFile.c_str()), -1);
     EXPECT_EQ(watch::calls(), fetchCalls(kWorkFile));
-    EXPECT_EQ(root::list("/tmp"), (Lines{"list", "list" + pid(), "list" + pid() + "2"}));
+    EXPECT_EQ(root::list("/tmp"),
+              (Lines{"vokcontrol.tmp", "vokcontrol.tmp" + pid(), "vokcontrol.tmp" + pid() + "2"}));
 }
 
 TEST_F(UsersList, listThatDoesNotFitOnTheDiskIsAFailure)

@@ -196,7 +196,7 @@ class KilledUpload : public root::UntracedTest {
     }
 };
 
-/// Eight lines of a shell, or six where nothing is moved, and the calls that write files.
+/// Eight traces and shell lines, or six where nothing is moved, and the calls that write files.
 TEST_F(KilledUpload, processOfTheRequestAtEachStep)
 {
     for (const Scene& scene : kScenes) {

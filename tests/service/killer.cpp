@@ -16,6 +16,8 @@
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
+#include <sys/uio.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -84,11 +86,20 @@ template <class Function> Function* next(const char* name)
 
 extern "C" {
 
-int system(const char* line)
+/// A trace.
+ssize_t writev(int file, const iovec* pieces, int count)
 {
-    const int result = next<int(const char*)>("system")(line);
+    const ssize_t written = next<ssize_t(int, const iovec*, int)>("writev")(file, pieces, count);
     passCall();
-    return result;
+    return written;
+}
+
+/// A line of the shell's is over.
+pid_t waitpid(pid_t child, int* status, int options)
+{
+    const pid_t ended = next<pid_t(pid_t, int*, int)>("waitpid")(child, status, options);
+    passCall();
+    return ended;
 }
 
 FILE* fopen(const char* path, const char* mode)

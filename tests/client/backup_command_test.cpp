@@ -228,7 +228,7 @@ TEST_F(BackupCommand, reportThatCannotBeKeptIsRefused)
 TEST_F(BackupCommand, namesOfMoreThanSixtyBytesAreRefused)
 {
     expectKept(vokctl({"backup", "report", std::string(60, 'n'), "--state", "1"}));
-    for (const std::size_t size : {61, 67, 68}) {
+    for (const std::size_t size : {61U, 67U, 68U}) {
         expectEnd(vokctl({"backup", "report", std::string(size, 'n'), "--state", "1"}), 1, "",
                   "vokctl: " + kRefusedName + "\n");
     }
@@ -253,7 +253,7 @@ TEST_F(BackupCommand, whatCannotBeSentAsAVariableIsWrongUsage)
     const auto report = [](const std::string& user, const std::string& state) {
         return vokctl({"backup", "report", user, "--state", state, "--as-variable"});
     };
-    for (const std::size_t size : {0, 65}) {
+    for (const std::size_t size : {0U, 65U}) {
         expectEnd(report(std::string(size, 'n'), "1"), 2, "",
                   "vokctl: with --as-variable a user's name has 1 to 64 bytes\n");
     }

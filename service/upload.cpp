@@ -25,9 +25,10 @@
 namespace service {
 namespace {
 
-// ---- The note's bytes: the group of the upload's process in ten digits, two lines with what stood
-// at
-// ---- the path, and the new file.
+// ---- The note's bytes -------------------------------------------------------------------------
+//
+// The group of the upload's process in ten digits, two lines with what stood at the path, and the
+// new file.
 
 constexpr std::size_t kGroupSize = 10;
 

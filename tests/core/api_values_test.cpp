@@ -145,6 +145,7 @@ TEST_F(ApiValues, commandsFailuresAreComments)
 
 TEST_F(ApiValues, longCommandIsRunWhole)
 {
+    watch::mayBeStrange("tool");
     const std::string argument(4000, 'a');
     root::stub("tool", "echo \"<key>${#1}</key>\" >\"$2\"");
     testing::internal::CaptureStdout();
@@ -172,6 +173,7 @@ TEST_F(ApiValues, outputIsClosedAndRemovedBeforeTheValueIsTraced)
 
 TEST_F(ApiValues, commandsCommentsAreOutAtOnce)
 {
+    watch::mayBeStrange("t");
     root::stub("tool", "echo \"<key>x</key>\" >\"$1\"");
     EXPECT_EQ(root::printedPieces([] {
                   EXPECT_STREQ(kyteGetVar("tool", "<key>"), "x");

@@ -203,6 +203,8 @@ TEST_F(Order, workFilesAreClosedBeforeTheyAreRemoved)
 
 TEST_F(Order, listOfUsersIsCompleteBeforeItsWorkFilesGo)
 {
+    watch::mayBeStrange("sudo /usr/bin/php /etc/inc/api_user.php tovGetUsers /tmp/list");
+    watch::mayBeStrange("cat /tmp/list");
     const root::FileEvents events("/tmp");
     watch::after("cat ", [&] { EXPECT_NE(events.happened(), Lines{}); });
     EXPECT_EQ(getUsersList("/tmp/list"), 0);

@@ -78,6 +78,8 @@ class KilledUpload : public root::UntracedTest {
         if (isBreakable) {
             command.insert(command.begin(), {"env", "LD_PRELOAD=" + root::built("libkiller.so")});
         }
+        // A process that the last service has forked may have its socket for another moment.
+        fs::remove(kSocket);
         service.emplace(command);
         socketclient::awaitService();
     }

@@ -308,13 +308,15 @@ TEST_F(Server, shellLineThatHangsWhileCountingHoldsTheServiceNoLongerThanAReques
 
 TEST_F(Server, serviceItselfRunsNoShellLine)
 {
-    launch({"env", "LD_PRELOAD=" + root::built("libsystemwatch.so"), root::built("vokserve"),
-            "--socket", kSocket});
+    // Without the guard, whose system() would come before the watcher's.
+    const std::vector<std::string> program = {"env",
+                                              "LD_PRELOAD=" + root::built("libsystemwatch.so"),
+                                              root::built("bare_vokserve"), "--socket", kSocket};
+    launch(program);
     EXPECT_EQ(exchange(""), "");
     stop();
     EXPECT_EQ(watch::calls(), std::vector<std::string>{});
-    launch({"env", "LD_PRELOAD=" + root::built("libsystemwatch.so"), root::built("vokserve"),
-            "--socket", kSocket});
+    launch(program);
     EXPECT_EQ(exchange(frame("rtov", 2)), "");
     EXPECT_EQ(exchange(frame("crat", 2, "anna\n';\n")), le32(0xFF000003));
     std::vector<std::string> calls = watch::calls();

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/mman.h>
@@ -21,6 +22,24 @@ using root::le32;
 using root::trace;
 
 constexpr std::size_t kMebibyte = 1048576;
+
+/// How often the status file was looked at, and what happens before a look, which gets its number.
+int looks = 0;
+std::function<void(int)> beforeLook;
+
+} // namespace
+
+/// Stands before the C library's.
+extern "C" ssize_t pread(int file, void* buffer, std::size_t size, off_t offset)
+{
+    ++looks;
+    if (beforeLook) {
+        beforeLook(looks);
+    }
+    return ::lseek(file, offset, SEEK_SET) == offset ? ::read(file, buffer, size) : -1;
+}
+
+namespace {
 
 std::string zeros(std::size_t count)
 {
@@ -221,6 +240,49 @@ TEST_F(ReadStatus, fileCutShortIsNoData)
     expectRead(le32(11) + zeros(10), 0, "b", "0 0");
     expectRead(le32(11) + "\x03\x02", 0, "b", "5 0");
     expectRead(le32(11) + zeros(11), 10, "b", "0 0");
+}
+
+/// A file that a writer changes before each look, up to one of them.
+class ChangingFile : public root::Test {
+  protected:
+    sharestatus::StatusImage image{};
+
+    /// @return what was read of it
+    std::string read(int lastChange)
+    {
+        root::writeFile(root::kStatusFile, "0");
+        looks = 0;
+        beforeLook = [lastChange](int look) {
+            if (look <= lastChange) {
+                root::writeFile(root::kStatusFile, std::to_string(look));
+            }
+        };
+        EXPECT_TRUE(sharestatus::loadStatus(image));
+        beforeLook = nullptr;
+        return std::string(image.text());
+    }
+};
+
+TEST_F(ChangingFile, isLookedAtTwiceWhereItStandsStill)
+{
+    EXPECT_EQ(read(0), "0");
+    EXPECT_EQ(looks, 2);
+}
+
+TEST_F(ChangingFile, isLookedAtUntilTwoLooksAreAlike)
+{
+    EXPECT_EQ(read(3), "3");
+    EXPECT_EQ(looks, 4);
+    EXPECT_EQ(read(7), "7");
+    EXPECT_EQ(looks, 8);
+}
+
+TEST_F(ChangingFile, readsAsEmptyIfNoTwoOfEightLooksAreAlike)
+{
+    EXPECT_EQ(read(8), "");
+    EXPECT_EQ(looks, 8);
+    EXPECT_EQ(read(1000), "");
+    EXPECT_EQ(looks, 8);
 }
 
 TEST_F(ReadStatus, missingFileIsTraced)

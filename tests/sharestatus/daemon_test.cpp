@@ -222,12 +222,15 @@ TEST_F(Daemon, markIsBusyWhileTheCollectionRuns)
 
 TEST_F(Daemon, secondStartDuringACollectionEndsAtOnce)
 {
-    root::stub("php", "echo run >>/tmp/runs; sleep 1; : >\"$3\"");
+    // The first one's collection goes on until the second start has ended.
+    root::stub("php",
+               "echo run >>/tmp/runs; while [ ! -e /stubs/go ]; do sleep 0.01; done; : >\"$3\"");
     root::Program first({program});
-    std::this_thread::sleep_for(std::chrono::milliseconds(400));
-    const auto start = Clock::now();
+    while (!root::exists("/tmp/runs")) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     runDaemon();
-    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(500));
+    root::writeFile("/stubs/go", "");
     EXPECT_EQ(first.wait().exitCode, 0);
     EXPECT_EQ(root::readFile("/tmp/runs"), "run\n");
     EXPECT_EQ(root::readFile(root::kStatusFile), kNoShares);

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// channel.h: what a command handler works with: the request's line and the rest of its bytes, the
-// answer, the current-file slot, and the ways to end with an error. The answer itself goes to
-// fout_buf (core.h).
+// channel.h: what a command handler works with: the request, the answer, and the current-file slot,
+// as one object. There is one request at a time in a process, and so one channel.
 #pragma once
 
 #include <array>
@@ -11,16 +10,17 @@
 #include <cstdio>
 #include <string_view>
 
+#include "cmdsvc/commands.h"
+#include "cmdsvc/request_reader.h"
 #include "core/core.h"
 
 #pragma GCC visibility push(default)
 extern "C" {
 
-/// Answers with a status frame of 10 bytes: the command's name, a blank, the code, a zero byte. The
-/// request line is gone afterwards.
+/// Answers with a status frame of 10 bytes: the command's name, a blank, the code, a zero byte.
 ///
 /// @param name  four characters
-/// @return what system() gave back for the trace
+/// @return what system() returned for the trace
 int SendReturnStatus(std::uint32_t code, const char* name);
 
 } // extern "C"
@@ -31,70 +31,96 @@ namespace cmdsvc {
 /// Handlers' work file: what a shell line printed, or a list that a handler reads while it answers.
 inline constexpr const char* kWorkFile = "/tmp/vokcontrol.tmp";
 
-/// The request's first line, and afterwards whatever a handler builds in it.
-extern std::array<char, core::kLineSize> requestLine;
+/// A parameter line as it was sent, with its newline and zeros after it.
+struct ParameterLine {
+    std::array<char, core::kLineSize> bytes = {};
+    bool isMissing = false; ///< nothing was left of the request
 
-/// The request's bytes behind what has been read of them.
-[[nodiscard]] FILE* requestStream();
+    [[nodiscard]] const char* text() const { return bytes.data(); }
 
-/// Reads the next line behind what has been read into the request line: at most 4094 bytes. Where
-/// nothing is left to read, the request line keeps what it holds.
-void readParameterLine();
+    /// Cuts the newline at the text's end.
+    /// @return false if there is none: the line is not whole, or holds a zero byte
+    bool cutNewline();
+};
 
-/// Cuts the newline at the end of a text, by default the request line's.
-/// @return false when there is none: the line is not whole, or holds a zero byte
-bool cutNewline(char* text = requestLine.data());
+class Channel {
+  public:
+    /// Opens the request in fin_buf and a new answer file, and closes the answer of the request
+    /// before, if its exit left that open.
+    /// @return false if the answer file cannot be opened
+    [[nodiscard]] bool open(int number);
 
-// ---- The current-file slot --------------------------------------------------------------------
-//
-// The one file that a handler reads while it answers, so that an error exit can close it.
+    /// Ends the answer.
+    void close();
 
-/// Closes what is open in the slot, then opens a file there, for reading unless the mode says
-/// otherwise.
-/// @return the file, or null with errno set by this open
-FILE* openCurrentFile(const char* path, const char* mode = "r");
+    /// Says which command is being carried out; its row has the tag of its answer.
+    void begin(const Command& command) { command_ = &command; }
 
-[[nodiscard]] FILE* currentFile();
+    // ---- The request --------------------------------------------------------------------------
 
-/// Closes the slot's file and clears the slot, so that a second close does nothing.
-/// @return false when the close failed, with errno set
-bool closeCurrentFile();
+    /// The request as far as it has not been taken yet.
+    [[nodiscard]] RequestReader& request() { return request_; }
 
-// ---- Answers ----------------------------------------------------------------------------------
+    /// Takes a parameter line. If nothing is left, it is the line before it, without its newline.
+    [[nodiscard]] ParameterLine takeLine(const Parameter& parameter);
 
-void writeAnswer(std::string_view bytes);
+    // ---- The current-file slot ----------------------------------------------------------------
+    //
+    // The one file that a handler reads while it answers, so that an error exit can close it.
 
-/// A status code as a bare word.
-void writeWord(std::uint32_t code);
+    /// Closes what is open in the slot, then opens a file there, for reading unless the mode says
+    /// otherwise.
+    /// @return the file, or null with errno set by this open
+    FILE* openFile(const char* path, const char* mode = "r");
 
-/// Tag, blank, count and newline; lines of text follow it.
-void writeHeader(std::string_view tag, std::uint32_t count);
+    /// Closes the slot's file and clears the slot, so that a second close does nothing.
+    /// @return false if the close failed, with errno set
+    bool closeFile();
 
-// ---- Error exits ------------------------------------------------------------------------------
+    // ---- The answer ---------------------------------------------------------------------------
 
-/// The handlers' common error exit: answers "erro " and the code, closes the slot, removes the work
-/// file, traces the code.
-void endWithError(std::uint32_t code);
+    /// @return how many bytes were written
+    std::size_t write(std::string_view bytes);
 
-/// The same with the code as a bare word.
-/// @return what system() gave back for the trace
-int endWithWord(std::uint32_t code);
+    /// A status code as a bare word.
+    void writeWord(Status status);
 
-/// Like endWithWord, for the commands of remote access and passwords: the work file is only removed
-/// where the slot holds a file, and that stays open.
-void endWithWordKeepingFile(std::uint32_t code);
+    /// The header of the command's answer: tag, blank, count and newline; lines follow it.
+    /// @return how many bytes were written
+    std::size_t writeHeader(std::uint32_t count);
 
-// ---- One request ------------------------------------------------------------------------------
+    /// The same bytes, for who writes them with something after them.
+    [[nodiscard]] HeaderBytes header(std::uint32_t count) const;
 
-/// Opens the request in fin_buf and a new answer file, and releases the streams of the request
-/// before where its exit left them open.
-/// @return false when one of them cannot be opened
-[[nodiscard]] bool openChannel(int number);
+    /// The tag of the command's answer, four letters and a blank; its own bytes follow it.
+    [[nodiscard]] std::string_view tag() const { return command_->answer.tag; }
 
-/// Reads the request's first line: at most 4094 bytes, zeros behind them.
-void readRequestLine();
+    // ---- Error exits --------------------------------------------------------------------------
 
-/// Ends the answer.
-void closeAnswer();
+    /// The handlers' common error exit: answers "erro " and the code, closes the slot, removes the
+    /// work file, traces the code.
+    void endWithError(Status status);
+
+    /// The same with the code as a bare word.
+    /// @return what system() returned for the trace
+    int endWithWord(Status status);
+
+    /// Like endWithWord, for the commands of remote access and passwords: the work file is only
+    /// removed if the slot holds a file, and that stays open.
+    void endWithWordKeepingFile(Status status);
+
+  private:
+    int finishWithError(Status status);
+
+    const Command* command_ = nullptr;
+    RequestReader request_;
+    ParameterLine lastLine_;
+    core::File file_;
+    /// What fout_buf points to, as long as nobody else has set it.
+    FILE* answer_ = nullptr;
+};
+
+/// The channel of this process.
+[[nodiscard]] Channel& channel();
 
 } // namespace cmdsvc

@@ -1,49 +1,37 @@
 // SPDX-License-Identifier: MIT
 //
 // process_command: from a request to its handler.
-#include <algorithm>
-#include <span>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
 
 #include "cmdsvc/channel.h"
-#include "cmdsvc/command_table.h"
-#include "cmdsvc/protocol.h"
+#include "cmdsvc/commands.h"
+#include "cmdsvc/serve.h"
 #include "core/bytes.h"
 
 namespace cmdsvc {
 namespace {
 
-std::uint32_t wordAt(std::size_t offset)
-{
-    return core::getU32(std::span(requestLine).subspan(offset).first<kWordSize>());
-}
-
-const CommandRow* findRow(std::uint32_t code)
-{
-    const std::span<const CommandRow> table = commandTable();
-    const auto row =
-        std::ranges::find(table, code, [](const CommandRow& each) { return codeWord(each.code); });
-    return (row != table.end()) ? &*row : nullptr;
-}
-
 /// Traces the start of the line byte by byte, each as a number and as a character.
-void traceLineStart()
+void traceLineStart(std::string_view line)
 {
     constexpr std::size_t kTracedBytes = 30;
-    for (const char c : std::span(requestLine).first<kTracedBytes>()) {
+    for (const char c : line.substr(0, kTracedBytes)) {
         dbg_trace("0x%02X,%c", static_cast<unsigned>(core::byteOf(c)), c);
     }
 }
 
-int endOnWrongCount(const CommandRow& row, int count)
+int endOnWrongCount(Channel& channel, const Command& command, int count)
 {
-    if (row.exit == WrongCountExit::kKeepsFile) {
-        endWithWordKeepingFile(row.wrongCountCode);
+    if (command.wrongCountExit == WrongCountExit::kKeepsFile) {
+        channel.endWithWordKeepingFile(command.wrongCountCode);
         return -1;
     }
-    if (row.exit == WrongCountExit::kCountTraced) {
+    if (command.wrongCountExit == WrongCountExit::kCountTraced) {
         dbg_trace("_spvt: %d -- %d", count, count);
     }
-    return endWithWord(row.wrongCountCode);
+    return channel.endWithWord(command.wrongCountCode);
 }
 
 int endOnUnknownCommand()
@@ -52,17 +40,23 @@ int endOnUnknownCommand()
     return -1;
 }
 
-int runRow(const CommandRow& row)
+void run(const Command& command)
 {
-    if (row.exit == WrongCountExit::kLineTraced) {
-        traceLineStart();
+    handlerTable()[static_cast<std::size_t>(&command - kCommands.data())].serve();
+}
+
+int checkAndRun(Channel& channel, const Command& command)
+{
+    const std::string_view line = channel.request().firstLine();
+    if (command.wrongCountExit == WrongCountExit::kLineTraced) {
+        traceLineStart(line);
     }
-    const std::uint8_t count = core::byteOf(requestLine[kCountOffset]);
-    if (!row.count.accepts(count)) {
-        return endOnWrongCount(row, count);
+    const std::uint8_t count = core::byteOf(line[kCountOffset]);
+    if (!command.count.accepts(count)) {
+        return endOnWrongCount(channel, command, count);
     }
-    row.handler();
-    closeAnswer();
+    run(command);
+    channel.close();
     return 0;
 }
 
@@ -73,14 +67,15 @@ int process_command(int number)
 {
     using namespace cmdsvc;
 
-    if (!openChannel(number)) {
+    Channel& channel = cmdsvc::channel();
+    if (!channel.open(number)) {
         dbg_trace("************FAILED redirect fin_buf and fout_buf ***************%s", "**");
         return -1;
     }
-    readRequestLine();
-    const std::uint32_t code = wordAt(0);
+    const std::string_view line = channel.request().firstLine();
+    const std::uint32_t code = codeOf(line);
     dbg_trace("cmd=%x ", code);
-    dbg_trace("param_count=%x", wordAt(kCountOffset));
-    const CommandRow* row = findRow(code);
-    return (row != nullptr) ? runRow(*row) : endOnUnknownCommand();
+    dbg_trace("param_count=%x", countOf(line));
+    const Command* command = findCommand(code);
+    return (command != nullptr) ? checkAndRun(channel, *command) : endOnUnknownCommand();
 }

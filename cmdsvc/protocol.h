@@ -25,14 +25,17 @@
 //             5    4  count, 32 bits little-endian
 //             9    1  newline; lines of text follow
 //
-// Where there is no answer of a command's to send, the service that carries requests sends a status
+// If a command gives no answer that could be sent, the service that carries requests sends a status
 // of its own, with the code "serv".
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
+
+#include "core/bytes.h"
 
 namespace cmdsvc {
 
@@ -51,103 +54,123 @@ inline constexpr std::string_view kErrorTag = "erro ";
 /// A command code as the word that travels.
 [[nodiscard]] constexpr std::uint32_t codeWord(std::string_view code)
 {
-    std::uint32_t word = 0;
-    for (std::size_t i = 0; i < kCodeSize; ++i) {
-        word |= static_cast<std::uint32_t>(static_cast<unsigned char>(code[i])) << (8U * i);
-    }
-    return word;
+    return core::getU32(std::span(code).first<kCodeSize>());
 }
 
-// Status codes that several commands share.
-inline constexpr std::uint32_t kGood = 0x00000000;
-inline constexpr std::uint32_t kNoMemory = 0xFF000001;
-inline constexpr std::uint32_t kMalformed = 0xFF000003; ///< a parameter, or the number of them
-inline constexpr std::uint32_t kCommandFailed = 0xFF000004;
-inline constexpr std::uint32_t kCannotStat = 0xFF000005;
-inline constexpr std::uint32_t kCannotRemove = 0xFF000006;
-inline constexpr std::uint32_t kCannotOpen = 0xFF000007;
-inline constexpr std::uint32_t kCannotClose = 0xFF000008;
+/// A status code, as answers carry it. A handler returns the one that its command ends with. Some
+/// commands share a code and mean something else by it.
+enum class [[nodiscard]] Status : std::uint32_t {
+    // Of several commands.
+    kGood = 0x00000000,
+    kNoMemory = 0xFF000001,
+    kMalformed = 0xFF000003, ///< a parameter, or the number of them
+    kCommandFailed = 0xFF000004,
+    kCannotStat = 0xFF000005,
+    kCannotRemove = 0xFF000006,
+    kCannotOpen = 0xFF000007,
+    kCannotClose = 0xFF000008,
 
-// Asking for shares.
-inline constexpr std::uint32_t kWrongCountOfShareCommand = 0xC1000001;
-inline constexpr std::uint32_t kCannotRemoveListing = 0xC1000001;
-inline constexpr std::uint32_t kBadShareName = 0xC1000003;
-inline constexpr std::uint32_t kSharePropertyUnknown = 0xF0000001;
+    // Asking for shares.
+    kWrongCountOfShareCommand = 0xC1000001,
+    kCannotRemoveListing = 0xC1000001,
+    kBadShareName = 0xC1000003,
+    kSharePropertyUnknown = 0xF0000001,
 
-// Creating shares.
-inline constexpr std::uint32_t kShareNameTaken = 0x20000001;
-inline constexpr std::uint32_t kShareNameTooLong = 0x20000003;
-inline constexpr std::uint32_t kNoSuchUser = 0x20000006;
+    // Creating shares.
+    kShareNameTaken = 0x20000001,
+    kShareNameTooLong = 0x20000003,
+    kNoSuchUser = 0x20000006,
 
-// Users.
-inline constexpr std::uint32_t kUserNameTaken = 0x10000001;
-inline constexpr std::uint32_t kUserNameTooLong = 0x10000002;
-inline constexpr std::uint32_t kPasswordTooLong = 0x10000003;
-inline constexpr std::uint32_t kUserNotCreated = 0x10000005;
-inline constexpr std::uint32_t kUserListEmpty = 0x20000006;
+    // Users.
+    kUserNameTaken = 0x10000001,
+    kUserNameTooLong = 0x10000002,
+    kPasswordTooLong = 0x10000003,
+    kUserNotCreated = 0x10000005,
+    kUserListEmpty = 0x20000006,
 
-// Backup status and drives.
-inline constexpr std::uint32_t kReportNotSaved = 0xC2000002;
-inline constexpr std::uint32_t kNoDate = 0xC2000003;
-inline constexpr std::uint32_t kDriveCountReadable = 0xD0000001;
+    // Backup status and drives.
+    kReportNotSaved = 0xC2000002,
+    kNoDate = 0xC2000003,
+    kDriveCountReadable = 0xD0000001,
 
-// Passwords.
-inline constexpr std::uint32_t kNotVerified = 0x00000001;
+    // Passwords.
+    kNotVerified = 0x00000001,
 
-// Host settings.
-inline constexpr std::uint32_t kStartPageNotSet = 0x50000001;
-inline constexpr std::uint32_t kHostNameTooLong = 0x50000003;
-inline constexpr std::uint32_t kWorkGroupTooLong = 0x50000004;
-inline constexpr std::uint32_t kNameNotSet = 0x50000005;
-inline constexpr std::uint32_t kUnknownLanguage = 0x50000006;
+    // Host settings.
+    kStartPageNotSet = 0x50000001,
+    kHostNameTooLong = 0x50000003,
+    kWorkGroupTooLong = 0x50000004,
+    kNameNotSet = 0x50000005,
+    kUnknownLanguage = 0x50000006,
 
-// The build.
-inline constexpr std::uint32_t kCannotOpenBuild = 0x40000001;
-inline constexpr std::uint32_t kCannotCloseBuild = 0x40000002;
-inline constexpr std::uint32_t kCannotStatBuild = 0x40000003;
-inline constexpr std::uint32_t kBadBuildSize = 0x40000004;
+    // The build.
+    kCannotOpenBuild = 0x40000001,
+    kCannotCloseBuild = 0x40000002,
+    kCannotStatBuild = 0x40000003,
+    kBadBuildSize = 0x40000004,
 
-// The private file, sent to the appliance and fetched from it.
-inline constexpr std::uint32_t kCannotCreatePrivate = 0x60000001;
-inline constexpr std::uint32_t kNothingSent = 0x60000002;
-inline constexpr std::uint32_t kCannotWritePrivate = 0x60000003;
-inline constexpr std::uint32_t kTooLittleSent = 0x60000004;
-inline constexpr std::uint32_t kNoEndMark = 0x60000005;
-inline constexpr std::uint32_t kCannotClosePrivate = 0x60000006;
-inline constexpr std::uint32_t kNoPrivate = 0x70000001;
-inline constexpr std::uint32_t kPrivateEmpty = 0x70000002;
-inline constexpr std::uint32_t kCannotOpenPrivate = 0x70000003;
+    // The private file, sent to the appliance and fetched from it.
+    kCannotCreatePrivate = 0x60000001,
+    kNothingSent = 0x60000002,
+    kCannotWritePrivate = 0x60000003,
+    kTooLittleSent = 0x60000004,
+    kNoEndMark = 0x60000005,
+    kCannotClosePrivate = 0x60000006,
+    kNoPrivate = 0x70000001,
+    kPrivateEmpty = 0x70000002,
+    kCannotOpenPrivate = 0x70000003,
 
-// Setup.
-inline constexpr std::uint32_t kSetupDone = 0x80000001;
-inline constexpr std::uint32_t kNoLanguage = 0xB0000001;
-inline constexpr std::uint32_t kLanguageWithoutCode = 0xB0000002;
-inline constexpr std::uint32_t kNoPublicShareName = 0xB0000003;
+    // Setup.
+    kSetupDone = 0x80000001,
+    kNoLanguage = 0xB0000001,
+    kLanguageWithoutCode = 0xB0000002,
+    kNoPublicShareName = 0xB0000003,
 
-// Remote access; each of these commands has its own meaning for them.
-inline constexpr std::uint32_t kRemoteRefused = 0x00000001;
-inline constexpr std::uint32_t kRemoteBadRequest = 0x00000002;
-inline constexpr std::uint32_t kRemoteFailed = 0x00000003;
+    // Remote access; each of these commands has its own meaning for them.
+    kRemoteRefused = 0x00000001,
+    kRemoteBadRequest = 0x00000002,
+    kRemoteFailed = 0x00000003,
 
-// The service's own.
+    // The service's own.
+    kRequestTimedOut = 0x53000001,
+    kRequestFailed = 0x53000002,
+    kRequestNotStarted = 0x53000003,
+    kRequestTooLong = 0x53000004,
+    kNotAdmitted = 0x53000005,
+};
+using enum Status;
+
+/// A status code as the word that travels.
+[[nodiscard]] constexpr std::uint32_t wordOf(Status status)
+{
+    return static_cast<std::uint32_t>(status);
+}
+
+/// The tag of the statuses that the service sends on its own.
 inline constexpr std::string_view kServiceCode = "serv";
-inline constexpr std::uint32_t kRequestTimedOut = 0x53000001;
-inline constexpr std::uint32_t kRequestFailed = 0x53000002;
-inline constexpr std::uint32_t kRequestNotStarted = 0x53000003;
-inline constexpr std::uint32_t kRequestTooLong = 0x53000004;
-inline constexpr std::uint32_t kNotAdmitted = 0x53000005;
 
 /// A status answer.
 using StatusBytes = std::array<char, kHeaderSize>;
 
-[[nodiscard]] constexpr StatusBytes statusBytes(std::string_view code, std::uint32_t status)
+[[nodiscard]] constexpr StatusBytes statusBytes(std::string_view code, Status status)
 {
     StatusBytes bytes = {};
     code.copy(bytes.data(), kCodeSize);
     bytes[kCodeSize] = ' ';
-    for (std::size_t i = 0; i < kWordSize; ++i) {
-        bytes[kCountOffset + i] = static_cast<char>((status >> (8U * i)) & 0xFFU);
-    }
+    core::putU32(std::span(bytes).subspan<kCountOffset, kWordSize>(), wordOf(status));
+    return bytes;
+}
+
+/// The start of an answer with a header.
+using HeaderBytes = std::array<char, kHeaderSize>;
+
+[[nodiscard]] constexpr HeaderBytes headerBytes(std::string_view tag, std::uint32_t count)
+{
+    HeaderBytes bytes = {};
+    tag.copy(bytes.data(), kCodeSize);
+    bytes[kCodeSize] = ' ';
+    core::putU32(std::span(bytes).subspan<kCountOffset, kWordSize>(), count);
+    bytes.back() = '\n';
     return bytes;
 }
 

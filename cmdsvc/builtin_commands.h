@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// settled.h: commands that need no handler of their own.
+// builtin_commands.h: commands that need no handler of their own.
 #pragma once
 
 namespace cmdsvc {
@@ -12,7 +12,7 @@ void ignoreCommand();
 /// are traced and not answered.
 void traceDiscoveryCommand();
 
-/// "sgss": starts the "pelstatus" service where it does not run, and answers good.
+/// "sgss": starts the "pelstatus" service if it does not run, and answers good.
 void restartStatusService();
 
 } // namespace cmdsvc

@@ -30,6 +30,12 @@ bool ParameterLine::cutNewline()
     return true;
 }
 
+Status ParameterLine::copyTo(core::Text& copy) const
+{
+    copy = core::copyText(text());
+    return copy ? kGood : kNoMemory;
+}
+
 bool Channel::open(int number)
 {
     close();

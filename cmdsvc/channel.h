@@ -41,6 +41,10 @@ struct ParameterLine {
     /// Cuts the newline at the text's end.
     /// @return false if there is none: the line is not whole, or holds a zero byte
     bool cutNewline();
+
+    /// Copies the text.
+    /// @return kNoMemory if there is none for it, with errno set
+    Status copyTo(core::Text& copy) const;
 };
 
 class Channel {

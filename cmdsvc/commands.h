@@ -92,12 +92,13 @@ enum class ShellContext {
     kNowhere,      ///< no shell ever sees it
     kDoubleQuotes, ///< between double quotes
     kSingleQuotes, ///< between single quotes
-    kName, ///< in both of them, and where it is traced, outside of them; and in a file name
-    kNewUser, ///< the same, and in the appliance's lists of users, which a byte 0xFF ends
-    kWord,    ///< an argument without quotes
-    kClock,   ///< the same, a time
-    kEscaped, ///< as kName, once its backslashes are dropped
-    kSize,    ///< a size; it is traced as if it were text
+    kName,         ///< in both of them, and where it is traced, outside of them; and in a file name
+    kNameLine, ///< the same; a newline at its end is only traced
+    kNewUser,      ///< as kName, and in the appliance's lists of users, which a byte 0xFF ends
+    kWord,         ///< an argument without quotes
+    kClock,        ///< the same, a time
+    kEscaped,      ///< as kName, once its backslashes are dropped
+    kSize,         ///< a size; it is traced as if it were text
 };
 
 /// How a parameter stands in the request.
@@ -305,7 +306,7 @@ inline constexpr auto kTable = std::to_array<Command>({
     {"sub1", exactly(2),    kMalformed,                kPlain,       byWord(kMalformed),        kCode,
         takes(byte("state"), byte("byte after it"), text("user", kEscaped))},
     {"subs", kAnyCount,     kGood,                     kNoWrongCount, byStatus(kMalformed),     kStatus,
-        takes(inFirstLine("user", kName, 8, 6))},
+        takes(inFirstLine("user", kNameLine, 8, 6))},
     {"vers", exactly(0),    kMalformed,                kPlain,       kByError,                  header("vert")},
     {"wags", between(1, 2), kMalformed,                kKeepsFile,   byError(kRemoteBadRequest), bytes("wags "),
         takes(shortLine("entity", kDoubleQuotes), shortLine("user", kName))},
@@ -340,8 +341,8 @@ static_assert(std::ranges::adjacent_find(kCommands, std::ranges::greater_equal()
 /// @return the command's row, or null if there is no such command
 [[nodiscard]] constexpr const Command* findCommand(std::uint32_t code)
 {
-    const auto* row = std::ranges::find(kCommands, code,
-                                        [](const Command& each) { return codeWord(each.code); });
+    const auto* row =
+        std::ranges::find(kCommands, code, [](const Command& each) { return codeWord(each.code); });
     return (row != kCommands.end()) ? row : nullptr;
 }
 

@@ -59,7 +59,7 @@ inline constexpr std::string_view kErrorTag = "erro ";
 
 /// A status code, as answers carry it. A handler returns the one that its command ends with. Some
 /// commands share a code and mean something else by it.
-enum class [[nodiscard]] Status : std::uint32_t {
+enum class [[nodiscard]] Status : std::uint32_t{
     // Of several commands.
     kGood = 0x00000000,
     kNoMemory = 0xFF000001,

@@ -117,9 +117,6 @@ class RequestReader {
         return text;
     }
 
-    /// Whether nothing is left.
-    [[nodiscard]] bool isAtEnd() const { return position_ == bytes_.size(); }
-
     /// The first line, for a parameter that stands in it. A length of 10, which is a newline, ends
     /// the line early; then the next line is the rest of it, where the parameter's row says.
     std::string_view completeFirstLine(const Parameter& parameter)

@@ -15,10 +15,11 @@ void checkRefusal(const service::Refusal& refusal)
 
 void judgeText(std::string_view text)
 {
-    using enum service::Place;
-    for (const service::Place place :
-         {kNowhere, kDoubleQuotes, kSingleQuotes, kName, kWord, kClock}) {
-        [[maybe_unused]] const bool isHarmless = service::isHarmless(text, place);
+    using enum cmdsvc::ShellContext;
+    for (const cmdsvc::ShellContext context :
+         {kNowhere, kDoubleQuotes, kSingleQuotes, kName, kNameLine, kNewUser, kWord, kClock,
+          kEscaped, kSize}) {
+        [[maybe_unused]] const bool isHarmless = service::isHarmless(text, context);
     }
 }
 

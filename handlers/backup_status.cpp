@@ -11,7 +11,8 @@
 #include <string_view>
 
 #include "cmdsvc/channel.h"
-#include "cmdsvc/protocol.h"
+#include "cmdsvc/commands.h"
+#include "cmdsvc/serve.h"
 #include "core/bytes.h"
 #include "core/core.h"
 #include "handlers/drives.h"
@@ -20,8 +21,10 @@
 namespace handlers {
 namespace {
 
+using cmdsvc::Channel;
 using cmdsvc::kWorkFile;
-using cmdsvc::requestLine;
+using cmdsvc::Status;
+using enum cmdsvc::Status;
 using sharestatus::kBackupStatusPrefix;
 
 // ---- A report ---------------------------------------------------------------------------------
@@ -80,29 +83,17 @@ bool takeDate(const char* line, Report& report)
 
 // ---- subs -------------------------------------------------------------------------------------
 
-/// Where the parameters of a subs request stand in its first line.
-constexpr std::size_t kLengthOffset = 5;
+/// Where the request's first line has the state.
 constexpr std::size_t kStateOffset = 7;
-constexpr std::size_t kNameOffset = 8;
 
 constexpr int kLongestVariableName = 64;
-
-/// Reads the rest of a first line that has ended at its length, which is a newline.
-void completeLine()
-{
-    if (requestLine[kLengthOffset] == '\n') {
-        const std::span<char> rest = std::span(requestLine).subspan(kLengthOffset + 1);
-        [[maybe_unused]] const char* const read =
-            std::fgets(rest.data(), static_cast<int>(rest.size()), cmdsvc::requestStream());
-    }
-}
 
 /// Room for a name with its prefix.
 using Key = std::array<char, 128>;
 
-Key variableName()
+/// @param name  up to a newline
+Key variableName(const char* name)
 {
-    const char* name = &requestLine[kNameOffset];
     const int size = std::min(static_cast<int>(std::strcspn(name, "\n")), kLongestVariableName);
     Key key;
     core::formatBounded(key, "%s%.*s", kBackupStatusPrefix, size, name);
@@ -110,42 +101,57 @@ Key variableName()
 }
 
 /// Keeps a report; a failed save is answered twice, first with its code and then like a good one.
-void saveVariable(const char* key, const char* report)
+Status saveVariable(const char* key, const char* report)
 {
     const int result = setvar(key, report);
     if (result < 0) {
         dbg_trace("failed saving bk status %d ", result);
-        SendReturnStatus(cmdsvc::kReportNotSaved, "subs");
+        SendReturnStatus(cmdsvc::wordOf(kReportNotSaved), "subs");
     }
     dbg_trace("return good %d", result);
-    SendReturnStatus(cmdsvc::kGood, "subs");
+    return kGood;
+}
+
+Status keepVariableReport(Channel& channel)
+{
+    constexpr cmdsvc::Parameter kUser = cmdsvc::parameter("subs", "user");
+    const std::string_view line = channel.request().completeFirstLine(kUser);
+    const char* name = line.substr(kUser.offset).data();
+    const int length = core::byteOf(line[cmdsvc::RequestReader::kLengthOffset]);
+    dbg_trace("cmd_subs line: %s -- %d", name, length);
+    if (length < 3 || length > 66) {
+        return kMalformed;
+    }
+    const Key key = variableName(name);
+    Report report = makeReport(core::byteOf(line[kStateOffset]));
+    const core::CommandLine command = dateLine();
+    dbg_trace("cmd_subs system(%s) ", command.data());
+    if (!takeDate(command.data(), report)) {
+        return kNoDate;
+    }
+    return saveVariable(key.data(), report.data());
 }
 
 // ---- sub1 -------------------------------------------------------------------------------------
 
-constexpr int kMostNameBytes = 67;
 constexpr std::size_t kLongestKey = 64;
 
-/// Reads a name off the request, up to a newline or a zero byte. The end of the request in its
-/// middle fills it up, so that it is too long.
-Key readKey()
+/// Takes the name off the request, without its backslashes. It is too long if the request ends in
+/// its middle.
+Status takeKey(Channel& channel, Key& key)
 {
-    Key key;
+    cmdsvc::RequestReader& request = channel.request();
+    const std::size_t left = request.rest().size();
+    const std::string_view name = request.takeText();
     core::formatBounded(key, "%s", kBackupStatusPrefix);
     std::size_t size = std::strlen(key.data());
-    for (int taken = 0; taken < kMostNameBytes;) {
-        const int byte = std::fgetc(cmdsvc::requestStream());
-        if (byte == '\n' || byte == '\0') {
-            break;
-        }
-        if (byte != '\\') {
-            key[size] = static_cast<char>(byte);
-            ++size;
-            ++taken;
+    for (const char byte : name) {
+        if (byte != '\\' && size <= kLongestKey) {
+            key[size++] = byte;
         }
     }
     key[size] = '\0';
-    return key;
+    return (size > kLongestKey || name.size() == left) ? kMalformed : kGood;
 }
 
 bool writeReport(const char* path, std::string_view report)
@@ -159,7 +165,7 @@ bool writeReport(const char* path, std::string_view report)
     return std::fclose(file.release()) == 0 && isWritten;
 }
 
-void saveFile(const char* key, const char* report)
+Status saveFile(const char* key, const char* report)
 {
     std::array<char, 256> path;
     core::formatBounded(path, "%s%s", sharestatus::kBackupStatusFolder, key);
@@ -167,17 +173,37 @@ void saveFile(const char* key, const char* report)
         const int error = errno;
         dbg_trace("failed saving bk status to: %s- system err:%d(%s)", path.data(), error,
                   std::strerror(error));
-        cmdsvc::endWithWord(cmdsvc::kReportNotSaved);
-        return;
+        return kReportNotSaved;
     }
     dbg_trace("return good %d", 0);
-    cmdsvc::writeWord(cmdsvc::kGood);
+    return kGood;
+}
+
+Status keepFileReport(Channel& channel)
+{
+    const std::string_view state = channel.request().takeBytes(1);
+    channel.request().takeBytes(1);
+    Key key;
+    const Status status = takeKey(channel, key);
+    if (status != kGood) {
+        return status;
+    }
+    dbg_trace("user name = %s", key.data());
+    Report report = makeReport(core::byteOf(state[0]));
+    const core::CommandLine command = dateLine();
+    dbg_trace("cmd_sub1 system(%s) nlen = %d ", command.data(),
+              static_cast<int>(std::strlen(key.data())));
+    if (!takeDate(command.data(), report)) {
+        return kNoDate;
+    }
+    return saveFile(key.data(), report.data());
 }
 
 // ---- gub1 -------------------------------------------------------------------------------------
 
-constexpr std::size_t kCountOffset = 5;
-constexpr std::size_t kCapacityOffset = 7;
+/// The header's bytes hold two numbers of 16 bits.
+constexpr std::size_t kCountOffset = cmdsvc::kCountOffset;
+constexpr std::size_t kCapacityOffset = kCountOffset + 2;
 
 /// The answer while it is made.
 struct Table {
@@ -247,10 +273,9 @@ void fillTable(Table& table)
     traceCount(table);
 }
 
-void putHeader(Table& table, int capacity)
+void putHeader(Table& table, std::string_view tag, int capacity)
 {
-    constexpr std::string_view kTag = "gubr ";
-    std::ranges::copy(kTag, table.bytes.begin());
+    std::ranges::copy(tag, table.bytes.begin());
     core::putU16(std::span(table.bytes).subspan<kCapacityOffset, 2>(),
                  static_cast<std::uint16_t>(capacity));
     table.bytes[cmdsvc::kHeaderSize - 1] = '\n';
@@ -266,15 +291,37 @@ void traceBytes(std::span<const char> bytes)
     }
 }
 
-void answerTable(const Table& table, std::span<const char> bytes)
+void answerTable(Channel& channel, const Table& table, std::string_view bytes)
 {
     if (table.count() == 0) {
-        cmdsvc::writeAnswer({bytes.data(), cmdsvc::kHeaderSize});
+        channel.write(bytes.substr(0, cmdsvc::kHeaderSize));
         dbg_trace("cmd_gub1 -- RetUsersBkStatus -- No User %d", 0);
         return;
     }
-    const std::size_t written = std::fwrite(bytes.data(), 1, bytes.size(), fout_buf);
+    const std::size_t written = channel.write(bytes);
     dbg_trace("cmd_gub1 -- RetUsersBkStatus return: byte written: %d", static_cast<int>(written));
+}
+
+Status tellStatus(Channel& channel)
+{
+    Table table;
+    const int capacity = GetInternalDiskCap();
+    fillTable(table);
+    putHeader(table, channel.tag(), capacity);
+    const std::string_view bytes(table.bytes.data(), std::max(table.size, cmdsvc::kHeaderSize));
+    traceBytes(bytes);
+    if (!table.isFresh) {
+        startPelStatus();
+    }
+    answerTable(channel, table, bytes);
+    return kGood;
+}
+
+// ---- grst -------------------------------------------------------------------------------------
+
+Status checkDrives(Channel& /*channel*/)
+{
+    return (GetTovHDDS() >= 0) ? kDriveCountReadable : kCommandFailed;
 }
 
 } // namespace
@@ -282,68 +329,20 @@ void answerTable(const Table& table, std::span<const char> bytes)
 
 void cmd_subs(void)
 {
-    using namespace handlers;
-
-    completeLine();
-    const int length = core::byteOf(requestLine[kLengthOffset]);
-    dbg_trace("cmd_subs line: %s -- %d", &requestLine[kNameOffset], length);
-    if (length < 3 || length > 66) {
-        SendReturnStatus(cmdsvc::kMalformed, "subs");
-        return;
-    }
-    const Key key = variableName();
-    Report report = makeReport(core::byteOf(requestLine[kStateOffset]));
-    const core::CommandLine line = dateLine();
-    dbg_trace("cmd_subs system(%s) ", line.data());
-    if (!takeDate(line.data(), report)) {
-        SendReturnStatus(cmdsvc::kNoDate, "subs");
-        return;
-    }
-    saveVariable(key.data(), report.data());
+    cmdsvc::serve(cmdsvc::command("subs"), handlers::keepVariableReport);
 }
 
 void cmd_sub1(void)
 {
-    using namespace handlers;
-
-    const int state = std::fgetc(cmdsvc::requestStream());
-    std::fgetc(cmdsvc::requestStream());
-    const Key key = readKey();
-    const std::size_t size = std::strlen(key.data());
-    if (size > kLongestKey) {
-        cmdsvc::endWithWord(cmdsvc::kMalformed);
-        return;
-    }
-    dbg_trace("user name = %s", key.data());
-    Report report = makeReport(static_cast<std::uint8_t>(state));
-    const core::CommandLine line = dateLine();
-    dbg_trace("cmd_sub1 system(%s) nlen = %d ", line.data(), static_cast<int>(size));
-    if (!takeDate(line.data(), report)) {
-        cmdsvc::endWithWord(cmdsvc::kNoDate);
-        return;
-    }
-    saveFile(key.data(), report.data());
+    cmdsvc::serve(cmdsvc::command("sub1"), handlers::keepFileReport);
 }
 
 void cmd_gub1(void)
 {
-    using namespace handlers;
-
-    Table table;
-    const int capacity = GetInternalDiskCap();
-    fillTable(table);
-    putHeader(table, capacity);
-    const std::span<const char> bytes =
-        std::span(table.bytes).first(std::max(table.size, cmdsvc::kHeaderSize));
-    traceBytes(bytes);
-    if (!table.isFresh) {
-        startPelStatus();
-    }
-    answerTable(table, bytes);
+    cmdsvc::serve(cmdsvc::command("gub1"), handlers::tellStatus);
 }
 
 void cmd_grst(void)
 {
-    const bool isReadable = GetTovHDDS() >= 0;
-    cmdsvc::endWithWord(isReadable ? cmdsvc::kDriveCountReadable : cmdsvc::kCommandFailed);
+    cmdsvc::serve(cmdsvc::command("grst"), handlers::checkDrives);
 }

@@ -8,11 +8,15 @@
 #include <string_view>
 
 #include "cmdsvc/channel.h"
-#include "cmdsvc/protocol.h"
+#include "cmdsvc/serve.h"
 #include "core/core.h"
 
 namespace handlers {
 namespace {
+
+using cmdsvc::Channel;
+using cmdsvc::Status;
+using enum cmdsvc::Status;
 
 struct Language {
     const char* name; ///< what the language script's answer holds
@@ -43,36 +47,59 @@ void traceLanguage(const char* text)
     dbg_trace("cmd_qlps pel_language= %s", text);
 }
 
-/// The code of the appliance's language; ends with an error where it has none.
-const char* findCode()
+/// Finds the code of the appliance's language.
+Status findCode(const char*& code)
 {
     std::array<char, core::kValueSize> language;
     core::formatBounded(language, "%s", getSysVar("<languag>", "tovGetLanguage"));
     traceLanguage(language.data());
     if (language[0] == '\0') {
-        cmdsvc::endWithError(cmdsvc::kNoLanguage);
-        return nullptr;
+        return kNoLanguage;
     }
-    const char* code = codeOf(language.data());
-    if (code == nullptr) {
-        cmdsvc::endWithError(cmdsvc::kLanguageWithoutCode);
-    }
-    return code;
+    code = codeOf(language.data());
+    return (code != nullptr) ? kGood : kLanguageWithoutCode;
 }
 
-/// The public share's name in a language; ends with an error where it has none.
-const char* findShareName(const char* code)
+using ShareName = std::array<char, cmdsvc::kLongestShareName + 1>;
+
+/// Finds the public share's name in a language.
+Status findShareName(const char* code, ShareName& name)
 {
     std::array<char, 64> variable;
     core::formatBounded(variable, "default_public_share_name_%s", code);
     traceLanguage(variable.data());
-    const char* name = getvar(variable.data());
-    traceLanguage(name);
-    if (name[0] == '\0') {
-        cmdsvc::endWithError(cmdsvc::kNoPublicShareName);
-        return nullptr;
+    const char* value = getvar(variable.data());
+    traceLanguage(value);
+    if (value[0] == '\0') {
+        return kNoPublicShareName;
     }
-    return name;
+    core::formatBounded(name, "%s", value);
+    return kGood;
+}
+
+Status tellLanguageAndShare(Channel& channel)
+{
+    const char* code = nullptr;
+    ShareName name;
+    Status status = findCode(code);
+    if (status == kGood) {
+        status = findShareName(code, name);
+    }
+    if (status != kGood) {
+        return status;
+    }
+    dbg_trace("pubsharename = %s", name.data());
+    channel.writeHeader(2);
+    std::fprintf(fout_buf, "%s\n%s\n", code, name.data());
+    return kGood;
+}
+
+Status tellWhetherSetupIsPending(Channel& /*channel*/)
+{
+    std::array<char, 40> marker;
+    core::formatBounded(marker, "%s", getvar("firsttime"));
+    dbg_trace("cmd_frst() return : %s", marker.data());
+    return (marker[0] == '0') ? kSetupDone : kGood;
 }
 
 } // namespace
@@ -80,28 +107,10 @@ const char* findShareName(const char* code)
 
 void cmd_frst(void)
 {
-    std::array<char, 40> marker;
-    core::formatBounded(marker, "%s", getvar("firsttime"));
-    dbg_trace("cmd_frst() return : %s", marker.data());
-    if (marker[0] == '0') {
-        cmdsvc::endWithWord(cmdsvc::kSetupDone);
-        return;
-    }
-    cmdsvc::writeWord(cmdsvc::kGood);
+    cmdsvc::serve(cmdsvc::command("frst"), handlers::tellWhetherSetupIsPending);
 }
 
 void cmd_qlps(void)
 {
-    using namespace handlers;
-
-    const char* code = findCode();
-    const char* value = (code != nullptr) ? findShareName(code) : nullptr;
-    if (value == nullptr) {
-        return;
-    }
-    std::array<char, cmdsvc::kLongestShareName + 1> name;
-    core::formatBounded(name, "%s", value);
-    dbg_trace("pubsharename = %s", name.data());
-    cmdsvc::writeHeader("qlrt", 2);
-    std::fprintf(fout_buf, "%s\n%s\n", code, name.data());
+    cmdsvc::serve(cmdsvc::command("qlps"), handlers::tellLanguageAndShare);
 }

@@ -3,20 +3,23 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <cstring>
 #include <string_view>
 
 #include "cmdsvc/channel.h"
-#include "cmdsvc/protocol.h"
+#include "cmdsvc/commands.h"
+#include "cmdsvc/serve.h"
 #include "core/core.h"
 
 namespace handlers {
 namespace {
 
-using cmdsvc::requestLine;
+using cmdsvc::Channel;
+using cmdsvc::Parameter;
+using cmdsvc::ParameterLine;
+using cmdsvc::Status;
+using enum cmdsvc::Status;
 
-constexpr std::size_t kLongestName = 32;
 constexpr std::size_t kUnchangedName = 1; ///< a name of at most this size leaves the old one
 
 struct Language {
@@ -42,29 +45,19 @@ struct Settings {
     core::Text languageCode;
 };
 
-// Each step gives back the code that the command ends with, or kGood.
-
 // ---- Parameters -------------------------------------------------------------------------------
 
-std::uint32_t readParameter(const char* label, core::Text& text)
+/// @param label  what the trace calls it
+Status takeText(Channel& channel, const Parameter& parameter, const char* label, core::Text& text)
 {
-    cmdsvc::readParameterLine();
-    if (!cmdsvc::cutNewline()) {
-        return cmdsvc::kMalformed;
+    ParameterLine line = channel.takeLine(parameter);
+    if (!line.cutNewline()) {
+        return kMalformed;
     }
-    dbg_trace("%s=%s", label, requestLine.data());
-    text = core::copyText(requestLine.data());
-    return text ? cmdsvc::kGood : cmdsvc::kNoMemory;
-}
-
-/// @param tooLong  the code for a name that is too long
-std::uint32_t readName(const char* label, core::Text& name, std::uint32_t tooLong)
-{
-    const std::uint32_t code = readParameter(label, name);
-    if (code != cmdsvc::kGood) {
-        return code;
-    }
-    return (std::strlen(name.get()) > kLongestName) ? tooLong : cmdsvc::kGood;
+    dbg_trace("%s=%s", label, line.text());
+    const Status status = line.copyTo(text);
+    const bool isTooLong = parameter.isTooLong(std::strlen(line.text()));
+    return (status == kGood && isTooLong) ? parameter.limit.code : status;
 }
 
 const Language* findLanguage(std::string_view code)
@@ -73,25 +66,26 @@ const Language* findLanguage(std::string_view code)
     return (language != kLanguages.end()) ? language : nullptr;
 }
 
-std::uint32_t readLanguage(core::Text& language)
+Status takeLanguage(Channel& channel, core::Text& code)
 {
-    const std::uint32_t code = readParameter("language", language);
-    if (code != cmdsvc::kGood) {
-        return code;
-    }
-    return (findLanguage(language.get()) == nullptr) ? cmdsvc::kUnknownLanguage : cmdsvc::kGood;
+    const Status status =
+        takeText(channel, cmdsvc::parameter("host", "language"), "language", code);
+    const bool isUnknown = status == kGood && findLanguage(code.get()) == nullptr;
+    return isUnknown ? kUnknownLanguage : status;
 }
 
-std::uint32_t readSettings(Settings& settings)
+Status takeSettings(Channel& channel, Settings& settings)
 {
-    std::uint32_t code = readParameter("date", settings.time);
-    if (code == cmdsvc::kGood) {
-        code = readName("hostname", settings.hostName, cmdsvc::kHostNameTooLong);
+    Status status = takeText(channel, cmdsvc::parameter("host", "time"), "date", settings.time);
+    if (status == kGood) {
+        status = takeText(channel, cmdsvc::parameter("host", "host name"), "hostname",
+                          settings.hostName);
     }
-    if (code == cmdsvc::kGood) {
-        code = readName("wgname", settings.workGroup, cmdsvc::kWorkGroupTooLong);
+    if (status == kGood) {
+        status = takeText(channel, cmdsvc::parameter("host", "work group"), "wgname",
+                          settings.workGroup);
     }
-    return (code == cmdsvc::kGood) ? readLanguage(settings.languageCode) : code;
+    return (status == kGood) ? takeLanguage(channel, settings.languageCode) : status;
 }
 
 // ---- Clock ------------------------------------------------------------------------------------
@@ -132,7 +126,7 @@ ClockText dateOf(std::string_view time)
     return join(pieceOf(time, 0, 2), '/', pieceOf(time, 2, 2), pieceOf(time, 8, 4));
 }
 
-std::uint32_t setClock(const char* time)
+Status setClock(const char* time)
 {
     core::CommandLine line;
     core::formatBounded(line, "%s tovSetUtcSysTime %s", core::kPelScript, timeOf(time).data());
@@ -144,21 +138,21 @@ std::uint32_t setClock(const char* time)
     dbg_trace("cmd_host() system(%s) - iRet: %d", line.data(), result);
     if (result != 0) {
         dbg_trace("cannot save host or work group name: %d", result);
-        return cmdsvc::kCommandFailed;
+        return kCommandFailed;
     }
-    return cmdsvc::kGood;
+    return kGood;
 }
 
 // ---- Language and names -----------------------------------------------------------------------
 
-std::uint32_t setLanguage(const char* code)
+Status setLanguage(const char* code)
 {
     if (setvar("language_current", code) < 0) {
         dbg_trace("cannot save host or work group name: %s", "cmd_host()");
-        return cmdsvc::kCommandFailed;
+        return kCommandFailed;
     }
     const int result = setSysVar(findLanguage(code)->name, "tovSetLanguage");
-    return (result == 0) ? cmdsvc::kGood : cmdsvc::kCommandFailed;
+    return (result == 0) ? kGood : kCommandFailed;
 }
 
 bool isUnchanged(const char* name)
@@ -166,43 +160,50 @@ bool isUnchanged(const char* name)
     return std::strlen(name) <= kUnchangedName;
 }
 
-std::uint32_t setHostName(const char* name)
+Status setHostName(const char* name)
 {
     const bool isSet = isUnchanged(name) || (setSysVar(name, "tovSetHostname") == 0 &&
                                              setSysVar(name, "tovSetNmbdSysname") == 0);
-    return isSet ? cmdsvc::kGood : cmdsvc::kNameNotSet;
+    return isSet ? kGood : kNameNotSet;
 }
 
-std::uint32_t setWorkGroup(const char* name)
+Status setWorkGroup(const char* name)
 {
     const bool isSet = isUnchanged(name) || setSysVar(name, "tovSetWorkgroup") == 0;
-    return isSet ? cmdsvc::kGood : cmdsvc::kNameNotSet;
+    return isSet ? kGood : kNameNotSet;
 }
 
-std::uint32_t setStartPage()
+Status setStartPage()
 {
     constexpr const char* kStartPage = "/real_index.asp";
     if (setvar("http_start_page", kStartPage) < 0) {
         dbg_trace("cannot set var to: %s", kStartPage);
-        return cmdsvc::kStartPageNotSet;
+        return kStartPageNotSet;
     }
-    return cmdsvc::kGood;
+    return kGood;
 }
 
 /// Sets one thing after the other, up to the first that fails.
-std::uint32_t apply(const Settings& settings)
+Status apply(const Settings& settings)
 {
-    std::uint32_t code = setClock(settings.time.get());
-    if (code == cmdsvc::kGood) {
-        code = setLanguage(settings.languageCode.get());
+    Status status = setClock(settings.time.get());
+    if (status == kGood) {
+        status = setLanguage(settings.languageCode.get());
     }
-    if (code == cmdsvc::kGood) {
-        code = setHostName(settings.hostName.get());
+    if (status == kGood) {
+        status = setHostName(settings.hostName.get());
     }
-    if (code == cmdsvc::kGood) {
-        code = setWorkGroup(settings.workGroup.get());
+    if (status == kGood) {
+        status = setWorkGroup(settings.workGroup.get());
     }
-    return (code == cmdsvc::kGood) ? setStartPage() : code;
+    return (status == kGood) ? setStartPage() : status;
+}
+
+Status setHost(Channel& channel)
+{
+    Settings settings;
+    const Status status = takeSettings(channel, settings);
+    return (status == kGood) ? apply(settings) : status;
 }
 
 } // namespace
@@ -210,16 +211,5 @@ std::uint32_t apply(const Settings& settings)
 
 void cmd_host(void)
 {
-    using namespace handlers;
-
-    Settings settings;
-    std::uint32_t code = readSettings(settings);
-    if (code == cmdsvc::kGood) {
-        code = apply(settings);
-    }
-    if (code != cmdsvc::kGood) {
-        cmdsvc::endWithWord(code);
-        return;
-    }
-    cmdsvc::writeWord(cmdsvc::kGood);
+    cmdsvc::serve(cmdsvc::command("host"), handlers::setHost);
 }

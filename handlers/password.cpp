@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "handlers/password.h"
 
-#include <array>
 #include <memory>
 #include <string_view>
 
 #include "cmdsvc/channel.h"
-#include "cmdsvc/protocol.h"
+#include "cmdsvc/commands.h"
+#include "cmdsvc/serve.h"
 #include "core/bytes.h"
 #include "core/core.h"
 #include "handlers/nt_password.h"
@@ -17,16 +17,10 @@ namespace {
 
 constexpr const char* kPasswordFile = "/usr/private/smbpasswd";
 
-using Line = std::array<char, 256>;
-
-bool readText(Line& line)
-{
-    if (!core::readLine(cmdsvc::requestStream(), line)) {
-        return false;
-    }
-    cmdsvc::cutNewline(line.data());
-    return true;
-}
+using cmdsvc::Channel;
+using cmdsvc::ParameterLine;
+using cmdsvc::Status;
+using enum cmdsvc::Status;
 
 struct PasswdCloser {
     void operator()(SmbPasswdHandle* handle) const noexcept { closeSmbPasswd(handle); }
@@ -48,24 +42,29 @@ bool findAccount(std::string_view user, SmbPasswdEntry& entry)
     return false;
 }
 
+Status checkPassword(Channel& channel)
+{
+    ParameterLine user = channel.takeLine(cmdsvc::parameter("wall", "user"));
+    ParameterLine password = channel.takeLine(cmdsvc::parameter("wall", "password"));
+    if (user.isMissing || password.isMissing) {
+        return kMalformed;
+    }
+    user.cutNewline();
+    password.cutNewline();
+    SmbPasswdEntry entry = {};
+    if (!findAccount(user.text(), entry) ||
+        checkNtPassword(&entry, user.text(), password.text()) != 0) {
+        return kNotVerified;
+    }
+    channel.write(channel.tag());
+    channel.write("\n");
+    return kGood;
+}
+
 } // namespace
 } // namespace handlers
 
 void cmd_wall(void)
 {
-    using namespace handlers;
-
-    Line user;
-    Line password;
-    if (!readText(user) || !readText(password)) {
-        cmdsvc::endWithError(cmdsvc::kMalformed);
-        return;
-    }
-    SmbPasswdEntry entry = {};
-    if (!findAccount(user.data(), entry) ||
-        checkNtPassword(&entry, user.data(), password.data()) != 0) {
-        cmdsvc::endWithError(cmdsvc::kNotVerified);
-        return;
-    }
-    cmdsvc::writeAnswer("wall \n");
+    cmdsvc::serve(cmdsvc::command("wall"), handlers::checkPassword);
 }

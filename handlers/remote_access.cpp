@@ -13,32 +13,26 @@
 #include <unistd.h>
 
 #include "cmdsvc/channel.h"
-#include "cmdsvc/protocol.h"
+#include "cmdsvc/commands.h"
+#include "cmdsvc/serve.h"
 #include "core/bytes.h"
 #include "core/core.h"
 
 namespace handlers {
 namespace {
 
-using cmdsvc::kRemoteBadRequest;
-using cmdsvc::kRemoteFailed;
-using cmdsvc::kRemoteRefused;
+using cmdsvc::Channel;
+using cmdsvc::ParameterLine;
+using cmdsvc::Status;
+using enum cmdsvc::Status;
 
 constexpr const char* kSwitchProgram = "/usr/bin/ra-enabled";
 constexpr const char* kRegisterProgram = "/usr/bin/ractl";
 
-/// A parameter line, or a shell line for the switch program; each is cut at 255 bytes.
-using Line = std::array<char, 256>;
+/// A shell line for the switch program; it is cut at 255 bytes.
+using SwitchLine = std::array<char, 256>;
 
-/// Each step gives back the code of the error that the command ends with, or kGood.
-void endUnlessGood(std::uint32_t code)
-{
-    if (code != cmdsvc::kGood) {
-        cmdsvc::endWithError(code);
-    }
-}
-
-/// How a program ended: its exit status, or nothing where it was killed or never ran.
+/// How a program ended: its exit status, or nothing if it was killed or never ran.
 using ExitStatus = std::optional<int>;
 
 ExitStatus exitStatusOf(int waitStatus)
@@ -46,29 +40,25 @@ ExitStatus exitStatusOf(int waitStatus)
     return WIFEXITED(waitStatus) ? ExitStatus(WEXITSTATUS(waitStatus)) : std::nullopt;
 }
 
-// ---- Signing up -------------------------------------------------------------------------------
+// ---- The register program ---------------------------------------------------------------------
 
 /// What the register program is given.
 struct Registration {
-    Line user;
-    Line first;
-    Line second;
+    ParameterLine user;
+    ParameterLine first;
+    ParameterLine second;
+
+    [[nodiscard]] bool isWhole() const
+    {
+        return !user.isMissing && !first.isMissing && !second.isMissing;
+    }
 };
 
-/// @param room  of each line's buffer
-bool readRegistration(Registration& registration, std::size_t room)
-{
-    FILE* request = cmdsvc::requestStream();
-    return core::readLine(request, std::span(registration.user).first(room)) &&
-           core::readLine(request, std::span(registration.first).first(room)) &&
-           core::readLine(request, std::span(registration.second).first(room));
-}
-
-/// Becomes the register program; comes back only where that cannot be started.
+/// Becomes the register program; returns only if that cannot be started.
 void becomeRegisterProgram(const Registration& registration)
 {
-    ::execl(kRegisterProgram, kRegisterProgram, "registerUser", registration.user.data(),
-            registration.first.data(), registration.second.data(), nullptr);
+    ::execl(kRegisterProgram, kRegisterProgram, "registerUser", registration.user.text(),
+            registration.first.text(), registration.second.text(), nullptr);
 }
 
 /// Leaves a child without touching what its parent has open.
@@ -79,7 +69,7 @@ void becomeRegisterProgram(const Registration& registration)
 }
 
 /// Waits for one child.
-/// @return false with errno set when it cannot be waited for
+/// @return false with errno set if it cannot be waited for
 bool waitFor(pid_t child, int& status)
 {
     pid_t ended = 0;
@@ -89,32 +79,29 @@ bool waitFor(pid_t child, int& status)
     return ended == child;
 }
 
-void answerDone(std::string_view tag)
+void answerDone(Channel& channel)
 {
-    cmdsvc::writeAnswer(tag);
-    cmdsvc::writeAnswer({" \0\n\0\n", 5});
+    channel.write(channel.tag());
+    channel.write({"\0\n\0\n", 4});
 }
 
 // ---- getv -------------------------------------------------------------------------------------
 
-using KeyBytes = std::array<char, cmdsvc::kWordSize>;
-
-bool readKey(KeyBytes& key)
+Status takeKey(Channel& channel, std::string_view& key)
 {
-    FILE* request = cmdsvc::requestStream();
-    errno = 0;
-    if (std::fread(key.data(), 1, key.size(), request) < key.size()) {
-        dbg_trace("getv: failed to read key: %s", std::strerror(errno));
-        return false;
+    key = channel.request().takeBytes(cmdsvc::kWordSize);
+    if (key.size() < cmdsvc::kWordSize) {
+        dbg_trace("getv: failed to read key: %s", std::strerror(0));
+        return kRemoteFailed;
     }
-    if (std::fgetc(request) != '\n') {
+    if (channel.request().takeBytes(1) != "\n") {
         dbg_trace("getv: no trailing newline");
-        return false;
+        return kRemoteFailed;
     }
-    return true;
+    return kGood;
 }
 
-/// The value behind a key.
+/// The value of a key.
 /// @return null for an unknown key
 const char* valueOf(std::int32_t key)
 {
@@ -130,15 +117,12 @@ const char* valueOf(std::int32_t key)
     }
 }
 
-std::uint32_t tellValue()
+Status answerValue(Channel& channel, std::string_view key)
 {
-    KeyBytes bytes;
-    if (!readKey(bytes)) {
-        return kRemoteFailed;
-    }
-    const auto key = static_cast<std::int32_t>(core::getU32(bytes));
-    dbg_trace("key is %d", key);
-    const char* value = valueOf(key);
+    const auto number =
+        static_cast<std::int32_t>(core::getU32(std::span(key).first<cmdsvc::kWordSize>()));
+    dbg_trace("key is %d", number);
+    const char* value = valueOf(number);
     if (value == nullptr) {
         return kRemoteBadRequest;
     }
@@ -146,75 +130,89 @@ std::uint32_t tellValue()
         return kRemoteRefused;
     }
     dbg_trace("getv returning %s", value);
-    cmdsvc::writeAnswer("getv ");
-    cmdsvc::writeAnswer({bytes.data(), bytes.size()});
+    channel.write(channel.tag());
+    channel.write(key);
     std::fprintf(fout_buf, "\n%s\n", value);
-    return cmdsvc::kGood;
+    return kGood;
+}
+
+Status tellValue(Channel& channel)
+{
+    std::string_view key;
+    const Status status = takeKey(channel, key);
+    return (status == kGood) ? answerValue(channel, key) : status;
 }
 
 // ---- wags -------------------------------------------------------------------------------------
 
-void answerSwitch(const char* entity, bool isOn)
+void answerSwitch(Channel& channel, const char* entity, bool isOn)
 {
-    std::fprintf(fout_buf, "wags %s\n", entity);
-    cmdsvc::writeAnswer(isOn ? std::string_view("\1\n", 2) : std::string_view("\0\n", 2));
+    channel.write(channel.tag());
+    std::fprintf(fout_buf, "%s\n", entity);
+    channel.write(isOn ? std::string_view("\1\n", 2) : std::string_view("\0\n", 2));
 }
 
-std::uint32_t tellSystemAccess()
+Status tellSystemAccess(Channel& channel)
 {
     const char* value = getvar("raclient_raenabled");
     dbg_trace("wags system on: %s", value);
-    answerSwitch("system", value[0] == '1');
-    return cmdsvc::kGood;
+    answerSwitch(channel, "system", value[0] == '1');
+    return kGood;
 }
 
-std::uint32_t tellUserAccess()
+Status tellUserAccess(Channel& channel)
 {
-    Line user;
-    if (!core::readLine(cmdsvc::requestStream(), user)) {
+    ParameterLine user = channel.takeLine(cmdsvc::parameter("wags", "user"));
+    if (user.isMissing) {
         return kRemoteBadRequest;
     }
-    cmdsvc::cutNewline(user.data());
-    Line line;
-    core::formatBounded(line, "%s get \"%s\"", kSwitchProgram, user.data());
+    user.cutNewline();
+    SwitchLine line;
+    core::formatBounded(line, "%s get \"%s\"", kSwitchProgram, user.text());
     const ExitStatus status = exitStatusOf(core::runShellLine(line.data()).result);
     const bool isOn = status == 0;
     const bool isOff = status == 1;
     if (isOn || isOff) {
-        answerSwitch("user", isOn);
-        return cmdsvc::kGood;
+        answerSwitch(channel, "user", isOn);
+        return kGood;
     }
     return (status == 2) ? kRemoteRefused : kRemoteBadRequest;
 }
 
-std::uint32_t tellAccess()
+Status tellAccess(Channel& channel)
 {
-    Line entity;
-    errno = 0;
-    if (!core::readLine(cmdsvc::requestStream(), entity)) {
-        dbg_trace("failed to fgets entity %d", errno);
+    ParameterLine entity = channel.takeLine(cmdsvc::parameter("wags", "entity"));
+    if (entity.isMissing) {
+        dbg_trace("failed to fgets entity %d", 0);
         return kRemoteBadRequest;
     }
-    cmdsvc::cutNewline(entity.data());
-    dbg_trace("wags entity: %s", entity.data());
-    const std::string_view text = entity.data();
+    entity.cutNewline();
+    dbg_trace("wags entity: %s", entity.text());
+    const std::string_view text = entity.text();
     if (text == "system") {
-        return tellSystemAccess();
+        return tellSystemAccess(channel);
     }
-    return (text == "user") ? tellUserAccess() : kRemoteBadRequest;
+    return (text == "user") ? tellUserAccess(channel) : kRemoteBadRequest;
 }
 
 // ---- warp -------------------------------------------------------------------------------------
 
-std::uint32_t signUp()
+Status takeNewRegistration(Channel& channel, Registration& registration)
 {
-    // Its lines have always been a byte shorter than those of the other commands.
-    constexpr std::size_t kRoom = std::tuple_size_v<Line> - 1;
+    registration.user = channel.takeLine(cmdsvc::parameter("warp", "user"));
+    registration.first = channel.takeLine(cmdsvc::parameter("warp", "first value"));
+    registration.second = channel.takeLine(cmdsvc::parameter("warp", "second value"));
+    registration.user.cutNewline();
+    return registration.isWhole() ? kGood : kRemoteFailed;
+}
+
+Status signUp(Channel& channel)
+{
     Registration registration;
-    if (!readRegistration(registration, kRoom)) {
-        return kRemoteFailed;
+    const Status taken = takeNewRegistration(channel, registration);
+    if (taken != kGood) {
+        return taken;
     }
-    cmdsvc::cutNewline(registration.user.data());
     const pid_t child = ::fork();
     if (child == 0) {
         becomeRegisterProgram(registration);
@@ -231,8 +229,8 @@ std::uint32_t signUp()
     if (*status != 0) {
         return kRemoteRefused;
     }
-    answerDone("warp");
-    return cmdsvc::kGood;
+    answerDone(channel);
+    return kGood;
 }
 
 // ---- wasu -------------------------------------------------------------------------------------
@@ -241,27 +239,36 @@ enum class Switch { kOff = 0, kOn = 1, kOther };
 
 struct SwitchRequest {
     Registration registration;
-    Switch wanted;
+    Switch wanted = Switch::kOther;
 };
 
-bool readSwitch(SwitchRequest& request)
+Status takeSwitch(Channel& channel, Switch& wanted)
 {
-    Registration& registration = request.registration;
-    if (!readRegistration(registration, std::tuple_size_v<Line>)) {
-        return false;
+    const std::string_view flag = channel.request().takeBytes(1);
+    if (flag.empty() || channel.request().takeBytes(1) != "\n") {
+        return kRemoteFailed;
     }
-    const int flag = std::fgetc(cmdsvc::requestStream());
-    if (flag == EOF || std::fgetc(cmdsvc::requestStream()) != '\n') {
-        return false;
-    }
-    request.wanted = (flag == 0 || flag == 1) ? static_cast<Switch>(flag) : Switch::kOther;
-    for (Line* line : {&registration.user, &registration.first, &registration.second}) {
-        cmdsvc::cutNewline(line->data());
-    }
-    return true;
+    const std::uint8_t value = core::byteOf(flag[0]);
+    wanted = (value == 0 || value == 1) ? static_cast<Switch>(value) : Switch::kOther;
+    return kGood;
 }
 
-std::uint32_t judgeRegistering(int ended)
+Status takeSwitchRequest(Channel& channel, SwitchRequest& request)
+{
+    Registration& registration = request.registration;
+    registration.user = channel.takeLine(cmdsvc::parameter("wasu", "user"));
+    registration.first = channel.takeLine(cmdsvc::parameter("wasu", "first value"));
+    registration.second = channel.takeLine(cmdsvc::parameter("wasu", "second value"));
+    if (!registration.isWhole()) {
+        return kRemoteFailed;
+    }
+    for (ParameterLine* line : {&registration.user, &registration.first, &registration.second}) {
+        line->cutNewline();
+    }
+    return takeSwitch(channel, request.wanted);
+}
+
+Status judgeRegistering(Channel& channel, int ended)
 {
     const ExitStatus status = exitStatusOf(ended);
     if (!status) {
@@ -272,12 +279,12 @@ std::uint32_t judgeRegistering(int ended)
         dbg_trace("wasu %s exits with status %d", kRegisterProgram, *status);
         return kRemoteRefused;
     }
-    answerDone("wasu");
+    answerDone(channel);
     dbg_trace("wasu success");
-    return cmdsvc::kGood;
+    return kGood;
 }
 
-std::uint32_t switchOn(const Registration& registration)
+Status switchOn(Channel& channel, const Registration& registration)
 {
     const pid_t child = ::fork();
     if (child == -1) {
@@ -293,12 +300,12 @@ std::uint32_t switchOn(const Registration& registration)
         dbg_trace("wasu waitpid %s", std::strerror(errno));
         return kRemoteFailed;
     }
-    return judgeRegistering(ended);
+    return judgeRegistering(channel, ended);
 }
 
-std::uint32_t switchOff(const char* user)
+Status switchOff(Channel& channel, const char* user)
 {
-    Line line;
+    SwitchLine line;
     core::formatBounded(line, "%s set \"%s\" %s", kSwitchProgram, user, "off");
     dbg_trace("wasu system %s", line.data());
     const ExitStatus status = exitStatusOf(core::runShellLine(line.data()).result);
@@ -308,29 +315,30 @@ std::uint32_t switchOff(const char* user)
     }
     dbg_trace("wasu exited with status %d", *status);
     if (*status == 0) {
-        answerDone("wasu");
-        return cmdsvc::kGood;
+        answerDone(channel);
+        return kGood;
     }
     return (*status == 2) ? kRemoteRefused : kRemoteFailed;
 }
 
-std::uint32_t switchAccess()
+Status switchAccess(Channel& channel)
 {
     SwitchRequest request;
-    if (!readSwitch(request)) {
-        return kRemoteFailed;
+    const Status status = takeSwitchRequest(channel, request);
+    if (status != kGood) {
+        return status;
     }
     const Registration& registration = request.registration;
-    dbg_trace("wasu %s %s", registration.user.data(), registration.first.data());
+    dbg_trace("wasu %s %s", registration.user.text(), registration.first.text());
     switch (request.wanted) {
     case Switch::kOn:
-        return switchOn(registration);
+        return switchOn(channel, registration);
     case Switch::kOff:
-        return switchOff(registration.user.data());
+        return switchOff(channel, registration.user.text());
     case Switch::kOther:
         break;
     }
-    return cmdsvc::kGood; // and no answer at all
+    return kGood; // and no answer at all
 }
 
 } // namespace
@@ -338,20 +346,20 @@ std::uint32_t switchAccess()
 
 void cmd_getv(void)
 {
-    handlers::endUnlessGood(handlers::tellValue());
+    cmdsvc::serve(cmdsvc::command("getv"), handlers::tellValue);
 }
 
 void cmd_wags(void)
 {
-    handlers::endUnlessGood(handlers::tellAccess());
+    cmdsvc::serve(cmdsvc::command("wags"), handlers::tellAccess);
 }
 
 void cmd_warp(void)
 {
-    handlers::endUnlessGood(handlers::signUp());
+    cmdsvc::serve(cmdsvc::command("warp"), handlers::signUp);
 }
 
 void cmd_wasu(void)
 {
-    handlers::endUnlessGood(handlers::switchAccess());
+    cmdsvc::serve(cmdsvc::command("wasu"), handlers::switchAccess);
 }

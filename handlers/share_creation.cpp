@@ -1,191 +1,188 @@
 // SPDX-License-Identifier: MIT
 #include "handlers/share_creation.h"
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdint>
 #include <cstring>
 #include <string_view>
 
 #include "cmdsvc/channel.h"
-#include "cmdsvc/protocol.h"
-#include "core/bytes.h"
+#include "cmdsvc/commands.h"
+#include "cmdsvc/serve.h"
 #include "core/core.h"
+#include "handlers/reserved_names.h"
 #include "handlers/shares.h"
 #include "handlers/users.h"
 
 namespace handlers {
 namespace {
 
-using cmdsvc::requestLine;
-
-constexpr auto kReservedNames =
-    std::to_array<const char*>({".", "..", "config", "lost+found", "__mediabolic", "__mt-daapd",
-                                "__raclient", "__autoupdate"});
-
-// ---- What both commands refuse ----------------------------------------------------------------
-//
-// Each check gives back the code that the command ends with, or kGood.
-
-std::uint32_t checkShareSize()
-{
-    return (std::strlen(requestLine.data()) > cmdsvc::kLongestShareName) ? cmdsvc::kShareNameTooLong
-                                                                         : cmdsvc::kGood;
-}
-
-/// A check's code ends the command; nothing else is answered.
-bool passes(std::uint32_t code)
-{
-    if (code != cmdsvc::kGood) {
-        cmdsvc::endWithWord(code);
-    }
-    return code == cmdsvc::kGood;
-}
+using cmdsvc::Channel;
+using cmdsvc::Parameter;
+using cmdsvc::ParameterLine;
+using cmdsvc::Status;
+using enum cmdsvc::Status;
 
 // ---- pshr -------------------------------------------------------------------------------------
 
-void dropLastCharacter()
+constexpr Parameter kGuest = cmdsvc::parameter("pshr", "guest");
+constexpr Parameter kPublicShare = cmdsvc::parameter("pshr", "share");
+
+void dropLastCharacter(ParameterLine& line)
 {
-    const std::size_t size = std::strlen(requestLine.data());
+    const std::size_t size = std::strlen(line.text());
     if (size > 0) {
-        requestLine[size - 1] = '\0';
+        line.bytes[size - 1] = '\0';
     }
 }
 
-bool endsWithNewline()
+bool endsWithNewline(const ParameterLine& line)
 {
-    return std::string_view(requestLine.data()).ends_with('\n');
+    return std::string_view(line.text()).ends_with('\n');
 }
 
-/// Leaves the public share's name in the request line.
-std::uint32_t readPublicShare()
+/// Takes the line with the public share's name: the second, if the first is "guest".
+Status takePublicShare(Channel& channel, ParameterLine& share)
 {
-    cmdsvc::readParameterLine();
-    if (!cmdsvc::cutNewline()) {
-        return cmdsvc::kMalformed;
+    share = channel.takeLine(kGuest);
+    if (!share.cutNewline()) {
+        return kMalformed;
     }
-    if (std::string_view(requestLine.data()) == "guest") {
-        cmdsvc::readParameterLine();
-        if (!endsWithNewline()) {
-            return cmdsvc::kMalformed;
+    if (std::string_view(share.text()) == "guest") {
+        share = channel.takeLine(kPublicShare);
+        if (!endsWithNewline(share)) {
+            return kMalformed;
         }
     }
-    // The newline of a name behind "guest". A name that stands alone loses a character of its own,
-    // as it always has.
-    dropLastCharacter();
-    dbg_trace("cmd_pshr() sharename=%s", requestLine.data());
-    return checkShareSize();
+    // After "guest" this is the line's newline. A name that stands alone loses a character of its
+    // own, as it always has.
+    dropLastCharacter(share);
+    dbg_trace("cmd_pshr() sharename=%s", share.text());
+    return kPublicShare.isTooLong(std::strlen(share.text())) ? kPublicShare.limit.code : kGood;
 }
 
-std::uint32_t createPublicShare()
+Status checkPublicShare(const char* share)
 {
-    const core::Text share = core::copyText(requestLine.data());
-    if (!share) {
-        dbg_trace("cmd_pshr() allmem error=%s", std::strerror(errno));
-        return cmdsvc::kNoMemory;
-    }
-    switch (isShareNameExisted(share.get())) {
+    switch (isShareNameExisted(share)) {
     case -1:
-        return cmdsvc::kCommandFailed;
+        return kCommandFailed;
     case 1:
-        return cmdsvc::kShareNameTaken;
+        return kShareNameTaken;
     default:
-        break;
+        return (isNameAllowed(share) == 0) ? kShareNameTaken : kGood;
     }
-    if (isNameAllowed(share.get()) == 0) {
-        return cmdsvc::kShareNameTaken;
+}
+
+Status createPublicShare(Channel& channel)
+{
+    ParameterLine line;
+    Status status = takePublicShare(channel, line);
+    if (status != kGood) {
+        return status;
     }
-    return (create_shar(share.get(), "public") == 0) ? cmdsvc::kGood : cmdsvc::kCommandFailed;
+    core::Text share;
+    status = line.copyTo(share);
+    if (status != kGood) {
+        dbg_trace("cmd_pshr() allmem error=%s", std::strerror(errno));
+        return status;
+    }
+    status = checkPublicShare(share.get());
+    if (status != kGood) {
+        return status;
+    }
+    return (create_shar(share.get(), "public") == 0) ? kGood : kCommandFailed;
 }
 
 // ---- shar -------------------------------------------------------------------------------------
 
-/// Leaves the user's name in the request line.
-std::uint32_t readUser()
+constexpr Parameter kUser = cmdsvc::parameter("shar", "user");
+constexpr Parameter kPrivateShare = cmdsvc::parameter("shar", "share");
+
+Status takeUser(Channel& channel, core::Text& user)
 {
-    cmdsvc::readParameterLine();
-    if (!cmdsvc::cutNewline()) {
-        dbg_trace("cmd_shar=%s", requestLine.data());
-        return cmdsvc::kMalformed;
+    ParameterLine line = channel.takeLine(kUser);
+    if (!line.cutNewline()) {
+        dbg_trace("cmd_shar=%s", line.text());
+        return kMalformed;
     }
-    dbg_trace("cmd_shar() username=%s", requestLine.data());
-    return cmdsvc::kGood;
+    dbg_trace("cmd_shar() username=%s", line.text());
+    return line.copyTo(user);
 }
 
-std::uint32_t checkUser(const char* user)
+Status checkUser(const char* user)
 {
     if (isUserExisted(user) == 0) {
-        return cmdsvc::kNoSuchUser;
+        return kNoSuchUser;
     }
     if (isNameAllowed(user) == 0) {
         dbg_trace("cmd_shar() failed for user:'%s' reserved name for system", user);
-        return cmdsvc::kNoSuchUser;
+        return kNoSuchUser;
     }
-    return cmdsvc::kGood;
+    return kGood;
 }
 
-/// Leaves the private share's name in the request line.
-std::uint32_t readPrivateShare()
+Status takePrivateShare(Channel& channel, core::Text& share)
 {
-    cmdsvc::readParameterLine();
-    dbg_trace("cmd_shar() sharename: %s", requestLine.data());
-    if (!cmdsvc::cutNewline()) {
-        return cmdsvc::kMalformed;
+    ParameterLine line = channel.takeLine(kPrivateShare);
+    dbg_trace("cmd_shar() sharename: %s", line.text());
+    if (!line.cutNewline()) {
+        return kMalformed;
     }
-    dbg_trace("cmd_shar() sharename=%s", requestLine.data());
-    return checkShareSize();
+    dbg_trace("cmd_shar() sharename=%s", line.text());
+    if (kPrivateShare.isTooLong(std::strlen(line.text()))) {
+        return kPrivateShare.limit.code;
+    }
+    return line.copyTo(share);
 }
 
-std::uint32_t checkPrivateShare(const char* share)
+Status checkPrivateShare(const char* share)
 {
     switch (isShareNameExisted(share)) {
     case 1:
         dbg_trace("cmd_shar()share name existed: %s", share);
-        return cmdsvc::kShareNameTaken;
+        return kShareNameTaken;
     case -1:
-        return cmdsvc::kCommandFailed;
+        return kCommandFailed;
     default:
         break;
     }
     if (isNameAllowed(share) == 0) {
         dbg_trace("cmd_shar() failed for share:'%s' reserved name for system", share);
-        return cmdsvc::kShareNameTaken;
+        return kShareNameTaken;
     }
-    return cmdsvc::kGood;
+    return kGood;
 }
 
-/// Creates the share that the request line names, for a user.
-std::uint32_t createPrivateShare(const char* user)
+Status giveShare(const char* user, const char* share)
 {
-    const core::Text share = core::copyText(requestLine.data());
-    if (!share) {
-        return cmdsvc::kNoMemory;
+    if (create_shar(share, "private") != 0) {
+        return kCommandFailed;
     }
-    const std::uint32_t code = checkPrivateShare(share.get());
-    if (code != cmdsvc::kGood) {
-        return code;
+    if (setUserPrivilege(user, share) != 0) {
+        dbg_trace("cmd_shar() failed setUserPrivilege for share: %s, user:%s ", share, user);
+        return kCommandFailed;
     }
-    if (create_shar(share.get(), "private") != 0) {
-        return cmdsvc::kCommandFailed;
+    return kGood;
+}
+
+Status createPrivateShare(Channel& channel)
+{
+    core::Text user;
+    core::Text share;
+    Status status = takeUser(channel, user);
+    if (status == kGood) {
+        status = checkUser(user.get());
     }
-    if (setUserPrivilege(user, share.get()) != 0) {
-        dbg_trace("cmd_shar() failed setUserPrivilege for share: %s, user:%s ", share.get(), user);
-        return cmdsvc::kCommandFailed;
+    if (status == kGood) {
+        status = takePrivateShare(channel, share);
     }
-    return cmdsvc::kGood;
+    if (status == kGood) {
+        status = checkPrivateShare(share.get());
+    }
+    return (status == kGood) ? giveShare(user.get(), share.get()) : status;
 }
 
 } // namespace
 } // namespace handlers
-
-int isNameAllowed(const char* name)
-{
-    const bool isReserved = std::ranges::any_of(handlers::kReservedNames, [name](const char* each) {
-        return core::equalIgnoringCase(name, each);
-    });
-    return isReserved ? 0 : 1;
-}
 
 int create_shar(const char* share, const char* property)
 {
@@ -219,26 +216,10 @@ int setUserPrivilege(const char* user, const char* share)
 
 void cmd_pshr(void)
 {
-    using namespace handlers;
-
-    if (passes(readPublicShare()) && passes(createPublicShare())) {
-        cmdsvc::writeWord(cmdsvc::kGood);
-    }
+    cmdsvc::serve(cmdsvc::command("pshr"), handlers::createPublicShare);
 }
 
 void cmd_shar(void)
 {
-    using namespace handlers;
-
-    if (!passes(readUser())) {
-        return;
-    }
-    const core::Text user = core::copyText(requestLine.data());
-    if (!passes(user ? cmdsvc::kGood : cmdsvc::kNoMemory)) {
-        return;
-    }
-    if (passes(checkUser(user.get())) && passes(readPrivateShare()) &&
-        passes(createPrivateShare(user.get()))) {
-        cmdsvc::writeWord(cmdsvc::kGood);
-    }
+    cmdsvc::serve(cmdsvc::command("shar"), handlers::createPrivateShare);
 }

@@ -8,12 +8,6 @@
 #pragma GCC visibility push(default)
 extern "C" {
 
-/// Whether a name is free for people to use: the appliance keeps some folders to itself. Letters of
-/// both cases count as the same.
-///
-/// @return 1, or 0 for a reserved name
-int isNameAllowed(const char* name);
-
 /// Has the share script create a share.
 ///
 /// @param property  "public" or "private"

@@ -13,20 +13,22 @@
 #include <sys/stat.h>
 
 #include "cmdsvc/channel.h"
-#include "cmdsvc/protocol.h"
+#include "cmdsvc/commands.h"
+#include "cmdsvc/serve.h"
 #include "core/bytes.h"
 #include "core/core.h"
 
 namespace handlers {
 namespace {
 
+using cmdsvc::Channel;
 using cmdsvc::kWorkFile;
-using cmdsvc::requestLine;
+using cmdsvc::ParameterLine;
+using cmdsvc::Status;
+using enum cmdsvc::Status;
 
 constexpr const char* kBuildFile = "/etc/buildinfo.txt";
 constexpr const char* kPrivateFile = "/etc/pelconfig/vokcontrol/vokcontrol-private.txt";
-
-constexpr std::int32_t kChunkSize = static_cast<std::int32_t>(core::kLineSize);
 
 bool exists(const char* path)
 {
@@ -46,104 +48,134 @@ std::optional<std::int64_t> traceSize(const char* path)
     return status.st_size;
 }
 
-/// Opens a file for reading in the current-file slot, or ends with an error.
-FILE* openOrEnd(const char* path, std::uint32_t code)
+/// Opens a file for reading in the current-file slot.
+/// @param otherwise  the status if it cannot be opened
+Status openTraced(Channel& channel, const char* path, Status otherwise, FILE*& file)
 {
-    FILE* file = cmdsvc::openCurrentFile(path);
+    file = channel.openFile(path);
     if (file == nullptr) {
         dbg_trace("cannot open file %s: %s", path, std::strerror(errno));
-        cmdsvc::endWithError(code);
+        return otherwise;
     }
-    return file;
+    return kGood;
 }
 
 /// Closes the current file; traces when that fails.
-bool closeTraced(const char* path)
+bool closeTraced(Channel& channel, const char* path)
 {
-    if (cmdsvc::closeCurrentFile()) {
+    if (channel.closeFile()) {
         return true;
     }
     dbg_trace("cannot close file %s: %s", path, std::strerror(errno));
     return false;
 }
 
-/// Puts an answer's head into the request line.
-void putHead(std::string_view tag, std::uint32_t count)
-{
-    std::ranges::copy(tag, requestLine.begin());
-    requestLine[tag.size()] = ' ';
-    core::putU32(std::span(requestLine).subspan<cmdsvc::kCountOffset, cmdsvc::kWordSize>(), count);
-    requestLine[cmdsvc::kHeaderSize - 1] = '\n';
-}
-
 // ---- vers -------------------------------------------------------------------------------------
 
-/// Opens the build file, or ends with an error.
-FILE* openBuild()
+/// The build as one line. The longest answer has 4096 bytes, header and newline included.
+struct BuildLine {
+    std::array<char, core::kLineSize - cmdsvc::kHeaderSize> bytes = {};
+    std::size_t size = 0;
+};
+
+Status openBuild(Channel& channel, FILE*& file)
 {
-    constexpr std::int64_t kLargestBuild = core::kLineSize - cmdsvc::kHeaderSize - 1;
+    constexpr std::int64_t kLargestBuild = std::tuple_size_v<decltype(BuildLine::bytes)> - 1;
     static_assert(kLargestBuild == 4085);
     const std::optional<std::int64_t> size = traceSize(kBuildFile);
     if (!size) {
-        cmdsvc::endWithError(cmdsvc::kCannotStatBuild);
-        return nullptr;
+        return kCannotStatBuild;
     }
     if (*size == 0 || *size > kLargestBuild) {
-        cmdsvc::endWithError(cmdsvc::kBadBuildSize);
-        return nullptr;
+        return kBadBuildSize;
     }
-    return openOrEnd(kBuildFile, cmdsvc::kCannotOpenBuild);
+    return openTraced(channel, kBuildFile, kCannotOpenBuild, file);
 }
 
-/// Copies the build file behind the head, as one line, as far as there is room for it and a
-/// newline.
-/// @return the line's end
-std::size_t copyBuild(FILE* file)
+/// Reads the build file as one line, as far as there is room for it and a newline.
+void readBuild(FILE* file, BuildLine& line)
 {
-    std::size_t end = cmdsvc::kHeaderSize;
     while (true) {
         const int byte = std::fgetc(file);
         const char character = static_cast<char>(byte);
         const std::string_view text =
             (character == '\n') ? std::string_view(" - ") : std::string_view(&character, 1);
-        if (byte == EOF || byte == 0xFF || end + text.size() >= requestLine.size()) {
-            return end;
+        if (byte == EOF || byte == 0xFF || line.size + text.size() >= line.bytes.size()) {
+            return;
         }
-        std::ranges::copy(text, requestLine.begin() + static_cast<std::ptrdiff_t>(end));
-        end += text.size();
+        text.copy(&line.bytes[line.size], text.size());
+        line.size += text.size();
     }
+}
+
+Status tellBuild(Channel& channel)
+{
+    FILE* file = nullptr;
+    const Status status = openBuild(channel, file);
+    if (status != kGood) {
+        return status;
+    }
+    BuildLine line;
+    readBuild(file, line);
+    dbg_trace("end of file: idx=%d", static_cast<int>(cmdsvc::kHeaderSize + line.size));
+    if (!closeTraced(channel, kBuildFile)) {
+        return kCannotCloseBuild;
+    }
+    line.bytes[line.size] = '\n';
+    channel.writeHeader(1);
+    channel.write({line.bytes.data(), line.size + 1});
+    return kGood;
 }
 
 // ---- gpvt -------------------------------------------------------------------------------------
 
+/// What is read or sent of the private file at a time.
+using Chunk = std::array<char, core::kLineSize>;
+
 /// Sends the next bytes of the private file, zeros for those that it does not give.
-void sendChunk(FILE* file, std::size_t size)
+void sendChunk(Channel& channel, FILE* file, std::size_t size)
 {
-    requestLine.fill('\0');
-    if (std::fread(requestLine.data(), 1, size, file) < size) {
+    Chunk chunk = {};
+    if (std::fread(chunk.data(), 1, size, file) < size) {
         dbg_trace("cannot read file %s", kPrivateFile);
     }
-    dbg_trace("sending buffer %.*s", static_cast<int>(size), requestLine.data());
-    cmdsvc::writeAnswer({requestLine.data(), size});
+    dbg_trace("sending buffer %.*s", static_cast<int>(size), chunk.data());
+    channel.write({chunk.data(), size});
 }
 
-void sendPrivate(FILE* file, std::uint32_t size)
+void sendPrivate(Channel& channel, FILE* file, std::uint32_t size)
 {
-    putHead("gprt", 2);
-    core::putU32(std::span(requestLine).subspan<cmdsvc::kHeaderSize, cmdsvc::kWordSize>(), size);
-    constexpr std::size_t kHeadSize = cmdsvc::kHeaderSize + cmdsvc::kWordSize + 1;
-    requestLine[kHeadSize - 1] = '\n';
-    cmdsvc::writeAnswer({requestLine.data(), kHeadSize});
+    channel.writeHeader(2);
+    std::array<char, cmdsvc::kWordSize> word;
+    core::putU32(word, size);
+    channel.write({word.data(), word.size()});
+    channel.write("\n");
     for (std::uint32_t left = size; left > 0;) {
-        const std::uint32_t chunk = std::min<std::uint32_t>(left, kChunkSize);
-        sendChunk(file, chunk);
+        const std::uint32_t chunk = std::min<std::uint32_t>(left, std::tuple_size_v<Chunk>);
+        sendChunk(channel, file, chunk);
         left -= chunk;
     }
 }
 
+Status fetchPrivate(Channel& channel)
+{
+    const std::optional<std::int64_t> size = traceSize(kPrivateFile);
+    if (!size) {
+        return kNoPrivate;
+    }
+    if (*size == 0) {
+        return kPrivateEmpty;
+    }
+    FILE* file = nullptr;
+    const Status status = openTraced(channel, kPrivateFile, kCannotOpenPrivate, file);
+    if (status == kGood) {
+        sendPrivate(channel, file, static_cast<std::uint32_t>(*size));
+        closeTraced(channel, kPrivateFile);
+    }
+    return status;
+}
+
 // ---- spvt -------------------------------------------------------------------------------------
-//
-// Each step gives back the code that the command ends with, or kGood.
 
 void runMove(const char* from, const char* to)
 {
@@ -167,101 +199,102 @@ void restoreFormer()
     runMove(kWorkFile, kPrivateFile);
 }
 
-std::uint32_t dropFormer()
+Status dropFormer()
 {
     if (exists(kWorkFile) && std::remove(kWorkFile) != 0) {
         dbg_trace("cannot remove file %s: %s", kWorkFile, std::strerror(errno));
-        return cmdsvc::kCannotRemove;
+        return kCannotRemove;
     }
-    return cmdsvc::kGood;
+    return kGood;
 }
 
-/// Takes the next bytes of the request into the request line.
-bool receiveChunk(std::int32_t size)
+/// Writes the next bytes of the request into the new file.
+Status writeContent(FILE* file, std::string_view content)
 {
-    const std::size_t wanted = (size > 0) ? static_cast<std::size_t>(size) : 0;
-    const std::size_t received = std::fread(requestLine.data(), 1, wanted, cmdsvc::requestStream());
-    if (size < 0 || received < wanted) {
-        dbg_trace("cannot receive %d bytes from file %s", size, "fin_buf");
-        return false;
-    }
-    return true;
-}
-
-bool writeChunk(FILE* file, std::int32_t size)
-{
-    dbg_trace("writing buffer %.*s", size, requestLine.data());
-    const auto bytes = static_cast<std::size_t>(size);
-    if (std::fwrite(requestLine.data(), 1, bytes, file) < bytes) {
+    dbg_trace("writing buffer %.*s", static_cast<int>(content.size()), content.data());
+    if (std::fwrite(content.data(), 1, content.size(), file) < content.size()) {
         dbg_trace("cannot write file %s: %s", kPrivateFile, std::strerror(errno));
-        return false;
+        return kCannotWritePrivate;
     }
-    return true;
+    return kGood;
 }
 
-/// Copies the file's bytes from the request into the new file.
-std::uint32_t receiveFile(FILE* file, std::int32_t size)
+/// Copies the file's bytes from the request into the new file, in pieces of a buffer's size. The
+/// request is one buffer, so that a second piece is never whole.
+Status receiveFile(Channel& channel, FILE* file, std::int32_t size)
 {
+    constexpr auto kPiece = static_cast<std::int32_t>(VOK_REQUEST_SIZE);
     for (std::int32_t left = size; left != 0;) {
-        const std::int32_t chunk = std::min(left, kChunkSize);
-        if (!receiveChunk(chunk)) {
-            return cmdsvc::kTooLittleSent;
+        const std::int32_t piece = std::min(left, kPiece);
+        const auto wanted = static_cast<std::size_t>(std::max(piece, 0));
+        const std::string_view content = channel.request().takeBytes(wanted);
+        if (piece < 0 || content.size() < wanted) {
+            dbg_trace("cannot receive %d bytes from file %s", piece, "fin_buf");
+            return kTooLittleSent;
         }
-        if (!writeChunk(file, chunk)) {
-            return cmdsvc::kCannotWritePrivate;
+        const Status status = writeContent(file, content);
+        if (status != kGood) {
+            return status;
         }
-        left -= chunk;
+        left -= piece;
     }
-    return cmdsvc::kGood;
+    return kGood;
 }
 
-std::uint32_t checkEndMark()
+Status checkEndMark(Channel& channel)
 {
-    if (std::fgetc(cmdsvc::requestStream()) != '\n') {
+    if (channel.request().takeBytes(1) != "\n") {
         dbg_trace("Did not receive a newline after %s !", kPrivateFile);
-        return cmdsvc::kNoEndMark;
+        return kNoEndMark;
     }
-    return cmdsvc::kGood;
+    return kGood;
 }
 
 /// Makes the new file, its end mark seen.
-std::uint32_t makeFile(std::int32_t size)
+Status makeFile(Channel& channel, std::int32_t size)
 {
-    FILE* file = cmdsvc::openCurrentFile(kPrivateFile, "w+b");
+    FILE* file = channel.openFile(kPrivateFile, "w+b");
     if (file == nullptr) {
         dbg_trace("cannot open file %s: %s", kPrivateFile, std::strerror(errno));
-        return cmdsvc::kCannotCreatePrivate;
+        return kCannotCreatePrivate;
     }
-    const std::uint32_t code = receiveFile(file, size);
-    if (code != cmdsvc::kGood) {
-        cmdsvc::closeCurrentFile();
-        return code;
+    const Status status = receiveFile(channel, file, size);
+    if (status != kGood) {
+        channel.closeFile();
+        return status;
     }
-    return closeTraced(kPrivateFile) ? checkEndMark() : cmdsvc::kCannotClosePrivate;
+    return closeTraced(channel, kPrivateFile) ? checkEndMark(channel) : kCannotClosePrivate;
 }
 
-std::uint32_t replaceFile(std::int32_t size)
+Status replaceFile(Channel& channel, std::int32_t size)
 {
     keepFormer();
-    const std::uint32_t code = makeFile(size);
-    if (code != cmdsvc::kGood) {
+    const Status status = makeFile(channel, size);
+    if (status != kGood) {
         restoreFormer();
-        return code;
+        return status;
     }
     return dropFormer();
 }
 
-std::uint32_t readSize(std::int32_t& size)
+Status takeSize(Channel& channel, std::int32_t& size)
 {
-    cmdsvc::readParameterLine();
-    dbg_trace("_spvt: %s", requestLine.data());
-    if (requestLine[cmdsvc::kWordSize] != '\n') {
-        return cmdsvc::kMalformed;
+    const ParameterLine line = channel.takeLine(cmdsvc::parameter("spvt", "size"));
+    dbg_trace("_spvt: %s", line.text());
+    if (line.bytes[cmdsvc::kWordSize] != '\n') {
+        return kMalformed;
     }
     size =
-        static_cast<std::int32_t>(core::getU32(std::span(requestLine).first<cmdsvc::kWordSize>()));
+        static_cast<std::int32_t>(core::getU32(std::span(line.bytes).first<cmdsvc::kWordSize>()));
     dbg_trace("file size = %d", size);
-    return (size == 0) ? cmdsvc::kNothingSent : cmdsvc::kGood;
+    return (size == 0) ? kNothingSent : kGood;
+}
+
+Status keepPrivate(Channel& channel)
+{
+    std::int32_t size = 0;
+    const Status status = takeSize(channel, size);
+    return (status == kGood) ? replaceFile(channel, size) : status;
 }
 
 } // namespace
@@ -269,55 +302,15 @@ std::uint32_t readSize(std::int32_t& size)
 
 void cmd_vers(void)
 {
-    using namespace handlers;
-
-    putHead("vert", 1);
-    FILE* file = openBuild();
-    if (file == nullptr) {
-        return;
-    }
-    const std::size_t end = copyBuild(file);
-    dbg_trace("end of file: idx=%d", static_cast<int>(end));
-    if (!closeTraced(kBuildFile)) {
-        cmdsvc::endWithError(cmdsvc::kCannotCloseBuild);
-        return;
-    }
-    requestLine[end] = '\n';
-    cmdsvc::writeAnswer({requestLine.data(), end + 1});
+    cmdsvc::serve(cmdsvc::command("vers"), handlers::tellBuild);
 }
 
 void cmd_gpvt(void)
 {
-    using namespace handlers;
-
-    const std::optional<std::int64_t> size = traceSize(kPrivateFile);
-    if (!size) {
-        cmdsvc::endWithError(cmdsvc::kNoPrivate);
-        return;
-    }
-    if (*size == 0) {
-        cmdsvc::endWithError(cmdsvc::kPrivateEmpty);
-        return;
-    }
-    FILE* file = openOrEnd(kPrivateFile, cmdsvc::kCannotOpenPrivate);
-    if (file != nullptr) {
-        sendPrivate(file, static_cast<std::uint32_t>(*size));
-        closeTraced(kPrivateFile);
-    }
+    cmdsvc::serve(cmdsvc::command("gpvt"), handlers::fetchPrivate);
 }
 
 void cmd_spvt(void)
 {
-    using namespace handlers;
-
-    std::int32_t size = 0;
-    std::uint32_t code = readSize(size);
-    if (code == cmdsvc::kGood) {
-        code = replaceFile(size);
-    }
-    if (code != cmdsvc::kGood) {
-        cmdsvc::endWithWord(code);
-        return;
-    }
-    cmdsvc::writeWord(cmdsvc::kGood);
+    cmdsvc::serve(cmdsvc::command("spvt"), handlers::keepPrivate);
 }

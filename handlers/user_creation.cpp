@@ -1,68 +1,78 @@
 // SPDX-License-Identifier: MIT
 #include "handlers/user_creation.h"
 
-#include <array>
-#include <cstdint>
-#include <cstring>
 #include <string_view>
 
 #include "cmdsvc/channel.h"
-#include "cmdsvc/protocol.h"
+#include "cmdsvc/commands.h"
+#include "cmdsvc/serve.h"
 #include "core/bytes.h"
 #include "core/core.h"
-#include "handlers/share_creation.h"
+#include "handlers/reserved_names.h"
 #include "handlers/users.h"
 
 namespace handlers {
 namespace {
 
-using cmdsvc::requestLine;
+using cmdsvc::Channel;
+using cmdsvc::ParameterLine;
+using cmdsvc::Status;
+using enum cmdsvc::Status;
 
-constexpr std::size_t kLongestPassword = 32;
+constexpr cmdsvc::Parameter kUser = cmdsvc::parameter("crat", "user");
+constexpr cmdsvc::Parameter kPassword = cmdsvc::parameter("crat", "password");
 
-// Each step gives back the code that the command ends with, or kGood.
-
-/// Leaves the name in the request line.
-std::uint32_t readName()
+Status checkNameLine(ParameterLine& line)
 {
-    cmdsvc::readParameterLine();
-    if (!cmdsvc::cutNewline()) {
-        return cmdsvc::kMalformed;
+    if (!line.cutNewline()) {
+        return kMalformed;
     }
-    const std::string_view name(requestLine.data());
+    const std::string_view name(line.text());
     dbg_trace("cmd_crat() username=%s", name.data());
     for (const char c : name) {
         dbg_trace("0x%02X %c", static_cast<unsigned>(core::byteOf(c)), c);
     }
-    return (name.size() > cmdsvc::kLongestUserName) ? cmdsvc::kUserNameTooLong : cmdsvc::kGood;
+    return kUser.isTooLong(name.size()) ? kUser.limit.code : kGood;
 }
 
-std::uint32_t checkName(const char* name)
+Status checkName(const char* name)
 {
     switch (isUserExisted(name)) {
     case 0:
-        return (isNameAllowed(name) == 0) ? cmdsvc::kUserNameTaken : cmdsvc::kGood;
+        return (isNameAllowed(name) == 0) ? kUserNameTaken : kGood;
     case 1:
-        return cmdsvc::kUserNameTaken;
+        return kUserNameTaken;
     default:
-        return cmdsvc::kCommandFailed;
+        return kCommandFailed;
     }
 }
 
-/// Leaves the password in the request line.
-std::uint32_t readPassword()
+Status checkPasswordLine(ParameterLine& line)
 {
-    cmdsvc::readParameterLine();
-    if (!cmdsvc::cutNewline()) {
-        dbg_trace("Missing password: %s", requestLine.data());
-        return cmdsvc::kMalformed;
+    if (!line.cutNewline()) {
+        dbg_trace("Missing password: %s", line.text());
+        return kMalformed;
     }
-    const std::string_view password(requestLine.data());
+    const std::string_view password(line.text());
     dbg_trace("password=%s", password.data());
-    return (password.size() > kLongestPassword) ? cmdsvc::kPasswordTooLong : cmdsvc::kGood;
+    return kPassword.isTooLong(password.size()) ? kPassword.limit.code : kGood;
 }
 
-std::uint32_t addUser(const char* name, const char* password)
+Status takeName(Channel& channel, core::Text& name)
+{
+    ParameterLine line = channel.takeLine(kUser);
+    const Status status = checkNameLine(line);
+    return (status == kGood) ? line.copyTo(name) : status;
+}
+
+Status takePassword(Channel& channel, core::Text& password)
+{
+    ParameterLine line = channel.takeLine(kPassword);
+    const Status status = checkPasswordLine(line);
+    return (status == kGood) ? line.copyTo(password) : status;
+}
+
+Status addUser(const char* name, const char* password)
 {
     core::CommandLine line;
     core::formatBounded(line, "%s tovAddUser '%s' '%s'", core::kUserScript, name, password);
@@ -70,32 +80,23 @@ std::uint32_t addUser(const char* name, const char* password)
     dbg_trace("create_user: %s -- iRet:%d", line.data(), run.result);
     if (!core::succeeded(run)) {
         dbg_trace("cannot create user %s", name);
-        return cmdsvc::kUserNotCreated;
+        return kUserNotCreated;
     }
-    return cmdsvc::kGood;
+    return kGood;
 }
 
-std::uint32_t createUser(const char* name)
+Status createUser(Channel& channel)
 {
-    std::uint32_t code = checkName(name);
-    if (code == cmdsvc::kGood) {
-        code = readPassword();
+    core::Text name;
+    core::Text password;
+    Status status = takeName(channel, name);
+    if (status == kGood) {
+        status = checkName(name.get());
     }
-    if (code != cmdsvc::kGood) {
-        return code;
+    if (status == kGood) {
+        status = takePassword(channel, password);
     }
-    const core::Text password = core::copyText(requestLine.data());
-    return password ? addUser(name, password.get()) : cmdsvc::kNoMemory;
-}
-
-std::uint32_t readAndCreateUser()
-{
-    const std::uint32_t code = readName();
-    if (code != cmdsvc::kGood) {
-        return code;
-    }
-    const core::Text name = core::copyText(requestLine.data());
-    return name ? createUser(name.get()) : cmdsvc::kNoMemory;
+    return (status == kGood) ? addUser(name.get(), password.get()) : status;
 }
 
 } // namespace
@@ -103,10 +104,5 @@ std::uint32_t readAndCreateUser()
 
 void cmd_crat(void)
 {
-    const std::uint32_t code = handlers::readAndCreateUser();
-    if (code != cmdsvc::kGood) {
-        cmdsvc::endWithWord(code);
-        return;
-    }
-    cmdsvc::writeWord(cmdsvc::kGood);
+    cmdsvc::serve(cmdsvc::command("crat"), handlers::createUser);
 }

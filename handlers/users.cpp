@@ -12,12 +12,17 @@
 #include <unistd.h>
 
 #include "cmdsvc/channel.h"
-#include "cmdsvc/protocol.h"
+#include "cmdsvc/serve.h"
 #include "core/core.h"
 #include "handlers/name_list.h"
 
 namespace handlers {
 namespace {
+
+using cmdsvc::Channel;
+using cmdsvc::kWorkFile;
+using cmdsvc::Status;
+using enum cmdsvc::Status;
 
 constexpr std::string_view kGuest = "guest";
 
@@ -92,18 +97,19 @@ constexpr NameSearch kUserSearch = {
 
 // ---- lstu -------------------------------------------------------------------------------------
 
-/// A quoted text of the list, in the request line: the opening quote, the name, and then a zero
-/// byte in place of the closing quote, at this index.
+/// A quoted text of the list: the opening quote, the name, and a zero byte in place of the closing
+/// quote.
 struct Token {
-    std::size_t closing;
+    std::array<char, core::kLineSize> text = {};
+    std::size_t closing = 0; ///< where the closing quote would be
 
-    [[nodiscard]] const char* name() const { return cmdsvc::requestLine.data() + 1; }
+    [[nodiscard]] const char* name() const { return text.data() + 1; }
     [[nodiscard]] bool isGuest() const { return name() == kGuest; }
 };
 
 /// Reads the list character by character up to the end of the next quoted text. Text outside quotes
-/// is passed over; of one that is too long for the line, the rest is.
-/// @return false at the end of the list, for which a byte 0xFF counts, too
+/// is passed over; of one that is too long for the token, the rest is.
+/// @return false at the end of the list; a byte 0xFF counts as its end, too
 bool nextToken(FILE* list, Token& token)
 {
     std::size_t index = 0;
@@ -114,12 +120,12 @@ bool nextToken(FILE* list, Token& token)
         }
         const bool isQuote = character == '"';
         if (isQuote && index > 0) {
-            cmdsvc::requestLine[index] = '\0';
+            token.text[index] = '\0';
             token.closing = index;
             return true;
         }
-        if ((isQuote || index > 0) && index < cmdsvc::requestLine.size() - 1) {
-            cmdsvc::requestLine[index] = static_cast<char>(character);
+        if ((isQuote || index > 0) && index < token.text.size() - 1) {
+            token.text[index] = static_cast<char>(character);
             ++index;
         }
     }
@@ -128,7 +134,7 @@ bool nextToken(FILE* list, Token& token)
 std::uint32_t countUsers(FILE* list)
 {
     std::uint32_t count = 0;
-    Token token{};
+    Token token;
     while (nextToken(list, token)) {
         dbg_trace("comparing user: %s", token.name());
         if (!token.isGuest()) {
@@ -140,89 +146,96 @@ std::uint32_t countUsers(FILE* list)
     return count;
 }
 
-void reportUsers(FILE* list)
+void reportUsers(Channel& channel, FILE* list)
 {
-    Token token{};
+    Token token;
     while (nextToken(list, token)) {
         if (token.isGuest()) {
             continue;
         }
         dbg_trace("reporting user %s -- %d", token.name(), static_cast<int>(token.closing));
         std::puts(token.name());
-        cmdsvc::requestLine[token.closing] = '\n';
-        cmdsvc::writeAnswer({token.name(), token.closing});
+        token.text[token.closing] = '\n';
+        channel.write({token.name(), token.closing});
     }
 }
 
-/// Opens the list in the current-file slot, or ends with an error.
-FILE* openList()
+FILE* openList(Channel& channel)
 {
-    FILE* list = cmdsvc::openCurrentFile(cmdsvc::kWorkFile);
+    FILE* list = channel.openFile(kWorkFile);
     if (list == nullptr) {
-        dbg_trace("cannot open file %s: %s", cmdsvc::kWorkFile, std::strerror(errno));
-        cmdsvc::endWithError(cmdsvc::kCannotOpen);
+        dbg_trace("cannot open file %s: %s", kWorkFile, std::strerror(errno));
     }
     return list;
 }
 
-/// Closes the list, or ends with an error.
-bool closeList()
+Status closeList(Channel& channel)
 {
-    if (cmdsvc::closeCurrentFile()) {
-        return true;
+    if (channel.closeFile()) {
+        return kGood;
     }
-    dbg_trace("cannot close file %s: %s", cmdsvc::kWorkFile, std::strerror(errno));
-    cmdsvc::endWithError(cmdsvc::kCannotClose);
-    return false;
+    dbg_trace("cannot close file %s: %s", kWorkFile, std::strerror(errno));
+    return kCannotClose;
 }
 
-/// Whether there is a list to read; ends with an error where there is none.
-bool checkList()
+/// Whether there is a list to read.
+Status checkList()
 {
     struct stat status = {};
-    if (::stat(cmdsvc::kWorkFile, &status) != 0) {
-        dbg_trace("cannot stat file %s", cmdsvc::kWorkFile);
-        cmdsvc::endWithError(cmdsvc::kCannotStat);
-        return false;
+    if (::stat(kWorkFile, &status) != 0) {
+        dbg_trace("cannot stat file %s", kWorkFile);
+        return kCannotStat;
     }
-    dbg_trace("file %s size = %d bytes", cmdsvc::kWorkFile, static_cast<int>(status.st_size));
-    if (status.st_size == 0) {
-        cmdsvc::endWithError(cmdsvc::kUserListEmpty);
-        return false;
-    }
-    return true;
+    dbg_trace("file %s size = %d bytes", kWorkFile, static_cast<int>(status.st_size));
+    return (status.st_size == 0) ? kUserListEmpty : kGood;
 }
 
 /// First pass: the number of users goes ahead of their names.
-bool answerCount()
+Status answerCount(Channel& channel)
 {
-    FILE* list = openList();
+    FILE* list = openList(channel);
     if (list == nullptr) {
-        return false;
+        return kCannotOpen;
     }
     const std::uint32_t count = countUsers(list);
-    if (!closeList()) {
-        return false;
+    const Status status = closeList(channel);
+    if (status == kGood) {
+        channel.writeHeader(count);
     }
-    cmdsvc::writeHeader("lsut", count);
-    return true;
+    return status;
 }
 
-/// Second pass. An error is answered behind what has been written by then.
-void answerNames()
+/// Second pass. An error is answered after what has been written by then.
+Status answerNames(Channel& channel)
 {
-    FILE* list = openList();
+    FILE* list = openList(channel);
     if (list == nullptr) {
-        return;
+        return kCannotOpen;
     }
-    reportUsers(list);
-    if (!closeList()) {
-        return;
+    reportUsers(channel, list);
+    return closeList(channel);
+}
+
+Status removeList()
+{
+    if (std::remove(kWorkFile) != 0) {
+        dbg_trace("cannot remove file %s: %s", kWorkFile, std::strerror(errno));
+        return kCannotRemove;
     }
-    if (std::remove(cmdsvc::kWorkFile) != 0) {
-        dbg_trace("cannot remove file %s: %s", cmdsvc::kWorkFile, std::strerror(errno));
-        cmdsvc::endWithError(cmdsvc::kCannotRemove);
+    return kGood;
+}
+
+Status listUsers(Channel& channel)
+{
+    getUsersList(kWorkFile);
+    Status status = checkList();
+    if (status == kGood) {
+        status = answerCount(channel);
     }
+    if (status == kGood) {
+        status = answerNames(channel);
+    }
+    return (status == kGood) ? removeList() : status;
 }
 
 } // namespace
@@ -268,10 +281,5 @@ int isUserExisted(const char* name)
 
 void cmd_lstu(void)
 {
-    using namespace handlers;
-
-    getUsersList(cmdsvc::kWorkFile);
-    if (checkList() && answerCount()) {
-        answerNames();
-    }
+    cmdsvc::serve(cmdsvc::command("lstu"), handlers::listUsers);
 }

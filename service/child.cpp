@@ -122,7 +122,7 @@ std::string readFile(const std::string& path)
 
 Outcome makeOutcome(Ending ending)
 {
-    const auto answer = [ending](std::uint32_t code) {
+    const auto answer = [ending](cmdsvc::Status code) {
         const cmdsvc::StatusBytes status = cmdsvc::statusBytes(cmdsvc::kServiceCode, code);
         return Outcome{ending, {status.begin(), status.end()}};
     };

@@ -5,12 +5,12 @@
 #include <array>
 #include <unistd.h>
 
+#include "cmdsvc/request_reader.h"
+
 namespace service {
 namespace {
 
-constexpr std::size_t kCodeSize = 4;
-constexpr std::size_t kCountOffset = 5;
-constexpr std::size_t kCountSize = 4;
+using cmdsvc::kCodeSize;
 
 bool isPlain(char c)
 {
@@ -29,16 +29,6 @@ std::string showCode(std::string_view code)
         shown += {kDigits[byte >> 4U], kDigits[byte & 0x0FU]};
     }
     return shown;
-}
-
-std::uint32_t countOf(std::string_view request)
-{
-    std::uint32_t count = 0;
-    for (std::size_t i = 0; i < kCountSize && kCountOffset + i < request.size(); ++i) {
-        count |= static_cast<std::uint32_t>(static_cast<unsigned char>(request[kCountOffset + i]))
-                 << (8U * i);
-    }
-    return count;
 }
 
 std::string_view showEnding(Ending ending)
@@ -64,7 +54,7 @@ std::string describe(int number, std::string_view request, const Outcome& outcom
                      std::chrono::milliseconds taken)
 {
     return std::to_string(number) + " " + showCode(request.substr(0, kCodeSize)) +
-           " count=" + std::to_string(countOf(request)) +
+           " count=" + std::to_string(cmdsvc::countOf(request)) +
            " answer=" + std::to_string(outcome.answer.size()) +
            " ms=" + std::to_string(taken.count()) + std::string(showEnding(outcome.ending));
 }

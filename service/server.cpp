@@ -52,7 +52,7 @@ asio::awaitable<void> send(Socket& socket, std::string bytes, std::chrono::secon
 }
 
 /// A status of the service's own.
-std::string serviceStatus(std::uint32_t code)
+std::string serviceStatus(cmdsvc::Status code)
 {
     const cmdsvc::StatusBytes status = cmdsvc::statusBytes(cmdsvc::kServiceCode, code);
     return {status.begin(), status.end()};
@@ -70,7 +70,7 @@ asio::awaitable<void> discard(Socket& socket)
 
 /// Sends a client away. What it still has to say is taken in for a while: a socket that is closed
 /// over bytes that nobody has read resets the connection, and the client would not learn why.
-asio::awaitable<void> turnAway(Socket& socket, std::uint32_t code, std::chrono::seconds time)
+asio::awaitable<void> turnAway(Socket& socket, cmdsvc::Status code, std::chrono::seconds time)
 {
     co_await send(socket, serviceStatus(code), time);
     asio::error_code ignored;

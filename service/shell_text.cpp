@@ -2,6 +2,12 @@
 #include "service/shell_text.h"
 
 #include <algorithm>
+#include <span>
+#include <string>
+
+#include "cmdsvc/protocol.h"
+#include "cmdsvc/request_reader.h"
+#include "core/bytes.h"
 
 namespace service {
 namespace {
@@ -100,23 +106,54 @@ bool isClock(std::string_view text)
     return std::ranges::all_of(text, [](char c) { return isDigit(c) || c == '.'; });
 }
 
+/// A user's name of the byte 0xFF would end every list of users at its place.
+bool isNewUserName(std::string_view text)
+{
+    return isName(text) && text.find('\xFF') == std::string_view::npos;
+}
+
+/// Some clients escape what a shell would read; the handler drops every backslash.
+bool isEscapedName(std::string_view text)
+{
+    std::string kept(text);
+    std::erase(kept, '\\');
+    return isName(kept);
+}
+
+/// A trace shows a size as text. One that a request can hold is two characters at most, which say
+/// nothing to the shell.
+bool isSize(std::string_view line)
+{
+    const bool isWhole = line.size() > cmdsvc::kWordSize;
+    return isWhole && core::getU32(std::span(line).first<cmdsvc::kWordSize>()) < VOK_REQUEST_SIZE;
+}
+
 } // namespace
 
-bool isHarmless(std::string_view text, Place place)
+bool isHarmless(std::string_view parameter, cmdsvc::ShellContext context)
 {
-    switch (place) {
-    case Place::kNowhere:
+    const std::string_view text = cmdsvc::textOf(parameter);
+    switch (context) {
+    case cmdsvc::ShellContext::kNowhere:
         return true;
-    case Place::kDoubleQuotes:
+    case cmdsvc::ShellContext::kDoubleQuotes:
         return isHarmlessInDoubleQuotes(text);
-    case Place::kSingleQuotes:
+    case cmdsvc::ShellContext::kSingleQuotes:
         return isHarmlessInSingleQuotes(text);
-    case Place::kName:
+    case cmdsvc::ShellContext::kName:
         return isName(text);
-    case Place::kWord:
+    case cmdsvc::ShellContext::kNameLine:
+        return isName(cmdsvc::withoutNewline(text));
+    case cmdsvc::ShellContext::kNewUser:
+        return isNewUserName(text);
+    case cmdsvc::ShellContext::kWord:
         return isWord(text);
-    case Place::kClock:
+    case cmdsvc::ShellContext::kClock:
         return isClock(text);
+    case cmdsvc::ShellContext::kEscaped:
+        return isEscapedName(text);
+    case cmdsvc::ShellContext::kSize:
+        return isHarmlessInDoubleQuotes(text) || isSize(parameter);
     }
     return false;
 }

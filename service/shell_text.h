@@ -6,21 +6,12 @@
 
 #include <string_view>
 
+#include "cmdsvc/commands.h"
+
 namespace service {
 
-/// Where a parameter's text ends up. In every place but the first it may be traced, too, which puts
-/// it between double quotes.
-enum class Place {
-    kNowhere,      ///< no shell ever sees it
-    kDoubleQuotes, ///< between double quotes
-    kSingleQuotes, ///< between single quotes
-    kName, ///< in all of them: between single quotes, between double ones and, where those are
-           ///< traced, outside of them; and in a file name
-    kWord, ///< without quotes, as an argument
-    kClock ///< the same, of a time
-};
-
-/// Whether a text means nothing but itself to the shell in this place.
-[[nodiscard]] bool isHarmless(std::string_view text, Place place);
+/// Whether a parameter means nothing but itself to the shell in its context. It is looked at as C
+/// functions see it, up to its first zero byte.
+[[nodiscard]] bool isHarmless(std::string_view parameter, cmdsvc::ShellContext context);
 
 } // namespace service

@@ -17,10 +17,10 @@
 #include <unistd.h>
 
 #include "cmdsvc/protocol.h"
+#include "cmdsvc/request_reader.h"
 #include "core/bytes.h"
 #include "service/log.h"
 #include "service/private_file.h"
-#include "service/request_reader.h"
 
 namespace service {
 namespace {
@@ -124,12 +124,13 @@ std::string_view show(Repair repair)
 std::optional<std::string> uploadedFile(std::string_view request)
 {
     constexpr char kCount = 2;
-    RequestReader reader(request);
-    const std::string_view line(reader.firstLine().data(), reader.firstLine().size());
+    const cmdsvc::RequestBuffer buffer = cmdsvc::bufferOf(request);
+    cmdsvc::RequestReader reader(buffer);
+    const std::string_view line = reader.firstLine();
     if (!line.starts_with("spvt") || line[cmdsvc::kCountOffset] != kCount) {
         return std::nullopt;
     }
-    const std::string_view sizeLine = reader.takeLine(VOK_REQUEST_SIZE - 1);
+    const std::string_view sizeLine = reader.takeLine(cmdsvc::kLineRoom);
     if (sizeLine.size() != cmdsvc::kWordSize + 1 || !sizeLine.ends_with('\n')) {
         return std::nullopt;
     }

@@ -2,15 +2,13 @@
 #include "service/log.h"
 
 #include <algorithm>
-#include <array>
 #include <unistd.h>
+
+#include "cmdsvc/protocol.h"
+#include "core/bytes.h"
 
 namespace service {
 namespace {
-
-constexpr std::size_t kCodeSize = 4;
-constexpr std::size_t kCountOffset = 5;
-constexpr std::size_t kCountSize = 4;
 
 bool isPlain(char c)
 {
@@ -19,7 +17,7 @@ bool isPlain(char c)
 
 std::string showCode(std::string_view code)
 {
-    if (code.size() == kCodeSize && std::ranges::all_of(code, isPlain)) {
+    if (code.size() == cmdsvc::kCodeSize && std::ranges::all_of(code, isPlain)) {
         return std::string(code);
     }
     constexpr std::string_view kDigits = "0123456789abcdef";
@@ -29,16 +27,6 @@ std::string showCode(std::string_view code)
         shown += {kDigits[byte >> 4U], kDigits[byte & 0x0FU]};
     }
     return shown;
-}
-
-std::uint32_t countOf(std::string_view request)
-{
-    std::uint32_t count = 0;
-    for (std::size_t i = 0; i < kCountSize && kCountOffset + i < request.size(); ++i) {
-        count |= static_cast<std::uint32_t>(static_cast<unsigned char>(request[kCountOffset + i]))
-                 << (8U * i);
-    }
-    return count;
 }
 
 std::string_view showEnding(Ending ending)
@@ -63,8 +51,8 @@ std::string_view showEnding(Ending ending)
 std::string describe(int number, std::string_view request, const Outcome& outcome,
                      std::chrono::milliseconds taken)
 {
-    return std::to_string(number) + " " + showCode(request.substr(0, kCodeSize)) +
-           " count=" + std::to_string(countOf(request)) +
+    return std::to_string(number) + " " + showCode(request.substr(0, cmdsvc::kCodeSize)) +
+           " count=" + std::to_string(core::u32At(request, cmdsvc::kCountOffset)) +
            " answer=" + std::to_string(outcome.answer.size()) +
            " ms=" + std::to_string(taken.count()) + std::string(showEnding(outcome.ending));
 }

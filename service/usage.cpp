@@ -1,28 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "service/usage.h"
 
-#include <algorithm>
 #include <fstream>
 #include <new>
 #include <stdexcept>
 #include <sys/mman.h>
 
+#include "core/bytes.h"
+
 namespace service {
-namespace {
-
-constexpr std::size_t kCodeSize = 4;
-
-/// The request's first four bytes, as the counter takes them; what is missing counts as zero.
-std::uint32_t codeOf(std::string_view request)
-{
-    std::uint32_t code = 0;
-    for (std::size_t i = 0; i < std::min(kCodeSize, request.size()); ++i) {
-        code |= static_cast<std::uint32_t>(static_cast<unsigned char>(request[i])) << (8U * i);
-    }
-    return code;
-}
-
-} // namespace
 
 Usage::Usage()
 {
@@ -45,7 +31,7 @@ void Usage::count(std::string_view request)
         init_cmd_buffer(&shared_->table);
         shared_->isRead = true;
     }
-    save_cmd_cnt(&shared_->table, &shared_->lastSave, codeOf(request));
+    save_cmd_cnt(&shared_->table, &shared_->lastSave, core::u32At(request, 0));
 }
 
 void Usage::save() const

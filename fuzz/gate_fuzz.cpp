@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A request as the service looks at it, and its text in every place that a shell could see.
+// A request as the service looks at it, and its text in every context of a shell.
 #include "fuzz/fuzz.h"
 #include "service/gate.h"
 #include "service/shell_text.h"
@@ -15,10 +15,10 @@ void checkRefusal(const service::Refusal& refusal)
 
 void judgeText(std::string_view text)
 {
-    using enum service::Place;
-    for (const service::Place place :
+    using enum service::ShellContext;
+    for (const service::ShellContext context :
          {kNowhere, kDoubleQuotes, kSingleQuotes, kName, kWord, kClock}) {
-        [[maybe_unused]] const bool isHarmless = service::isHarmless(text, place);
+        [[maybe_unused]] const bool isHarmless = service::isHarmless(text, context);
     }
 }
 

@@ -97,9 +97,9 @@ std::string_view lookAtName(RequestReader& reader)
 
 using Check = bool (*)(std::string_view parameter);
 
-template <Place place> bool fits(std::string_view parameter)
+template <ShellContext context> bool fits(std::string_view parameter)
 {
-    return isHarmless(parameter, place);
+    return isHarmless(parameter, context);
 }
 
 /// A trace shows a size as text. One that a request can hold is two characters at most, which say
@@ -107,20 +107,20 @@ template <Place place> bool fits(std::string_view parameter)
 bool isSize(std::string_view line)
 {
     const bool isWhole = line.size() > cmdsvc::kWordSize;
-    return isHarmless(textOf(line), Place::kDoubleQuotes) ||
+    return isHarmless(textOf(line), ShellContext::kDoubleQuotes) ||
            (isWhole && core::getU32(std::span(line).first<cmdsvc::kWordSize>()) < VOK_REQUEST_SIZE);
 }
 
 /// A file's bytes are traced as far as they are text.
 bool isFileContent(std::string_view bytes)
 {
-    return isHarmless(textOf(bytes), Place::kDoubleQuotes);
+    return isHarmless(textOf(bytes), ShellContext::kDoubleQuotes);
 }
 
 /// A name in a line that ended early keeps what follows it.
 bool isNameLine(std::string_view line)
 {
-    return isHarmless(line.substr(0, line.find('\n')), Place::kName) &&
+    return isHarmless(line.substr(0, line.find('\n')), ShellContext::kName) &&
            line.find('\n') >= line.size() - std::min<std::size_t>(1, line.size());
 }
 
@@ -129,13 +129,13 @@ bool isEscapedName(std::string_view name)
 {
     std::string kept(name);
     std::erase(kept, '\\');
-    return isHarmless(kept, Place::kName);
+    return isHarmless(kept, ShellContext::kName);
 }
 
 /// A user's name of this byte would end every list of users at its place.
 bool isUserName(std::string_view name)
 {
-    return isHarmless(name, Place::kName) && name.find('\xFF') == std::string_view::npos;
+    return isHarmless(name, ShellContext::kName) && name.find('\xFF') == std::string_view::npos;
 }
 
 /// The handler traces each byte with a shell line of its own before it looks at the size.
@@ -216,12 +216,12 @@ struct Row {
 };
 
 // clang-format off
-constexpr Check kNowhere = fits<Place::kNowhere>;
-constexpr Check kInDoubleQuotes = fits<Place::kDoubleQuotes>;
-constexpr Check kInSingleQuotes = fits<Place::kSingleQuotes>;
-constexpr Check kName = fits<Place::kName>;
-constexpr Check kWord = fits<Place::kWord>;
-constexpr Check kClock = fits<Place::kClock>;
+constexpr Check kNowhere = fits<ShellContext::kNowhere>;
+constexpr Check kInDoubleQuotes = fits<ShellContext::kDoubleQuotes>;
+constexpr Check kInSingleQuotes = fits<ShellContext::kSingleQuotes>;
+constexpr Check kName = fits<ShellContext::kName>;
+constexpr Check kWord = fits<ShellContext::kWord>;
+constexpr Check kClock = fits<ShellContext::kClock>;
 
 /// Every command that takes parameters.
 constexpr auto kTable = std::to_array<Row>({

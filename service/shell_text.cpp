@@ -102,20 +102,20 @@ bool isClock(std::string_view text)
 
 } // namespace
 
-bool isHarmless(std::string_view text, Place place)
+bool isHarmless(std::string_view text, ShellContext context)
 {
-    switch (place) {
-    case Place::kNowhere:
+    switch (context) {
+    case ShellContext::kNowhere:
         return true;
-    case Place::kDoubleQuotes:
+    case ShellContext::kDoubleQuotes:
         return isHarmlessInDoubleQuotes(text);
-    case Place::kSingleQuotes:
+    case ShellContext::kSingleQuotes:
         return isHarmlessInSingleQuotes(text);
-    case Place::kName:
+    case ShellContext::kName:
         return isName(text);
-    case Place::kWord:
+    case ShellContext::kWord:
         return isWord(text);
-    case Place::kClock:
+    case ShellContext::kClock:
         return isClock(text);
     }
     return false;

@@ -8,9 +8,9 @@
 
 namespace service {
 
-/// Where a parameter's text ends up. In every place but the first it may be traced, too, which puts
-/// it between double quotes.
-enum class Place {
+/// Where a parameter's text ends up. In every context but the first it may be traced, too, which
+/// puts it between double quotes.
+enum class ShellContext {
     kNowhere,      ///< no shell ever sees it
     kDoubleQuotes, ///< between double quotes
     kSingleQuotes, ///< between single quotes
@@ -20,7 +20,7 @@ enum class Place {
     kClock ///< the same, of a time
 };
 
-/// Whether a text means nothing but itself to the shell in this place.
-[[nodiscard]] bool isHarmless(std::string_view text, Place place);
+/// Whether a text means nothing but itself to the shell in this context.
+[[nodiscard]] bool isHarmless(std::string_view text, ShellContext context);
 
 } // namespace service

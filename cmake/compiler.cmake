@@ -38,8 +38,7 @@ if(VOKCONTROL_COVERAGE)
 endif()
 
 # The module runs on small appliances: no exceptions, no run-time type information, nothing linked
-# that it does not use, and nothing exported that is not declared so (the compiler's own templates
-# included).
+# that it does not use.
 function(vok_module_options target)
   target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti $<$<CONFIG:Release>:-O2>)
   if(VOKCONTROL_COVERAGE)
@@ -47,9 +46,13 @@ function(vok_module_options target)
   endif()
   get_target_property(type ${target} TYPE)
   if(NOT type STREQUAL "OBJECT_LIBRARY")
-    target_link_options(${target} PRIVATE LINKER:--as-needed
-                        LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)
-    set_property(TARGET ${target} APPEND PROPERTY
-                 LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+    target_link_options(${target} PRIVATE LINKER:--as-needed)
   endif()
+endfunction()
+
+# What other programs find in a product: the names in cmake/exports.map.
+function(vok_export_operations target)
+  set(names ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+  target_link_options(${target} PRIVATE LINKER:--version-script=${names})
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${names})
 endfunction()

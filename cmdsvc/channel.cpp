@@ -90,8 +90,7 @@ std::size_t Channel::write(std::string_view bytes)
 
 void Channel::writeWord(Status status)
 {
-    std::array<char, kWordSize> bytes;
-    core::putU32(bytes, wordOf(status));
+    const auto bytes = core::u32Bytes(wordOf(status));
     write({bytes.data(), bytes.size()});
 }
 

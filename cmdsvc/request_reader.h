@@ -43,26 +43,16 @@ using RequestBuffer = std::array<char, VOK_REQUEST_SIZE>;
     return text.ends_with('\n') ? text.substr(0, text.size() - 1) : text;
 }
 
-/// Four bytes of a request as a word. Bytes that it is too short for count as zeros.
-[[nodiscard]] constexpr std::uint32_t wordAt(std::string_view request, std::size_t offset)
-{
-    std::array<char, kWordSize> bytes = {};
-    if (offset < request.size()) {
-        request.substr(offset).copy(bytes.data(), bytes.size());
-    }
-    return core::getU32(bytes);
-}
-
 /// The command's code as the word that travels.
 [[nodiscard]] constexpr std::uint32_t codeOf(std::string_view request)
 {
-    return wordAt(request, 0);
+    return core::u32At(request, 0);
 }
 
 /// The parameter count that the request says, all 32 bits of it.
 [[nodiscard]] constexpr std::uint32_t countOf(std::string_view request)
 {
-    return wordAt(request, kCountOffset);
+    return core::u32At(request, kCountOffset);
 }
 
 /// Reads a request from its first line on. What it returns are parts of the buffer, which must

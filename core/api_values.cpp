@@ -17,19 +17,19 @@ using Value = std::array<char, kValueSize>;
 /// Room for a line with any value that came with a request.
 using ApiLine = std::array<char, kLineSize + 256>;
 
-/// How an accessor tells what it does.
-enum class Report { kTrace, kComment, kNone };
+/// Who is told what an accessor does.
+enum class Audience { kTrace, kComment, kNone };
 
-[[gnu::format(printf, 2, 3)]] void tell(Report report, const char* format, ...)
+[[gnu::format(printf, 2, 3)]] void report(Audience audience, const char* format, ...)
 {
     std::array<char, kMessageSize> message;
     std::va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(message.data(), message.size(), format, arguments);
+    vformatBounded(message, format, arguments);
     va_end(arguments);
-    if (report == Report::kTrace) {
+    if (audience == Audience::kTrace) {
         dbg_trace("%s", message.data());
-    } else if (report == Report::kComment) {
+    } else if (audience == Audience::kComment) {
         printComment("%s", message.data());
     }
 }
@@ -48,35 +48,36 @@ void extract(FILE* output, const char* key, Value& value)
 }
 
 /// Runs a line that ends in the name of its output file, and reads that.
-Value ask(const char* command, const char* outputPath, const char* key, Report report)
+Value ask(const char* command, const char* outputPath, const char* key, Audience audience)
 {
     Value value{};
     const ShellRun run = runShellLine(command);
     if (!succeeded(run)) {
-        tell(report, "getSysVar failed: %s -- iRet: %d", command, run.result);
+        report(audience, "getSysVar failed: %s -- iRet: %d", command, run.result);
         return value;
     }
-    tell(report, "getSysVar(): %s -- iRet: %d", command, run.result);
+    report(audience, "getSysVar(): %s -- iRet: %d", command, run.result);
 
     File output = openFile(outputPath, "r");
     if (!output) {
-        tell(report, "getSysVar failed: open file %s -- err: %s", outputPath, std::strerror(errno));
+        report(audience, "getSysVar failed: open file %s -- err: %s", outputPath,
+               std::strerror(errno));
         std::remove(outputPath);
         return value;
     }
     extract(output.get(), key, value);
     output.reset();
     std::remove(outputPath);
-    tell(report, "getSysVar retBuf:%s", value.data());
+    report(audience, "getSysVar retBuf:%s", value.data());
     return value;
 }
 
-Value askSystemScript(const char* apiFunction, const char* key, Report report)
+Value askSystemScript(const char* apiFunction, const char* key, Audience audience)
 {
     const WorkFileName output = workFileName("getSysVar");
     ApiLine command;
     formatBounded(command, "%s %s %s", kSystemScript, apiFunction, output.data());
-    return ask(command.data(), output.data(), key, report);
+    return ask(command.data(), output.data(), key, audience);
 }
 
 } // namespace
@@ -85,14 +86,14 @@ Value askSystemScript(const char* apiFunction, const char* key, Report report)
 const char* getSysVar(const char* key, const char* apiFunction)
 {
     static core::Value value;
-    value = core::askSystemScript(apiFunction, key, core::Report::kTrace);
+    value = core::askSystemScript(apiFunction, key, core::Audience::kTrace);
     return value.data();
 }
 
 const char* kytegetSysVar(const char* key, const char* apiFunction)
 {
     static core::Value value;
-    value = core::askSystemScript(apiFunction, key, core::Report::kNone);
+    value = core::askSystemScript(apiFunction, key, core::Audience::kNone);
     return value.data();
 }
 
@@ -102,7 +103,7 @@ const char* kyteGetVar(const char* command, const char* key)
     const core::WorkFileName output = core::workFileName("getSysVar");
     core::ApiLine line;
     core::formatBounded(line, "%s %s", command, output.data());
-    value = core::ask(line.data(), output.data(), key, core::Report::kComment);
+    value = core::ask(line.data(), output.data(), key, core::Audience::kComment);
     return value.data();
 }
 

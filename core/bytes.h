@@ -6,6 +6,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -24,11 +25,19 @@ constexpr void putU16(std::span<char, 2> out, std::uint16_t value)
     out[1] = static_cast<char>(value >> 8U);
 }
 
+/// The bytes of 32 bits.
+[[nodiscard]] constexpr std::array<char, 4> u32Bytes(std::uint32_t value)
+{
+    std::array<char, 4> bytes{};
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = static_cast<char>((value >> (8U * i)) & 0xFFU);
+    }
+    return bytes;
+}
+
 constexpr void putU32(std::span<char, 4> out, std::uint32_t value)
 {
-    for (std::size_t i = 0; i < out.size(); ++i) {
-        out[i] = static_cast<char>((value >> (8U * i)) & 0xFFU);
-    }
+    std::ranges::copy(u32Bytes(value), out.begin());
 }
 
 [[nodiscard]] constexpr std::uint16_t getU16(std::span<const char, 2> in)
@@ -43,6 +52,15 @@ constexpr void putU32(std::span<char, 4> out, std::uint32_t value)
         value |= static_cast<std::uint32_t>(byteOf(in[i])) << (8U * i);
     }
     return value;
+}
+
+/// The 32 bits that begin at an offset. Bytes behind the end count as zero.
+[[nodiscard]] constexpr std::uint32_t u32At(std::string_view bytes, std::size_t offset)
+{
+    std::array<char, 4> word{};
+    const std::string_view rest = bytes.substr(std::min(offset, bytes.size()), word.size());
+    std::ranges::copy(rest, word.begin());
+    return getU32(word);
 }
 
 [[nodiscard]] constexpr bool isAsciiAlphanumeric(std::uint8_t value)

@@ -11,7 +11,7 @@ void core::printComment(const char* format, ...)
 
     std::va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(message.data(), message.size(), format, arguments);
+    vformatBounded(message, format, arguments);
     va_end(arguments);
 
     std::printf("//<!-- %s-->\n", message.data());

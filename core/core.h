@@ -7,6 +7,7 @@
 #pragma once
 
 #include <array>
+#include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -52,15 +53,15 @@ inline constexpr std::size_t kCommandSize = 2048;
 /// Room for such a line.
 using CommandLine = std::array<char, kCommandSize>;
 
-/// The scratch buffer for shell lines and for the lines that come back. Its content never survives
-/// a call into another operation.
-extern CommandLine commandBuffer;
-
 // ---- Formatting -------------------------------------------------------------------------------
 
 /// Formats as printf does into a fixed buffer. Text that does not fit is cut; the result always
 /// ends in a NUL (an empty buffer is left alone).
 [[gnu::format(printf, 2, 3)]] void formatBounded(std::span<char> out, const char* format, ...);
+
+/// The same, for functions that take such arguments themselves.
+[[gnu::format(printf, 2, 0)]] void vformatBounded(std::span<char> out, const char* format,
+                                                  std::va_list arguments);
 
 // ---- Numbers ----------------------------------------------------------------------------------
 

@@ -3,5 +3,3 @@
 
 char fin_buf[VOK_REQUEST_SIZE];
 FILE* fout_buf = nullptr;
-
-core::CommandLine core::commandBuffer;

@@ -30,7 +30,7 @@ int dbg_trace(const char* format, ...)
 
     std::va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(message.data(), message.size(), format, arguments);
+    core::vformatBounded(message, format, arguments);
     va_end(arguments);
 
     const char* redirection = (firstTrace != 0) ? ">" : ">>";

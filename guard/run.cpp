@@ -86,8 +86,8 @@ void closeAllButStreams()
 {
     closeAllButStreams();
     resetSignals();
-    const std::array<const char*, 4> arguments = {"sh", "-c", line, nullptr};
-    const std::array<const char*, 4> environment = {path, "HOME=/", "LC_ALL=C", nullptr};
+    const auto arguments = std::to_array<const char*>({"sh", "-c", line, nullptr});
+    const auto environment = std::to_array<const char*>({path, "HOME=/", "LC_ALL=C", nullptr});
     errno = callersError;
     ::execve(kShell, const_cast<char**>(arguments.data()), const_cast<char**>(environment.data()));
     ::_exit(kNoShell);

@@ -32,8 +32,8 @@ std::optional<std::string_view> textBefore(std::string_view line, std::string_vi
 bool writeLine(int file, std::string_view text)
 {
     char newline = '\n';
-    const std::array<iovec, 2> pieces = {
-        {{const_cast<char*>(text.data()), text.size()}, {&newline, 1}}};
+    const auto pieces =
+        std::to_array<iovec>({{const_cast<char*>(text.data()), text.size()}, {&newline, 1}});
     return ::writev(file, pieces.data(), pieces.size()) == static_cast<ssize_t>(text.size() + 1);
 }
 

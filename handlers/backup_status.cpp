@@ -234,8 +234,7 @@ bool takeStatus(Table& table)
 /// Leaves a mark for whoever waits for a first status.
 void markServed()
 {
-    std::array<char, cmdsvc::kWordSize> one;
-    core::putU32(one, 1);
+    const auto one = core::u32Bytes(1);
     const core::File mark = core::openFile("/tmp/bkstart", "w");
     if (mark) {
         std::fwrite(one.data(), 1, one.size(), mark.get());

@@ -146,8 +146,7 @@ void sendChunk(Channel& channel, FILE* file, std::size_t size)
 void sendPrivate(Channel& channel, FILE* file, std::uint32_t size)
 {
     channel.writeHeader(2);
-    std::array<char, cmdsvc::kWordSize> word;
-    core::putU32(word, size);
+    const auto word = core::u32Bytes(size);
     channel.write({word.data(), word.size()});
     channel.write("\n");
     for (std::uint32_t left = size; left > 0;) {

@@ -12,14 +12,13 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "cmdsvc/protocol.h"
 #include "guard/guard.h"
+#include "service/whole_file.h"
 #include "vokcontrol.h"
 
 namespace service {
@@ -83,7 +82,7 @@ bool placeDescriptors(const Start& start, int log)
 }
 
 /// Brings the child into the state that a request finds, whatever the service has open or handles.
-bool settle(const Start& start, const std::string& path)
+bool prepare(const Start& start, const std::string& path)
 {
     ::setpgid(0, 0);
     if (!dieWithService(start.service)) {
@@ -103,19 +102,13 @@ bool settle(const Start& start, const std::string& path)
 
 /// The child's whole life. It ends through exit(), which completes an answer that is still open,
 /// and never comes back.
-[[noreturn]] void live(const Task& task, const Start& start, const std::string& path)
+[[noreturn]] void runChild(const Task& task, const Start& start, const std::string& path)
 {
-    if (!settle(start, path)) {
+    if (!prepare(start, path)) {
         ::_exit(kCannotStart);
     }
     task();
     std::exit(0);
-}
-
-std::string readFile(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 } // namespace
@@ -159,7 +152,7 @@ Child::Child(const Task& task, int number, const std::string& path, int kept)
     const Start start = {::getpid(), ends[1], kept};
     pid_ = ::fork();
     if (pid_ == 0) {
-        live(task, start, path);
+        runChild(task, start, path);
     }
     ::close(ends[1]);
     lifeline_ = ends[0];
@@ -213,7 +206,7 @@ asio::awaitable<Outcome> Child::finish(std::chrono::seconds timeout)
     const bool isGood = reap();
     Outcome outcome = makeOutcome(isTimedOut ? Ending::kTimedOut : Ending::kFailed);
     if (!isTimedOut && isGood) {
-        outcome = {Ending::kFinished, readFile(answerPath_)};
+        outcome = {Ending::kFinished, readWholeFile(answerPath_)};
     }
     ::unlink(answerPath_.c_str());
     co_return outcome;

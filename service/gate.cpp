@@ -117,8 +117,7 @@ const LateCheck* findFailedCheck(const RequestReader& reader, const Command& com
 
 std::string wordBytes(Status code)
 {
-    std::array<char, cmdsvc::kWordSize> bytes;
-    core::putU32(bytes, cmdsvc::wordOf(code));
+    const auto bytes = core::u32Bytes(cmdsvc::wordOf(code));
     return {bytes.begin(), bytes.end()};
 }
 

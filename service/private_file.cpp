@@ -197,7 +197,7 @@ bool isDone(const auto& way)
 /// The repair but for the saved file's removal.
 Repair decide(const Plan& plan)
 {
-    const Seen now = look(kPrivateFile);
+    const Seen now = inspect(kPrivateFile);
     if (now == plan.former) {
         return Repair::kFormerStayed;
     }
@@ -234,7 +234,7 @@ std::string describeFile(const std::string& path, Links links)
     return "other " + std::to_string(status.st_mode) + " " + std::to_string(status.st_rdev);
 }
 
-Seen look(const std::string& path)
+Seen inspect(const std::string& path)
 {
     return {describeFile(path, Links::kAsTheyAre), describeFile(path, Links::kFollowed)};
 }

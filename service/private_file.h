@@ -24,7 +24,7 @@ struct Seen {
     std::string content; ///< links followed
     bool operator==(const Seen&) const = default;
 };
-[[nodiscard]] Seen look(const std::string& path);
+[[nodiscard]] Seen inspect(const std::string& path);
 
 /// What an upload was about to do when it was cut off.
 struct Plan {

@@ -159,15 +159,15 @@ asio::awaitable<void> Server::serve(Socket socket)
     if (!request) {
         co_return;
     }
-    co_await turn_.acquire();
+    co_await queue_.acquire();
     if (isStopping_) {
-        turn_.release();
+        queue_.release();
         co_return;
     }
     ++inHand_;
     std::string bytes = co_await answer(std::move(*request));
     // From here on a slow client holds up nobody.
-    turn_.release();
+    queue_.release();
     co_await send(socket, std::move(bytes), limits_.send);
     --inHand_;
     endServing();

@@ -13,7 +13,7 @@
 #include "service/child.h"
 #include "service/listener.h"
 #include "service/peer.h"
-#include "service/turn.h"
+#include "service/request_queue.h"
 #include "service/upload.h"
 #include "service/usage.h"
 
@@ -55,7 +55,7 @@ class Server {
     Admission admission_;
     Limits limits_;
     std::string path_;
-    Turn turn_;
+    RequestQueue queue_;
     Usage usage_;
     Upload upload_;
     int lastNumber_ = 0;

@@ -9,8 +9,6 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
 #include <span>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -21,6 +19,7 @@
 #include "core/bytes.h"
 #include "service/log.h"
 #include "service/private_file.h"
+#include "service/whole_file.h"
 
 namespace service {
 namespace {
@@ -66,12 +65,6 @@ pid_t groupOf(int note)
     pid_t group = 0;
     std::from_chars(digits.data(), digits.data() + std::max<ssize_t>(size, 0), group);
     return group;
-}
-
-std::string readFile(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 bool writeOut(int file, std::string_view bytes)
@@ -158,7 +151,7 @@ bool Upload::begin(const std::string& fresh)
     const std::string made = madePath();
     descriptor_ = ::open(made.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, kNoteMode);
     const bool isNoted = descriptor_ >= 0 && ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0 &&
-                         writeOut(descriptor_, encode({look(kPrivateFile), fresh})) &&
+                         writeOut(descriptor_, encode({inspect(kPrivateFile), fresh})) &&
                          ::rename(made.c_str(), path_.c_str()) == 0;
     if (!isNoted) {
         log("cannot note an upload in " + path_ + ": " + std::strerror(errno) +
@@ -202,7 +195,7 @@ bool Upload::repair() const
         log("an upload that was cut off still runs; its private file cannot be repaired yet");
         return false;
     }
-    const std::optional<Plan> plan = decode(readFile(path_));
+    const std::optional<Plan> plan = decode(readWholeFile(path_));
     const Repair repair = plan ? repairPrivateFile(*plan) : Repair::kFormerStayed;
     log("an upload was cut off: " + std::string(show(repair)));
     if (repair == Repair::kFailed) {

@@ -22,12 +22,12 @@ constexpr std::string_view kInternal = "<sharelocation>int";
 /// Has the share script write its listing into a file.
 bool fetchListing(const char* listing)
 {
-    char* command = core::commandBuffer.data();
-    core::formatBounded(core::commandBuffer, "%s tovGetShareList %s", core::kShareScript, listing);
-    dbg_trace("share_info sys(%s)", command);
-    const core::ShellRun run = core::runShellLine(command);
+    core::CommandLine command;
+    core::formatBounded(command, "%s tovGetShareList %s", core::kShareScript, listing);
+    dbg_trace("share_info sys(%s)", command.data());
+    const core::ShellRun run = core::runShellLine(command.data());
     if (!core::succeeded(run) && !core::reapedElsewhere(run)) {
-        dbg_trace("share_info: failed system(%s) iRet:%d (error: %s)", command, run.result,
+        dbg_trace("share_info: failed system(%s) iRet:%d (error: %s)", command.data(), run.result,
                   std::strerror(run.error));
         return false;
     }
@@ -57,11 +57,11 @@ int writeFragment(FILE* listing, FILE* fragment)
 {
     int count = 0;
     std::array<char, core::kCommandSize> name{};
-    char* line = core::commandBuffer.data();
-    while (core::readLine(listing, core::commandBuffer)) {
-        if (holdsName(line)) {
-            takeName(line, name);
-        } else if (std::strstr(line, kInternal.data()) != nullptr) {
+    core::CommandLine line;
+    while (core::readLine(listing, line)) {
+        if (holdsName(line.data())) {
+            takeName(line.data(), name);
+        } else if (std::strstr(line.data(), kInternal.data()) != nullptr) {
             std::fprintf(fragment, (count == 0) ? "return [\"%s\"" : "\"%s\"", name.data());
             dbg_trace("share_info() -- found share:%s", name.data());
             name[0] = '\0';

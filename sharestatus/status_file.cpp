@@ -25,7 +25,7 @@ core::File openForPublishing()
 }
 
 /// Reads the start of the file in one read.
-void look(FILE* file, StatusImage& image)
+void readStart(FILE* file, StatusImage& image)
 {
     const ssize_t got = ::pread(::fileno(file), image.bytes.data(), image.bytes.size(), 0);
     image.size = (got > 0) ? static_cast<std::size_t>(got) : 0;
@@ -67,10 +67,10 @@ bool loadStatus(StatusImage& image)
         return false;
     }
     StatusImage earlier;
-    look(file.get(), image);
+    readStart(file.get(), image);
     for (int looks = 1; looks < kMostLooks; ++looks) {
         earlier = image;
-        look(file.get(), image);
+        readStart(file.get(), image);
         if (image.text() == earlier.text()) {
             return true;
         }

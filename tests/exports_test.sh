@@ -3,11 +3,12 @@
 #
 # usage: exports_test.sh BUILD
 #
-# What other programs find in the module's dynamic symbol tables: the operations by their names, and
-# nothing besides; what the module needs of others; and whose system() its lines arrive at.
+# What other programs find in the module's dynamic symbol tables: the operations that cmake/exports.map
+# names, and nothing besides; what the module needs of others; and whose system() its lines arrive at.
 set -eu
 
 build=$1
+source=$(dirname "$0")/..
 failures=0
 
 # expect WHAT EXPECTED ACTUAL
@@ -18,83 +19,28 @@ expect() {
     fi
 }
 
-# What AddressSanitizer adds of its own does not count.
 defined() {
-    nm -D --defined-only "$1" | sed 's/.* //' | grep -v '^__odr_asan' | LC_ALL=C sort
+    nm -D --defined-only "$1" | sed 's/.* //' | LC_ALL=C sort
 }
 
-operations='GetInternalDiskCap
-GetTovHDDS
-GetUserBkStatus
-GetUserCapUsage
-ParseShareInfo
-Read_Status_file
-SendReturnStatus
-_Z15GetUserCapUsagePKcPiPc
-checkNtPassword
-closeSmbPasswd
-cmd_crat
-cmd_frst
-cmd_getv
-cmd_gps1
-cmd_gpsn
-cmd_gpvt
-cmd_grst
-cmd_gsp1
-cmd_gspc
-cmd_gub1
-cmd_host
-cmd_lsts
-cmd_lstu
-cmd_pshr
-cmd_qlps
-cmd_shar
-cmd_spvt
-cmd_sub1
-cmd_subs
-cmd_vers
-cmd_wags
-cmd_wall
-cmd_warp
-cmd_wasu
-create_shar
-dbg_trace
-fin_buf
-fout_buf
-getBuildInfo
-getDriveInfos
-getInternalHDDDev
-getInternalHDDIndex
-getSysVar
-getSystemVar
-getUsersList
-getvar
-init_cmd_buffer
-isNameAllowed
-isShareNameExisted
-isUserExisted
-kyteGetVar
-kytegetSysVar
-openSmbPasswd
-printNextPage
-printTovHDDs
-process_command
-readSmbPasswdEntry
-removeFile
-rewindSmbPasswd
-save_cmd_cnt
-setSysVar
-setUserPrivilege
-setvar
-share_info
-startPelStatus
-tideWaveFunc'
+# What headers declare visible, by its name in C.
+declared() {
+    sed -n '/visibility push(default)/,/visibility pop/ {
+        s/^\[\[.*\]\] //
+        s/^[A-Za-z][^(]*[ *]\([A-Za-z_0-9]*\)(.*/\1/p
+        s/^extern [^"]*[ *]\([A-Za-z_0-9]*\)[[;].*/\1/p
+    }' "$source"/*/*.h | LC_ALL=C sort -u
+}
 
-linkers='^(_(start|init|fini|end|edata|bss_end__|IO_stdin_used)|__(data_start|bss_start(__)?|bss_end__|end__)|data_start)$'
+operations=$(sed -n 's/^        \([A-Za-z_0-9]*\);$/\1/p' "$source/cmake/exports.map" | LC_ALL=C sort)
+linkers=$(sed -n 's|^        \([A-Za-z_0-9]*\); *\/\* linker \*/$|\1|p' "$source/cmake/exports.map")
+
+expect 'the list of exports has what the headers declare' "$(declared)" \
+    "$(printf '%s\n' "$operations" | grep -v '^_Z')"
 expect 'the library defines the operations and nothing else' \
     "$operations" "$(defined "$build/libvokcontrol.so")"
 expect 'the executable defines them too, besides what the linker adds' \
-    "$operations" "$(defined "$build/vokcontrol" | grep -vE "$linkers")"
+    "$operations" "$(defined "$build/vokcontrol" | grep -vxF "$linkers")"
 
 for product in libvokcontrol.so vokcontrol; do
     expect "$product needs libcrypto and the run-time alone" '' \

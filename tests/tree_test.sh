@@ -4,7 +4,8 @@
 # usage: tree_test.sh BUILD
 #
 # The tests mirror the sources: each source file of the module, its guard, client and pages has its test,
-# each test file is built into a test, and none is switched off.
+# each test file is built into a test, and none is switched off. And no folder includes what the table in
+# docs/architecture.md does not allow it.
 set -eu
 build=$(cd "$1" && pwd)
 cd "$(dirname "$0")/.."
@@ -33,5 +34,7 @@ done
 if grep -nE 'DISABLED_|GTEST_SKIP' tests/*/*_test.cpp; then
     complain 'these tests are switched off'
 fi
+
+scripts/include-arrows || complain 'docs/architecture.md does not allow these'
 
 exit $((failures > 0))

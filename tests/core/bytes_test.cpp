@@ -22,6 +22,7 @@ TEST(Bytes, thirtyTwoBitsAreLeastSignificantFirst)
     core::putU32(out, 0xF1E2D3C4);
     EXPECT_EQ(std::string(out.begin(), out.end()), "\xC4\xD3\xE2\xF1");
     EXPECT_EQ(core::getU32(out), 0xF1E2D3C4U);
+    EXPECT_EQ(core::u32Bytes(0xF1E2D3C4), out);
 }
 
 TEST(Bytes, limitsComeBack)
@@ -31,6 +32,23 @@ TEST(Bytes, limitsComeBack)
         core::putU32(out, value);
         EXPECT_EQ(core::getU32(out), value);
     }
+}
+
+TEST(Bytes, wordIsTakenFromAnyOffset)
+{
+    const std::string_view bytes = "\x01\xF2\x03\xF4\x05";
+    EXPECT_EQ(core::u32At(bytes, 0), 0xF403F201U);
+    EXPECT_EQ(core::u32At(bytes, 1), 0x05F403F2U);
+}
+
+TEST(Bytes, missingBytesOfAWordAreZero)
+{
+    const std::string_view bytes = "\x01\xF2\x03\xF4\x05";
+    EXPECT_EQ(core::u32At(bytes, 2), 0x0005F403U);
+    EXPECT_EQ(core::u32At(bytes, 4), 5U);
+    EXPECT_EQ(core::u32At(bytes, 5), 0U);
+    EXPECT_EQ(core::u32At(bytes, 6), 0U);
+    EXPECT_EQ(core::u32At("", 0), 0U);
 }
 
 TEST(Bytes, alphanumericIsWhatTheCLocaleSaysForEveryByte)

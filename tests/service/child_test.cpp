@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -112,6 +113,14 @@ TEST_F(ServiceChild, answerOfAnEarlierServiceIsNeverCollected)
     root::stub("php", killChild("KILL"));
     EXPECT_EQ(run(frame("lstu", 0)).answer, serviceStatus(kFailed));
     EXPECT_FALSE(root::exists("/tmp/outbuf5"));
+}
+
+TEST_F(ServiceChild, folderInTheAnswersPlaceIsNoAnswer)
+{
+    ASSERT_EQ(::mkdir("/tmp/outbuf5", 0700), 0);
+    const Outcome outcome = run(frame("lstu", 0));
+    EXPECT_EQ(outcome.ending, Ending::kFinished);
+    EXPECT_EQ(outcome.answer, "");
 }
 
 TEST_F(ServiceChild, answerThatACrashCutsShortIsNotCollected)

@@ -11,10 +11,10 @@ namespace fs = std::filesystem;
 namespace {
 
 using service::describeFile;
+using service::inspect;
 using service::kPrivateFile;
 using service::kSavedFile;
 using service::Links;
-using service::look;
 using service::Plan;
 using service::Repair;
 using service::repairPrivateFile;
@@ -49,20 +49,20 @@ TEST_F(FileDescription, linkHasItsTargetOrIsFollowed)
     fs::create_symlink("two\nlines", kPath);
     EXPECT_EQ(describeFile(kPath, Links::kAsTheyAre), "link two lines") << "in one line";
     EXPECT_EQ(describeFile(kPath, Links::kFollowed), "file 3 " + kDigestOfAbc);
-    EXPECT_EQ(look(kPath), (Seen{"link two lines", "file 3 " + kDigestOfAbc}));
+    EXPECT_EQ(inspect(kPath), (Seen{"link two lines", "file 3 " + kDigestOfAbc}));
 }
 
 TEST_F(FileDescription, linkToNothingIsALinkAndNoFile)
 {
     fs::create_symlink("nowhere", kPath);
-    EXPECT_EQ(look(kPath), (Seen{"link nowhere", "none"}));
+    EXPECT_EQ(inspect(kPath), (Seen{"link nowhere", "none"}));
 }
 
 TEST_F(FileDescription, folderIsNoFile)
 {
     fs::create_directory(kPath);
     fs::permissions(kPath, fs::perms(0700));
-    EXPECT_EQ(look(kPath), (Seen{"other 16832 0", "other 16832 0"}));
+    EXPECT_EQ(inspect(kPath), (Seen{"other 16832 0", "other 16832 0"}));
 }
 
 // ---- A repair ---------------------------------------------------------------------------------
@@ -73,7 +73,7 @@ class FileRepair : public root::Test {
     static Plan planOver(const std::string& former)
     {
         root::writeFile(kPrivateFile, former);
-        return {look(kPrivateFile), kNew};
+        return {inspect(kPrivateFile), kNew};
     }
 
     static void expectRepaired(const Plan& plan, Repair repair, const std::string& content)

@@ -21,24 +21,24 @@
 namespace {
 
 using service::isHarmless;
-using service::Place;
+using service::ShellContext;
 
 constexpr std::string_view kDigits = "0123456789";
 constexpr std::string_view kLetters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 
-constexpr auto kPlaces =
-    std::to_array<Place>({Place::kNowhere, Place::kDoubleQuotes, Place::kSingleQuotes, Place::kName,
-                          Place::kWord, Place::kClock});
+constexpr auto kContexts = std::to_array<ShellContext>(
+    {ShellContext::kNowhere, ShellContext::kDoubleQuotes, ShellContext::kSingleQuotes,
+     ShellContext::kName, ShellContext::kWord, ShellContext::kClock});
 
 // ---- Single bytes -----------------------------------------------------------------------------
 
-/// The bytes that pass in a place, each between two letters (digits where the place is a time's).
-std::string passingBytes(Place place)
+/// The bytes that pass in a context, each between two letters (digits if it is a time's).
+std::string passingBytes(ShellContext context)
 {
-    const std::string around = (place == Place::kClock) ? "1" : "a";
+    const std::string around = (context == ShellContext::kClock) ? "1" : "a";
     std::string passing;
     for (int byte = 0; byte < 256; ++byte) {
-        if (isHarmless(around + static_cast<char>(byte) + around, place)) {
+        if (isHarmless(around + static_cast<char>(byte) + around, context)) {
             passing += static_cast<char>(byte);
         }
     }
@@ -78,33 +78,33 @@ std::string joined(std::initializer_list<std::string_view> texts)
 
 TEST(ShellText, whatNoShellSeesMayHoldAnyByte)
 {
-    EXPECT_EQ(passingBytes(Place::kNowhere), bytes(0, 255));
+    EXPECT_EQ(passingBytes(ShellContext::kNowhere), bytes(0, 255));
 }
 
 TEST(ShellText, betweenDoubleQuotesABackQuoteAloneActs)
 {
-    EXPECT_EQ(passingBytes(Place::kDoubleQuotes), without(bytes(0, 255), "`"));
+    EXPECT_EQ(passingBytes(ShellContext::kDoubleQuotes), without(bytes(0, 255), "`"));
 }
 
 TEST(ShellText, betweenSingleQuotesNothingMayLeaveThemOrTheirLine)
 {
-    EXPECT_EQ(passingBytes(Place::kSingleQuotes), without(bytes(' ', 255), "'\"\\`\x7F"));
+    EXPECT_EQ(passingBytes(ShellContext::kSingleQuotes), without(bytes(' ', 255), "'\"\\`\x7F"));
 }
 
 TEST(ShellText, nameHoldsWhatIsPlainOutsideOfQuotes)
 {
-    EXPECT_EQ(passingBytes(Place::kName),
+    EXPECT_EQ(passingBytes(ShellContext::kName),
               joined({kDigits, kLetters, " .,_-+@%=:", bytes(0x80, 0xFF)}));
 }
 
 TEST(ShellText, wordHoldsWhatNamesOfHostsHold)
 {
-    EXPECT_EQ(passingBytes(Place::kWord), joined({kDigits, kLetters, " ._-"}));
+    EXPECT_EQ(passingBytes(ShellContext::kWord), joined({kDigits, kLetters, " ._-"}));
 }
 
 TEST(ShellText, timeHoldsDigitsAndPoints)
 {
-    EXPECT_EQ(passingBytes(Place::kClock), joined({kDigits, "."}));
+    EXPECT_EQ(passingBytes(ShellContext::kClock), joined({kDigits, "."}));
 }
 
 // ---- Texts ------------------------------------------------------------------------------------
@@ -113,24 +113,24 @@ TEST(ShellText, whatPeopleUsePasses)
 {
     for (const char* name : {"anna", "Élise", "Family Videos", "Öffentlich", "J. R. Smith",
                              "日本語 2026", "a+b@example.org", "50% = half: so, yes", "x", "..."}) {
-        EXPECT_TRUE(isHarmless(name, Place::kName)) << name;
-        EXPECT_TRUE(isHarmless(name, Place::kSingleQuotes)) << name;
-        EXPECT_TRUE(isHarmless(name, Place::kDoubleQuotes)) << name;
+        EXPECT_TRUE(isHarmless(name, ShellContext::kName)) << name;
+        EXPECT_TRUE(isHarmless(name, ShellContext::kSingleQuotes)) << name;
+        EXPECT_TRUE(isHarmless(name, ShellContext::kDoubleQuotes)) << name;
     }
     for (const char* password : {"pa$$w#rd", "$HOME", "#1; & | < > * ? ~ ! () {} []", "$", "a b$",
                                  "$#$@$*$?$-$!$0", "pässwörd€"}) {
-        EXPECT_TRUE(isHarmless(password, Place::kSingleQuotes)) << password;
+        EXPECT_TRUE(isHarmless(password, ShellContext::kSingleQuotes)) << password;
     }
     for (const char* word : {"nas-1", "WORKGROUP", "my host", "a.b_c", "en"}) {
-        EXPECT_TRUE(isHarmless(word, Place::kWord)) << word;
+        EXPECT_TRUE(isHarmless(word, ShellContext::kWord)) << word;
     }
-    EXPECT_TRUE(isHarmless("112115302026.45", Place::kClock));
+    EXPECT_TRUE(isHarmless("112115302026.45", ShellContext::kClock));
 }
 
 TEST(ShellText, emptyTextIsHarmlessAnywhere)
 {
-    for (const Place place : kPlaces) {
-        EXPECT_TRUE(isHarmless("", place));
+    for (const ShellContext context : kContexts) {
+        EXPECT_TRUE(isHarmless("", context));
     }
 }
 
@@ -138,19 +138,19 @@ TEST(ShellText, expansionThatRunsOrAssignsIsRefused)
 {
     for (const char* text : {"$(id)", "a$(id)", "${x}", "${x:=`id`}", "$[1]", "$((1))", "`id`", "`",
                              "a`", "$$(id)", "$x$(id)", "$(", "${"}) {
-        EXPECT_FALSE(isHarmless(text, Place::kDoubleQuotes)) << text;
-        EXPECT_FALSE(isHarmless(text, Place::kSingleQuotes)) << text;
-        EXPECT_FALSE(isHarmless(text, Place::kName)) << text;
+        EXPECT_FALSE(isHarmless(text, ShellContext::kDoubleQuotes)) << text;
+        EXPECT_FALSE(isHarmless(text, ShellContext::kSingleQuotes)) << text;
+        EXPECT_FALSE(isHarmless(text, ShellContext::kName)) << text;
     }
 }
 
 TEST(ShellText, escapesBetweenDoubleQuotesAreFollowed)
 {
     for (const char* text : {"\\`", "\\$(", "\\\\", "\\\"$", "a\\", "\\\\\\`", "$\\(", "\\$\\("}) {
-        EXPECT_TRUE(isHarmless(text, Place::kDoubleQuotes)) << text;
+        EXPECT_TRUE(isHarmless(text, ShellContext::kDoubleQuotes)) << text;
     }
     for (const char* text : {"\\\\`", "\\\\$(", "\\\\\\\\`", "\\a`", "\\a$("}) {
-        EXPECT_FALSE(isHarmless(text, Place::kDoubleQuotes)) << text;
+        EXPECT_FALSE(isHarmless(text, ShellContext::kDoubleQuotes)) << text;
     }
 }
 
@@ -158,27 +158,29 @@ TEST(ShellText, linesThatTheShellJoinsAreOne)
 {
     for (const char* text :
          {"$\\\n(id)", "$\\\n{x}", "$\\\n[1]", "$\\\n\\\n(id)", "a\n$\\\n\\\n\\\n(", "$$\\\n("}) {
-        EXPECT_FALSE(isHarmless(text, Place::kDoubleQuotes)) << text;
+        EXPECT_FALSE(isHarmless(text, ShellContext::kDoubleQuotes)) << text;
     }
     for (const char* text : {"a\\\nb", "$\n(id)", "$\\\\\n(id)", "\\$\\\n(id)", "$\\\n", "$\\\na(",
                              "$\\\n\\(", "\\\n", "\\\n("}) {
-        EXPECT_TRUE(isHarmless(text, Place::kDoubleQuotes)) << text;
+        EXPECT_TRUE(isHarmless(text, ShellContext::kDoubleQuotes)) << text;
     }
 }
 
 TEST(ShellText, textThatLeavesItsQuotesIsJudgedOutsideOfThem)
 {
     for (const char* text : {"\"", "\"\"", "a\"b\"c", "\"a b\"", "\"\" ; |"}) {
-        EXPECT_TRUE(isHarmless(text, Place::kDoubleQuotes)) << text;
+        EXPECT_TRUE(isHarmless(text, ShellContext::kDoubleQuotes)) << text;
     }
     for (const char c : std::string_view(";|&<>()*?[]{}~!#'\\`$\n\t\r\x01\x7F/^")) {
         const std::string text = std::string("a\"b") + c + "d";
-        EXPECT_FALSE(isHarmless(text, Place::kDoubleQuotes)) << text;
-        EXPECT_FALSE(isHarmless(text + "\"e", Place::kDoubleQuotes)) << text;
-        EXPECT_EQ(isHarmless("a\"b\"" + std::string(1, c), Place::kDoubleQuotes), c != '`') << c;
+        EXPECT_FALSE(isHarmless(text, ShellContext::kDoubleQuotes)) << text;
+        EXPECT_FALSE(isHarmless(text + "\"e", ShellContext::kDoubleQuotes)) << text;
+        EXPECT_EQ(isHarmless("a\"b\"" + std::string(1, c), ShellContext::kDoubleQuotes), c != '`')
+            << c;
     }
-    EXPECT_TRUE(isHarmless("a\\\";id", Place::kDoubleQuotes)) << "this quote is only a character";
-    EXPECT_FALSE(isHarmless("a\\\\\";id", Place::kDoubleQuotes)) << "this one is not";
+    EXPECT_TRUE(isHarmless("a\\\";id", ShellContext::kDoubleQuotes))
+        << "this quote is only a character";
+    EXPECT_FALSE(isHarmless("a\\\\\";id", ShellContext::kDoubleQuotes)) << "this one is not";
 }
 
 TEST(ShellText, everyBeginningOfAHarmlessTextIsHarmlessToo)
@@ -186,7 +188,7 @@ TEST(ShellText, everyBeginningOfAHarmlessTextIsHarmlessToo)
     // Texts are cut: at a name's length, at a file's size, at what a trace holds.
     const std::string text = "a\"b c\"d\\\"e\\\\f$x$\ng\\\nh\"$";
     for (std::size_t size = 0; size < text.size(); ++size) {
-        EXPECT_TRUE(isHarmless(std::string_view(text).substr(0, size), Place::kDoubleQuotes))
+        EXPECT_TRUE(isHarmless(std::string_view(text).substr(0, size), ShellContext::kDoubleQuotes))
             << size;
     }
 }
@@ -195,11 +197,11 @@ TEST(ShellText, nameIsNoOptionAndNoFolderAbove)
 {
     for (const char* name :
          {"-", "-rf", "--help", ".", "..", "../x", "/etc", "a/b", "a\nb", "a\tb"}) {
-        EXPECT_FALSE(isHarmless(name, Place::kName)) << name;
+        EXPECT_FALSE(isHarmless(name, ShellContext::kName)) << name;
     }
-    EXPECT_FALSE(isHarmless("-n", Place::kWord));
-    EXPECT_FALSE(isHarmless("1 2", Place::kClock));
-    EXPECT_FALSE(isHarmless("-1", Place::kClock));
+    EXPECT_FALSE(isHarmless("-n", ShellContext::kWord));
+    EXPECT_FALSE(isHarmless("1 2", ShellContext::kClock));
+    EXPECT_FALSE(isHarmless("-1", ShellContext::kClock));
 }
 
 // ---- True shells ------------------------------------------------------------------------------
@@ -207,7 +209,7 @@ TEST(ShellText, nameIsNoOptionAndNoFolderAbove)
 /// Shell lines of the module with a text in them, at the "@@".
 struct Lines {
     const char* name;
-    Place place;
+    ShellContext context;
     std::vector<std::string> formats;
 };
 
@@ -215,17 +217,17 @@ const std::vector<Lines>& moduleLines()
 {
     static const std::vector<Lines> lines = {
         {"between double quotes",
-         Place::kDoubleQuotes,
+         ShellContext::kDoubleQuotes,
          {"echo \"writing buffer @@\" >> trace",
           "echo \"cmd_gspc share name: @@ -- standing: 0 -- share Property: 2\" >> trace",
           "echo \"wasu anna @@\" > trace"}},
         {"between single quotes",
-         Place::kSingleQuotes,
+         ShellContext::kSingleQuotes,
          {"true /etc/inc/api_user.php tovAddUser 'anna' '@@'",
           "echo \"create_user: true api_user.php tovAddUser 'anna' '@@' -- iRet:0\" >> trace",
           "echo \"Missing password: @@\" >> trace"}},
         {"name",
-         Place::kName,
+         ShellContext::kName,
          {"true /etc/inc/api_share.php tovAddShare '@@' 'private'",
           "true /etc/inc/api_share.php tovSetUserSharePrivileges '@@' '@@' full",
           "echo \"isUserExisted() user return:return [\"guest\", \"@@\"]; -- userName: \"@@\"\" >> "
@@ -237,13 +239,13 @@ const std::vector<Lines>& moduleLines()
           "true /usr/bin/ra-enabled get \"@@", "true tovSetUserSharePrivileges 'anna' '@@",
           "echo \"isUserExisted() user return:return [\"guest\"]; -- userName: \"@@\" >> trace"}},
         {"word",
-         Place::kWord,
+         ShellContext::kWord,
          {"true /etc/inc/api_system.php tovSetHostname @@ > output",
           "echo \"setSysVar(): true api_system.php tovSetHostname @@ > output -- iRet: 0\" >> "
           "trace",
           "echo \"hostname=@@\" >> trace"}},
         {"time",
-         Place::kClock,
+         ShellContext::kClock,
          {"true /etc/inc/api_pel.php tovSetUtcSysTime @@:30:00",
           "true /etc/inc/api_system.php tovSetSysDate 11/@@/2026 > output"}},
     };
@@ -262,7 +264,7 @@ std::string fill(std::string format, const std::string& text)
 /// leave a canary where they are run.
 class Texts {
   public:
-    explicit Texts(Place place) : isOfTime_(place == Place::kClock) {}
+    explicit Texts(ShellContext context) : isOfTime_(context == ShellContext::kClock) {}
 
     std::string next()
     {
@@ -361,13 +363,13 @@ std::string show(const std::string& text)
 
 TEST_F(TrueShells, whatIsCalledHarmlessRunsNothing)
 {
-    constexpr int kTextsPerPlace = 600;
+    constexpr int kTextsPerContext = 600;
     for (const Lines& lines : moduleLines()) {
-        Texts texts(lines.place);
+        Texts texts(lines.context);
         std::size_t turn = 0;
-        for (int accepted = 0; accepted < kTextsPerPlace;) {
+        for (int accepted = 0; accepted < kTextsPerContext;) {
             const std::string text = texts.next();
-            if (!isHarmless(text, lines.place)) {
+            if (!isHarmless(text, lines.context)) {
                 continue;
             }
             ++accepted;
@@ -383,14 +385,14 @@ TEST_F(TrueShells, whatIsCalledHarmlessRunsNothing)
 
 TEST_F(TrueShells, whatIsRefusedRunsSomethingAtTimes)
 {
-    constexpr int kTextsPerPlace = 150;
+    constexpr int kTextsPerContext = 150;
     for (const Lines& lines : moduleLines()) {
-        Texts texts(lines.place);
+        Texts texts(lines.context);
         int fired = 0;
         std::size_t turn = 0;
-        for (int refused = 0; refused < kTextsPerPlace;) {
+        for (int refused = 0; refused < kTextsPerContext;) {
             const std::string text = texts.next();
-            if (!isHarmless(text, lines.place)) {
+            if (!isHarmless(text, lines.context)) {
                 ++refused;
                 ++turn;
                 fired +=

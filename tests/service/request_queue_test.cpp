@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "service/turn.h"
+#include "service/request_queue.h"
 
 #include <asio/co_spawn.hpp>
 #include <asio/detached.hpp>
@@ -11,25 +11,25 @@
 
 namespace {
 
-asio::awaitable<void> takePart(service::Turn& turn, int number, std::vector<int>& order,
+asio::awaitable<void> takePart(service::RequestQueue& queue, int number, std::vector<int>& order,
                                int& inside)
 {
-    co_await turn.acquire();
+    co_await queue.acquire();
     EXPECT_EQ(++inside, 1) << "one at a time";
     order.push_back(number);
     co_await asio::post(asio::use_awaitable);
     --inside;
-    turn.release();
+    queue.release();
 }
 
-TEST(Turn, firstComeFirstServedOneAtATime)
+TEST(RequestQueue, firstComeFirstServedOneAtATime)
 {
     asio::io_context context;
-    service::Turn turn;
+    service::RequestQueue queue;
     std::vector<int> order;
     int inside = 0;
     for (int number = 0; number < 50; ++number) {
-        asio::co_spawn(context, takePart(turn, number, order, inside), asio::detached);
+        asio::co_spawn(context, takePart(queue, number, order, inside), asio::detached);
     }
     context.run();
     std::vector<int> expected(50);
@@ -39,14 +39,14 @@ TEST(Turn, firstComeFirstServedOneAtATime)
     EXPECT_EQ(order, expected);
 }
 
-TEST(Turn, isFreeAgainAfterwards)
+TEST(RequestQueue, isFreeAgainAfterwards)
 {
     asio::io_context context;
-    service::Turn turn;
+    service::RequestQueue queue;
     std::vector<int> order;
     int inside = 0;
     for (int round = 0; round < 3; ++round) {
-        asio::co_spawn(context, takePart(turn, round, order, inside), asio::detached);
+        asio::co_spawn(context, takePart(queue, round, order, inside), asio::detached);
         context.run();
         context.restart();
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "service/turn.h"
+#include "service/request_queue.h"
 
 #include <asio/experimental/as_tuple.hpp>
 #include <asio/this_coro.hpp>
@@ -7,7 +7,7 @@
 
 namespace service {
 
-asio::awaitable<void> Turn::acquire()
+asio::awaitable<void> RequestQueue::acquire()
 {
     if (!isTaken_) {
         isTaken_ = true;
@@ -20,7 +20,7 @@ asio::awaitable<void> Turn::acquire()
     co_await place->async_wait(asio::experimental::as_tuple(asio::use_awaitable));
 }
 
-void Turn::release()
+void RequestQueue::release()
 {
     if (waiting_.empty()) {
         isTaken_ = false;

@@ -9,14 +9,13 @@
 
 namespace service {
 
-/// One at a time, first come, first served: the handlers share their work files, so only one
-/// request may run.
-class Turn {
+/// Requests run one at a time, first come, first served: the handlers share their work files.
+class RequestQueue {
   public:
-    /// Waits for the turn. Whoever gets it gives it back with release().
+    /// Returns when it is this request's turn. Each acquire() is followed by one release().
     [[nodiscard]] asio::awaitable<void> acquire();
 
-    /// Hands the turn to whoever has waited longest.
+    /// Lets the request run that has waited longest.
     void release();
 
   private:

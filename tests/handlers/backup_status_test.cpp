@@ -277,11 +277,11 @@ TEST_F(VariableReport, lengthOfTenWithoutALinesEndBehindItReadsToTheEnd)
 TEST_F(VariableReport, lengthOfTenReadsOneLineMoreAsFarAsItHasRoom)
 {
     EXPECT_EQ(request::process(makeFrame('\n', 3, "johannes\nmore\n")).answer, statusFrame(0));
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
     EXPECT_EQ(request::process(upToTheEnd(makeFrame('\n', 3, ""), 'n')).answer, statusFrame(0));
     EXPECT_EQ(request::unread(), "n");
     EXPECT_EQ(request::process(makeFrame(11, 3, "johannes\nmore\n")).answer, statusFrame(0));
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
 }
 
 TEST_F(VariableReport, lineThatEndsAtTheLengthsNeighbourHasNeitherStateNorName)
@@ -716,12 +716,12 @@ TEST_F(FileReport, nameWithoutAnEndIsRefused)
 
 TEST_F(FileReport, nameIsReadToItsEndOrForSixtySevenBytes)
 {
-    expectUnread("anna\nmore\n", "more\n");
-    expectUnread("anna" + zeros(1) + "more\n", "more\n");
-    expectUnread("\nmore\n", "more\n");
-    expectUnread(std::string(67, 'n') + "\nmore\n", "\nmore\n");
-    expectUnread(std::string(100, 'n') + "\n", std::string(33, 'n') + "\n");
-    expectUnread(std::string(70, '\\') + std::string(67, 'n') + "\\m\n", "\\m\n");
+    expectUnread("anna\nmore\n", "more");
+    expectUnread("anna" + zeros(1) + "more\n", "more");
+    expectUnread("\nmore\n", "more");
+    expectUnread(std::string(67, 'n') + "\nmore\n", "\nmore");
+    expectUnread(std::string(100, 'n') + "\n", std::string(33, 'n'));
+    expectUnread(std::string(70, '\\') + std::string(67, 'n') + "\\m\n", "\\m");
 }
 
 // ---- sub1: the date ---------------------------------------------------------------------------

@@ -90,12 +90,6 @@ class Transfer : public request::Test {
         fs::remove_all(kBuildFile);
         request::Test::TearDown();
     }
-
-    /// Compares all that a request leaves but its files, which each test names itself.
-    static void expectOutcome(const Outcome& outcome, const std::string& answer, const Lines& calls)
-    {
-        expectEnd(outcome, answer, calls, request::leftBehind());
-    }
 };
 
 // ---- vers -------------------------------------------------------------------------------------
@@ -120,7 +114,7 @@ class Version : public Transfer {
     {
         SCOPED_TRACE(content.size());
         root::writeFile(kBuildFile, content);
-        expectOutcome(ask(), answer(line), goodCalls(content.size(), line));
+        expectReply(ask(), answer(line), goodCalls(content.size(), line));
     }
 
     /// The loaded request must end with an error, and take the work file away.
@@ -128,7 +122,7 @@ class Version : public Transfer {
     {
         root::writeFile(kSavedFile, "left over");
         calls.push_back(exitTrace(code));
-        expectOutcome(request::run(), errorAnswer(code), calls);
+        expectReply(request::run(), errorAnswer(code), calls);
         EXPECT_EQ(request::leftBehind(), Lines{});
     }
 };
@@ -200,7 +194,7 @@ TEST_F(Version, fileThatGrowsAfterItWasMeasuredIsCut)
     root::writeFile(kBuildFile, "1.0\n");
     request::load(frame("vers", 0));
     watch::after("echo \"file ", [] { root::writeFile(kBuildFile, text(9000)); });
-    expectOutcome(request::run(), answer(text(4085)), goodCalls(4, text(4085)));
+    expectReply(request::run(), answer(text(4085)), goodCalls(4, text(4085)));
 }
 
 TEST_F(Version, fileThatShrinksAfterItWasMeasuredIsAnsweredAsItIs)
@@ -208,7 +202,7 @@ TEST_F(Version, fileThatShrinksAfterItWasMeasuredIsAnsweredAsItIs)
     root::writeFile(kBuildFile, text(4000));
     request::load(frame("vers", 0));
     watch::after("echo \"file ", [] { root::writeFile(kBuildFile, ""); });
-    expectOutcome(request::run(), answer(""), goodCalls(4000, ""));
+    expectReply(request::run(), answer(""), goodCalls(4000, ""));
 }
 
 TEST_F(Version, folderIsAnEmptyLine)
@@ -216,7 +210,7 @@ TEST_F(Version, folderIsAnEmptyLine)
     fs::create_directory("/tmp/folder");
     root::writeFile("/tmp/folder/inside", "");
     fs::create_symlink("/tmp/folder", kBuildFile);
-    expectOutcome(ask(), answer(""), goodCalls(sizeOf("/tmp/folder"), ""));
+    expectReply(ask(), answer(""), goodCalls(sizeOf("/tmp/folder"), ""));
 }
 
 TEST_F(Version, earlierLongerAnswerLeavesNothingBehind)
@@ -295,7 +289,7 @@ class Download : public Transfer {
     {
         SCOPED_TRACE(content.size());
         root::writeFile(kPrivateFile, content);
-        expectOutcome(ask(), head(content.size()) + content, goodCalls(content));
+        expectReply(ask(), head(content.size()) + content, goodCalls(content));
         EXPECT_EQ(root::readFile(kPrivateFile), content);
     }
 
@@ -304,7 +298,7 @@ class Download : public Transfer {
     {
         root::writeFile(kSavedFile, "left over");
         calls.push_back(exitTrace(code));
-        expectOutcome(request::run(), errorAnswer(code), calls);
+        expectReply(request::run(), errorAnswer(code), calls);
         EXPECT_FALSE(root::exists(kSavedFile));
     }
 };
@@ -357,9 +351,9 @@ TEST_F(Download, fileThatShrinksWhileItIsSentKeepsItsAnnouncedSize)
     watch::after("echo \"sending buffer ", [] { fs::resize_file(kPrivateFile, 5000); });
     const Outcome outcome = request::run();
     const std::string failure = trace("cannot read file " + kPrivateFile);
-    expectOutcome(outcome, head(10000) + content.substr(0, 5000) + std::string(5000, '\0'),
-                  {sizeTrace(kPrivateFile, 10000), sendTrace(content.substr(0, 4096)), failure,
-                   sendTrace(content.substr(4096, 904)), failure, sendTrace("")});
+    expectReply(outcome, head(10000) + content.substr(0, 5000) + std::string(5000, '\0'),
+                {sizeTrace(kPrivateFile, 10000), sendTrace(content.substr(0, 4096)), failure,
+                 sendTrace(content.substr(4096, 904)), failure, sendTrace("")});
 }
 
 TEST_F(Download, fileThatGrowsWhileItIsSentKeepsItsAnnouncedSize)
@@ -368,14 +362,14 @@ TEST_F(Download, fileThatGrowsWhileItIsSentKeepsItsAnnouncedSize)
     root::writeFile(kPrivateFile, content);
     request::load(frame("gpvt", 0));
     watch::after("echo \"file ", [] { root::writeFile(kPrivateFile, text(9000)); });
-    expectOutcome(request::run(), head(5000) + content, goodCalls(content));
+    expectReply(request::run(), head(5000) + content, goodCalls(content));
 }
 
 TEST_F(Download, folderIsSentAsNothing)
 {
     fs::create_directories(kPrivateFile + "/inside");
     const std::size_t size = sizeOf(kPrivateFile);
-    expectOutcome(
+    expectReply(
         ask(), head(size) + std::string(size, '\0'),
         {sizeTrace(kPrivateFile, size), trace("cannot read file " + kPrivateFile), sendTrace("")});
 }
@@ -394,7 +388,7 @@ TEST_F(Download, fileThatCannotBeClosedHasBeenSentAllTheSame)
     const faults::Guard fault = faults::failFclose(kPrivateFile);
     Lines calls = goodCalls("hello");
     calls.push_back(trace("cannot close file " + kPrivateFile + ": " + root::kBadDescriptor));
-    expectOutcome(request::run(), head(5) + "hello", calls);
+    expectReply(request::run(), head(5) + "hello", calls);
 }
 
 TEST_F(Download, missingFile)
@@ -482,7 +476,7 @@ class Upload : public Transfer {
     /// An upload that was good: the private file is the new one, and no other is left.
     static void expectStored(const Outcome& outcome, const std::string& content, const Lines& calls)
     {
-        expectOutcome(outcome, le32(kGood), calls);
+        expectReply(outcome, le32(kGood), calls);
         EXPECT_EQ(root::readFile(kPrivateFile), content);
         expectFiles({"vokcontrol-private.txt"}, {});
     }
@@ -501,7 +495,7 @@ class Upload : public Transfer {
     /// An upload that failed, with these calls before its last trace.
     static void expectFailure(const Outcome& outcome, std::uint32_t code, const Lines& calls)
     {
-        expectOutcome(outcome, le32(code), join({calls, {exitTrace(code)}}));
+        expectReply(outcome, le32(code), join({calls, {exitTrace(code)}}));
     }
 
     /// The same, and the former file is back.

@@ -192,6 +192,11 @@ void Test::expectEnd(const std::string& answer, const Lines& calls, const Lines&
     expectEnd(run(), answer, calls, left, printed);
 }
 
+void Test::expectReply(const Outcome& outcome, const std::string& answer, const Lines& calls)
+{
+    expectEnd(outcome, answer, calls, leftBehind(), outcome.printed);
+}
+
 void Test::expectError(const Outcome& outcome, const std::string& answer, std::uint32_t code,
                        const Lines& calls, const Lines& left, const std::string& printed)
 {

@@ -110,6 +110,9 @@ class Test : public root::Test {
     static void expectEnd(const std::string& answer, const Lines& calls, const Lines& left = {},
                           const std::string& printed = "");
 
+    /// The same; which files are left, and what is printed, the test compares itself.
+    static void expectReply(const Outcome& outcome, const std::string& answer, const Lines& calls);
+
     /// The request ends with an error; the exit's trace is the last call.
     static void expectError(const Outcome& outcome, const std::string& answer, std::uint32_t code,
                             const Lines& calls, const Lines& left = {},

@@ -6,24 +6,23 @@
 #include <gtest/gtest.h>
 #include <random>
 
-#include "cmdsvc/channel.h"
+#include "core/core.h"
 #include "tests/support/request.h"
-#include "tests/support/root.h"
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using request::exitTrace;
 using request::frame;
+using request::kWorkFile;
+using request::Lines;
+using request::lineTraces;
 using request::opening;
 using request::Outcome;
 using request::process;
 using root::le32;
 using root::trace;
 
-constexpr const char* kWorkFile = "/tmp/vokcontrol.tmp";
-
-class Dispatcher : public root::Test {};
+class Dispatcher : public request::Test {};
 
 // ---- Rows -------------------------------------------------------------------------------------
 
@@ -60,29 +59,11 @@ bool isWrong(const Row& row, std::uint32_t count)
            std::find(row.counts.begin(), row.counts.end(), low) == row.counts.end();
 }
 
-std::string byteTrace(unsigned byte)
-{
-    std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "0x%02X,%c", byte, static_cast<int>(byte));
-    return trace(text.data());
-}
-
-/// The traces of a line's first 30 bytes.
-Lines lineTraces(const std::string& line)
-{
-    Lines calls;
-    for (std::size_t i = 0; i < 30; ++i) {
-        calls.push_back(byteTrace(i < line.size() ? static_cast<unsigned char>(line[i]) : 0));
-    }
-    return calls;
-}
-
 Lines wrongCountCalls(const Row& row, std::uint32_t count)
 {
     Lines calls = opening(row.code, count);
     if (row.exit == 'C') {
-        const Lines bytes = lineTraces(frame(row.code, count));
-        calls.insert(calls.end(), bytes.begin(), bytes.end());
+        calls = root::join({calls, lineTraces(frame(row.code, count))});
     }
     if (row.exit == 'S') {
         const std::string low = std::to_string(count & 0xFFU);
@@ -151,9 +132,7 @@ TEST_F(Dispatcher, rightCountRunsTheCommand)
     for (const Row& row : kRows) {
         const std::vector<unsigned> any = {0, 1, 10, 255};
         for (const unsigned count : row.counts.empty() ? any : row.counts) {
-            testing::internal::CaptureStdout();
             const Outcome outcome = process(frame(row.code, count, "guest\nBooks\nx\nen\n"));
-            testing::internal::GetCapturedStdout();
             EXPECT_EQ(outcome.result, 0) << row.code << count;
             if (row.exit != ' ') {
                 EXPECT_NE(outcome.calls, wrongCountCalls(row, count)) << row.code << count;
@@ -171,21 +150,6 @@ TEST_F(Dispatcher, wrongCountGivesBackTheResultOfItsLastTrace)
         request::load(frame(row.code, 99));
         watch::answer("echo \"exiting", 0x300, 0);
         EXPECT_EQ(request::run().result, row.exit == 'B' ? -1 : 0x300) << row.code;
-    }
-}
-
-TEST_F(Dispatcher, openFileIsClosedByTheExitsThatDoSo)
-{
-    for (const Row& row : kRows) {
-        if (row.exit == ' ') {
-            continue;
-        }
-        root::writeFile(kWorkFile, "");
-        ASSERT_NE(cmdsvc::openCurrentFile(kWorkFile), nullptr);
-        EXPECT_EQ(process(frame(row.code, 99)).answer, le32(row.wrongCountCode)) << row.code;
-        EXPECT_FALSE(root::exists(kWorkFile)) << row.code;
-        EXPECT_EQ(cmdsvc::currentFile() != nullptr, row.exit == 'B') << row.code;
-        cmdsvc::closeCurrentFile();
     }
 }
 
@@ -267,19 +231,14 @@ TEST_F(Dispatcher, separatorIsNotChecked)
 
 TEST_F(Dispatcher, lineIsTracedByteByByteBeforeItsCountIsChecked)
 {
-    const std::string request = frame("shar", 5, "name\nproperty\n");
-    const Outcome outcome = process(request);
-    Lines calls = opening("shar", 5);
-    const Lines bytes = lineTraces(frame("shar", 5));
-    calls.insert(calls.end(), bytes.begin(), bytes.end());
-    calls.push_back(exitTrace(0xFF000003));
-    EXPECT_EQ(outcome.calls, calls);
+    EXPECT_EQ(
+        process(frame("shar", 5, "name\nproperty\n")).calls,
+        opening("shar", 5, root::join({lineTraces(frame("shar", 5)), {exitTrace(0xFF000003)}})));
 
     // A line of more than 30 bytes shows its first 30, signed or not.
     const std::string line = "shar " + le32(5) + std::string(40, '\xE9') + "\n";
-    const Lines traced = process(line).calls;
-    EXPECT_EQ(traced.size(), 2U + 30U + 1U);
-    EXPECT_EQ(traced[2 + 29], byteTrace(0xE9));
+    EXPECT_EQ(process(line).calls,
+              opening("shar", 5, root::join({lineTraces(line), {exitTrace(0xFF000003)}})));
 }
 
 // ---- Frames -----------------------------------------------------------------------------------
@@ -305,22 +264,15 @@ TEST_F(Dispatcher, shortLineShowsNothingOfTheOneBefore)
 TEST_F(Dispatcher, restOfTheRequestStaysInItsStream)
 {
     EXPECT_EQ(process(frame("gubs", 0, "one\ntwo")).result, 0);
-    std::array<char, 16> line{};
-    ASSERT_NE(cmdsvc::requestStream(), nullptr);
-    EXPECT_TRUE(core::readLine(cmdsvc::requestStream(), line));
-    EXPECT_STREQ(line.data(), "one\n");
-    EXPECT_EQ(std::fgetc(cmdsvc::requestStream()), 't');
+    EXPECT_EQ(request::unread(), "one\ntwo");
 }
 
 TEST_F(Dispatcher, lineWithoutANewlineIsReadUpToFourThousandNinetyFourBytes)
 {
-    const std::string request = "gubs " + le32(1) + std::string(4087, 'x');
+    const std::string request = "gubs " + le32(1) + std::string(4085, 'x') + "yz";
     ASSERT_EQ(request.size(), 4096U);
     EXPECT_EQ(process(request).result, 0);
-    EXPECT_EQ(std::string(cmdsvc::requestLine.data() + 9), std::string(4094 - 9, 'x'));
-    EXPECT_EQ(std::fgetc(cmdsvc::requestStream()), 'x');
-    EXPECT_EQ(std::fgetc(cmdsvc::requestStream()), 'x');
-    EXPECT_EQ(std::fgetc(cmdsvc::requestStream()), EOF);
+    EXPECT_EQ(request::unread(), "yz");
 }
 
 TEST_F(Dispatcher, framesOfEveryLengthAreSafe)

@@ -8,16 +8,11 @@
 #include <string>
 
 #include "core/core.h"
-#include "tests/support/copies.h"
+#include "tests/support/faults.h"
 
 namespace {
 
-class Memory : public testing::Test {
-  protected:
-    void TearDown() override { root::copiesLeft = -1; }
-};
-
-TEST_F(Memory, copyHoldsTheWholeText)
+TEST(Memory, copyHoldsTheWholeText)
 {
     for (const std::string& text :
          {std::string(), std::string("a"), std::string("\xC3\xA9lise \"'$`\\\n\x01\xFF"),
@@ -28,14 +23,14 @@ TEST_F(Memory, copyHoldsTheWholeText)
     }
 }
 
-TEST_F(Memory, copyEndsAtTheFirstZeroByte)
+TEST(Memory, copyEndsAtTheFirstZeroByte)
 {
     const core::Text copy = core::copyText("ab\0cd");
     ASSERT_TRUE(copy);
     EXPECT_STREQ(copy.get(), "ab");
 }
 
-TEST_F(Memory, copyIsItsOwn)
+TEST(Memory, copyIsItsOwn)
 {
     std::string text = "anna";
     const core::Text copy = core::copyText(text.c_str());
@@ -46,16 +41,16 @@ TEST_F(Memory, copyIsItsOwn)
     EXPECT_EQ(text, "beth");
 }
 
-TEST_F(Memory, withoutMemoryThereIsNoCopyButAReason)
+TEST(Memory, withoutMemoryThereIsNoCopyButAReason)
 {
-    root::copiesLeft = 0;
+    const faults::Guard noMemory = faults::failStrdup();
     errno = 0;
     const core::Text copy = core::copyText("anna");
     EXPECT_EQ(errno, ENOMEM);
     EXPECT_FALSE(copy);
 }
 
-TEST_F(Memory, blockOfTheCLibraryCanBeOwned)
+TEST(Memory, blockOfTheCLibraryCanBeOwned)
 {
     core::Text block(static_cast<char*>(std::calloc(1, 50)));
     ASSERT_TRUE(block);

@@ -10,45 +10,34 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
-#include "cmdsvc/channel.h"
 #include "core/core.h"
 #include "handlers/drives.h"
 #include "sharestatus/sharestatus.h"
 #include "tests/support/request.h"
-#include "tests/support/root.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-using Lines = std::vector<std::string>;
-using request::exitTrace;
 using request::frame;
-using request::opening;
+using request::kWorkFile;
+using request::Lines;
 using request::Outcome;
+using root::join;
+using root::kVariables;
 using root::le16;
 using root::le32;
+using root::replaceByFolder;
 using root::trace;
+using root::zeros;
 
-const std::string kWorkFile = "/tmp/vokcontrol.tmp";
 const std::string kDateLine = "date +%m%d%Y > /tmp/vokcontrol.tmp";
 const std::string kReportFolder = "/etc/pelconfig/vokcontrol/__bksts/";
 const std::string kNotRemoved = "cannot remove file /tmp/vokcontrol2.tmp: ";
 
-std::string zeros(std::size_t count)
-{
-    return std::string(count, '\0');
-}
-
 std::string byte(int value)
 {
     return std::string(1, static_cast<char>(value));
-}
-
-Lines with(Lines calls, const Lines& more)
-{
-    calls.insert(calls.end(), more.begin(), more.end());
-    return calls;
 }
 
 /// Fills what fin_buf holds of a frame up to its last byte.
@@ -74,30 +63,14 @@ void stubDate(const std::string& printed)
     root::stub("date", "cat /stubs/today");
 }
 
-/// Puts a folder, with something in it, in a file's place.
-void replaceByFolder(const std::string& path)
-{
-    fs::remove(path);
-    fs::create_directories(path + "/inside");
-}
-
-/// A file left open in the slot, as an earlier part of a handler may have left it.
-void openSlot()
-{
-    root::writeFile("/stubs/slot", "x");
-    ASSERT_NE(cmdsvc::openCurrentFile("/stubs/slot"), nullptr);
-}
-
 // ---- subs -------------------------------------------------------------------------------------
 
-class VariableReport : public root::Test {
+class VariableReport : public request::Test {
   protected:
-    const std::string variableFile = "/etc/pelconfig/system_var";
-
     void SetUp() override
     {
-        root::Test::SetUp();
-        root::writeFile(variableFile, "a=b\n");
+        request::Test::SetUp();
+        root::writeFile(kVariables, "a=b\n");
         stubDate("03072025\n");
     }
 
@@ -113,59 +86,44 @@ class VariableReport : public root::Test {
         return trace("SendReturnStatus errCode 0x" + code + " -- fwrite return: 10");
     }
 
-    /// The calls up to the check of the length. The four bytes from the length on show up as a
-    /// count.
-    static Lines received(const std::string& lineFromLength, const std::string& name, int length)
+    /// The trace of the name and the length, before the length is checked.
+    static Lines received(const std::string& name, int length)
     {
-        std::uint32_t count = 0;
-        for (std::size_t i = 0; i < 4 && i < lineFromLength.size(); ++i) {
-            count |= static_cast<std::uint32_t>(static_cast<unsigned char>(lineFromLength[i]))
-                     << (8U * i);
-        }
-        return opening("subs", count,
-                       {trace("cmd_subs line: " + name + " -- " + std::to_string(length))});
-    }
-
-    static Lines received(int length, int state, const std::string& name)
-    {
-        return received(byte(length) + " " + byte(state) + name, name, length);
+        return {trace("cmd_subs line: " + name + " -- " + std::to_string(length))};
     }
 
     static Lines dated(const Lines& calls)
     {
-        return with(calls, {trace("cmd_subs system(" + kDateLine + ") "), kDateLine});
+        return join({calls, {trace("cmd_subs system(" + kDateLine + ") "), kDateLine}});
     }
 
     static Lines stored(const Lines& calls)
     {
-        return with(dated(calls), {trace("return good 0"), statusTrace("00000000")});
+        return join({dated(calls), {trace("return good 0"), statusTrace("00000000")}});
     }
 
-    void expectStored(const std::string& request, const Lines& calls, const std::string& variable)
+    static void expectStored(const std::string& request, const Lines& calls,
+                             const std::string& variable)
     {
-        root::writeFile(variableFile, "a=b\n");
-        const Outcome outcome = request::process(request);
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, statusFrame(0)) << variable;
-        EXPECT_EQ(outcome.calls, calls) << variable;
-        EXPECT_EQ(root::readFile(variableFile), "a=b\n" + variable + "\n");
+        SCOPED_TRACE(variable);
+        root::writeFile(kVariables, "a=b\n");
+        expectReply(request::process(request), statusFrame(0), calls);
+        EXPECT_EQ(root::readFile(kVariables), "a=b\n" + variable + "\n");
     }
 
     /// A report whose line arrives in one piece.
     void expectStored(int length, int state, const std::string& name, const std::string& variable)
     {
-        expectStored(makeFrame(length, state, name), stored(received(length, state, name)),
-                     variable);
+        expectStored(makeFrame(length, state, name), stored(received(name, length)), variable);
     }
 
-    void expectRefused(int length)
+    static void expectRefused(int length)
     {
-        const Outcome outcome = request::process(makeFrame(length, 3, "anna\n"));
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, statusFrame(0xFF000003)) << length;
-        EXPECT_EQ(outcome.calls, with(received(length, 3, "anna\n"), {statusTrace("FF000003")}))
-            << length;
-        EXPECT_EQ(root::readFile(variableFile), "a=b\n");
+        SCOPED_TRACE(length);
+        expectReply(request::process(makeFrame(length, 3, "anna\n")),
+                    statusFrame(request::kMalformed),
+                    join({received("anna\n", length), {statusTrace("FF000003")}}));
+        EXPECT_EQ(root::readFile(kVariables), "a=b\n");
         EXPECT_EQ(root::list("/etc/pelconfig"), (Lines{"system_var", "vokcontrol"}));
     }
 
@@ -177,39 +135,37 @@ class VariableReport : public root::Test {
         return request::run();
     }
 
-    void expectDate(const Outcome& outcome, const std::string& date, const Lines& traced = {})
+    /// The calls of a report of anna's, up to the date.
+    static Lines annaDated() { return dated(received("anna\n", 6)); }
+
+    static void expectDate(const Outcome& outcome, const std::string& date,
+                           const Lines& traced = {})
     {
-        EXPECT_EQ(outcome.answer, statusFrame(0));
-        EXPECT_EQ(outcome.calls, with(with(dated(received(6, 3, "anna\n")), traced),
-                                      {trace("return good 0"), statusTrace("00000000")}));
-        EXPECT_EQ(root::readFile(variableFile), "a=b\n__bkanna=3" + date + "\n");
+        expectReply(outcome, statusFrame(0),
+                    join({annaDated(), traced, {trace("return good 0"), statusTrace("00000000")}}));
+        EXPECT_EQ(root::readFile(kVariables), "a=b\n__bkanna=3" + date + "\n");
     }
 
-    void expectNoDate(const Outcome& outcome)
+    static void expectNoDate(const Outcome& outcome)
     {
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, statusFrame(0xC2000003));
-        EXPECT_EQ(outcome.calls, with(dated(received(6, 3, "anna\n")), {statusTrace("C2000003")}));
-        EXPECT_EQ(root::readFile(variableFile), "a=b\n");
+        expectReply(outcome, statusFrame(0xC2000003),
+                    join({annaDated(), {statusTrace("C2000003")}}));
+        EXPECT_EQ(root::readFile(kVariables), "a=b\n");
     }
 
-    void expectNotSaved(const Outcome& outcome)
+    static void expectNotSaved(const Outcome& outcome)
     {
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, statusFrame(0xC2000002) + statusFrame(0));
-        EXPECT_EQ(outcome.calls,
-                  with(dated(received(6, 3, "anna\n")),
-                       {trace("failed saving bk status -1 "), statusTrace("C2000002"),
-                        trace("return good -1"), statusTrace("00000000")}));
-        EXPECT_FALSE(root::exists(kWorkFile));
+        expectEnd(outcome, statusFrame(0xC2000002) + statusFrame(0),
+                  join({annaDated(),
+                        {trace("failed saving bk status -1 "), statusTrace("C2000002"),
+                         trace("return good -1"), statusTrace("00000000")}}));
     }
 };
 
 TEST_F(VariableReport, stateAndDateAreKeptUnderTheUsersName)
 {
     expectStored(6, 3, "anna\n", "__bkanna=303072025");
-    EXPECT_EQ(fout_buf, nullptr);
-    EXPECT_EQ(root::list("/tmp"), (Lines{"dbg_vokcontrol.txt", "outbuf7"}));
+    EXPECT_EQ(request::leftBehind(), Lines{});
     EXPECT_EQ(root::list("/etc/pelconfig"), (Lines{"system_var", "system_var_bak", "system_var_lck",
                                                    "system_var_tmp", "vokcontrol"}));
     EXPECT_EQ(root::list(kReportFolder), Lines{});
@@ -223,7 +179,7 @@ TEST_F(VariableReport, newReportReplacesTheOneBefore)
     }
     stubDate("12312026\n");
     EXPECT_EQ(request::process(makeFrame(6, 0, "anna\n")).answer, statusFrame(0));
-    EXPECT_EQ(root::readFile(variableFile), "a=b\n__bkanna=012312026\n__bkbob=303072025\n");
+    EXPECT_EQ(root::readFile(kVariables), "a=b\n__bkanna=012312026\n__bkbob=303072025\n");
 }
 
 TEST_F(VariableReport, todayIsTheDate)
@@ -231,7 +187,7 @@ TEST_F(VariableReport, todayIsTheDate)
     fs::remove("/stubs/date");
     const std::string before = today();
     EXPECT_EQ(report().answer, statusFrame(0));
-    const std::string variables = root::readFile(variableFile);
+    const std::string variables = root::readFile(kVariables);
     EXPECT_TRUE(variables == "a=b\n__bkanna=3" + before + "\n" ||
                 variables == "a=b\n__bkanna=3" + today() + "\n")
         << variables;
@@ -253,22 +209,22 @@ TEST_F(VariableReport, otherLengthsAreRefused)
 
 TEST_F(VariableReport, lengthOfTenEndsTheLineAndTheRestIsReadBehindIt)
 {
-    expectStored(makeFrame('\n', 3, "johannes\nmore\n"), stored(received("\n", "johannes\n", 10)),
+    expectStored(makeFrame('\n', 3, "johannes\nmore\n"), stored(received("johannes\n", 10)),
                  "__bkjohannes=303072025");
     // The length alone says so: nobody compares it with the name.
-    expectStored(makeFrame('\n', 3, "anna\n"), stored(received("\n", "anna\n", 10)),
+    expectStored(makeFrame('\n', 3, "anna\n"), stored(received("anna\n", 10)),
                  "__bkanna=303072025");
 }
 
 TEST_F(VariableReport, lengthOfTenWithNothingBehindItIsAnEmptyName)
 {
-    expectStored("subs \n", stored(received("\n", "", 10)), "__bk=003072025");
+    expectStored("subs \n", stored(received("", 10)), "__bk=003072025");
 }
 
 TEST_F(VariableReport, lengthOfTenWithoutALinesEndBehindItReadsToTheEnd)
 {
     const std::string seen(1999 - std::string("cmd_subs line: ").size(), 'n');
-    Lines calls = received("\n", "", 10);
+    Lines calls = received("", 10);
     calls.back() = trace("cmd_subs line: " + seen);
     expectStored(upToTheEnd(makeFrame('\n', 3, ""), 'n'), stored(calls),
                  "__bk" + std::string(64, 'n') + "=303072025");
@@ -277,36 +233,36 @@ TEST_F(VariableReport, lengthOfTenWithoutALinesEndBehindItReadsToTheEnd)
 TEST_F(VariableReport, lengthOfTenReadsOneLineMoreAsFarAsItHasRoom)
 {
     EXPECT_EQ(request::process(makeFrame('\n', 3, "johannes\nmore\n")).answer, statusFrame(0));
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
     EXPECT_EQ(request::process(upToTheEnd(makeFrame('\n', 3, ""), 'n')).answer, statusFrame(0));
     EXPECT_EQ(request::unread(), "n");
     EXPECT_EQ(request::process(makeFrame(11, 3, "johannes\nmore\n")).answer, statusFrame(0));
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
 }
 
 TEST_F(VariableReport, lineThatEndsAtTheLengthsNeighbourHasNeitherStateNorName)
 {
     expectStored("subs \x06\n\x03"
                  "anna\n",
-                 stored(received("\x06\n", "", 6)), "__bk=003072025");
+                 stored(received("", 6)), "__bk=003072025");
     expectStored("subs \n\n\x03"
                  "anna\n",
-                 stored(received("\n", "", 10)), "__bk=003072025");
+                 stored(received("", 10)), "__bk=003072025");
 }
 
 TEST_F(VariableReport, shortLineHasNoLength)
 {
     for (const char* line : {"subs\n", "subs", "subs "}) {
-        const Outcome outcome = request::process(line);
-        EXPECT_EQ(outcome.answer, statusFrame(0xFF000003)) << line;
-        EXPECT_EQ(outcome.calls, with(received("", "", 0), {statusTrace("FF000003")})) << line;
+        SCOPED_TRACE(line);
+        expectReply(request::process(line), statusFrame(request::kMalformed),
+                    join({received("", 0), {statusTrace("FF000003")}}));
     }
 }
 
 TEST_F(VariableReport, earlierRequestsBytesAreNotReadAgain)
 {
     EXPECT_EQ(request::process(makeFrame(6, 3, "anna\n")).answer, statusFrame(0));
-    expectStored("subs \x06\n", stored(received("\x06\n", "", 6)), "__bk=003072025");
+    expectStored("subs \x06\n", stored(received("", 6)), "__bk=003072025");
 }
 
 TEST_F(VariableReport, firstDigitOfTheStateIsKept)
@@ -322,9 +278,8 @@ TEST_F(VariableReport, firstDigitOfTheStateIsKept)
 
 TEST_F(VariableReport, stateOfTenEndsTheLineBeforeTheName)
 {
-    expectStored(makeFrame(6, '\n', "anna\n"), stored(received("\x06 \n", "", 6)),
-                 "__bk=103072025");
-    expectStored(makeFrame('\n', '\n', "anna\n"), stored(received("\n", "", 10)), "__bk=103072025");
+    expectStored(makeFrame(6, '\n', "anna\n"), stored(received("", 6)), "__bk=103072025");
+    expectStored(makeFrame('\n', '\n', "anna\n"), stored(received("", 10)), "__bk=103072025");
 }
 
 TEST_F(VariableReport, namesOfAllSizesAreTakenAndCutAtSixtyFourBytes)
@@ -345,14 +300,14 @@ TEST_F(VariableReport, nameIsTakenAsItStands)
 TEST_F(VariableReport, nameEndsAtAZeroByteOrTheLinesEnd)
 {
     const std::string line = "anna" + zeros(1) + "bob\n";
-    expectStored(makeFrame(6, 3, line), stored(received(6, 3, "anna")), "__bkanna=303072025");
-    expectStored(makeFrame(6, 3, "anna"), stored(received(6, 3, "anna")), "__bkanna=303072025");
+    expectStored(makeFrame(6, 3, line), stored(received("anna", 6)), "__bkanna=303072025");
+    expectStored(makeFrame(6, 3, "anna"), stored(received("anna", 6)), "__bkanna=303072025");
 }
 
 TEST_F(VariableReport, lineWithoutAnEndIsAllName)
 {
     const std::string seen(1999 - std::string("cmd_subs line: ").size(), 'n');
-    Lines calls = received(66, 3, "n");
+    Lines calls = received("n", 66);
     calls.back() = trace("cmd_subs line: " + seen);
     expectStored(upToTheEnd(makeFrame(66, 3, ""), 'n'), stored(calls),
                  "__bk" + std::string(64, 'n') + "=303072025");
@@ -364,13 +319,13 @@ TEST_F(VariableReport, eightCharactersOfTheFirstLineAreTheDate)
 {
     stubDate("03072025");
     expectDate(report(), "03072025");
-    root::writeFile(variableFile, "a=b\n");
+    root::writeFile(kVariables, "a=b\n");
     stubDate("030720259\n");
     expectDate(report(), "03072025");
-    root::writeFile(variableFile, "a=b\n");
+    root::writeFile(kVariables, "a=b\n");
     stubDate(std::string(4000, '7') + "\n");
     expectDate(report(), "77777777");
-    root::writeFile(variableFile, "a=b\n");
+    root::writeFile(kVariables, "a=b\n");
     stubDate("03072025\n12312026\n");
     expectDate(report(), "03072025");
 }
@@ -384,12 +339,12 @@ TEST_F(VariableReport, shorterDateIsKeptWithoutItsNewline)
 TEST_F(VariableReport, failingDateGivesZerosOrWhatItPrinted)
 {
     for (const char* script : {"exit 1", "exit 127", "true"}) {
-        root::writeFile(variableFile, "a=b\n");
+        root::writeFile(kVariables, "a=b\n");
         root::stub("date", script);
         expectDate(report(), "00000000");
         EXPECT_FALSE(root::exists(kWorkFile));
     }
-    root::writeFile(variableFile, "a=b\n");
+    root::writeFile(kVariables, "a=b\n");
     root::stub("date", "echo 03072025; exit 1");
     expectDate(report(), "03072025");
 }
@@ -402,15 +357,12 @@ TEST_F(VariableReport, shellThatCannotStartStoresNothing)
     EXPECT_EQ(root::list("/etc/pelconfig"), (Lines{"system_var", "vokcontrol"}));
 }
 
-TEST_F(VariableReport, failureLeavesWorkFileAndSlotAlone)
+TEST_F(VariableReport, failureLeavesTheWorkFileAlone)
 {
     root::writeFile(kWorkFile, "old");
-    openSlot();
     expectRefused(2);
     expectNoDate(report([] { watch::answer("date", -1, EAGAIN); }));
     EXPECT_EQ(root::readFile(kWorkFile), "old");
-    EXPECT_NE(cmdsvc::currentFile(), nullptr);
-    cmdsvc::closeCurrentFile();
 }
 
 TEST_F(VariableReport, dateThatSomebodyElseReapedStoresNothing)
@@ -451,50 +403,50 @@ TEST_F(VariableReport, outputThatCannotBeRemovedIsTracedUnderAnotherName)
 
 TEST_F(VariableReport, failedSaveIsAnsweredTwice)
 {
-    fs::remove(variableFile);
+    fs::remove(kVariables);
     expectNotSaved(report());
-    EXPECT_FALSE(root::exists(variableFile));
+    EXPECT_FALSE(root::exists(kVariables));
 }
 
 TEST_F(VariableReport, unreadableVariablesAreAFailedSave)
 {
-    fs::permissions(variableFile, fs::perms(0200));
+    fs::permissions(kVariables, fs::perms(0200));
     expectNotSaved(report());
 }
 
 TEST_F(VariableReport, folderInTheVariablesPlaceIsAFailedSave)
 {
-    replaceByFolder(variableFile);
+    replaceByFolder(kVariables);
     expectNotSaved(report());
 }
 
 TEST_F(VariableReport, emptyVariablesTakeTheirFirstLine)
 {
-    root::writeFile(variableFile, "");
+    root::writeFile(kVariables, "");
     EXPECT_EQ(report().answer, statusFrame(0));
-    EXPECT_EQ(root::readFile(variableFile), "__bkanna=303072025\n");
+    EXPECT_EQ(root::readFile(kVariables), "__bkanna=303072025\n");
 }
 
 TEST_F(VariableReport, variablesThatGoWhileTheDateIsTakenAreAFailedSave)
 {
-    expectNotSaved(report([&] { watch::after("date", [&] { fs::remove(variableFile); }); }));
+    expectNotSaved(report([] { watch::after("date", [] { fs::remove(kVariables); }); }));
 }
 
 TEST_F(VariableReport, fullDiskIsAFailedSaveAndLeavesTheVariables)
 {
     expectNotSaved(report([] { root::fillDisk("/etc/pelconfig"); }));
-    EXPECT_EQ(root::readFile(variableFile), "a=b\n");
+    EXPECT_EQ(root::readFile(kVariables), "a=b\n");
 }
 
 // ---- sub1 -------------------------------------------------------------------------------------
 
-class FileReport : public root::Test {
+class FileReport : public request::Test {
   protected:
     const std::string file = kReportFolder + "__bkanna";
 
     void SetUp() override
     {
-        root::Test::SetUp();
+        request::Test::SetUp();
         stubDate("03072025\n");
     }
 
@@ -506,41 +458,32 @@ class FileReport : public root::Test {
     /// The calls up to the date, for a name as it is kept.
     static Lines dated(const std::string& name)
     {
-        return opening("sub1", 2,
-                       {trace("user name = __bk" + name),
-                        trace("cmd_sub1 system(" + kDateLine +
-                              ") nlen = " + std::to_string(4 + name.size()) + " "),
-                        kDateLine});
+        return {trace("user name = __bk" + name),
+                trace("cmd_sub1 system(" + kDateLine +
+                      ") nlen = " + std::to_string(4 + name.size()) + " "),
+                kDateLine};
     }
 
     static Lines stored(const std::string& name)
     {
-        return with(dated(name), {trace("return good 0")});
+        return join({dated(name), {trace("return good 0")}});
     }
 
     /// @param name  as it is kept
     static void expectStored(const std::string& request, const std::string& name,
                              const std::string& content)
     {
+        SCOPED_TRACE(name);
         const Outcome outcome = request::process(request);
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, le32(0)) << name;
-        EXPECT_EQ(outcome.calls, stored(name)) << name;
-        EXPECT_EQ(root::readFile(kReportFolder + "__bk" + name), content) << name;
-        EXPECT_FALSE(root::exists(kWorkFile));
+        expectEnd(outcome, le32(0), stored(name), {}, outcome.printed);
+        EXPECT_EQ(root::readFile(kReportFolder + "__bk" + name), content);
     }
 
     static void expectRefused(const std::string& request)
     {
         root::writeFile(kWorkFile, "old");
-        openSlot();
-        const Outcome outcome = request::process(request);
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, le32(0xFF000003));
-        EXPECT_EQ(outcome.calls, opening("sub1", 2, {exitTrace(0xFF000003)}));
+        expectError(request::process(request), le32(request::kMalformed), request::kMalformed, {});
         EXPECT_EQ(root::list(kReportFolder), Lines{});
-        EXPECT_FALSE(root::exists(kWorkFile));
-        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
     }
 
     /// What is left to read of a request with this behind its state, when it has ended.
@@ -559,40 +502,29 @@ class FileReport : public root::Test {
 
     void expectDate(const Outcome& outcome, const std::string& date, const Lines& traced = {})
     {
-        EXPECT_EQ(outcome.answer, le32(0));
-        EXPECT_EQ(outcome.calls, with(with(dated("anna"), traced), {trace("return good 0")}));
+        expectReply(outcome, le32(0), join({dated("anna"), traced, {trace("return good 0")}}));
         EXPECT_EQ(root::readFile(file), "3" + date);
     }
 
     static void expectNoDate(const Outcome& outcome)
     {
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, le32(0xC2000003));
-        EXPECT_EQ(outcome.calls, with(dated("anna"), {exitTrace(0xC2000003)}));
+        expectError(outcome, le32(0xC2000003), 0xC2000003, dated("anna"));
         EXPECT_EQ(root::list(kReportFolder), Lines{});
-        EXPECT_FALSE(root::exists(kWorkFile));
-        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
     }
 
     void expectNotSaved(const Outcome& outcome, const std::string& reason,
                         const std::string& name = "anna")
     {
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, le32(0xC2000002));
-        EXPECT_EQ(outcome.calls,
-                  with(dated(name), {trace("failed saving bk status to: " + kReportFolder + "__bk" +
-                                           name + "- system err:" + reason),
-                                     exitTrace(0xC2000002)}));
-        EXPECT_FALSE(root::exists(kWorkFile));
-        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+        const std::string path = kReportFolder + "__bk" + name;
+        const Lines failure = {
+            trace("failed saving bk status to: " + path + "- system err:" + reason)};
+        expectError(outcome, le32(0xC2000002), 0xC2000002, join({dated(name), failure}));
     }
 };
 
 TEST_F(FileReport, stateAndDateAreKeptInTheUsersFile)
 {
     expectStored(makeFrame(3, "anna\n"), "anna", "303072025");
-    EXPECT_EQ(fout_buf, nullptr);
-    EXPECT_EQ(root::list("/tmp"), (Lines{"dbg_vokcontrol.txt", "outbuf7"}));
     EXPECT_EQ(root::list(kReportFolder), Lines{"__bkanna"});
     EXPECT_EQ(root::list("/etc/pelconfig"), Lines{"vokcontrol"});
 }
@@ -716,12 +648,12 @@ TEST_F(FileReport, nameWithoutAnEndIsRefused)
 
 TEST_F(FileReport, nameIsReadToItsEndOrForSixtySevenBytes)
 {
-    expectUnread("anna\nmore\n", "more\n");
-    expectUnread("anna" + zeros(1) + "more\n", "more\n");
-    expectUnread("\nmore\n", "more\n");
-    expectUnread(std::string(67, 'n') + "\nmore\n", "\nmore\n");
-    expectUnread(std::string(100, 'n') + "\n", std::string(33, 'n') + "\n");
-    expectUnread(std::string(70, '\\') + std::string(67, 'n') + "\\m\n", "\\m\n");
+    expectUnread("anna\nmore\n", "more");
+    expectUnread("anna" + zeros(1) + "more\n", "more");
+    expectUnread("\nmore\n", "more");
+    expectUnread(std::string(67, 'n') + "\nmore\n", "\nmore");
+    expectUnread(std::string(100, 'n') + "\n", std::string(33, 'n'));
+    expectUnread(std::string(70, '\\') + std::string(67, 'n') + "\\m\n", "\\m");
 }
 
 // ---- sub1: the date ---------------------------------------------------------------------------
@@ -757,7 +689,6 @@ TEST_F(FileReport, failingDateGivesZerosOrWhatItPrinted)
 TEST_F(FileReport, shellThatCannotStartStoresNothing)
 {
     root::writeFile(kWorkFile, "old");
-    openSlot();
     expectNoDate(report([] { watch::answer("date", -1, EAGAIN); }));
 }
 
@@ -799,7 +730,6 @@ TEST_F(FileReport, outputThatCannotBeRemovedIsTracedUnderAnotherName)
 TEST_F(FileReport, missingFolderIsAFailedSave)
 {
     fs::remove(kReportFolder.substr(0, kReportFolder.size() - 1));
-    openSlot();
     expectNotSaved(report(), "2(No such file or directory)");
     EXPECT_EQ(root::list("/etc/pelconfig/vokcontrol"), Lines{});
 }
@@ -833,7 +763,7 @@ TEST_F(FileReport, fullDiskIsAFailedSave)
 
 // ---- gub1 -------------------------------------------------------------------------------------
 
-class BackupTable : public root::Test {
+class BackupTable : public request::Test {
   protected:
     static constexpr const char* kMark = "/tmp/bkstart";
     static constexpr int kCapacity = 500;
@@ -845,7 +775,7 @@ class BackupTable : public root::Test {
 
     void SetUp() override
     {
-        root::Test::SetUp();
+        request::Test::SetUp();
         root::stub("fdisk", "echo 'Disk /dev/sda: 500.1 GB, 500107862016 bytes'");
         root::stub("pelparam", "echo 1");
         root::stub("ps", "echo 12 root pelstatus");
@@ -962,13 +892,9 @@ class BackupTable : public root::Test {
 
     static Lines noUser() { return {trace("cmd_gub1 -- RetUsersBkStatus -- No User 0")}; }
 
-    Lines calls(const std::vector<Lines>& parts)
+    [[nodiscard]] Lines calls(const std::vector<Lines>& parts) const
     {
-        Lines all = opening("gub1", 0, capacityCalls);
-        for (const Lines& part : parts) {
-            all.insert(all.end(), part.begin(), part.end());
-        }
-        return all;
+        return join({capacityCalls, join(parts)});
     }
 
     [[nodiscard]] std::string header(unsigned count) const
@@ -988,12 +914,18 @@ class BackupTable : public root::Test {
     {
         publish(payload);
         const Outcome outcome = ask();
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, (count == 0) ? bytes.substr(0, 10) : bytes);
-        EXPECT_EQ(outcome.calls,
-                  calls({statusRead(payload), served(count, payload.size()), dump(bytes),
-                         daemonFound(), (count == 0) ? noUser() : written(bytes.size())}));
+        expectReply(outcome, (count == 0) ? bytes.substr(0, 10) : bytes,
+                    calls({statusRead(payload), served(count, payload.size()), dump(bytes),
+                           daemonFound(), (count == 0) ? noUser() : written(bytes.size())}));
         EXPECT_EQ(root::readFile(kMark), le32(1));
+    }
+
+    /// The daemon was run, and the status stays what it was at this look: none.
+    void expectNone(const Outcome& outcome, const Lines& look) const
+    {
+        expectReply(outcome, header(0),
+                    calls({look, daemonRun(), look, {counted(0)}, dump(header(0)), noUser()}));
+        EXPECT_FALSE(root::exists(kMark));
     }
 
     /// A payload that was published by the run, likewise.
@@ -1002,14 +934,13 @@ class BackupTable : public root::Test {
         fs::remove(root::kStatusFile);
         publishOnRun(payload);
         const Outcome outcome = ask();
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, (count == 0) ? bytes.substr(0, 10) : bytes);
-        EXPECT_EQ(outcome.calls, calls({statusMissing(),
-                                        daemonRun(),
-                                        statusRead(payload),
-                                        {counted(count)},
-                                        dump(bytes),
-                                        (count == 0) ? noUser() : written(bytes.size())}));
+        expectReply(outcome, (count == 0) ? bytes.substr(0, 10) : bytes,
+                    calls({statusMissing(),
+                           daemonRun(),
+                           statusRead(payload),
+                           {counted(count)},
+                           dump(bytes),
+                           (count == 0) ? noUser() : written(bytes.size())}));
         EXPECT_FALSE(root::exists(kMark));
     }
 };
@@ -1019,9 +950,7 @@ TEST_F(BackupTable, publishedRecordsAreAnsweredAsTheyStand)
     const std::string records = record(12, "anna") + record(65535, "B\xC3\xA9"
                                                                    "a");
     expectServed(table(2, records), 2, header(2) + records);
-    EXPECT_EQ(fout_buf, nullptr);
-    EXPECT_EQ(root::list("/tmp"),
-              (Lines{"bkstart", "dbg_vokcontrol.txt", "outbuf7", "vokcontrol2.tmp"}));
+    EXPECT_EQ(request::leftBehind(), (Lines{kMark, "/tmp/vokcontrol2.tmp"}));
 }
 
 TEST_F(BackupTable, headersOwnBytesAreOverwritten)
@@ -1107,11 +1036,11 @@ TEST_F(BackupTable, daemonIsStartedWhereItDoesNotRun)
     const std::string bytes = header(1) + record(1, "anna");
     publish(payload);
     const Outcome outcome = ask();
-    EXPECT_EQ(outcome.answer, bytes);
     const Lines started = {daemonFound()[0], "startapp pelstatus",
                            trace("startPelStatus() start pelstatus return: 0 -- sys ret:Success")};
-    EXPECT_EQ(outcome.calls, calls({statusRead(payload), served(1, payload.size()), dump(bytes),
-                                    started, written(bytes.size())}));
+    expectReply(outcome, bytes,
+                calls({statusRead(payload), served(1, payload.size()), dump(bytes), started,
+                       written(bytes.size())}));
     EXPECT_EQ(root::readFile("/stubs/started"), "pelstatus\n");
 }
 
@@ -1166,36 +1095,20 @@ TEST_F(BackupTable, damagedStatusIsNone)
     std::string damaged = image(payload);
     damaged.back() = static_cast<char>(damaged.back() ^ 1);
     root::writeFile(root::kStatusFile, damaged);
-    const Outcome outcome = ask();
-    EXPECT_EQ(outcome.answer, header(0));
-    const Lines look = statusRead(payload, sum(payload) ^ 1U);
-    EXPECT_EQ(outcome.calls,
-              calls({look, daemonRun(), look, {counted(0)}, dump(header(0)), noUser()}));
+    expectNone(ask(), statusRead(payload, sum(payload) ^ 1U));
 }
 
 TEST_F(BackupTable, statusOfAFailedCollectionIsNone)
 {
     publish("");
-    const Outcome outcome = ask();
-    EXPECT_EQ(outcome.answer, header(0));
-    EXPECT_EQ(outcome.calls, calls({statusRead(""),
-                                    daemonRun(),
-                                    statusRead(""),
-                                    {counted(0)},
-                                    dump(header(0)),
-                                    noUser()}));
-    EXPECT_FALSE(root::exists(kMark));
+    expectNone(ask(), statusRead(""));
 }
 
 TEST_F(BackupTable, unreadableStatusIsNone)
 {
     publish(table(1, record(1, "anna")));
     fs::permissions(root::kStatusFile, fs::perms(0));
-    const Outcome outcome = ask();
-    EXPECT_EQ(outcome.answer, header(0));
-    const Lines look = statusMissing("13(Permission denied)");
-    EXPECT_EQ(outcome.calls,
-              calls({look, daemonRun(), look, {counted(0)}, dump(header(0)), noUser()}));
+    expectNone(ask(), statusMissing("13(Permission denied)"));
 }
 
 TEST_F(BackupTable, folderInTheStatusPlaceIsNone)
@@ -1207,17 +1120,9 @@ TEST_F(BackupTable, folderInTheStatusPlaceIsNone)
 TEST_F(BackupTable, runThatPublishesNothingGivesAFreshEmptyTable)
 {
     for (const char* script : {"exit 0", "exit 1", "exit 127"}) {
+        SCOPED_TRACE(script);
         root::stub("pelstatus", script);
-        const Outcome outcome = ask();
-        EXPECT_EQ(outcome.answer, header(0)) << script;
-        EXPECT_EQ(outcome.calls, calls({statusMissing(),
-                                        daemonRun(),
-                                        statusMissing(),
-                                        {counted(0)},
-                                        dump(header(0)),
-                                        noUser()}))
-            << script;
-        EXPECT_FALSE(root::exists(kMark));
+        expectNone(ask(), statusMissing());
     }
 }
 
@@ -1230,15 +1135,8 @@ TEST_F(BackupTable, failingRunThatPublishesCounts)
 TEST_F(BackupTable, publishedStatusThatIsGoneAgainIsNone)
 {
     publishOnRun(table(1, record(1, "anna")));
-    const Outcome outcome =
-        ask([] { watch::after("pelstatus", [] { fs::remove(root::kStatusFile); }); });
-    EXPECT_EQ(outcome.answer, header(0));
-    EXPECT_EQ(outcome.calls, calls({statusMissing(),
-                                    daemonRun(),
-                                    statusMissing(),
-                                    {counted(0)},
-                                    dump(header(0)),
-                                    noUser()}));
+    expectNone(ask([] { watch::after("pelstatus", [] { fs::remove(root::kStatusFile); }); }),
+               statusMissing());
 }
 
 TEST_F(BackupTable, daemonThatCannotBeRunIsTracedAndStartedForTheNextTime)
@@ -1247,15 +1145,14 @@ TEST_F(BackupTable, daemonThatCannotBeRunIsTracedAndStartedForTheNextTime)
         {EAGAIN, "Resource temporarily unavailable"}, {ECHILD, "No child processes"}};
     for (const auto& [error, reason] : reasons) {
         const Outcome outcome = ask([error = error] { watch::answer("pelstatus", -1, error); });
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, header(0));
-        EXPECT_EQ(outcome.calls,
-                  calls({statusMissing(),
-                         daemonRun(),
-                         {trace("cmd_gub1 -- failed system(" + reason + "), ret: -1"), counted(0)},
-                         dump(header(0)),
-                         daemonFound(),
-                         noUser()}));
+        expectReply(
+            outcome, header(0),
+            calls({statusMissing(),
+                   daemonRun(),
+                   {trace("cmd_gub1 -- failed system(" + reason + "), ret: -1"), counted(0)},
+                   dump(header(0)),
+                   daemonFound(),
+                   noUser()}));
         EXPECT_FALSE(root::exists(kMark));
     }
 }
@@ -1285,7 +1182,7 @@ TEST_F(BackupTable, capacityIsSixteenBitsWide)
 
 // ---- grst -------------------------------------------------------------------------------------
 
-class DriveCheck : public root::Test {
+class DriveCheck : public request::Test {
   protected:
     const std::string countFile = root::workFile("GetTovHDDS");
     const std::string countLine = "sudo pelparam -d > " + countFile;
@@ -1294,19 +1191,14 @@ class DriveCheck : public root::Test {
     static Outcome ask(std::uint32_t count = 0)
     {
         root::writeFile(kWorkFile, "old");
-        openSlot();
         request::load(frame("grst", count));
         return request::run();
     }
 
     static void expectAnswer(const Outcome& outcome, std::uint32_t code, const Lines& calls)
     {
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, le32(code));
-        EXPECT_EQ(outcome.calls, opening("grst", 0, with(calls, {exitTrace(code)})));
+        expectError(outcome, le32(code), code, calls, request::leftBehind());
         EXPECT_FALSE(root::exists(kWorkFile));
-        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
-        EXPECT_EQ(fout_buf, nullptr);
     }
 
     void expectReadable(const std::string& script)
@@ -1334,9 +1226,7 @@ TEST_F(DriveCheck, commandThatHasRunAndFailedIsReadable)
 TEST_F(DriveCheck, parameterCountIsNotLookedAt)
 {
     root::stub("pelparam", "echo 2");
-    const Outcome outcome = ask(7);
-    EXPECT_EQ(outcome.answer, le32(0xD0000001));
-    EXPECT_EQ(outcome.calls, opening("grst", 7, {countLine, removeLine, exitTrace(0xD0000001)}));
+    expectAnswer(ask(7), 0xD0000001, {countLine, removeLine});
 }
 
 TEST_F(DriveCheck, negativeNumberIsNotReadable)
@@ -1351,7 +1241,6 @@ TEST_F(DriveCheck, shellThatCannotStartIsNotReadable)
         {EAGAIN, "Resource temporarily unavailable"}, {ECHILD, "No child processes"}};
     for (const auto& [error, reason] : reasons) {
         root::writeFile(kWorkFile, "old");
-        openSlot();
         request::load(frame("grst", 0));
         watch::answer("sudo pelparam", -1, error);
         expectAnswer(request::run(), 0xFF000004,
@@ -1364,7 +1253,6 @@ TEST_F(DriveCheck, outputThatIsGoneIsReadable)
 {
     root::stub("pelparam", "echo 2");
     root::writeFile(kWorkFile, "old");
-    openSlot();
     request::load(frame("grst", 0));
     watch::after("sudo pelparam", [&] { fs::remove(countFile); });
     expectAnswer(

@@ -7,29 +7,25 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
-#include "cmdsvc/channel.h"
 #include "tests/support/request.h"
-#include "tests/support/root.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using request::exitTrace;
 using request::frame;
-using request::opening;
-using request::Outcome;
+using request::kGood;
+using request::kWorkFile;
+using request::Lines;
 using root::join;
+using root::kVariables;
 using root::le32;
 using root::trace;
 
-const std::string kWorkFile = "/tmp/vokcontrol.tmp";
-const std::string kVariables = "/etc/pelconfig/system_var";
 const std::string kCannotRead =
     "//<!-- getvar() - getsetvar failed open file: " + kVariables + ", syserr: ";
 
-constexpr std::uint32_t kGood = 0;
 constexpr std::uint32_t kSetupDone = 0x80000001;
 constexpr std::uint32_t kNoLanguage = 0xB0000001;
 constexpr std::uint32_t kLanguageWithoutCode = 0xB0000002;
@@ -44,53 +40,23 @@ std::string repeated(const std::string& text, int times)
     return all;
 }
 
-/// A request, while a file of a request before is still open in the slot.
-class Query : public root::Test {
+/// A query, with the work file of an earlier command in its place.
+class Query : public request::Test {
   protected:
-    void TearDown() override
-    {
-        cmdsvc::closeCurrentFile();
-        root::Test::TearDown();
-    }
-
-    /// Has a request processed, and compares all that it leaves.
-    /// @param isGood  whether it ends without an error
+    /// Has the loaded request processed, and compares all that it leaves.
+    /// @param isGood  whether it ends without an error, and so without its exit
     /// @param printed  on standard output
-    static void expectEnd(const std::string& code, const std::string& answer, bool isGood,
-                          const Lines& calls, const std::string& printed = "",
-                          const Lines& left = {})
+    /// @param left  files besides the work file, which only an exit removes
+    static void expectEnd(const std::string& answer, bool isGood, const Lines& calls,
+                          const std::string& printed = "", const Lines& left = {})
     {
         root::writeFile(kWorkFile, "work");
-        ASSERT_NE(cmdsvc::openCurrentFile(kWorkFile.c_str()), nullptr);
         const Lines settings = root::list("/etc/pelconfig");
         const std::string variables = root::readFile(kVariables);
-
-        testing::internal::CaptureStdout();
-        const Outcome outcome = request::run();
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), printed);
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, answer);
-        EXPECT_EQ(outcome.calls, join({opening(code, 0), calls}));
-        EXPECT_EQ(cmdsvc::currentFile() != nullptr, isGood) << "an exit closes the slot";
-        EXPECT_EQ(root::exists(kWorkFile), isGood) << "an exit removes the work file";
-        EXPECT_EQ(fout_buf, nullptr);
-        EXPECT_EQ(leftBehind(), left);
+        request::Test::expectEnd(answer, calls, join({left, isGood ? Lines{kWorkFile} : Lines{}}),
+                                 printed);
         EXPECT_EQ(root::list("/etc/pelconfig"), settings) << "nothing is written";
         EXPECT_EQ(root::readFile(kVariables), variables);
-        cmdsvc::closeCurrentFile();
-    }
-
-  private:
-    static Lines leftBehind()
-    {
-        Lines paths;
-        for (const std::string& name : root::list("/tmp")) {
-            paths.push_back("/tmp/" + name);
-        }
-        std::erase_if(paths, [](const std::string& path) {
-            return path == kWorkFile || path == root::kTraceFile || path == "/tmp/outbuf7";
-        });
-        return paths;
     }
 };
 
@@ -107,7 +73,7 @@ class FirstTime : public Query {
         if (code != kGood) {
             calls.push_back(exitTrace(code));
         }
-        expectEnd("frst", le32(code), code == kGood, calls, printed);
+        expectEnd(le32(code), code == kGood, calls, printed);
     }
 
     static void expectMarker(const std::string& marker, std::uint32_t code)
@@ -197,8 +163,8 @@ TEST_F(FirstTime, nothingBehindTheRequestLineIsRead)
 {
     root::writeFile(kVariables, "firsttime=1\n");
     request::load(frame("frst", 0, "more\n"));
-    expectEnd("frst", le32(kGood), true, {trace("cmd_frst() return : 1")});
-    EXPECT_EQ(std::fgetc(cmdsvc::requestStream()), 'm');
+    expectEnd(le32(kGood), true, {trace("cmd_frst() return : 1")});
+    EXPECT_EQ(request::unread(), "more");
 }
 
 TEST_F(FirstTime, everyTraceReachesTheFile)
@@ -256,15 +222,14 @@ class QuickSetup : public Query {
         const std::string name = value.substr(0, 64);
         const std::string answer = "qlrt " + le32(2) + "\n" + code + "\n" + name + "\n";
         EXPECT_EQ(answer.size(), 12 + code.size() + name.size());
-        expectEnd("qlps", answer, true,
+        expectEnd(answer, true,
                   join({valueCalls(language, code, value), {trace("pubsharename = " + name)}}));
     }
 
     static void expectError(std::uint32_t code, const Lines& calls, const std::string& printed = "",
                             const Lines& left = {})
     {
-        expectEnd("qlps", "erro " + le32(code), false, join({calls, {exitTrace(code)}}), printed,
-                  left);
+        expectEnd("erro " + le32(code), false, join({calls, {exitTrace(code)}}), printed, left);
     }
 
     static void expectNoCode(const std::string& language)
@@ -280,7 +245,7 @@ TEST_F(QuickSetup, englishHasItsShareName)
     root::writeFile(kVariables, "default_public_share_name_en=Public\n");
     stubLanguage(tagged("english"));
     request::load(frame("qlps", 0));
-    expectEnd("qlps", std::string("qlrt \2\0\0\0\nen\nPublic\n", 20), true,
+    expectEnd(std::string("qlrt \2\0\0\0\nen\nPublic\n", 20), true,
               {kAsk + work(), trace("getSysVar(): " + kAsk + work() + " -- iRet: 0"),
                trace("getSysVar retBuf:english"), trace("cmd_qlps pel_language= english"),
                trace("cmd_qlps pel_language= default_public_share_name_en"),

@@ -10,36 +10,32 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-#include "cmdsvc/channel.h"
-#include "tests/support/copies.h"
+#include "tests/support/faults.h"
 #include "tests/support/request.h"
-#include "tests/support/root.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-using Lines = std::vector<std::string>;
-using request::exitTrace;
-using request::frame;
-using request::opening;
+using request::Failure;
+using request::kFailed;
+using request::kFailures;
+using request::kGood;
+using request::kMalformed;
+using request::kNoMemory;
+using request::kWorkFile;
+using request::Lines;
 using request::Outcome;
-using root::copiesLeft;
 using root::cutTrace;
 using root::join;
+using root::kVariables;
 using root::le32;
 using root::trace;
 
-const std::string kWorkFile = "/tmp/vokcontrol.tmp";
-const std::string kVariables = "/etc/pelconfig/system_var";
 const std::string kPelScript = "sudo /usr/bin/php /etc/inc/api_pel.php ";
 const std::string kSystemScript = "sudo /usr/bin/php /etc/inc/api_system.php ";
 const std::string kSetTime = kPelScript + "tovSetUtcSysTime ";
 
-constexpr std::uint32_t kGood = 0;
-constexpr std::uint32_t kNoMemory = 0xFF000001;
-constexpr std::uint32_t kMalformed = 0xFF000003;
-constexpr std::uint32_t kFailed = 0xFF000004;
 constexpr std::uint32_t kStartPageNotSet = 0x50000001;
 constexpr std::uint32_t kHostNameTooLong = 0x50000003;
 constexpr std::uint32_t kWorkGroupTooLong = 0x50000004;
@@ -88,13 +84,6 @@ struct Parameters {
 std::string lines(const Parameters& p)
 {
     return p.date + "\n" + p.hostName + "\n" + p.workGroup + "\n" + p.language + "\n";
-}
-
-/// A request that takes up all there is to read; these bytes are its last.
-std::string filledFrame(const std::string& end)
-{
-    const std::string start = "host " + le32(4);
-    return start + std::string(4096 - start.size() - 1 - end.size(), 'x') + "\n" + end;
 }
 
 // ---- Calls ------------------------------------------------------------------------------------
@@ -155,42 +144,17 @@ Lines upToLanguage(const Parameters& p, const std::string& languageName = "engli
     return join({read(p), settingClock(), setting("tovSetLanguage", languageName)});
 }
 
-/// A way in which a shell line fails.
-struct Failure {
-    std::string script; ///< what the script does; empty where no shell is started
-    int result;
-    int error;
-    std::string reason;
-};
-
-const std::vector<Failure> kFailures = {
-    {"exit 1", 0x100, 0, "Success"},
-    {"exit 127", 0x7F00, 0, "Success"},
-    {"exit 255", 0xFF00, 0, "Success"},
-    {"", -1, EAGAIN, "Resource temporarily unavailable"},
-    {"", -1, ECHILD, "No child processes"},
-    {"", -1, 0, "Success"},
-    {"", 9, 0, "Success"},
-};
-
 // ---- The command ------------------------------------------------------------------------------
 
-class Host : public root::Test {
+class Host : public request::Test {
   protected:
     void SetUp() override
     {
-        root::Test::SetUp();
+        request::Test::SetUp();
         stubScripts();
     }
 
-    void TearDown() override
-    {
-        copiesLeft = -1;
-        cmdsvc::closeCurrentFile();
-        root::Test::TearDown();
-    }
-
-    /// Loads a request, while a file of a request before is still open in the slot.
+    /// Loads a request, with the work file of an earlier command in its place.
     static void loadFrame(const std::string& request)
     {
         fs::remove("/stubs/asked");
@@ -199,13 +163,20 @@ class Host : public root::Test {
             fs::remove(kVariables + end);
         }
         root::writeFile(kVariables, kBefore);
-        copiesLeft = -1;
         request::load(request);
         root::writeFile(kWorkFile, "work");
-        ASSERT_NE(cmdsvc::openCurrentFile(kWorkFile.c_str()), nullptr);
     }
 
-    static void load(const std::string& parameters) { loadFrame(frame("host", 4, parameters)); }
+    static void loadFilled(const std::string& parameters)
+    {
+        loadFrame(request::filledFrame("host", 4, parameters));
+    }
+
+    static void load(const std::string& parameters)
+    {
+        loadFrame(request::frame("host", 4, parameters));
+    }
+
     static void load(const Parameters& parameters) { load(lines(parameters)); }
 
     /// Has the next line of a function fail in one of the ways.
@@ -226,20 +197,14 @@ class Host : public root::Test {
     }
 
     /// Has the request processed, and compares all that it leaves.
-    /// @param left  files besides those that any request leaves
+    /// @param left  files besides the work file, which only an exit removes
     static void expectEnd(std::uint32_t code, const Lines& calls, const Lines& left = {})
     {
-        const Outcome outcome = request::run();
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, le32(code));
-        const bool isGood = code == kGood;
-        EXPECT_EQ(outcome.calls,
-                  join({opening("host", 4), calls, isGood ? Lines{} : Lines{exitTrace(code)}}));
-        EXPECT_EQ(cmdsvc::currentFile() != nullptr, isGood) << "an exit closes the slot";
-        EXPECT_EQ(root::exists(kWorkFile), isGood) << "an exit removes the work file";
-        EXPECT_EQ(fout_buf, nullptr);
-        EXPECT_EQ(leftBehind(), left);
-        cmdsvc::closeCurrentFile();
+        if (code == kGood) {
+            request::Test::expectEnd(le32(code), calls, join({left, {kWorkFile}}));
+        } else {
+            expectError(request::run(), le32(code), code, calls, left);
+        }
     }
 
     /// The request ends before anything has been changed.
@@ -254,19 +219,6 @@ class Host : public root::Test {
     static void expectVariables(const std::string& added)
     {
         EXPECT_EQ(root::readFile(kVariables), kBefore + added);
-    }
-
-  private:
-    static Lines leftBehind()
-    {
-        Lines paths;
-        for (const std::string& name : root::list("/tmp")) {
-            paths.push_back("/tmp/" + name);
-        }
-        std::erase_if(paths, [](const std::string& path) {
-            return path == kWorkFile || path == root::kTraceFile || path == "/tmp/outbuf7";
-        });
-        return paths;
     }
 };
 
@@ -342,7 +294,7 @@ TEST_F(Host, variablesOfTheSameNameAreReplaced)
 TEST_F(Host, linesMayFillTheRequestToItsEnd)
 {
     const Parameters p = {.hostName = "attic", .workGroup = "HOME"};
-    loadFrame(filledFrame(lines(p)));
+    loadFilled(lines(p));
     expectEnd(kGood, join({upToLanguage(p), settingHostName("attic"),
                            setting("tovSetWorkgroup", "HOME")}));
 }
@@ -350,9 +302,9 @@ TEST_F(Host, linesMayFillTheRequestToItsEnd)
 TEST_F(Host, aFifthLineIsNotRead)
 {
     const Parameters p;
-    load(lines(p) + "more\n");
+    load(lines(p) + "more");
     expectEnd(kGood, upToLanguage(p));
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
 }
 
 TEST_F(Host, lineThatIsMissingIsMalformed)
@@ -377,14 +329,14 @@ TEST_F(Host, lineBehindTheVeryEndOfTheRequestIsMalformed)
     for (std::size_t i = 0; i < whole.size(); ++i) {
         SCOPED_TRACE(i);
         before += whole[i];
-        loadFrame(filledFrame(before));
+        loadFilled(before);
         expectRefused(kMalformed, firstOf(traces, i + 1));
     }
 }
 
 TEST_F(Host, requestLineThatFillsTheRequestLeavesTwoBytesForADate)
 {
-    loadFrame(filledFrame(""));
+    loadFilled("");
     expectRefused(kMalformed, {trace("date=x")});
 }
 
@@ -398,7 +350,7 @@ TEST_F(Host, lineWithoutItsNewlineIsMalformed)
         const std::string text = whole[i].substr(0, whole[i].size() - 1);
         load(before + text);
         expectRefused(kMalformed, firstOf(traces, i));
-        loadFrame(filledFrame(before + text));
+        loadFilled(before + text);
         expectRefused(kMalformed, firstOf(traces, i));
         before += whole[i];
     }
@@ -444,7 +396,7 @@ TEST_F(Host, withoutMemoryForALine)
     for (int copies = 0; copies < 4; ++copies) {
         SCOPED_TRACE(copies);
         load(p);
-        copiesLeft = copies;
+        const faults::Guard noMemory = faults::failStrdup(copies);
         expectRefused(kNoMemory, firstOf(read(p), static_cast<std::size_t>(copies) + 1));
     }
 }
@@ -452,28 +404,27 @@ TEST_F(Host, withoutMemoryForALine)
 TEST_F(Host, lineIsCopiedBeforeItIsJudged)
 {
     const std::string name(33, 'n');
-    const Parameters p = {.hostName = name, .workGroup = name, .language = "xx"};
-    load(p);
-    copiesLeft = 1;
-    expectRefused(kNoMemory, firstOf(read(p), 2));
-    const Parameters group = {.workGroup = name};
-    load(group);
-    copiesLeft = 2;
-    expectRefused(kNoMemory, firstOf(read(group), 3));
-    const Parameters language = {.language = "xx"};
-    load(language);
-    copiesLeft = 3;
-    expectRefused(kNoMemory, read(language));
+    const std::vector<Parameters> refused = {
+        {.hostName = name, .workGroup = name, .language = "xx"},
+        {.workGroup = name},
+        {.language = "xx"},
+    };
+    for (std::size_t i = 0; i < refused.size(); ++i) {
+        SCOPED_TRACE(i);
+        load(refused[i]);
+        const faults::Guard noMemory = faults::failStrdup(static_cast<int>(i) + 1);
+        expectRefused(kNoMemory, firstOf(read(refused[i]), i + 2));
+    }
 }
 
 TEST_F(Host, fourCopiesAreAllThatIsNeeded)
 {
     const Parameters p = {.hostName = "attic", .workGroup = "HOME"};
     load(p);
-    copiesLeft = 4;
+    const faults::Guard noMemory = faults::failStrdup(4);
     expectEnd(kGood, join({upToLanguage(p), settingHostName("attic"),
                            setting("tovSetWorkgroup", "HOME")}));
-    EXPECT_EQ(copiesLeft, 0);
+    EXPECT_EQ(faults::copiesLeft(), 0);
 }
 
 // ---- Date and time ----------------------------------------------------------------------------
@@ -746,7 +697,7 @@ TEST_F(Host, hostNamesOfAnySize)
         load(p);
         if (size > 32) {
             expectRefused(kHostNameTooLong, firstOf(read(p), 2));
-            EXPECT_EQ(request::unread(), "\nen\n") << "the work group is not read";
+            EXPECT_EQ(request::unread(), "\nen") << "the work group is not read";
         } else {
             expectEnd(kGood,
                       join({upToLanguage(p), (size > 1) ? settingHostName(p.hostName) : Lines{}}));
@@ -763,7 +714,7 @@ TEST_F(Host, workGroupsOfAnySize)
         load(p);
         if (size > 32) {
             expectRefused(kWorkGroupTooLong, firstOf(read(p), 3));
-            EXPECT_EQ(request::unread(), "en\n") << "the language is not read";
+            EXPECT_EQ(request::unread(), "en") << "the language is not read";
         } else {
             expectEnd(kGood,
                       join({upToLanguage(p),

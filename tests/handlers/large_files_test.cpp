@@ -6,18 +6,14 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/request.h"
-#include "tests/support/root.h"
 #include "vokcontrol.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-using Lines = std::vector<std::string>;
-using request::exitTrace;
 using request::frame;
-using request::opening;
-using request::Outcome;
+using request::Lines;
 using root::le32;
 using root::trace;
 
@@ -38,12 +34,12 @@ std::string sizeTrace(const std::string& path, const std::string& size)
     return trace("file " + path + " size = " + size + " bytes");
 }
 
-class LargeFiles : public root::Test {
+class LargeFiles : public request::Test {
   protected:
     void TearDown() override
     {
         fs::remove(kBuildFile);
-        root::Test::TearDown();
+        request::Test::TearDown();
     }
 };
 
@@ -57,11 +53,8 @@ TEST_F(LargeFiles, versionIsRefusedForItsSize)
     for (const auto& [size, shown] : sizes) {
         SCOPED_TRACE(size);
         makeLarge(kBuildFile, "1.0\n", size);
-        const Outcome outcome = request::process(frame("vers", 0));
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, "erro " + le32(0x40000004));
-        EXPECT_EQ(outcome.calls,
-                  opening("vers", 0, {sizeTrace(kBuildFile, shown), exitTrace(0x40000004)}));
+        expectError(request::process(frame("vers", 0)), "erro " + le32(0x40000004), 0x40000004,
+                    {sizeTrace(kBuildFile, shown)});
     }
 }
 
@@ -69,11 +62,8 @@ TEST_F(LargeFiles, versionIsRefusedForItsSize)
 TEST_F(LargeFiles, privateFileIsSentAsFarAsItsSizeOnTheWire)
 {
     makeLarge(kPrivateFile, "abcdef", 4 * kGibibyte + 3);
-    const Outcome outcome = request::process(frame("gpvt", 0));
-    EXPECT_EQ(outcome.result, 0);
-    EXPECT_EQ(outcome.answer, "gprt " + le32(2) + "\n" + le32(3) + "\n" + "abc");
-    EXPECT_EQ(outcome.calls,
-              opening("gpvt", 0, {sizeTrace(kPrivateFile, "3"), trace("sending buffer abc")}));
+    expectEnd(request::process(frame("gpvt", 0)), "gprt " + le32(2) + "\n" + le32(3) + "\n" + "abc",
+              {sizeTrace(kPrivateFile, "3"), trace("sending buffer abc")});
 }
 
 TEST_F(LargeFiles, publishedStatusIsReadWhateverComesBehindIt)

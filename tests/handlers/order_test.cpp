@@ -9,29 +9,28 @@
 #include <string>
 #include <vector>
 
-#include "cmdsvc/channel.h"
 #include "core/core.h"
 #include "handlers/users.h"
 #include "tests/support/file_events.h"
 #include "tests/support/request.h"
-#include "tests/support/root.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-using Lines = std::vector<std::string>;
 using request::frame;
+using request::kWorkFile;
+using request::Lines;
 
 const std::string kSwitch = "/usr/bin/ra-enabled";
 const std::string kReport = "/etc/pelconfig/vokcontrol/__bksts/__bkanna";
 
 /// An appliance on which every request ends well.
-class Order : public root::Test {
+class Order : public request::Test {
   protected:
     void SetUp() override
     {
-        root::Test::SetUp();
+        request::Test::SetUp();
         root::writeFile("/stubs/listing", root::shareBlock("Music"));
         root::stub("php", R"(case $2 in
 tovGetShareList) cat /stubs/listing >"$3" ;;
@@ -47,14 +46,14 @@ esac)");
         root::stub("ps", "echo pelstatus");
         root::writeFile(kSwitch, "#!/usr/bin/sh\nexit 0\n");
         fs::permissions(kSwitch, fs::perms(0755));
-        root::writeFile("/etc/pelconfig/system_var",
+        root::writeFile(root::kVariables,
                         "pel_pubshare_name=Public\ndefault_public_share_name_en=Public\n");
     }
 
     void TearDown() override
     {
         fs::remove(kSwitch);
-        root::Test::TearDown();
+        request::Test::TearDown();
     }
 
     /// Has a request processed, and looks at something when the first trace that starts so is made.
@@ -65,9 +64,7 @@ esac)");
         std::optional<decltype(look())> seen;
         request::load(request);
         watch::after("echo \"" + traceStart, [&] { seen = look(); });
-        testing::internal::CaptureStdout();
         EXPECT_EQ(request::run().result, 0);
-        testing::internal::GetCapturedStdout();
         return seen;
     }
 
@@ -93,9 +90,7 @@ esac)");
     {
         const root::FileEvents events("/tmp");
         request::load(request);
-        testing::internal::CaptureStdout();
         EXPECT_EQ(request::run().result, 0);
-        testing::internal::GetCapturedStdout();
         Lines kinds;
         for (const std::string& event : events.happened()) {
             if (event.ends_with(" " + name)) {
@@ -105,11 +100,11 @@ esac)");
         EXPECT_EQ(kinds, root::join({before, {"remove"}})) << name << ", " << request;
     }
 
-    /// Whether the slot still holds a file when a trace is made.
-    static void expectOpen(bool isOpen, const std::string& traceStart, const std::string& request)
+    /// Whether a file is still open when a trace is made.
+    static void expectOpen(bool isOpen, const std::string& path, const std::string& traceStart,
+                           const std::string& request)
     {
-        EXPECT_EQ(lookAt(traceStart, request, [] { return cmdsvc::currentFile() != nullptr; }),
-                  isOpen)
+        EXPECT_EQ(lookAt(traceStart, request, [&] { return root::isOpen(path); }), isOpen)
             << traceStart;
     }
 };
@@ -156,7 +151,7 @@ TEST_F(Order, usersAreCountedThenAnnouncedThenReportedOneByOne)
     expectAnswered(0, "found 2 user", frame("lstu", 0));
     expectAnswered(10, "reporting user anna", frame("lstu", 0));
     expectAnswered(15, "reporting user bob", frame("lstu", 0));
-    expectOpen(true, "found 2 user", frame("lstu", 0));
+    expectOpen(true, kWorkFile, "found 2 user", frame("lstu", 0));
     const auto printed = [] { return std::ftell(stdout); };
     EXPECT_EQ(lookAt("reporting user anna", frame("lstu", 0), printed), 0);
     EXPECT_EQ(lookAt("reporting user bob", frame("lstu", 0), printed), 5);
@@ -164,17 +159,17 @@ TEST_F(Order, usersAreCountedThenAnnouncedThenReportedOneByOne)
 
 TEST_F(Order, workFilesAreClosedAndGoneBeforeTheResultIsTraced)
 {
-    const std::string listing = cmdsvc::kWorkFile + root::pid();
+    const std::string listing = kWorkFile + root::pid();
     expectThere(false, listing, "cmd_gsp1 fwrite", frame("gsp1", 1, "Music\n"));
-    expectOpen(false, "cmd_gsp1 fwrite", frame("gsp1", 1, "Music\n"));
-    expectThere(false, cmdsvc::kWorkFile, "cmd_gspc share name", kPlace);
-    expectOpen(false, "cmd_gspc share name", kPlace);
-    expectThere(false, cmdsvc::kWorkFile, "SendReturnStatus", kPlace);
-    expectOpen(false, "SendReturnStatus", kPlace);
+    expectOpen(false, listing, "cmd_gsp1 fwrite", frame("gsp1", 1, "Music\n"));
+    expectThere(false, kWorkFile, "cmd_gspc share name", kPlace);
+    expectOpen(false, kWorkFile, "cmd_gspc share name", kPlace);
+    expectThere(false, kWorkFile, "SendReturnStatus", kPlace);
+    expectOpen(false, kWorkFile, "SendReturnStatus", kPlace);
     expectThere(false, root::workFile("cmd_lsts"), "cmd_lsts return", frame("lsts", 0));
-    expectOpen(false, "cmd_lsts return", frame("lsts", 0));
-    expectThere(false, cmdsvc::kWorkFile, "return good", kVariableReport);
-    expectThere(false, cmdsvc::kWorkFile, "return good", kFileReport);
+    expectOpen(false, root::workFile("cmd_lsts"), "cmd_lsts return", frame("lsts", 0));
+    expectThere(false, kWorkFile, "return good", kVariableReport);
+    expectThere(false, kWorkFile, "return good", kFileReport);
     expectThere(false, "/tmp/vokcontrol2.tmp", "GetInternalDiskCap: ", frame("gub1", 0));
 }
 
@@ -182,10 +177,10 @@ TEST_F(Order, userListIsClosedAfterItsLineIsTraced)
 {
     // Its second piece of 254 characters is a line of its own.
     root::stub("php", "echo '<username>" + std::string(300, 'n') + "</username>' >\"$3\"");
-    expectOpen(true, "cmd_gspc n", kPlace);
-    expectThere(true, cmdsvc::kWorkFile, "cmd_gspc n", kPlace);
-    expectOpen(false, "cmd_gspc fwrite", kPlace);
-    expectThere(false, cmdsvc::kWorkFile, "cmd_gspc fwrite", kPlace);
+    expectOpen(true, kWorkFile, "cmd_gspc n", kPlace);
+    expectThere(true, kWorkFile, "cmd_gspc n", kPlace);
+    expectOpen(false, kWorkFile, "cmd_gspc fwrite", kPlace);
+    expectThere(false, kWorkFile, "cmd_gspc fwrite", kPlace);
 }
 
 TEST_F(Order, workFilesAreClosedBeforeTheyAreRemoved)
@@ -216,7 +211,7 @@ TEST_F(Order, listOfUsersIsCompleteBeforeItsWorkFilesGo)
 TEST_F(Order, listingThatCannotBeOpenedIsTracedThenRemovedThenAnswered)
 {
     root::stub("php", R"(: >"$3"; chmod 0 "$3")");
-    const std::string listing = cmdsvc::kWorkFile + root::pid();
+    const std::string listing = kWorkFile + root::pid();
     const std::string request = frame("gsp1", 1, "Music\n");
     expectThere(true, listing, "cannot open file", request);
     expectThere(false, listing, "exiting", request);
@@ -226,7 +221,7 @@ TEST_F(Order, reportIsKeptBeforeItIsTraced)
 {
     const auto report = [] { return root::readFile(kReport); };
     EXPECT_EQ(lookAt("return good", kFileReport, report), "303072025");
-    const auto variables = [] { return root::readFile("/etc/pelconfig/system_var"); };
+    const auto variables = [] { return root::readFile(root::kVariables); };
     EXPECT_EQ(lookAt("return good", kVariableReport, variables),
               "pel_pubshare_name=Public\ndefault_public_share_name_en=Public\n"
               "__bkanna=303072025\n");

@@ -1,33 +1,30 @@
 // SPDX-License-Identifier: MIT
 #include "handlers/password.h"
 
-#include <cstdio>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
-#include "cmdsvc/channel.h"
-#include "core/core.h"
 #include "tests/support/request.h"
-#include "tests/support/root.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using request::exitTrace;
+using request::filledFrame;
 using request::frame;
+using request::kWorkFile;
+using request::Lines;
 using request::opening;
 using request::Outcome;
 using request::process;
 using root::le32;
 
 const std::string kPasswordFile = "/usr/private/smbpasswd";
-const std::string kWorkFile = "/tmp/vokcontrol.tmp";
 
-constexpr std::uint32_t kMissing = 0xFF000003;
+constexpr std::uint32_t kMissing = request::kMalformed;
 constexpr std::uint32_t kWrong = 0x00000001;
 
 const std::string kRight = "wall \n";
@@ -48,58 +45,44 @@ std::string line(const std::string& name, const std::string& hash,
     return name + ":1000:" + std::string(32, 'X') + ":" + hash + ":" + flags + ":LCT-5F3A2B1C:\n";
 }
 
-class Wall : public root::Test {
+class Wall : public request::Test {
   protected:
     void SetUp() override
     {
-        root::Test::SetUp();
+        request::Test::SetUp();
         removeAccounts();
         setAccounts(line("anna", kSecret) + line("bob", kOther));
     }
 
     void TearDown() override
     {
-        cmdsvc::closeCurrentFile();
         removeAccounts();
-        root::Test::TearDown();
+        request::Test::TearDown();
     }
 
     static void setAccounts(const std::string& content) { root::writeFile(kPasswordFile, content); }
 
     static void removeAccounts() { fs::remove_all(kPasswordFile); }
 
-    static void expectOutcome(const Outcome& outcome, const std::string& answer, const Lines& calls,
-                              const std::string& what)
-    {
-        EXPECT_EQ(outcome.result, 0) << what;
-        EXPECT_EQ(outcome.answer, answer) << what;
-        EXPECT_EQ(outcome.calls, calls) << what;
-        EXPECT_EQ(root::list("/tmp"), (Lines{"dbg_vokcontrol.txt", "outbuf7"})) << what;
-    }
-
     static void expectRight(const std::string& rest)
     {
-        expectOutcome(process(frame("wall", 2, rest)), kRight, opening("wall", 2), rest);
+        SCOPED_TRACE(rest);
+        expectEnd(process(frame("wall", 2, rest)), kRight, {});
     }
 
     static void expectError(std::uint32_t code, const std::string& rest)
     {
-        expectErrorTo(code, frame("wall", 2, rest), rest);
+        expectErrorTo(code, frame("wall", 2, rest));
     }
 
-    static void expectErrorTo(std::uint32_t code, const std::string& frame, const std::string& what)
+    static void expectErrorTo(std::uint32_t code, const std::string& frame)
     {
-        expectOutcome(process(frame), "erro " + le32(code), opening("wall", 2, {exitTrace(code)}),
-                      what);
+        SCOPED_TRACE(frame);
+        request::Test::expectError(process(frame), "erro " + le32(code), code, {});
     }
 
-    /// A request without a byte to spare: its first line is so long that the rest ends it.
-    static std::string fullFrame(const std::string& rest)
-    {
-        std::string frame = "wall " + le32(2);
-        frame.append(std::size(fin_buf) - frame.size() - 1 - rest.size(), 'x');
-        return frame + "\n" + rest;
-    }
+    /// A request without a byte to spare.
+    static std::string fullFrame(const std::string& rest) { return filledFrame("wall", 2, rest); }
 
     static std::size_t openFiles() { return root::list("/proc/self/fd").size(); }
 };
@@ -313,7 +296,7 @@ TEST_F(Wall, missingPasswordIsAnError)
 {
     for (const std::string& rest : {std::string("a\n"), std::string("ab"), std::string("anna\n"),
                                     std::string(254, 'n') + "\n", std::string(255, 'n')}) {
-        expectErrorTo(kMissing, fullFrame(rest), rest);
+        expectErrorTo(kMissing, fullFrame(rest));
     }
 }
 
@@ -329,21 +312,18 @@ TEST_F(Wall, lineThatEndsTheRequestIsNotMissing)
 TEST_F(Wall, newlineThatTheFirstLineLeavesOverIsALine)
 {
     setAccounts(line("", kSecret) + line("a", kEmpty));
-    expectErrorTo(kWrong, fullFrame("\n"), "two newlines");
+    expectErrorTo(kWrong, fullFrame("\n"));
     setAccounts(line("", kEmpty));
     EXPECT_EQ(process(fullFrame("\n")).answer, kRight);
 }
 
 TEST_F(Wall, missingUserIsAnError)
 {
-    request::load(frame("wall", 2));
-    ASSERT_TRUE(cmdsvc::openChannel(7));
-    while (std::fgetc(cmdsvc::requestStream()) != EOF) {
-    }
-    cmd_wall();
-    cmdsvc::closeAnswer();
-    EXPECT_EQ(root::readFile("/tmp/outbuf7"), "erro " + le32(kMissing));
-    EXPECT_EQ(watch::calls(), Lines{exitTrace(kMissing)});
+    EXPECT_EQ(process(frame("gubs", 0)).result, 0);
+    EXPECT_EQ(request::unread(), "");
+    const Outcome outcome = request::call(cmd_wall);
+    EXPECT_EQ(outcome.answer, "erro " + le32(kMissing));
+    EXPECT_EQ(outcome.calls, Lines{exitTrace(kMissing)});
 }
 
 TEST_F(Wall, userHas255CharactersAndTheRestIsThePassword)
@@ -405,24 +385,21 @@ TEST_F(Wall, onlyTheLowByteOfTheCountCounts)
 
 // ---- What is left -----------------------------------------------------------------------------
 
-TEST_F(Wall, errorClosesTheCurrentFileAndRemovesTheWorkFile)
+TEST_F(Wall, errorRemovesTheWorkFile)
 {
     for (const std::string& frame :
          {request::frame("wall", 2, "anna\nother\n"), fullFrame("anna\n")}) {
-        ASSERT_NE(cmdsvc::openCurrentFile(kWorkFile.c_str(), "w"), nullptr);
-        const Outcome outcome = process(frame);
-        EXPECT_EQ(outcome.answer.substr(0, 5), "erro ");
-        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+        root::writeFile(kWorkFile, "work");
+        EXPECT_EQ(process(frame).answer.substr(0, 5), "erro ");
         EXPECT_FALSE(root::exists(kWorkFile));
     }
 }
 
-TEST_F(Wall, rightPasswordLeavesBothAlone)
+TEST_F(Wall, rightPasswordLeavesTheWorkFile)
 {
-    ASSERT_NE(cmdsvc::openCurrentFile(kWorkFile.c_str(), "w"), nullptr);
+    root::writeFile(kWorkFile, "work");
     EXPECT_EQ(process(frame("wall", 2, "anna\nsecret\n")).answer, kRight);
-    EXPECT_NE(cmdsvc::currentFile(), nullptr);
-    EXPECT_TRUE(root::exists(kWorkFile));
+    EXPECT_EQ(root::readFile(kWorkFile), "work");
 }
 
 TEST_F(Wall, neitherPasswordNorHashIsTraced)

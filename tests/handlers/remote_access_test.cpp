@@ -6,55 +6,31 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <dlfcn.h>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "cmdsvc/channel.h"
+#include "core/core.h"
+#include "tests/support/faults.h"
 #include "tests/support/request.h"
-#include "tests/support/root.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-/// Whether there can be new processes.
-bool canFork = true;
-
-/// What happens right before there is one.
-std::function<void()> beforeFork;
-
-} // namespace
-
-/// The C library's, but the process table is full on demand.
-extern "C" pid_t fork() noexcept
-{
-    if (beforeFork) {
-        beforeFork();
-    }
-    if (!canFork) {
-        errno = EAGAIN;
-        return -1;
-    }
-    return reinterpret_cast<pid_t (*)()>(::dlsym(RTLD_NEXT, "fork"))();
-}
-
-namespace {
-
-using Lines = std::vector<std::string>;
 using request::exitTrace;
+using request::filledFrame;
 using request::frame;
-using request::opening;
+using request::kWorkFile;
+using request::Lines;
 using request::Outcome;
 using root::join;
+using root::kVariables;
 using root::le32;
 using root::trace;
 
-const std::string kWorkFile = "/tmp/vokcontrol.tmp";
-const std::string kVariables = "/etc/pelconfig/system_var";
 const std::string kRegister = "/usr/bin/ractl";
 const std::string kSwitch = "/usr/bin/ra-enabled";
 const std::string kCannotRead =
@@ -81,13 +57,6 @@ const Lines kOddTexts = {"\xC3\xA9lise \xE6\x97\xA5\xE6\x9C\xAC",
 std::string withoutNewline(const std::string& text)
 {
     return text.ends_with('\n') ? text.substr(0, text.size() - 1) : text;
-}
-
-/// A request that takes up all there is to read; these bytes are its last.
-std::string filledFrame(const std::string& code, std::uint32_t count, const std::string& end)
-{
-    const std::string start = code + " " + le32(count);
-    return start + std::string(4096 - start.size() - 1 - end.size(), 'x') + "\n" + end;
 }
 
 // ---- Programs ---------------------------------------------------------------------------------
@@ -142,11 +111,11 @@ std::string dieBy(int signal)
 
 // ---- Requests ---------------------------------------------------------------------------------
 
-class RemoteAccess : public root::Test {
+class RemoteAccess : public request::Test {
   protected:
     void SetUp() override
     {
-        root::Test::SetUp();
+        request::Test::SetUp();
         fs::create_directory("/tmp/work");
         ASSERT_EQ(::chdir("/tmp/work"), 0);
         root::writeFile(kVariables, "a=1\n");
@@ -156,39 +125,36 @@ class RemoteAccess : public root::Test {
 
     void TearDown() override
     {
-        canFork = true;
-        beforeFork = nullptr;
-        cmdsvc::closeCurrentFile();
         fs::remove_all(kRegister);
         fs::remove_all(kSwitch);
         ASSERT_EQ(::chdir("/"), 0);
-        root::Test::TearDown();
+        request::Test::TearDown();
     }
 
-    /// Loads a request, while a file of a request before is still open in the slot.
+    /// Loads a request, with the work file of an earlier command in its place.
     void load(const std::string& request)
     {
         fs::remove("/stubs/asked-ractl");
         fs::remove("/stubs/asked-ra-enabled");
         request::load(request);
-        request_ = request;
         printed_ = "";
         root::writeFile(kWorkFile, "work");
-        ASSERT_NE(cmdsvc::openCurrentFile(kWorkFile.c_str()), nullptr);
     }
 
     /// Standard output is going to hold this when the request has ended.
     void expectPrinted(const std::string& text) { printed_ = text; }
 
-    /// The request ends well.
+    /// The request ends well, and leaves the work file.
     void expectAnswer(const std::string& answer, const Lines& calls)
     {
-        expectEnd(answer, true, calls);
+        expectEnd(answer, calls, {kWorkFile}, printed_);
+        expectNoChild();
     }
 
     void expectError(std::uint32_t code, const Lines& calls)
     {
-        expectEnd("erro " + le32(code), false, join({calls, {exitTrace(code)}}));
+        request::Test::expectError(request::run(), "erro " + le32(code), code, calls, {}, printed_);
+        expectNoChild();
     }
 
     /// No program was started.
@@ -199,47 +165,13 @@ class RemoteAccess : public root::Test {
     }
 
   private:
-    std::string request_;
     std::string printed_;
-
-    /// Has the request processed, and compares all that it leaves.
-    void expectEnd(const std::string& answer, bool isGood, const Lines& calls)
-    {
-        testing::internal::CaptureStdout();
-        const Outcome outcome = request::run();
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), printed_);
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, answer);
-        const auto count = static_cast<unsigned char>(request_[5]);
-        EXPECT_EQ(outcome.calls, join({opening(request_.substr(0, 4), count), calls}));
-        EXPECT_EQ(cmdsvc::currentFile() != nullptr, isGood) << "an exit closes the slot";
-        EXPECT_EQ(root::exists(kWorkFile), isGood) << "an exit removes the work file";
-        EXPECT_EQ(fout_buf, nullptr);
-        EXPECT_EQ(leftBehind(), Lines{});
-        expectNoChild();
-        cmdsvc::closeCurrentFile();
-    }
 
     static void expectNoChild()
     {
         errno = 0;
         EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
         EXPECT_EQ(errno, ECHILD);
-    }
-
-    static Lines leftBehind()
-    {
-        Lines paths;
-        for (const char* folder : {"/tmp", "/tmp/work"}) {
-            for (const std::string& name : root::list(folder)) {
-                paths.push_back(std::string(folder) + "/" + name);
-            }
-        }
-        std::erase_if(paths, [](const std::string& path) {
-            return path == "/tmp/work" || path == kWorkFile || path == root::kTraceFile ||
-                   path == "/tmp/outbuf7";
-        });
-        return paths;
     }
 };
 
@@ -387,7 +319,7 @@ TEST_F(Value, keyIsAllThatIsRead)
     load(frame("getv", 1, le32(3) + "\nmore\n"));
     expectAnswer(std::string("getv \3\0\0\0\n2\n", 12),
                  {trace("key is 3"), trace("getv returning 2")});
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
 }
 
 // ---- wags -------------------------------------------------------------------------------------
@@ -461,7 +393,7 @@ TEST_F(Access, systemNeedsNoSecondLine)
     root::writeFile(kVariables, "raclient_raenabled=1\n");
     load(frame("wags", 2, "system\nanna\n"));
     expectAnswer("wags system\n\1\n", {trace("wags entity: system"), trace("wags system on: 1")});
-    EXPECT_EQ(request::unread(), "anna\n");
+    EXPECT_EQ(request::unread(), "anna");
     load(filledFrame("wags", 1, "system\n"));
     expectAnswer("wags system\n\1\n", {trace("wags entity: system"), trace("wags system on: 1")});
 }
@@ -474,7 +406,7 @@ TEST_F(Access, anyOtherEntityIsMalformed)
         SCOPED_TRACE(entity);
         load(frame("wags", 2, entity + "\nanna\n"));
         expectError(2, {trace("wags entity: " + entity)});
-        EXPECT_EQ(request::unread(), "anna\n");
+        EXPECT_EQ(request::unread(), "anna");
         expectNoProgram();
     }
 }
@@ -483,9 +415,9 @@ TEST_F(Access, entitiesOfAnySizeAreMalformed)
 {
     for (const std::size_t size : {31U, 32U, 33U, 64U, 65U, 253U, 254U, 255U, 256U, 257U, 4000U}) {
         const std::string entity(size, 's');
-        load(frame("wags", 2, entity + "\nuser\n"));
+        load(frame("wags", 2, entity + "\nanna\n"));
         expectError(2, {trace("wags entity: " + entity.substr(0, 255))});
-        EXPECT_EQ(request::unread(), ((size < 255) ? "" : entity.substr(255) + "\n") + "user\n");
+        EXPECT_EQ(request::unread(), ((size < 255) ? "" : entity.substr(255) + "\n") + "anna");
     }
 }
 
@@ -507,20 +439,16 @@ TEST_F(Access, entityNeedsNoNewline)
 TEST_F(Access, entityThatCannotBeReadIsMalformed)
 {
     // Every request leaves bytes behind its first line, so they are read here beforehand.
-    load(frame("wags", 1, "system\n"));
-    EXPECT_EQ(request::run().result, 0);
-    while (std::fgetc(cmdsvc::requestStream()) != EOF) {
-    }
-    for (const int stale : {0, EACCES}) {
+    EXPECT_EQ(request::process(frame("wags", 1, "system\nanna\n")).result, 0);
+    EXPECT_EQ(request::unread(), "anna");
+    for (void (*const handler)() : {cmd_wags, +[] {
+                                        errno = EACCES;
+                                        cmd_wags();
+                                    }}) {
         watch::restart();
-        fout_buf = std::fopen("/tmp/answer", "w");
-        ASSERT_NE(fout_buf, nullptr);
-        errno = stale;
-        cmd_wags();
-        std::fclose(fout_buf);
-        fout_buf = nullptr;
-        EXPECT_EQ(root::readFile("/tmp/answer"), "erro " + le32(2));
-        EXPECT_EQ(watch::calls(), (Lines{trace("failed to fgets entity 0"), exitTrace(2)}));
+        const Outcome outcome = request::call(handler);
+        EXPECT_EQ(outcome.answer, "erro " + le32(2));
+        EXPECT_EQ(outcome.calls, (Lines{trace("failed to fgets entity 0"), exitTrace(2)}));
     }
 }
 
@@ -629,7 +557,7 @@ TEST_F(Access, restOfALongUserIsNotRead)
         load(frame("wags", 2, "user\n" + text + "more\n"));
         watch::answer(kSwitch, 0, 0);
         expectUser(true, userCalls(text));
-        EXPECT_EQ(request::unread(), ((size <= 255) ? "" : text.substr(255)) + "more\n") << size;
+        EXPECT_EQ(request::unread(), ((size <= 255) ? "" : text.substr(255)) + "more") << size;
     }
 }
 
@@ -644,7 +572,7 @@ TEST_F(Access, restOfALongEntityIsTheUser)
             EXPECT_EQ(request::unread(), "");
         } else {
             expectUser(true, userCalls(""));
-            EXPECT_EQ(request::unread(), "anna\n");
+            EXPECT_EQ(request::unread(), "anna");
         }
     }
     load(frame("wags", 2, "user" + std::string(251, '\0') + "bob\nanna\n"));
@@ -792,7 +720,7 @@ TEST_F(SigningUp, programThatCannotBeStartedRefuses)
 TEST_F(SigningUp, processThatCannotBeHadIsAFailure)
 {
     ask(kAnna);
-    canFork = false;
+    const faults::Guard noProcess = faults::failFork();
     expectError(3, {});
     expectNoProgram();
 }
@@ -827,7 +755,7 @@ TEST_F(SigningUp, textsOfAnySize)
     const std::string piece(254, 'n');
     ask(std::string(4000, 'n') + "\n");
     expectRegistered(piece, piece, piece);
-    EXPECT_EQ(request::unread(), std::string(4000 - 3 * 254, 'n') + "\n");
+    EXPECT_EQ(request::unread(), std::string(4000 - 3 * 254, 'n'));
 }
 
 TEST_F(SigningUp, restOfALongLineIsTheNext)
@@ -845,13 +773,13 @@ TEST_F(SigningUp, restOfALongLineIsTheNext)
         } else {
             expectRegistered(start, rest, "b\n");
         }
-        EXPECT_EQ(request::unread(), isWhole ? "" : "c\n");
+        EXPECT_EQ(request::unread(), isWhole ? "" : "c");
         ask("a\n" + text + "c\n");
         expectRegistered("a", start, isWhole ? "c\n" : rest);
-        EXPECT_EQ(request::unread(), isWhole ? "" : "c\n");
-        ask("a\nb\n" + text);
+        EXPECT_EQ(request::unread(), isWhole ? "" : "c");
+        ask("a\nb\n" + text + "more\n");
         expectRegistered("a", "b\n", start);
-        EXPECT_EQ(request::unread(), rest);
+        EXPECT_EQ(request::unread(), rest + "more");
     }
 }
 
@@ -909,7 +837,7 @@ TEST_F(SigningUp, aFourthLineIsNotRead)
 {
     ask(kAnna + "more\n");
     expectRegistered("anna", "anna@example.org\n", "secret\n");
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
 }
 
 // ---- wasu -------------------------------------------------------------------------------------
@@ -1024,7 +952,7 @@ TEST_F(Switching, programThatCannotBeStartedIsTracedByTheChild)
 TEST_F(Switching, processThatCannotBeHadDoesNotSwitchOn)
 {
     askForAnna('\1');
-    canFork = false;
+    const faults::Guard noProcess = faults::failFork();
     expectError(3, annaNamed());
     expectNoProgram();
 }
@@ -1225,7 +1153,7 @@ TEST_F(SwitchingOff, quotesOfTheLineEndThoseOfItsTrace)
 
 TEST_F(SwitchingOff, needsNoNewProcessOfItsOwn)
 {
-    canFork = false;
+    const faults::Guard noProcess = faults::failFork();
     askFor("anna");
     expectAnswer(done(), offCalls("anna", 0));
 }
@@ -1288,14 +1216,14 @@ TEST_F(Switching, restOfALongLastLineIsTheFlag)
     expectMalformed(frame("wasu", 4, "a\nb\n" + text + "nn\n\1\n"));
     ask("a\nb\n" + text + "n\n\1\n");
     expectAnswer("", named("a", "b"));
-    EXPECT_EQ(request::unread(), "\1\n");
+    EXPECT_EQ(request::unread(), "\1");
 }
 
 TEST_F(Switching, restOfALongFirstLineMovesTheFlag)
 {
     ask(std::string(256, 'n') + "\nb\nc\n\1\n");
     expectAnswer("", named(std::string(255, 'n'), "n"));
-    EXPECT_EQ(request::unread(), "\1\n");
+    EXPECT_EQ(request::unread(), "\1");
     expectNoProgram();
 }
 
@@ -1349,7 +1277,7 @@ TEST_F(Switching, nothingBehindTheFlagIsRead)
 {
     ask("anna\nb\nc\n\1\nmore\n");
     expectRegistered("anna", "b", "c");
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
 }
 
 // ---- Processes --------------------------------------------------------------------------------
@@ -1382,16 +1310,16 @@ TEST_P(Children, childWritesNothingOfItsParents)
     ASSERT_NE(other, nullptr);
     std::fputs("other", other);
     askForAnna();
-    beforeFork = [] {
+    const faults::Guard earlier = faults::beforeFork([] {
         std::fputs("answer", fout_buf);
         std::fputs("page", stdout);
-    };
-    testing::internal::CaptureStdout();
+    });
     const Outcome outcome = request::run();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "page");
+    EXPECT_EQ(outcome.printed, "page");
     EXPECT_EQ(outcome.answer, "answererro " + le32(1));
-    EXPECT_EQ(outcome.calls,
-              join({opening(GetParam(), isSwitch() ? 4 : 3), unstartedCalls(), {exitTrace(1)}}));
+    EXPECT_EQ(
+        outcome.calls,
+        join({request::opening(GetParam(), isSwitch() ? 4 : 3), unstartedCalls(), {exitTrace(1)}}));
     std::fclose(other);
     EXPECT_EQ(root::readFile("/stubs/other"), "other");
 }
@@ -1433,9 +1361,11 @@ TEST_P(Children, otherChildrenAreNotWaitedFor)
         siginfo_t ended;
         ASSERT_EQ(::waitid(P_PID, static_cast<id_t>(other), &ended, WEXITED | WNOWAIT), 0);
         askForAnna();
-        canFork = isForked;
+        faults::Guard noProcess;
+        if (!isForked) {
+            noProcess = faults::failFork();
+        }
         EXPECT_EQ(request::run().answer, isForked ? done() : "erro " + le32(3));
-        canFork = true;
         int status = 0;
         EXPECT_EQ(::waitpid(other, &status, 0), other);
         EXPECT_EQ(status, 42 << 8);

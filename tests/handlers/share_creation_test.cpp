@@ -9,29 +9,35 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-#include "cmdsvc/channel.h"
-#include "tests/support/copies.h"
 #include "tests/support/creation.h"
-#include "tests/support/request.h"
-#include "tests/support/root.h"
+#include "tests/support/faults.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using creation::asked;
+using creation::kSizes;
+using creation::Lines;
 using creation::stubScripts;
+using creation::Trouble;
 using creation::userFetch;
+using creation::userList;
+using creation::userLookup;
+using request::Failure;
+using request::filledFrame;
 using request::frame;
-using request::opening;
-using root::copiesLeft;
+using request::kFailed;
+using request::kFailures;
+using request::kGood;
+using request::kMalformed;
+using request::kNoMemory;
 using root::cutTrace;
 using root::join;
 using root::kOddTexts;
 using root::kReserved;
-using root::le32;
 using root::pid;
+using root::sizeTrace;
 using root::trace;
 using root::upper;
 
@@ -41,15 +47,9 @@ const std::string kFetchListing = kShareScript + "tovGetShareList ";
 const std::string kCreate = kShareScript + "tovAddShare ";
 const std::string kGive = kShareScript + "tovSetUserSharePrivileges ";
 
-constexpr std::uint32_t kGood = 0;
-constexpr std::uint32_t kNoMemory = 0xFF000001;
-constexpr std::uint32_t kMalformed = 0xFF000003;
-constexpr std::uint32_t kFailed = 0xFF000004;
 constexpr std::uint32_t kTaken = 0x20000001;
 constexpr std::uint32_t kTooLong = 0x20000003;
 constexpr std::uint32_t kNoUser = 0x20000006;
-
-const std::vector<std::size_t> kSizes = {0, 1, 10, 31, 32, 33, 63, 64, 65, 4000};
 
 /// A shell line that may be too long for its buffer.
 std::string cutLine(const std::string& line)
@@ -90,36 +90,15 @@ Lines listingCalls(const Lines& shares)
     return calls;
 }
 
-std::string sizeTrace(const std::string& file, const std::string& content)
-{
-    return trace("file " + file + " size = " + std::to_string(content.size()) + " bytes");
-}
-
 /// The calls that look a share up.
 Lines shareLookup(const Lines& shares, const std::string& name, int result)
 {
     const std::string fragment = fragmentOf(shares);
     return join({listingCalls(shares),
-                 {sizeTrace(root::workFile("isShareNameExisted"), fragment),
+                 {sizeTrace(root::workFile("isShareNameExisted"), fragment.size()),
                   trace("isShareNameExisted() share return:" + upper(fragment) +
                         " -- shareName:\"" + upper(name) + "\""),
                   trace("isShareNameExisted() return: " + std::to_string(result))}});
-}
-
-/// The calls that look a user up.
-Lines userLookup(const Lines& users, const std::string& name, int result)
-{
-    std::string line = "return [\"guest\"";
-    for (const std::string& user : users) {
-        line += ", \"" + user + "\"";
-    }
-    line += "];";
-    const std::string needle = "\"" + name + "\"";
-    return join({userFetch(),
-                 {sizeTrace("isUserExisted" + pid(), line),
-                  cutTrace("isUserExisted() user return:" + line +
-                           " -- userName: " + needle.substr(0, 511)),
-                  trace("isUserExisted() iRet:" + std::to_string(result))}});
 }
 
 /// The calls that look a user up where no shell can be started.
@@ -152,23 +131,6 @@ Lines giving(const std::string& share, const std::string& user, int result = 0,
                                    : "setUserPrivilege() failed system(" + line +
                                          "), iRet: " + code + ", err: " + error)};
 }
-
-/// A way in which a shell line fails.
-struct Failure {
-    std::string script; ///< what the script does; empty where no shell is started
-    int result;
-    int error;
-    std::string reason;
-};
-
-const std::vector<Failure> kFailures = {
-    {"exit 1", 0x100, 0, "Success"},
-    {"exit 255", 0xFF00, 0, "Success"},
-    {"", -1, EAGAIN, "Resource temporarily unavailable"},
-    {"", -1, ECHILD, "No child processes"},
-    {"", -1, 0, "Success"},
-    {"", 9, 0, "Success"},
-};
 
 // ---- Names and shell lines --------------------------------------------------------------------
 
@@ -210,11 +172,11 @@ TEST(IsNameAllowed, anySizeIsLookedAt)
 }
 
 /// The scripts are in place; shares are made of nothing.
-class ShareScript : public root::Test {
+class ShareScript : public request::Test {
   protected:
     void SetUp() override
     {
-        root::Test::SetUp();
+        request::Test::SetUp();
         stubScripts({}, {});
     }
 
@@ -344,44 +306,25 @@ TEST_F(ShareScript, singleQuotesAreTheShells)
 
 class Creation : public creation::Test {
   protected:
-    /// Loads a request, while a file of a request before is still open in the slot.
     void load(const std::string& request)
     {
         creation::Test::load(request);
-        request_ = request;
+        line_ = request.substr(0, request.find('\n') + 1);
     }
 
-    /// Has the request processed, and compares all that it leaves.
-    /// @param left  files besides those that any request leaves
+    /// The calls that "shar" has traced of its line before its count is checked come first.
     void expectEnd(std::uint32_t code, const Lines& calls, const Lines& left = {})
     {
-        creation::Test::expectEnd(code, join({beginning(), calls}), left);
+        creation::Test::expectEnd(code, join({lineTraces(), calls}), left);
     }
 
   private:
-    std::string request_;
+    std::string line_;
 
-    /// The calls before the handler's own.
-    [[nodiscard]] Lines beginning() const
+    [[nodiscard]] Lines lineTraces() const
     {
-        const std::string code = request_.substr(0, 4);
-        Lines calls = opening(code, 3);
-        for (std::size_t i = 0; code == "shar" && i < 30; ++i) {
-            const std::size_t end = request_.find('\n');
-            const char c = (i <= end && i < request_.size()) ? request_[i] : '\0';
-            std::array<char, 16> text{};
-            std::snprintf(text.data(), text.size(), "0x%02X,%c", static_cast<unsigned char>(c), c);
-            calls.push_back(trace(text.data()));
-        }
-        return calls;
+        return line_.starts_with("shar") ? request::lineTraces(line_) : Lines{};
     }
-};
-
-/// How the search for a share's name fails, and what that leaves.
-struct Trouble {
-    std::function<void()> arrange;
-    Lines calls;
-    Lines left;
 };
 
 /// Every way in which the search for a share's name fails; the one share there is, is "Old".
@@ -394,7 +337,7 @@ std::vector<Trouble> shareTroubles()
     const std::string line = kFetchListing + listing;
     const Lines start = {trace("share_info sys(" + line + ")"), line};
     const Lines listed = listingCalls(shares);
-    const Lines sized = join({listed, {sizeTrace(list, fragment)}});
+    const Lines sized = join({listed, {sizeTrace(list, fragment.size())}});
     const std::string failed = "share_info: failed system(" + line + ") iRet:";
     const std::string unopened =
         "share_info() cannot open file: " + listing + " or file: " + list + " (error: ";
@@ -521,10 +464,10 @@ TEST_F(PublicShare, linesThatAreNotAskedForAreNotRead)
 {
     load(frame("pshr", 3, "Medias\nmore\n"));
     expectCreated("Media");
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
     load(frame("pshr", 3, "guest\nMedia\nmore\n"));
     expectCreated("Media");
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
 }
 
 TEST_F(PublicShare, lineWithoutItsNewlineIsMalformed)
@@ -550,17 +493,13 @@ TEST_F(PublicShare, lineWithAZeroByteIsMalformed)
 TEST_F(PublicShare, guestAtTheVeryEndOfTheRequestIsMalformed)
 {
     // Not even a zero is left to read: the name is what was read before.
-    const std::string line = "pshr " + le32(3);
-    const std::string end = "\nguest\n";
-    load(line + std::string(4096 - line.size() - end.size(), 'x') + end);
+    load(filledFrame("pshr", 3, "guest\n"));
     expectEnd(kMalformed, {});
 }
 
 TEST_F(PublicShare, nameMayFillTheRequestToItsEnd)
 {
-    const std::string line = "pshr " + le32(3);
-    const std::string end = "\nguest\nMedia\n";
-    load(line + std::string(4096 - line.size() - end.size(), 'x') + end);
+    load(filledFrame("pshr", 3, "guest\nMedia\n"));
     expectCreated("Media");
 }
 
@@ -622,8 +561,8 @@ TEST_F(PublicShare, singleQuoteBreaksTheLine)
 
 TEST_F(PublicShare, withoutMemoryTheReasonIsTraced)
 {
+    const faults::Guard noMemory = faults::failStrdup();
     ask("Media");
-    copiesLeft = 0;
     expectEnd(kNoMemory,
               join({named("Media"), {trace("cmd_pshr() allmem error=Cannot allocate memory")}}));
     EXPECT_EQ(asked(), "");
@@ -631,8 +570,8 @@ TEST_F(PublicShare, withoutMemoryTheReasonIsTraced)
 
 TEST_F(PublicShare, longNameIsRefusedBeforeItIsCopied)
 {
+    const faults::Guard noMemory = faults::failStrdup();
     ask(std::string(65, 'n'));
-    copiesLeft = 0;
     expectEnd(kTooLong, named(std::string(65, 'n')));
 }
 
@@ -796,7 +735,7 @@ TEST_F(PrivateShare, aThirdLineIsNotRead)
 {
     load(frame("shar", 3, "anna\nMedia\nmore\n"));
     expectMade("Media", "anna", annaFound());
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
 }
 
 TEST_F(PrivateShare, userLineWithoutItsNewlineIsTraced)
@@ -824,9 +763,8 @@ TEST_F(PrivateShare, shareLineWithoutItsNewlineIsTracedAsItWasRead)
 TEST_F(PrivateShare, userAtTheVeryEndOfTheRequestIsMalformed)
 {
     // Not even a zero is left to read: the share's line is what was read before.
-    const std::string line = "shar " + le32(3) + std::string(40, 'x');
-    const std::string user(4096 - line.size() - 2, 'u');
-    load(line + "\n" + user + "\n");
+    const std::string user(4000, 'u');
+    load(filledFrame("shar", 3, user + "\n"));
     watch::answer(kUserScript, -1, EAGAIN);
     expectEnd(
         kMalformed,
@@ -835,26 +773,26 @@ TEST_F(PrivateShare, userAtTheVeryEndOfTheRequestIsMalformed)
 
 TEST_F(PrivateShare, shareMayFillTheRequestToItsEnd)
 {
-    const std::string line = "shar " + le32(3);
-    const std::string end = "\nanna\nMedia\n";
-    load(line + std::string(4096 - line.size() - end.size(), 'x') + end);
+    load(filledFrame("shar", 3, "anna\nMedia\n"));
     expectMade("Media", "anna", annaFound());
 }
 
 TEST_F(PrivateShare, withoutMemoryForTheUser)
 {
+    const faults::Guard noMemory = faults::failStrdup();
     ask("anna", "Media");
-    copiesLeft = 0;
     expectEnd(kNoMemory, userNamed("anna"));
 }
 
 TEST_F(PrivateShare, withoutMemoryForTheShare)
 {
-    ask("anna", "Media");
-    copiesLeft = 1;
-    expectEnd(kNoMemory, join({annaFound(), shareNamed("Media")}));
+    {
+        const faults::Guard noMemory = faults::failStrdup(1);
+        ask("anna", "Media");
+        expectEnd(kNoMemory, join({annaFound(), shareNamed("Media")}));
+    }
+    const faults::Guard noMemory = faults::failStrdup(1);
     ask("anna", std::string(65, 'n'));
-    copiesLeft = 1;
     expectEnd(kTooLong, join({annaFound(), shareNamed(std::string(65, 'n'))}));
 }
 
@@ -863,7 +801,7 @@ TEST_F(PrivateShare, unknownUserIsRefusedBeforeTheShareIsRead)
     for (const std::string user : {"bob", "Anna", "ann", "config"}) {
         load(frame("shar", 3, user + "\nMedia\n"));
         expectEnd(kNoUser, join({userNamed(user), userLookup({"anna"}, user, 0)}));
-        EXPECT_EQ(request::unread(), "Media\n");
+        EXPECT_EQ(request::unread(), "Media");
     }
     EXPECT_EQ(asked(), "");
 }
@@ -911,8 +849,7 @@ TEST_F(PrivateShare, userListThatIsLostIsNoRefusal)
 {
     const std::string name = "isUserExisted" + pid();
     const std::string list = "/tmp/work/" + name;
-    const std::string content = "return [\"guest\", \"anna\"];";
-    const Lines sized = join({userNamed("bob"), userFetch(), {sizeTrace(name, content)}});
+    const Lines sized = join({userNamed("bob"), userList({"anna"})});
     const std::string unopened = "isUserExisted() cannot open file " + name + ": ";
 
     ask("bob", "Media");

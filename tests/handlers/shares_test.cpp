@@ -6,62 +6,41 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
-#include <dlfcn.h>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
-#include <system_error>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
-#include "cmdsvc/channel.h"
 #include "core/core.h"
+#include "tests/support/faults.h"
 #include "tests/support/request.h"
-#include "tests/support/root.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-/// The file whose close is to fail: its descriptor is gone by then.
-const char* losesItsDescriptor = nullptr;
-
-} // namespace
-
-/// Stands before the C library's own.
-extern "C" int fclose(FILE* file)
-{
-    const int descriptor = ::fileno(file);
-    std::error_code none;
-    if (losesItsDescriptor != nullptr &&
-        fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), none) ==
-            losesItsDescriptor) {
-        ::close(descriptor);
-    }
-    static auto* const next = reinterpret_cast<int (*)(FILE*)>(::dlsym(RTLD_NEXT, "fclose"));
-    return next(file);
-}
-
-namespace {
-
-using Lines = std::vector<std::string>;
 using request::exitTrace;
 using request::frame;
-using request::opening;
+using request::kFailed;
+using request::kWorkFile;
+using request::leftBehind;
+using request::Lines;
+using request::openingOf;
 using request::Outcome;
+using root::closeFolder;
 using root::cutTrace;
 using root::join;
+using root::kAgain;
+using root::kDenied;
+using root::kNotThere;
 using root::le32;
+using root::makeUnreadable;
+using root::openFolder;
 using root::pid;
 using root::trace;
-
-const std::string kWorkFile = "/tmp/vokcontrol.tmp";
-const std::string kAgain = "Resource temporarily unavailable";
-const std::string kNotThere = "No such file or directory";
-const std::string kDenied = "Permission denied";
 
 /// Sizes of names that are looked up, to the largest.
 constexpr auto kNameSizes = std::to_array<std::size_t>({1, 10, 31, 32, 33, 48, 63, 64});
@@ -69,41 +48,6 @@ constexpr auto kNameSizes = std::to_array<std::size_t>({1, 10, 31, 32, 33, 48, 6
 std::string problem(const std::string& what, const std::string& path, const std::string& why)
 {
     return trace(what + " " + path + ": " + why);
-}
-
-/// What is left in /tmp, besides the traces and the answer.
-Lines leftBehind()
-{
-    Lines names = root::list("/tmp");
-    std::erase(names, "dbg_vokcontrol.txt");
-    std::erase(names, "outbuf7");
-    return names;
-}
-
-std::string nameIn(const std::string& path)
-{
-    return fs::path(path).filename();
-}
-
-/// Nothing can be created in /tmp or removed from it, until the second.
-void closeFolder()
-{
-    fs::permissions("/tmp", fs::perms(0555));
-}
-
-void reopenFolder()
-{
-    fs::permissions("/tmp", fs::perms(0755));
-}
-
-void freeDisk()
-{
-    fs::remove("/tmp/filler");
-}
-
-void makeUnreadable(const std::string& path)
-{
-    fs::permissions(path, fs::perms(0));
 }
 
 // ---- The share script -------------------------------------------------------------------------
@@ -163,7 +107,7 @@ std::string shareList(const Lines& names)
 
 // ---- gps1, gpsn -------------------------------------------------------------------------------
 
-class PublicShare : public root::Test {
+class PublicShare : public request::Test {
   protected:
     static void setVariables(const std::string& content)
     {
@@ -173,22 +117,17 @@ class PublicShare : public root::Test {
     static void expectName(const std::string& name)
     {
         const Outcome outcome = request::process(frame("gps1", 0));
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, "gpsr " + le32(1) + "\n" + name + "\n");
         const std::string size = std::to_string(10 + name.size() + 1);
-        EXPECT_EQ(outcome.calls,
-                  opening("gps1", 0, {trace("cmd_gps1 fwrite " + size + ": gpsr \x01")}));
-        EXPECT_EQ(leftBehind(), Lines{});
-        EXPECT_EQ(fout_buf, nullptr);
+        expectEnd(outcome, "gpsr " + le32(1) + "\n" + name + "\n",
+                  {trace("cmd_gps1 fwrite " + size + ": gpsr \x01")}, {}, outcome.printed);
     }
 
     static void expectNoName(const std::string& request, std::uint32_t count)
     {
         const Outcome outcome = request::process(request);
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, "gpsn ");
-        EXPECT_EQ(outcome.calls, opening("gpsn", count, {trace("cmd_gpsn fwrite 5: gpsn ")}));
-        EXPECT_STREQ(cmdsvc::requestLine.data(), "gpsn ");
+        const Lines calls = {trace("cmd_gpsn fwrite 5: gpsn ")};
+        expectEnd(outcome, "gpsn ", calls, {}, outcome.printed);
+        EXPECT_EQ(outcome.calls, request::opening("gpsn", count, calls));
     }
 };
 
@@ -232,23 +171,15 @@ TEST_F(PublicShare, nameThatCannotBeReadIsAnEmptyLine)
     expectName("");
 }
 
-TEST_F(PublicShare, answerStaysInTheRequestLine)
-{
-    setVariables("pel_pubshare_name=Public\n");
-    expectName("Public");
-    const std::string whole = "gpsr " + le32(1) + "\nPublic\n";
-    EXPECT_EQ(std::string(cmdsvc::requestLine.data(), whole.size() + 1), whole + '\0');
-}
-
 TEST_F(PublicShare, answerThatTheDiskHasNoRoomForIsLost)
 {
     setVariables("pel_pubshare_name=Public\n");
     request::load(frame("gps1", 0));
-    watch::after("echo \"param_count", [] { root::fillDisk("/tmp"); });
+    watch::after("echo \"param_count", [] { root::fillDisk(); });
     const Outcome outcome = request::run();
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.answer, "");
-    EXPECT_EQ(outcome.calls, opening("gps1", 0, {trace("cmd_gps1 fwrite 17: gpsr \x01")}));
+    EXPECT_EQ(outcome.calls, request::opening("gps1", 0, {trace("cmd_gps1 fwrite 17: gpsr \x01")}));
 }
 
 TEST_F(PublicShare, olderQueryNeverTellsTheName)
@@ -271,24 +202,22 @@ TEST_F(PublicShare, olderQueryTakesAnyCount)
 TEST_F(PublicShare, olderQueryAsksForTheVariableAlone)
 {
     root::writeFile(kWorkFile, "pel_pubshare_name=Stale\n");
-    testing::internal::CaptureStdout();
-    const std::string answer = request::process(frame("gpsn", 0)).answer;
-    const std::string printed = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(answer, "gpsn ");
-    EXPECT_NE(printed.find("/etc/pelconfig/system_var"), std::string::npos) << printed;
-    EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)});
+    const Outcome outcome = request::process(frame("gpsn", 0));
+    EXPECT_EQ(outcome.answer, "gpsn ");
+    EXPECT_NE(outcome.printed.find("/etc/pelconfig/system_var"), std::string::npos);
+    EXPECT_EQ(leftBehind(), Lines{kWorkFile});
 }
 
 // ---- gsp1 -------------------------------------------------------------------------------------
 
-class ShareProperty : public root::Test {
+class ShareProperty : public request::Test {
   protected:
     const std::string listing = kWorkFile + pid();
     const std::string command = listingLine(listing);
 
     void SetUp() override
     {
-        root::Test::SetUp();
+        request::Test::SetUp();
         root::writeFile(kWorkFile, "old");
     }
 
@@ -303,12 +232,12 @@ class ShareProperty : public root::Test {
         return {trace("get share property enter..0"), cutTrace("cmd_gspc pShareName: " + name)};
     }
 
-    /// The calls of a request whose shell line gives this result.
+    /// The calls behind a shell line that gives this result, with that line and the name.
     [[nodiscard]] Lines callsWith(const std::string& name, int result, const Lines& more) const
     {
         const std::string run =
             trace("cmd_gsp1: system(" + command + ") -- iRet: " + std::to_string(result));
-        return opening("gsp1", 1, join({nameCalls(name), {command, run}, more}));
+        return join({nameCalls(name), {command, run}, more});
     }
 
     static std::string found(const std::string& line) { return trace("Found share " + line); }
@@ -332,14 +261,12 @@ class ShareProperty : public root::Test {
     void expectProperty(const std::string& text, const std::string& name, int property,
                         const Lines& finds)
     {
+        SCOPED_TRACE(name);
         root::stubListing(text);
         const Outcome outcome = ask(name);
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, answerOf(property)) << name;
-        EXPECT_EQ(outcome.calls, callsWith(name, 0, join({finds, {answerTrace(property)}})));
-        EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)}) << "another command's file";
-        EXPECT_EQ(fout_buf, nullptr);
-        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+        expectEnd(outcome, answerOf(property),
+                  callsWith(name, 0, join({finds, {answerTrace(property)}})), {kWorkFile},
+                  outcome.printed);
     }
 
     /// The same where it is enough to know the answer.
@@ -350,14 +277,17 @@ class ShareProperty : public root::Test {
     }
 
     /// Compares all that an error exit leaves.
-    void expectError(const Outcome& outcome, std::uint32_t code, const Lines& calls,
-                     const Lines& files)
+    static void expectError(const Outcome& outcome, std::uint32_t code, const Lines& calls,
+                            const Lines& files)
     {
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, "erro " + le32(code));
-        EXPECT_EQ(outcome.calls, join({calls, {exitTrace(code)}}));
-        EXPECT_EQ(leftBehind(), files);
-        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+        request::Test::expectError(outcome, "erro " + le32(code), code, calls, files);
+    }
+
+    /// The name does not have 1 to 64 bytes.
+    static void expectBadName(const Outcome& outcome, const std::string& name)
+    {
+        SCOPED_TRACE(name.size());
+        request::Test::expectError(outcome, le32(0xC1000003), 0xC1000003, nameCalls(name));
     }
 
     /// Asks for "Music" of a good listing, with something happening on the way.
@@ -473,12 +403,7 @@ TEST_F(ShareProperty, otherNamesEndWithABareWord)
     for (const std::size_t size : {0U, 65U, 66U, 255U, 4000U}) {
         root::writeFile(kWorkFile, "old");
         const std::string name(size, 'N');
-        const Outcome outcome = ask(name);
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, le32(0xC1000003)) << size;
-        EXPECT_EQ(outcome.calls,
-                  opening("gsp1", 1, join({nameCalls(name), {exitTrace(0xC1000003)}})));
-        EXPECT_EQ(leftBehind(), Lines{});
+        expectBadName(ask(name), name);
     }
 }
 
@@ -528,37 +453,26 @@ TEST_F(ShareProperty, zeroByteEndsTheName)
 
 TEST_F(ShareProperty, missingNameIsAnEmptyOne)
 {
-    const Outcome outcome = request::process(frame("gsp1", 1));
-    EXPECT_EQ(outcome.answer, le32(0xC1000003));
-    EXPECT_EQ(outcome.calls, opening("gsp1", 1, join({nameCalls(""), {exitTrace(0xC1000003)}})));
+    expectBadName(request::process(frame("gsp1", 1)), "");
 }
 
-TEST_F(ShareProperty, requestThatIsReadToItsEndLeavesTheFrameForAName)
+TEST_F(ShareProperty, requestThatIsReadToItsEndHasItsLastLineForAName)
 {
-    const std::string name = "gsp1 \x01";
-    root::stubListing(block(name, "public"));
-    request::load(frame("gsp1", 1));
-    ASSERT_TRUE(cmdsvc::openChannel(7));
-    cmdsvc::readRequestLine();
-    while (std::fgetc(cmdsvc::requestStream()) != EOF) {
-    }
-    cmd_gsp1();
-    cmdsvc::closeAnswer();
-    EXPECT_EQ(root::readFile("/tmp/outbuf7"), answerOf(2));
-    EXPECT_EQ(watch::calls().at(1), trace("cmd_gspc pShareName: " + name));
+    root::stubListing(block("Music", "public"));
+    EXPECT_EQ(request::process(request::filledFrame("host", 4, "Music")).answer,
+              le32(request::kMalformed));
+    watch::restart();
+    const Outcome outcome = request::call(cmd_gsp1);
+    EXPECT_EQ(outcome.answer, answerOf(2));
+    EXPECT_EQ(outcome.calls, callsWith("Music", 0,
+                                       {found(nameLine("Music")), found(propertyLine("public"), 2),
+                                        answerTrace(2)}));
 }
 
 TEST_F(ShareProperty, onlyTheFirstLineIsTheName)
 {
     root::stubListing(block("Music", "public"));
     EXPECT_EQ(request::process(frame("gsp1", 1, "Music\nPhotos\n")).answer, answerOf(2));
-}
-
-TEST_F(ShareProperty, answerIsAllThatIsLeftInTheRequestLine)
-{
-    expectAnswer("", std::string(64, 'N'), 3);
-    EXPECT_EQ(std::string(cmdsvc::requestLine.data(), 4096),
-              answerOf(3) + std::string(4096 - 12, '\0'));
 }
 
 TEST_F(ShareProperty, traceTellsHowMuchHasBeenWritten)
@@ -571,25 +485,16 @@ TEST_F(ShareProperty, traceTellsHowMuchHasBeenWritten)
     EXPECT_EQ(outcome.calls.back(), trace("cmd_gsp1 fwrite: gspr \x01 - 1 - return 0"));
 }
 
-TEST_F(ShareProperty, badNameClosesAFileThatIsOpen)
-{
-    request::load(frame("gsp1", 1, "\n"));
-    watch::after("echo \"get share", [] { cmdsvc::openCurrentFile(kWorkFile.c_str()); });
-    EXPECT_EQ(request::run().answer, le32(0xC1000003));
-    EXPECT_EQ(cmdsvc::currentFile(), nullptr);
-    EXPECT_EQ(leftBehind(), Lines{});
-}
-
 TEST_F(ShareProperty, failingScriptIsAnError)
 {
     root::stub("php", "echo '<sharename>Music' >\"$3\"; exit 3");
-    expectError(ask("Music"), 0xFF000004, callsWith("Music", 3 * 256, {}), {nameIn(listing)});
+    expectError(ask("Music"), kFailed, callsWith("Music", 3 * 256, {}), {listing});
 }
 
 TEST_F(ShareProperty, missingScriptIsAnError)
 {
     fs::remove("/usr/bin/php");
-    expectError(ask("Music"), 0xFF000004, callsWith("Music", 127 * 256, {}), {});
+    expectError(ask("Music"), kFailed, callsWith("Music", 127 * 256, {}), {});
 }
 
 TEST_F(ShareProperty, shellThatCannotStartIsAnError)
@@ -597,7 +502,7 @@ TEST_F(ShareProperty, shellThatCannotStartIsAnError)
     for (const int error : {EAGAIN, ECHILD}) {
         request::load(frame("gsp1", 1, "Music\n"));
         watch::answer("sudo", -1, error);
-        expectError(request::run(), 0xFF000004, callsWith("Music", -1, {}), {});
+        expectError(request::run(), kFailed, callsWith("Music", -1, {}), {});
     }
 }
 
@@ -605,44 +510,41 @@ TEST_F(ShareProperty, scriptThatSomebodyElseReapedIsAnError)
 {
     root::stubListing(block("Music", "public"));
     std::signal(SIGCHLD, SIG_IGN);
-    expectError(ask("Music"), 0xFF000004, callsWith("Music", -1, {}), {nameIn(listing)});
+    expectError(ask("Music"), kFailed, callsWith("Music", -1, {}), {listing});
 }
 
 TEST_F(ShareProperty, listingThatDoesNotFitOnTheDiskIsAnError)
 {
     root::stubListing(block("Music", "public"));
     request::load(frame("gsp1", 1, "Music\n"));
-    watch::after("echo \"cmd_gspc", [] { root::fillDisk("/tmp"); });
-    watch::after("echo \"exiting", freeDisk);
-    expectError(request::run(), 0xFF000004, callsWith("Music", 256, {}), {nameIn(listing)});
+    watch::after("echo \"cmd_gspc", [] { root::fillDisk(); });
+    watch::after("echo \"exiting", [] { root::freeDisk(); });
+    expectError(request::run(), kFailed, callsWith("Music", 256, {}), {listing});
 }
 
 TEST_F(ShareProperty, missingListingIsAnError)
 {
     root::stub("php", "exit 0");
-    expectError(ask("Music"), 0xFF000007,
+    expectError(ask("Music"), request::kCannotOpen,
                 callsWith("Music", 0, {problem("cannot open file", listing, kNotThere)}), {});
 }
 
 TEST_F(ShareProperty, listingThatIsRemovedInBetweenIsAnError)
 {
-    expectError(askWhen("sudo", [&] { fs::remove(listing); }), 0xFF000007,
+    expectError(askWhen("sudo", [&] { fs::remove(listing); }), request::kCannotOpen,
                 callsWith("Music", 0, {problem("cannot open file", listing, kNotThere)}), {});
 }
 
 TEST_F(ShareProperty, unreadableListingIsAnErrorAndIsRemoved)
 {
-    expectError(askWhen("sudo", [&] { makeUnreadable(listing); }), 0xFF000007,
+    expectError(askWhen("sudo", [&] { makeUnreadable(listing); }), request::kCannotOpen,
                 callsWith("Music", 0, {problem("cannot open file", listing, kDenied)}), {});
 }
 
 TEST_F(ShareProperty, folderInTheListingsPlaceListsNothing)
 {
     root::stub("php", "mkdir \"$3\"");
-    const Outcome outcome = ask("Music");
-    EXPECT_EQ(outcome.answer, answerOf(3));
-    EXPECT_EQ(outcome.calls, callsWith("Music", 0, {answerTrace(3)}));
-    EXPECT_FALSE(root::exists(listing));
+    expectEnd(ask("Music"), answerOf(3), callsWith("Music", 0, {answerTrace(3)}), {kWorkFile});
 }
 
 TEST_F(ShareProperty, listingThatCannotBeRemovedIsAnError)
@@ -653,32 +555,32 @@ TEST_F(ShareProperty, listingThatCannotBeRemovedIsAnError)
     const Lines finds = {found(nameLine("Music")), found(propertyLine("public"), 2)};
     expectError(askWhen("echo \"Found property", [&] { fs::remove(listing); }), 0xC1000001,
                 callsWith("Music", 0, join({finds, {removal(kNotThere)}})), {});
-    expectError(askWhen("sudo", closeFolder), 0xC1000001,
-                callsWith("Music", 0, join({finds, {removal(kDenied)}})), {nameIn(listing)});
-    reopenFolder();
+    expectError(askWhen("sudo", [] { closeFolder(); }), 0xC1000001,
+                callsWith("Music", 0, join({finds, {removal(kDenied)}})), {listing});
+    openFolder();
     fs::remove(listing);
     root::stub("php", "mkdir -p \"$3/x\"");
     expectError(ask("Music"), 0xC1000001, callsWith("Music", 0, {removal("Directory not empty")}),
-                {nameIn(listing)});
+                {listing});
 }
 
 // ---- gspc -------------------------------------------------------------------------------------
 
-class SharePropertyByPlace : public root::Test {
+class SharePropertyByPlace : public request::Test {
   protected:
     const std::string hookLine =
         "echo share_info | runwebhooks | grep return > /tmp/vokcontrol.tmp";
     const Lines fetchLines = {
         "sudo /usr/bin/php /etc/inc/api_user.php tovGetUsers " + kWorkFile + pid(),
         "cat " + kWorkFile + pid() + " | grep username >  " + kWorkFile + pid() + "2"};
-    const Lines fetchedFiles = {nameIn(kWorkFile) + pid(), nameIn(kWorkFile) + pid() + "2"};
+    const Lines fetchedFiles = {kWorkFile + pid(), kWorkFile + pid() + "2"};
     const std::string statusTrace =
         trace("SendReturnStatus errCode 0xF0000001 -- fwrite return: 10");
     const std::string status = "gspc " + le32(0xF0000001) + '\0';
 
     void SetUp() override
     {
-        root::Test::SetUp();
+        request::Test::SetUp();
         stubHook("return [\"Music\",\"Photos\",\"Films\"];\n");
         stubUsers({});
     }
@@ -721,16 +623,10 @@ class SharePropertyByPlace : public root::Test {
         return "gspc " + std::string(1, static_cast<char>(name.size())) + name + "\n";
     }
 
-    /// The calls of a request, up to the name that has been taken from it.
-    static Lines callsFor(const std::string& request, const std::string& name)
+    /// The trace of the name that has been taken from a request.
+    static Lines nameCalls(const std::string& name)
     {
-        std::string line = request.substr(0, request.find('\n')) + "\n";
-        line.resize(9);
-        std::uint32_t count = 0;
-        for (std::size_t i = 9; i > 5; --i) {
-            count = (count << 8U) | static_cast<unsigned char>(line[i - 1]);
-        }
-        return opening("gspc", count, {cutTrace("cmd_gspc pShareName: " + name)});
+        return {cutTrace("cmd_gspc pShareName: " + name)};
     }
 
     static std::string placeTrace(const std::string& name, int standing, int property)
@@ -750,41 +646,28 @@ class SharePropertyByPlace : public root::Test {
                      std::to_string(property) + " - return 10");
     }
 
-    static void expectOutcome(const Outcome& outcome, const std::string& answer, const Lines& calls,
-                              const Lines& files = {})
-    {
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, answer);
-        EXPECT_EQ(outcome.calls, calls);
-        EXPECT_EQ(leftBehind(), files);
-        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
-        EXPECT_EQ(fout_buf, nullptr);
-    }
-
     /// A request whose name is not in the hook's list.
     void expectNone(const std::string& request, const std::string& name)
     {
-        expectOutcome(
-            request::process(request), answerOf(3),
-            join({callsFor(request, name), {hookLine, placeTrace(name, 0, 3), answerTrace(3)}}));
+        expectEnd(request::process(request), answerOf(3),
+                  join({nameCalls(name), {hookLine, placeTrace(name, 0, 3), answerTrace(3)}}));
     }
 
     /// A request that ends where its name is looked at.
     void expectRefused(const std::string& request, const std::string& name)
     {
-        expectOutcome(request::process(request), status,
-                      join({callsFor(request, name), {statusTrace}}));
+        expectEnd(request::process(request), status, join({nameCalls(name), {statusTrace}}));
     }
 
     /// A request for a share that has a place, and so comes to the end of a short user list.
     void expectPlace(const std::string& name, int standing)
     {
         const std::string request = requestFor(name);
-        expectOutcome(request::process(request), status,
-                      join({callsFor(request, name),
-                            {hookLine, placeTrace(name, standing, 1)},
-                            fetchLines,
-                            {statusTrace}}));
+        expectEnd(request::process(request), status,
+                  join({nameCalls(name),
+                        {hookLine, placeTrace(name, standing, 1)},
+                        fetchLines,
+                        {statusTrace}}));
     }
 
     /// A request for a share that has a place, with a user list that reaches as far. The line is
@@ -793,11 +676,11 @@ class SharePropertyByPlace : public root::Test {
                         int property)
     {
         const std::string request = requestFor(name);
-        expectOutcome(request::process(request), answerOf(property),
-                      join({callsFor(request, name),
-                            {hookLine, placeTrace(name, standing, 1)},
-                            fetchLines,
-                            {trace("cmd_gspc " + line + ": "), answerTrace(property)}}));
+        expectEnd(request::process(request), answerOf(property),
+                  join({nameCalls(name),
+                        {hookLine, placeTrace(name, standing, 1)},
+                        fetchLines,
+                        {trace("cmd_gspc " + line + ": "), answerTrace(property)}}));
     }
 
     /// Asks for "Music", with something happening on the way.
@@ -811,7 +694,7 @@ class SharePropertyByPlace : public root::Test {
     /// The calls of a request for "Music", up to the hook's shell line.
     [[nodiscard]] Lines musicCalls(const std::vector<Lines>& more) const
     {
-        return join({callsFor(requestFor("Music"), "Music"), {hookLine}, join(more)});
+        return join({nameCalls("Music"), {hookLine}, join(more)});
     }
 
     /// The same, up to the user list's shell lines.
@@ -893,7 +776,7 @@ TEST_F(SharePropertyByPlace, zeroByteEndsTheListsText)
     const Outcome outcome = askWhen("echo share_info", [] {
         root::writeFile(kWorkFile, std::string("return [\0Music];\n", 17));
     });
-    expectOutcome(outcome, answerOf(3), musicCalls({{placeTrace("Music", 0, 3), answerTrace(3)}}));
+    expectEnd(outcome, answerOf(3), musicCalls({{placeTrace("Music", 0, 3), answerTrace(3)}}));
 }
 
 TEST_F(SharePropertyByPlace, namesUpTo64CharactersAreLookedUp)
@@ -961,11 +844,11 @@ TEST_F(SharePropertyByPlace, nameOfTenIsShiftedByOne)
     expectNone(std::string("gspc \n01\00023456789\n", 18), "1");
     stubHook("return [\"x123456789\",\"123456789\"];\n");
     const std::string request = "gspc \n0123456789";
-    expectOutcome(request::process(request), status,
-                  join({callsFor(request, "123456789"),
-                        {hookLine, placeTrace("123456789", 0, 1)},
-                        fetchLines,
-                        {statusTrace}}));
+    expectEnd(request::process(request), status,
+              join({nameCalls("123456789"),
+                    {hookLine, placeTrace("123456789", 0, 1)},
+                    fetchLines,
+                    {statusTrace}}));
 }
 
 TEST_F(SharePropertyByPlace, nameOfTenThatIsMissingIsRefused)
@@ -977,15 +860,11 @@ TEST_F(SharePropertyByPlace, nameOfTenThatIsMissingIsRefused)
 
 TEST_F(SharePropertyByPlace, nameOfTenBehindTheEndOfTheRequestIsRefused)
 {
-    request::load("gspc \n");
-    ASSERT_TRUE(cmdsvc::openChannel(7));
-    cmdsvc::readRequestLine();
-    while (std::fgetc(cmdsvc::requestStream()) != EOF) {
-    }
-    cmd_gspc();
-    cmdsvc::closeAnswer();
-    EXPECT_EQ(root::readFile("/tmp/outbuf7"), status);
-    EXPECT_EQ(watch::calls(), (Lines{trace("cmd_gspc pShareName: "), statusTrace}));
+    EXPECT_EQ(request::process("gubs \n").result, 0);
+    EXPECT_EQ(request::unread(), "");
+    const Outcome outcome = request::call(cmd_gspc);
+    EXPECT_EQ(outcome.answer, status);
+    EXPECT_EQ(outcome.calls, join({nameCalls(""), {statusTrace}}));
 }
 
 TEST_F(SharePropertyByPlace, linesRestIsReadForTenAlone)
@@ -1002,11 +881,11 @@ TEST_F(SharePropertyByPlace, linesRestIsReadForTenAlone)
 TEST_F(SharePropertyByPlace, nameOfTenTakesTheWholeRestOfItsLine)
 {
     expectNone("gspc \n0123456789\nmore\n", "123456789\n");
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
     expectNone("gspc \n" + std::string(4090, 'N'), std::string(10, 'N'));
     EXPECT_EQ(request::unread(), "");
     expectNone("gspc \5Books\nmore\n", "Books");
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
 }
 
 TEST_F(SharePropertyByPlace, piecesOfALongUserListCountAsLines)
@@ -1052,15 +931,6 @@ TEST_F(SharePropertyByPlace, markOfFullAccessMustBeWholeInItsPiece)
     expectProperty("Music", 0, userList(users).substr(254), 1);
 }
 
-TEST_F(SharePropertyByPlace, answerIsAllThatIsLeftInTheRequestLine)
-{
-    expectNone(requestFor("Books"), "Books");
-    EXPECT_EQ(std::string(cmdsvc::requestLine.data(), 4096),
-              answerOf(3) + std::string(4096 - 10, '\0'));
-    expectPlace("Music", 0);
-    EXPECT_EQ(std::string(cmdsvc::requestLine.data(), 4096), status + std::string(4096 - 10, '\0'));
-}
-
 TEST_F(SharePropertyByPlace, traceTellsHowMuchHasBeenWritten)
 {
     request::load(requestFor("Books"));
@@ -1076,30 +946,26 @@ TEST_F(SharePropertyByPlace, hookThatCannotStartIsAFailure)
         root::writeFile(kWorkFile, "return [\"Old\"];\n");
         request::load(requestFor("Music"));
         watch::answer("echo share_info", -1, error);
-        expectOutcome(request::run(), status, musicCalls({{statusTrace}}), {nameIn(kWorkFile)});
+        expectEnd(request::run(), status, musicCalls({{statusTrace}}), {kWorkFile});
     }
 }
 
-TEST_F(SharePropertyByPlace, failureBeforeTheHookHasRunLeavesWorkFileAndSlotAlone)
+TEST_F(SharePropertyByPlace, failureBeforeTheHookHasRunLeavesTheWorkFileAlone)
 {
-    root::writeFile("/stubs/slot", "x");
-    root::writeFile(kWorkFile, "old");
     for (const std::string& name : {std::string(), std::string("Music")}) {
-        ASSERT_NE(cmdsvc::openCurrentFile("/stubs/slot"), nullptr);
+        root::writeFile(kWorkFile, "old");
         request::load(requestFor(name));
         watch::answer("echo share_info", -1, EAGAIN);
         EXPECT_EQ(request::run().answer, status);
         EXPECT_EQ(root::readFile(kWorkFile), "old");
-        EXPECT_NE(cmdsvc::currentFile(), nullptr);
-        cmdsvc::closeCurrentFile();
     }
 }
 
 TEST_F(SharePropertyByPlace, hookThatSomebodyElseReapedIsAFailure)
 {
     std::signal(SIGCHLD, SIG_IGN);
-    expectOutcome(request::process(requestFor("Music")), status, musicCalls({{statusTrace}}),
-                  {nameIn(kWorkFile)});
+    expectEnd(request::process(requestFor("Music")), status, musicCalls({{statusTrace}}),
+              {kWorkFile});
 }
 
 TEST_F(SharePropertyByPlace, anyOtherEndOfTheHookIsAccepted)
@@ -1108,8 +974,8 @@ TEST_F(SharePropertyByPlace, anyOtherEndOfTheHookIsAccepted)
         root::writeFile(kWorkFile, "return [\"Old\"];\n");
         request::load(requestFor("Music"));
         watch::answer("echo share_info", result, EAGAIN);
-        expectOutcome(request::run(), answerOf(3),
-                      musicCalls({{placeTrace("Music", 0, 3), answerTrace(3)}}));
+        expectEnd(request::run(), answerOf(3),
+                  musicCalls({{placeTrace("Music", 0, 3), answerTrace(3)}}));
     }
     root::stub("runwebhooks", "cat /stubs/hook; exit 9");
     expectPlace("Photos", 1);
@@ -1119,14 +985,14 @@ TEST_F(SharePropertyByPlace, anyOtherEndOfTheHookIsAccepted)
 
 TEST_F(SharePropertyByPlace, listThatIsMissingIsAFailure)
 {
-    expectOutcome(askWhen("echo share_info", [] { fs::remove(kWorkFile); }), status,
-                  musicCalls({{statusTrace}}));
+    expectEnd(askWhen("echo share_info", [] { fs::remove(kWorkFile); }), status,
+              musicCalls({{statusTrace}}));
 }
 
 TEST_F(SharePropertyByPlace, listThatIsUnreadableIsAFailureAndStays)
 {
-    expectOutcome(askWhen("echo share_info", [] { makeUnreadable(kWorkFile); }), status,
-                  musicCalls({{statusTrace}}), {nameIn(kWorkFile)});
+    expectEnd(askWhen("echo share_info", [] { makeUnreadable(kWorkFile); }), status,
+              musicCalls({{statusTrace}}), {kWorkFile});
 }
 
 TEST_F(SharePropertyByPlace, folderInTheListsPlaceHasNoLine)
@@ -1138,17 +1004,17 @@ TEST_F(SharePropertyByPlace, folderInTheListsPlaceHasNoLine)
 TEST_F(SharePropertyByPlace, listThatCannotBeRemovedIsOnlyTraced)
 {
     request::load(requestFor("Books"));
-    watch::after("echo share_info", closeFolder);
-    const Lines calls = join({callsFor(requestFor("Books"), "Books"),
+    watch::after("echo share_info", [] { closeFolder(); });
+    const Lines calls = join({nameCalls("Books"),
                               {hookLine, problem("cannot remove file", kWorkFile, kDenied),
                                placeTrace("Books", 0, 3), answerTrace(3)}});
-    expectOutcome(request::run(), answerOf(3), calls, {nameIn(kWorkFile)});
-    reopenFolder();
+    expectEnd(request::run(), answerOf(3), calls, {kWorkFile});
+    openFolder();
 
     request::load(requestFor("Music"));
-    watch::after("echo share_info", closeFolder);
-    watch::after("echo \"cannot remove", reopenFolder);
-    expectOutcome(
+    watch::after("echo share_info", [] { closeFolder(); });
+    watch::after("echo \"cannot remove", [] { openFolder(); });
+    expectEnd(
         request::run(), status,
         musicCalls({{problem("cannot remove file", kWorkFile, kDenied), placeTrace("Music", 0, 1)},
                     fetchLines,
@@ -1158,13 +1024,13 @@ TEST_F(SharePropertyByPlace, listThatCannotBeRemovedIsOnlyTraced)
 TEST_F(SharePropertyByPlace, listThatDoesNotFitOnTheDiskHasNoLine)
 {
     request::load(requestFor("Books"));
-    watch::after("echo \"cmd_gspc pShareName", [] { root::fillDisk("/tmp"); });
-    watch::after("echo \"cmd_gspc share name", freeDisk);
-    expectOutcome(request::run(), status,
-                  join({callsFor(requestFor("Books"), "Books"),
-                        {hookLine, placeTrace("Books", 0, 1)},
-                        fetchLines,
-                        {statusTrace}}));
+    watch::after("echo \"cmd_gspc pShareName", [] { root::fillDisk(); });
+    watch::after("echo \"cmd_gspc share name", [] { root::freeDisk(); });
+    expectEnd(request::run(), status,
+              join({nameCalls("Books"),
+                    {hookLine, placeTrace("Books", 0, 1)},
+                    fetchLines,
+                    {statusTrace}}));
 }
 
 TEST_F(SharePropertyByPlace, userListThatCannotBeFetchedIsAFailure)
@@ -1173,19 +1039,18 @@ TEST_F(SharePropertyByPlace, userListThatCannotBeFetchedIsAFailure)
                                      std::pair(ECHILD, std::string("10(No child processes)"))}) {
         request::load(requestFor("Music"));
         watch::answer("sudo", -1, error);
-        expectOutcome(
-            request::run(), status,
-            musicCalls({{placeTrace("Music", 0, 1), fetchLines[0],
-                         trace("system(" + fetchLines[0] + ") --  error: " + why + " -- "),
-                         statusTrace}}));
+        expectEnd(request::run(), status,
+                  musicCalls({{placeTrace("Music", 0, 1), fetchLines[0],
+                               trace("system(" + fetchLines[0] + ") --  error: " + why + " -- "),
+                               statusTrace}}));
         request::load(requestFor("Music"));
         watch::answer("cat", -1, error);
-        expectOutcome(
+        expectEnd(
             request::run(), status,
             musicCallsWithUsers(
                 {trace("system(" + fetchLines[1] + ") --  error: " + why + " -- "), statusTrace}),
             {fetchedFiles[0]});
-        fs::remove("/tmp/" + fetchedFiles[0]);
+        fs::remove(fetchedFiles[0]);
     }
 }
 
@@ -1197,25 +1062,24 @@ TEST_F(SharePropertyByPlace, failingUserScriptLeavesTheGuestAlone)
 
 TEST_F(SharePropertyByPlace, userListThatCannotBeWrittenIsAFailure)
 {
-    expectOutcome(askWhen("cat", [] { fs::create_directory(kWorkFile); }), status,
-                  musicCallsWithUsers({statusTrace}), join({{nameIn(kWorkFile)}, fetchedFiles}));
+    expectEnd(askWhen("cat", [] { fs::create_directory(kWorkFile); }), status,
+              musicCallsWithUsers({statusTrace}), join({{kWorkFile}, fetchedFiles}));
 }
 
 TEST_F(SharePropertyByPlace, userListThatDoesNotFitOnTheDiskIsAFailure)
 {
     request::load(requestFor("Music"));
-    watch::after("cat", [] { root::fillDisk("/tmp"); });
-    watch::after("echo \"SendReturnStatus", freeDisk);
-    expectOutcome(request::run(), status, musicCallsWithUsers({statusTrace}),
-                  join({{nameIn(kWorkFile)}, fetchedFiles}));
+    watch::after("cat", [] { root::fillDisk(); });
+    watch::after("echo \"SendReturnStatus", [] { root::freeDisk(); });
+    expectEnd(request::run(), status, musicCallsWithUsers({statusTrace}),
+              join({{kWorkFile}, fetchedFiles}));
 }
 
 TEST_F(SharePropertyByPlace, userListThatIsGoneIsAFailure)
 {
     // The list goes through a link into one of the work files, which is removed in the end.
-    const auto link = [&] { fs::create_symlink("/tmp/" + fetchedFiles[0], kWorkFile); };
-    expectOutcome(askWhen("cat", link), status, musicCallsWithUsers({statusTrace}),
-                  {nameIn(kWorkFile)});
+    const auto link = [&] { fs::create_symlink(fetchedFiles[0], kWorkFile); };
+    expectEnd(askWhen("cat", link), status, musicCallsWithUsers({statusTrace}), {kWorkFile});
 }
 
 TEST_F(SharePropertyByPlace, userListThatIsUnreadableIsAFailure)
@@ -1224,16 +1088,15 @@ TEST_F(SharePropertyByPlace, userListThatIsUnreadableIsAFailure)
         root::writeFile(kWorkFile, "");
         fs::permissions(kWorkFile, fs::perms(0200));
     };
-    expectOutcome(askWhen("cat", prepare), status, musicCallsWithUsers({statusTrace}),
-                  {nameIn(kWorkFile)});
+    expectEnd(askWhen("cat", prepare), status, musicCallsWithUsers({statusTrace}), {kWorkFile});
 }
 
 TEST_F(SharePropertyByPlace, userListThatIsLostIsAFailure)
 {
     // What is written to /dev/null is gone: the first line is missing already.
     stubUsers({std::string(300, 'n')});
-    expectOutcome(askWhen("cat", [] { fs::create_symlink("/dev/null", kWorkFile); }), status,
-                  musicCallsWithUsers({statusTrace}));
+    expectEnd(askWhen("cat", [] { fs::create_symlink("/dev/null", kWorkFile); }), status,
+              musicCallsWithUsers({statusTrace}));
 }
 
 TEST_F(SharePropertyByPlace, userListThatCannotBeRemovedIsOnlyTraced)
@@ -1243,20 +1106,19 @@ TEST_F(SharePropertyByPlace, userListThatCannotBeRemovedIsOnlyTraced)
         closeFolder();
     };
     const std::string removal = problem("cannot remove file", kWorkFile, kDenied);
-    const Lines files = join({{nameIn(kWorkFile)}, fetchedFiles});
-    expectOutcome(askWhen("cat", prepare), status, musicCallsWithUsers({removal, statusTrace}),
-                  files);
-    reopenFolder();
+    const Lines files = join({{kWorkFile}, fetchedFiles});
+    expectEnd(askWhen("cat", prepare), status, musicCallsWithUsers({removal, statusTrace}), files);
+    openFolder();
 
     const Lines users = usersUpTo(254);
     stubUsers(users);
-    expectOutcome(askWhen("cat", prepare), answerOf(1),
-                  musicCallsWithUsers({trace("cmd_gspc ];: "), removal, answerTrace(1)}), files);
+    expectEnd(askWhen("cat", prepare), answerOf(1),
+              musicCallsWithUsers({trace("cmd_gspc ];: "), removal, answerTrace(1)}), files);
 }
 
 // ---- lsts -------------------------------------------------------------------------------------
 
-class ListShares : public root::Test {
+class ListShares : public request::Test {
   protected:
     const std::string listing = root::workFile("cmd_lsts");
     const std::string command = listingLine(listing);
@@ -1270,9 +1132,7 @@ class ListShares : public root::Test {
     /// The calls up to the answer's header, where these shares are internal.
     [[nodiscard]] Lines headerCalls(const Lines& internal) const
     {
-        return opening(
-            "lsts", 0,
-            join({shareInfoCalls(internal), {command, runTrace(0)}, shareInfoCalls(internal)}));
+        return join({shareInfoCalls(internal), {command, runTrace(0)}, shareInfoCalls(internal)});
     }
 
     static std::string header(std::size_t count)
@@ -1285,26 +1145,19 @@ class ListShares : public root::Test {
     void expectShares(const std::string& text, const Lines& internal, const std::string& pairs)
     {
         root::stubListing(text);
+        SCOPED_TRACE(text);
         const Outcome outcome = request::process(frame("lsts", 0));
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, header(internal.size()) + pairs) << text;
         const std::string end =
             trace("cmd_lsts return: number of user: " + std::to_string(internal.size()));
-        EXPECT_EQ(outcome.calls, join({headerCalls(internal), {end}}));
-        EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)});
+        expectEnd(outcome, header(internal.size()) + pairs, join({headerCalls(internal), {end}}),
+                  {kWorkFile}, outcome.printed);
         EXPECT_EQ(root::readFile(kWorkFile), shareList(internal));
-        EXPECT_EQ(fout_buf, nullptr);
-        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
     }
 
     static void expectError(const Outcome& outcome, const std::string& before, std::uint32_t code,
                             const Lines& calls, const Lines& files)
     {
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, before + "erro " + le32(code));
-        EXPECT_EQ(outcome.calls, join({calls, {exitTrace(code)}}));
-        EXPECT_EQ(leftBehind(), files);
-        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+        request::Test::expectError(outcome, before + "erro " + le32(code), code, calls, files);
     }
 
     /// Lists one good share, with something happening once this command's shell line has run.
@@ -1482,16 +1335,15 @@ TEST_F(ListShares, failingScriptIsAnErrorWithoutAnotherTrace)
 {
     root::writeFile(kWorkFile, "old");
     root::stub("php", "exit 3");
-    expectError(request::process(frame("lsts", 0)), "", 0xFF000004,
-                opening("lsts", 0, shareInfoFailure(768, "Success")), {});
+    expectError(request::process(frame("lsts", 0)), "", kFailed, shareInfoFailure(768, "Success"),
+                {});
 }
 
 TEST_F(ListShares, shellThatCannotStartIsAnError)
 {
     request::load(frame("lsts", 0));
     watch::answer("sudo", -1, EAGAIN);
-    expectError(request::run(), "", 0xFF000004, opening("lsts", 0, shareInfoFailure(-1, kAgain)),
-                {});
+    expectError(request::run(), "", kFailed, shareInfoFailure(-1, kAgain), {});
 }
 
 TEST_F(ListShares, secondRunOfTheScriptThatFailsIsAnError)
@@ -1501,10 +1353,8 @@ TEST_F(ListShares, secondRunOfTheScriptThatFailsIsAnError)
          {std::pair(256, 0), std::pair(-1, EAGAIN), std::pair(-1, ECHILD)}) {
         request::load(frame("lsts", 0));
         watch::answer(command, result, error);
-        expectError(
-            request::run(), "", 0xFF000004,
-            opening("lsts", 0, join({shareInfoCalls({"Music"}), {command, runTrace(result)}})),
-            {nameIn(listing)});
+        expectError(request::run(), "", kFailed,
+                    join({shareInfoCalls({"Music"}), {command, runTrace(result)}}), {listing});
         EXPECT_EQ(root::readFile(listing), shareList({"Music"}));
     }
 }
@@ -1513,9 +1363,8 @@ TEST_F(ListShares, scriptThatSomebodyElseReapedIsAnErrorInTheSecondRun)
 {
     root::stubListing(block("Music", "public"));
     std::signal(SIGCHLD, SIG_IGN);
-    expectError(request::process(frame("lsts", 0)), "", 0xFF000004,
-                opening("lsts", 0, join({shareInfoCalls({"Music"}), {command, runTrace(-1)}})),
-                {nameIn(listing)});
+    expectError(request::process(frame("lsts", 0)), "", kFailed,
+                join({shareInfoCalls({"Music"}), {command, runTrace(-1)}}), {listing});
 }
 
 TEST_F(ListShares, countThatFailsIsTraced)
@@ -1524,56 +1373,50 @@ TEST_F(ListShares, countThatFailsIsTraced)
         return [=] { watch::answer(kShareInfoLine, result, error); };
     };
     const auto calls = [&](int result, const std::string& why) {
-        return opening("lsts", 0,
-                       join({shareInfoCalls({"Music"}),
-                             {command, runTrace(0)},
-                             shareInfoFailure(result, why),
-                             {trace("cmd_lsts: number of user: -1")}}));
+        return join({shareInfoCalls({"Music"}),
+                     {command, runTrace(0)},
+                     shareInfoFailure(result, why),
+                     {trace("cmd_lsts: number of user: -1")}});
     };
-    expectError(listWhenRun(failCount(256, 0)), "", 0xFF000004, calls(256, "Success"),
-                {nameIn(listing)});
-    expectError(listWhenRun(failCount(-1, EAGAIN)), "", 0xFF000004, calls(-1, kAgain),
-                {nameIn(listing)});
+    expectError(listWhenRun(failCount(256, 0)), "", kFailed, calls(256, "Success"), {listing});
+    expectError(listWhenRun(failCount(-1, EAGAIN)), "", kFailed, calls(-1, kAgain), {listing});
 }
 
 TEST_F(ListShares, firstListThatCannotBeWrittenIsAnError)
 {
     fs::create_directory(listing);
     root::stubListing(block("Music", "public"));
-    expectError(request::process(frame("lsts", 0)), "", 0xFF000004,
-                opening("lsts", 0,
-                        {trace("share_info sys(" + kShareInfoLine + ")"), kShareInfoLine,
-                         trace("share_info() cannot open file: " + root::workFile("share_info") +
-                               " or file: " + listing + " (error: Is a directory)")}),
-                {nameIn(listing), nameIn(root::workFile("share_info"))});
+    expectError(request::process(frame("lsts", 0)), "", kFailed,
+                {trace("share_info sys(" + kShareInfoLine + ")"), kShareInfoLine,
+                 trace("share_info() cannot open file: " + root::workFile("share_info") +
+                       " or file: " + listing + " (error: Is a directory)")},
+                {listing, root::workFile("share_info")});
 }
 
 TEST_F(ListShares, listOfTheCountThatCannotBeWrittenIsAnError)
 {
     fs::create_directory(kWorkFile);
     root::stubListing(block("Music", "public"));
-    expectError(
-        request::process(frame("lsts", 0)), "", 0xFF000004,
-        opening("lsts", 0,
+    expectError(request::process(frame("lsts", 0)), "", kFailed,
                 join({shareInfoCalls({"Music"}),
                       {command, runTrace(0), trace("share_info sys(" + kShareInfoLine + ")"),
                        kShareInfoLine,
                        trace("share_info() cannot open file: " + root::workFile("share_info") +
                              " or file: " + kWorkFile + " (error: Is a directory)"),
-                       trace("cmd_lsts: number of user: -1")}})),
-        {nameIn(listing), nameIn(root::workFile("share_info"))});
+                       trace("cmd_lsts: number of user: -1")}}),
+                {listing, root::workFile("share_info")});
 }
 
 TEST_F(ListShares, listingThatIsRemovedInBetweenIsAnErrorBehindTheHeader)
 {
-    expectError(listWhenCounted([&] { fs::remove(listing); }), header(1), 0xFF000007,
+    expectError(listWhenCounted([&] { fs::remove(listing); }), header(1), request::kCannotOpen,
                 join({headerCalls({"Music"}), {problem("cannot open file", listing, kNotThere)}}),
                 {});
 }
 
 TEST_F(ListShares, unreadableListingIsAnErrorBehindTheHeaderAndIsRemoved)
 {
-    expectError(listWhenCounted([&] { makeUnreadable(listing); }), header(1), 0xFF000007,
+    expectError(listWhenCounted([&] { makeUnreadable(listing); }), header(1), request::kCannotOpen,
                 join({headerCalls({"Music"}), {problem("cannot open file", listing, kDenied)}}),
                 {});
 }
@@ -1581,7 +1424,7 @@ TEST_F(ListShares, unreadableListingIsAnErrorBehindTheHeaderAndIsRemoved)
 TEST_F(ListShares, emptyListingReportsNothing)
 {
     EXPECT_EQ(listWhenRun([&] { root::writeFile(listing, ""); }).answer, header(1));
-    EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)});
+    EXPECT_EQ(leftBehind(), Lines{kWorkFile});
 }
 
 TEST_F(ListShares, folderInTheListingsPlaceReportsNothing)
@@ -1591,35 +1434,34 @@ TEST_F(ListShares, folderInTheListingsPlaceReportsNothing)
         fs::create_directory(listing);
     };
     EXPECT_EQ(listWhenRun(replace).answer, header(1));
-    EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)});
+    EXPECT_EQ(leftBehind(), Lines{kWorkFile});
 }
 
 TEST_F(ListShares, listingThatCannotBeClosedIsAnErrorBehindTheShares)
 {
-    losesItsDescriptor = listing.c_str();
-    const Outcome outcome = listWhenRun([] {});
-    losesItsDescriptor = nullptr;
-    expectError(outcome, header(1) + "Music\npublic\n", 0xFF000008,
+    const faults::Guard fault = faults::failFclose(listing);
+    expectError(listWhenRun([] {}), header(1) + "Music\npublic\n", request::kCannotClose,
                 join({headerCalls({"Music"}),
-                      {problem("cannot close file", listing, "Bad file descriptor")}}),
-                {nameIn(listing)});
+                      {problem("cannot close file", listing, root::kBadDescriptor)}}),
+                {listing});
 }
 
 TEST_F(ListShares, listingThatCannotBeRemovedIsAnErrorThatNamesAnotherFile)
 {
     const std::string named = "/etc/pelconfig/vokcontrol/lsts_data_file1";
-    expectError(listWhenCounted(closeFolder), header(1) + "Music\npublic\n", 0xFF000006,
+    expectError(listWhenCounted([] { closeFolder(); }), header(1) + "Music\npublic\n",
+                request::kCannotRemove,
                 join({headerCalls({"Music"}), {problem("cannot remove file", named, kDenied)}}),
-                {nameIn(listing), nameIn(kWorkFile)});
-    reopenFolder();
+                {listing, kWorkFile});
+    openFolder();
     const auto replace = [&] {
         fs::remove(listing);
         fs::create_directories(listing + "/x");
     };
-    expectError(listWhenCounted(replace), header(1), 0xFF000006,
+    expectError(listWhenCounted(replace), header(1), request::kCannotRemove,
                 join({headerCalls({"Music"}),
                       {problem("cannot remove file", named, "Directory not empty")}}),
-                {nameIn(listing)});
+                {listing});
 }
 
 TEST_F(ListShares, listingThatDoesNotFitOnTheDiskIsAnError)
@@ -1628,12 +1470,11 @@ TEST_F(ListShares, listingThatDoesNotFitOnTheDiskIsAnError)
     request::load(frame("lsts", 0));
     watch::after("echo \"share_info() return", [&] {
         fs::remove(listing);
-        root::fillDisk("/tmp");
+        root::fillDisk();
     });
-    watch::after("echo \"exiting", freeDisk);
-    expectError(request::run(), "", 0xFF000004,
-                opening("lsts", 0, join({shareInfoCalls({"Music"}), {command, runTrace(256)}})),
-                {nameIn(listing)});
+    watch::after("echo \"exiting", [] { root::freeDisk(); });
+    expectError(request::run(), "", kFailed,
+                join({shareInfoCalls({"Music"}), {command, runTrace(256)}}), {listing});
 }
 
 TEST_F(ListShares, countNeedsNoRoomOnTheDisk)
@@ -1641,29 +1482,19 @@ TEST_F(ListShares, countNeedsNoRoomOnTheDisk)
     root::stubListing(block("Music", "public"));
     request::load(frame("lsts", 0));
     watch::after(command, [] {
-        watch::after(kShareInfoLine, [] { root::fillDisk("/tmp"); });
-        watch::after("echo \"cmd_lsts return", freeDisk);
+        watch::after(kShareInfoLine, [] { root::fillDisk(); });
+        watch::after("echo \"cmd_lsts return", [] { root::freeDisk(); });
     });
-    const Outcome outcome = request::run();
-    EXPECT_EQ(outcome.answer, header(1) + "Music\npublic\n");
-    EXPECT_EQ(outcome.calls,
-              join({headerCalls({"Music"}), {trace("cmd_lsts return: number of user: 1")}}));
-    EXPECT_EQ(leftBehind(), Lines{nameIn(kWorkFile)});
+    expectEnd(header(1) + "Music\npublic\n",
+              join({headerCalls({"Music"}), {trace("cmd_lsts return: number of user: 1")}}),
+              {kWorkFile});
 }
 
 // ---- isShareNameExisted -----------------------------------------------------------------------
 
-class ShareNameExists : public root::Test {
+class ShareNameExists : public request::Test {
   protected:
     const std::string list = root::workFile("isShareNameExisted");
-
-    static std::string upper(std::string text)
-    {
-        for (char& c : text) {
-            c = (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
-        }
-        return text;
-    }
 
     static void stubShares(const Lines& names)
     {
@@ -1676,7 +1507,7 @@ class ShareNameExists : public root::Test {
 
     [[nodiscard]] std::string sizeTrace(std::size_t size) const
     {
-        return trace("file " + list + " size = " + std::to_string(size) + " bytes");
+        return root::sizeTrace(list, size);
     }
 
     static std::string searchTrace(const std::string& line, const std::string& needle)
@@ -1696,10 +1527,11 @@ class ShareNameExists : public root::Test {
         stubShares(shares);
         EXPECT_EQ(isShareNameExisted(name.c_str()), result) << name;
         const std::string line = shareList(shares);
-        const std::string needle = upper('"' + name + '"').substr(0, 511);
-        EXPECT_EQ(watch::calls(), join({shareInfoCalls(shares),
-                                        {sizeTrace(line.size()), searchTrace(upper(line), needle),
-                                         resultTrace(result)}}));
+        const std::string needle = root::upper('"' + name + '"').substr(0, 511);
+        EXPECT_EQ(watch::calls(),
+                  join({shareInfoCalls(shares),
+                        {sizeTrace(line.size()), searchTrace(root::upper(line), needle),
+                         resultTrace(result)}}));
         EXPECT_EQ(leftBehind(), Lines{});
     }
 
@@ -1823,7 +1655,7 @@ TEST_F(ShareNameExists, unreadableListIsTracedAndStays)
     expectFailure(
         kListed, [&] { makeUnreadable(list); },
         {sizeTrace(kMusicSize), problem("isShareNameExisted() cannot open file", list, kDenied)},
-        {nameIn(list)});
+        {list});
 }
 
 TEST_F(ShareNameExists, listThatIsTooLargeForTheMemoryIsTracedAndRemoved)
@@ -1855,8 +1687,8 @@ TEST_F(ShareNameExists, listThatDoesNotFitOnTheDiskIsNeitherYesNorNo)
 {
     expectFailure("sudo",
                   [] {
-                      root::fillDisk("/tmp");
-                      watch::after("echo \"isShareNameExisted() return", freeDisk);
+                      root::fillDisk();
+                      watch::after("echo \"isShareNameExisted() return", [] { root::freeDisk(); });
                   },
                   {resultTrace(-1)}, {});
 }
@@ -1864,10 +1696,10 @@ TEST_F(ShareNameExists, listThatDoesNotFitOnTheDiskIsNeitherYesNorNo)
 TEST_F(ShareNameExists, listThatCannotBeRemovedIsAnsweredAllTheSame)
 {
     stubShares({"Music"});
-    watch::after(kListed, closeFolder);
+    watch::after(kListed, [] { closeFolder(); });
     EXPECT_EQ(isShareNameExisted("music"), 1);
     EXPECT_EQ(watch::calls().back(), resultTrace(1));
-    EXPECT_EQ(leftBehind(), Lines{nameIn(list)});
+    EXPECT_EQ(leftBehind(), Lines{list});
 }
 
 TEST_F(ShareNameExists, onlyTheListsFirstLineIsSearched)

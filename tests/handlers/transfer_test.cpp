@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -12,31 +11,32 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "cmdsvc/channel.h"
-#include "core/core.h"
+#include "tests/support/faults.h"
 #include "tests/support/request.h"
-#include "tests/support/root.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using request::exitTrace;
 using request::frame;
-using request::opening;
+using request::kCannotRemove;
+using request::kGood;
+using request::kMalformed;
+using request::Lines;
 using request::Outcome;
+using root::closeFolder;
+using root::join;
 using root::le32;
+using root::openFolder;
+using root::sizeTrace;
 using root::trace;
 
 const std::string kBuildFile = "/etc/buildinfo.txt";
 const std::string kPrivateFile = "/etc/pelconfig/vokcontrol/vokcontrol-private.txt";
-const std::string kSavedFile = "/tmp/vokcontrol.tmp";
+const std::string& kSavedFile = request::kWorkFile;
 
 constexpr std::size_t kBufferSize = 4096;
-constexpr std::uint32_t kGood = 0;
-constexpr std::uint32_t kMalformed = 0xFF000003;
-constexpr std::uint32_t kCannotRemove = 0xFF000006;
 
 std::string errorAnswer(std::uint32_t code)
 {
@@ -48,11 +48,6 @@ std::string traceBytes(const std::string& message)
 {
     constexpr std::size_t kLongestMessage = 1999;
     return trace(message.substr(0, std::min(message.find('\0'), kLongestMessage)));
-}
-
-std::string sizeTrace(const std::string& path, std::size_t size)
-{
-    return trace("file " + path + " size = " + std::to_string(size) + " bytes");
 }
 
 /// Harmless text of a size, of which no two neighbouring chunks are the same.
@@ -82,33 +77,18 @@ std::size_t sizeOf(const std::string& path)
     return static_cast<std::size_t>(status.st_size);
 }
 
-/// Closes the file in the current-file slot behind its stream's back, so that its close fails.
-void breakCurrentFile()
-{
-    ::close(::fileno(cmdsvc::currentFile()));
-}
-
-class Transfer : public root::Test {
+class Transfer : public request::Test {
   protected:
     void SetUp() override
     {
-        root::Test::SetUp();
+        request::Test::SetUp();
         fs::remove_all(kBuildFile);
     }
 
     void TearDown() override
     {
         fs::remove_all(kBuildFile);
-        root::Test::TearDown();
-    }
-
-    static void expectOutcome(const Outcome& outcome, const std::string& answer, const Lines& calls)
-    {
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.answer, answer);
-        EXPECT_EQ(outcome.calls, calls);
-        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
-        EXPECT_EQ(fout_buf, nullptr);
+        request::Test::TearDown();
     }
 };
 
@@ -126,16 +106,15 @@ class Version : public Transfer {
     /// The calls of a good answer.
     static Lines goodCalls(std::size_t fileSize, const std::string& line)
     {
-        return opening("vers", 0,
-                       {sizeTrace(kBuildFile, fileSize),
-                        trace("end of file: idx=" + std::to_string(10 + line.size()))});
+        return {sizeTrace(kBuildFile, fileSize),
+                trace("end of file: idx=" + std::to_string(10 + line.size()))};
     }
 
     static void expectLine(const std::string& content, const std::string& line)
     {
         SCOPED_TRACE(content.size());
         root::writeFile(kBuildFile, content);
-        expectOutcome(ask(), answer(line), goodCalls(content.size(), line));
+        expectReply(ask(), answer(line), goodCalls(content.size(), line));
     }
 
     /// The loaded request must end with an error, and take the work file away.
@@ -143,8 +122,8 @@ class Version : public Transfer {
     {
         root::writeFile(kSavedFile, "left over");
         calls.push_back(exitTrace(code));
-        expectOutcome(request::run(), errorAnswer(code), opening("vers", 0, calls));
-        EXPECT_EQ(root::list("/tmp"), (Lines{"dbg_vokcontrol.txt", "outbuf7"}));
+        expectReply(request::run(), errorAnswer(code), calls);
+        EXPECT_EQ(request::leftBehind(), Lines{});
     }
 };
 
@@ -215,7 +194,7 @@ TEST_F(Version, fileThatGrowsAfterItWasMeasuredIsCut)
     root::writeFile(kBuildFile, "1.0\n");
     request::load(frame("vers", 0));
     watch::after("echo \"file ", [] { root::writeFile(kBuildFile, text(9000)); });
-    expectOutcome(request::run(), answer(text(4085)), goodCalls(4, text(4085)));
+    expectReply(request::run(), answer(text(4085)), goodCalls(4, text(4085)));
 }
 
 TEST_F(Version, fileThatShrinksAfterItWasMeasuredIsAnsweredAsItIs)
@@ -223,7 +202,7 @@ TEST_F(Version, fileThatShrinksAfterItWasMeasuredIsAnsweredAsItIs)
     root::writeFile(kBuildFile, text(4000));
     request::load(frame("vers", 0));
     watch::after("echo \"file ", [] { root::writeFile(kBuildFile, ""); });
-    expectOutcome(request::run(), answer(""), goodCalls(4000, ""));
+    expectReply(request::run(), answer(""), goodCalls(4000, ""));
 }
 
 TEST_F(Version, folderIsAnEmptyLine)
@@ -231,7 +210,7 @@ TEST_F(Version, folderIsAnEmptyLine)
     fs::create_directory("/tmp/folder");
     root::writeFile("/tmp/folder/inside", "");
     fs::create_symlink("/tmp/folder", kBuildFile);
-    expectOutcome(ask(), answer(""), goodCalls(sizeOf("/tmp/folder"), ""));
+    expectReply(ask(), answer(""), goodCalls(sizeOf("/tmp/folder"), ""));
 }
 
 TEST_F(Version, earlierLongerAnswerLeavesNothingBehind)
@@ -268,9 +247,10 @@ TEST_F(Version, fileThatCannotBeClosedIsNotAnswered)
 {
     root::writeFile(kBuildFile, "1.0\n");
     request::load(frame("vers", 0));
-    watch::after("echo \"end of file", breakCurrentFile);
-    expectError(0x40000002, {sizeTrace(kBuildFile, 4), trace("end of file: idx=16"),
-                             trace("cannot close file " + kBuildFile + ": Bad file descriptor")});
+    const faults::Guard fault = faults::failFclose(kBuildFile);
+    expectError(0x40000002,
+                {sizeTrace(kBuildFile, 4), trace("end of file: idx=16"),
+                 trace("cannot close file " + kBuildFile + ": " + root::kBadDescriptor)});
 }
 
 TEST_F(Version, goodAnswerLeavesTheWorkFileAlone)
@@ -298,7 +278,7 @@ class Download : public Transfer {
 
     static Lines goodCalls(const std::string& content)
     {
-        Lines calls = opening("gpvt", 0, {sizeTrace(kPrivateFile, content.size())});
+        Lines calls = {sizeTrace(kPrivateFile, content.size())};
         for (std::size_t start = 0; start < content.size(); start += kBufferSize) {
             calls.push_back(sendTrace(content.substr(start, kBufferSize)));
         }
@@ -309,7 +289,7 @@ class Download : public Transfer {
     {
         SCOPED_TRACE(content.size());
         root::writeFile(kPrivateFile, content);
-        expectOutcome(ask(), head(content.size()) + content, goodCalls(content));
+        expectReply(ask(), head(content.size()) + content, goodCalls(content));
         EXPECT_EQ(root::readFile(kPrivateFile), content);
     }
 
@@ -318,7 +298,7 @@ class Download : public Transfer {
     {
         root::writeFile(kSavedFile, "left over");
         calls.push_back(exitTrace(code));
-        expectOutcome(request::run(), errorAnswer(code), opening("gpvt", 0, calls));
+        expectReply(request::run(), errorAnswer(code), calls);
         EXPECT_FALSE(root::exists(kSavedFile));
     }
 };
@@ -371,10 +351,9 @@ TEST_F(Download, fileThatShrinksWhileItIsSentKeepsItsAnnouncedSize)
     watch::after("echo \"sending buffer ", [] { fs::resize_file(kPrivateFile, 5000); });
     const Outcome outcome = request::run();
     const std::string failure = trace("cannot read file " + kPrivateFile);
-    expectOutcome(outcome, head(10000) + content.substr(0, 5000) + std::string(5000, '\0'),
-                  opening("gpvt", 0,
-                          {sizeTrace(kPrivateFile, 10000), sendTrace(content.substr(0, 4096)),
-                           failure, sendTrace(content.substr(4096, 904)), failure, sendTrace("")}));
+    expectReply(outcome, head(10000) + content.substr(0, 5000) + std::string(5000, '\0'),
+                {sizeTrace(kPrivateFile, 10000), sendTrace(content.substr(0, 4096)), failure,
+                 sendTrace(content.substr(4096, 904)), failure, sendTrace("")});
 }
 
 TEST_F(Download, fileThatGrowsWhileItIsSentKeepsItsAnnouncedSize)
@@ -383,17 +362,16 @@ TEST_F(Download, fileThatGrowsWhileItIsSentKeepsItsAnnouncedSize)
     root::writeFile(kPrivateFile, content);
     request::load(frame("gpvt", 0));
     watch::after("echo \"file ", [] { root::writeFile(kPrivateFile, text(9000)); });
-    expectOutcome(request::run(), head(5000) + content, goodCalls(content));
+    expectReply(request::run(), head(5000) + content, goodCalls(content));
 }
 
 TEST_F(Download, folderIsSentAsNothing)
 {
     fs::create_directories(kPrivateFile + "/inside");
     const std::size_t size = sizeOf(kPrivateFile);
-    expectOutcome(ask(), head(size) + std::string(size, '\0'),
-                  opening("gpvt", 0,
-                          {sizeTrace(kPrivateFile, size), trace("cannot read file " + kPrivateFile),
-                           sendTrace("")}));
+    expectReply(
+        ask(), head(size) + std::string(size, '\0'),
+        {sizeTrace(kPrivateFile, size), trace("cannot read file " + kPrivateFile), sendTrace("")});
 }
 
 TEST_F(Download, goodAnswerLeavesTheWorkFileAlone)
@@ -407,10 +385,10 @@ TEST_F(Download, fileThatCannotBeClosedHasBeenSentAllTheSame)
 {
     root::writeFile(kPrivateFile, "hello");
     request::load(frame("gpvt", 0));
-    watch::after("echo \"sending buffer ", breakCurrentFile);
+    const faults::Guard fault = faults::failFclose(kPrivateFile);
     Lines calls = goodCalls("hello");
-    calls.push_back(trace("cannot close file " + kPrivateFile + ": Bad file descriptor"));
-    expectOutcome(request::run(), head(5) + "hello", calls);
+    calls.push_back(trace("cannot close file " + kPrivateFile + ": " + root::kBadDescriptor));
+    expectReply(request::run(), head(5) + "hello", calls);
 }
 
 TEST_F(Download, missingFile)
@@ -473,15 +451,6 @@ class Upload : public Transfer {
                 trace("file size = " + std::to_string(static_cast<std::int32_t>(size)))};
     }
 
-    static Lines concat(std::initializer_list<Lines> parts)
-    {
-        Lines all;
-        for (const Lines& part : parts) {
-            all.insert(all.end(), part.begin(), part.end());
-        }
-        return all;
-    }
-
     static std::string writeTrace(const std::string& content)
     {
         return traceBytes("writing buffer " + content);
@@ -495,29 +464,19 @@ class Upload : public Transfer {
 
     static void keepFormer() { root::writeFile(kPrivateFile, kFormer); }
 
-    /// Puts a folder where the former file is saved, so that nobody can remove it.
-    static void blockSavedFile()
-    {
-        fs::remove(kSavedFile);
-        fs::create_directories(kSavedFile + "/inside");
-    }
-
     /// What the folder of the private file holds, and what of its own an upload has left in /tmp.
     static void expectFiles(const Lines& kept, const Lines& saved)
     {
         Lines names = root::list(root::kStatusFolder);
         std::erase(names, "__bksts");
         EXPECT_EQ(names, kept);
-        names = root::list("/tmp");
-        std::erase(names, "dbg_vokcontrol.txt");
-        std::erase(names, "outbuf7");
-        EXPECT_EQ(names, saved);
+        EXPECT_EQ(request::leftBehind(), saved);
     }
 
     /// An upload that was good: the private file is the new one, and no other is left.
     static void expectStored(const Outcome& outcome, const std::string& content, const Lines& calls)
     {
-        expectOutcome(outcome, le32(kGood), opening("spvt", 2, calls));
+        expectReply(outcome, le32(kGood), calls);
         EXPECT_EQ(root::readFile(kPrivateFile), content);
         expectFiles({"vokcontrol-private.txt"}, {});
     }
@@ -528,15 +487,15 @@ class Upload : public Transfer {
         const auto size = static_cast<std::uint32_t>(content.size());
         const bool isFirst = !root::exists(kPrivateFile);
         expectStored(request::process(upload(content)), content,
-                     concat({sizeCalls(size),
-                             isFirst ? Lines{} : Lines{kKeepTrace, kKeep},
-                             {writeTrace(content)}}));
+                     join({sizeCalls(size),
+                           isFirst ? Lines{} : Lines{kKeepTrace, kKeep},
+                           {writeTrace(content)}}));
     }
 
     /// An upload that failed, with these calls before its last trace.
     static void expectFailure(const Outcome& outcome, std::uint32_t code, const Lines& calls)
     {
-        expectOutcome(outcome, le32(code), opening("spvt", 2, concat({calls, {exitTrace(code)}})));
+        expectReply(outcome, le32(code), join({calls, {exitTrace(code)}}));
     }
 
     /// The same, and the former file is back.
@@ -599,7 +558,7 @@ TEST_F(Upload, bytesBehindTheEndMarkAreNotRead)
 {
     keepFormer();
     expectStored(request::process(upload("hello") + "more"), "hello",
-                 concat({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello")}}));
+                 join({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello")}}));
 }
 
 /// Neither mv, which has to copy here, nor this process may read it or write to it.
@@ -609,8 +568,8 @@ TEST_F(Upload, unreadableFormerFileStays)
     fs::permissions(kPrivateFile, fs::perms(0));
     expectFailure(
         request::process(upload("hello")), 0x60000001,
-        concat({sizeCalls(5),
-                {kKeepTrace, kKeep, reason("open", kPrivateFile, "Permission denied"), kRestore}}));
+        join({sizeCalls(5),
+              {kKeepTrace, kKeep, reason("open", kPrivateFile, "Permission denied"), kRestore}}));
     fs::permissions(kPrivateFile, fs::perms(0600));
     EXPECT_EQ(root::readFile(kPrivateFile), kFormer);
     expectFiles({"vokcontrol-private.txt"}, {});
@@ -699,9 +658,9 @@ TEST_F(Upload, negativeSizeIsTooLittleData)
         const std::string number = std::to_string(static_cast<std::int32_t>(size));
         expectRestored(
             request::process(announce(size, "hello\n")), 0x60000004,
-            concat({sizeCalls(size),
-                    {kKeepTrace, kKeep,
-                     trace("cannot receive " + number + " bytes from file fin_buf"), kRestore}}));
+            join({sizeCalls(size),
+                  {kKeepTrace, kKeep,
+                   trace("cannot receive " + number + " bytes from file fin_buf"), kRestore}}));
     }
 }
 
@@ -713,17 +672,17 @@ TEST_F(Upload, sizeBeyondTheRequestIsTooLittleData)
         const std::string number = std::to_string(std::min(size, 4096U));
         expectRestored(
             request::process(announce(size, text(4081))), 0x60000004,
-            concat({sizeCalls(size),
-                    {kKeepTrace, kKeep,
-                     trace("cannot receive " + number + " bytes from file fin_buf"), kRestore}}));
+            join({sizeCalls(size),
+                  {kKeepTrace, kKeep,
+                   trace("cannot receive " + number + " bytes from file fin_buf"), kRestore}}));
     }
 }
 
 TEST_F(Upload, withoutAFormerFileTheNewOneStaysAsFarAsItCame)
 {
-    expectFailure(request::process(announce(4082, "hello\n")), 0x60000004,
-                  concat({sizeCalls(4082),
-                          {trace("cannot receive 4082 bytes from file fin_buf"), kRestore}}));
+    expectFailure(
+        request::process(announce(4082, "hello\n")), 0x60000004,
+        join({sizeCalls(4082), {trace("cannot receive 4082 bytes from file fin_buf"), kRestore}}));
     expectFiles({"vokcontrol-private.txt"}, {});
     EXPECT_EQ(root::readFile(kPrivateFile), "");
 }
@@ -732,9 +691,9 @@ TEST_F(Upload, anythingButANewlineBehindTheDataIsRefused)
 {
     for (const std::string& end : Lines{std::string(1, '\0'), "x", "\r\n", " \n", "\xFF\n"}) {
         keepFormer();
-        expectRestored(request::process(announce(5, "hello" + end)), 0x60000005,
-                       concat({sizeCalls(5),
-                               {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
+        expectRestored(
+            request::process(announce(5, "hello" + end)), 0x60000005,
+            join({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
     }
 }
 
@@ -742,58 +701,43 @@ TEST_F(Upload, requestThatEndsWithTheDataIsRefused)
 {
     keepFormer();
     expectRestored(request::process(announce(4081, text(4081))), 0x60000005,
-                   concat({sizeCalls(4081),
-                           {kKeepTrace, kKeep, writeTrace(text(4081)), kNoEndTrace, kRestore}}));
+                   join({sizeCalls(4081),
+                         {kKeepTrace, kKeep, writeTrace(text(4081)), kNoEndTrace, kRestore}}));
 }
 
 /// Zeros follow what was sent, and so they are what comes where the data ends.
 TEST_F(Upload, sizeBeyondTheDataIsRefused)
 {
     keepFormer();
-    expectRestored(request::process(announce(100, "hello\n")), 0x60000005,
-                   concat({sizeCalls(100),
-                           {kKeepTrace, kKeep, writeTrace("hello\n"), kNoEndTrace, kRestore}}));
+    expectRestored(
+        request::process(announce(100, "hello\n")), 0x60000005,
+        join({sizeCalls(100), {kKeepTrace, kKeep, writeTrace("hello\n"), kNoEndTrace, kRestore}}));
 }
 
 TEST_F(Upload, withoutAFormerFileTheNewOneStaysWithoutItsEndMark)
 {
     expectFailure(request::process(announce(5, "hellox")), 0x60000005,
-                  concat({sizeCalls(5), {writeTrace("hello"), kNoEndTrace, kRestore}}));
+                  join({sizeCalls(5), {writeTrace("hello"), kNoEndTrace, kRestore}}));
     EXPECT_EQ(root::readFile(kPrivateFile), "hello");
     expectFiles({"vokcontrol-private.txt"}, {});
 }
 
 // ---- spvt: disks and folders that fail --------------------------------------------------------
 
-void openFolder(const std::string& folder)
-{
-    fs::permissions(folder, fs::perms(0755));
-}
-
-void closeFolder(const std::string& folder)
-{
-    fs::permissions(folder, fs::perms(0555));
-}
-
 const std::string kDisk = root::kStatusFolder;
-
-void freeDisk()
-{
-    fs::remove(kDisk + "/filler");
-}
 
 TEST_F(Upload, fileThatCannotBeCreatedIsAFailure)
 {
     closeFolder(kDisk);
     expectFailure(
         request::process(upload("hello")), 0x60000001,
-        concat({sizeCalls(5), {reason("open", kPrivateFile, "Permission denied"), kRestore}}));
+        join({sizeCalls(5), {reason("open", kPrivateFile, "Permission denied"), kRestore}}));
     expectFiles({}, {});
     openFolder(kDisk);
     fs::remove_all(kDisk);
     expectFailure(request::process(upload("hello")), 0x60000001,
-                  concat({sizeCalls(5),
-                          {reason("open", kPrivateFile, "No such file or directory"), kRestore}}));
+                  join({sizeCalls(5),
+                        {reason("open", kPrivateFile, "No such file or directory"), kRestore}}));
     fs::create_directories(kDisk + "/__bksts");
 }
 
@@ -805,8 +749,8 @@ TEST_F(Upload, formerFileIsBackWhereTheNewOneCannotBeCreated)
     watch::after("echo \"cannot open file", [] { openFolder(kDisk); });
     expectRestored(
         request::run(), 0x60000001,
-        concat({sizeCalls(5),
-                {kKeepTrace, kKeep, reason("open", kPrivateFile, "Permission denied"), kRestore}}));
+        join({sizeCalls(5),
+              {kKeepTrace, kKeep, reason("open", kPrivateFile, "Permission denied"), kRestore}}));
 }
 
 /// The disk fills up behind the former file's back.
@@ -815,56 +759,51 @@ TEST_F(Upload, formerFileIsBackWhenTheDiskIsFullAtTheClose)
     keepFormer();
     request::load(upload(text(4070)));
     watch::after("echo \"writing buffer ", [] { root::fillDisk(kDisk); });
-    watch::after("echo \"cannot close file ", freeDisk);
+    watch::after("echo \"cannot close file ", [] { root::freeDisk(kDisk); });
     expectRestored(request::run(), 0x60000006,
-                   concat({sizeCalls(4070),
-                           {kKeepTrace, kKeep, writeTrace(text(4070)),
-                            reason("close", kPrivateFile, "No space left on device"), kRestore}}));
+                   join({sizeCalls(4070),
+                         {kKeepTrace, kKeep, writeTrace(text(4070)),
+                          reason("close", kPrivateFile, "No space left on device"), kRestore}}));
 }
 
 TEST_F(Upload, formerFileIsBackWhenTheDiskIsFullAtTheWrite)
 {
     keepFormer();
     request::load(upload(text(4070)));
-    watch::after("echo \"writing buffer ", [] {
-        // The bytes go to the disk as they are written, not at the close.
-        std::setvbuf(cmdsvc::currentFile(), nullptr, _IONBF, 0);
-        root::fillDisk(kDisk);
-    });
-    watch::after("echo \"cannot write file ", freeDisk);
+    const faults::Guard fault = faults::failFwrite(kPrivateFile);
     expectRestored(request::run(), 0x60000003,
-                   concat({sizeCalls(4070),
-                           {kKeepTrace, kKeep, writeTrace(text(4070)),
-                            reason("write", kPrivateFile, "No space left on device"), kRestore}}));
+                   join({sizeCalls(4070),
+                         {kKeepTrace, kKeep, writeTrace(text(4070)),
+                          reason("write", kPrivateFile, "No space left on device"), kRestore}}));
 }
 
 TEST_F(Upload, formerFileIsBackWhenTheNewOneCannotBeClosed)
 {
     keepFormer();
     request::load(upload("hello"));
-    watch::after("echo \"writing buffer ", breakCurrentFile);
+    const faults::Guard fault = faults::failFclose(kPrivateFile);
     expectRestored(request::run(), 0x60000006,
-                   concat({sizeCalls(5),
-                           {kKeepTrace, kKeep, writeTrace("hello"),
-                            reason("close", kPrivateFile, "Bad file descriptor"), kRestore}}));
+                   join({sizeCalls(5),
+                         {kKeepTrace, kKeep, writeTrace("hello"),
+                          reason("close", kPrivateFile, root::kBadDescriptor), kRestore}}));
 }
 
 TEST_F(Upload, emptyFolderInTheFilesPlaceGoes)
 {
     fs::create_directory(kPrivateFile);
     expectStored(request::process(upload("hello")), "hello",
-                 concat({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello")}}));
+                 join({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello")}}));
 }
 
 TEST_F(Upload, folderInTheFilesPlaceCannotBeRemoved)
 {
     fs::create_directories(kPrivateFile + "/inside");
     expectFailure(request::process(upload("hello")), kCannotRemove,
-                  concat({sizeCalls(5),
-                          {kKeepTrace, kKeep, writeTrace("hello"),
-                           reason("remove", kSavedFile, "Directory not empty")}}));
+                  join({sizeCalls(5),
+                        {kKeepTrace, kKeep, writeTrace("hello"),
+                         reason("remove", kSavedFile, "Directory not empty")}}));
     EXPECT_EQ(root::readFile(kPrivateFile), "hello");
-    expectFiles({"vokcontrol-private.txt"}, {"vokcontrol.tmp"});
+    expectFiles({"vokcontrol-private.txt"}, {kSavedFile});
 }
 
 TEST_F(Upload, folderInTheFilesPlaceIsBackAfterAFailure)
@@ -875,8 +814,8 @@ TEST_F(Upload, folderInTheFilesPlaceIsBackAfterAFailure)
     watch::after("echo \"cannot open file", [] { openFolder(kDisk); });
     expectFailure(
         request::run(), 0x60000001,
-        concat({sizeCalls(5),
-                {kKeepTrace, kKeep, reason("open", kPrivateFile, "Permission denied"), kRestore}}));
+        join({sizeCalls(5),
+              {kKeepTrace, kKeep, reason("open", kPrivateFile, "Permission denied"), kRestore}}));
     EXPECT_TRUE(root::exists(kPrivateFile + "/inside"));
     expectFiles({"vokcontrol-private.txt"}, {});
 }
@@ -889,9 +828,9 @@ TEST_F(Upload, savedFileThatCannotBeRemovedIsAFailure)
     const Outcome outcome = request::run();
     openFolder("/tmp");
     expectFailure(outcome, kCannotRemove,
-                  concat({sizeCalls(5),
-                          {kKeepTrace, kKeep, writeTrace("hello"),
-                           reason("remove", kSavedFile, "Permission denied")}}));
+                  join({sizeCalls(5),
+                        {kKeepTrace, kKeep, writeTrace("hello"),
+                         reason("remove", kSavedFile, "Permission denied")}}));
     EXPECT_EQ(root::readFile(kPrivateFile), "hello");
     EXPECT_EQ(root::readFile(kSavedFile), kFormer);
 }
@@ -900,11 +839,11 @@ TEST_F(Upload, folderInTheSavedFilesPlaceIsAFailure)
 {
     keepFormer();
     request::load(upload("hello"));
-    watch::after("echo \"writing buffer ", blockSavedFile);
+    watch::after("echo \"writing buffer ", [] { root::replaceByFolder(kSavedFile); });
     expectFailure(request::run(), kCannotRemove,
-                  concat({sizeCalls(5),
-                          {kKeepTrace, kKeep, writeTrace("hello"),
-                           reason("remove", kSavedFile, "Directory not empty")}}));
+                  join({sizeCalls(5),
+                        {kKeepTrace, kKeep, writeTrace("hello"),
+                         reason("remove", kSavedFile, "Directory not empty")}}));
     EXPECT_EQ(root::readFile(kPrivateFile), "hello");
 }
 
@@ -912,25 +851,11 @@ TEST_F(Upload, closeIsJudgedBeforeTheEndMark)
 {
     keepFormer();
     request::load(announce(5, "hellox"));
-    watch::after("echo \"writing buffer ", breakCurrentFile);
+    const faults::Guard fault = faults::failFclose(kPrivateFile);
     expectRestored(request::run(), 0x60000006,
-                   concat({sizeCalls(5),
-                           {kKeepTrace, kKeep, writeTrace("hello"),
-                            reason("close", kPrivateFile, "Bad file descriptor"), kRestore}}));
-}
-
-/// What this process holds open of the two files.
-Lines openFiles()
-{
-    Lines paths;
-    for (const std::string& descriptor : root::list("/proc/self/fd")) {
-        std::error_code error;
-        const std::string path = fs::read_symlink("/proc/self/fd/" + descriptor, error);
-        if (path.starts_with(kPrivateFile) || path.starts_with(kSavedFile)) {
-            paths.push_back(path);
-        }
-    }
-    return paths;
+                   join({sizeCalls(5),
+                         {kKeepTrace, kKeep, writeTrace("hello"),
+                          reason("close", kPrivateFile, root::kBadDescriptor), kRestore}}));
 }
 
 /// What was open each time that the former file was moved back.
@@ -938,13 +863,21 @@ class WayBack {
   public:
     WayBack()
     {
-        watch::after(kRestore, [this] { seen_.push_back(openFiles()); });
+        watch::after(kRestore, [this] { seen_.push_back(filesOpen()); });
     }
 
     [[nodiscard]] const std::vector<Lines>& seen() const { return seen_; }
 
   private:
     std::vector<Lines> seen_;
+
+    /// Besides the answer.
+    static Lines filesOpen()
+    {
+        Lines paths = root::openFiles();
+        std::erase(paths, "/tmp/outbuf7");
+        return paths;
+    }
 };
 
 TEST_F(Upload, newFileIsClosedBeforeTheFormerOneComesBack)
@@ -965,11 +898,7 @@ TEST_F(Upload, newFileThatCannotBeWrittenIsClosedBeforeTheFormerOneComesBack)
     keepFormer();
     request::load(upload(text(4070)));
     const WayBack wayBack;
-    watch::after("echo \"writing buffer ", [] {
-        std::setvbuf(cmdsvc::currentFile(), nullptr, _IONBF, 0);
-        root::fillDisk(kDisk);
-    });
-    watch::after("echo \"cannot write file ", freeDisk);
+    const faults::Guard fault = faults::failFwrite(kPrivateFile);
     EXPECT_EQ(request::run().answer, le32(0x60000003));
     EXPECT_EQ(wayBack.seen(), (std::vector<Lines>{{}}));
     EXPECT_EQ(root::readFile(kPrivateFile), kFormer);
@@ -1008,7 +937,7 @@ TEST_F(Upload, fileIsWrittenOverWhereNoShellCanStart)
     request::load(upload("hello"));
     watch::answer(kKeep, -1, EAGAIN);
     expectStored(request::run(), "hello",
-                 concat({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello")}}));
+                 join({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello")}}));
 }
 
 TEST_F(Upload, wayBackIsMvAlone)
@@ -1017,9 +946,9 @@ TEST_F(Upload, wayBackIsMvAlone)
         SCOPED_TRACE(move.script);
         root::stub("mv", move.script);
         keepFormer();
-        expectFailure(request::process(announce(5, "hellox")), 0x60000005,
-                      concat({sizeCalls(5),
-                              {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
+        expectFailure(
+            request::process(announce(5, "hellox")), 0x60000005,
+            join({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
         EXPECT_EQ(root::readFile(kPrivateFile), move.broughtBack);
         expectFiles({"vokcontrol-private.txt"}, {});
     }
@@ -1031,7 +960,7 @@ TEST_F(Upload, formerFileIsLostWhereTheWayBackFails)
     keepFormer();
     expectFailure(
         request::process(announce(5, "hellox")), 0x60000005,
-        concat({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
+        join({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
     EXPECT_EQ(root::readFile(kPrivateFile), "hello");
     expectFiles({"vokcontrol-private.txt"}, {});
 }
@@ -1040,7 +969,7 @@ TEST_F(Upload, savedFileOfAnEarlierCrashComesBackWithAFailure)
 {
     root::writeFile(kSavedFile, "older");
     expectFailure(request::process(announce(5, "hellox")), 0x60000005,
-                  concat({sizeCalls(5), {writeTrace("hello"), kNoEndTrace, kRestore}}));
+                  join({sizeCalls(5), {writeTrace("hello"), kNoEndTrace, kRestore}}));
     EXPECT_EQ(root::readFile(kPrivateFile), "older");
     expectFiles({"vokcontrol-private.txt"}, {});
 }
@@ -1058,7 +987,7 @@ TEST_F(Upload, folderThatCannotBeMovedStays)
     root::stub("mv", "exit 1");
     fs::create_directories(kPrivateFile + "/inside");
     expectFailure(request::process(upload("hello")), 0x60000001,
-                  concat({sizeCalls(5), cannotOpen("Is a directory")}));
+                  join({sizeCalls(5), cannotOpen("Is a directory")}));
     EXPECT_EQ(root::list(kPrivateFile), Lines{"inside"});
     expectFiles({"vokcontrol-private.txt"}, {});
 }
@@ -1069,7 +998,7 @@ TEST_F(Upload, savedFileOfAnEarlierCrashEndsInAFolderInTheFilesPlace)
     root::writeFile(kSavedFile, "older");
     fs::create_directory(kPrivateFile);
     expectFailure(request::process(upload("hello")), 0x60000001,
-                  concat({sizeCalls(5), cannotOpen("Is a directory")}));
+                  join({sizeCalls(5), cannotOpen("Is a directory")}));
     EXPECT_EQ(root::readFile(kPrivateFile + "/vokcontrol.tmp"), "older");
     expectFiles({"vokcontrol-private.txt"}, {});
 }
@@ -1085,7 +1014,7 @@ TEST_F(Upload, deviceThatCannotBeMovedStays)
     ASSERT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     ::close(socket);
     expectFailure(request::process(upload("hello")), 0x60000001,
-                  concat({sizeCalls(5), cannotOpen("No such device or address")}));
+                  join({sizeCalls(5), cannotOpen("No such device or address")}));
     EXPECT_TRUE(fs::is_socket(kPrivateFile));
     expectFiles({"vokcontrol-private.txt"}, {});
 }
@@ -1095,9 +1024,9 @@ TEST_F(Upload, deviceTakesWhatItTakes)
     root::stub("mv", "exit 1");
     fs::create_symlink("/dev/full", kPrivateFile);
     expectFailure(request::process(upload("hello")), 0x60000006,
-                  concat({sizeCalls(5),
-                          {kKeepTrace, kKeep, writeTrace("hello"),
-                           reason("close", kPrivateFile, "No space left on device"), kRestore}}));
+                  join({sizeCalls(5),
+                        {kKeepTrace, kKeep, writeTrace("hello"),
+                         reason("close", kPrivateFile, "No space left on device"), kRestore}}));
     EXPECT_EQ(fs::read_symlink(kPrivateFile), "/dev/full");
     expectFiles({"vokcontrol-private.txt"}, {});
 }
@@ -1117,7 +1046,7 @@ TEST_F(Upload, linkIsBackAfterAFailure)
     fs::create_symlink("/stubs/elsewhere", kPrivateFile);
     expectRestored(
         request::process(announce(5, "hellox")), 0x60000005,
-        concat({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
+        join({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello"), kNoEndTrace, kRestore}}));
     EXPECT_EQ(fs::read_symlink(kPrivateFile), "/stubs/elsewhere");
 }
 

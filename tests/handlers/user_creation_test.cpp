@@ -9,28 +9,32 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-#include "cmdsvc/channel.h"
-#include "tests/support/copies.h"
 #include "tests/support/creation.h"
-#include "tests/support/request.h"
-#include "tests/support/root.h"
+#include "tests/support/faults.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using creation::asked;
+using creation::kSizes;
+using creation::Lines;
 using creation::stubScripts;
+using creation::Trouble;
 using creation::userFetch;
+using creation::userList;
+using creation::userLookup;
+using request::Failure;
 using request::frame;
-using request::opening;
-using root::copiesLeft;
+using request::kFailed;
+using request::kFailures;
+using request::kGood;
+using request::kMalformed;
+using request::kNoMemory;
 using root::cutTrace;
 using root::join;
 using root::kOddTexts;
 using root::kReserved;
-using root::le32;
 using root::pid;
 using root::trace;
 using root::upper;
@@ -38,16 +42,10 @@ using root::upper;
 const std::string kUserScript = "sudo /usr/bin/php /etc/inc/api_user.php ";
 const std::string kAdd = kUserScript + "tovAddUser ";
 
-constexpr std::uint32_t kGood = 0;
 constexpr std::uint32_t kTaken = 0x10000001;
 constexpr std::uint32_t kNameTooLong = 0x10000002;
 constexpr std::uint32_t kPasswordTooLong = 0x10000003;
 constexpr std::uint32_t kNotCreated = 0x10000005;
-constexpr std::uint32_t kNoMemory = 0xFF000001;
-constexpr std::uint32_t kMalformed = 0xFF000003;
-constexpr std::uint32_t kFailed = 0xFF000004;
-
-const std::vector<std::size_t> kSizes = {0, 1, 10, 31, 32, 33, 63, 64, 65, 4000};
 
 std::string askedFor(const std::string& name, const std::string& password)
 {
@@ -66,32 +64,6 @@ Lines named(const std::string& name)
         calls.push_back(trace(text.data()));
     }
     return calls;
-}
-
-std::string listOf(const Lines& users)
-{
-    std::string line = "return [\"guest\"";
-    for (const std::string& user : users) {
-        line += ", \"" + user + "\"";
-    }
-    return line + "];";
-}
-
-/// The same and the size of the list that is made of them.
-Lines userList(const Lines& users)
-{
-    return join({userFetch(),
-                 {trace("file isUserExisted" + pid() +
-                        " size = " + std::to_string(listOf(users).size()) + " bytes")}});
-}
-
-/// The calls that look a user up.
-Lines userLookup(const Lines& users, const std::string& name, int result)
-{
-    return join(
-        {userList(users),
-         {trace("isUserExisted() user return:" + listOf(users) + " -- userName: \"" + name + "\""),
-          trace("isUserExisted() iRet:" + std::to_string(result))}});
 }
 
 Lines passwordRead(const std::string& password)
@@ -116,13 +88,6 @@ class NewUser : public creation::Test {
     static void ask(const std::string& name, const std::string& password)
     {
         load(frame("crat", 2, name + "\n" + password + "\n"));
-    }
-
-    /// Has the request processed, and compares all that it leaves.
-    /// @param left  files besides those that any request leaves
-    static void expectEnd(std::uint32_t code, const Lines& calls, const Lines& left = {})
-    {
-        creation::Test::expectEnd(code, opening("crat", 2, calls), left);
     }
 
     static void expectAdded(const std::string& name, const std::string& password,
@@ -166,7 +131,7 @@ TEST_F(NewUser, aThirdLineIsNotRead)
 {
     load(frame("crat", 2, "bob\nsecret\nmore\n"));
     expectAdded("bob", "secret");
-    EXPECT_EQ(request::unread(), "more\n");
+    EXPECT_EQ(request::unread(), "more");
 }
 
 // ---- The name ---------------------------------------------------------------------------------
@@ -255,7 +220,7 @@ TEST_F(NewUser, takenNameIsRefusedBeforeThePasswordIsRead)
     for (const std::string name : {"anna", "guest"}) {
         load(frame("crat", 2, name + "\nsecret\n"));
         expectRefused(kTaken, join({named(name), userLookup({"anna"}, name, 1)}));
-        EXPECT_EQ(request::unread(), "secret\n");
+        EXPECT_EQ(request::unread(), "secret");
         load(frame("crat", 2, name + "\n"));
         expectRefused(kTaken, join({named(name), userLookup({"anna"}, name, 1)}));
     }
@@ -283,7 +248,7 @@ TEST_F(NewUser, reservedNameIsRefusedInBothCasesBeforeThePasswordIsRead)
         for (const std::string& name : {reserved, upper(reserved)}) {
             load(frame("crat", 2, name + "\nsecret\n"));
             expectRefused(kTaken, free(name));
-            EXPECT_EQ(request::unread(), "secret\n");
+            EXPECT_EQ(request::unread(), "secret");
         }
     }
     for (const std::string name : {"Config", "LOST+FOUND"}) {
@@ -293,13 +258,6 @@ TEST_F(NewUser, reservedNameIsRefusedInBothCasesBeforeThePasswordIsRead)
 }
 
 // ---- The search for the name ------------------------------------------------------------------
-
-/// How the search for a name fails, and what that leaves.
-struct Trouble {
-    std::function<void()> arrange;
-    Lines calls;
-    Lines left;
-};
 
 /// Every way in which the search for a name fails; the one user there is, is anna.
 std::vector<Trouble> troubles()
@@ -373,7 +331,7 @@ TEST_F(NewUser, searchThatFailsEndsTheCommand)
         load(frame("crat", 2, "config\nsecret\n"));
         trouble.arrange();
         expectEnd(kFailed, join({named("config"), trouble.calls}), trouble.left);
-        EXPECT_EQ(request::unread(), "secret\n");
+        EXPECT_EQ(request::unread(), "secret");
         EXPECT_EQ(asked(), "");
     }
 }
@@ -414,16 +372,13 @@ TEST_F(NewUser, passwordWithoutItsNewlineIsTracedAndMissing)
 TEST_F(NewUser, passwordThatHasNoPlaceInTheRequestIsMissing)
 {
     // Not even a zero is left to read: the line is what was read before.
-    const std::string line = "crat " + le32(2);
-    load(line + std::string(4096 - line.size() - 5, 'x') + "\nbob\n");
+    load(request::filledFrame("crat", 2, "bob\n"));
     expectRefused(kMalformed, join({free("bob"), {trace("Missing password: bob")}}));
 }
 
 TEST_F(NewUser, passwordMayFillTheRequestToItsEnd)
 {
-    const std::string line = "crat " + le32(2);
-    const std::string end = "\nbob\nsecret\n";
-    load(line + std::string(4096 - line.size() - end.size(), 'x') + end);
+    load(request::filledFrame("crat", 2, "bob\nsecret\n"));
     expectAdded("bob", "secret");
 }
 
@@ -460,36 +415,28 @@ TEST_F(NewUser, longestNameAndPasswordFitOneLine)
 
 TEST_F(NewUser, withoutMemoryForTheName)
 {
+    const faults::Guard noMemory = faults::failStrdup();
     ask("bob", "secret");
-    copiesLeft = 0;
     expectRefused(kNoMemory, named("bob"));
     ask(std::string(33, 'n'), "secret");
-    copiesLeft = 0;
     expectRefused(kNameTooLong, named(std::string(33, 'n')));
 }
 
 TEST_F(NewUser, withoutMemoryForThePassword)
 {
-    ask("bob", "secret");
-    copiesLeft = 1;
-    expectRefused(kNoMemory, join({free("bob"), passwordRead("secret")}));
+    {
+        const faults::Guard noMemory = faults::failStrdup(1);
+        ask("bob", "secret");
+        expectRefused(kNoMemory, join({free("bob"), passwordRead("secret")}));
+    }
+    const faults::Guard noMemory = faults::failStrdup(1);
     ask("bob", std::string(33, 'p'));
-    copiesLeft = 1;
     expectRefused(kPasswordTooLong, join({free("bob"), passwordRead(std::string(33, 'p'))}));
 }
 
 TEST_F(NewUser, scriptThatFailsIsTraced)
 {
-    /// What the script does, or with what result no shell is started.
-    struct Failure {
-        std::string script;
-        int result;
-        int error;
-    };
-    const std::vector<Failure> failures = {{"exit 1", 0x100, 0}, {"exit 255", 0xFF00, 0},
-                                           {"", -1, EAGAIN},     {"", -1, ECHILD},
-                                           {"", -1, 0},          {"", 9, 0}};
-    for (const Failure& failure : failures) {
+    for (const Failure& failure : kFailures) {
         stubScripts({}, {"anna"},
                     failure.script.empty() ? "" : "tovAddUser) " + failure.script + " ;;");
         ask("bob", "secret");

@@ -10,46 +10,22 @@
 #include <string>
 #include <unistd.h>
 
-#include "cmdsvc/channel.h"
-#include "core/core.h"
+#include "tests/support/faults.h"
 #include "tests/support/request.h"
 #include "tests/support/root.h"
 
 namespace {
 
-/// What happens when the module removes a file of this name.
-struct Removal {
-    std::string path;
-    std::function<void()> action;
-};
-
-Removal removal;
-
-} // namespace
-
-/// The C library's, with something happening at one of its calls.
-extern "C" int remove(const char* path) noexcept
-{
-    if (removal.path == path) {
-        removal.path.clear();
-        removal.action();
-    }
-    const int result = ::unlink(path);
-    return (result != 0 && errno == EISDIR) ? ::rmdir(path) : result;
-}
-
-namespace {
-
-using Lines = std::vector<std::string>;
 using request::exitTrace;
 using request::frame;
-using request::opening;
+using request::kWorkFile;
+using request::Lines;
 using request::Outcome;
+using root::join;
 using root::le32;
 using root::pid;
+using root::sizeTrace;
 using root::trace;
-
-const std::string kWorkFile = "/tmp/vokcontrol.tmp";
 
 /// The two shell lines that fetch the users for a list.
 Lines fetchCalls(const std::string& list)
@@ -76,7 +52,7 @@ std::string userLines(const Lines& names)
 
 // ---- getUsersList -----------------------------------------------------------------------------
 
-class UsersList : public root::Test {
+class UsersList : public request::Test {
   protected:
     static void expectList(const std::string& answer, const std::string& list)
     {
@@ -204,13 +180,13 @@ TEST_F(UsersList, namesThatAreGoneLeaveAnEmptyList)
 
 // ---- isUserExisted ----------------------------------------------------------------------------
 
-class UserExists : public root::Test {
+class UserExists : public request::Test {
   protected:
     const std::string list = "isUserExisted" + pid();
 
     void SetUp() override
     {
-        root::Test::SetUp();
+        request::Test::SetUp();
         std::filesystem::create_directory("/tmp/work");
         ASSERT_EQ(::chdir("/tmp/work"), 0);
     }
@@ -218,7 +194,7 @@ class UserExists : public root::Test {
     void TearDown() override
     {
         ASSERT_EQ(::chdir("/"), 0);
-        root::Test::TearDown();
+        request::Test::TearDown();
     }
 
     void expectFound(const Lines& users, const std::string& name, int result)
@@ -231,14 +207,12 @@ class UserExists : public root::Test {
         }
         line += "];";
         EXPECT_EQ(isUserExisted(name.c_str()), result) << name;
-        Lines calls = fetchCalls(list);
         const Lines more = {
-            trace("file " + list + " size = " + std::to_string(line.size()) + " bytes"),
+            sizeTrace(list, line.size()),
             trace("isUserExisted() user return:" + line + " -- userName: \"" + name + "\""),
             trace("isUserExisted() iRet:" + std::to_string(result)),
         };
-        calls.insert(calls.end(), more.begin(), more.end());
-        EXPECT_EQ(watch::calls(), calls) << name;
+        EXPECT_EQ(watch::calls(), join({fetchCalls(list), more})) << name;
         EXPECT_EQ(root::list("/tmp/work"), Lines{});
     }
 };
@@ -333,10 +307,11 @@ TEST_F(UserExists, listThatIsTooLargeForTheMemoryIsTracedAndRemoved)
     // The list grows as its last work file goes.
     stubUsers("");
     const std::uintmax_t size = (std::uintmax_t{1} << 60U) + 19;
-    removal = {list + pid() + "2", [&] { std::filesystem::resize_file(list, size); }};
+    const faults::Guard growth =
+        faults::beforeRemove(list + pid() + "2", [&] { std::filesystem::resize_file(list, size); });
     EXPECT_EQ(isUserExisted("anna"), -1);
     Lines calls = fetchCalls(list);
-    calls.push_back(trace("file " + list + " size = 19 bytes"));
+    calls.push_back(sizeTrace(list, 19));
     calls.push_back(trace("isUserExisted() () failed  memory allocation Cannot allocate memory"));
     EXPECT_EQ(watch::calls(), calls);
     EXPECT_EQ(root::list("/tmp/work"), Lines{});
@@ -344,65 +319,34 @@ TEST_F(UserExists, listThatIsTooLargeForTheMemoryIsTracedAndRemoved)
 
 // ---- lstu -------------------------------------------------------------------------------------
 
-class ListUsers : public root::Test {
+class ListUsers : public request::Test {
   protected:
-    /// Runs the loaded request with standard output caught.
-    static Outcome runQuietly(std::string* printed = nullptr)
-    {
-        testing::internal::CaptureStdout();
-        Outcome outcome = request::run();
-        const std::string text = testing::internal::GetCapturedStdout();
-        if (printed != nullptr) {
-            *printed = text;
-        }
-        return outcome;
-    }
+    static Outcome list() { return request::process(frame("lstu", 0)); }
 
-    static Outcome list(std::string* printed = nullptr)
-    {
-        request::load(frame("lstu", 0));
-        return runQuietly(printed);
-    }
-
+    /// The calls up to the list's size.
     static Lines callsBefore(std::size_t size)
     {
-        Lines calls = opening("lstu", 0, fetchCalls(kWorkFile));
-        calls.push_back(trace("file " + kWorkFile + " size = " + std::to_string(size) + " bytes"));
-        return calls;
-    }
-
-    static void append(Lines& calls, const Lines& more)
-    {
-        calls.insert(calls.end(), more.begin(), more.end());
+        return join({fetchCalls(kWorkFile), {sizeTrace(kWorkFile, size)}});
     }
 };
 
 TEST_F(ListUsers, countAndNamesAreAnswered)
 {
     stubUsers(userLines({"anna", "bob smith"}));
-    std::string printed;
-    const Outcome outcome = list(&printed);
-    EXPECT_EQ(outcome.result, 0);
-    EXPECT_EQ(outcome.answer, "lsut " + le32(2) + "\nanna\nbob smith\n");
-    EXPECT_EQ(printed, "anna\nbob smith\n");
-    Lines calls = callsBefore(38);
-    append(calls, {trace("comparing user: guest"), trace("comparing user: anna"),
-                   trace("found user anna"), trace("comparing user: bob smith"),
-                   trace("found user bob smith"), trace("found 2 user(s)"),
-                   trace("reporting user anna -- 5"), trace("reporting user bob smith -- 10")});
-    EXPECT_EQ(outcome.calls, calls);
-    EXPECT_FALSE(root::exists(kWorkFile));
-    EXPECT_EQ(fout_buf, nullptr);
+    expectEnd(list(), "lsut " + le32(2) + "\nanna\nbob smith\n",
+              join({callsBefore(38),
+                    {trace("comparing user: guest"), trace("comparing user: anna"),
+                     trace("found user anna"), trace("comparing user: bob smith"),
+                     trace("found user bob smith"), trace("found 2 user(s)"),
+                     trace("reporting user anna -- 5"), trace("reporting user bob smith -- 10")}}),
+              {}, "anna\nbob smith\n");
 }
 
 TEST_F(ListUsers, withoutUsersTheCountIsZero)
 {
     stubUsers("");
-    const Outcome outcome = list();
-    EXPECT_EQ(outcome.answer, "lsut " + le32(0) + "\n");
-    Lines calls = callsBefore(17);
-    append(calls, {trace("comparing user: guest"), trace("found 0 user(s)")});
-    EXPECT_EQ(outcome.calls, calls);
+    expectEnd(list(), "lsut " + le32(0) + "\n",
+              join({callsBefore(17), {trace("comparing user: guest"), trace("found 0 user(s)")}}));
 }
 
 TEST_F(ListUsers, guestIsLeftOutInThisSpellingAlone)
@@ -455,7 +399,7 @@ TEST_F(ListUsers, staleListIsReadWhereANewOneCannotBeMade)
     root::writeFile(kWorkFile, "return [\"guest\", \"old\"];");
     request::load(frame("lstu", 0));
     watch::answer("sudo", -1, EAGAIN);
-    EXPECT_EQ(runQuietly().answer, "lsut " + le32(1) + "\nold\n");
+    EXPECT_EQ(request::run().answer, "lsut " + le32(1) + "\nold\n");
 }
 
 /// A list that getUsersList could not make: its place is left as the test wants it.
@@ -465,93 +409,90 @@ class ListUsersFails : public ListUsers {
     {
         request::load(frame("lstu", 0));
         watch::answer("sudo", -1, EAGAIN);
-        return runQuietly();
+        return request::run();
     }
 
-    /// The calls up to the size.
-    static Lines failedCalls()
+    /// @param calls  that follow the failed fetch
+    static void expectFailure(std::uint32_t code, const Lines& calls)
     {
         const std::string line = fetchCalls(kWorkFile)[0];
-        return opening("lstu", 0,
-                       {line, trace("system(" + line +
-                                    ") --  error: 11(Resource temporarily unavailable) -- ")});
+        const std::string failed = "system(" + line + ") --  error: 11(" + root::kAgain + ") -- ";
+        expectError(fail(), "erro " + le32(code), code, join({{line, trace(failed)}, calls}));
+    }
+
+    /// The list of anna alone is good at first; something happens to it when a trace is made.
+    static Outcome listWhen(const std::string& traceStart, const std::function<void()>& action)
+    {
+        stubUsers(userLines({"anna"}));
+        request::load(frame("lstu", 0));
+        watch::after("echo \"" + traceStart, action);
+        return request::run();
+    }
+
+    /// What happens when the list has been read once, and when it has been answered.
+    static constexpr const char* kFound = "found 1 user(s)";
+    static constexpr const char* kReported = "reporting user anna";
+
+    static Lines callsOnceFound()
+    {
+        return join({callsBefore(25),
+                     {trace("comparing user: guest"), trace("comparing user: anna"),
+                      trace("found user anna"), trace(kFound)}});
+    }
+
+    static Lines callsOnceReported()
+    {
+        return join({callsOnceFound(), {trace("reporting user anna -- 5")}});
     }
 };
 
 TEST_F(ListUsersFails, missingList)
 {
-    const Outcome outcome = fail();
-    EXPECT_EQ(outcome.result, 0);
-    EXPECT_EQ(outcome.answer, "erro " + le32(0xFF000005));
-    Lines calls = failedCalls();
-    append(calls, {trace("cannot stat file " + kWorkFile), exitTrace(0xFF000005)});
-    EXPECT_EQ(outcome.calls, calls);
+    expectFailure(request::kCannotStat, {trace("cannot stat file " + kWorkFile)});
 }
 
 TEST_F(ListUsersFails, emptyList)
 {
     root::writeFile(kWorkFile, "");
-    const Outcome outcome = fail();
-    EXPECT_EQ(outcome.answer, "erro " + le32(0x20000006));
-    Lines calls = failedCalls();
-    append(calls, {trace("file " + kWorkFile + " size = 0 bytes"), exitTrace(0x20000006)});
-    EXPECT_EQ(outcome.calls, calls);
-    EXPECT_FALSE(root::exists(kWorkFile));
+    expectFailure(0x20000006, {sizeTrace(kWorkFile, 0)});
 }
 
 TEST_F(ListUsersFails, unreadableList)
 {
     root::writeFile(kWorkFile, "x");
-    std::filesystem::permissions(kWorkFile, std::filesystem::perms(0));
-    const Outcome outcome = fail();
-    EXPECT_EQ(outcome.answer, "erro " + le32(0xFF000007));
-    Lines calls = failedCalls();
-    append(calls,
-           {trace("file " + kWorkFile + " size = 1 bytes"),
-            trace("cannot open file " + kWorkFile + ": Permission denied"), exitTrace(0xFF000007)});
-    EXPECT_EQ(outcome.calls, calls);
-    EXPECT_FALSE(root::exists(kWorkFile));
+    root::makeUnreadable(kWorkFile);
+    expectFailure(
+        request::kCannotOpen,
+        {sizeTrace(kWorkFile, 1), trace("cannot open file " + kWorkFile + ": " + root::kDenied)});
 }
 
 TEST_F(ListUsersFails, listThatIsGoneForTheSecondPass)
 {
-    stubUsers(userLines({"anna"}));
-    request::load(frame("lstu", 0));
-    watch::after("echo \"found 1 user(s)", [] { std::filesystem::remove(kWorkFile); });
-    const Outcome outcome = runQuietly();
-    EXPECT_EQ(outcome.answer, "lsut " + le32(1) + "\nerro " + le32(0xFF000007));
-    EXPECT_EQ(Lines(outcome.calls.end() - 2, outcome.calls.end()),
-              (Lines{trace("cannot open file " + kWorkFile + ": No such file or directory"),
-                     exitTrace(0xFF000007)}));
+    const Outcome outcome = listWhen(kFound, [] { std::filesystem::remove(kWorkFile); });
+    const Lines reason = {trace("cannot open file " + kWorkFile + ": " + root::kNotThere)};
+    expectError(outcome, "lsut " + le32(1) + "\nerro " + le32(request::kCannotOpen),
+                request::kCannotOpen, join({callsOnceFound(), reason}));
 }
 
 TEST_F(ListUsersFails, listThatCannotBeRemoved)
 {
-    stubUsers(userLines({"anna"}));
-    request::load(frame("lstu", 0));
-    watch::after("echo \"reporting user anna", [] { std::filesystem::remove(kWorkFile); });
-    const Outcome outcome = runQuietly();
-    EXPECT_EQ(outcome.answer, "lsut " + le32(1) + "\nanna\nerro " + le32(0xFF000006));
-    EXPECT_EQ(Lines(outcome.calls.end() - 2, outcome.calls.end()),
-              (Lines{trace("cannot remove file " + kWorkFile + ": No such file or directory"),
-                     exitTrace(0xFF000006)}));
+    const Outcome outcome = listWhen(kReported, [] { std::filesystem::remove(kWorkFile); });
+    const Lines reason = {trace("cannot remove file " + kWorkFile + ": " + root::kNotThere)};
+    expectError(outcome, "lsut " + le32(1) + "\nanna\nerro " + le32(request::kCannotRemove),
+                request::kCannotRemove, join({callsOnceReported(), reason}), {}, "anna\n");
 }
 
 TEST_F(ListUsersFails, listThatCannotBeClosed)
 {
-    stubUsers(userLines({"anna"}));
-    const std::string reason = trace("cannot close file " + kWorkFile + ": Bad file descriptor");
-    for (const char* moment : {"echo \"found 1 user(s)", "echo \"reporting user anna"}) {
-        request::load(frame("lstu", 0));
-        watch::after(moment, [] { ::close(::fileno(cmdsvc::currentFile())); });
-        const Outcome outcome = runQuietly();
-        const bool isFirstPass = std::string(moment).find("found") != std::string::npos;
-        EXPECT_EQ(outcome.answer,
-                  (isFirstPass ? "" : "lsut " + le32(1) + "\nanna\n") + "erro " + le32(0xFF000008));
-        EXPECT_EQ(Lines(outcome.calls.end() - 2, outcome.calls.end()),
-                  (Lines{reason, exitTrace(0xFF000008)}));
-        EXPECT_FALSE(root::exists(kWorkFile));
-    }
+    const Lines reason = {trace("cannot close file " + kWorkFile + ": " + root::kBadDescriptor)};
+    const std::string error = "erro " + le32(request::kCannotClose);
+    faults::Guard fault;
+    const auto breakList = [&] { fault = faults::failFclose(kWorkFile); };
+    expectError(listWhen(kFound, breakList), error, request::kCannotClose,
+                join({callsOnceFound(), reason}));
+    fault = faults::Guard();
+    expectError(listWhen(kReported, breakList), "lsut " + le32(1) + "\nanna\n" + error,
+                request::kCannotClose, join({callsOnceReported(), reason}), {}, "anna\n");
 }
 
 TEST_F(ListUsersFails, tooLongANameIsCutAndNothingOverrun)

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <thread>
@@ -118,6 +119,58 @@ bool isOpen(const std::string& path)
     });
 }
 
+std::vector<std::string> openFiles()
+{
+    std::vector<std::string> paths;
+    for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd")) {
+        std::error_code noLongerOpen;
+        const std::string path = fs::read_symlink(entry.path(), noLongerOpen);
+        if (path.starts_with("/tmp/") || path.starts_with("/etc/")) {
+            paths.push_back(path);
+        }
+    }
+    return paths;
+}
+
+void closeFolder(const std::string& folder)
+{
+    fs::permissions(folder, fs::perms(0555));
+}
+
+void openFolder(const std::string& folder)
+{
+    fs::permissions(folder, fs::perms(0755));
+}
+
+void replaceByFolder(const std::string& path)
+{
+    fs::remove(path);
+    fs::create_directories(path + "/inside");
+}
+
+void makeUnreadable(const std::string& path)
+{
+    fs::permissions(path, fs::perms(0));
+}
+
+std::string printed(const std::function<void()>& function)
+{
+    // Not a pipe, which fills up, and not a file, which needs room on a disk that a test may fill.
+    const int store = ::memfd_create("printed", MFD_CLOEXEC);
+    EXPECT_GE(store, 0);
+    std::fflush(stdout);
+    const int before = ::dup(STDOUT_FILENO);
+    ::dup2(store, STDOUT_FILENO);
+    function();
+    std::fflush(stdout);
+    ::dup2(before, STDOUT_FILENO);
+    ::close(before);
+    std::string text(static_cast<std::size_t>(::lseek(store, 0, SEEK_END)), '\0');
+    EXPECT_EQ(::pread(store, text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));
+    ::close(store);
+    return text;
+}
+
 std::vector<std::string> printedPieces(const std::function<void()>& function)
 {
     // Each write to such a socket is a packet of its own.
@@ -191,6 +244,11 @@ void fillDisk(const std::string& folder)
     ::close(file);
 }
 
+void freeDisk(const std::string& folder)
+{
+    fs::remove(folder + "/filler");
+}
+
 std::string le16(unsigned value)
 {
     return {static_cast<char>(value & 0xFFU), static_cast<char>((value >> 8U) & 0xFFU)};
@@ -199,6 +257,11 @@ std::string le16(unsigned value)
 std::string le32(std::uint32_t value)
 {
     return le16(value & 0xFFFFU) + le16(value >> 16U);
+}
+
+std::string zeros(std::size_t count)
+{
+    return std::string(count, '\0');
 }
 
 std::string trace(const std::string& message)
@@ -215,6 +278,11 @@ std::string cutTrace(const std::string& message)
 {
     constexpr std::size_t kLongestMessage = 1999;
     return trace(message.substr(0, kLongestMessage));
+}
+
+std::string sizeTrace(const std::string& path, std::size_t size)
+{
+    return trace("file " + path + " size = " + std::to_string(size) + " bytes");
 }
 
 std::string pid()

@@ -19,6 +19,14 @@ inline constexpr const char* kStatusFolder = "/etc/pelconfig/vokcontrol";
 inline constexpr const char* kStatusFile = "/etc/pelconfig/vokcontrol/__shrStatus";
 inline constexpr const char* kSemaphoreFile = "/etc/pelconfig/vokcontrol/__shrsem";
 inline constexpr const char* kCollectorFile = "/tmp/pelsts1.tmp";
+inline const std::string kVariables = "/etc/pelconfig/system_var";
+
+// What the C library calls these errors.
+inline const std::string kAgain = "Resource temporarily unavailable";
+inline const std::string kNoChild = "No child processes";
+inline const std::string kNotThere = "No such file or directory";
+inline const std::string kDenied = "Permission denied";
+inline const std::string kBadDescriptor = "Bad file descriptor";
 
 void writeFile(const std::string& path, std::string_view content);
 [[nodiscard]] std::string readFile(const std::string& path);
@@ -26,6 +34,21 @@ void writeFile(const std::string& path, std::string_view content);
 
 /// Whether this process has a file open, even one that was removed since.
 [[nodiscard]] bool isOpen(const std::string& path);
+
+/// The files of /tmp and /etc that this process has open.
+[[nodiscard]] std::vector<std::string> openFiles();
+
+/// Nothing can be created in a folder or removed from it, until it is opened again.
+void closeFolder(const std::string& folder = "/tmp");
+void openFolder(const std::string& folder = "/tmp");
+
+/// Puts a folder, with something in it, in a file's place.
+void replaceByFolder(const std::string& path);
+
+void makeUnreadable(const std::string& path);
+
+/// What a function prints to standard output, what its shell lines print among it.
+[[nodiscard]] std::string printed(const std::function<void()>& function);
 
 /// What a function prints to standard output, in the pieces in which it leaves the process: one for
 /// each flush. What shell lines print comes as pieces of its own.
@@ -48,11 +71,16 @@ void stubListing(std::string_view listing);
 void stubUsage(const std::string& share, const std::string& kibibytes);
 
 /// Fills the file system that a folder is on to the last byte, with a file in that folder.
-void fillDisk(const std::string& folder);
+void fillDisk(const std::string& folder = "/tmp");
+/// Removes that file.
+void freeDisk(const std::string& folder = "/tmp");
 
 /// Two bytes of a number, least significant first; four likewise.
 [[nodiscard]] std::string le16(unsigned value);
 [[nodiscard]] std::string le32(std::uint32_t value);
+
+/// So many zero bytes.
+[[nodiscard]] std::string zeros(std::size_t count);
 
 /// The shell line of a trace that is not its process's first.
 [[nodiscard]] std::string trace(const std::string& message);
@@ -64,6 +92,9 @@ void fillDisk(const std::string& folder);
 
 /// The shell line of a trace whose message may be too long for its buffer.
 [[nodiscard]] std::string cutTrace(const std::string& message);
+
+/// The shell line of the trace that a file has a size, in bytes.
+[[nodiscard]] std::string sizeTrace(const std::string& path, std::size_t size);
 
 /// This process's id, in decimal.
 [[nodiscard]] std::string pid();

@@ -19,6 +19,11 @@ using Lines = std::vector<std::string>;
 using root::le32;
 using root::trace;
 
+cmdsvc::Channel& channel()
+{
+    return cmdsvc::channel();
+}
+
 /// A request is in hand.
 class Channel : public root::Test {
   protected:
@@ -26,19 +31,19 @@ class Channel : public root::Test {
     {
         root::Test::SetUp();
         std::ranges::fill(fin_buf, '\0');
-        ASSERT_TRUE(cmdsvc::openChannel(7));
+        ASSERT_TRUE(channel().open(7));
     }
 
     void TearDown() override
     {
-        cmdsvc::closeCurrentFile();
-        cmdsvc::closeAnswer();
+        channel().closeFile();
+        channel().close();
         root::Test::TearDown();
     }
 
     static std::string answer()
     {
-        cmdsvc::closeAnswer();
+        channel().close();
         return root::readFile("/tmp/outbuf7");
     }
 };
@@ -51,22 +56,46 @@ TEST_F(Channel, codesAreLittleEndianWords)
 
 TEST_F(Channel, wordHeaderAndErrorFrames)
 {
-    cmdsvc::writeWord(0xFF000003);
+    channel().writeWord(cmdsvc::kMalformed);
     EXPECT_EQ(answer(), "\x03" + std::string(2, '\0') + "\xFF");
-    ASSERT_TRUE(cmdsvc::openChannel(7));
-    cmdsvc::writeHeader("lsut", 0x01020304);
+    ASSERT_TRUE(channel().open(7));
+    channel().begin(cmdsvc::command("lstu"));
+    EXPECT_EQ(channel().writeHeader(0x01020304), 10U);
     EXPECT_EQ(answer(), "lsut \x04\x03\x02\x01\n");
-    ASSERT_TRUE(cmdsvc::openChannel(7));
-    cmdsvc::endWithError(0x20000006);
+    ASSERT_TRUE(channel().open(7));
+    channel().endWithError(cmdsvc::kUserListEmpty);
     EXPECT_EQ(answer(), "erro " + le32(0x20000006));
 }
 
-TEST_F(Channel, statusFrameTakesTheRequestLine)
+TEST_F(Channel, tagIsTheCommandsOwn)
 {
-    cmdsvc::requestLine.fill('x');
+    channel().begin(cmdsvc::command("wags"));
+    EXPECT_EQ(channel().tag(), "wags ");
+    const cmdsvc::HeaderBytes bytes = channel().header(2);
+    EXPECT_EQ(std::string(bytes.begin(), bytes.end()), "wags " + le32(2) + "\n");
+}
+
+TEST_F(Channel, writingTellsHowMuchHasBeenWritten)
+{
+    EXPECT_EQ(channel().write({"a\0b", 3}), 3U);
+    EXPECT_EQ(answer(), std::string("a\0b", 3));
+    ASSERT_TRUE(channel().open(7));
+    request::loseAnswer();
+    EXPECT_EQ(channel().write("abc"), 0U);
+}
+
+TEST_F(Channel, answerThatCannotBeOpenedIsToldAndTheOneBeforeIsWhole)
+{
+    channel().writeWord(cmdsvc::kGood);
+    std::filesystem::create_directory("/tmp/outbuf8");
+    EXPECT_FALSE(channel().open(8));
+    EXPECT_EQ(fout_buf, nullptr);
+    EXPECT_EQ(root::readFile("/tmp/outbuf7"), le32(0));
+}
+
+TEST_F(Channel, statusFrameHasNameAndCode)
+{
     EXPECT_EQ(SendReturnStatus(0xC2000002, "sub1"), 0);
-    EXPECT_EQ(std::string(cmdsvc::requestLine.data(), 4096),
-              "sub1 " + le32(0xC2000002) + std::string(4096 - 9, '\0'));
     EXPECT_EQ(watch::calls(),
               Lines{trace("SendReturnStatus errCode 0xC2000002 -- fwrite return: 10")});
     EXPECT_EQ(answer(), "sub1 " + le32(0xC2000002) + std::string(1, '\0'));
@@ -104,72 +133,96 @@ TEST_F(Channel, answerThatACallerHasSetIsNotOursToClose)
     FILE* theirs = std::fopen("/tmp/theirs", "w");
     fout_buf = theirs;
     SendReturnStatus(1, "subs");
-    ASSERT_TRUE(cmdsvc::openChannel(8));
+    ASSERT_TRUE(channel().open(8));
     EXPECT_EQ(std::fclose(theirs), 0);
     EXPECT_EQ(root::readFile("/tmp/theirs"), "subs " + le32(1) + std::string(1, '\0'));
 }
 
-TEST_F(Channel, slotClosesItselfClear)
+// ---- The current-file slot --------------------------------------------------------------------
+
+std::size_t openFiles()
 {
-    root::writeFile("/tmp/file", "x");
-    ASSERT_NE(cmdsvc::openCurrentFile("/tmp/file"), nullptr);
-    EXPECT_NE(cmdsvc::currentFile(), nullptr);
-    EXPECT_TRUE(cmdsvc::closeCurrentFile());
-    EXPECT_EQ(cmdsvc::currentFile(), nullptr);
-    EXPECT_TRUE(cmdsvc::closeCurrentFile()) << "a second close does nothing";
+    return root::list("/proc/self/fd").size();
 }
 
 TEST_F(Channel, slotHoldsOneFile)
 {
     root::writeFile("/tmp/file", "x");
-    const std::size_t before = root::list("/proc/self/fd").size();
+    const std::size_t before = openFiles();
     for (int i = 0; i < 20; ++i) {
-        ASSERT_NE(cmdsvc::openCurrentFile("/tmp/file"), nullptr);
+        ASSERT_NE(channel().openFile("/tmp/file"), nullptr);
     }
-    EXPECT_EQ(root::list("/proc/self/fd").size(), before + 1);
-    EXPECT_EQ(cmdsvc::openCurrentFile("/tmp/missing"), nullptr);
-    EXPECT_EQ(cmdsvc::currentFile(), nullptr);
-    EXPECT_EQ(root::list("/proc/self/fd").size(), before);
+    EXPECT_EQ(openFiles(), before + 1);
+    EXPECT_EQ(channel().openFile("/tmp/missing"), nullptr);
+    EXPECT_EQ(openFiles(), before);
+}
+
+TEST_F(Channel, closingClearsTheSlot)
+{
+    root::writeFile("/tmp/file", "x");
+    const std::size_t before = openFiles();
+    ASSERT_NE(channel().openFile("/tmp/file"), nullptr);
+    EXPECT_TRUE(channel().closeFile());
+    EXPECT_EQ(openFiles(), before);
+    EXPECT_TRUE(channel().closeFile()) << "a second close does nothing";
+}
+
+TEST_F(Channel, closeThatFailsIsToldAndClearsTheSlotAllTheSame)
+{
+    FILE* file = channel().openFile("/dev/full", "w");
+    ASSERT_NE(std::fputs("x", file), EOF);
+    EXPECT_FALSE(channel().closeFile());
+    EXPECT_EQ(errno, ENOSPC);
+    EXPECT_TRUE(channel().closeFile());
 }
 
 TEST_F(Channel, olderFileOfTheSlotDoesNotChangeTheReasonOfAFailedOpen)
 {
     // Closing this one fails for want of space.
-    ASSERT_NE(cmdsvc::openCurrentFile("/dev/full", "w"), nullptr);
-    ASSERT_NE(std::fputs("x", cmdsvc::currentFile()), EOF);
+    FILE* file = channel().openFile("/dev/full", "w");
+    ASSERT_NE(std::fputs("x", file), EOF);
     errno = 0;
-    EXPECT_EQ(cmdsvc::openCurrentFile("/tmp/missing"), nullptr);
+    EXPECT_EQ(channel().openFile("/tmp/missing"), nullptr);
     EXPECT_EQ(errno, ENOENT);
 }
 
 TEST_F(Channel, errorExitsCloseRemoveAndTrace)
 {
+    const std::size_t before = openFiles();
     for (const bool isWord : {false, true}) {
         watch::restart();
         root::writeFile(cmdsvc::kWorkFile, "x");
-        cmdsvc::openCurrentFile(cmdsvc::kWorkFile);
+        channel().openFile(cmdsvc::kWorkFile);
         if (isWord) {
-            EXPECT_EQ(cmdsvc::endWithWord(2), 0);
+            EXPECT_EQ(channel().endWithWord(cmdsvc::kRemoteBadRequest), 0);
         } else {
-            cmdsvc::endWithError(2);
+            channel().endWithError(cmdsvc::kRemoteBadRequest);
         }
-        EXPECT_EQ(cmdsvc::currentFile(), nullptr);
+        EXPECT_EQ(openFiles(), before);
         EXPECT_FALSE(root::exists(cmdsvc::kWorkFile));
         EXPECT_EQ(watch::calls(), Lines{trace("exiting with error 0x00000002")});
     }
     EXPECT_EQ(answer(), "erro " + le32(2) + le32(2));
 }
 
-TEST_F(Channel, exitThatKeepsItsFileOnlyRemovesItWhereOneIsOpen)
+TEST_F(Channel, wordExitGivesBackTheResultOfItsTrace)
+{
+    watch::answer("echo", 0x500, 0);
+    EXPECT_EQ(channel().endWithWord(cmdsvc::kMalformed), 0x500);
+}
+
+TEST_F(Channel, exitThatKeepsItsFileOnlyRemovesItIfOneIsOpen)
 {
     root::writeFile(cmdsvc::kWorkFile, "x");
-    cmdsvc::endWithWordKeepingFile(3);
+    channel().endWithWordKeepingFile(cmdsvc::kRemoteFailed);
     EXPECT_TRUE(root::exists(cmdsvc::kWorkFile));
-    cmdsvc::openCurrentFile(cmdsvc::kWorkFile);
-    cmdsvc::endWithWordKeepingFile(3);
+    channel().openFile(cmdsvc::kWorkFile);
+    const std::size_t before = openFiles();
+    channel().endWithWordKeepingFile(cmdsvc::kRemoteFailed);
     EXPECT_FALSE(root::exists(cmdsvc::kWorkFile));
-    EXPECT_NE(cmdsvc::currentFile(), nullptr);
+    EXPECT_EQ(openFiles(), before);
     EXPECT_EQ(watch::calls(), (Lines(2, trace("exiting with error 0x00000003"))));
+    EXPECT_EQ(answer(), le32(3) + le32(3));
 }
 
 /// What happens in /tmp during an exit with a file open in the slot. The answer is not buffered, so
@@ -177,7 +230,7 @@ TEST_F(Channel, exitThatKeepsItsFileOnlyRemovesItWhereOneIsOpen)
 template <class Exit> Lines eventsOf(Exit exit)
 {
     root::writeFile(cmdsvc::kWorkFile, "x");
-    EXPECT_NE(cmdsvc::openCurrentFile(cmdsvc::kWorkFile), nullptr);
+    EXPECT_NE(channel().openFile(cmdsvc::kWorkFile), nullptr);
     std::setvbuf(fout_buf, nullptr, _IONBF, 0);
     const root::FileEvents events("/tmp");
     exit();
@@ -190,14 +243,14 @@ TEST_F(Channel, errorExitsWriteThenCloseThenRemoveThenTrace)
 {
     const Lines order = root::join(
         {{"write outbuf7", "close vokcontrol.tmp", "remove vokcontrol.tmp"}, kTraceEvents});
-    EXPECT_EQ(eventsOf([] { cmdsvc::endWithWord(2); }), order);
-    ASSERT_TRUE(cmdsvc::openChannel(7));
-    EXPECT_EQ(eventsOf([] { cmdsvc::endWithError(2); }), order);
+    EXPECT_EQ(eventsOf([] { channel().endWithWord(cmdsvc::kRemoteBadRequest); }), order);
+    ASSERT_TRUE(channel().open(7));
+    EXPECT_EQ(eventsOf([] { channel().endWithError(cmdsvc::kRemoteBadRequest); }), order);
 }
 
 TEST_F(Channel, exitThatKeepsItsFileWritesThenRemovesThenTraces)
 {
-    EXPECT_EQ(eventsOf([] { cmdsvc::endWithWordKeepingFile(3); }),
+    EXPECT_EQ(eventsOf([] { channel().endWithWordKeepingFile(cmdsvc::kRemoteFailed); }),
               root::join({{"write outbuf7", "remove vokcontrol.tmp"}, kTraceEvents}));
 }
 
@@ -205,38 +258,42 @@ TEST_F(Channel, exitThatKeepsItsFileWritesThenRemovesThenTraces)
 
 class ParameterLine : public Channel {
   protected:
-    /// Puts bytes into the request, at its start and with zeros behind them.
+    static constexpr cmdsvc::Parameter kLine = cmdsvc::parameter("crat", "user");
+    static constexpr cmdsvc::Parameter kShortLine = cmdsvc::parameter("wall", "user");
+
+    /// Puts parameters into the request, after a first line and with zeros after them.
     static void put(std::string_view bytes)
     {
         std::ranges::fill(fin_buf, '\0');
-        bytes.copy(std::data(fin_buf), std::size(fin_buf));
-        ASSERT_TRUE(cmdsvc::openChannel(7));
+        fin_buf[0] = '\n';
+        bytes.copy(std::data(fin_buf) + 1, std::size(fin_buf) - 1);
+        ASSERT_TRUE(channel().open(7));
     }
 
-    /// Reads the next line; what the request line holds as text.
-    static std::string next()
+    /// Takes the next line; what it holds as text.
+    static std::string next(const cmdsvc::Parameter& parameter = kLine)
     {
-        cmdsvc::readParameterLine();
-        return cmdsvc::requestLine.data();
+        return channel().takeLine(parameter).text();
     }
 
-    /// What the request line holds, whole.
-    static std::string whole() { return {cmdsvc::requestLine.data(), cmdsvc::requestLine.size()}; }
-
-    static void hold(std::string_view bytes)
+    static std::string whole(const cmdsvc::ParameterLine& line)
     {
-        cmdsvc::requestLine.fill('\0');
-        bytes.copy(cmdsvc::requestLine.data(), cmdsvc::requestLine.size());
+        return {line.bytes.data(), line.bytes.size()};
+    }
+
+    static std::string padded(std::string text)
+    {
+        text.resize(4096);
+        return text;
     }
 
     /// Cuts a newline, and compares what is left, zeros and all.
     static void expectCut(std::string_view bytes, bool isCut, std::string_view left)
     {
-        hold(left);
-        const std::string expected = whole();
-        hold(bytes);
-        EXPECT_EQ(cmdsvc::cutNewline(), isCut) << bytes;
-        EXPECT_EQ(whole(), expected) << bytes;
+        cmdsvc::ParameterLine line;
+        bytes.copy(line.bytes.data(), line.bytes.size());
+        EXPECT_EQ(line.cutNewline(), isCut) << bytes;
+        EXPECT_EQ(whole(line), padded(std::string(left))) << bytes;
     }
 };
 
@@ -249,26 +306,24 @@ TEST_F(ParameterLine, linesFollowOneAnotherWithTheirNewlines)
     EXPECT_EQ(next(), "\xC3\xA9lise\r\n");
 }
 
-TEST_F(ParameterLine, lineIsReadBehindTheRequestsFirst)
+TEST_F(ParameterLine, lineIsAValueOfItsOwnWithZerosAfterIt)
 {
-    put("pshr \x03" + std::string(3, '\0') + "\nMedia\n");
-    cmdsvc::readRequestLine();
-    EXPECT_EQ(next(), "Media\n");
-}
-
-TEST_F(ParameterLine, whatHasBeenReadBeforeDoesNotShow)
-{
-    put("ab\n");
-    hold("a line that was longer\n");
-    EXPECT_EQ(next(), "ab\n");
+    put("a line that is longer\nab\n");
+    const cmdsvc::ParameterLine first = channel().takeLine(kLine);
+    const cmdsvc::ParameterLine second = channel().takeLine(kLine);
+    EXPECT_EQ(whole(first), padded("a line that is longer\n"));
+    EXPECT_EQ(whole(second), padded("ab\n"));
+    EXPECT_FALSE(second.isMissing);
 }
 
 TEST_F(ParameterLine, lineThatIsNotThereReadsAsAnEmptyText)
 {
-    // Zeros are behind a request; they are bytes, too.
+    // Zeros are in the buffer after a request; they are bytes, too.
     put("anna\n");
     EXPECT_EQ(next(), "anna\n");
-    EXPECT_EQ(next(), "");
+    const cmdsvc::ParameterLine line = channel().takeLine(kLine);
+    EXPECT_EQ(whole(line), padded(""));
+    EXPECT_FALSE(line.isMissing);
 }
 
 TEST_F(ParameterLine, lineWithoutItsNewlineReadsAsItsText)
@@ -280,37 +335,55 @@ TEST_F(ParameterLine, lineWithoutItsNewlineReadsAsItsText)
 TEST_F(ParameterLine, zeroByteEndsTheTextButNotTheLine)
 {
     put(std::string("an\0na\nbob\n", 10));
-    EXPECT_EQ(next(), "an");
-    EXPECT_EQ(whole().substr(0, 7), std::string("an\0na\n\0", 7));
+    const cmdsvc::ParameterLine line = channel().takeLine(kLine);
+    EXPECT_EQ(whole(line), padded(std::string("an\0na\n", 6)));
+    EXPECT_STREQ(line.text(), "an");
     EXPECT_EQ(next(), "bob\n");
 }
 
-TEST_F(ParameterLine, longLineIsReadInPiecesOf4094Bytes)
+TEST_F(ParameterLine, longLineIsTakenInPiecesOfItsRowsRoom)
 {
-    put(std::string(4094, 'n') + "m\n");
-    hold(std::string(4096, '#'));
-    cmdsvc::readParameterLine();
-    EXPECT_EQ(whole(), std::string(4094, 'n') + '\0' + '#');
-    EXPECT_EQ(next(), "m\n");
-}
-
-TEST_F(ParameterLine, newlineOfTheLongestWholeLineIsRead)
-{
-    put(std::string(4093, 'n') + "\nm\n");
-    EXPECT_EQ(next(), std::string(4093, 'n') + "\n");
-    EXPECT_EQ(next(), "m\n");
-}
-
-TEST_F(ParameterLine, requestLineStaysWhereNothingIsLeft)
-{
-    put(std::string(4094, 'n') + "m\n");
+    put(std::string(4094, 'n') + "m");
     EXPECT_EQ(next(), std::string(4094, 'n'));
-    EXPECT_EQ(next(), "m\n");
-    const std::string before = whole();
-    cmdsvc::readParameterLine();
-    EXPECT_EQ(whole(), before);
-    hold("anna");
-    EXPECT_EQ(next(), "anna");
+    EXPECT_EQ(next(), "m");
+    put(std::string(255, 'n') + "m\n");
+    EXPECT_EQ(next(kShortLine), std::string(255, 'n'));
+    EXPECT_EQ(next(kShortLine), "m\n");
+}
+
+TEST_F(ParameterLine, newlineOfTheLongestWholeLineIsTaken)
+{
+    put(std::string(4093, 'n') + "\nm");
+    EXPECT_EQ(next(), std::string(4093, 'n') + "\n");
+    EXPECT_EQ(next(), "m");
+}
+
+TEST_F(ParameterLine, ifNothingIsLeftItIsTheLineBeforeWithoutItsNewline)
+{
+    put(std::string(4093, 'n') + "m\n");
+    EXPECT_EQ(next(), std::string(4093, 'n') + "m");
+    EXPECT_EQ(next(), "\n");
+    for (int i = 0; i < 2; ++i) {
+        const cmdsvc::ParameterLine line = channel().takeLine(kLine);
+        EXPECT_EQ(whole(line), padded(""));
+        EXPECT_TRUE(line.isMissing);
+    }
+    put(std::string(4091, 'n') + "\nx\n");
+    EXPECT_EQ(next().size(), 4092U);
+    EXPECT_EQ(next(), "x\n");
+    EXPECT_EQ(next(), "x");
+}
+
+TEST_F(ParameterLine, missingLineOfOneRequestIsForgottenInTheNext)
+{
+    put(std::string(4094, 'n') + "\n");
+    next();
+    next();
+    EXPECT_TRUE(channel().takeLine(kLine).isMissing);
+    put("anna\n");
+    const cmdsvc::ParameterLine line = channel().takeLine(kLine);
+    EXPECT_FALSE(line.isMissing);
+    EXPECT_STREQ(line.text(), "anna\n");
 }
 
 TEST_F(ParameterLine, newlineAtTheEndIsCut)
@@ -335,12 +408,21 @@ TEST_F(ParameterLine, textThatEndsOtherwiseIsLeftAlone)
     expectCut("an\nna", false, "an\nna");
 }
 
-TEST_F(ParameterLine, newlineBehindAZeroByteIsNotSeen)
+TEST_F(ParameterLine, newlineAfterAZeroByteIsNotSeen)
 {
     const std::string line("an\0na\n", 6);
     expectCut(line, false, line);
     expectCut(std::string("\0\n", 2), false, std::string("\0\n", 2));
     expectCut(std::string("an\n\0na\n", 7), true, std::string("an\0\0na\n", 7));
+}
+
+TEST_F(ParameterLine, copyIsItsText)
+{
+    cmdsvc::ParameterLine line;
+    std::string_view("anna\0x", 6).copy(line.bytes.data(), 6);
+    core::Text copy;
+    EXPECT_EQ(line.copyTo(copy), cmdsvc::kGood);
+    EXPECT_STREQ(copy.get(), "anna");
 }
 
 } // namespace

@@ -20,8 +20,8 @@
 
 namespace {
 
+using cmdsvc::ShellContext;
 using service::isHarmless;
-using service::ShellContext;
 
 constexpr std::string_view kDigits = "0123456789";
 constexpr std::string_view kLetters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";

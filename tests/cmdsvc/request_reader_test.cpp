@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "service/request_reader.h"
+#include "cmdsvc/request_reader.h"
 
 #include <array>
 #include <cstdio>
@@ -10,12 +10,28 @@
 
 namespace {
 
-using service::RequestReader;
-using service::textOf;
+using cmdsvc::textOf;
+
+/// A reader with its request in a buffer of its own.
+class RequestReader : public cmdsvc::RequestReader {
+  public:
+    explicit RequestReader(const std::string& request)
+        : RequestReader(std::make_unique<cmdsvc::RequestBuffer>(cmdsvc::bufferOf(request)))
+    {}
+
+    std::string takeByte() { return std::string(takeBytes(1)); }
+
+  private:
+    explicit RequestReader(std::unique_ptr<cmdsvc::RequestBuffer> buffer)
+        : cmdsvc::RequestReader(*buffer), buffer_(std::move(buffer))
+    {}
+
+    std::unique_ptr<cmdsvc::RequestBuffer> buffer_;
+};
 
 std::string firstLine(const RequestReader& reader)
 {
-    return {reader.firstLine().data(), reader.firstLine().size()};
+    return std::string(reader.firstLine());
 }
 
 std::string padded(std::string text)
@@ -99,6 +115,101 @@ TEST(RequestReader, restIsAllThatIsLeftWithTheZeros)
     EXPECT_EQ(reader.takeLine(100), "anna\n");
     EXPECT_EQ(textOf(reader.rest()), "bob\n");
     EXPECT_EQ(reader.rest().size(), std::size_t{VOK_REQUEST_SIZE - 7}) << "looking takes nothing";
+}
+
+TEST(RequestReader, asManyBytesAreTakenAsThereAre)
+{
+    RequestReader reader("x\nab\ncd");
+    EXPECT_EQ(reader.takeBytes(4), "ab\nc");
+    EXPECT_EQ(reader.takeBytes(0), "");
+    EXPECT_EQ(reader.takeBytes(5000), "d" + std::string(VOK_REQUEST_SIZE - 7, '\0'));
+    EXPECT_EQ(reader.takeBytes(1), "");
+}
+
+TEST(RequestReader, textIsTakenWithItsEnd)
+{
+    RequestReader reader(std::string("x\nanna\nbo\\b\0\n\ncarla", 19));
+    EXPECT_EQ(reader.takeText(), "anna");
+    EXPECT_EQ(reader.takeText(), "bo\\b");
+    EXPECT_EQ(reader.takeText(), "");
+    EXPECT_EQ(reader.takeText(), "");
+    EXPECT_EQ(reader.takeText(), "carla");
+    EXPECT_EQ(reader.rest(), std::string(VOK_REQUEST_SIZE - 20, '\0'));
+}
+
+TEST(RequestReader, textEndsWithTheRequest)
+{
+    RequestReader reader("x\n" + std::string(4094, 'a'));
+    EXPECT_EQ(reader.takeText(), std::string(4094, 'a'));
+    EXPECT_EQ(reader.rest(), "");
+    EXPECT_EQ(reader.takeText(), "");
+}
+
+TEST(RequestReader, parametersAreAllThatFollowsTheFirstLine)
+{
+    RequestReader reader("x\nanna\nbob");
+    reader.takeLine(100);
+    EXPECT_EQ(reader.parameters(), "anna\nbob" + std::string(VOK_REQUEST_SIZE - 10, '\0'));
+}
+
+TEST(RequestReader, firstLineWithAnotherLengthThan10IsComplete)
+{
+    RequestReader reader("gspc \x05Media\nmore\n");
+    EXPECT_EQ(reader.completeFirstLine(cmdsvc::parameter("gspc", "share")),
+              padded("gspc \x05Media\n"));
+    EXPECT_EQ(reader.takeLine(100), "more\n");
+}
+
+TEST(RequestReader, lineThatALengthOf10HasEndedGoesOnInTheNext)
+{
+    RequestReader share("gspc \nMedia\nmore\n");
+    EXPECT_EQ(share.completeFirstLine(cmdsvc::parameter("gspc", "share")), padded("gspc Media\n"))
+        << "over the length";
+    EXPECT_EQ(share.takeLine(100), "more\n");
+    RequestReader user("subs \n \x01"
+                       "anna\nmore\n");
+    EXPECT_EQ(user.completeFirstLine(cmdsvc::parameter("subs", "user")), padded("subs \n \x01"
+                                                                                "anna\n"))
+        << "after the length";
+    EXPECT_EQ(user.takeLine(100), "more\n");
+}
+
+TEST(RequestReader, completedLineAlwaysEndsInAZero)
+{
+    RequestReader share("gspc \n" + std::string(4090, 'a'));
+    EXPECT_EQ(share.completeFirstLine(cmdsvc::parameter("gspc", "share")),
+              padded("gspc " + std::string(4090, 'a')));
+    RequestReader user("subs \n" + std::string(4090, 'a'));
+    EXPECT_EQ(user.completeFirstLine(cmdsvc::parameter("subs", "user")),
+              padded("subs \n" + std::string(4089, 'a')));
+    EXPECT_EQ(user.rest(), "a");
+}
+
+TEST(RequestReader, codeAndCountAreLittleEndianAndZeroIfTheyAreMissing)
+{
+    const std::string request("vers\xFF\1\2\3\4", 9);
+    EXPECT_EQ(cmdsvc::codeOf(request), 0x73726576U);
+    EXPECT_EQ(cmdsvc::countOf(request), 0x04030201U);
+    EXPECT_EQ(cmdsvc::codeOf("ve"), 0x6576U);
+    EXPECT_EQ(cmdsvc::countOf("vers "), 0U);
+    EXPECT_EQ(cmdsvc::countOf("vers \7"), 7U);
+    EXPECT_EQ(cmdsvc::codeOf(""), 0U);
+}
+
+TEST(RequestReader, bufferHoldsTheRequestAndZerosOrWhatFits)
+{
+    const cmdsvc::RequestBuffer buffer = cmdsvc::bufferOf("ab");
+    EXPECT_EQ(std::string(buffer.data(), buffer.size()), padded("ab"));
+    const cmdsvc::RequestBuffer full = cmdsvc::bufferOf(std::string(5000, 'x'));
+    EXPECT_EQ(std::string(full.data(), full.size()), std::string(4096, 'x'));
+}
+
+TEST(RequestReader, oneNewlineIsNoPartOfAText)
+{
+    EXPECT_EQ(cmdsvc::withoutNewline("ab\n"), "ab");
+    EXPECT_EQ(cmdsvc::withoutNewline("ab\n\n"), "ab\n");
+    EXPECT_EQ(cmdsvc::withoutNewline("ab"), "ab");
+    EXPECT_EQ(cmdsvc::withoutNewline(""), "");
 }
 
 TEST(RequestReader, textEndsAtItsFirstZero)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The commands that the service settles itself; those that answer nothing are in dispatcher_test.
+// The commands that need no handler; those that answer nothing are in dispatcher_test.
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -17,12 +17,12 @@ using request::Outcome;
 using request::process;
 using root::trace;
 
-class Settled : public root::Test {
+class BuiltinCommands : public root::Test {
   protected:
     const std::string search = "ps | grep pelstatus> " + root::workFile("startPelStatus");
 };
 
-TEST_F(Settled, statusServiceIsStartedAndGoodAnswered)
+TEST_F(BuiltinCommands, statusServiceIsStartedAndGoodAnswered)
 {
     root::stub("ps", "echo grep pelstatus");
     root::stub("startapp", "exit 0");
@@ -36,7 +36,7 @@ TEST_F(Settled, statusServiceIsStartedAndGoodAnswered)
                        trace("return good 0")}));
 }
 
-TEST_F(Settled, runningStatusServiceIsGood)
+TEST_F(BuiltinCommands, runningStatusServiceIsGood)
 {
     root::stub("ps", "echo pelstatus");
     const Outcome outcome = process(frame("sgss", 256));
@@ -46,7 +46,7 @@ TEST_F(Settled, runningStatusServiceIsGood)
                                       trace("return good 0")}));
 }
 
-TEST_F(Settled, failingSearchIsGoodAllTheSame)
+TEST_F(BuiltinCommands, failingSearchIsGoodAllTheSame)
 {
     root::stub("ps", "exit 0");
     const Outcome outcome = process(frame("sgss", 0));

@@ -22,6 +22,7 @@ using cmdsvc::Status;
 
 // ---- A parameter as its handler takes it ------------------------------------------------------
 
+/// A parameter of text ends at its first zero byte.
 std::string_view take(RequestReader& reader, const Parameter& parameter)
 {
     switch (parameter.layout) {
@@ -36,9 +37,9 @@ std::string_view take(RequestReader& reader, const Parameter& parameter)
     case Layout::kText:
         return reader.takeText();
     case Layout::kRest:
-        return reader.rest();
+        return cmdsvc::textOf(reader.rest());
     case Layout::kInFirstLine:
-        return reader.completeFirstLine(parameter).substr(parameter.offset);
+        return cmdsvc::textOf(reader.completeFirstLine(parameter).substr(parameter.offset));
     }
     return {};
 }

@@ -2,7 +2,6 @@
 #include "service/shell_text.h"
 
 #include <algorithm>
-#include <span>
 #include <string>
 
 #include "cmdsvc/protocol.h"
@@ -130,9 +129,8 @@ bool isSize(std::string_view line)
 
 } // namespace
 
-bool isHarmless(std::string_view parameter, cmdsvc::ShellContext context)
+bool isHarmless(std::string_view text, cmdsvc::ShellContext context)
 {
-    const std::string_view text = cmdsvc::textOf(parameter);
     switch (context) {
     case cmdsvc::ShellContext::kNowhere:
         return true;
@@ -153,7 +151,7 @@ bool isHarmless(std::string_view parameter, cmdsvc::ShellContext context)
     case cmdsvc::ShellContext::kEscaped:
         return isEscapedName(text);
     case cmdsvc::ShellContext::kSize:
-        return isHarmlessInDoubleQuotes(text) || isSize(parameter);
+        return isSize(text);
     }
     return false;
 }

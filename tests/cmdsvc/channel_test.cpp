@@ -368,8 +368,8 @@ TEST_F(ParameterLine, ifNothingIsLeftItIsTheLineBeforeWithoutItsNewline)
         EXPECT_EQ(whole(line), padded(""));
         EXPECT_TRUE(line.isMissing);
     }
-    put(std::string(4091, 'n') + "\nx\n");
-    EXPECT_EQ(next().size(), 4092U);
+    put(std::string(4092, 'n') + "\nx\n");
+    EXPECT_EQ(next().size(), 4093U);
     EXPECT_EQ(next(), "x\n");
     EXPECT_EQ(next(), "x");
 }

@@ -107,6 +107,43 @@ TEST(ShellText, timeHoldsDigitsAndPoints)
     EXPECT_EQ(passingBytes(ShellContext::kClock), joined({kDigits, "."}));
 }
 
+TEST(ShellText, nameInALineMayEndInItsNewline)
+{
+    EXPECT_EQ(passingBytes(ShellContext::kNameLine), passingBytes(ShellContext::kName));
+    EXPECT_TRUE(isHarmless("anna\n", ShellContext::kNameLine));
+    EXPECT_FALSE(isHarmless("anna\n", ShellContext::kName));
+    EXPECT_FALSE(isHarmless("anna\n\n", ShellContext::kNameLine));
+    EXPECT_FALSE(isHarmless("an\nna", ShellContext::kNameLine));
+    EXPECT_FALSE(isHarmless("-a\n", ShellContext::kNameLine));
+}
+
+TEST(ShellText, newUsersNameIsANameThatNoListEndsAt)
+{
+    EXPECT_EQ(passingBytes(ShellContext::kNewUser),
+              without(passingBytes(ShellContext::kName), "\xFF"));
+    EXPECT_FALSE(isHarmless("-anna", ShellContext::kNewUser));
+}
+
+TEST(ShellText, escapedNameIsANameWithoutItsBackslashes)
+{
+    EXPECT_EQ(passingBytes(ShellContext::kEscaped),
+              inOrder(passingBytes(ShellContext::kName) + "\\"));
+    EXPECT_TRUE(isHarmless("\\an\\ na\\", ShellContext::kEscaped));
+    EXPECT_FALSE(isHarmless("\\-anna", ShellContext::kEscaped));
+    EXPECT_FALSE(isHarmless("\\.\\.", ShellContext::kEscaped));
+    EXPECT_FALSE(isHarmless("\\`", ShellContext::kEscaped));
+}
+
+TEST(ShellText, sizeIsHarmlessAsTextOrAsANumberThatARequestCanHold)
+{
+    EXPECT_TRUE(isHarmless(std::string("\xFF\xFF\xFF\xFF\n"), ShellContext::kSize)) << "as text";
+    EXPECT_TRUE(isHarmless(std::string("`\x0F\0\0\n", 5), ShellContext::kSize)) << "3936";
+    EXPECT_FALSE(isHarmless(std::string("`\x10\0\0\n", 5), ShellContext::kSize)) << "4192";
+    EXPECT_FALSE(isHarmless(std::string("`\x0F\0\0", 4), ShellContext::kSize)) << "not whole";
+    EXPECT_TRUE(isHarmless(std::string("a\0`\x7F\n", 5), ShellContext::kSize))
+        << "the trace ends at the zero";
+}
+
 // ---- Texts ------------------------------------------------------------------------------------
 
 TEST(ShellText, whatPeopleUsePasses)

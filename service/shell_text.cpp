@@ -124,7 +124,8 @@ bool isEscapedName(std::string_view text)
 bool isSize(std::string_view line)
 {
     const bool isWhole = line.size() > cmdsvc::kWordSize;
-    return isWhole && core::getU32(std::span(line).first<cmdsvc::kWordSize>()) < VOK_REQUEST_SIZE;
+    return isHarmlessInDoubleQuotes(cmdsvc::textOf(line)) ||
+           (isWhole && core::u32At(line, 0) < VOK_REQUEST_SIZE);
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include "client/commands.h"
 #include "client/exchange.h"
 #include "client/failure.h"
+#include "core/languages.h"
 
 namespace client {
 namespace {
@@ -63,6 +64,17 @@ void setHost(const Options& options)
     std::cerr << "vokctl: the settings were applied\n";
 }
 
+/// "en (english), fr (french)" and so on.
+std::string listLanguages()
+{
+    std::string list;
+    for (const core::Language& language : core::kLanguages) {
+        list +=
+            (list.empty() ? "" : ", ") + std::string(language.code) + " (" + language.name + ")";
+    }
+    return list;
+}
+
 } // namespace
 
 void buildHostCommand(CLI::App& host)
@@ -78,9 +90,7 @@ void buildHostCommand(CLI::App& host)
     set->add_option("--workgroup", options->workGroup,
                     "The work group, 2 to 32 bytes; without it, the group stays as it is")
         ->type_name("NAME");
-    set->add_option("--language", options->language,
-                    "en, fr, ge (German), sp (Spanish), it, sc or tc (simplified or traditional "
-                    "Chinese)")
+    set->add_option("--language", options->language, "One of " + listLanguages())
         ->type_name("CODE")
         ->required();
     addConnectionOptions(*set, options->connection);

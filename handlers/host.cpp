@@ -10,6 +10,7 @@
 #include "cmdsvc/channel.h"
 #include "cmdsvc/protocol.h"
 #include "core/core.h"
+#include "core/languages.h"
 
 namespace handlers {
 namespace {
@@ -18,21 +19,6 @@ using cmdsvc::requestLine;
 
 constexpr std::size_t kLongestName = 32;
 constexpr std::size_t kUnchangedName = 1; ///< a name of at most this size leaves the old one
-
-struct Language {
-    std::string_view code;
-    const char* name; ///< as the language script knows it
-};
-
-constexpr auto kLanguages = std::to_array<Language>({
-    {"en", "english"},
-    {"fr", "french"},
-    {"ge", "german"},
-    {"sp", "spanish"},
-    {"it", "italian"},
-    {"sc", "chinese"},
-    {"tc", "traditional_chinese"},
-});
 
 /// What is to be set.
 struct Settings {
@@ -67,19 +53,14 @@ std::uint32_t readName(const char* label, core::Text& name, std::uint32_t tooLon
     return (std::strlen(name.get()) > kLongestName) ? tooLong : cmdsvc::kGood;
 }
 
-const Language* findLanguage(std::string_view code)
-{
-    const auto* language = std::ranges::find(kLanguages, code, &Language::code);
-    return (language != kLanguages.end()) ? language : nullptr;
-}
-
 std::uint32_t readLanguage(core::Text& language)
 {
     const std::uint32_t code = readParameter("language", language);
     if (code != cmdsvc::kGood) {
         return code;
     }
-    return (findLanguage(language.get()) == nullptr) ? cmdsvc::kUnknownLanguage : cmdsvc::kGood;
+    return (core::findLanguage(language.get()) == nullptr) ? cmdsvc::kUnknownLanguage
+                                                           : cmdsvc::kGood;
 }
 
 std::uint32_t readSettings(Settings& settings)
@@ -157,7 +138,7 @@ std::uint32_t setLanguage(const char* code)
         dbg_trace("cannot save host or work group name: %s", "cmd_host()");
         return cmdsvc::kCommandFailed;
     }
-    const int result = setSysVar(findLanguage(code)->name, "tovSetLanguage");
+    const int result = setSysVar(core::findLanguage(code)->name, "tovSetLanguage");
     return (result == 0) ? cmdsvc::kGood : cmdsvc::kCommandFailed;
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "core/languages.h"
 #include "page/layout.h"
 #include "page/module.h"
 #include "page/pages.h"
@@ -128,12 +129,12 @@ Html languageField(const Setup& setup)
     out << R"(<p class="field"><label for="language">Language</label>
 <select id="language" name="language")"
         << invalidMark("language-complaint", words) << ">";
-    for (const Language& language : kLanguages) {
+    for (const core::Language& language : core::kLanguages) {
         out << R"(<option value=")" << Text{language.name} << R"(")";
         if (language.name == setup.values.language) {
             out << " selected";
         }
-        out << ">" << language.label << "</option>";
+        out << ">" << Text{language.ownName} << "</option>";
     }
     out << "</select></p>\n" << complaint("language-complaint", words);
     return out;
@@ -170,16 +171,16 @@ Html shareNameField(const Setup& setup)
     return out;
 }
 
-Literal languageLabel(std::string_view name)
+Text ownNameOf(std::string_view language)
 {
-    const Language* language = findLanguage(name);
-    return (language != nullptr) ? language->label : "";
+    const core::Language* found = core::findLanguageByName(language);
+    return {(found != nullptr) ? found->ownName : ""};
 }
 
 Html summaryFacts(const SetupValues& values)
 {
     Html out;
-    out << R"(<dl class="facts"><div><dt>Language</dt><dd>)" << languageLabel(values.language)
+    out << R"(<dl class="facts"><div><dt>Language</dt><dd>)" << ownNameOf(values.language)
         << "</dd></div>\n"
         << fact("Name of the appliance", values.hostName) << fact("Public share", values.shareName)
         << "</dl>\n";

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "page/setup_apply.h"
 
+#include "core/languages.h"
 #include "page/module.h"
 
 namespace page {
@@ -39,7 +40,7 @@ std::vector<std::string> applySetup(const SetupValues& values)
 {
     Store store;
     store.call("tovSetLanguage", values.language, "The appliance did not take the language.");
-    store.keep("language_current", findLanguage(values.language)->code,
+    store.keep("language_current", core::findLanguageByName(values.language)->code,
                "The language could not be remembered.");
     store.call("tovSetHostname", values.hostName, "The appliance did not take the name.");
     store.call("tovSetNmbdSysname", values.hostName,

@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <array>
 
+#include "core/languages.h"
+#include "page/html.h"
+
 namespace page {
 namespace {
 
@@ -46,12 +49,6 @@ SetupStep wantedStep(std::string_view field)
 
 } // namespace
 
-const Language* findLanguage(std::string_view name)
-{
-    const auto* found = std::ranges::find(kLanguages, name, &Language::name);
-    return (found != kLanguages.end()) ? found : nullptr;
-}
-
 SetupValues readSetupValues(const Form& form)
 {
     return {
@@ -63,7 +60,7 @@ SetupValues readSetupValues(const Form& form)
 
 std::string_view complainOfLanguage(std::string_view name)
 {
-    return (findLanguage(name) != nullptr) ? "" : "Choose one of the languages.";
+    return (core::findLanguageByName(name) != nullptr) ? "" : "Choose one of the languages.";
 }
 
 std::string_view complainOfHostName(std::string_view name)

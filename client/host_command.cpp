@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <array>
 #include <ctime>
 #include <iomanip>
 #include <iostream>
@@ -10,6 +9,7 @@
 #include "client/exchange.h"
 #include "client/failure.h"
 #include "core/languages.h"
+#include "view/wording.h"
 
 namespace client {
 namespace {
@@ -50,9 +50,7 @@ std::tm readTime(const std::string& text)
 /// The same as the appliance takes it.
 std::string formatTime(const std::tm& time)
 {
-    std::array<char, 32> text{};
-    const std::size_t size = std::strftime(text.data(), text.size(), "%m%d%H%M%Y.%S", &time);
-    return {text.data(), size};
+    return view::formatTime("%m%d%H%M%Y.%S", time);
 }
 
 void setHost(const Options& options)

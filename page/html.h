@@ -66,7 +66,4 @@ class Html {
 /// them), become U+FFFD; a newline and a tab stay.
 [[nodiscard]] std::string escape(std::string_view bytes);
 
-/// How many bytes the UTF-8 character at the start of a text has; 0 where there is none.
-[[nodiscard]] std::size_t characterSize(std::string_view bytes);
-
 } // namespace page

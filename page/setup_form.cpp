@@ -5,7 +5,7 @@
 #include <array>
 
 #include "core/languages.h"
-#include "page/html.h"
+#include "view/utf8.h"
 
 namespace page {
 namespace {
@@ -25,18 +25,6 @@ std::string_view trim(std::string_view text)
 bool isControl(char c)
 {
     return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
-}
-
-bool isUtf8(std::string_view text)
-{
-    while (!text.empty()) {
-        const std::size_t size = characterSize(text);
-        if (size == 0) {
-            return false;
-        }
-        text.remove_prefix(size);
-    }
-    return true;
 }
 
 /// The step that the form asks for.
@@ -82,7 +70,7 @@ std::string_view complainOfShareName(std::string_view name)
     if (name.size() > kLongest) {
         return "This name is too long.";
     }
-    if (!isUtf8(name) || std::ranges::any_of(name, isControl) ||
+    if (!view::isUtf8(name) || std::ranges::any_of(name, isControl) ||
         name.find_first_of(kForbidden) != name.npos) {
         return "The name of a share has none of the characters / \\ : * ? \" < > | in it.";
     }

@@ -62,16 +62,6 @@ TEST(Escape, replacesEachByteThatIsNoUtf8)
     EXPECT_EQ(escape("\x80"), kMark);
 }
 
-TEST(CharacterSize, isThatOfTheFirstCharacter)
-{
-    EXPECT_EQ(page::characterSize("ab"), 1U);
-    EXPECT_EQ(page::characterSize("\xC3\x89x"), 2U);
-    EXPECT_EQ(page::characterSize("\xE7\xAE\x80"), 3U);
-    EXPECT_EQ(page::characterSize("\xF0\x9F\x8E\x89"), 4U);
-    EXPECT_EQ(page::characterSize("\xFF"), 0U);
-    EXPECT_EQ(page::characterSize(""), 0U);
-}
-
 TEST(HtmlParts, joinInOrder)
 {
     const std::string name = "<b>";

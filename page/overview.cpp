@@ -10,11 +10,11 @@
 #include "guard/values.h"
 #include "page/devices.h"
 #include "page/layout.h"
-#include "page/module.h"
 #include "page/pages.h"
 #include "page/process.h"
 #include "view/published_status.h"
 #include "view/wording.h"
+#include "vokcontrol.h"
 
 namespace page {
 namespace {
@@ -44,16 +44,16 @@ Facts gather(Script& script)
     return script.run([] {
         Facts facts;
         std::array<DriveInfo, 4> records = {};
-        facts.areDevicesKnown = module::getDriveInfos(records.data()) == 0;
+        facts.areDevicesKnown = ::getDriveInfos(records.data()) == 0;
         facts.devices = readDevices(records);
-        module::printTovHDDs();
-        facts.isSetUp = module::getvar("firsttime")[0] == '0';
-        facts.address = module::getvar("lan_ipaddr");
-        facts.hardwareAddress = module::getvar("lan_hwaddr");
-        facts.protocol = module::getvar("lan_proto");
-        facts.gateway = module::getvar("lan_gateway");
-        facts.netmask = module::getvar("lan_netmask");
-        facts.build = module::getvar("build_version");
+        ::printTovHDDs();
+        facts.isSetUp = ::getvar("firsttime")[0] == '0';
+        facts.address = ::getvar("lan_ipaddr");
+        facts.hardwareAddress = ::getvar("lan_hwaddr");
+        facts.protocol = ::getvar("lan_proto");
+        facts.gateway = ::getvar("lan_gateway");
+        facts.netmask = ::getvar("lan_netmask");
+        facts.build = ::getvar("build_version");
         facts.isSyncOn = isProcessRunning(kSyncDaemon);
         facts.status = view::readPublishedStatus();
         facts.now = std::time(nullptr);

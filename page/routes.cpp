@@ -5,9 +5,9 @@
 #include <array>
 #include <iostream>
 
-#include "page/module.h"
 #include "page/response.h"
 #include "page/token.h"
+#include "vokcontrol.h"
 
 namespace page {
 namespace {
@@ -25,7 +25,7 @@ constexpr auto kPlaces = std::to_array<Place>({
 std::string applianceName()
 {
     Script unused;
-    return unused.run([] { return std::string(module::getvar("machine_name")); });
+    return unused.run([] { return std::string(::getvar("machine_name")); });
 }
 
 const Place& findPlace(const Request& request)

@@ -7,10 +7,10 @@
 
 #include "core/languages.h"
 #include "page/layout.h"
-#include "page/module.h"
 #include "page/pages.h"
 #include "page/setup_apply.h"
 #include "page/setup_form.h"
+#include "vokcontrol.h"
 
 namespace page {
 namespace {
@@ -31,13 +31,13 @@ struct Setup {
 void fillIn(SetupValues& values)
 {
     if (values.language.empty()) {
-        values.language = module::kytegetSysVar("<language>", "tovGetLanguage");
+        values.language = ::kytegetSysVar("<language>", "tovGetLanguage");
     }
     if (values.hostName.empty()) {
-        values.hostName = module::getvar("machine_name");
+        values.hostName = ::getvar("machine_name");
     }
     if (values.shareName.empty()) {
-        values.shareName = module::getvar("pel_pubshare_name");
+        values.shareName = ::getvar("pel_pubshare_name");
     }
 }
 
@@ -47,7 +47,7 @@ SetupStep announce(const Form& form, SetupStep step)
     Form announced = form;
     announced.set("next_page", std::to_string(step));
     const CurrentForm current(announced);
-    return static_cast<SetupStep>(module::printNextPage());
+    return static_cast<SetupStep>(::printNextPage());
 }
 
 Setup stand(Visit& visit)

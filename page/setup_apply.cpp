@@ -2,7 +2,7 @@
 #include "page/setup_apply.h"
 
 #include "core/languages.h"
-#include "page/module.h"
+#include "vokcontrol.h"
 
 namespace page {
 namespace {
@@ -13,12 +13,12 @@ class Store {
     /// Calls a function of the system script.
     void call(const char* function, const std::string& value, const char* complaint)
     {
-        note(module::setSysVar(value.c_str(), function), complaint);
+        note(::setSysVar(value.c_str(), function), complaint);
     }
 
     void keep(const char* variable, std::string_view value, const char* complaint)
     {
-        note(module::setvar(variable, std::string(value).c_str()), complaint);
+        note(::setvar(variable, std::string(value).c_str()), complaint);
     }
 
     [[nodiscard]] const std::vector<std::string>& failures() const { return failures_; }

@@ -23,7 +23,7 @@ using view::BackupLevel;
 using view::PublishedStatus;
 using view::ShareRow;
 
-/// All that the page tells.
+/// All that the page shows.
 struct Facts {
     PublishedStatus status;
     bool areDevicesKnown = false;

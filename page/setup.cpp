@@ -50,7 +50,7 @@ SetupStep announce(const Form& form, SetupStep step)
     return static_cast<SetupStep>(::printNextPage());
 }
 
-Setup stand(Visit& visit)
+Setup currentStep(Visit& visit)
 {
     return visit.script.run([&visit] {
         const Form& form = visit.request.form;
@@ -262,7 +262,7 @@ Html content(const Visit& visit, const Setup& setup)
 
 Page makeSetup(Visit& visit)
 {
-    const Setup setup = stand(visit);
+    const Setup setup = currentStep(visit);
     Page page;
     page.title = "Setup";
     page.body << stepList() << R"(<section class="card narrow">)" << content(visit, setup)

@@ -5,9 +5,9 @@
 #include <array>
 #include <cstdio>
 
-#include "client/terminal_text.h"
 #include "cmdsvc/protocol.h"
 #include "core/bytes.h"
+#include "view/terminal_text.h"
 
 namespace client {
 namespace {
@@ -285,7 +285,7 @@ std::string explainStatus(std::string_view command, std::uint32_t code)
 std::string quote(std::string_view text)
 {
     std::string quoted = "\"";
-    quoted += makePrintable(text).text;
+    quoted += view::makePrintable(text).text;
     quoted += '"';
     return quoted;
 }
@@ -294,7 +294,7 @@ std::string describeLines(const Answer& answer, std::string_view command)
 {
     std::string text;
     for (const std::string& line : answer.lines) {
-        text += "\n  " + makePrintable(line).text;
+        text += "\n  " + view::makePrintable(line).text;
     }
     if (answer.trailingError) {
         text += "\nfollowed by an error, " + explainStatus(command, *answer.trailingError);

@@ -7,6 +7,7 @@
 #include "client/failure.h"
 #include "client/status_report.h"
 #include "core/bytes.h"
+#include "view/share_row.h"
 
 namespace client {
 namespace {
@@ -81,7 +82,7 @@ struct ListOptions {
 
 struct BackupTable {
     std::uint16_t capacity = 0;
-    std::vector<ShareRow> shares;
+    std::vector<view::ShareRow> shares;
 };
 
 BackupTable fetchTable(const Connection& connection)
@@ -94,7 +95,7 @@ BackupTable fetchTable(const Connection& connection)
     if (payload.size() < cmdsvc::kHeaderSize) {
         failUnreadable(request, {});
     }
-    std::optional<std::vector<ShareRow>> shares = readRecords(payload);
+    std::optional<std::vector<view::ShareRow>> shares = view::readRecords(payload);
     if (!shares) {
         failUnreadable(request, {});
     }

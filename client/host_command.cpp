@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <array>
 #include <ctime>
 #include <iomanip>
 #include <iostream>
@@ -9,6 +8,8 @@
 #include "client/commands.h"
 #include "client/exchange.h"
 #include "client/failure.h"
+#include "core/languages.h"
+#include "view/wording.h"
 
 namespace client {
 namespace {
@@ -49,9 +50,7 @@ std::tm readTime(const std::string& text)
 /// The same as the appliance takes it.
 std::string formatTime(const std::tm& time)
 {
-    std::array<char, 32> text{};
-    const std::size_t size = std::strftime(text.data(), text.size(), "%m%d%H%M%Y.%S", &time);
-    return {text.data(), size};
+    return view::formatTime("%m%d%H%M%Y.%S", time);
 }
 
 void setHost(const Options& options)
@@ -61,6 +60,17 @@ void setHost(const Options& options)
                                    parameterLine(options.language);
     askToDo(options.connection, {"host", 4, parameters});
     std::cerr << "vokctl: the settings were applied\n";
+}
+
+/// "en (english), fr (french)" and so on.
+std::string listLanguages()
+{
+    std::string list;
+    for (const core::Language& language : core::kLanguages) {
+        list +=
+            (list.empty() ? "" : ", ") + std::string(language.code) + " (" + language.name + ")";
+    }
+    return list;
 }
 
 } // namespace
@@ -78,9 +88,7 @@ void buildHostCommand(CLI::App& host)
     set->add_option("--workgroup", options->workGroup,
                     "The work group, 2 to 32 bytes; without it, the group stays as it is")
         ->type_name("NAME");
-    set->add_option("--language", options->language,
-                    "en, fr, ge (German), sp (Spanish), it, sc or tc (simplified or traditional "
-                    "Chinese)")
+    set->add_option("--language", options->language, "One of " + listLanguages())
         ->type_name("CODE")
         ->required();
     addConnectionOptions(*set, options->connection);

@@ -7,8 +7,8 @@
 #include "client/exchange.h"
 #include "client/failure.h"
 #include "client/json_text.h"
-#include "client/terminal_text.h"
 #include "core/bytes.h"
+#include "view/terminal_text.h"
 
 namespace client {
 namespace {
@@ -53,8 +53,8 @@ void showUrls(const Options& options)
         std::cout << renderJson(json);
         return;
     }
-    std::cout << "Sign up:  " << makePrintable(signUp).text << "\n"
-              << "Sign in:  " << makePrintable(signIn).text << "\n";
+    std::cout << "Sign up:  " << view::makePrintable(signUp).text << "\n"
+              << "Sign in:  " << view::makePrintable(signIn).text << "\n";
 }
 
 // ---- Names and values -------------------------------------------------------------------------

@@ -5,7 +5,7 @@
 #include "client/commands.h"
 #include "client/exchange.h"
 #include "client/json_text.h"
-#include "client/terminal_text.h"
+#include "view/terminal_text.h"
 
 namespace client {
 namespace {
@@ -45,8 +45,8 @@ void showQuickSetup(const Options& options)
         std::cout << renderJson(json);
         return;
     }
-    std::cout << "Language:           " << makePrintable(answer.lines[0]).text << "\n"
-              << "Public share name:  " << makePrintable(answer.lines[1]).text << "\n";
+    std::cout << "Language:           " << view::makePrintable(answer.lines[0]).text << "\n"
+              << "Public share name:  " << view::makePrintable(answer.lines[1]).text << "\n";
 }
 
 void addQuick(CLI::App& setup)

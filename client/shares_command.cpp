@@ -54,9 +54,9 @@ Json toJson(const Share& share)
 std::string renderText(const std::vector<Share>& shares)
 {
     constexpr std::array kColumns = {Align::kLeft, Align::kLeft};
-    std::vector<TableRow> rows = {{makePrintable("SHARE"), makePrintable("PROPERTY")}};
+    std::vector<TableRow> rows = {{view::makePrintable("SHARE"), view::makePrintable("PROPERTY")}};
     for (const Share& share : shares) {
-        rows.push_back({makePrintable(share.name), makePrintable(share.property)});
+        rows.push_back({view::makePrintable(share.name), view::makePrintable(share.property)});
     }
     return layOutTable(kColumns, rows);
 }
@@ -94,7 +94,7 @@ Share findShare(const Options& options)
             }
         }
     }
-    throw Failure(kRefused, "there is no share " + makePrintable(options.name).text +
+    throw Failure(kRefused, "there is no share " + view::makePrintable(options.name).text +
                                 "; \"vokctl shares list\" shows which there are");
 }
 
@@ -102,7 +102,7 @@ void showShare(const Options& options)
 {
     const Share share = findShare(options);
     std::cout << (options.json ? renderJson(toJson(share))
-                               : makePrintable(share.property).text + "\n");
+                               : view::makePrintable(share.property).text + "\n");
 }
 
 // ---- public-name ------------------------------------------------------------------------------
@@ -117,7 +117,7 @@ void showPublicName(const Options& options)
     if (answer.lines[0].empty()) {
         throw Failure(kNoData, "the appliance has no name for its public share");
     }
-    std::cout << makePrintable(answer.lines[0]).text << "\n";
+    std::cout << view::makePrintable(answer.lines[0]).text << "\n";
 }
 
 // ---- create -----------------------------------------------------------------------------------
@@ -134,7 +134,7 @@ Request makeCreation(const Options& options)
 void createShare(const Options& options)
 {
     askToDo(options.connection, makeCreation(options));
-    std::cerr << "vokctl: the share " << makePrintable(options.name).text << " was created\n";
+    std::cerr << "vokctl: the share " << view::makePrintable(options.name).text << " was created\n";
 }
 
 // ---- Adding them ------------------------------------------------------------------------------

@@ -10,7 +10,6 @@
 
 #include "client/commands.h"
 #include "client/failure.h"
-#include "client/file_start.h"
 #include "client/status_report.h"
 #include "sharestatus/semaphore_format.h"
 #include "sharestatus/status_format.h"
@@ -18,11 +17,8 @@
 namespace client {
 namespace {
 
+using view::PublishedStatus;
 using Clock = std::chrono::steady_clock;
-
-constexpr std::chrono::milliseconds kPause{20};
-// The file is blank for a moment while it is rewritten; nobody needs to hear of that.
-constexpr std::chrono::milliseconds kRewriteTime{200};
 
 constexpr const char* kAdvice = "Start a collection with \"startapp pelstatus\", then try again.";
 
@@ -32,89 +28,62 @@ struct StatusOptions {
     unsigned wait = 0;
 };
 
-/// A report, or why there is none.
-struct Outcome {
-    std::optional<StatusReport> report;
+/// Why there is nothing to show; kGood if there is.
+struct Complaint {
     ExitCode code = kGood;
-    std::string complaint;
-    bool mayPass = false; ///< whether the next look may well find better
+    std::string words;
 };
 
-Outcome complain(ExitCode code, const std::string& complaint)
-{
-    return {.report = std::nullopt, .code = code, .complaint = complaint};
-}
-
-Outcome complainOfDamage()
-{
-    Outcome outcome = complain(kNoData, std::string("the share status is damaged. ") + kAdvice);
-    outcome.mayPass = true;
-    return outcome;
-}
-
-Outcome complainOfFile(const char* path, int error)
+Complaint complainOfFile(const char* path, int error)
 {
     if (error == ENOENT) {
-        return complain(kNoData, std::string("no share status has been published yet. ") + kAdvice);
+        return {kNoData, std::string("no share status has been published yet. ") + kAdvice};
     }
     const std::string reason = std::string("cannot read ") + path + ": " + std::strerror(error);
     if (error == EACCES || error == EPERM) {
-        return complain(kNotPermitted, reason + ". Try again as root.");
+        return {kNotPermitted, reason + ". Try again as root."};
     }
-    return complain(kNoData, reason);
+    return {kNoData, reason};
 }
 
-bool isCollecting(std::string_view semaphore)
+Complaint judgeAge(std::time_t published, std::optional<unsigned> maxAge)
 {
-    const auto now = static_cast<std::uint32_t>(std::time(nullptr));
-    return sharestatus::decodeSemaphore(semaphore).isBusyAt(now);
-}
-
-Outcome judgeAge(Outcome outcome, std::optional<unsigned> maxAge)
-{
-    const std::time_t age = std::time(nullptr) - outcome.report->published;
+    const std::time_t age = std::time(nullptr) - published;
     if (!maxAge || age <= static_cast<std::time_t>(*maxAge)) {
-        return outcome;
+        return {};
     }
-    return complain(kNoData, "the share status is " + std::to_string(age) +
-                                 " seconds old, more than --max-age allows. " + kAdvice);
+    return {kNoData, "the share status is " + std::to_string(age) +
+                         " seconds old, more than --max-age allows. " + kAdvice};
 }
 
-/// Looks at the files once.
-Outcome readStatus(const StatusOptions& options)
+Complaint judge(const PublishedStatus& status, const StatusOptions& options)
 {
-    const FileStart mark = readFileStart(sharestatus::kSemaphoreFile, sharestatus::kSemaphoreSize);
-    if (mark.error != 0 && mark.error != ENOENT) {
-        return complainOfFile(sharestatus::kSemaphoreFile, mark.error);
+    if (status.semaphoreError != 0) {
+        return complainOfFile(sharestatus::kSemaphoreFile, status.semaphoreError);
     }
-    const FileStart file = readFileStart(sharestatus::kStatusFile, sharestatus::kMaxImageSize);
-    if (file.error != 0) {
-        return complainOfFile(sharestatus::kStatusFile, file.error);
+    if (status.error != 0) {
+        return complainOfFile(sharestatus::kStatusFile, status.error);
     }
-    const sharestatus::StatusReading reading = sharestatus::decodeStatus(file.bytes);
-    Outcome outcome;
-    if (reading.isGood()) {
-        outcome.report = readReport(reading.payload);
+    if (status.result == PublishedStatus::Result::kDamaged) {
+        return {kNoData, std::string("the share status is damaged. ") + kAdvice};
     }
-    if (!outcome.report) {
-        return complainOfDamage();
-    }
-    outcome.report->published = file.modified;
-    outcome.report->isCollecting = isCollecting(mark.bytes);
-    return judgeAge(std::move(outcome), options.maxAge);
+    return judgeAge(status.published, options.maxAge);
 }
 
-/// Looks until there is a report and, when waiting was asked for, no collection is running.
-Outcome awaitStatus(const StatusOptions& options)
+/// Reads until there is a status and, if waiting was asked for, no collection is running.
+PublishedStatus awaitStatus(const StatusOptions& options)
 {
-    const auto start = Clock::now();
-    const auto end = start + std::chrono::seconds(options.wait);
+    constexpr std::chrono::milliseconds kPause{20};
+    const auto end = Clock::now() + std::chrono::seconds(options.wait);
     while (true) {
-        Outcome outcome = readStatus(options);
-        const bool isSettled = outcome.report && !outcome.report->isCollecting;
-        const auto patience = outcome.mayPass ? std::max(end, start + kRewriteTime) : end;
-        if (isSettled || outcome.code == kNotPermitted || Clock::now() >= patience) {
-            return outcome;
+        PublishedStatus status = view::readPublishedStatus();
+        const Complaint complaint = judge(status, options);
+        const bool isFinal = complaint.code == kGood && !status.isCollecting;
+        if (isFinal || complaint.code == kNotPermitted || Clock::now() >= end) {
+            if (complaint.code != kGood) {
+                throw Failure(complaint.code, complaint.words);
+            }
+            return status;
         }
         std::this_thread::sleep_for(kPause);
     }
@@ -122,11 +91,8 @@ Outcome awaitStatus(const StatusOptions& options)
 
 void runStatus(const StatusOptions& options)
 {
-    const Outcome outcome = awaitStatus(options);
-    if (!outcome.report) {
-        throw Failure(outcome.code, outcome.complaint);
-    }
-    std::cout << (options.json ? renderJson(*outcome.report) : renderTable(*outcome.report));
+    const PublishedStatus status = awaitStatus(options);
+    std::cout << (options.json ? renderJson(status) : renderTable(status));
 }
 
 } // namespace

@@ -24,7 +24,7 @@ std::string layOutTable(std::span<const Align> columns, const std::vector<TableR
         const std::size_t width = widthOf(rows, column);
         const bool isLast = column + 1 == columns.size();
         for (std::size_t i = 0; i < rows.size(); ++i) {
-            const TerminalText& cell = rows[i][column];
+            const view::TerminalText& cell = rows[i][column];
             const std::string padding(width - cell.columns, ' ');
             if (columns[column] == Align::kRight) {
                 lines[i] += padding + cell.text;

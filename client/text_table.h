@@ -7,14 +7,14 @@
 #include <string>
 #include <vector>
 
-#include "client/terminal_text.h"
+#include "view/terminal_text.h"
 
 namespace client {
 
 enum class Align { kLeft, kRight };
 
 /// A row has as many cells as there are columns.
-using TableRow = std::vector<TerminalText>;
+using TableRow = std::vector<view::TerminalText>;
 
 /// The rows as lines, each column as wide as its widest cell, two blanks apart. Nothing is behind
 /// the last cell of a line.

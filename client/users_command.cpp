@@ -7,7 +7,7 @@
 #include "client/failure.h"
 #include "client/json_text.h"
 #include "client/password.h"
-#include "client/terminal_text.h"
+#include "view/terminal_text.h"
 
 namespace client {
 namespace {
@@ -23,7 +23,7 @@ std::string renderText(const std::vector<std::string>& users)
 {
     std::string text;
     for (const std::string& user : users) {
-        text += makePrintable(user).text + "\n";
+        text += view::makePrintable(user).text + "\n";
     }
     return text;
 }
@@ -64,7 +64,7 @@ void createUser(const AccountOptions& options)
     const std::string name = parameterLine(options.name);
     const std::string password = parameterLine(readNewPassword());
     askToDo(options.connection, {"crat", 2, name + password});
-    std::cerr << "vokctl: the user " << makePrintable(options.name).text << " was created\n";
+    std::cerr << "vokctl: the user " << view::makePrintable(options.name).text << " was created\n";
 }
 
 void addCreate(CLI::App& users)

@@ -4,7 +4,7 @@
 
 #include "client/commands.h"
 #include "client/exchange.h"
-#include "client/terminal_text.h"
+#include "view/terminal_text.h"
 
 namespace client {
 namespace {
@@ -16,7 +16,7 @@ void showVersion(const Connection& connection)
     if (answer.lines.size() != 1) {
         failUnreadable(request, answer);
     }
-    std::cout << makePrintable(answer.lines[0]).text << "\n";
+    std::cout << view::makePrintable(answer.lines[0]).text << "\n";
 }
 
 } // namespace

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
 // bytes.h: integers as the files and frames of this module hold them, little-endian, coded byte by
-// byte so that neither the host's order nor its alignment matters. And the character class and
-// the upper case that names are judged by, which no locale of the calling process may change.
+// byte so that neither the host's order nor its alignment matters. Bytes as hexadecimal digits. And
+// the character class and the upper case that names are judged by, which no locale of the calling
+// process may change.
 #pragma once
 
 #include <algorithm>
@@ -61,6 +62,18 @@ constexpr void putU32(std::span<char, 4> out, std::uint32_t value)
     const std::string_view rest = bytes.substr(std::min(offset, bytes.size()), word.size());
     std::ranges::copy(rest, word.begin());
     return getU32(word);
+}
+
+inline constexpr std::string_view kHexDigits = "0123456789abcdef";
+
+/// Appends each byte's two hexadecimal digits to a text, whatever its type.
+template <class Text, class Bytes> constexpr void appendHex(Text& text, const Bytes& bytes)
+{
+    for (const auto byte : bytes) {
+        const auto value = static_cast<std::uint8_t>(byte);
+        text += kHexDigits[value >> 4U];
+        text += kHexDigits[value & 0x0FU];
+    }
 }
 
 [[nodiscard]] constexpr bool isAsciiAlphanumeric(std::uint8_t value)

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "core/core.h"
+#include "core/languages.h"
 #include "core/variable_line.h"
 #include "core/variable_lock.h"
 
@@ -25,22 +26,6 @@ constexpr const char* kBackupFile = "/etc/pelconfig/system_var_bak";
 std::array<char, kValueSize> result;
 
 // ---- Reading ----------------------------------------------------------------------------------
-
-struct Language {
-    const char* name;
-    const char* digit;
-};
-
-/// Tested in this order, each as a part of the answer: so traditional Chinese counts as Chinese.
-constexpr auto kLanguages = std::to_array<Language>({
-    {"english", "1"},
-    {"french", "2"},
-    {"german", "3"},
-    {"spanish", "4"},
-    {"italian", "5"},
-    {"chinese", "6"},
-    {"traditional_chinese", "7"},
-});
 
 const char* languageDigit()
 {

@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "handlers/first_run.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
-#include <string_view>
 
 #include "cmdsvc/channel.h"
 #include "cmdsvc/serve.h"
 #include "core/core.h"
+#include "core/languages.h"
 
 namespace handlers {
 namespace {
@@ -18,27 +17,15 @@ using cmdsvc::Channel;
 using cmdsvc::Status;
 using enum cmdsvc::Status;
 
-struct Language {
-    const char* name; ///< what the language script's answer holds
-    const char* code;
-};
-
-/// The first that is found counts.
-constexpr auto kLanguages = std::to_array<Language>({
-    {"english", "en"},
-    {"french", "fr"},
-    {"german", "ge"},
-    {"italian", "it"},
-    {"spanish", "sp"},
-});
-
-/// @return the code, or null
-const char* codeOf(const char* language)
+/// @return the code of the first language whose name is a part of the script's answer, or null
+const char* codeOf(const char* answer)
 {
-    const auto* found = std::ranges::find_if(kLanguages, [language](const Language& each) {
-        return std::strstr(language, each.name) != nullptr;
-    });
-    return (found != kLanguages.end()) ? found->code : nullptr;
+    for (const core::Language* language : core::kShareNameLanguages) {
+        if (std::strstr(answer, language->name) != nullptr) {
+            return language->code;
+        }
+    }
+    return nullptr;
 }
 
 // All three traces of qlps have the same words.

@@ -10,6 +10,7 @@
 #include "cmdsvc/commands.h"
 #include "cmdsvc/serve.h"
 #include "core/core.h"
+#include "core/languages.h"
 
 namespace handlers {
 namespace {
@@ -21,21 +22,6 @@ using cmdsvc::Status;
 using enum cmdsvc::Status;
 
 constexpr std::size_t kUnchangedName = 1; ///< a name of at most this size leaves the old one
-
-struct Language {
-    std::string_view code;
-    const char* name; ///< as the language script knows it
-};
-
-constexpr auto kLanguages = std::to_array<Language>({
-    {"en", "english"},
-    {"fr", "french"},
-    {"ge", "german"},
-    {"sp", "spanish"},
-    {"it", "italian"},
-    {"sc", "chinese"},
-    {"tc", "traditional_chinese"},
-});
 
 /// What is to be set.
 struct Settings {
@@ -60,17 +46,11 @@ Status takeText(Channel& channel, const Parameter& parameter, const char* label,
     return (status == kGood && isTooLong) ? parameter.limit.code : status;
 }
 
-const Language* findLanguage(std::string_view code)
-{
-    const auto* language = std::ranges::find(kLanguages, code, &Language::code);
-    return (language != kLanguages.end()) ? language : nullptr;
-}
-
 Status takeLanguage(Channel& channel, core::Text& code)
 {
     const Status status =
         takeText(channel, cmdsvc::parameter("host", "language"), "language", code);
-    const bool isUnknown = status == kGood && findLanguage(code.get()) == nullptr;
+    const bool isUnknown = status == kGood && core::findLanguage(code.get()) == nullptr;
     return isUnknown ? kUnknownLanguage : status;
 }
 
@@ -151,7 +131,7 @@ Status setLanguage(const char* code)
         dbg_trace("cannot save host or work group name: %s", "cmd_host()");
         return kCommandFailed;
     }
-    const int result = setSysVar(findLanguage(code)->name, "tovSetLanguage");
+    const int result = setSysVar(core::findLanguage(code)->name, "tovSetLanguage");
     return (result == 0) ? kGood : kCommandFailed;
 }
 

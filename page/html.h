@@ -60,13 +60,4 @@ class Html {
     std::string text_;
 };
 
-/// Text as it may stand between tags, between the quotes of an attribute and in a comment of a
-/// script: the characters that mean something there are written as references. Bytes that are no
-/// UTF-8, and characters that control something (the ends of lines that only scripts know among
-/// them), become U+FFFD; a newline and a tab stay.
-[[nodiscard]] std::string escape(std::string_view bytes);
-
-/// How many bytes the UTF-8 character at the start of a text has; 0 where there is none.
-[[nodiscard]] std::size_t characterSize(std::string_view bytes);
-
 } // namespace page

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "page/layout.h"
 
-#include "page/routes.h"
-
 namespace page {
 namespace {
 
@@ -44,12 +42,12 @@ Html navigation(const Frame& frame)
 {
     Html out;
     out << R"(<nav aria-label="Pages"><ul>)";
-    for (const Place& place : places()) {
-        out << R"(<li><a href=")" << kProgramUrl << Text{place.path} << R"(")";
-        if (place.path == frame.path) {
+    for (const PageEntry& entry : frame.pages) {
+        out << R"(<li><a href=")" << kProgramUrl << Text{entry.path} << R"(")";
+        if (entry.path == frame.path) {
             out << R"( aria-current="page")";
         }
-        out << ">" << place.label << "</a></li>";
+        out << ">" << entry.label << "</a></li>";
     }
     out << "</ul></nav>\n";
     return out;

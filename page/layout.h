@@ -3,6 +3,7 @@
 // layout.h: the frame that all pages share, and small parts that several of them have.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -14,18 +15,19 @@ namespace page {
 /// Where the web server has the program.
 inline constexpr Literal kProgramUrl = "/cgi-bin/vokpage";
 
-/// An entry of the navigation.
-struct Place {
-    std::string_view path; ///< behind the program's name
+/// A page as the navigation lists it.
+struct PageEntry {
+    std::string_view path; ///< after the program's name
     Literal label;
     Page (*make)(Visit& visit);
     bool takesForms;
 };
 
 struct Frame {
-    std::string_view path;     ///< of the page that is shown
-    std::string nonce;         ///< marks the page's own script
-    std::string applianceName; ///< empty where it is not known
+    std::span<const PageEntry> pages; ///< in the order of the navigation
+    std::string_view path;            ///< of the page that is shown
+    std::string nonce;                ///< marks the page's own script
+    std::string applianceName;        ///< empty where it is not known
 };
 
 [[nodiscard]] Html layOut(const Frame& frame, const Page& page, const Script& script);

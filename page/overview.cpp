@@ -8,20 +8,24 @@
 #include <vector>
 
 #include "guard/values.h"
-#include "page/collection.h"
 #include "page/devices.h"
 #include "page/layout.h"
-#include "page/module.h"
 #include "page/pages.h"
 #include "page/process.h"
-#include "page/wording.h"
+#include "view/published_status.h"
+#include "view/wording.h"
+#include "vokcontrol.h"
 
 namespace page {
 namespace {
 
-/// All that the page tells.
+using view::BackupLevel;
+using view::PublishedStatus;
+using view::ShareRow;
+
+/// All that the page shows.
 struct Facts {
-    Collection collection;
+    PublishedStatus status;
     bool areDevicesKnown = false;
     std::vector<Device> devices;
     bool isSetUp = false;
@@ -40,18 +44,18 @@ Facts gather(Script& script)
     return script.run([] {
         Facts facts;
         std::array<DriveInfo, 4> records = {};
-        facts.areDevicesKnown = module::getDriveInfos(records.data()) == 0;
+        facts.areDevicesKnown = ::getDriveInfos(records.data()) == 0;
         facts.devices = readDevices(records);
-        module::printTovHDDs();
-        facts.isSetUp = module::getvar("firsttime")[0] == '0';
-        facts.address = module::getvar("lan_ipaddr");
-        facts.hardwareAddress = module::getvar("lan_hwaddr");
-        facts.protocol = module::getvar("lan_proto");
-        facts.gateway = module::getvar("lan_gateway");
-        facts.netmask = module::getvar("lan_netmask");
-        facts.build = module::getvar("build_version");
+        ::printTovHDDs();
+        facts.isSetUp = ::getvar("firsttime")[0] == '0';
+        facts.address = ::getvar("lan_ipaddr");
+        facts.hardwareAddress = ::getvar("lan_hwaddr");
+        facts.protocol = ::getvar("lan_proto");
+        facts.gateway = ::getvar("lan_gateway");
+        facts.netmask = ::getvar("lan_netmask");
+        facts.build = ::getvar("build_version");
         facts.isSyncOn = isProcessRunning(kSyncDaemon);
-        facts.collection = readCollection();
+        facts.status = view::readPublishedStatus();
         facts.now = std::time(nullptr);
         return facts;
     });
@@ -78,14 +82,14 @@ Html tile(Literal label, const std::string& figure, std::string_view remark)
 
 Html tiles(const Facts& facts)
 {
-    const std::vector<Share>& shares = facts.collection.shares;
-    const auto recent = std::ranges::count_if(shares, [&facts](const Share& share) {
-        return judgeBackup(share, dayOf(facts.now)) == BackupLevel::kRecent;
+    const std::vector<ShareRow>& shares = facts.status.shares;
+    const auto recent = std::ranges::count_if(shares, [&facts](const ShareRow& share) {
+        return view::judgeBackup(share, view::dayOf(facts.now)) == BackupLevel::kRecent;
     });
     Html out;
     out << R"(<dl class="tiles">)"
-        << tile("Space used", wordKibibytes(totalUsed(shares)),
-                "in " + wordCount(shares.size(), "share", "shares"))
+        << tile("Space used", view::formatKibibytes(view::totalUsed(shares)),
+                "in " + view::formatCount(shares.size(), "share", "shares"))
         << tile("Recent backups", std::to_string(recent), "of " + std::to_string(shares.size()))
         << tile("Internal disks", std::to_string(countInternal(facts)), "")
         << tile("USB devices", std::to_string(facts.devices.size() - countInternal(facts)), "")
@@ -108,7 +112,7 @@ Html bar(std::uint64_t part, std::uint64_t whole)
     return out;
 }
 
-Html space(const Share& share, std::uint64_t total)
+Html space(const ShareRow& share, std::uint64_t total)
 {
     Html out;
     if (!guard::isMeasurable(share.name)) {
@@ -121,8 +125,9 @@ Html space(const Share& share, std::uint64_t total)
         return out;
     }
     const std::uint64_t used = share.used->kibibytes();
-    out << R"(<p class="space">)" << bar(used, total) << "<span><b>" << Text{wordSpace(*share.used)}
-        << R"(</b> <span class="quiet">)" << Text{wordPart(used, total)} << "</span></span></p>";
+    out << R"(<p class="space">)" << bar(used, total) << "<span><b>"
+        << Text{view::formatSpace(*share.used)} << R"(</b> <span class="quiet">)"
+        << Text{view::formatPart(used, total)} << "</span></span></p>";
     return out;
 }
 
@@ -147,14 +152,15 @@ Html badge(BackupLevel level)
     return out;
 }
 
-Html backup(const Share& share, std::chrono::sys_days today)
+Html backup(const ShareRow& share, std::chrono::sys_days today)
 {
     Html out;
-    out << R"(<p class="backup">)" << badge(judgeBackup(share, today)) << " <span>";
+    out << R"(<p class="backup">)" << badge(view::judgeBackup(share, today)) << " <span>";
     if (share.backupDay) {
         out << R"(<span class="sr">Last backup </span><time datetime=")"
-            << Text{codeDate(*share.backupDay)} << R"(">)" << Text{wordAge(*share.backupDay, today)}
-            << R"(</time> <span class="quiet">)" << Text{wordDate(*share.backupDay)};
+            << Text{view::formatIsoDate(*share.backupDay)} << R"(">)"
+            << Text{view::formatAge(*share.backupDay, today)} << R"(</time> <span class="quiet">)"
+            << Text{view::formatDate(*share.backupDay)};
         if (share.backupState) {
             out << ", state " << Text{std::to_string(*share.backupState)};
         }
@@ -168,12 +174,12 @@ Html backup(const Share& share, std::chrono::sys_days today)
 
 Html shareList(const Facts& facts)
 {
-    const std::uint64_t total = totalUsed(facts.collection.shares);
+    const std::uint64_t total = view::totalUsed(facts.status.shares);
     Html out;
     out << R"(<ul class="shares">)";
-    for (const Share& share : facts.collection.shares) {
+    for (const ShareRow& share : facts.status.shares) {
         out << "\n<li><h3><bdi>" << Text{share.name} << "</bdi></h3>" << space(share, total)
-            << backup(share, dayOf(facts.now)) << "</li>";
+            << backup(share, view::dayOf(facts.now)) << "</li>";
     }
     out << "\n</ul>\n";
     return out;
@@ -181,19 +187,19 @@ Html shareList(const Facts& facts)
 
 Html collectionTime(const Facts& facts)
 {
-    const Collection& collection = facts.collection;
+    const PublishedStatus& status = facts.status;
     Html out;
     out << R"(<p class="quiet">)";
-    if (collection.published != 0) {
-        out << "Measured " << Text{wordElapsed(collection.published, facts.now)} << " ("
-            << Text{wordTime(collection.published)} << "). ";
+    if (status.published != 0) {
+        out << "Measured " << Text{view::formatElapsed(status.published, facts.now)} << " ("
+            << Text{view::formatTime(status.published)} << "). ";
     }
-    if (collection.isRunning) {
+    if (status.isCollecting) {
         out << R"(<strong data-collecting>A collection is running now.</strong>)";
     } else {
         out << "No collection is running.";
     }
-    if (!collection.shares.empty()) {
+    if (!status.shares.empty()) {
         out << " A bar shows the share's part of all the space used.";
     }
     out << "</p>\n";
@@ -201,15 +207,15 @@ Html collectionTime(const Facts& facts)
 }
 
 /// What stands where there is no list.
-Html reasonForNone(const Collection& collection)
+Html reasonForNone(const PublishedStatus& status)
 {
-    using enum Collection::Result;
+    using enum PublishedStatus::Result;
     Html out;
-    if (collection.result == kNone) {
+    if (status.result == kNone) {
         out << "<p>No share has been measured yet.</p>";
-    } else if (collection.result == kDamaged) {
+    } else if (status.result == kDamaged) {
         out << "<p>The share status is damaged. The next collection replaces it.</p>";
-    } else if (collection.result == kNoList) {
+    } else if (status.result == kNoList) {
         out << "<p>The last collection could not get the list of shares.</p>";
     } else {
         out << "<p>There are no internal shares.</p>";
@@ -223,7 +229,7 @@ Html shareSection(const Facts& facts)
     out << R"(<section class="card" aria-labelledby="shares">
 <h2 id="shares">Shares</h2>
 )" << collectionTime(facts);
-    out << (facts.collection.shares.empty() ? reasonForNone(facts.collection) : shareList(facts));
+    out << (facts.status.shares.empty() ? reasonForNone(facts.status) : shareList(facts));
     out << "</section>\n";
     return out;
 }

@@ -5,9 +5,10 @@
 #include <array>
 #include <iostream>
 
-#include "page/module.h"
+#include "page/layout.h"
 #include "page/response.h"
 #include "page/token.h"
+#include "vokcontrol.h"
 
 namespace page {
 namespace {
@@ -16,7 +17,7 @@ constexpr int kNotFound = 404;
 constexpr int kMethodNotAllowed = 405;
 constexpr int kFailure = 500;
 
-constexpr auto kPlaces = std::to_array<Place>({
+constexpr auto kPages = std::to_array<PageEntry>({
     {"", "Overview", makeOverview, false},
     {"/setup", "Setup", makeSetup, true},
     {"/sync", "Sync", makeSync, true},
@@ -25,27 +26,27 @@ constexpr auto kPlaces = std::to_array<Place>({
 std::string applianceName()
 {
     Script unused;
-    return unused.run([] { return std::string(module::getvar("machine_name")); });
+    return unused.run([] { return std::string(::getvar("machine_name")); });
 }
 
-const Place& findPlace(const Request& request)
+const PageEntry& findPage(const Request& request)
 {
     const std::string_view path = (request.path == "/") ? "" : std::string_view(request.path);
-    const auto* place = std::ranges::find(kPlaces, path, &Place::path);
-    if (place == kPlaces.end()) {
+    const auto* entry = std::ranges::find(kPages, path, &PageEntry::path);
+    if (entry == kPages.end()) {
         throw Refusal(kNotFound, "There is no such page.");
     }
-    if (request.isPost() && !place->takesForms) {
+    if (request.isPost() && !entry->takesForms) {
         throw Refusal(kMethodNotAllowed, "This page takes no forms.");
     }
-    return *place;
+    return *entry;
 }
 
 Response answerGood(std::FILE* body)
 {
     const Request request = readRequest(body);
     checkHost(request, applianceName);
-    const Place& place = findPlace(request);
+    const PageEntry& entry = findPage(request);
     checkToken(request);
 
     Response response;
@@ -53,9 +54,9 @@ Response answerGood(std::FILE* body)
     response.newToken = request.token.empty() ? makeToken() : "";
     Script script;
     Visit visit{request, request.token + response.newToken, script};
-    const Page page = place.make(visit);
+    const Page page = entry.make(visit);
     // The name comes last: the page may just have changed it.
-    response.page = layOut({place.path, response.nonce, applianceName()}, page, script);
+    response.page = layOut({kPages, entry.path, response.nonce, applianceName()}, page, script);
     return response;
 }
 
@@ -69,7 +70,7 @@ Response answerBad(int status, const std::string& reason)
     Page page;
     page.title = "That did not work";
     page.body << notice(Mood::kBad, content);
-    response.page = layOut({"-", response.nonce, ""}, page, Script());
+    response.page = layOut({kPages, "-", response.nonce, ""}, page, Script());
     return response;
 }
 
@@ -92,11 +93,6 @@ bool wantsHeadersOnly()
 }
 
 } // namespace
-
-std::span<const Place> places()
-{
-    return kPlaces;
-}
 
 std::string answer(std::FILE* body)
 {

@@ -4,15 +4,9 @@
 #pragma once
 
 #include <cstdio>
-#include <span>
 #include <string>
 
-#include "page/layout.h"
-
 namespace page {
-
-/// All pages, in the order of the navigation.
-[[nodiscard]] std::span<const Place> places();
 
 /// Answers the request that the environment and a stream hold: headers and page, to be written to
 /// standard output as they are.

@@ -10,7 +10,7 @@
 #include <system_error>
 #include <unistd.h>
 
-#include "page/html.h"
+#include "page/escape.h"
 
 namespace page {
 namespace {

@@ -5,11 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "core/languages.h"
 #include "page/layout.h"
-#include "page/module.h"
 #include "page/pages.h"
 #include "page/setup_apply.h"
 #include "page/setup_form.h"
+#include "vokcontrol.h"
 
 namespace page {
 namespace {
@@ -30,13 +31,13 @@ struct Setup {
 void fillIn(SetupValues& values)
 {
     if (values.language.empty()) {
-        values.language = module::kytegetSysVar("<language>", "tovGetLanguage");
+        values.language = ::kytegetSysVar("<language>", "tovGetLanguage");
     }
     if (values.hostName.empty()) {
-        values.hostName = module::getvar("machine_name");
+        values.hostName = ::getvar("machine_name");
     }
     if (values.shareName.empty()) {
-        values.shareName = module::getvar("pel_pubshare_name");
+        values.shareName = ::getvar("pel_pubshare_name");
     }
 }
 
@@ -46,10 +47,10 @@ SetupStep announce(const Form& form, SetupStep step)
     Form announced = form;
     announced.set("next_page", std::to_string(step));
     const CurrentForm current(announced);
-    return static_cast<SetupStep>(module::printNextPage());
+    return static_cast<SetupStep>(::printNextPage());
 }
 
-Setup stand(Visit& visit)
+Setup currentStep(Visit& visit)
 {
     return visit.script.run([&visit] {
         const Form& form = visit.request.form;
@@ -128,12 +129,12 @@ Html languageField(const Setup& setup)
     out << R"(<p class="field"><label for="language">Language</label>
 <select id="language" name="language")"
         << invalidMark("language-complaint", words) << ">";
-    for (const Language& language : kLanguages) {
+    for (const core::Language& language : core::kLanguages) {
         out << R"(<option value=")" << Text{language.name} << R"(")";
         if (language.name == setup.values.language) {
             out << " selected";
         }
-        out << ">" << language.label << "</option>";
+        out << ">" << Text{language.ownName} << "</option>";
     }
     out << "</select></p>\n" << complaint("language-complaint", words);
     return out;
@@ -170,16 +171,16 @@ Html shareNameField(const Setup& setup)
     return out;
 }
 
-Literal languageLabel(std::string_view name)
+Text ownNameOf(std::string_view language)
 {
-    const Language* language = findLanguage(name);
-    return (language != nullptr) ? language->label : "";
+    const core::Language* found = core::findLanguageByName(language);
+    return {(found != nullptr) ? found->ownName : ""};
 }
 
 Html summaryFacts(const SetupValues& values)
 {
     Html out;
-    out << R"(<dl class="facts"><div><dt>Language</dt><dd>)" << languageLabel(values.language)
+    out << R"(<dl class="facts"><div><dt>Language</dt><dd>)" << ownNameOf(values.language)
         << "</dd></div>\n"
         << fact("Name of the appliance", values.hostName) << fact("Public share", values.shareName)
         << "</dl>\n";
@@ -261,7 +262,7 @@ Html content(const Visit& visit, const Setup& setup)
 
 Page makeSetup(Visit& visit)
 {
-    const Setup setup = stand(visit);
+    const Setup setup = currentStep(visit);
     Page page;
     page.title = "Setup";
     page.body << stepList() << R"(<section class="card narrow">)" << content(visit, setup)

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "page/setup_apply.h"
 
-#include "page/module.h"
+#include "core/languages.h"
+#include "vokcontrol.h"
 
 namespace page {
 namespace {
@@ -12,12 +13,12 @@ class Store {
     /// Calls a function of the system script.
     void call(const char* function, const std::string& value, const char* complaint)
     {
-        note(module::setSysVar(value.c_str(), function), complaint);
+        note(::setSysVar(value.c_str(), function), complaint);
     }
 
     void keep(const char* variable, std::string_view value, const char* complaint)
     {
-        note(module::setvar(variable, std::string(value).c_str()), complaint);
+        note(::setvar(variable, std::string(value).c_str()), complaint);
     }
 
     [[nodiscard]] const std::vector<std::string>& failures() const { return failures_; }
@@ -39,7 +40,7 @@ std::vector<std::string> applySetup(const SetupValues& values)
 {
     Store store;
     store.call("tovSetLanguage", values.language, "The appliance did not take the language.");
-    store.keep("language_current", findLanguage(values.language)->code,
+    store.keep("language_current", core::findLanguageByName(values.language)->code,
                "The language could not be remembered.");
     store.call("tovSetHostname", values.hostName, "The appliance did not take the name.");
     store.call("tovSetNmbdSysname", values.hostName,

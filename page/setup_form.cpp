@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <array>
 
+#include "core/languages.h"
+#include "view/utf8.h"
+
 namespace page {
 namespace {
 
@@ -24,18 +27,6 @@ bool isControl(char c)
     return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
 }
 
-bool isUtf8(std::string_view text)
-{
-    while (!text.empty()) {
-        const std::size_t size = characterSize(text);
-        if (size == 0) {
-            return false;
-        }
-        text.remove_prefix(size);
-    }
-    return true;
-}
-
 /// The step that the form asks for.
 SetupStep wantedStep(std::string_view field)
 {
@@ -45,12 +36,6 @@ SetupStep wantedStep(std::string_view field)
 }
 
 } // namespace
-
-const Language* findLanguage(std::string_view name)
-{
-    const auto* found = std::ranges::find(kLanguages, name, &Language::name);
-    return (found != kLanguages.end()) ? found : nullptr;
-}
 
 SetupValues readSetupValues(const Form& form)
 {
@@ -63,7 +48,7 @@ SetupValues readSetupValues(const Form& form)
 
 std::string_view complainOfLanguage(std::string_view name)
 {
-    return (findLanguage(name) != nullptr) ? "" : "Choose one of the languages.";
+    return (core::findLanguageByName(name) != nullptr) ? "" : "Choose one of the languages.";
 }
 
 std::string_view complainOfHostName(std::string_view name)
@@ -85,7 +70,7 @@ std::string_view complainOfShareName(std::string_view name)
     if (name.size() > kLongest) {
         return "This name is too long.";
     }
-    if (!isUtf8(name) || std::ranges::any_of(name, isControl) ||
+    if (!view::isUtf8(name) || std::ranges::any_of(name, isControl) ||
         name.find_first_of(kForbidden) != name.npos) {
         return "The name of a share has none of the characters / \\ : * ? \" < > | in it.";
     }

@@ -4,12 +4,10 @@
 // alone.
 #pragma once
 
-#include <array>
 #include <string>
 #include <string_view>
 
 #include "page/form.h"
-#include "page/html.h"
 
 namespace page {
 
@@ -21,27 +19,8 @@ enum SetupStep {
     kApplied = 3,
 };
 
-struct Language {
-    std::string_view name; ///< as the system script knows it
-    std::string_view code; ///< as the variable "language_current" keeps it
-    Literal label;
-};
-
-inline constexpr auto kLanguages = std::to_array<Language>({
-    {"english", "en", "English"},
-    {"french", "fr", "Fran\u00E7ais"},
-    {"german", "ge", "Deutsch"},
-    {"spanish", "sp", "Espa\u00F1ol"},
-    {"italian", "it", "Italiano"},
-    {"chinese", "sc", "\u7B80\u4F53\u4E2D\u6587"},
-    {"traditional_chinese", "tc", "\u7E41\u9AD4\u4E2D\u6587"},
-});
-
-/// @return one of the seven; null for another name
-[[nodiscard]] const Language* findLanguage(std::string_view name);
-
 struct SetupValues {
-    std::string language;
+    std::string language; ///< by its name in core/languages.h
     std::string hostName;
     std::string shareName;
 };

@@ -6,9 +6,9 @@
 #include <thread>
 
 #include "page/layout.h"
-#include "page/module.h"
 #include "page/pages.h"
 #include "page/process.h"
+#include "vokcontrol.h"
 
 namespace page {
 namespace {
@@ -33,7 +33,7 @@ bool switchTo(bool isOn, Script& script)
 {
     constexpr std::chrono::milliseconds kPause{20};
     constexpr int kTries = 150;
-    const int result = script.run([isOn] { return module::tideWaveFunc(isOn ? 1 : 0); });
+    const int result = script.run([isOn] { return ::tideWaveFunc(isOn ? 1 : 0); });
     int tries = 0;
     while (result == 0 && isProcessRunning(kSyncDaemon) != isOn && tries < kTries) {
         std::this_thread::sleep_for(kPause);

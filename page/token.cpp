@@ -7,10 +7,10 @@
 #include <sys/random.h>
 #include <system_error>
 
+#include "core/bytes.h"
+
 namespace page {
 namespace {
-
-constexpr std::string_view kDigits = "0123456789abcdef";
 
 using Bytes = std::array<unsigned char, 16>;
 
@@ -23,17 +23,15 @@ std::string makeToken()
         throw std::system_error(errno, std::generic_category(), "no random numbers");
     }
     std::string token;
-    for (const unsigned byte : bytes) {
-        token += kDigits[byte >> 4U];
-        token += kDigits[byte & 0x0FU];
-    }
+    core::appendHex(token, bytes);
     return token;
 }
 
 bool isToken(std::string_view text)
 {
-    return text.size() == 2 * sizeof(Bytes) &&
-           std::ranges::all_of(text, [](char c) { return kDigits.find(c) != kDigits.npos; });
+    return text.size() == 2 * sizeof(Bytes) && std::ranges::all_of(text, [](char c) {
+               return core::kHexDigits.find(c) != core::kHexDigits.npos;
+           });
 }
 
 bool isSameToken(std::string_view one, std::string_view other)

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "cmdsvc/request_reader.h"
+#include "core/bytes.h"
 
 namespace service {
 namespace {
@@ -22,12 +23,8 @@ std::string showCode(std::string_view code)
     if (code.size() == kCodeSize && std::ranges::all_of(code, isPlain)) {
         return std::string(code);
     }
-    constexpr std::string_view kDigits = "0123456789abcdef";
     std::string shown = "0x";
-    for (const char c : code) {
-        const auto byte = static_cast<unsigned char>(c);
-        shown += {kDigits[byte >> 4U], kDigits[byte & 0x0FU]};
-    }
+    core::appendHex(shown, code);
     return shown;
 }
 

@@ -15,6 +15,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "core/bytes.h"
+
 namespace fs = std::filesystem;
 
 namespace service {
@@ -42,11 +44,8 @@ class Digest {
         std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
         unsigned size = 0;
         ::EVP_DigestFinal_ex(context_.get(), bytes.data(), &size);
-        constexpr std::string_view kDigits = "0123456789abcdef";
         std::string text = std::string(kRegular) + std::to_string(size_) + " ";
-        for (const unsigned char byte : std::span(bytes).first(size)) {
-            text += {kDigits[byte >> 4U], kDigits[byte & 0x0FU]};
-        }
+        core::appendHex(text, std::span(bytes).first(size));
         return text;
     }
 

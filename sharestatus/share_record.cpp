@@ -67,15 +67,9 @@ bool measureShare(char* record, const char* name)
 
 ScaledUsage scaleUsage(std::int64_t kibibytes)
 {
-    constexpr std::int64_t kLargestInK = 1024;
-    constexpr std::int64_t kLargestInM = 1000000;
-    if (kibibytes > kLargestInM) {
-        return {static_cast<int>(kibibytes / 1000000), 'G'};
-    }
-    if (kibibytes > kLargestInK) {
-        return {static_cast<int>(kibibytes / 1000), 'M'};
-    }
-    return {static_cast<int>(kibibytes), 'K'};
+    const auto* unit = std::ranges::find_if(
+        kUnits, [kibibytes](const Unit& each) { return kibibytes <= each.most; });
+    return {static_cast<int>(kibibytes / unit->kibibytes), unit->letter};
 }
 
 } // namespace sharestatus

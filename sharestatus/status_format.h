@@ -22,9 +22,11 @@
 //             12+n  1    newline
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -58,6 +60,26 @@ inline constexpr std::size_t kCheckSize = 1;
 inline constexpr std::size_t kMaxLength = kMaxPayloadSize + kCheckSize;
 inline constexpr std::size_t kMaxImageSize = kLengthSize + kMaxLength;
 inline constexpr std::size_t kStatusFileSize = 1048576;
+
+/// A unit of the space used. The thresholds mix powers of two and of ten, as clients know it.
+struct Unit {
+    char letter;
+    std::uint32_t kibibytes; ///< how many it stands for
+    std::int64_t most;       ///< up to so many KiB count in it
+};
+
+inline constexpr auto kUnits = std::to_array<Unit>({
+    {'K', 1, 1024},
+    {'M', 1000, 1000000},
+    {'G', 1000000, std::numeric_limits<std::int64_t>::max()},
+});
+
+/// @return the unit of a letter; null for another byte
+[[nodiscard]] constexpr const Unit* findUnit(char letter)
+{
+    const auto* found = std::ranges::find(kUnits, letter, &Unit::letter);
+    return (found != kUnits.end()) ? found : nullptr;
+}
 
 /// A record as the collector fills it, with room for a full name.
 using WorkRecord = std::array<char, kWorkRecordSize>;

@@ -14,7 +14,7 @@ TableRow row(std::initializer_list<const char*> cells)
 {
     TableRow made;
     for (const char* cell : cells) {
-        made.push_back(client::makePrintable(cell));
+        made.push_back(view::makePrintable(cell));
     }
     return made;
 }

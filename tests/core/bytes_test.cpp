@@ -68,4 +68,15 @@ TEST(Bytes, upperCaseIsWhatTheCLocaleSaysForEveryByte)
     }
 }
 
+TEST(Bytes, hexadecimalDigitsAreAppendedToAnyText)
+{
+    std::string text = "0x";
+    core::appendHex(text, std::string("\0\x0F\xA9\xFF", 4));
+    EXPECT_EQ(text, "0x000fa9ff");
+    core::appendHex(text, std::array<unsigned char, 2>{0x12, 0xDE});
+    EXPECT_EQ(text, "0x000fa9ff12de");
+    core::appendHex(text, std::string());
+    EXPECT_EQ(text, "0x000fa9ff12de");
+}
+
 } // namespace

@@ -10,11 +10,8 @@
 
 namespace {
 
-using page::escape;
 using page::Html;
 using page::Text;
-
-const std::string kMark = "\xEF\xBF\xBD"; // U+FFFD
 
 template <class Part>
 concept Streamable = requires(Html& html, Part part)
@@ -27,50 +24,6 @@ static_assert(!Streamable<std::string>);
 static_assert(!Streamable<std::string_view>);
 static_assert(!Streamable<const char*>);
 static_assert(Streamable<Text>);
-
-TEST(Escape, keepsPlainTextAsItIs)
-{
-    const std::string text = "Économies 2026 (\xE7\xAE\x80, \xF0\x9F\x8E\x89) = a/b;c\n\td";
-    EXPECT_EQ(escape(text), text);
-    EXPECT_EQ(escape(""), "");
-}
-
-TEST(Escape, writesWhatMeansSomethingAsReference)
-{
-    EXPECT_EQ(escape("<img src=x onerror=alert(1)>"), "&lt;img src=x onerror=alert(1)&gt;");
-    EXPECT_EQ(escape(R"(a&b"c'd)"), "a&amp;b&quot;c&#39;d");
-    EXPECT_EQ(escape("-->"), "--&gt;");
-}
-
-TEST(Escape, replacesCharactersThatControlSomething)
-{
-    EXPECT_EQ(escape(std::string_view("a\0b\rc\x1B[31m\x7F", 11)),
-              "a" + kMark + "b" + kMark + "c" + kMark + "[31m" + kMark);
-    EXPECT_EQ(escape("\xC2\x85"), kMark) << "U+0085";
-    EXPECT_EQ(escape("\xE2\x80\xA8\xE2\x80\xA9"), kMark + kMark) << "ends of lines in script";
-}
-
-TEST(Escape, replacesEachByteThatIsNoUtf8)
-{
-    EXPECT_EQ(escape("a\xFF"), "a" + kMark);
-    EXPECT_EQ(escape("\xC3"), kMark) << "cut short";
-    EXPECT_EQ(escape("\xC3<"), kMark + "&lt;") << "what follows is not swallowed";
-    EXPECT_EQ(escape("\xC0\xBC"), kMark + kMark) << "a longer form of \"<\"";
-    EXPECT_EQ(escape("\xE0\x80\xBC"), kMark + kMark + kMark);
-    EXPECT_EQ(escape("\xED\xA0\x80"), kMark + kMark + kMark) << "half of a pair";
-    EXPECT_EQ(escape("\xF4\x90\x80\x80"), kMark + kMark + kMark + kMark) << "beyond U+10FFFF";
-    EXPECT_EQ(escape("\x80"), kMark);
-}
-
-TEST(CharacterSize, isThatOfTheFirstCharacter)
-{
-    EXPECT_EQ(page::characterSize("ab"), 1U);
-    EXPECT_EQ(page::characterSize("\xC3\x89x"), 2U);
-    EXPECT_EQ(page::characterSize("\xE7\xAE\x80"), 3U);
-    EXPECT_EQ(page::characterSize("\xF0\x9F\x8E\x89"), 4U);
-    EXPECT_EQ(page::characterSize("\xFF"), 0U);
-    EXPECT_EQ(page::characterSize(""), 0U);
-}
 
 TEST(HtmlParts, joinInOrder)
 {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "page/layout.h"
 
+#include <array>
 #include <gtest/gtest.h>
 #include <string>
 
-#include "page/routes.h"
 #include "tests/page/visits.h"
 
 namespace {
@@ -16,6 +16,17 @@ using page::Script;
 using visits::contains;
 
 const std::string kHostile = "\"><script>alert(1)</script>";
+
+page::Page makeNothing(page::Visit& /*visit*/)
+{
+    return {};
+}
+
+constexpr auto kPages = std::to_array<page::PageEntry>({
+    {"", "Overview", makeNothing, false},
+    {"/setup", "Set <b>up</b>", makeNothing, true},
+    {"/sync", "Sync", makeNothing, true},
+});
 
 Page somePage()
 {
@@ -32,7 +43,7 @@ std::string laidOut(const page::Frame& frame, const Script& script = Script())
 
 TEST(Layout, isAWholePage)
 {
-    const std::string page = laidOut({"", "abc", "box"});
+    const std::string page = laidOut({kPages, "", "abc", "box"});
     EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n<html lang=\"en\">\n"));
     EXPECT_TRUE(page.ends_with("<p>body</p>\n</main>\n</body>\n</html>\n"));
     EXPECT_TRUE(contains(page, "<title>A &lt;title&gt; &middot; box</title>"));
@@ -43,23 +54,23 @@ TEST(Layout, isAWholePage)
 
 TEST(Layout, marksThePageInTheNavigation)
 {
-    const std::string page = laidOut({"/setup", "abc", "box"});
-    EXPECT_TRUE(contains(page, R"(<a href="/cgi-bin/vokpage">Overview</a>)"));
-    EXPECT_TRUE(
-        contains(page, R"(<a href="/cgi-bin/vokpage/setup" aria-current="page">Setup</a>)"));
-    EXPECT_TRUE(contains(page, R"(<a href="/cgi-bin/vokpage/sync">Sync</a>)"));
+    const std::string page = laidOut({kPages, "/setup", "abc", "box"});
+    EXPECT_TRUE(contains(
+        page, R"(<ul><li><a href="/cgi-bin/vokpage">Overview</a></li>)"
+              R"(<li><a href="/cgi-bin/vokpage/setup" aria-current="page">Set <b>up</b></a></li>)"
+              R"(<li><a href="/cgi-bin/vokpage/sync">Sync</a></li></ul>)"));
 }
 
 TEST(Layout, escapesTheNameOfTheAppliance)
 {
-    const std::string page = laidOut({"", "abc", kHostile});
+    const std::string page = laidOut({kPages, "", "abc", kHostile});
     EXPECT_FALSE(contains(page, "<script>alert"));
     EXPECT_TRUE(contains(page, "<bdi>&quot;&gt;&lt;script&gt;alert(1)&lt;/script&gt;</bdi>"));
 }
 
 TEST(Layout, applianceWithoutANameIsOneAllTheSame)
 {
-    const std::string page = laidOut({"", "abc", ""});
+    const std::string page = laidOut({kPages, "", "abc", ""});
     EXPECT_TRUE(contains(page, "<title>A &lt;title&gt;</title>"));
     EXPECT_TRUE(contains(page, "<bdi>Storage appliance</bdi>"));
 }
@@ -69,10 +80,10 @@ TEST(Layout, carriesScriptWithItsNonceBeforeTheFileThatUsesIt)
     Script script;
     script.add("function tov_hdds()\n{\n\treturn 2;\n}\n");
     EXPECT_TRUE(
-        contains(laidOut({"", "abc", ""}, script),
+        contains(laidOut({kPages, "", "abc", ""}, script),
                  "<script nonce=\"abc\">\nfunction tov_hdds()\n{\n\treturn 2;\n}\n</script>\n"
                  "<script src=\"/page.js\" defer></script>"));
-    EXPECT_FALSE(contains(laidOut({"", "abc", ""}), "nonce")) << "nothing was printed";
+    EXPECT_FALSE(contains(laidOut({kPages, "", "abc", ""}), "nonce")) << "nothing was printed";
 }
 
 TEST(Parts, formsCarryTheToken)

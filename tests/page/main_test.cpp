@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // vokpage as a web server runs it.
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -67,6 +68,17 @@ TEST_F(Program, withoutARequestItRefuses)
     const root::Ended ended = root::run({"/usr/bin/sh", "-c", "env -i /build/vokpage </dev/null"});
     EXPECT_EQ(ended.exitCode, 0);
     EXPECT_TRUE(ended.output.starts_with("Status: 405 Method Not Allowed\r\n"));
+}
+
+TEST_F(Program, doesNotStartWithoutTheLibrary)
+{
+    std::filesystem::create_directory("/tmp/libraries");
+    root::writeFile("/tmp/libraries/libvokcontrol.so", "");
+    const root::Ended ended = serve("LD_LIBRARY_PATH=/tmp/libraries vokpage </tmp/body");
+    EXPECT_EQ(ended.exitCode, 127);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_TRUE(contains(ended.errors, "/tmp/libraries/libvokcontrol.so: file too short"))
+        << ended.errors;
 }
 
 TEST_F(Program, outputThatCannotBeWrittenIsAFailure)

@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "page/wording.h"
 #include "sharestatus/status_format.h"
 #include "tests/page/visits.h"
+#include "view/wording.h"
 
 namespace {
 
@@ -35,7 +35,7 @@ std::string zeros(std::size_t count)
 /// A day as a record has it.
 std::string recordDate(std::chrono::sys_days day)
 {
-    const std::string code = page::codeDate(day);
+    const std::string code = view::formatIsoDate(day);
     return code.substr(5, 2) + code.substr(8, 2) + code.substr(0, 4);
 }
 
@@ -66,7 +66,7 @@ class OverviewPage : public root::Test {
     {
         const std::string old = le16(900) + "K010220201Old & <gold>\n";
         const std::string fresh =
-            le16(100) + "K" + recordDate(page::dayOf(std::time(nullptr)) - kFourDays) + "2Fresh\n";
+            le16(100) + "K" + recordDate(view::dayOf(std::time(nullptr)) - kFourDays) + "2Fresh\n";
         const std::string unknown = zeros(12) + "Unknown\n";
         publish(zeros(5) + le16(3) + zeros(3) + old + fresh + unknown);
     }

@@ -313,4 +313,14 @@ TEST(StatusFormat, everyOtherCheckByteIsWrong)
     }
 }
 
+TEST(Units, areFoundByTheirLettersAlone)
+{
+    EXPECT_EQ(sharestatus::findUnit('K')->kibibytes, 1U);
+    EXPECT_EQ(sharestatus::findUnit('M')->kibibytes, 1000U);
+    EXPECT_EQ(sharestatus::findUnit('G')->kibibytes, 1000000U);
+    for (const char letter : {'\0', 'k', 'T', '1'}) {
+        EXPECT_EQ(sharestatus::findUnit(letter), nullptr) << letter;
+    }
+}
+
 } // namespace

@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "client/terminal_text.h"
+#include "view/terminal_text.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using client::isUtf8;
-using client::makePrintable;
+using view::makePrintable;
 
 void expectText(std::string_view in, const std::string& text, std::size_t columns)
 {
-    const client::TerminalText out = makePrintable(in);
+    const view::TerminalText out = makePrintable(in);
     EXPECT_EQ(out.text, text);
     EXPECT_EQ(out.columns, columns) << text;
 }
@@ -77,14 +76,6 @@ TEST(TerminalText, bytesThatAreNoUtf8AreShownByTheirValues)
 TEST(TerminalText, backslashIsDoubled)
 {
     expectText("a\\u{1b}", "a\\\\u{1b}", 8);
-}
-
-TEST(TerminalText, isUtf8TellsTextFromBytes)
-{
-    EXPECT_TRUE(isUtf8(""));
-    EXPECT_TRUE(isUtf8("\x1B plain \xC3\x89 \xF0\x9F\x93\xB7"));
-    EXPECT_FALSE(isUtf8("\xC3"));
-    EXPECT_FALSE(isUtf8("a\x80"));
 }
 
 } // namespace

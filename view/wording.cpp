@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "page/wording.h"
+#include "view/wording.h"
 
+#include <algorithm>
 #include <array>
+#include <ranges>
 
-namespace page {
+#include "sharestatus/status_format.h"
+
+namespace view {
 namespace {
-
-constexpr std::uint64_t kThousand = 1000;
 
 constexpr auto kMonths =
     std::to_array<const char*>({"January", "February", "March", "April", "May", "June", "July",
@@ -14,7 +16,7 @@ constexpr auto kMonths =
 
 std::string ago(std::uint64_t count, const char* one, const char* many)
 {
-    return wordCount(count, one, many) + " ago";
+    return formatCount(count, one, many) + " ago";
 }
 
 std::string padded(unsigned number, std::size_t size)
@@ -24,60 +26,40 @@ std::string padded(unsigned number, std::size_t size)
     return digits;
 }
 
-std::string formatTime(const char* format, std::time_t time)
+std::tm localTime(std::time_t time)
 {
     std::tm local = {};
     ::localtime_r(&time, &local);
-    std::array<char, 64> text{};
-    const std::size_t size = std::strftime(text.data(), text.size(), format, &local);
-    return {text.data(), size};
-}
-
-std::chrono::year_month_day dateOf(std::chrono::sys_days day)
-{
-    return {day};
+    return local;
 }
 
 } // namespace
 
 std::uint64_t Space::kibibytes() const
 {
-    std::uint64_t factor = 1;
-    if (unit == 'M') {
-        factor = kThousand;
-    } else if (unit == 'G') {
-        factor = kThousand * kThousand;
-    }
-    return value * factor;
+    return std::uint64_t{value} * sharestatus::findUnit(unit)->kibibytes;
 }
 
-std::string wordSpace(const Space& space)
+std::string formatSpace(const Space& space)
 {
-    std::string words = std::to_string(space.value);
-    words += ' ';
-    words += space.unit;
-    words += 'B';
-    return words;
+    return std::to_string(space.value) + " " + space.unit + "B";
 }
 
-std::string wordKibibytes(std::uint64_t kibibytes)
+std::string formatKibibytes(std::uint64_t kibibytes)
 {
-    constexpr auto kUnits = std::to_array<const char*>({" KB", " MB", " GB"});
-    std::size_t unit = 0;
-    std::uint64_t tenths = kibibytes * 10;
-    while (tenths >= kThousand * 10 && unit + 1 < kUnits.size()) {
-        tenths /= kThousand;
-        ++unit;
-    }
+    const auto isReached = [least = std::max<std::uint64_t>(kibibytes, 1)](const auto& unit) {
+        return least >= unit.kibibytes;
+    };
+    const auto unit = *std::ranges::find_if(std::views::reverse(sharestatus::kUnits), isReached);
+    const std::uint64_t tenths = kibibytes * 10 / unit.kibibytes;
     std::string words = std::to_string(tenths / 10);
-    if (unit > 0 && tenths < 100) {
-        words += '.';
-        words += std::to_string(tenths % 10);
+    if (unit.kibibytes > 1 && tenths < 100) {
+        words += "." + std::to_string(tenths % 10);
     }
-    return words + kUnits[unit];
+    return words + " " + unit.letter + "B";
 }
 
-std::string wordPart(std::uint64_t part, std::uint64_t whole)
+std::string formatPart(std::uint64_t part, std::uint64_t whole)
 {
     if (whole == 0 || part == 0) {
         return "0 %";
@@ -86,7 +68,7 @@ std::string wordPart(std::uint64_t part, std::uint64_t whole)
     return (percent == 0) ? "under 1 %" : std::to_string(percent) + " %";
 }
 
-std::string wordDate(std::chrono::year_month_day date)
+std::string formatDate(std::chrono::year_month_day date)
 {
     std::string words = std::to_string(static_cast<unsigned>(date.day()));
     words += ' ';
@@ -96,19 +78,26 @@ std::string wordDate(std::chrono::year_month_day date)
     return words;
 }
 
-std::string codeDate(std::chrono::year_month_day date)
+std::string formatIsoDate(std::chrono::year_month_day date)
 {
     return padded(static_cast<unsigned>(static_cast<int>(date.year())), 4) + "-" +
            padded(static_cast<unsigned>(date.month()), 2) + "-" +
            padded(static_cast<unsigned>(date.day()), 2);
 }
 
-std::string wordTime(std::time_t time)
+std::string formatTime(const char* format, const std::tm& time)
 {
-    return wordDate(dateOf(dayOf(time))) + formatTime(", %H:%M %Z", time);
+    std::array<char, 64> text{};
+    const std::size_t size = std::strftime(text.data(), text.size(), format, &time);
+    return {text.data(), size};
 }
 
-std::string wordElapsed(std::time_t then, std::time_t now)
+std::string formatTime(std::time_t time)
+{
+    return formatDate(dayOf(time)) + formatTime(", %H:%M %Z", localTime(time));
+}
+
+std::string formatElapsed(std::time_t then, std::time_t now)
 {
     constexpr std::time_t kMinute = 60;
     constexpr std::time_t kHour = 60 * kMinute;
@@ -126,7 +115,7 @@ std::string wordElapsed(std::time_t then, std::time_t now)
     return ago(elapsed / kDay, "day", "days");
 }
 
-std::string wordAge(std::chrono::sys_days then, std::chrono::sys_days today)
+std::string formatAge(std::chrono::sys_days then, std::chrono::sys_days today)
 {
     const auto days = (today - then).count();
     if (days < 0) {
@@ -150,17 +139,16 @@ std::string wordAge(std::chrono::sys_days then, std::chrono::sys_days today)
 
 std::chrono::sys_days dayOf(std::time_t time)
 {
-    std::tm local = {};
-    ::localtime_r(&time, &local);
+    const std::tm local = localTime(time);
     constexpr int kFirstYear = 1900;
     return std::chrono::year_month_day(std::chrono::year(local.tm_year + kFirstYear),
                                        std::chrono::month(static_cast<unsigned>(local.tm_mon) + 1),
                                        std::chrono::day(static_cast<unsigned>(local.tm_mday)));
 }
 
-std::string wordCount(std::uint64_t count, const char* one, const char* many)
+std::string formatCount(std::uint64_t count, const char* one, const char* many)
 {
     return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
-} // namespace page
+} // namespace view

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace client {
+namespace view {
 
 /// Text that is safe to print, and the columns that it takes.
 struct TerminalText {
@@ -22,6 +22,4 @@ struct TerminalText {
 /// is shown has one meaning.
 [[nodiscard]] TerminalText makePrintable(std::string_view text);
 
-[[nodiscard]] bool isUtf8(std::string_view text);
-
-} // namespace client
+} // namespace view

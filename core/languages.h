@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+//
+// languages.h: the languages that the appliance speaks, under all the names that they go by.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace core {
+
+struct Language {
+    const char* code;    ///< in requests and answers, and in the variable "language_current"
+    const char* name;    ///< as the language script takes it, and as its answer holds it
+    const char* digit;   ///< what the variable "pel_language" reads as
+    const char* ownName; ///< what its speakers call it, in UTF-8
+};
+
+/// "pel_language" takes the first whose name is a part of the script's answer, so traditional
+/// Chinese reads as Chinese there.
+inline constexpr auto kLanguages = std::to_array<Language>({
+    {"en", "english", "1", "English"},
+    {"fr", "french", "2", "Fran\u00E7ais"},
+    {"ge", "german", "3", "Deutsch"},
+    {"sp", "spanish", "4", "Espa\u00F1ol"},
+    {"it", "italian", "5", "Italiano"},
+    {"sc", "chinese", "6", "\u7B80\u4F53\u4E2D\u6587"},
+    {"tc", "traditional_chinese", "7", "\u7E41\u9AD4\u4E2D\u6587"},
+});
+
+/// @return the language with a code; null for another code
+[[nodiscard]] constexpr const Language* findLanguage(std::string_view code)
+{
+    const auto* found = std::ranges::find(kLanguages, code, &Language::code);
+    return (found != kLanguages.end()) ? found : nullptr;
+}
+
+/// @return the language with a name, which must be the whole name; null for another name
+[[nodiscard]] constexpr const Language* findLanguageByName(std::string_view name)
+{
+    const auto* found = std::ranges::find(kLanguages, name, &Language::name);
+    return (found != kLanguages.end()) ? found : nullptr;
+}
+
+/// The languages in which the first share has a name of its own, in the order in which the
+/// script's answer is searched for them: if it holds several, the first of these counts. The
+/// appliance keeps no share name in Chinese, so neither Chinese is here.
+inline constexpr auto kShareNameLanguages = std::to_array<const Language*>({
+    findLanguage("en"),
+    findLanguage("fr"),
+    findLanguage("ge"),
+    findLanguage("it"),
+    findLanguage("sp"),
+});
+
+} // namespace core

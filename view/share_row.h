@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+//
+// share_row.h: the shares of a status, as people and programs are shown them. Values in, values
+// out.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "view/wording.h"
+
+namespace view {
+
+/// One share. What could not be measured, was never reported or makes no sense is absent.
+struct ShareRow {
+    std::string name; ///< as it is on the disk: any bytes
+    std::optional<Space> used;
+    std::optional<int> backupState; ///< 0 to 9, as the backup client reported it
+    std::optional<std::chrono::sys_days> backupDay;
+};
+
+/// Takes the rows out of a payload; nothing if it is no table of records.
+[[nodiscard]] std::optional<std::vector<ShareRow>> readTable(std::string_view payload);
+
+/// Takes the rows out of a payload whose header may count anything; nothing if its records do not
+/// end where it ends.
+[[nodiscard]] std::optional<std::vector<ShareRow>> readRecords(std::string_view payload);
+
+/// How much the backup of a share can be relied on.
+enum class BackupLevel { kRecent, kAgeing, kOld, kNone };
+
+[[nodiscard]] BackupLevel judgeBackup(const ShareRow& share, std::chrono::sys_days today);
+
+/// The space that all shares use together, in KiB.
+[[nodiscard]] std::uint64_t totalUsed(const std::vector<ShareRow>& shares);
+
+} // namespace view

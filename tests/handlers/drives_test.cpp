@@ -16,6 +16,8 @@ namespace {
 namespace fs = std::filesystem;
 
 using Lines = std::vector<std::string>;
+using root::join;
+using root::replaceByFolder;
 using root::trace;
 
 const std::string kWorkFile = "/tmp/vokcontrol2.tmp";
@@ -31,13 +33,6 @@ void stubOutput(const std::string& command, const std::string& output)
 void close(const std::string& path)
 {
     fs::permissions(path, fs::perms(0200));
-}
-
-/// Puts a folder, with something in it, where a command has left its output.
-void replaceByFolder(const std::string& path)
-{
-    fs::remove(path);
-    fs::create_directories(path + "/inside");
 }
 
 class Drives : public root::Test {
@@ -255,12 +250,6 @@ class DiskCapacity : public Drives {
         return {tracedLine(fdiskLine), fdiskLine, tracedOutput(output), countLine, removeLine};
     }
 
-    [[nodiscard]] static Lines with(Lines calls, const Lines& more)
-    {
-        calls.insert(calls.end(), more.begin(), more.end());
-        return calls;
-    }
-
     void expectFigure(const std::string& output, int capacity)
     {
         stubOutput("fdisk", output);
@@ -302,7 +291,8 @@ TEST_F(DiskCapacity, twoDrivesAreAMirrorOfMdadmsSize)
 {
     stubOutput("pelparam", "2\n");
     EXPECT_EQ(GetInternalDiskCap(), 1000);
-    EXPECT_EQ(watch::calls(), with(asked(), {tracedLine(mdadmLine), mdadmLine, tracedSize(1000)}));
+    EXPECT_EQ(watch::calls(),
+              join({asked(), {tracedLine(mdadmLine), mdadmLine, tracedSize(1000)}}));
     EXPECT_EQ(root::list("/tmp"), Lines{kTraces});
 }
 
@@ -312,7 +302,7 @@ TEST_F(DiskCapacity, anyOtherCountLeavesFdisksFigure)
         watch::restart();
         stubOutput("pelparam", count);
         EXPECT_EQ(GetInternalDiskCap(), 500) << count;
-        EXPECT_EQ(watch::calls(), with(asked(), {tracedSize(500)})) << count;
+        EXPECT_EQ(watch::calls(), join({asked(), {tracedSize(500)}})) << count;
         EXPECT_EQ(root::list("/tmp"), Lines{kTraces});
     }
 }
@@ -321,7 +311,7 @@ TEST_F(DiskCapacity, failedCountIsNoneOfTheKnownCounts)
 {
     root::stub("pelparam", "echo 2; exit 1");
     EXPECT_EQ(GetInternalDiskCap(), 500);
-    EXPECT_EQ(watch::calls(), with(asked(), {tracedSize(500)}));
+    EXPECT_EQ(watch::calls(), join({asked(), {tracedSize(500)}}));
 }
 
 TEST_F(DiskCapacity, figureIsTheNumberBehindTheDisksName)
@@ -366,7 +356,7 @@ TEST_F(DiskCapacity, numberIsSixteenBitsWide)
     watch::restart();
     EXPECT_EQ(GetInternalDiskCap(), 4464);
     EXPECT_EQ(watch::calls(),
-              with(asked("/dev/sda: 70000 GB\n", 70000, "70000 GB\n"), {tracedSize(70000)}));
+              join({asked("/dev/sda: 70000 GB\n", 70000, "70000 GB\n"), {tracedSize(70000)}}));
 }
 
 TEST_F(DiskCapacity, figureBeyondThirtyTwoBitsKeepsItsLowerOnes)
@@ -433,7 +423,7 @@ TEST_F(DiskCapacity, fdisksOutputThatCannotBeReadMeansZero)
     stubOutput("pelparam", "3\n");
     watch::after("fdisk", [] { close(kWorkFile); });
     EXPECT_EQ(GetInternalDiskCap(), 0);
-    EXPECT_EQ(watch::calls(), with(askedInVain(""), {tracedSize(0)}));
+    EXPECT_EQ(watch::calls(), join({askedInVain(""), {tracedSize(0)}}));
     EXPECT_FALSE(root::exists(kWorkFile));
 }
 
@@ -443,7 +433,7 @@ TEST_F(DiskCapacity, fdisksOutputThatIsGoneMeansZeroAndCannotBeRemoved)
     watch::after("fdisk", [] { fs::remove(kWorkFile); });
     EXPECT_EQ(GetInternalDiskCap(), 0);
     EXPECT_EQ(watch::calls(),
-              with(askedInVain(""), {unremoved("No such file or directory"), tracedSize(0)}));
+              join({askedInVain(""), {unremoved("No such file or directory"), tracedSize(0)}}));
 }
 
 TEST_F(DiskCapacity, folderInTheOutputsPlaceMeansZeroAndCannotBeRemoved)
@@ -451,9 +441,9 @@ TEST_F(DiskCapacity, folderInTheOutputsPlaceMeansZeroAndCannotBeRemoved)
     stubOutput("pelparam", "2\n");
     replaceByFolder(kWorkFile);
     EXPECT_EQ(GetInternalDiskCap(), 0);
-    EXPECT_EQ(watch::calls(),
-              with(askedInVain(""), {tracedLine(mdadmLine), mdadmLine,
-                                     unremoved("Directory not empty"), tracedSize(0)}));
+    EXPECT_EQ(watch::calls(), join({askedInVain(""),
+                                    {tracedLine(mdadmLine), mdadmLine,
+                                     unremoved("Directory not empty"), tracedSize(0)}}));
     EXPECT_TRUE(root::exists(kWorkFile));
 }
 
@@ -462,7 +452,7 @@ TEST_F(DiskCapacity, workFileThatCannotBeRemovedIsTraced)
     stubOutput("pelparam", "3\n");
     watch::after("sudo rm", [] { fs::permissions("/tmp", fs::perms(0555)); });
     EXPECT_EQ(GetInternalDiskCap(), 500);
-    EXPECT_EQ(watch::calls(), with(asked(), {unremoved("Permission denied"), tracedSize(500)}));
+    EXPECT_EQ(watch::calls(), join({asked(), {unremoved("Permission denied"), tracedSize(500)}}));
     EXPECT_EQ(root::readFile(kWorkFile), disk);
 }
 
@@ -471,7 +461,7 @@ TEST_F(DiskCapacity, fullDiskMeansZero)
     root::writeFile(root::kTraceFile, "");
     root::fillDisk("/tmp");
     EXPECT_EQ(GetInternalDiskCap(), 0);
-    EXPECT_EQ(watch::calls(), with(askedInVain(""), {tracedSize(0)})) << "pelparam fails as well";
+    EXPECT_EQ(watch::calls(), join({askedInVain(""), {tracedSize(0)}})) << "pelparam fails as well";
     EXPECT_EQ(root::list("/tmp"), (Lines{kTraces, "filler"}));
 }
 
@@ -488,7 +478,7 @@ class MirrorCapacity : public DiskCapacity {
     /// The calls of a mirror whose size came to this.
     [[nodiscard]] Lines askedForMirror(int gigabytes) const
     {
-        return with(asked(), {tracedLine(mdadmLine), mdadmLine, tracedSize(gigabytes)});
+        return join({asked(), {tracedLine(mdadmLine), mdadmLine, tracedSize(gigabytes)}});
     }
 };
 
@@ -572,9 +562,9 @@ TEST_F(MirrorCapacity, mdadmsOutputThatIsGoneLeavesFdisksFigureAndCannotBeRemove
 {
     watch::after("mdadm", [] { fs::remove(kWorkFile); });
     EXPECT_EQ(GetInternalDiskCap(), 500);
-    EXPECT_EQ(watch::calls(),
-              with(asked(), {tracedLine(mdadmLine), mdadmLine,
-                             unremoved("No such file or directory"), tracedSize(500)}));
+    EXPECT_EQ(watch::calls(), join({asked(),
+                                    {tracedLine(mdadmLine), mdadmLine,
+                                     unremoved("No such file or directory"), tracedSize(500)}}));
 }
 
 // ---- GetUserCapUsage --------------------------------------------------------------------------
@@ -755,8 +745,8 @@ TEST_F(DiskCapacity, numberBeyondThirtyTwoBitsKeepsItsLowBits)
     watch::restart();
     EXPECT_EQ(GetInternalDiskCap(), 1);
     EXPECT_EQ(watch::calls(),
-              with(asked("/dev/sda: 2147483649 GB\n", -2147483647, "2147483649 GB\n"),
-                   {tracedSize(-2147483647)}));
+              join({asked("/dev/sda: 2147483649 GB\n", -2147483647, "2147483649 GB\n"),
+                    {tracedSize(-2147483647)}}));
 }
 
 TEST_F(MirrorCapacity, numberBeyondThirtyTwoBitsKeepsItsLowBits)

@@ -34,7 +34,7 @@ const handlers::NameSearch kAnyCase = searchWith(true);
 
 std::string sizeTrace(std::size_t size)
 {
-    return trace("file " + kList + " size = " + std::to_string(size) + " bytes");
+    return root::sizeTrace(kList, size);
 }
 
 std::string listTrace(const std::string& line, const std::string& needle)

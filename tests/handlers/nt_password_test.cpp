@@ -5,61 +5,13 @@
 #include <openssl/md4.h>
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
-#include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <iconv.h>
 #include <string>
 #include <vector>
 
+#include "tests/support/faults.h"
 #include "tests/support/root.h"
-
-namespace {
-
-bool isConverterMissing = false;
-bool isConversionFailing = false;
-int openConverters = 0;
-std::string lastConversion;
-
-/// The C library's own function behind one of those below.
-template <class Function> Function* real(const char* name)
-{
-    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
-}
-
-} // namespace
-
-extern "C" {
-
-iconv_t iconv_open(const char* to, const char* from)
-{
-    lastConversion = std::string(from) + " to " + to;
-    auto* const open = real<decltype(iconv_open)>("iconv_open");
-    if (isConverterMissing) {
-        return open("no encoding", "no encoding");
-    }
-    ++openConverters;
-    return open(to, from);
-}
-
-std::size_t iconv(iconv_t converter, char** in, std::size_t* inLeft, char** out,
-                  std::size_t* outLeft)
-{
-    if (isConversionFailing) {
-        errno = EILSEQ;
-        return static_cast<std::size_t>(-1);
-    }
-    return real<decltype(iconv)>("iconv")(converter, in, inLeft, out, outLeft);
-}
-
-int iconv_close(iconv_t converter)
-{
-    --openConverters;
-    return real<decltype(iconv_close)>("iconv_close")(converter);
-}
-
-} // extern "C"
 
 namespace {
 
@@ -104,9 +56,7 @@ class NtPassword : public root::Test {
   protected:
     void TearDown() override
     {
-        isConverterMissing = false;
-        isConversionFailing = false;
-        EXPECT_EQ(openConverters, 0);
+        EXPECT_EQ(faults::openConverters(), 0);
         root::Test::TearDown();
     }
 };
@@ -303,22 +253,22 @@ TEST_F(NtPassword, longestNameIsComparedWhole)
 TEST_F(NtPassword, passwordIsConvertedFromOneEncodingToTheOther)
 {
     EXPECT_EQ(check(kPasswordHash, "password"), 0);
-    EXPECT_EQ(lastConversion, "ISO-8859-1 to UTF-16LE");
+    EXPECT_EQ(faults::lastConversion(), "ISO-8859-1 to UTF-16LE");
 }
 
 TEST_F(NtPassword, withoutAConverterNothingVerifies)
 {
-    isConverterMissing = true;
+    const faults::Guard noConverter = faults::failIconvOpen();
     EXPECT_EQ(check(kPasswordHash, "password"), -1);
     EXPECT_EQ(check(kEmptyHash, ""), -1);
 }
 
 TEST_F(NtPassword, failedConversionVerifiesNothingAndIsClosed)
 {
-    isConversionFailing = true;
+    const faults::Guard noConversion = faults::failIconv();
     EXPECT_EQ(check(kPasswordHash, "password"), -1);
     EXPECT_EQ(check(kEmptyHash, ""), -1);
-    EXPECT_EQ(openConverters, 0);
+    EXPECT_EQ(faults::openConverters(), 0);
 }
 
 TEST_F(NtPassword, checkRunsNothingAndTracesNothing)

@@ -9,45 +9,13 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <malloc.h>
-#include <new>
 #include <span>
 #include <string>
 #include <type_traits>
 #include <vector>
 
+#include "tests/support/faults.h"
 #include "tests/support/root.h"
-
-namespace {
-
-bool isMemoryGone = false;
-int errorOfRelease = 0; ///< what errno is after memory has been released; 0: left alone
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    void* block = std::malloc(size);
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    return block;
-}
-
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
-{
-    return isMemoryGone ? nullptr : std::malloc(size);
-}
-
-void operator delete(void* block) noexcept
-{
-    std::free(block);
-    errno = (errorOfRelease != 0) ? errorOfRelease : errno;
-}
-
-void operator delete(void* block, std::size_t /*size*/) noexcept
-{
-    ::operator delete(block);
-}
 
 namespace {
 
@@ -562,10 +530,11 @@ TEST_F(SmbPasswd, fileThatCannotBeOpenedIsAFailureWithItsReason)
 TEST_F(SmbPasswd, releaseDoesNotChangeTheReasonOfAFailedOpen)
 {
     SmbPasswdHandle* handle = nullptr;
-    errorOfRelease = EINVAL;
-    EXPECT_EQ(openSmbPasswd(&handle, "/tmp/none"), -1);
-    errorOfRelease = 0;
-    EXPECT_EQ(errno, ENOENT);
+    const faults::Guard release = faults::setErrnoOnDelete(EINVAL);
+    const int result = openSmbPasswd(&handle, "/tmp/none");
+    const int error = errno;
+    EXPECT_EQ(result, -1);
+    EXPECT_EQ(error, ENOENT);
 }
 
 TEST_F(SmbPasswd, folderHasNoAccountsAndIsNoBrokenLine)
@@ -584,11 +553,12 @@ TEST_F(SmbPasswd, withoutMemoryNothingIsOpened)
     root::writeFile(kFile, Line().text() + "\n");
     const std::size_t before = openFiles();
     SmbPasswdHandle* handle = nullptr;
-    isMemoryGone = true;
-    errno = 0;
-    EXPECT_EQ(openSmbPasswd(&handle, kFile.c_str()), -1);
-    EXPECT_EQ(errno, ENOMEM);
-    isMemoryGone = false;
+    {
+        const faults::Guard noMemory = faults::failNew();
+        errno = 0;
+        EXPECT_EQ(openSmbPasswd(&handle, kFile.c_str()), -1);
+        EXPECT_EQ(errno, ENOMEM);
+    }
     EXPECT_EQ(handle, nullptr);
     EXPECT_EQ(openFiles(), before);
 }

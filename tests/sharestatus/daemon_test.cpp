@@ -19,13 +19,9 @@ using root::firstTrace;
 using root::le16;
 using root::le32;
 using root::trace;
+using root::zeros;
 
 constexpr std::size_t kMebibyte = 1048576;
-
-std::string zeros(std::size_t count)
-{
-    return std::string(count, '\0');
-}
 
 std::string fileOf(const std::string& payload)
 {

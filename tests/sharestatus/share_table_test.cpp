@@ -16,11 +16,7 @@ namespace {
 using Lines = std::vector<std::string>;
 using root::le16;
 using root::trace;
-
-std::string zeros(std::size_t count)
-{
-    return std::string(count, '\0');
-}
+using root::zeros;
 
 std::string header(unsigned count)
 {

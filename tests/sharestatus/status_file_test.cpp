@@ -5,6 +5,7 @@
 
 #include <array>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -13,6 +14,7 @@
 #include <unistd.h>
 
 #include "core/core.h"
+#include "tests/support/faults.h"
 #include "tests/support/root.h"
 
 namespace {
@@ -20,31 +22,9 @@ namespace {
 using Lines = std::vector<std::string>;
 using root::le32;
 using root::trace;
+using root::zeros;
 
 constexpr std::size_t kMebibyte = 1048576;
-
-/// How often the status file was looked at, and what happens before a look, which gets its number.
-int looks = 0;
-std::function<void(int)> beforeLook;
-
-} // namespace
-
-/// Stands before the C library's.
-extern "C" ssize_t pread(int file, void* buffer, std::size_t size, off_t offset)
-{
-    ++looks;
-    if (beforeLook) {
-        beforeLook(looks);
-    }
-    return ::lseek(file, offset, SEEK_SET) == offset ? ::read(file, buffer, size) : -1;
-}
-
-namespace {
-
-std::string zeros(std::size_t count)
-{
-    return std::string(count, '\0');
-}
 
 /// A whole status file.
 std::string fileOf(const std::string& payload, char check)
@@ -88,6 +68,28 @@ TEST_F(PublishStatus, fileIsRewrittenInPlace)
     std::array<char, 6> seen{};
     EXPECT_EQ(std::fread(seen.data(), 1, seen.size(), reader.get()), 6U);
     EXPECT_EQ(std::string(seen.begin(), seen.end()), le32(2) + "y\x09");
+}
+
+/// How often this process has asked the system to write.
+long writeCalls()
+{
+    std::ifstream counters("/proc/self/io");
+    std::string name;
+    long count = -1;
+    while (name != "syscw:" && counters >> name >> count) {
+    }
+    EXPECT_EQ(name, "syscw:");
+    return count;
+}
+
+/// Any more writes would be moments at which a reader finds a status that is written by half.
+TEST_F(PublishStatus, zerosAndStatusAreOneWriteEach)
+{
+    for (const std::size_t size : {0U, 1U, 4091U, 4092U, 4096U}) {
+        const long before = writeCalls();
+        sharestatus::publishStatus(std::string(size, 'x'));
+        EXPECT_EQ(writeCalls() - before, 2) << size;
+    }
 }
 
 TEST_F(PublishStatus, shorterFileGrowsAndLongerFileIsCut)
@@ -246,19 +248,19 @@ TEST_F(ReadStatus, fileCutShortIsNoData)
 class ChangingFile : public root::Test {
   protected:
     sharestatus::StatusImage image{};
+    int looks = 0;
 
     /// @return what was read of it
     std::string read(int lastChange)
     {
         root::writeFile(root::kStatusFile, "0");
-        looks = 0;
-        beforeLook = [lastChange](int look) {
+        const faults::Guard writer = faults::beforePread([this, lastChange](int look) {
+            looks = look;
             if (look <= lastChange) {
                 root::writeFile(root::kStatusFile, std::to_string(look));
             }
-        };
+        });
         EXPECT_TRUE(sharestatus::loadStatus(image));
-        beforeLook = nullptr;
         return std::string(image.text());
     }
 };

@@ -12,11 +12,7 @@ namespace {
 using namespace sharestatus;
 using root::le16;
 using root::le32;
-
-std::string zeros(std::size_t count)
-{
-    return std::string(count, '\0');
-}
+using root::zeros;
 
 WorkRecord makeRecord()
 {

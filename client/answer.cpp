@@ -5,137 +5,33 @@
 #include <array>
 #include <cstdio>
 
-#include "cmdsvc/protocol.h"
+#include "client/sentences.h"
 #include "core/bytes.h"
 #include "view/terminal_text.h"
 
 namespace client {
 namespace {
 
+using cmdsvc::AnswerShape;
+using cmdsvc::Command;
 using cmdsvc::kCodeSize;
 using cmdsvc::kCountOffset;
 using cmdsvc::kErrorTag;
 using cmdsvc::kHeaderSize;
 using cmdsvc::kWordSize;
+using cmdsvc::RefusalShape;
+using cmdsvc::Status;
+
+// ---- Shapes -----------------------------------------------------------------------------------
 
 std::uint32_t wordAt(std::string_view bytes, std::size_t offset)
 {
     return core::getU32(std::span(bytes).subspan(offset).first<kWordSize>());
 }
 
-// ---- Words ------------------------------------------------------------------------------------
-
-/// A code that means the same in every command has no command beside it.
-struct StatusWords {
-    std::string_view command;
-    std::uint32_t code;
-    const char* words;
-};
-
-// clang-format off
-/// The first row that fits counts.
-constexpr std::array kStatusWords = std::to_array<StatusWords>({
-    {"", cmdsvc::kGood, "good"},
-
-    {"crat", cmdsvc::kMalformed,        "the name or the password holds a character that the appliance does not take, such as a quote"},
-    {"crat", cmdsvc::kUserNameTaken,    "a user of this name exists already, or the name is reserved"},
-    {"crat", cmdsvc::kUserNameTooLong,  "the user's name is longer than 32 bytes"},
-    {"crat", cmdsvc::kPasswordTooLong,  "the password is longer than 32 bytes"},
-    {"crat", cmdsvc::kCommandFailed,    "the appliance cannot tell which users it has"},
-    {"crat", cmdsvc::kUserNotCreated,   "the appliance's user script would not create this user"},
-
-    {"grst", cmdsvc::kDriveCountReadable, "good: the number of drives can be read"},
-    {"grst", cmdsvc::kCommandFailed,    "the appliance cannot tell the number of its drives"},
-
-    {"host", cmdsvc::kMalformed, "a setting holds a character that the appliance does not take"},
-    {"host", cmdsvc::kCommandFailed, "the appliance would not set the date or the language"},
-    {"", cmdsvc::kStartPageNotSet, "everything was set, but not the start page"},
-    {"", cmdsvc::kHostNameTooLong, "the host name is longer than 32 bytes"},
-    {"", cmdsvc::kWorkGroupTooLong, "the work group's name is longer than 32 bytes"},
-    {"", cmdsvc::kNameNotSet, "the appliance would not take the host name or the work group; date and language were set"},
-    {"", cmdsvc::kUnknownLanguage, "the appliance knows no such language"},
-
-    {"", cmdsvc::kCannotOpenBuild, "the appliance cannot read what build it runs"},
-    {"", cmdsvc::kCannotCloseBuild, "the appliance cannot read what build it runs"},
-    {"", cmdsvc::kCannotStatBuild, "the appliance does not know what build it runs"},
-    {"", cmdsvc::kBadBuildSize, "what the appliance knows of its build is empty or too long"},
-
-    {"spvt", cmdsvc::kMalformed, "the appliance does not take a file of this size, or with this content"},
-    {"", cmdsvc::kNothingSent, "an empty file cannot be kept"},
-    {"", cmdsvc::kTooLittleSent, "the file did not come whole; a former one stays as it was"},
-    {"", cmdsvc::kNoEndMark, "the file did not end where its size says; a former one stays as it was"},
-    {"", cmdsvc::kCannotCreatePrivate, "the appliance cannot make the private file; a former one stays as it was"},
-    {"", cmdsvc::kCannotWritePrivate, "the appliance cannot write the private file; a former one stays as it was"},
-    {"", cmdsvc::kCannotClosePrivate, "the appliance cannot write the private file; a former one stays as it was"},
-    {"spvt", cmdsvc::kCannotRemove, "the appliance keeps the new file, but cannot remove the former one"},
-    {"", cmdsvc::kNoPrivate, "the appliance has no private file"},
-    {"", cmdsvc::kPrivateEmpty, "the appliance's private file is empty"},
-    {"", cmdsvc::kCannotOpenPrivate, "the appliance cannot read its private file"},
-
-    {"", cmdsvc::kSetupDone, "the first setup has been done already"},
-    {"", cmdsvc::kNoLanguage, "the appliance cannot tell its language"},
-    {"", cmdsvc::kLanguageWithoutCode, "there is no quick setup in the appliance's language"},
-    {"", cmdsvc::kNoPublicShareName, "the appliance has no name for a public share in its language"},
-
-    {"getv", cmdsvc::kRemoteRefused, "the appliance has no such address"},
-    {"getv", cmdsvc::kRemoteBadRequest, "the appliance knows no such value"},
-    {"wags", cmdsvc::kRemoteRefused, "the appliance cannot tell whether this user's remote access is on"},
-    {"wags", cmdsvc::kRemoteBadRequest, "the appliance's remote-access program has failed, or the question is malformed"},
-    {"warp", cmdsvc::kRemoteRefused, "the remote-access service would not register this user"},
-    {"warp", cmdsvc::kRemoteFailed, "the appliance's remote-access program could not be run, or a value is missing"},
-    {"wasu", cmdsvc::kRemoteRefused, "the remote-access service would not do this for this user"},
-    {"wasu", cmdsvc::kRemoteFailed, "the appliance's remote-access program has failed, or a value is missing"},
-    {"getv", cmdsvc::kRemoteFailed, "the key is malformed"},
-
-    {"", cmdsvc::kRequestTimedOut, "the request took too long and was ended; what it had done by then stays"},
-    {"", cmdsvc::kRequestFailed, "the request's process failed before it answered"},
-    {"", cmdsvc::kRequestNotStarted, "the appliance has no room for another process; try again"},
-    {"", cmdsvc::kRequestTooLong, "the request is longer than 4096 bytes"},
-    {"", cmdsvc::kNotAdmitted, "only root and the members of the service's group may ask"},
-
-    {"sub1", cmdsvc::kMalformed,        "the user's name is longer than 60 bytes, or holds a character that the appliance does not take"},
-    {"subs", cmdsvc::kMalformed,        "the user's name does not have 1 to 64 bytes, or holds a character that the appliance does not take"},
-    {"", cmdsvc::kReportNotSaved,       "the appliance cannot keep the report"},
-    {"", cmdsvc::kNoDate,               "the appliance cannot tell the date"},
-
-    {"wall", cmdsvc::kMalformed,        "the name or the password is missing"},
-    {"wall", cmdsvc::kNotVerified,      "the password is not this user's, or there is no such user, or no password file"},
-
-    {"gsp1", cmdsvc::kBadShareName,     "the share's name does not have 1 to 64 bytes, or holds a character that the appliance does not take"},
-    {"gspc", cmdsvc::kSharePropertyUnknown, "the share's property cannot be found out"},
-
-    {"pshr", cmdsvc::kMalformed,        "the share's name holds a character that the appliance does not take, such as a quote or a slash"},
-    {"pshr", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share"},
-    {"shar", cmdsvc::kMalformed,        "the user's or the share's name holds a character that the appliance does not take, such as a quote or a slash"},
-    {"shar", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share, or not give it to this user"},
-    {"shar", cmdsvc::kNoSuchUser,       "there is no user of this name, or it is reserved"},
-    {"", cmdsvc::kShareNameTaken,       "a share of this name exists already, or the name is reserved"},
-    {"", cmdsvc::kShareNameTooLong,     "the share's name is longer than 64 bytes"},
-    {"", cmdsvc::kUserListEmpty,        "the appliance's list of users is empty"},
-
-    {"", cmdsvc::kNoMemory,             "the appliance has run out of memory"},
-    {"", cmdsvc::kMalformed,            "the command takes another number of parameters"},
-    {"gsp1", cmdsvc::kCannotRemoveListing, "the command takes one parameter, or the appliance cannot remove its work file"},
-    {"", cmdsvc::kWrongCountOfShareCommand, "the command takes another number of parameters"},
-    {"", cmdsvc::kCommandFailed,        "a script or a tool of the appliance has failed"},
-    {"", cmdsvc::kCannotStat,           "the appliance has no list of users"},
-    {"", cmdsvc::kCannotRemove,         "the appliance cannot remove its work file"},
-    {"", cmdsvc::kCannotOpen,           "the appliance cannot open its work file"},
-    {"", cmdsvc::kCannotClose,          "the appliance cannot close its work file"},
-});
-// clang-format on
-
-/// Whether any command answers this code. A name that happens to begin like an error is none.
-bool isKnown(std::uint32_t code)
+Status statusAt(std::string_view bytes, std::size_t offset)
 {
-    return std::ranges::find(kStatusWords, code, &StatusWords::code) != kStatusWords.end();
-}
-
-// ---- Shapes -----------------------------------------------------------------------------------
-
-bool isEmpty(std::string_view bytes)
-{
-    return bytes.empty();
+    return Status{wordAt(bytes, offset)};
 }
 
 bool isWord(std::string_view bytes)
@@ -148,66 +44,116 @@ bool isError(std::string_view bytes)
     return bytes.size() == kErrorTag.size() + kWordSize && bytes.starts_with(kErrorTag);
 }
 
-bool isTagged(std::string_view bytes, char last)
+/// Whether the bytes are a status. No status code holds a newline; that tells one from other bytes
+/// that begin with the same name.
+bool isStatus(std::string_view code, std::string_view bytes)
 {
-    return bytes.size() >= kHeaderSize && bytes[kCodeSize] == ' ' && bytes[kHeaderSize - 1] == last;
+    return bytes.size() == kHeaderSize && bytes.starts_with(code) && bytes[kCodeSize] == ' ' &&
+           bytes.back() == '\0' && bytes.find('\n') == std::string_view::npos;
 }
 
-/// A report that could not be kept is answered twice; the first code says so.
-bool isStatus(std::string_view bytes)
+bool isHeader(std::string_view tag, std::string_view bytes)
 {
-    if (bytes.size() == 2 * kHeaderSize) {
-        return isStatus(bytes.substr(0, kHeaderSize)) && isStatus(bytes.substr(kHeaderSize));
+    return bytes.size() >= kHeaderSize && bytes.starts_with(tag) && bytes[kCodeSize] == ' ' &&
+           bytes[kHeaderSize - 1] == '\n';
+}
+
+// ---- A command's answers ----------------------------------------------------------------------
+
+using MaybeAnswer = std::optional<Answer>;
+
+Answer refusal(Status status)
+{
+    return {.verdict = Verdict::kRefused, .status = status};
+}
+
+/// The status code of a command that says with one whether all went well.
+Answer judge(const Command& command, Status status)
+{
+    const bool isGood = status == command.answer.code;
+    return {.verdict = isGood ? Verdict::kGood : Verdict::kRefused, .status = status};
+}
+
+/// Whether a command that answers no word if all goes well may answer this one.
+bool refusesByWord(const Command& command, Status status)
+{
+    const cmdsvc::Refusals& refusals = command.refusals;
+    return refusals.shape == RefusalShape::kAsWord ||
+           (refusals.malformedShape == RefusalShape::kAsWord && status == refusals.malformed) ||
+           (command.count.isChecked && status == command.wrongCountCode);
+}
+
+MaybeAnswer readWord(const Command& command, std::string_view bytes)
+{
+    if (!isWord(bytes)) {
+        return std::nullopt;
     }
-    return bytes.size() == kHeaderSize && isTagged(bytes, '\0');
-}
-
-/// Commands that answer with their tag and no count behind it.
-constexpr auto kCountless =
-    std::to_array<std::string_view>({"gpsn", "gubr", "wags", "wall", "warp", "wasu"});
-
-/// gspc's good answer: the property where a status has its code, then a newline.
-bool isShareProperty(std::string_view bytes)
-{
-    return bytes.size() == kHeaderSize && bytes.starts_with("gspc ") &&
-           bytes[kCountOffset + 1] == '\n';
-}
-
-bool isCountless(std::string_view bytes)
-{
-    if (isShareProperty(bytes)) {
-        return true;
+    const Status status = statusAt(bytes, 0);
+    if (command.answer.shape == AnswerShape::kWord) {
+        return judge(command, status);
     }
-    constexpr std::size_t kStart = kCodeSize + 1;
-    return bytes.size() >= kStart && bytes[kCodeSize] == ' ' &&
-           std::ranges::find(kCountless, bytes.substr(0, kCodeSize)) != kCountless.end();
+    return refusesByWord(command, status) ? MaybeAnswer(refusal(status)) : std::nullopt;
 }
 
-bool isHeader(std::string_view bytes)
+MaybeAnswer readError(const Command& command, std::string_view bytes)
 {
-    return isTagged(bytes, '\n');
+    if (command.refusals.shape != RefusalShape::kAsError || !isError(bytes)) {
+        return std::nullopt;
+    }
+    return refusal(statusAt(bytes, kErrorTag.size()));
 }
 
-Answer readNothing(std::string_view /*bytes*/)
+/// A command that answers a status can answer two: a report that could not be kept is followed by
+/// the good one. The first one counts.
+std::string_view firstStatus(const Command& command, std::string_view bytes)
 {
-    return {};
+    const bool isPair = command.answer.shape == AnswerShape::kStatus &&
+                        bytes.size() == 2 * kHeaderSize &&
+                        isStatus(command.code, bytes.substr(kHeaderSize));
+    return isPair ? bytes.substr(0, kHeaderSize) : bytes;
 }
 
-Answer readWord(std::string_view bytes)
+MaybeAnswer readStatus(const Command& command, std::string_view bytes)
 {
-    Answer answer;
-    answer.value = wordAt(bytes, 0);
-    return answer;
+    const std::string_view first = firstStatus(command, bytes);
+    if (!isStatus(command.code, first)) {
+        return std::nullopt;
+    }
+    const Status status = statusAt(first, kCountOffset);
+    if (command.answer.shape == AnswerShape::kStatus) {
+        return judge(command, status);
+    }
+    const bool isRefusal = command.refusals.shape == RefusalShape::kAsStatus;
+    return isRefusal ? MaybeAnswer(refusal(status)) : std::nullopt;
 }
 
-/// An error's or a status's code, and the tag before it.
-Answer readTagged(std::string_view bytes)
+MaybeAnswer readHeader(const Command& command, std::string_view bytes)
 {
-    Answer answer;
-    answer.tag = bytes.substr(0, kCodeSize);
-    answer.value = wordAt(bytes, kCountOffset);
-    return answer;
+    if (command.answer.shape != AnswerShape::kHeader || !isHeader(command.answer.tag, bytes)) {
+        return std::nullopt;
+    }
+    return Answer{.verdict = Verdict::kGood,
+                  .count = wordAt(bytes, kCountOffset),
+                  .body = std::string(bytes.substr(kHeaderSize))};
 }
+
+MaybeAnswer readBytes(const Command& command, std::string_view bytes)
+{
+    const std::string_view tag = command.answer.tag;
+    if (command.answer.shape != AnswerShape::kBytes || !bytes.starts_with(tag)) {
+        return std::nullopt;
+    }
+    return Answer{.verdict = Verdict::kGood, .body = std::string(bytes.substr(tag.size()))};
+}
+
+Answer readNothing(const Command& command)
+{
+    const bool isGood = command.answer.shape == AnswerShape::kNone;
+    return {.verdict = isGood ? Verdict::kGood : Verdict::kEmpty};
+}
+
+/// No bytes fit two of them, but for gspc's: there a status comes before the bytes.
+constexpr auto kReaders = std::to_array({readWord, readError, readStatus, readHeader, readBytes});
 
 std::vector<std::string> splitLines(std::string_view text)
 {
@@ -220,67 +166,7 @@ std::vector<std::string> splitLines(std::string_view text)
     return lines;
 }
 
-Answer readCountless(std::string_view bytes)
-{
-    Answer answer;
-    answer.tag = bytes.substr(0, kCodeSize);
-    answer.lines = splitLines(bytes.substr(kCodeSize + 1));
-    return answer;
-}
-
-Answer readHeader(std::string_view bytes)
-{
-    Answer answer = readTagged(bytes);
-    std::string_view rest = bytes.substr(kHeaderSize);
-    const std::size_t errorSize = kErrorTag.size() + kWordSize;
-    if (rest.size() >= errorSize && isError(rest.substr(rest.size() - errorSize)) &&
-        isKnown(wordAt(rest, rest.size() - kWordSize))) {
-        answer.trailingError = wordAt(rest, rest.size() - kWordSize);
-        rest.remove_suffix(errorSize);
-    }
-    answer.lines = splitLines(rest);
-    return answer;
-}
-
-struct ShapeRow {
-    Shape shape;
-    bool (*matches)(std::string_view bytes);
-    Answer (*read)(std::string_view bytes);
-};
-
-/// The first shape that matches is the answer's.
-constexpr auto kShapes = std::to_array<ShapeRow>({
-    {Shape::kEmpty, isEmpty, readNothing},
-    {Shape::kWord, isWord, readWord},
-    {Shape::kError, isError, readTagged},
-    {Shape::kTagged, isCountless, readCountless},
-    {Shape::kStatus, isStatus, readTagged},
-    {Shape::kHeader, isHeader, readHeader},
-});
-
 // ---- Saying it --------------------------------------------------------------------------------
-
-std::string_view wordsFor(std::string_view command, std::uint32_t code)
-{
-    const auto* row = std::ranges::find_if(kStatusWords, [=](const StatusWords& each) {
-        return each.code == code && (each.command.empty() || each.command == command);
-    });
-    return (row != kStatusWords.end()) ? row->words
-                                       : "this client does not know the answer's meaning";
-}
-
-std::string hexOf(std::uint32_t code)
-{
-    std::array<char, 16> number{};
-    std::snprintf(number.data(), number.size(), "0x%08X", code);
-    return number.data();
-}
-
-/// A status code and its meaning.
-std::string explainStatus(std::string_view command, std::uint32_t code)
-{
-    return hexOf(code) + ": " + std::string(wordsFor(command, code));
-}
 
 std::string quote(std::string_view text)
 {
@@ -290,58 +176,100 @@ std::string quote(std::string_view text)
     return quoted;
 }
 
-std::string describeLines(const Answer& answer, std::string_view command)
+std::string describeLines(const std::vector<std::string>& lines)
 {
     std::string text;
-    for (const std::string& line : answer.lines) {
+    for (const std::string& line : lines) {
         text += "\n  " + view::makePrintable(line).text;
-    }
-    if (answer.trailingError) {
-        text += "\nfollowed by an error, " + explainStatus(command, *answer.trailingError);
     }
     return text;
 }
 
+std::string describeHeader(const Command& command, const Answer& answer)
+{
+    const TextLines body = readLines(command, answer.body);
+    std::string text = quote(command.answer.tag) + " with count " + std::to_string(answer.count) +
+                       describeLines(body.lines);
+    if (body.error) {
+        text += "\nfollowed by an error, " + explainStatus(command.code, *body.error);
+    }
+    return text;
+}
+
+std::string describeGood(const Command& command, const Answer& answer)
+{
+    switch (command.answer.shape) {
+    case AnswerShape::kNone:
+        return "empty, which is all that this command answers";
+    case AnswerShape::kWord:
+    case AnswerShape::kStatus:
+        return "status " + explainStatus(command.code, answer.status);
+    case AnswerShape::kHeader:
+        return describeHeader(command, answer);
+    case AnswerShape::kBytes:
+        break;
+    }
+    const std::vector<std::string> lines = splitLines(answer.body);
+    return quote(command.answer.tag.substr(0, kCodeSize)) + " and" +
+           (lines.empty() ? " nothing more" : describeLines(lines));
+}
+
 } // namespace
 
-Answer readAnswer(std::string_view bytes)
+Answer readAnswer(const Command& command, std::string_view bytes)
 {
-    for (const ShapeRow& row : kShapes) {
-        if (row.matches(bytes)) {
-            Answer answer = row.read(bytes);
-            answer.shape = row.shape;
-            return answer;
+    if (bytes.empty()) {
+        return readNothing(command);
+    }
+    if (const std::optional<Status> status = readServiceStatus(bytes)) {
+        return {.verdict = Verdict::kNotServed, .status = *status};
+    }
+    for (const auto& read : kReaders) {
+        if (MaybeAnswer answer = read(command, bytes)) {
+            return *std::move(answer);
         }
     }
     return {};
 }
 
-std::string refusalSentence(std::string_view command, std::uint32_t code)
+std::optional<Status> readServiceStatus(std::string_view bytes)
 {
-    return std::string(wordsFor(command, code)) + " (" + hexOf(code) + ")";
+    if (!isStatus(cmdsvc::kServiceCode, bytes)) {
+        return std::nullopt;
+    }
+    return statusAt(bytes, kCountOffset);
 }
 
-std::string describeAnswer(const Answer& answer, std::string_view command)
+TextLines readLines(const Command& command, std::string_view body)
 {
-    switch (answer.shape) {
-    case Shape::kEmpty:
+    const std::string_view end = body.substr(body.rfind('\n') + 1);
+    const MaybeAnswer error = readError(command, end);
+    if (!error) {
+        return {splitLines(body), std::nullopt};
+    }
+    return {splitLines(body.substr(0, body.size() - end.size())), error->status};
+}
+
+std::string describeAnswer(const Command& command, const Answer& answer)
+{
+    switch (answer.verdict) {
+    case Verdict::kGood:
+        return describeGood(command, answer);
+    case Verdict::kRefused:
+        return "a refusal, " + explainStatus(command.code, answer.status);
+    case Verdict::kNotServed:
+        return describeServiceStatus(answer.status);
+    case Verdict::kEmpty:
         return "empty: the command was ignored, is not known, or failed before it answered";
-    case Shape::kWord:
-        return "status " + explainStatus(command, answer.value);
-    case Shape::kError:
-        return "error " + explainStatus(command, answer.value);
-    case Shape::kStatus:
-        return quote(answer.tag) + " with status " + explainStatus(command, answer.value);
-    case Shape::kHeader:
-        return quote(answer.tag) + " with count " + std::to_string(answer.value) +
-               describeLines(answer, command);
-    case Shape::kTagged:
-        return quote(answer.tag) + " and" +
-               (answer.lines.empty() ? " nothing more" : describeLines(answer, command));
-    case Shape::kUnreadable:
+    case Verdict::kUnreadable:
         break;
     }
     return "of no shape that this client knows";
+}
+
+std::string describeServiceStatus(Status status)
+{
+    return "a status of the service's own, " + explainStatus(cmdsvc::kServiceCode, status);
 }
 
 std::string hexdump(std::string_view bytes)

@@ -21,28 +21,30 @@ struct ReportOptions {
     bool asVariable = false;
 };
 
-/// A report for the variable file. Everything stands in the first line: what is behind the length,
-/// counted, then a byte that is not looked at, the state and the name.
+/// The appliance does not look at the byte that stands beside a state.
+constexpr char kIgnored = ' ';
+
+/// A report for the variable file. Everything stands in the first line; a byte that is not looked
+/// at and the state come before the name.
 Request makeVariableReport(const ReportOptions& options)
 {
-    constexpr std::size_t kLongestName = 64;
+    // The user's name is also the share's.
+    constexpr std::size_t kLongestName = cmdsvc::kLongestShareName;
     if (options.user.empty() || options.user.size() > kLongestName) {
-        throw Failure(kWrongUsage, "with --as-variable a user's name has 1 to 64 bytes");
+        throw Failure(kWrongUsage, "with --as-variable a user's name has 1 to " +
+                                       std::to_string(kLongestName) + " bytes");
     }
     if (options.state == '\n') {
         throw Failure(kWrongUsage,
                       "with --as-variable the state 10 cannot be told from the line's end");
     }
-    const auto size = static_cast<char>(options.user.size() + 2);
     const auto state = static_cast<char>(options.state);
-    return {.code = "subs",
-            .line = std::string("subs ") + size + ' ' + state + parameterLine(options.user)};
+    return {cmdsvc::command("subs"), {std::string{kIgnored, state} + options.user}};
 }
 
 Request makeFileReport(const ReportOptions& options)
 {
-    const auto state = static_cast<char>(options.state);
-    return {"sub1", 2, std::string(1, state) + ' ' + parameterLine(options.user)};
+    return {cmdsvc::command("sub1"), {options.state, std::uint32_t{kIgnored}, options.user}};
 }
 
 void report(const ReportOptions& options)
@@ -88,10 +90,9 @@ struct BackupTable {
 BackupTable fetchTable(const Connection& connection)
 {
     constexpr std::size_t kCapacityOffset = 7;
-    constexpr std::string_view kTag = "gubr ";
-    const Request request = {"gub1"};
-    const std::string rest = askForBytes(connection, request, kTag);
-    const std::string payload = std::string(kTag) + rest;
+    const Request request = {cmdsvc::command("gub1")};
+    const std::string payload =
+        std::string(request.command.answer.tag) + askForBytes(connection, request);
     if (payload.size() < cmdsvc::kHeaderSize) {
         failUnreadable(request, {});
     }

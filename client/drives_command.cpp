@@ -14,7 +14,7 @@ void client::buildDrivesCommand(CLI::App& drives)
     check->footer("Examples:\n"
                   "  vokctl drives check && echo good");
     check->callback([connection] {
-        askToDo(*connection, {"grst"}, cmdsvc::kDriveCountReadable);
+        askToDo(*connection, {cmdsvc::command("grst")});
         std::cerr << "vokctl: the number of drives can be read\n";
     });
 }

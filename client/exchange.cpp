@@ -2,99 +2,89 @@
 #include "client/exchange.h"
 
 #include "client/failure.h"
-#include "cmdsvc/protocol.h"
+#include "client/sentences.h"
 
 namespace client {
 namespace {
 
-/// Fails where the service has no answer of the command's to give.
-void checkServed(std::string_view bytes)
+/// How vokctl ends if the service has no answer of the command's to give.
+ExitCode exitCodeOf(cmdsvc::Status status)
 {
-    const Answer answer = readAnswer(bytes);
-    if (answer.shape != Shape::kStatus || answer.tag != cmdsvc::kServiceCode) {
-        return;
+    switch (status) {
+    case cmdsvc::kNotAdmitted:
+        return kNotPermitted;
+    case cmdsvc::kRequestTimedOut:
+        return kNoAnswer;
+    case cmdsvc::kRequestTooLong:
+        return kWrongUsage;
+    default:
+        return kUnreadableAnswer;
     }
-    ExitCode code = kUnreadableAnswer;
-    if (answer.value == cmdsvc::kNotAdmitted) {
-        code = kNotPermitted;
-    } else if (answer.value == cmdsvc::kRequestTimedOut) {
-        code = kNoAnswer;
-    } else if (answer.value == cmdsvc::kRequestTooLong) {
-        code = kWrongUsage;
-    }
-    throw Failure(code, refusalSentence(cmdsvc::kServiceCode, answer.value));
 }
 
-std::string send(const Connection& connection, const Request& request)
+[[noreturn]] void failRefused(const cmdsvc::Command& command, cmdsvc::Status status)
 {
-    const std::string line =
-        request.line.empty() ? makeFrame(request.code, request.count) : request.line;
-    const Reply reply = sendRequest(connection, line + request.parameters);
-    if (reply.code != kGood) {
-        throw Failure(reply.code, reply.complaint);
-    }
-    checkServed(reply.bytes);
-    return reply.bytes;
-}
-
-/// Fails where an answer is a refusal.
-void checkAccepted(const Request& request, const Answer& answer, std::uint32_t good = cmdsvc::kGood)
-{
-    const bool isWord = answer.shape == Shape::kWord && answer.value != good;
-    const bool isStatus = answer.shape == Shape::kStatus && answer.value != good;
-    if (isWord || isStatus || answer.shape == Shape::kError) {
-        throw Failure(kRefused, refusalSentence(request.code, answer.value));
-    }
-    if (answer.trailingError) {
-        throw Failure(kRefused, refusalSentence(request.code, *answer.trailingError));
-    }
+    throw Failure(kRefused, refusalSentence(command.code, status));
 }
 
 } // namespace
 
-std::string parameterLine(const std::string& text)
+Answer acceptAnswer(const cmdsvc::Command& command, std::string_view bytes)
 {
-    if (text.find_first_of(std::string_view("\n\0", 2)) != std::string::npos) {
-        throw Failure(kWrongUsage, "a name or a value cannot hold a newline or a zero byte");
+    Answer answer = readAnswer(command, bytes);
+    switch (answer.verdict) {
+    case Verdict::kGood:
+        return answer;
+    case Verdict::kRefused:
+        failRefused(command, answer.status);
+    case Verdict::kNotServed:
+        throw Failure(exitCodeOf(answer.status),
+                      refusalSentence(cmdsvc::kServiceCode, answer.status));
+    case Verdict::kEmpty:
+    case Verdict::kUnreadable:
+        break;
     }
-    return text + "\n";
+    failUnreadable({command}, answer);
 }
 
-void askToDo(const Connection& connection, const Request& request, std::uint32_t good)
+Answer ask(const Connection& connection, const Request& request)
 {
-    const Answer answer = readAnswer(send(connection, request));
-    checkAccepted(request, answer, good);
-    if (answer.shape != Shape::kWord && answer.shape != Shape::kStatus) {
-        failUnreadable(request, answer);
+    const Reply reply = sendRequest(connection, makeFrame(request.command, request.values));
+    if (reply.code != kGood) {
+        throw Failure(reply.code, reply.complaint);
     }
+    return acceptAnswer(request.command, reply.bytes);
 }
 
-Answer askForLines(const Connection& connection, const Request& request, std::string_view tag)
+void askToDo(const Connection& connection, const Request& request)
 {
-    Answer answer = readAnswer(send(connection, request));
-    checkAccepted(request, answer);
-    if (answer.shape != Shape::kHeader || answer.tag != tag) {
-        failUnreadable(request, answer);
+    static_cast<void>(ask(connection, request));
+}
+
+Listing askForLines(const Connection& connection, const Request& request)
+{
+    Answer answer = ask(connection, request);
+    TextLines body = readLines(request.command, answer.body);
+    if (body.error) {
+        failRefused(request.command, *body.error);
     }
-    return answer;
+    return {std::move(answer), std::move(body.lines)};
 }
 
 std::string askForBytes(const Connection& connection, const Request& request,
                         std::string_view start)
 {
-    const std::string bytes = send(connection, request);
-    if (bytes.starts_with(start)) {
-        return bytes.substr(start.size());
+    const Answer answer = ask(connection, request);
+    if (!answer.body.starts_with(start)) {
+        failUnreadable(request, answer);
     }
-    const Answer answer = readAnswer(bytes);
-    checkAccepted(request, answer);
-    failUnreadable(request, answer);
+    return answer.body.substr(start.size());
 }
 
 void failUnreadable(const Request& request, const Answer& answer)
 {
     throw Failure(kUnreadableAnswer,
-                  "the answer cannot be read; it is " + describeAnswer(answer, request.code));
+                  "the answer cannot be read; it is " + describeAnswer(request.command, answer));
 }
 
 } // namespace client

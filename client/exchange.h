@@ -5,41 +5,47 @@
 // read.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "client/answer.h"
-#include "client/request.h"
-#include "cmdsvc/protocol.h"
+#include "client/connection.h"
+#include "client/frame.h"
+#include "cmdsvc/commands.h"
 
 namespace client {
 
-/// A request: code, parameter count, and the bytes behind its first line.
+/// A command, and the values of its parameters in the order of its row.
 struct Request {
-    std::string_view code;
-    std::uint32_t count = 0;
-    std::string parameters = {};
-    std::string line =
-        {}; ///< the first line's bytes, where it carries parameters instead of a count
+    const cmdsvc::Command& command;
+    std::vector<Value> values = {};
 };
 
-/// A text as a parameter line. It must not hold a newline or a zero byte.
-[[nodiscard]] std::string parameterLine(const std::string& text);
+/// Sends a request.
+/// @return its good answer
+[[nodiscard]] Answer ask(const Connection& connection, const Request& request);
 
-/// Sends a request whose good answer is a status code, as a rule 0.
-void askToDo(const Connection& connection, const Request& request,
-             std::uint32_t good = cmdsvc::kGood);
+/// Sends a request whose good answer says no more than that all went well.
+void askToDo(const Connection& connection, const Request& request);
 
-/// Sends a request whose good answer is a header with this tag.
-/// @return the answer, its bytes behind the header as lines
-[[nodiscard]] Answer askForLines(const Connection& connection, const Request& request,
-                                 std::string_view tag);
+/// A good answer, and its body as lines.
+struct Listing {
+    Answer answer;
+    std::vector<std::string> lines;
+};
 
-/// Sends a request whose good answer starts so.
-/// @return the bytes behind that
+/// Sends a request whose good answer is a header with lines of text.
+[[nodiscard]] Listing askForLines(const Connection& connection, const Request& request);
+
+/// Sends a request whose good answer begins so, after its tag.
+/// @return the bytes that follow
 [[nodiscard]] std::string askForBytes(const Connection& connection, const Request& request,
-                                      std::string_view start);
+                                      std::string_view start = "");
+
+/// What an answer's bytes hold for a command that asks for its good answer.
+/// @return the good answer
+[[nodiscard]] Answer acceptAnswer(const cmdsvc::Command& command, std::string_view bytes);
 
 /// The failure of an answer that makes no sense.
 [[noreturn]] void failUnreadable(const Request& request, const Answer& answer);

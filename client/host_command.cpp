@@ -55,10 +55,9 @@ std::string formatTime(const std::tm& time)
 
 void setHost(const Options& options)
 {
-    const std::string parameters = parameterLine(formatTime(readTime(options.time))) +
-                                   parameterLine(options.name) + parameterLine(options.workGroup) +
-                                   parameterLine(options.language);
-    askToDo(options.connection, {"host", 4, parameters});
+    askToDo(options.connection, {cmdsvc::command("host"),
+                                 {formatTime(readTime(options.time)), options.name,
+                                  options.workGroup, options.language}});
     std::cerr << "vokctl: the settings were applied\n";
 }
 
@@ -73,6 +72,10 @@ std::string listLanguages()
     return list;
 }
 
+/// What the longest of these names has, in bytes.
+constexpr std::size_t kLongestHostName = cmdsvc::parameter("host", "host name").limit.longest;
+constexpr std::size_t kLongestWorkGroup = cmdsvc::parameter("host", "work group").limit.longest;
+
 } // namespace
 
 void buildHostCommand(CLI::App& host)
@@ -83,10 +86,12 @@ void buildHostCommand(CLI::App& host)
     set->add_option("--time", options->time, "The time in UTC, 2026-11-21T18:30:00 (default: now)")
         ->type_name("TIME");
     set->add_option("--name", options->name,
-                    "The host name, 2 to 32 bytes; without it, the name stays as it is")
+                    "The host name, 2 to " + std::to_string(kLongestHostName) +
+                        " bytes; without it, the name stays as it is")
         ->type_name("NAME");
     set->add_option("--workgroup", options->workGroup,
-                    "The work group, 2 to 32 bytes; without it, the group stays as it is")
+                    "The work group, 2 to " + std::to_string(kLongestWorkGroup) +
+                        " bytes; without it, the group stays as it is")
         ->type_name("NAME");
     set->add_option("--language", options->language, "One of " + listLanguages())
         ->type_name("CODE")

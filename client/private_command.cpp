@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -9,7 +8,6 @@
 #include "client/commands.h"
 #include "client/exchange.h"
 #include "client/failure.h"
-#include "core/bytes.h"
 
 namespace client {
 namespace {
@@ -21,25 +19,23 @@ struct Options {
 
 constexpr const char* kStandardStream = "-";
 
-std::string wordOf(std::uint32_t value)
-{
-    std::array<char, cmdsvc::kWordSize> bytes;
-    core::putU32(bytes, value);
-    return {bytes.begin(), bytes.end()};
-}
-
 // ---- get --------------------------------------------------------------------------------------
 
 std::string fetchFile(const Connection& connection)
 {
-    const Request request = {"gpvt"};
-    const std::string rest = askForBytes(connection, request, "gprt " + wordOf(2) + "\n");
+    constexpr std::uint32_t kPartsCount = 2;
     constexpr std::size_t kHeadSize = cmdsvc::kWordSize + 1;
-    if (rest.size() < kHeadSize || rest[cmdsvc::kWordSize] != '\n' ||
-        core::getU32(std::span(rest).first<cmdsvc::kWordSize>()) != rest.size() - kHeadSize) {
+    const Request request = {cmdsvc::command("gpvt")};
+    const Answer answer = ask(connection, request);
+    if (answer.count != kPartsCount) {
+        failUnreadable(request, answer);
+    }
+    const std::string& body = answer.body;
+    if (body.size() < kHeadSize ||
+        !body.starts_with(wordBytes(static_cast<std::uint32_t>(body.size() - kHeadSize)) + "\n")) {
         failUnreadable(request, {});
     }
-    return rest.substr(kHeadSize);
+    return body.substr(kHeadSize);
 }
 
 /// Writes a whole file or none: what was there before stays until the new one is complete.
@@ -109,13 +105,13 @@ void put(const Options& options)
     if (content.empty() || content.size() > kLargest) {
         refuse(content.size());
     }
-    const std::string size = wordOf(static_cast<std::uint32_t>(content.size()));
-    if (size.find('\n') != std::string::npos) {
+    const auto size = static_cast<std::uint32_t>(content.size());
+    if (wordBytes(size).find('\n') != std::string::npos) {
         throw Failure(kWrongUsage, "a file of " + std::to_string(content.size()) +
                                        " bytes cannot be sent: its size holds a newline byte. Make "
                                        "it longer or shorter.");
     }
-    askToDo(options.connection, {"spvt", 2, size + "\n" + content + "\n"});
+    askToDo(options.connection, {cmdsvc::command("spvt"), {size, content}});
     std::cerr << "vokctl: the private file was replaced\n";
 }
 

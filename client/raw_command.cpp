@@ -2,17 +2,18 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 
 #include "client/answer.h"
 #include "client/commands.h"
+#include "client/connection.h"
 #include "client/failure.h"
-#include "client/request.h"
-#include "vokcontrol.h"
+#include "client/frame.h"
+#include "cmdsvc/request_reader.h"
+#include "view/terminal_text.h"
 
 namespace client {
 namespace {
-
-constexpr std::size_t kCodeSize = 4;
 
 struct RawOptions {
     Connection connection;
@@ -73,15 +74,30 @@ std::string buildFrame(const RawOptions& options)
     if (!options.framePath.empty()) {
         return readFrame(options.framePath);
     }
-    if (options.code.size() != kCodeSize) {
+    if (options.code.size() != cmdsvc::kCodeSize) {
         throw CLI::ValidationError("CODE",
                                    "takes four characters, such as \"lstu\" (or use --frame)");
     }
-    std::string frame = makeFrame(options.code, options.count);
+    std::string frame = firstLine(options.code, options.count);
     for (const std::string& line : options.lines) {
         frame += line + "\n";
     }
     return frame + readHex(options.hex);
+}
+
+/// What an answer to a frame means, as far as this client knows the command.
+std::string tellAnswer(std::string_view frame, std::string_view bytes)
+{
+    const cmdsvc::Command* command = cmdsvc::findCommand(cmdsvc::codeOf(frame));
+    if (command != nullptr) {
+        return "Read as " + describeAnswer(*command, readAnswer(*command, bytes));
+    }
+    if (const std::optional<cmdsvc::Status> status = readServiceStatus(bytes)) {
+        return "Read as " + describeServiceStatus(*status);
+    }
+    const std::string code = view::makePrintable(frame.substr(0, cmdsvc::kCodeSize)).text;
+    return "Not read: this client knows no command \"" + code + "\"" +
+           (bytes.empty() ? "; the answer is empty" : "");
 }
 
 void sendRaw(const RawOptions& options)
@@ -91,8 +107,7 @@ void sendRaw(const RawOptions& options)
     if (reply.code != kGood) {
         throw Failure(reply.code, reply.complaint);
     }
-    std::cout << hexdump(reply.bytes) << "Read as "
-              << describeAnswer(readAnswer(reply.bytes), frame.substr(0, kCodeSize)) << "\n";
+    std::cout << hexdump(reply.bytes) << tellAnswer(frame, reply.bytes) << "\n";
 }
 
 } // namespace
@@ -104,13 +119,13 @@ void buildRawCommand(CLI::App& raw)
     CLI::Option* count =
         raw.add_option("--count", options->count, "The parameter count (default: 0)");
     CLI::Option* line = raw.add_option("--line", options->lines,
-                                       "A line of text behind the request's first; may be repeated")
+                                       "A line of text after the request's first; may be repeated")
                             ->type_name("TEXT")
                             ->expected(1)
                             ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
                             ->allow_extra_args(false);
     CLI::Option* hex =
-        raw.add_option("--hex", options->hex, "Bytes behind the lines")->type_name("BYTES");
+        raw.add_option("--hex", options->hex, "Bytes after the lines")->type_name("BYTES");
     raw.add_option("--frame", options->framePath, "Send this file's bytes and nothing else")
         ->type_name("FILE")
         ->excludes(code)

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <array>
 #include <iostream>
 #include <memory>
 
@@ -7,7 +6,6 @@
 #include "client/exchange.h"
 #include "client/failure.h"
 #include "client/json_text.h"
-#include "core/bytes.h"
 #include "view/terminal_text.h"
 
 namespace client {
@@ -21,22 +19,14 @@ struct Options {
     bool json = false;
 };
 
-[[noreturn]] void failOnBytes(const Request& request)
-{
-    failUnreadable(request, {});
-}
-
 // ---- urls -------------------------------------------------------------------------------------
 
 std::string fetchValue(const Connection& connection, std::uint32_t key)
 {
-    std::array<char, cmdsvc::kWordSize> bytes;
-    core::putU32(bytes, key);
-    const std::string word(bytes.begin(), bytes.end());
-    const Request request = {"getv", 1, word + "\n"};
-    std::string value = askForBytes(connection, request, "getv " + word + "\n");
+    const Request request = {cmdsvc::command("getv"), {key}};
+    std::string value = askForBytes(connection, request, wordBytes(key) + "\n");
     if (!value.ends_with('\n')) {
-        failOnBytes(request);
+        failUnreadable(request, {});
     }
     value.pop_back();
     return value;
@@ -59,35 +49,35 @@ void showUrls(const Options& options)
 
 // ---- Names and values -------------------------------------------------------------------------
 
-/// What the strictest of these commands takes of a line. The rest of a longer one would be the
-/// next.
-constexpr std::size_t kLongestText = 253;
+/// What the strictest of these commands takes of a line, without its newline and its terminator.
+/// The rest of a longer one would be the next line.
+constexpr std::size_t kLongestText = cmdsvc::parameter("warp", "user").room - 2;
 
-std::string remoteLine(const std::string& text)
+const std::string& remoteText(const std::string& text)
 {
     if (text.size() > kLongestText) {
-        throw Failure(kWrongUsage, "a name or a value has more than 253 bytes");
+        throw Failure(kWrongUsage,
+                      "a name or a value has more than " + std::to_string(kLongestText) + " bytes");
     }
-    return parameterLine(text);
+    return checkedLine(text);
 }
 
 // ---- status -----------------------------------------------------------------------------------
 
-/// Remote access as requests and answers carry it.
+/// Remote access as answers carry it.
 constexpr std::string_view kOff("\0\n", 2);
 constexpr std::string_view kOn("\1\n", 2);
 
 bool isOn(const Options& options)
 {
     const std::string entity = options.user.empty() ? "system" : "user";
-    Request request = {"wags", 1, parameterLine(entity)};
+    Request request = {cmdsvc::command("wags"), {entity}};
     if (!options.user.empty()) {
-        request.count = 2;
-        request.parameters += remoteLine(options.user);
+        request.values.emplace_back(remoteText(options.user));
     }
-    const std::string flag = askForBytes(options.connection, request, "wags " + entity + "\n");
+    const std::string flag = askForBytes(options.connection, request, entity + "\n");
     if (flag != kOff && flag != kOn) {
-        failOnBytes(request);
+        failUnreadable(request, {});
     }
     return flag == kOn;
 }
@@ -101,29 +91,30 @@ void showStatus(const Options& options)
 
 constexpr std::string_view kDone("\0\n\0\n", 4);
 
-/// Sends a request that is answered with its own code and nothing to tell.
+/// Sends a request whose answer has nothing to tell.
 void askAndCheck(const Connection& connection, const Request& request)
 {
-    if (askForBytes(connection, request, std::string(request.code) + " ") != kDone) {
-        failOnBytes(request);
+    if (askForBytes(connection, request) != kDone) {
+        failUnreadable(request, {});
     }
 }
 
-std::string registrationLines(const Options& options)
+std::vector<Value> registration(const Options& options)
 {
-    return remoteLine(options.user) + remoteLine(options.first) + remoteLine(options.second);
+    return {remoteText(options.user), remoteText(options.first), remoteText(options.second)};
 }
 
 void registerUser(const Options& options)
 {
-    askAndCheck(options.connection, {"warp", 3, registrationLines(options)});
+    askAndCheck(options.connection, {cmdsvc::command("warp"), registration(options)});
     std::cerr << "vokctl: the user was registered\n";
 }
 
 void switchAccess(const Options& options, bool isWanted)
 {
-    const std::string flag(isWanted ? kOn : kOff);
-    askAndCheck(options.connection, {"wasu", 4, registrationLines(options) + flag});
+    Request request = {cmdsvc::command("wasu"), registration(options)};
+    request.values.emplace_back(isWanted ? 1U : 0U);
+    askAndCheck(options.connection, request);
     std::cerr << "vokctl: the user's remote access is " << (isWanted ? "on" : "off") << " now\n";
 }
 

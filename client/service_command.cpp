@@ -14,7 +14,7 @@ void client::buildServiceCommand(CLI::App& service)
     command->footer("Examples:\n"
                     "  vokctl service restart && vokctl status --wait 60 --max-age 60");
     command->callback([connection] {
-        askToDo(*connection, {"sgss"});
+        askToDo(*connection, {cmdsvc::command("sgss")});
         std::cerr << "vokctl: the status service was started, unless it was running already\n";
     });
 }

@@ -26,27 +26,27 @@ void addPending(CLI::App& setup)
                     "\n"
                     "Ends with 0 when it is, and with 1 when it has been done.");
     pending->callback([options] {
-        askToDo(options->connection, {"frst"});
+        askToDo(options->connection, {cmdsvc::command("frst")});
         std::cerr << "vokctl: the appliance waits for its first setup\n";
     });
 }
 
 void showQuickSetup(const Options& options)
 {
-    const Request request = {"qlps"};
-    const Answer answer = askForLines(options.connection, request, "qlrt");
-    if (answer.lines.size() != 2) {
+    const Request request = {cmdsvc::command("qlps")};
+    const auto [answer, lines] = askForLines(options.connection, request);
+    if (lines.size() != 2) {
         failUnreadable(request, answer);
     }
     if (options.json) {
         Json json;
-        json["language"] = answer.lines[0];
-        json["public_share_name"] = answer.lines[1];
+        json["language"] = lines[0];
+        json["public_share_name"] = lines[1];
         std::cout << renderJson(json);
         return;
     }
-    std::cout << "Language:           " << view::makePrintable(answer.lines[0]).text << "\n"
-              << "Public share name:  " << view::makePrintable(answer.lines[1]).text << "\n";
+    std::cout << "Language:           " << view::makePrintable(lines[0]).text << "\n"
+              << "Public share name:  " << view::makePrintable(lines[1]).text << "\n";
 }
 
 void addQuick(CLI::App& setup)

@@ -10,6 +10,7 @@
 #include "client/failure.h"
 #include "client/json_text.h"
 #include "client/text_table.h"
+#include "view/terminal_text.h"
 
 namespace client {
 namespace {
@@ -29,14 +30,14 @@ struct Share {
 
 std::vector<Share> fetchShares(const Connection& connection)
 {
-    const Request request = {"lsts"};
-    const Answer answer = askForLines(connection, request, "lsst");
-    if (answer.lines.size() % 2 != 0) {
+    const Request request = {cmdsvc::command("lsts")};
+    const auto [answer, lines] = askForLines(connection, request);
+    if (lines.size() % 2 != 0) {
         failUnreadable(request, answer);
     }
     std::vector<Share> shares;
-    for (std::size_t i = 0; i < answer.lines.size(); i += 2) {
-        shares.push_back({answer.lines[i], answer.lines[i + 1]});
+    for (std::size_t i = 0; i < lines.size(); i += 2) {
+        shares.push_back({lines[i], lines[i + 1]});
     }
     return shares;
 }
@@ -76,12 +77,12 @@ void listShares(const Options& options)
 bool mayExist(const Options& options)
 {
     constexpr char kNone = 3;
-    const Request request = {"gsp1", 1, parameterLine(options.name)};
-    const Answer answer = askForLines(options.connection, request, "gspr");
-    if (answer.lines.size() != 1 || answer.lines[0].size() != 1) {
+    const Request request = {cmdsvc::command("gsp1"), {options.name}};
+    const auto [answer, lines] = askForLines(options.connection, request);
+    if (lines.size() != 1 || lines[0].size() != 1) {
         failUnreadable(request, answer);
     }
-    return answer.lines[0][0] != kNone;
+    return lines[0][0] != kNone;
 }
 
 /// The share itself. The question above also finds shares whose names are longer.
@@ -109,26 +110,25 @@ void showShare(const Options& options)
 
 void showPublicName(const Options& options)
 {
-    const Request request = {"gps1"};
-    const Answer answer = askForLines(options.connection, request, "gpsr");
-    if (answer.lines.size() != 1) {
+    const Request request = {cmdsvc::command("gps1")};
+    const auto [answer, lines] = askForLines(options.connection, request);
+    if (lines.size() != 1) {
         failUnreadable(request, answer);
     }
-    if (answer.lines[0].empty()) {
+    if (lines[0].empty()) {
         throw Failure(kNoData, "the appliance has no name for its public share");
     }
-    std::cout << view::makePrintable(answer.lines[0]).text << "\n";
+    std::cout << view::makePrintable(lines[0]).text << "\n";
 }
 
 // ---- create -----------------------------------------------------------------------------------
 
 Request makeCreation(const Options& options)
 {
-    const std::string name = parameterLine(options.name);
     if (options.isPublic) {
-        return {"pshr", 3, parameterLine("guest") + name};
+        return {cmdsvc::command("pshr"), {"guest", options.name}};
     }
-    return {"shar", 3, parameterLine(options.user) + name};
+    return {cmdsvc::command("shar"), {options.user, options.name}};
 }
 
 void createShare(const Options& options)
@@ -182,7 +182,11 @@ void addCreate(CLI::App& shares)
     const auto options = std::make_shared<Options>();
     CLI::App* create =
         shares.add_subcommand("create", "Create a share for everybody or for a user");
-    create->add_option("NAME", options->name, "The share's name, at most 64 bytes")->required();
+    constexpr std::size_t kLongest = cmdsvc::parameter("shar", "share").limit.longest;
+    create
+        ->add_option("NAME", options->name,
+                     "The share's name, at most " + std::to_string(kLongest) + " bytes")
+        ->required();
     CLI::Option_group* owner = create->add_option_group("For whom");
     owner->add_flag("--public", options->isPublic, "For everybody");
     owner->add_option("--for", options->user, "For this user alone")->type_name("USER");

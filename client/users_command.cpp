@@ -30,14 +30,14 @@ std::string renderText(const std::vector<std::string>& users)
 
 void listUsers(const ListOptions& options)
 {
-    const Request request = {"lstu"};
-    const Answer answer = askForLines(options.connection, request, "lsut");
-    if (answer.lines.size() != answer.value) {
+    const Request request = {cmdsvc::command("lstu")};
+    const auto [answer, lines] = askForLines(options.connection, request);
+    if (lines.size() != answer.count) {
         failUnreadable(request, answer);
     }
     Json json;
-    json["users"] = answer.lines;
-    std::cout << (options.json ? renderJson(json) : renderText(answer.lines));
+    json["users"] = lines;
+    std::cout << (options.json ? renderJson(json) : renderText(lines));
 }
 
 void addList(CLI::App& users)
@@ -61,9 +61,9 @@ struct AccountOptions {
 
 void createUser(const AccountOptions& options)
 {
-    const std::string name = parameterLine(options.name);
-    const std::string password = parameterLine(readNewPassword());
-    askToDo(options.connection, {"crat", 2, name + password});
+    // Before anybody types a password for it.
+    checkedLine(options.name);
+    askToDo(options.connection, {cmdsvc::command("crat"), {options.name, readNewPassword()}});
     std::cerr << "vokctl: the user " << view::makePrintable(options.name).text << " was created\n";
 }
 
@@ -71,7 +71,11 @@ void addCreate(CLI::App& users)
 {
     const auto options = std::make_shared<AccountOptions>();
     CLI::App* create = users.add_subcommand("create", "Create an account");
-    create->add_option("NAME", options->name, "The user's name, at most 32 bytes")->required();
+    constexpr std::size_t kLongest = cmdsvc::parameter("crat", "user").limit.longest;
+    create
+        ->add_option("NAME", options->name,
+                     "The user's name, at most " + std::to_string(kLongest) + " bytes")
+        ->required();
     addConnectionOptions(*create, options->connection);
     create->footer("Examples:\n"
                    "  vokctl users create carla            asks for the password, twice\n"
@@ -85,9 +89,9 @@ void addCreate(CLI::App& users)
 
 void verifyUser(const AccountOptions& options)
 {
-    const Request request = {"wall", 2,
-                             parameterLine(options.name) + parameterLine(readPassword())};
-    if (!askForBytes(options.connection, request, "wall \n").empty()) {
+    checkedLine(options.name);
+    const Request request = {cmdsvc::command("wall"), {options.name, readPassword()}};
+    if (!askForBytes(options.connection, request, "\n").empty()) {
         throw Failure(kUnreadableAnswer, "the answer is longer than it can be");
     }
     std::cerr << "vokctl: the password is right\n";

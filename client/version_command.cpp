@@ -11,12 +11,12 @@ namespace {
 
 void showVersion(const Connection& connection)
 {
-    const Request request = {"vers"};
-    const Answer answer = askForLines(connection, request, "vert");
-    if (answer.lines.size() != 1) {
+    const Request request = {cmdsvc::command("vers")};
+    const auto [answer, lines] = askForLines(connection, request);
+    if (lines.size() != 1) {
         failUnreadable(request, answer);
     }
-    std::cout << view::makePrintable(answer.lines[0]).text << "\n";
+    std::cout << view::makePrintable(lines[0]).text << "\n";
 }
 
 } // namespace

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "client/answer.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <random>
 
-#include "cmdsvc/protocol.h"
 #include "tests/support/root.h"
 
 namespace {
@@ -11,257 +12,271 @@ namespace {
 using client::Answer;
 using client::describeAnswer;
 using client::readAnswer;
-using client::refusalSentence;
-using client::Shape;
+using client::readLines;
+using client::Verdict;
+using cmdsvc::Command;
+using cmdsvc::command;
+using cmdsvc::Status;
 using root::le32;
 using Lines = std::vector<std::string>;
 
 const std::string kZero(1, '\0');
 
-// ---- Shapes -----------------------------------------------------------------------------------
-
-TEST(Answer, everyShapeIsKnownByItsBytes)
+std::string error(std::uint32_t code)
 {
-    EXPECT_EQ(readAnswer("").shape, Shape::kEmpty);
-    EXPECT_EQ(readAnswer(le32(0)).shape, Shape::kWord);
-    EXPECT_EQ(readAnswer("erro " + le32(2)).shape, Shape::kError);
-    EXPECT_EQ(readAnswer("sub1 " + le32(2) + kZero).shape, Shape::kStatus);
-    EXPECT_EQ(readAnswer("lsut " + le32(0) + "\n").shape, Shape::kHeader);
+    return "erro " + le32(code);
+}
+
+std::string status(const std::string& name, std::uint32_t code)
+{
+    return name + " " + le32(code) + kZero;
+}
+
+/// An answer as one text, so that a test sees all of it.
+std::string read(const Command& row, const std::string& bytes)
+{
+    const Answer answer = readAnswer(row, bytes);
+    const std::string code = std::to_string(cmdsvc::wordOf(answer.status));
+    switch (answer.verdict) {
+    case Verdict::kGood:
+        return "good " + code + " " + std::to_string(answer.count) + " " + answer.body;
+    case Verdict::kRefused:
+        return "refused " + code;
+    case Verdict::kNotServed:
+        return "not served " + code;
+    case Verdict::kEmpty:
+        return "empty";
+    case Verdict::kUnreadable:
+        break;
+    }
+    return "unreadable";
+}
+
+// ---- Good answers -----------------------------------------------------------------------------
+
+TEST(Answer, wordIsGoodOrARefusal)
+{
+    EXPECT_EQ(read(command("crat"), le32(0)), "good 0 0 ");
+    EXPECT_EQ(read(command("crat"), le32(0x10000001)), "refused 268435457");
+    // What looks like text is a status code all the same.
+    EXPECT_EQ(read(command("crat"), "crat"), "refused 1952543331");
+    EXPECT_EQ(read(command("crat"), "erro"), "refused 1869771365");
+    EXPECT_EQ(read(command("crat"), "serv"), "refused 1987208563");
+    EXPECT_EQ(read(command("crat"), "a\nb\n"), "refused 174197345");
+}
+
+TEST(Answer, goodWordIsTheRows)
+{
+    EXPECT_EQ(read(command("grst"), le32(0xD0000001)), "good 3489660929 0 ");
+    EXPECT_EQ(read(command("grst"), le32(0xFF000004)), "refused 4278190084");
+    EXPECT_EQ(read(command("grst"), le32(0)), "refused 0");
+}
+
+TEST(Answer, headerHasItsTagItsCountAndItsBody)
+{
+    EXPECT_EQ(read(command("lstu"), "lsut " + le32(2) + "\nanna\nbob\n"), "good 0 2 anna\nbob\n");
+    EXPECT_EQ(read(command("lstu"), "lsut " + le32(0) + "\n"), "good 0 0 ");
+    // A count may hold a newline.
+    EXPECT_EQ(read(command("lstu"), "lsut " + le32(10) + "\nanna\n"), "good 0 10 anna\n");
     for (const std::string& bytes :
-         {std::string("abc"), std::string("erro1"), "erro " + le32(2) + "x",
-          "sub1 " + le32(2) + kZero + "x", "lsut_" + le32(0) + "\n", std::string(100, 'x')}) {
-        EXPECT_EQ(readAnswer(bytes).shape, Shape::kUnreadable) << bytes;
+         {"lsst " + le32(0) + "\n", "lstu " + le32(0) + "\n", "lsut_" + le32(0) + "\n",
+          "lsut " + le32(0) + kZero, "lsut " + le32(0), std::string("lsut"),
+          std::string("lsut ")}) {
+        EXPECT_EQ(read(command("lstu"), bytes), "unreadable") << bytes;
     }
 }
 
-TEST(Answer, tagsWithoutACountAreToldApartFromHeaders)
+TEST(Answer, bytesFollowTheirTagWhateverTheyAre)
 {
-    const Answer access = readAnswer("wags user\n\1\n");
-    EXPECT_EQ(access.shape, Shape::kTagged);
-    EXPECT_EQ(access.tag, "wags");
-    EXPECT_EQ(access.lines, (Lines{"user", "\1"}));
-    EXPECT_EQ(describeAnswer(access, "wags"), "\"wags\" and\n  user\n  \\u{1}");
-    EXPECT_EQ(describeAnswer(readAnswer("gpsn "), "gpsn"), "\"gpsn\" and nothing more");
-    EXPECT_EQ(readAnswer("gspc \2\n" + std::string(3, '\0')).shape, Shape::kTagged);
-    EXPECT_EQ(readAnswer("gspc " + le32(0xF0000001) + std::string(1, '\0')).shape, Shape::kStatus);
-    EXPECT_EQ(readAnswer("gubr " + le32(1) + "\nrecord\n").shape, Shape::kTagged);
-    EXPECT_EQ(readAnswer("wall").shape, Shape::kWord);
-    EXPECT_EQ(readAnswer("wallx").shape, Shape::kUnreadable);
+    EXPECT_EQ(read(command("gpsn"), "gpsn "), "good 0 0 ");
+    EXPECT_EQ(read(command("wags"), "wags user\n\1\n"), "good 0 0 user\n\1\n");
+    EXPECT_EQ(read(command("gub1"), "gubr " + le32(1) + "\nrecord\n"),
+              "good 0 0 " + le32(1) + "\nrecord\n");
+    EXPECT_EQ(read(command("getv"), "getv " + le32(1) + "\nhttps://up\n"),
+              "good 0 0 " + le32(1) + "\nhttps://up\n");
+    // This is no status: only commands that refuse with one have any.
+    EXPECT_EQ(read(command("wall"), status("wall", 1)), "good 0 0 " + le32(1) + kZero);
+    for (const char* bytes : {"gpsn", "gpsr ", "GPSN ", "x"}) {
+        EXPECT_EQ(read(command("gpsn"), bytes), "unreadable") << bytes;
+    }
 }
 
-TEST(Answer, valuesAreLittleEndian)
+TEST(Answer, headersBodyMayBeAnyBytes)
 {
-    EXPECT_EQ(readAnswer(le32(0xFF000003)).value, 0xFF000003U);
-    EXPECT_EQ(readAnswer("erro " + le32(0x20000006)).value, 0x20000006U);
-    const Answer status = readAnswer("sub1 " + le32(0xC2000002) + kZero);
-    EXPECT_EQ(status.value, 0xC2000002U);
-    EXPECT_EQ(status.tag, "sub1");
+    const std::string file = le32(14) + "\nline\n" + error(0xFF000006);
+    EXPECT_EQ(read(command("gpvt"), "gprt " + le32(2) + "\n" + file), "good 0 2 " + file);
+}
+
+TEST(Answer, statusIsGoodOrARefusal)
+{
+    EXPECT_EQ(read(command("subs"), status("subs", 0)), "good 0 0 ");
+    EXPECT_EQ(read(command("subs"), status("subs", 0xC2000003)), "refused 3254779907");
+    EXPECT_EQ(read(command("subs"), status("sub1", 0)), "unreadable");
+    EXPECT_EQ(read(command("subs"), "subs " + le32(0) + "\n"), "unreadable");
+    EXPECT_EQ(read(command("subs"), "subs " + le32(0)), "unreadable");
+    EXPECT_EQ(read(command("subs"), le32(0)), "unreadable");
 }
 
 TEST(Answer, firstOfTwoStatusesCounts)
 {
-    const std::string saved = "subs " + le32(0) + kZero;
-    const Answer answer = readAnswer("subs " + le32(0xC2000002) + kZero + saved);
-    EXPECT_EQ(answer.shape, Shape::kStatus);
-    EXPECT_EQ(answer.value, 0xC2000002U);
-    EXPECT_EQ(readAnswer(saved + saved + saved).shape, Shape::kUnreadable);
-    EXPECT_EQ(readAnswer(saved + "subs " + le32(0) + "\n").shape, Shape::kUnreadable);
+    const std::string good = status("subs", 0);
+    EXPECT_EQ(read(command("subs"), status("subs", 0xC2000002) + good), "refused 3254779906");
+    EXPECT_EQ(read(command("subs"), good + good), "good 0 0 ");
+    EXPECT_EQ(read(command("subs"), good + good + good), "unreadable");
+    EXPECT_EQ(read(command("subs"), good + status("sub1", 0)), "unreadable");
+    EXPECT_EQ(read(command("subs"), good + "subs " + le32(0) + "\n"), "unreadable");
 }
 
-TEST(Answer, linesStandBehindAHeader)
+TEST(Answer, nothingIsGoodFromACommandThatAnswersNothing)
 {
-    const Answer answer = readAnswer("lsut " + le32(2) + "\nanna\n\nbob");
-    EXPECT_EQ(answer.tag, "lsut");
-    EXPECT_EQ(answer.value, 2U);
-    EXPECT_EQ(answer.lines, (Lines{"anna", "", "bob"}));
-    EXPECT_FALSE(answer.trailingError);
-}
-
-TEST(Answer, errorBehindAHeadersLinesIsToldApart)
-{
-    const Answer answer = readAnswer("lsut " + le32(1) + "\nanna\nerro " + le32(0xFF000006));
-    EXPECT_EQ(answer.lines, Lines{"anna"});
-    EXPECT_EQ(answer.trailingError, 0xFF000006U);
-    const Answer noLines = readAnswer("lsut " + le32(1) + "\nerro " + le32(0xFF000007));
-    EXPECT_EQ(noLines.lines, Lines{});
-    EXPECT_EQ(noLines.trailingError, 0xFF000007U);
-}
-
-TEST(Answer, lineThatLooksLikeAnErrorIsALine)
-{
-    for (const char* line : {"erro abc", "Cerro Sur"}) {
-        const Answer answer = readAnswer("lsut " + le32(2) + "\nanna\n" + line + "\n");
-        EXPECT_EQ(answer.lines, (Lines{"anna", line}));
-        EXPECT_FALSE(answer.trailingError);
+    for (const Command* row :
+         {&command("dscr"), &command("gubs"), &command("ipcf"), &command("rtov")}) {
+        EXPECT_EQ(read(*row, ""), "good 0 0 ");
+        EXPECT_EQ(read(*row, "x"), "unreadable");
     }
-    EXPECT_EQ(readAnswer("lsut " + le32(1) + "\nerro abc\nerro " + le32(0xFF000006)).trailingError,
-              0xFF000006U);
+    EXPECT_EQ(read(command("rtov"), le32(0xFF000003)), "refused 4278190083");
+    EXPECT_EQ(read(command("gubs"), le32(0xFF000003)), "unreadable");
+    for (const Command* row :
+         {&command("crat"), &command("lstu"), &command("gpsn"), &command("subs")}) {
+        EXPECT_EQ(read(*row, ""), "empty");
+    }
 }
 
-TEST(Answer, countOfTenDoesNotEndTheHeader)
+// ---- Refusals ---------------------------------------------------------------------------------
+
+TEST(Answer, refusalHasTheRowsShape)
 {
-    const Answer answer = readAnswer("lsut " + le32(10) + "\nanna\n");
-    EXPECT_EQ(answer.value, 10U);
-    EXPECT_EQ(answer.lines, Lines{"anna"});
+    EXPECT_EQ(read(command("lsts"), error(0xFF000004)), "refused 4278190084");
+    EXPECT_EQ(read(command("wall"), error(1)), "refused 1");
+    EXPECT_EQ(read(command("gspc"), status("gspc", 0xF0000001)), "refused 4026531841");
+    EXPECT_EQ(read(command("crat"), error(0x10000001)), "unreadable");
+    EXPECT_EQ(read(command("crat"), status("crat", 0x10000001)), "unreadable");
+    EXPECT_EQ(read(command("lsts"), le32(0xFF000004)), "unreadable");
+    EXPECT_EQ(read(command("lsts"), status("lsts", 0xFF000004)), "unreadable");
+    EXPECT_EQ(read(command("gpsn"), error(1)), "unreadable");
+    EXPECT_EQ(read(command("lsts"), error(0xFF000004) + "x"), "unreadable");
+    EXPECT_EQ(read(command("lsts"), "erro "), "unreadable");
+}
+
+TEST(Answer, wrongCountIsAWordInEveryCommandThatChecksIt)
+{
+    EXPECT_EQ(read(command("lsts"), le32(0xFF000003)), "refused 4278190083");
+    EXPECT_EQ(read(command("wags"), le32(0xFF000003)), "refused 4278190083");
+    EXPECT_EQ(read(command("gps1"), le32(0xC1000001)), "refused 3238002689");
+    EXPECT_EQ(read(command("gps1"), le32(0xFF000003)), "unreadable");
+    EXPECT_EQ(read(command("gpsn"), le32(0xFF000003)), "unreadable");
+    EXPECT_EQ(read(command("gpsn"), le32(0)), "unreadable");
+}
+
+TEST(Answer, badShareNameIsAWordAndTheRestAreErrors)
+{
+    EXPECT_EQ(read(command("gsp1"), le32(0xC1000003)), "refused 3238002691");
+    EXPECT_EQ(read(command("gsp1"), le32(0xC1000001)), "refused 3238002689");
+    EXPECT_EQ(read(command("gsp1"), error(0xC1000001)), "refused 3238002689");
+    EXPECT_EQ(read(command("gsp1"), error(0xFF000004)), "refused 4278190084");
+    EXPECT_EQ(read(command("gsp1"), le32(0xFF000004)), "unreadable");
+}
+
+TEST(Answer, sharePropertyIsToldFromAStatusByItsNewline)
+{
+    for (const char* property : {"\1", "\2", "\3"}) {
+        EXPECT_EQ(
+            read(command("gspc"), std::string("gspc ") + property + "\n" + kZero + kZero + kZero),
+            "good 0 0 " + std::string(property) + "\n" + kZero + kZero + kZero);
+    }
+    EXPECT_EQ(read(command("gspc"), status("gspc", 0xF0000001)), "refused 4026531841");
+}
+
+TEST(Answer, serviceMayAnswerInsteadOfAnyCommand)
+{
+    for (const Command& row : cmdsvc::kCommands) {
+        EXPECT_EQ(read(row, status("serv", 0x53000002)), "not served 1392508930") << row.code;
+        EXPECT_EQ(read(row, status("serv", 0x53000002) + "x"), "unreadable") << row.code;
+    }
+    EXPECT_EQ(client::readServiceStatus(status("serv", 0x53000005)), cmdsvc::kNotAdmitted);
+    EXPECT_FALSE(client::readServiceStatus(status("subs", 0)));
+    EXPECT_FALSE(client::readServiceStatus(""));
+}
+
+// ---- Lines ------------------------------------------------------------------------------------
+
+TEST(AnswerLines, haveNoNewlines)
+{
+    EXPECT_EQ(readLines(command("lstu"), "").lines, Lines{});
+    EXPECT_EQ(readLines(command("lstu"), "\n").lines, Lines{""});
+    EXPECT_EQ(readLines(command("lstu"), "anna\n\nbob\n").lines, (Lines{"anna", "", "bob"}));
+    EXPECT_EQ(readLines(command("lstu"), "anna\nbob").lines, (Lines{"anna", "bob"}));
+    EXPECT_FALSE(readLines(command("lstu"), "anna\n\nbob").error);
+}
+
+TEST(AnswerLines, errorAfterTheLastNewlineIsNoLine)
+{
+    for (const std::uint32_t code : {0xFF000006U, 0U, 0xABCDEF01U}) {
+        const client::TextLines read = readLines(command("lstu"), "anna\n" + error(code));
+        EXPECT_EQ(read.lines, Lines{"anna"});
+        EXPECT_EQ(read.error, Status{code});
+    }
+    const client::TextLines alone = readLines(command("lstu"), error(0xFF000007));
+    EXPECT_EQ(alone.lines, Lines{});
+    EXPECT_EQ(alone.error, cmdsvc::kCannotOpen);
+}
+
+TEST(AnswerLines, lineThatLooksLikeAnErrorIsALine)
+{
+    for (const char* line : {"erro abcd", "erro abc", "Cerro Sur"}) {
+        const client::TextLines read =
+            readLines(command("lstu"), std::string("anna\n") + line + "\n");
+        EXPECT_EQ(read.lines, (Lines{"anna", line}));
+        EXPECT_FALSE(read.error);
+    }
+    EXPECT_EQ(readLines(command("lstu"), "erro abcd\n" + error(0xFF000006)).error,
+              cmdsvc::kCannotRemove);
+    // Nothing follows the lines of a command that never refuses.
+    EXPECT_EQ(readLines(command("gps1"), error(0xFF000006)).lines, Lines{error(0xFF000006)});
+    EXPECT_FALSE(readLines(command("gps1"), error(0xFF000006)).error);
 }
 
 // ---- Words ------------------------------------------------------------------------------------
 
-struct Refusal {
-    const char* command;
-    std::uint32_t code;
-    const char* sentence;
-};
-
-// clang-format off
-/// A row without a command is tried with one that has no words of its own for that code.
-constexpr Refusal kRefusals[] = {
-    {"", cmdsvc::kGood, "good (0x00000000)"},
-
-    {"crat", cmdsvc::kMalformed,       "the name or the password holds a character that the appliance does not take, such as a quote (0xFF000003)"},
-    {"crat", cmdsvc::kUserNameTaken,   "a user of this name exists already, or the name is reserved (0x10000001)"},
-    {"crat", cmdsvc::kUserNameTooLong, "the user's name is longer than 32 bytes (0x10000002)"},
-    {"crat", cmdsvc::kPasswordTooLong, "the password is longer than 32 bytes (0x10000003)"},
-    {"crat", cmdsvc::kCommandFailed,   "the appliance cannot tell which users it has (0xFF000004)"},
-    {"crat", cmdsvc::kUserNotCreated,  "the appliance's user script would not create this user (0x10000005)"},
-
-    {"grst", cmdsvc::kDriveCountReadable, "good: the number of drives can be read (0xD0000001)"},
-    {"grst", cmdsvc::kCommandFailed,      "the appliance cannot tell the number of its drives (0xFF000004)"},
-
-    {"host", cmdsvc::kMalformed,      "a setting holds a character that the appliance does not take (0xFF000003)"},
-    {"host", cmdsvc::kCommandFailed,  "the appliance would not set the date or the language (0xFF000004)"},
-    {"host", cmdsvc::kStartPageNotSet, "everything was set, but not the start page (0x50000001)"},
-    {"host", cmdsvc::kHostNameTooLong, "the host name is longer than 32 bytes (0x50000003)"},
-    {"host", cmdsvc::kWorkGroupTooLong, "the work group's name is longer than 32 bytes (0x50000004)"},
-    {"host", cmdsvc::kNameNotSet,     "the appliance would not take the host name or the work group; date and language were set (0x50000005)"},
-    {"host", cmdsvc::kUnknownLanguage, "the appliance knows no such language (0x50000006)"},
-
-    {"vers", cmdsvc::kCannotOpenBuild,  "the appliance cannot read what build it runs (0x40000001)"},
-    {"vers", cmdsvc::kCannotCloseBuild, "the appliance cannot read what build it runs (0x40000002)"},
-    {"vers", cmdsvc::kCannotStatBuild,  "the appliance does not know what build it runs (0x40000003)"},
-    {"vers", cmdsvc::kBadBuildSize,     "what the appliance knows of its build is empty or too long (0x40000004)"},
-
-    {"spvt", cmdsvc::kMalformed,     "the appliance does not take a file of this size, or with this content (0xFF000003)"},
-    {"spvt", cmdsvc::kNothingSent,   "an empty file cannot be kept (0x60000002)"},
-    {"spvt", cmdsvc::kTooLittleSent, "the file did not come whole; a former one stays as it was (0x60000004)"},
-    {"spvt", cmdsvc::kNoEndMark,     "the file did not end where its size says; a former one stays as it was (0x60000005)"},
-    {"spvt", cmdsvc::kCannotCreatePrivate, "the appliance cannot make the private file; a former one stays as it was (0x60000001)"},
-    {"spvt", cmdsvc::kCannotWritePrivate,  "the appliance cannot write the private file; a former one stays as it was (0x60000003)"},
-    {"spvt", cmdsvc::kCannotClosePrivate,  "the appliance cannot write the private file; a former one stays as it was (0x60000006)"},
-    {"spvt", cmdsvc::kCannotRemove,  "the appliance keeps the new file, but cannot remove the former one (0xFF000006)"},
-    {"gpvt", cmdsvc::kNoPrivate,     "the appliance has no private file (0x70000001)"},
-    {"gpvt", cmdsvc::kPrivateEmpty,  "the appliance's private file is empty (0x70000002)"},
-    {"gpvt", cmdsvc::kCannotOpenPrivate, "the appliance cannot read its private file (0x70000003)"},
-
-    {"frst", cmdsvc::kSetupDone,           "the first setup has been done already (0x80000001)"},
-    {"qlps", cmdsvc::kNoLanguage,          "the appliance cannot tell its language (0xB0000001)"},
-    {"qlps", cmdsvc::kLanguageWithoutCode, "there is no quick setup in the appliance's language (0xB0000002)"},
-    {"qlps", cmdsvc::kNoPublicShareName,   "the appliance has no name for a public share in its language (0xB0000003)"},
-
-    {"getv", cmdsvc::kRemoteRefused,    "the appliance has no such address (0x00000001)"},
-    {"getv", cmdsvc::kRemoteBadRequest, "the appliance knows no such value (0x00000002)"},
-    {"getv", cmdsvc::kRemoteFailed,     "the key is malformed (0x00000003)"},
-    {"wags", cmdsvc::kRemoteRefused,    "the appliance cannot tell whether this user's remote access is on (0x00000001)"},
-    {"wags", cmdsvc::kRemoteBadRequest, "the appliance's remote-access program has failed, or the question is malformed (0x00000002)"},
-    {"warp", cmdsvc::kRemoteRefused,    "the remote-access service would not register this user (0x00000001)"},
-    {"warp", cmdsvc::kRemoteFailed,     "the appliance's remote-access program could not be run, or a value is missing (0x00000003)"},
-    {"wasu", cmdsvc::kRemoteRefused,    "the remote-access service would not do this for this user (0x00000001)"},
-    {"wasu", cmdsvc::kRemoteFailed,     "the appliance's remote-access program has failed, or a value is missing (0x00000003)"},
-
-    {"serv", cmdsvc::kRequestTimedOut,   "the request took too long and was ended; what it had done by then stays (0x53000001)"},
-    {"serv", cmdsvc::kRequestFailed,     "the request's process failed before it answered (0x53000002)"},
-    {"serv", cmdsvc::kRequestNotStarted, "the appliance has no room for another process; try again (0x53000003)"},
-    {"serv", cmdsvc::kRequestTooLong,    "the request is longer than 4096 bytes (0x53000004)"},
-    {"serv", cmdsvc::kNotAdmitted,       "only root and the members of the service's group may ask (0x53000005)"},
-
-    {"sub1", cmdsvc::kMalformed,      "the user's name is longer than 60 bytes, or holds a character that the appliance does not take (0xFF000003)"},
-    {"sub1", cmdsvc::kReportNotSaved, "the appliance cannot keep the report (0xC2000002)"},
-    {"sub1", cmdsvc::kNoDate,         "the appliance cannot tell the date (0xC2000003)"},
-    {"subs", cmdsvc::kMalformed,      "the user's name does not have 1 to 64 bytes, or holds a character that the appliance does not take (0xFF000003)"},
-    {"subs", cmdsvc::kReportNotSaved, "the appliance cannot keep the report (0xC2000002)"},
-    {"subs", cmdsvc::kNoDate,         "the appliance cannot tell the date (0xC2000003)"},
-
-    {"wall", cmdsvc::kMalformed,   "the name or the password is missing (0xFF000003)"},
-    {"wall", cmdsvc::kNotVerified, "the password is not this user's, or there is no such user, or no password file (0x00000001)"},
-
-    {"gsp1", cmdsvc::kBadShareName,         "the share's name does not have 1 to 64 bytes, or holds a character that the appliance does not take (0xC1000003)"},
-    {"gsp1", cmdsvc::kCannotRemoveListing,  "the command takes one parameter, or the appliance cannot remove its work file (0xC1000001)"},
-    {"gspc", cmdsvc::kSharePropertyUnknown, "the share's property cannot be found out (0xF0000001)"},
-
-    {"pshr", cmdsvc::kMalformed,        "the share's name holds a character that the appliance does not take, such as a quote or a slash (0xFF000003)"},
-    {"pshr", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share (0xFF000004)"},
-    {"pshr", cmdsvc::kShareNameTaken,   "a share of this name exists already, or the name is reserved (0x20000001)"},
-    {"pshr", cmdsvc::kShareNameTooLong, "the share's name is longer than 64 bytes (0x20000003)"},
-    {"shar", cmdsvc::kMalformed,        "the user's or the share's name holds a character that the appliance does not take, such as a quote or a slash (0xFF000003)"},
-    {"shar", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share, or not give it to this user (0xFF000004)"},
-    {"shar", cmdsvc::kNoSuchUser,       "there is no user of this name, or it is reserved (0x20000006)"},
-    {"shar", cmdsvc::kShareNameTaken,   "a share of this name exists already, or the name is reserved (0x20000001)"},
-    {"shar", cmdsvc::kShareNameTooLong, "the share's name is longer than 64 bytes (0x20000003)"},
-
-    {"lstu", cmdsvc::kUserListEmpty, "the appliance's list of users is empty (0x20000006)"},
-    {"gps1", cmdsvc::kWrongCountOfShareCommand, "the command takes another number of parameters (0xC1000001)"},
-    {"", cmdsvc::kNoMemory,      "the appliance has run out of memory (0xFF000001)"},
-    {"", cmdsvc::kMalformed,     "the command takes another number of parameters (0xFF000003)"},
-    {"", cmdsvc::kCommandFailed, "a script or a tool of the appliance has failed (0xFF000004)"},
-    {"", cmdsvc::kCannotStat,    "the appliance has no list of users (0xFF000005)"},
-    {"", cmdsvc::kCannotRemove,  "the appliance cannot remove its work file (0xFF000006)"},
-    {"", cmdsvc::kCannotOpen,    "the appliance cannot open its work file (0xFF000007)"},
-    {"", cmdsvc::kCannotClose,   "the appliance cannot close its work file (0xFF000008)"},
-};
-// clang-format on
-
-TEST(Answer, everyRefusalHasItsSentence)
+std::string describe(const Command& row, const std::string& bytes)
 {
-    for (const Refusal& row : kRefusals) {
-        const std::string command = (*row.command == '\0') ? "lsts" : row.command;
-        EXPECT_EQ(refusalSentence(command, row.code), row.sentence) << command;
-    }
-}
-
-TEST(Answer, codeThatTheCommandHasNoWordsForMeansWhatItMeansElsewhere)
-{
-    EXPECT_EQ(refusalSentence("crat", cmdsvc::kNoMemory),
-              "the appliance has run out of memory (0xFF000001)");
-    EXPECT_EQ(refusalSentence("xxxx", cmdsvc::kShareNameTooLong),
-              "the share's name is longer than 64 bytes (0x20000003)");
-}
-
-TEST(Answer, unknownCodeIsSaidToBeUnknown)
-{
-    const std::string words = "this client does not know the answer's meaning ";
-    EXPECT_EQ(refusalSentence("crat", 0xABCDEF01), words + "(0xABCDEF01)");
-    EXPECT_EQ(refusalSentence("crat", 5), words + "(0x00000005)");
-    // Another command's code is as unknown as any.
-    EXPECT_EQ(refusalSentence("pshr", cmdsvc::kUserNameTaken), words + "(0x10000001)");
+    return describeAnswer(row, readAnswer(row, bytes));
 }
 
 TEST(Answer, isDescribedInWords)
 {
-    EXPECT_EQ(describeAnswer(readAnswer(""), "lstu"),
+    EXPECT_EQ(describe(command("lstu"), ""),
               "empty: the command was ignored, is not known, or failed before it answered");
-    EXPECT_EQ(describeAnswer(readAnswer(le32(0)), "crat"), "status 0x00000000: good");
-    EXPECT_EQ(describeAnswer(readAnswer(le32(0xFF000003)), "lstu"),
-              "status 0xFF000003: the command takes another number of parameters");
-    EXPECT_EQ(describeAnswer(readAnswer(le32(0xFF000003)), "crat"),
-              "status 0xFF000003: the name or the password holds a character that the appliance "
-              "does not take, such as a quote");
-    EXPECT_EQ(describeAnswer(readAnswer("erro " + le32(0xABCDEF01)), "lstu"),
-              "error 0xABCDEF01: this client does not know the answer's meaning");
-    EXPECT_EQ(describeAnswer(readAnswer("sub1 " + le32(0) + kZero), "sub1"),
-              "\"sub1\" with status 0x00000000: good");
-    EXPECT_EQ(describeAnswer(readAnswer("lsut " + le32(2) + "\na\x1Bz\n\nerro " + le32(0xFF000006)),
-                             "lstu"),
-              "\"lsut\" with count 2\n  a\\u{1b}z\n  \nfollowed by an error, 0xFF000006: the "
-              "appliance cannot remove its work file");
-    EXPECT_EQ(describeAnswer(readAnswer("abc"), "lstu"), "of no shape that this client knows");
+    EXPECT_EQ(describe(command("gubs"), ""), "empty, which is all that this command answers");
+    EXPECT_EQ(describe(command("crat"), le32(0)), "status 0x00000000: good");
+    EXPECT_EQ(describe(command("grst"), le32(0xD0000001)),
+              "status 0xD0000001: good: the number of drives can be read");
+    EXPECT_EQ(describe(command("subs"), status("subs", 0)), "status 0x00000000: good");
+    EXPECT_EQ(describe(command("lstu"), le32(0xFF000003)),
+              "a refusal, 0xFF000003: the command takes another number of parameters");
+    EXPECT_EQ(describe(command("crat"), le32(0xFF000003)),
+              "a refusal, 0xFF000003: the name or the password holds a character that the "
+              "appliance does not take, such as a quote");
+    EXPECT_EQ(describe(command("lstu"), error(0xABCDEF01)),
+              "a refusal, 0xABCDEF01: this client does not know the answer's meaning");
+    EXPECT_EQ(describe(command("lstu"), status("serv", 0x53000005)),
+              "a status of the service's own, 0x53000005: only root and the members of the "
+              "service's group may ask");
+    EXPECT_EQ(describe(command("lstu"), "abc"), "of no shape that this client knows");
+    EXPECT_EQ(client::describeServiceStatus(cmdsvc::kRequestFailed),
+              "a status of the service's own, 0x53000002: the request's process failed before it "
+              "answered");
 }
 
-TEST(Answer, tagThatIsNoTextIsDescribedSafely)
+TEST(Answer, bodyIsDescribedByItsLines)
 {
-    EXPECT_EQ(describeAnswer(readAnswer("\x1B[2J " + le32(1) + "\n"), "lstu"),
-              "\"\\u{1b}[2J\" with count 1");
-    EXPECT_EQ(describeAnswer(readAnswer("\xFFsub " + le32(0) + kZero), "lstu"),
-              "\"\\xffsub\" with status 0x00000000: good");
+    EXPECT_EQ(describe(command("lstu"), "lsut " + le32(2) + "\na\x1Bz\n\n" + error(0xFF000006)),
+              "\"lsut\" with count 2\n  a\\u{1b}z\n  \nfollowed by an error, 0xFF000006: the "
+              "appliance cannot remove its work file");
+    EXPECT_EQ(describe(command("wags"), "wags user\n\1\n"), "\"wags\" and\n  user\n  \\u{1}");
+    EXPECT_EQ(describe(command("wags"), "wags \n" + error(1)), "\"wags\" and\n  \n  erro \\u{1}"
+                                                               "\\u{0}\\u{0}\\u{0}");
+    EXPECT_EQ(describe(command("gpsn"), "gpsn "), "\"gpsn\" and nothing more");
 }
 
 TEST(Answer, hexdumpShowsNumbersAndCharacters)
@@ -270,6 +285,114 @@ TEST(Answer, hexdumpShowsNumbersAndCharacters)
     EXPECT_EQ(client::hexdump("lsut " + le32(1) + "\nan\xFF~\x7F z"),
               "00000000  6c 73 75 74 20 01 00 00 00 0a 61 6e ff 7e 7f 20  |lsut .....an.~. |\n"
               "00000010  7a                                               |z|\n");
+}
+
+// ---- Hostile answers --------------------------------------------------------------------------
+
+/// The bytes of a good answer.
+std::string encodeGood(const Command& row, const Answer& answer)
+{
+    const std::string word = le32(cmdsvc::wordOf(answer.status));
+    const std::string tag(row.answer.tag);
+    switch (row.answer.shape) {
+    case cmdsvc::AnswerShape::kNone:
+        return "";
+    case cmdsvc::AnswerShape::kWord:
+        return word;
+    case cmdsvc::AnswerShape::kStatus:
+        return std::string(row.code) + " " + word + kZero;
+    case cmdsvc::AnswerShape::kHeader:
+        return tag + " " + le32(answer.count) + "\n" + answer.body;
+    case cmdsvc::AnswerShape::kBytes:
+        break;
+    }
+    return tag + answer.body;
+}
+
+/// All bytes that can be read as this answer.
+Lines encodings(const Command& row, const Answer& answer)
+{
+    const std::string word = le32(cmdsvc::wordOf(answer.status));
+    switch (answer.verdict) {
+    case Verdict::kGood:
+        return {encodeGood(row, answer)};
+    case Verdict::kRefused:
+        return {word, "erro " + word, std::string(row.code) + " " + word + kZero};
+    case Verdict::kNotServed:
+        return {"serv " + word + kZero};
+    case Verdict::kEmpty:
+        return {""};
+    case Verdict::kUnreadable:
+        break;
+    }
+    return {};
+}
+
+/// Bytes that are often nearly an answer to the command.
+class Hostile {
+  public:
+    explicit Hostile(const Command& row)
+        : pieces_{"erro ",
+                  "serv ",
+                  std::string(row.code),
+                  std::string(row.answer.tag),
+                  " ",
+                  "\n",
+                  kZero,
+                  le32(0),
+                  le32(cmdsvc::wordOf(row.wrongCountCode)),
+                  le32(0xFF000004),
+                  le32(2) + "\n",
+                  "anna\n"}
+    {}
+
+    std::string next()
+    {
+        std::string bytes;
+        for (std::size_t left = random_() % 6; left > 0; --left) {
+            const std::size_t piece = random_() % (pieces_.size() + 2);
+            bytes += (piece < pieces_.size()) ? pieces_[piece] : noise();
+        }
+        return bytes;
+    }
+
+  private:
+    std::string noise()
+    {
+        std::string bytes(random_() % 12, '\0');
+        std::ranges::generate(bytes, [this] { return static_cast<char>(random_()); });
+        return bytes;
+    }
+
+    std::mt19937 random_{20261122};
+    Lines pieces_;
+};
+
+TEST(HostileAnswer, isReadAsWhatItIsOrNotAtAll)
+{
+    for (const Command& row : cmdsvc::kCommands) {
+        Hostile hostile(row);
+        std::size_t readable = 0;
+        for (int i = 0; i < 20000; ++i) {
+            const std::string bytes = hostile.next();
+            const Answer answer = readAnswer(row, bytes);
+            EXPECT_NE(describeAnswer(row, answer), "");
+            if (answer.verdict == Verdict::kUnreadable) {
+                continue;
+            }
+            ++readable;
+            std::string first = bytes;
+            // Of two statuses the first one was read.
+            if (row.answer.shape == cmdsvc::AnswerShape::kStatus && bytes.size() == 20) {
+                first.resize(10);
+            }
+            EXPECT_NE(std::ranges::count(encodings(row, answer), first), 0)
+                << row.code << "\n"
+                << client::hexdump(bytes);
+        }
+        EXPECT_GT(readable, 2000U) << row.code;
+        EXPECT_LT(readable, 18000U) << row.code;
+    }
 }
 
 } // namespace

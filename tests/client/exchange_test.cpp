@@ -3,21 +3,26 @@
 // Requests and answers, against a service of the test's own that answers what it is told.
 #include "client/exchange.h"
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <random>
+#include <set>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "client/failure.h"
+#include "cmdsvc/commands.h"
 #include "tests/support/root.h"
 #include "tests/support/scripted_service.h"
 
 namespace {
 
 using client::Connection;
+using cmdsvc::command;
 using root::le32;
 using Strings = std::vector<std::string>;
 
@@ -26,10 +31,14 @@ constexpr const char* kFrames = "/stubs/frames";
 
 const std::string kZero(1, '\0');
 const std::string kUnreadable = "7: the answer cannot be read; it is ";
+const std::string kNoShape = kUnreadable + "of no shape that this client knows";
 const std::string kEmptyAnswer =
     kUnreadable + "empty: the command was ignored, is not known, or failed before it answered";
 
-const client::Request kCreate = {"shar", 3, "anna\nMusic\n"};
+const client::Request kCreate = {command("shar"), {"anna", "Music"}};
+const client::Request kShares = {command("lsts")};
+const client::Request kFile = {command("gpvt")};
+const client::Request kPublicName = {command("gpsn")};
 
 /// How something failed, as "CODE: SENTENCE"; empty where it did not.
 template <class Function> std::string failureOf(Function function)
@@ -127,24 +136,23 @@ TEST_F(Exchange, requestIsSentAsOneFrame)
     client::askToDo(connection(), kCreate);
     EXPECT_EQ(received(), "shar " + le32(3) + "\nanna\nMusic\n");
     answer({le32(0)});
-    client::askToDo(connection(), {"sgss"});
+    client::askToDo(connection(), {command("sgss")});
     EXPECT_EQ(received(), "sgss " + le32(0) + "\n");
 }
 
-TEST_F(Exchange, firstLineOfARequestsOwnTakesTheCountsPlace)
+TEST_F(Exchange, valueThatCannotBeSentIsNotSent)
 {
     answer({le32(0)});
-    client::askToDo(connection(), {.code = "subs", .line = "subs x\n"});
-    EXPECT_EQ(received(), "subs x\n");
-    answer({le32(0)});
-    client::askToDo(connection(),
-                    {.code = "subs", .count = 2, .parameters = "anna\n", .line = "subs x\n"});
-    EXPECT_EQ(received(), "subs x\nanna\n");
+    EXPECT_EQ(failureOf([] {
+                  client::askToDo(connection(), {command("shar"), {"anna", "Mu\nsic"}});
+              }),
+              "2: a name or a value cannot hold a newline or a zero byte");
+    EXPECT_FALSE(root::exists(kFrames));
 }
 
 TEST_F(Exchange, codeThatIsGoodInsteadOfZero)
 {
-    const auto check = [] { client::askToDo(connection(), {"grst"}, cmdsvc::kDriveCountReadable); };
+    const auto check = [] { client::askToDo(connection(), {command("grst")}); };
     answer({le32(0xD0000001)});
     EXPECT_EQ(failureOf(check), "");
     answer({le32(0xFF000004)});
@@ -154,29 +162,27 @@ TEST_F(Exchange, codeThatIsGoodInsteadOfZero)
     EXPECT_EQ(failureOf(check), "1: good (0x00000000)");
 }
 
-TEST_F(Exchange, wordOrStatusOfZeroIsDone)
+TEST_F(Exchange, statusOfZeroIsDone)
 {
-    for (const std::string& good : {le32(0), "shar " + le32(0) + kZero}) {
-        answer({good});
-        EXPECT_EQ(failureOf([] { client::askToDo(connection(), kCreate); }), "");
-    }
+    const auto report = [] { client::askToDo(connection(), {command("subs"), {" \1anna"}}); };
+    answer({"subs " + le32(0) + kZero});
+    EXPECT_EQ(failureOf(report), "");
+    EXPECT_EQ(received(), "subs \x06 \1anna\n");
+    answer({"subs " + le32(0xC2000002) + kZero + "subs " + le32(0) + kZero});
+    EXPECT_EQ(failureOf(report), "1: the appliance cannot keep the report (0xC2000002)");
 }
 
 TEST_F(Exchange, everyOtherAnswerIsNotDone)
 {
-    const std::string taken =
-        "1: a share of this name exists already, or the name is reserved (0x20000001)";
     const std::vector<Case> cases = {
-        {le32(0x20000001), taken},
-        {"shar " + le32(0x20000001) + kZero, taken},
-        {"erro " + le32(0x20000001), taken},
-        // An error is a refusal whatever its code says.
-        {"erro " + le32(0), "1: good (0x00000000)"},
-        {"lsst " + le32(1) + "\nMusic\nerro " + le32(0x20000001), taken},
+        {le32(0x20000001),
+         "1: a share of this name exists already, or the name is reserved (0x20000001)"},
         {le32(0xABCDEF01), "1: this client does not know the answer's meaning (0xABCDEF01)"},
         {"", kEmptyAnswer},
-        {"lsst " + le32(1) + "\nM\x1B[2J\n", kUnreadable + "\"lsst\" with count 1\n  M\\u{1b}[2J"},
-        {"abc", kUnreadable + "of no shape that this client knows"},
+        {"shar " + le32(0) + kZero, kNoShape},
+        {"erro " + le32(0x20000001), kNoShape},
+        {"lsst " + le32(1) + "\nM\x1B[2J\n", kNoShape},
+        {"abc", kNoShape},
     };
     for (const Case& each : cases) {
         answer({each.answer});
@@ -186,84 +192,95 @@ TEST_F(Exchange, everyOtherAnswerIsNotDone)
 
 TEST_F(Exchange, refusalIsSaidInTheWordsOfItsCommand)
 {
-    const std::vector<std::pair<std::string, std::string>> words = {
-        {"lstu", "1: the command takes another number of parameters (0xFF000003)"},
-        {"wall", "1: the name or the password is missing (0xFF000003)"},
-        {"host", "1: a setting holds a character that the appliance does not take (0xFF000003)"},
+    const std::vector<std::pair<client::Request, std::string>> words = {
+        {{command("lstu")}, "1: the command takes another number of parameters (0xFF000003)"},
+        {{command("wall")}, "1: the name or the password is missing (0xFF000003)"},
+        {{command("host")},
+         "1: a setting holds a character that the appliance does not take (0xFF000003)"},
     };
-    for (const auto& [code, sentence] : words) {
+    for (const auto& [request, sentence] : words) {
         answer({le32(0xFF000003)});
-        EXPECT_EQ(failureOf([&] { client::askToDo(connection(), {code}); }), sentence);
+        EXPECT_EQ(failureOf([&request = request] { client::askToDo(connection(), request); }),
+                  sentence);
     }
 }
 
 // ---- Asking for lines -------------------------------------------------------------------------
 
-TEST_F(Exchange, linesStandBehindTheirTag)
+TEST_F(Exchange, linesFollowTheirHeader)
 {
     answer({"lsst " + le32(7) + "\nMusic\npublic\n"});
-    const client::Answer lines = client::askForLines(connection(), {"lsts"}, "lsst");
-    EXPECT_EQ(lines.value, 7U);
-    EXPECT_EQ(lines.lines, (Strings{"Music", "public"}));
+    const client::Listing listing = client::askForLines(connection(), kShares);
+    EXPECT_EQ(listing.answer.count, 7U);
+    EXPECT_EQ(listing.lines, (Strings{"Music", "public"}));
     EXPECT_EQ(received(), "lsts " + le32(0) + "\n");
 
     answer({"lsst " + le32(0) + "\n"});
-    EXPECT_EQ(client::askForLines(connection(), {"lsts"}, "lsst").lines, Strings{});
+    EXPECT_EQ(client::askForLines(connection(), kShares).lines, Strings{});
 }
 
 TEST_F(Exchange, everyOtherAnswerHoldsNoLines)
 {
-    const std::string failed = "1: a script or a tool of the appliance has failed (0xFF000004)";
     const std::vector<Case> cases = {
-        {"lsut " + le32(1) + "\nanna\n", kUnreadable + "\"lsut\" with count 1\n  anna"},
-        {"lsts " + le32(0) + "\n", kUnreadable + "\"lsts\" with count 0"},
-        {"lsst " + le32(0) + kZero, kUnreadable + "\"lsst\" with status 0x00000000: good"},
-        {le32(0), kUnreadable + "status 0x00000000: good"},
+        {"lsut " + le32(1) + "\nanna\n", kNoShape},
+        {"lsts " + le32(0) + "\n", kNoShape},
+        {"lsst " + le32(0) + kZero, kNoShape},
+        {le32(0), kNoShape},
+        {le32(0xFF000004), kNoShape},
+        {"lsts " + le32(0xFF000004) + kZero, kNoShape},
+        {"lsst ", kNoShape},
         {"", kEmptyAnswer},
-        {"lsst ", kUnreadable + "of no shape that this client knows"},
-        {"erro " + le32(0xFF000004), failed},
-        {le32(0xFF000004), failed},
-        {"lsts " + le32(0xFF000004) + kZero, failed},
+        {"erro " + le32(0xFF000004),
+         "1: a script or a tool of the appliance has failed (0xFF000004)"},
         {"lsst " + le32(2) + "\nMusic\npublic\nerro " + le32(0xFF000006),
          "1: the appliance cannot remove its work file (0xFF000006)"},
-        {"lsst " + le32(2) + "\nerro " + le32(0xFF000007),
-         "1: the appliance cannot open its work file (0xFF000007)"},
+        {"lsst " + le32(2) + "\nerro " + le32(0xABCDEF01),
+         "1: this client does not know the answer's meaning (0xABCDEF01)"},
     };
     for (const Case& each : cases) {
         answer({each.answer});
-        EXPECT_EQ(failureOf([] {
-                      static_cast<void>(client::askForLines(connection(), {"lsts"}, "lsst"));
-                  }),
+        EXPECT_EQ(failureOf([] { static_cast<void>(client::askForLines(connection(), kShares)); }),
                   each.failure);
     }
 }
 
 // ---- Asking for bytes -------------------------------------------------------------------------
 
-TEST_F(Exchange, bytesStandBehindTheirStart)
+TEST_F(Exchange, bytesFollowTheirTag)
 {
     const std::string bytes = "erro " + le32(3) + "\n" + std::string(3, '\0') + "\xFF";
     for (const std::string& rest : {bytes, std::string(), std::string(100000, 'x')}) {
-        answer({"gprt " + rest});
-        EXPECT_EQ(client::askForBytes(connection(), {"gpvt"}, "gprt "), rest);
-        EXPECT_EQ(received(), "gpvt " + le32(0) + "\n");
+        answer({"gpsn " + rest});
+        EXPECT_EQ(client::askForBytes(connection(), kPublicName), rest);
+        EXPECT_EQ(received(), "gpsn " + le32(0) + "\n");
+        answer({"gpsn ab" + rest});
+        EXPECT_EQ(client::askForBytes(connection(), kPublicName, "ab"), rest);
     }
+}
+
+TEST_F(Exchange, bytesOfAHeaderFollowItsCount)
+{
+    answer({"gprt " + le32(2) + "\nfile\nerro " + le32(1)});
+    const client::Answer answer = client::ask(connection(), kFile);
+    EXPECT_EQ(answer.count, 2U);
+    EXPECT_EQ(answer.body, "file\nerro " + le32(1));
 }
 
 TEST_F(Exchange, everyOtherAnswerHoldsNoBytes)
 {
     const std::vector<Case> cases = {
-        {"gpr", kUnreadable + "of no shape that this client knows"},
-        {"gpvt " + le32(0) + "\n", kUnreadable + "\"gpvt\" with count 0"},
-        {le32(0), kUnreadable + "status 0x00000000: good"},
+        {"gps", kNoShape},
+        {"gpsr " + le32(0) + "\n", kNoShape},
+        {"erro " + le32(0xFF000001), kNoShape},
+        {le32(0xFF000003), kNoShape},
+        {"gpsn other\n\x1B", kUnreadable + "\"gpsn\" and\n  other\n  \\u{1b}"},
+        {"gpsn ", kUnreadable + "\"gpsn\" and nothing more"},
         {"", kEmptyAnswer},
-        {"erro " + le32(0xFF000001), "1: the appliance has run out of memory (0xFF000001)"},
-        {le32(0xFF000003), "1: the command takes another number of parameters (0xFF000003)"},
     };
     for (const Case& each : cases) {
         answer({each.answer});
         EXPECT_EQ(failureOf([] {
-                      static_cast<void>(client::askForBytes(connection(), {"gpvt"}, "gprt "));
+                      static_cast<void>(client::askForBytes(connection(), kPublicName, "ab"));
                   }),
                   each.failure);
     }
@@ -288,14 +305,11 @@ TEST_F(Exchange, statusOfTheServicesOwnIsNoAnswerOfTheCommands)
     for (const Case& each : cases) {
         answer({each.answer, each.answer, each.answer});
         EXPECT_EQ(failureOf([] { client::askToDo(connection(), kCreate); }), each.failure);
-        EXPECT_EQ(failureOf([] {
-                      static_cast<void>(client::askForLines(connection(), {"lsts"}, "lsst"));
-                  }),
+        EXPECT_EQ(failureOf([] { static_cast<void>(client::askForLines(connection(), kShares)); }),
                   each.failure);
-        EXPECT_EQ(failureOf([] {
-                      static_cast<void>(client::askForBytes(connection(), {"gpvt"}, "gprt "));
-                  }),
-                  each.failure);
+        EXPECT_EQ(
+            failureOf([] { static_cast<void>(client::askForBytes(connection(), kPublicName)); }),
+            each.failure);
     }
 }
 
@@ -306,7 +320,7 @@ TEST_F(Exchange, requestMayBeTurnedDownBeforeAllOfItIsRead)
     for (const std::size_t size : {10U, 10000U, 10000000U}) {
         turnDown("serv " + le32(0x53000005) + kZero);
         EXPECT_EQ(failureOf([&] {
-                      client::askToDo(connection(), {"pshr", 3, std::string(size, 'x')});
+                      client::askToDo(connection(), {command("pshr"), {std::string(size, 'x')}});
                   }),
                   refusal);
     }
@@ -317,36 +331,16 @@ TEST_F(Exchange, requestMayBeTurnedDownBeforeAllOfItIsRead)
 TEST_F(Exchange, serviceThatIsAwayClosedOrSilentIsAFailure)
 {
     const std::string away = "cannot reach the service at /tmp/socket: ";
-    EXPECT_EQ(failureOf([] { client::askToDo(connection(), {"sgss"}); }),
+    EXPECT_EQ(failureOf([] { client::askToDo(connection(), {command("sgss")}); }),
               "3: " + away + "No such file or directory. Is vokserve running?");
     answer({le32(0)});
     std::filesystem::permissions(kSocket, std::filesystem::perms(0));
-    EXPECT_EQ(
-        failureOf([] { static_cast<void>(client::askForLines(connection(), {"lsts"}, "lsst")); }),
-        "4: " + away + "Permission denied. Try again as root.");
+    EXPECT_EQ(failureOf([] { static_cast<void>(client::askForLines(connection(), kShares)); }),
+              "4: " + away + "Permission denied. Try again as root.");
     answer({});
-    EXPECT_EQ(
-        failureOf([] { static_cast<void>(client::askForBytes(connection(1), {"gpvt"}, "gprt ")); }),
-        "5: the service has not answered within 1 seconds. It may be busy; try again, or "
-        "raise --timeout.");
-}
-
-// ---- Parameter lines --------------------------------------------------------------------------
-
-TEST(ParameterLine, isTheTextAndANewline)
-{
-    EXPECT_EQ(client::parameterLine(""), "\n");
-    EXPECT_EQ(client::parameterLine("Tax papers"), "Tax papers\n");
-    EXPECT_EQ(client::parameterLine("\xC3\x89\xFF'\"\\\t\r"), "\xC3\x89\xFF'\"\\\t\r\n");
-}
-
-TEST(ParameterLine, newlineOrZeroByteIsWrongUsage)
-{
-    for (const std::string& text :
-         {std::string("a\nb"), std::string("\n"), std::string("a\n"), "a" + kZero + "b", kZero}) {
-        EXPECT_EQ(failureOf([&] { static_cast<void>(client::parameterLine(text)); }),
-                  "2: a name or a value cannot hold a newline or a zero byte");
-    }
+    EXPECT_EQ(failureOf([] { static_cast<void>(client::askForBytes(connection(1), kPublicName)); }),
+              "5: the service has not answered within 1 seconds. It may be busy; try again, or "
+              "raise --timeout.");
 }
 
 // ---- Commands ---------------------------------------------------------------------------------
@@ -424,10 +418,11 @@ TEST_F(Exchange, answerThatHoldsTooLittleOrTooMuchCannotBeRead)
         {"shares public-name", "gpsr " + le32(1) + "\n", "\"gpsr\" with count 1"},
         {"shares public-name", "gpsr " + le32(1) + "\nMusic\nMedia\n",
          "\"gpsr\" with count 1\n  Music\n  Media"},
-        {"shares create Music --public", "pshr " + le32(0) + "\n", "\"pshr\" with count 0"},
+        {"shares create Music --public", "pshr " + le32(0) + "\n",
+         "of no shape that this client knows"},
         {"users list", "lsut " + le32(2) + "\nanna\n", "\"lsut\" with count 2\n  anna"},
         {"users list", "lsut " + le32(0) + "\nanna\n", "\"lsut\" with count 0\n  anna"},
-        {"service restart", "sgss " + le32(0) + "\n", "\"sgss\" with count 0"},
+        {"service restart", "sgss " + le32(0) + "\n", "of no shape that this client knows"},
     };
     for (const NonsenseRow& row : rows) {
         answer({row.answer});
@@ -436,6 +431,80 @@ TEST_F(Exchange, answerThatHoldsTooLittleOrTooMuchCannotBeRead)
         EXPECT_EQ(ended.output, "");
         EXPECT_EQ(ended.errors,
                   "vokctl: the answer cannot be read; it is " + row.description + "\n");
+    }
+}
+
+// ---- Hostile answers --------------------------------------------------------------------------
+
+/// Answers that begin as the command's may, and go on with anything.
+class Hostile {
+  public:
+    explicit Hostile(const cmdsvc::Command& row)
+        : starts_{"",
+                  "erro ",
+                  "serv ",
+                  std::string(row.code) + " ",
+                  std::string(row.answer.tag),
+                  std::string(row.answer.tag) + " " + le32(1) + "\n",
+                  std::string(row.answer.tag) + " " + le32(2) + "\n"}
+    {}
+
+    std::string next()
+    {
+        std::string bytes(random_() % 16, '\0');
+        std::ranges::generate(bytes, [this] { return "\0\n\1\3SK\xFF "[random_() % 8]; });
+        return starts_[random_() % starts_.size()] + bytes;
+    }
+
+  private:
+    std::mt19937 random_{20261122};
+    Strings starts_;
+};
+
+TEST(HostileAnswer, isGoodOrEndsWithACodeAndASentence)
+{
+    const std::set<std::string> codes = {"", "1: ", "2: ", "4: ", "5: ", "7: "};
+    for (const cmdsvc::Command& row : cmdsvc::kCommands) {
+        Hostile hostile(row);
+        for (int i = 0; i < 1000; ++i) {
+            const std::string bytes = hostile.next();
+            const std::string failure =
+                failureOf([&] { static_cast<void>(client::acceptAnswer(row, bytes)); });
+            EXPECT_TRUE(codes.contains(failure.substr(0, 3))) << failure;
+            EXPECT_NE(failure.size(), 3U) << failure;
+        }
+    }
+}
+
+TEST_F(Exchange, everyCommandEndsWithASentenceWhateverIsAnswered)
+{
+    const std::vector<std::pair<std::string, const cmdsvc::Command&>> rows = {
+        {"backup list", command("gub1")},
+        {"private get -", command("gpvt")},
+        {"remote status", command("wags")},
+        {"remote urls", command("getv")},
+        {"setup quick", command("qlps")},
+        {"shares list", command("lsts")},
+        {"shares public-name", command("gps1")},
+        {"shares show Music", command("gsp1")},
+        {"users list", command("lstu")},
+        {"users verify anna", command("wall")},
+        {"version", command("vers")},
+    };
+    const std::set<int> codes = {0, 1, 6, 7};
+    for (const auto& [line, row] : rows) {
+        Hostile hostile(row);
+        Strings answers(40);
+        std::ranges::generate(answers, [&] { return hostile.next(); });
+        answer(answers);
+        // Some of them ask twice.
+        for (std::size_t i = 0; i < answers.size() / 2; ++i) {
+            const root::Ended ended = vokctl(line, "secret\n");
+            EXPECT_TRUE(codes.contains(ended.exitCode)) << line << ended.exitCode;
+            EXPECT_EQ(ended.errors.starts_with("vokctl: "),
+                      ended.exitCode != 0 || line == "users verify anna")
+                << line << ended.errors;
+        }
     }
 }
 

@@ -7,6 +7,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "tests/support/scripted_service.h"
 #include "tests/support/vokserve.h"
 
 namespace {
@@ -19,11 +20,9 @@ TEST_F(RawCommand, answerIsShownByItsBytesAndInWords)
 {
     expectEnd(vokctl({"raw", "rtov", "--count", "7"}), 0,
               "00000000  03 00 00 ff                                      |....|\n"
-              "Read as status 0xFF000003: the command takes another number of parameters\n",
+              "Read as a refusal, 0xFF000003: the command takes another number of parameters\n",
               "");
-    expectEnd(vokctl({"raw", "gubs"}), 0,
-              "Read as empty: the command was ignored, is not known, or failed before it "
-              "answered\n",
+    expectEnd(vokctl({"raw", "gubs"}), 0, "Read as empty, which is all that this command answers\n",
               "");
 }
 
@@ -31,15 +30,15 @@ TEST_F(RawCommand, refusalIsAnAnswerLikeAnyOther)
 {
     expectEnd(vokctl({"raw", "lsts"}), 0,
               "00000000  65 72 72 6f 20 04 00 00 ff                       |erro ....|\n"
-              "Read as error 0xFF000004: a script or a tool of the appliance has failed\n",
+              "Read as a refusal, 0xFF000004: a script or a tool of the appliance has failed\n",
               "");
 }
 
-TEST_F(RawCommand, statusIsReadInTheWordsOfItsCommand)
+TEST_F(RawCommand, answerIsReadByItsCommand)
 {
     const std::string answer =
         "00000000  03 00 00 c1                                      |....|\n"
-        "Read as status 0xC1000003: the share's name does not have 1 to 64 bytes, or holds a "
+        "Read as a refusal, 0xC1000003: the share's name does not have 1 to 64 bytes, or holds a "
         "character that the appliance does not take\n";
     expectEnd(vokctl({"raw", "gsp1", "--count", "1", "--line", ""}), 0, answer, "");
     root::writeFile("/stubs/frame", "gsp1 " + le32(1) + "\n\n");
@@ -51,8 +50,8 @@ TEST_F(RawCommand, statusOfTheServicesOwnIsShown)
     root::stub("php", "read -r pid comm state ppid group rest </proc/self/stat; kill -9 $group");
     expectEnd(vokctl({"raw", "lstu"}), 0,
               "00000000  73 65 72 76 20 02 00 00 53 00                    |serv ...S.|\n"
-              "Read as \"serv\" with status 0x53000002: the request's process failed before it "
-              "answered\n",
+              "Read as a status of the service's own, 0x53000002: the request's process failed "
+              "before it answered\n",
               "");
 }
 
@@ -60,9 +59,44 @@ TEST_F(RawCommand, frameIsSentAsItStands)
 {
     root::writeFile("/stubs/frame", "rtov#" + le32(2) + "\n" + std::string(4086, 'x'));
     expectEnd(vokctl({"raw", "--frame", "/stubs/frame"}), 0,
-              "Read as empty: the command was ignored, is not known, or failed before it "
-              "answered\n",
-              "");
+              "Read as empty, which is all that this command answers\n", "");
+}
+
+TEST_F(RawCommand, commandThatIsNotKnownIsSaidToBe)
+{
+    expectEnd(vokctl({"raw", "nope"}), 0,
+              "Not read: this client knows no command \"nope\"; the answer is empty\n", "");
+}
+
+/// What "vokctl raw" prints of an answer to a frame.
+std::string printed(const std::string& frame, const std::string& answer)
+{
+    root::writeFile("/stubs/frame", frame);
+    const root::Exchange exchanged = root::exchange({"raw", "--frame", "/stubs/frame"}, {answer});
+    EXPECT_EQ(exchanged.frames, std::vector<std::string>{frame});
+    EXPECT_EQ(exchanged.ended.exitCode, 0);
+    EXPECT_EQ(exchanged.ended.errors, "");
+    return exchanged.ended.output;
+}
+
+TEST_F(RawCommand, answerOfACommandThatIsNotKnownIsShownByItsBytes)
+{
+    EXPECT_EQ(printed("\x1B[2J " + le32(0) + "\n", "[2J " + le32(1) + "\n"),
+              "00000000  5b 32 4a 20 01 00 00 00 0a                       |[2J .....|\n"
+              "Not read: this client knows no command \"\\u{1b}[2J\"\n");
+    EXPECT_EQ(printed("gp", "x"), "00000000  78                                               |x|\n"
+                                  "Not read: this client knows no command \"gp\"\n");
+    EXPECT_EQ(printed("nope " + le32(0) + "\n", "serv " + le32(0x53000005) + std::string(1, '\0')),
+              "00000000  73 65 72 76 20 05 00 00 53 00                    |serv ...S.|\n"
+              "Read as a status of the service's own, 0x53000005: only root and the members of the "
+              "service's group may ask\n");
+}
+
+TEST_F(RawCommand, bytesThatTheCommandNeverAnswersAreShownAllTheSame)
+{
+    EXPECT_EQ(printed("crat", "erro " + le32(1)),
+              "00000000  65 72 72 6f 20 01 00 00 00                       |erro ....|\n"
+              "Read as of no shape that this client knows\n");
 }
 
 /// The same without a service: whatever is sent all the same ends with 3.

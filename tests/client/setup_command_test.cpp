@@ -155,15 +155,16 @@ TEST_F(SetupCommand, otherAnswersCannotBeRead)
     const std::string unreadable = "vokctl: the answer cannot be read; it is ";
     const std::string empty =
         "empty: the command was ignored, is not known, or failed before it answered";
+    const std::string noShape = "of no shape that this client knows";
     const std::vector<std::array<std::string, 3>> answers = {
         {"pending", "", empty},
-        {"pending", quick("en", "a"), "\"qlrt\" with count 2\n  en\n  a"},
-        {"pending", "frst ", "of no shape that this client knows"},
+        {"pending", quick("en", "a"), noShape},
+        {"pending", "frst ", noShape},
         {"quick", "", empty},
-        {"quick", le32(0), "status 0x00000000: good"},
+        {"quick", le32(0), noShape},
         {"quick", "qlrt " + le32(2) + "\nen\n", "\"qlrt\" with count 2\n  en"},
         {"quick", quick("en", "a\nb"), "\"qlrt\" with count 2\n  en\n  a\n  b"},
-        {"quick", "vert " + le32(2) + "\nen\na\n", "\"vert\" with count 2\n  en\n  a"},
+        {"quick", "vert " + le32(2) + "\nen\na\n", noShape},
     };
     for (const auto& [command, answer, description] : answers) {
         expectEnd(exchange({"setup", command}, {answer}).ended, 7, "",

@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "client/request.h"
+#include "client/connection.h"
 
-#include <array>
 #include <asio/local/stream_protocol.hpp>
 #include <chrono>
 #include <iterator>
-
-#include "cmdsvc/protocol.h"
-#include "core/bytes.h"
 
 namespace client {
 namespace {
@@ -35,7 +31,7 @@ Reply complainOf(const asio::error_code& error, const Connection& connection)
 }
 
 /// Whether an answer has come to its end. A service that turns a request down need not have read
-/// all of it; then the connection breaks off behind the answer.
+/// all of it; then the connection breaks off after the answer.
 bool endsWhole(const asio::error_code& error, std::string_view answer)
 {
     return !error || error == asio::error::eof ||
@@ -53,13 +49,6 @@ void addConnectionOptions(CLI::App& command, Connection& connection)
         ->type_name("SECONDS")
         ->check(CLI::PositiveNumber)
         ->capture_default_str();
-}
-
-std::string makeFrame(std::string_view code, std::uint32_t count)
-{
-    std::array<char, cmdsvc::kWordSize> word;
-    core::putU32(word, count);
-    return std::string(code) + " " + std::string(word.begin(), word.end()) + "\n";
 }
 
 Reply sendRequest(const Connection& connection, std::string_view frame)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "client/request.h"
+#include "client/connection.h"
 
 #include <chrono>
 #include <csignal>
@@ -15,14 +15,13 @@
 namespace {
 
 using client::Connection;
-using client::makeFrame;
 using client::Reply;
 using client::sendRequest;
 
 constexpr const char* kSocket = "/tmp/socket";
 
 /// A service in a child process that takes one request and does with it as it is told.
-class Request : public root::UntracedTest {
+class Connected : public root::UntracedTest {
   protected:
     pid_t service = -1;
 
@@ -53,13 +52,7 @@ class Request : public root::UntracedTest {
     }
 };
 
-TEST_F(Request, frameHasCodeBlankCountAndNewline)
-{
-    EXPECT_EQ(makeFrame("crat", 2), std::string("crat \x02\0\0\0\n", 10));
-    EXPECT_EQ(makeFrame("crat", 0x04030201), "crat \x01\x02\x03\x04\n");
-}
-
-TEST_F(Request, frameArrivesWholeAndTheAnswerComesBackWhole)
+TEST_F(Connected, frameArrivesWholeAndTheAnswerComesBackWhole)
 {
     const std::string frame(4096, '\xE9');
     const std::string answer = std::string(100000, 'a') + std::string(3, '\0');
@@ -72,15 +65,15 @@ TEST_F(Request, frameArrivesWholeAndTheAnswerComesBackWhole)
     EXPECT_EQ(reply.bytes, answer);
 }
 
-TEST_F(Request, emptyAnswerIsGood)
+TEST_F(Connected, emptyAnswerIsGood)
 {
     serve([](int socket) { root::receiveAll(socket); });
-    const Reply reply = sendRequest(connection(), makeFrame("gubs", 0));
+    const Reply reply = sendRequest(connection(), "gubs " + root::le32(0) + "\n");
     EXPECT_EQ(reply.code, client::kGood);
     EXPECT_EQ(reply.bytes, "");
 }
 
-TEST_F(Request, nobodyThereIsUnreachable)
+TEST_F(Connected, nobodyThereIsUnreachable)
 {
     const Reply reply = sendRequest(connection(), "x");
     EXPECT_EQ(reply.code, client::kUnreachable);
@@ -91,7 +84,7 @@ TEST_F(Request, nobodyThereIsUnreachable)
     EXPECT_EQ(sendRequest(connection(), "x").code, client::kUnreachable);
 }
 
-TEST_F(Request, closedSocketIsNotPermitted)
+TEST_F(Connected, closedSocketIsNotPermitted)
 {
     serve([](int socket) { root::receiveAll(socket); });
     std::filesystem::permissions(kSocket, std::filesystem::perms(0));
@@ -101,7 +94,7 @@ TEST_F(Request, closedSocketIsNotPermitted)
                                "again as root.");
 }
 
-TEST_F(Request, serviceThatDoesNotAnswerIsWaitedForSoLong)
+TEST_F(Connected, serviceThatDoesNotAnswerIsWaitedForSoLong)
 {
     serve([](int socket) {
         root::receiveAll(socket);

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// request.h: a request to the command service, from its bytes to the bytes that come back.
+// connection.h: the way to the command service: a request's bytes go there, the answer's come back.
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -19,9 +18,6 @@ struct Connection {
 };
 
 void addConnectionOptions(CLI::App& command, Connection& connection);
-
-/// A request frame: code, blank, count and newline; parameters follow it.
-[[nodiscard]] std::string makeFrame(std::string_view code, std::uint32_t count);
 
 /// The answer, or why there is none.
 struct Reply {

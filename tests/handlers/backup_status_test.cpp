@@ -475,7 +475,7 @@ class FileReport : public request::Test {
     {
         SCOPED_TRACE(name);
         const Outcome outcome = request::process(request);
-        expectEnd(outcome, le32(0), stored(name), {}, outcome.printed);
+        expectEnd(outcome, le32(0), stored(name), {});
         EXPECT_EQ(root::readFile(kReportFolder + "__bk" + name), content);
     }
 

@@ -23,9 +23,6 @@ using root::kVariables;
 using root::le32;
 using root::trace;
 
-const std::string kCannotRead =
-    "//<!-- getvar() - getsetvar failed open file: " + kVariables + ", syserr: ";
-
 constexpr std::uint32_t kSetupDone = 0x80000001;
 constexpr std::uint32_t kNoLanguage = 0xB0000001;
 constexpr std::uint32_t kLanguageWithoutCode = 0xB0000002;
@@ -150,10 +147,10 @@ TEST_F(FirstTime, lineThatIsTooLongIsNoMarker)
 
 TEST_F(FirstTime, markerThatCannotBeReadIsAnEmptyOne)
 {
-    expectAnswer(kGood, "", kCannotRead + "No such file or directory-->\n");
+    expectAnswer(kGood, "", root::unreadVariable(root::kNotThere));
     root::writeFile(kVariables, "firsttime=0\n");
     fs::permissions(kVariables, fs::perms(0));
-    expectAnswer(kGood, "", kCannotRead + "Permission denied-->\n");
+    expectAnswer(kGood, "", root::unreadVariable(root::kDenied));
     fs::remove(kVariables);
     fs::create_directory(kVariables);
     expectAnswer(kGood, "");
@@ -473,12 +470,12 @@ TEST_F(QuickSetup, shareNameThatCannotBeReadIsAnError)
     stubLanguage(tagged("english"));
     request::load(frame("qlps", 0));
     expectError(kNoPublicShareName, valueCalls("english", "en", ""),
-                kCannotRead + "No such file or directory-->\n");
+                root::unreadVariable(root::kNotThere));
     root::writeFile(kVariables, "default_public_share_name_en=Public\n");
     fs::permissions(kVariables, fs::perms(0));
     request::load(frame("qlps", 0));
     expectError(kNoPublicShareName, valueCalls("english", "en", ""),
-                kCannotRead + "Permission denied-->\n");
+                root::unreadVariable(root::kDenied));
 }
 
 TEST_F(QuickSetup, answerIsBuiltAnewForEachRequest)

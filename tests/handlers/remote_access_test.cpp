@@ -33,8 +33,6 @@ using root::trace;
 
 const std::string kRegister = "/usr/bin/ractl";
 const std::string kSwitch = "/usr/bin/ra-enabled";
-const std::string kCannotRead =
-    "//<!-- getvar() - getsetvar failed open file: " + kVariables + ", syserr: ";
 
 const std::vector<std::size_t> kSizes = {0, 1, 2, 31, 32, 33, 64, 65};
 
@@ -267,11 +265,11 @@ TEST_F(Value, addressThatCannotBeReadIsAnError)
 {
     fs::permissions(kVariables, fs::perms(0));
     ask(1);
-    expectPrinted(kCannotRead + "Permission denied-->\n");
+    expectPrinted(root::unreadVariable(root::kDenied));
     expectError(1, {trace("key is 1")});
     fs::remove(kVariables);
     ask(2);
-    expectPrinted(kCannotRead + "No such file or directory-->\n");
+    expectPrinted(root::unreadVariable(root::kNotThere));
     expectError(1, {trace("key is 2")});
 }
 
@@ -383,7 +381,7 @@ TEST_F(Access, systemWithoutVariablesIsOff)
 {
     fs::remove(kVariables);
     load(frame("wags", 1, "system\n"));
-    expectPrinted(kCannotRead + "No such file or directory-->\n");
+    expectPrinted(root::unreadVariable(root::kNotThere));
     expectAnswer(std::string("wags system\n\0\n", 14),
                  {trace("wags entity: system"), trace("wags system on: ")});
 }

@@ -106,8 +106,7 @@ class ShareProperty : public request::Test {
         root::stubListing(text);
         const Outcome outcome = ask(name);
         expectEnd(outcome, answerOf(property),
-                  callsWith(name, 0, join({finds, {answerTrace(property)}})), {kWorkFile},
-                  outcome.printed);
+                  callsWith(name, 0, join({finds, {answerTrace(property)}})), {kWorkFile});
     }
 
     /// The same where it is enough to know the answer.

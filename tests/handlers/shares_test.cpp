@@ -88,22 +88,21 @@ class PublicShare : public request::Test {
   protected:
     static void setVariables(const std::string& content)
     {
-        root::writeFile("/etc/pelconfig/system_var", content);
+        root::writeFile(root::kVariables, content);
     }
 
-    static void expectName(const std::string& name)
+    static void expectName(const std::string& name, const std::string& printed = "")
     {
-        const Outcome outcome = request::process(frame("gps1", 0));
         const std::string size = std::to_string(10 + name.size() + 1);
-        expectEnd(outcome, "gpsr " + le32(1) + "\n" + name + "\n",
-                  {trace("cmd_gps1 fwrite " + size + ": gpsr \x01")}, {}, outcome.printed);
+        expectEnd(request::process(frame("gps1", 0)), "gpsr " + le32(1) + "\n" + name + "\n",
+                  {trace("cmd_gps1 fwrite " + size + ": gpsr \x01")}, {}, printed);
     }
 
     static void expectNoName(const std::string& request, std::uint32_t count)
     {
         const Outcome outcome = request::process(request);
         const Lines calls = {trace("cmd_gpsn fwrite 5: gpsn ")};
-        expectEnd(outcome, "gpsn ", calls, {}, outcome.printed);
+        expectEnd(outcome, "gpsn ", calls);
         EXPECT_EQ(outcome.calls, request::opening("gpsn", count, calls));
     }
 };
@@ -142,10 +141,10 @@ TEST_F(PublicShare, nameThatIsNotSetIsAnEmptyLine)
 
 TEST_F(PublicShare, nameThatCannotBeReadIsAnEmptyLine)
 {
-    expectName("");
+    expectName("", root::unreadVariable(kNotThere));
     setVariables("pel_pubshare_name=Public\n");
-    makeUnreadable("/etc/pelconfig/system_var");
-    expectName("");
+    makeUnreadable(root::kVariables);
+    expectName("", root::unreadVariable(kDenied));
 }
 
 TEST_F(PublicShare, answerThatTheDiskHasNoRoomForIsLost)
@@ -179,10 +178,8 @@ TEST_F(PublicShare, olderQueryTakesAnyCount)
 TEST_F(PublicShare, olderQueryAsksForTheVariableAlone)
 {
     root::writeFile(kWorkFile, "pel_pubshare_name=Stale\n");
-    const Outcome outcome = request::process(frame("gpsn", 0));
-    EXPECT_EQ(outcome.answer, "gpsn ");
-    EXPECT_NE(outcome.printed.find("/etc/pelconfig/system_var"), std::string::npos);
-    EXPECT_EQ(leftBehind(), Lines{kWorkFile});
+    expectEnd(request::process(frame("gpsn", 0)), "gpsn ", {trace("cmd_gpsn fwrite 5: gpsn ")},
+              {kWorkFile}, root::unreadVariable(kNotThere));
 }
 
 // ---- lsts -------------------------------------------------------------------------------------
@@ -219,7 +216,7 @@ class ListShares : public request::Test {
         const std::string end =
             trace("cmd_lsts return: number of user: " + std::to_string(internal.size()));
         expectEnd(outcome, header(internal.size()) + pairs, join({headerCalls(internal), {end}}),
-                  {kWorkFile}, outcome.printed);
+                  {kWorkFile});
         EXPECT_EQ(root::readFile(kWorkFile), shareList(internal));
     }
 

@@ -280,6 +280,12 @@ std::string cutTrace(const std::string& message)
     return trace(message.substr(0, kLongestMessage));
 }
 
+std::string unreadVariable(const std::string& reason)
+{
+    return "//<!-- getvar() - getsetvar failed open file: " + kVariables + ", syserr: " + reason +
+           "-->\n";
+}
+
 std::string sizeTrace(const std::string& path, std::size_t size)
 {
     return trace("file " + path + " size = " + std::to_string(size) + " bytes");

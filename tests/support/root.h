@@ -93,6 +93,9 @@ void freeDisk(const std::string& folder = "/tmp");
 /// The shell line of a trace whose message may be too long for its buffer.
 [[nodiscard]] std::string cutTrace(const std::string& message);
 
+/// What is printed when the variables cannot be read.
+[[nodiscard]] std::string unreadVariable(const std::string& reason);
+
 /// The shell line of the trace that a file has a size, in bytes.
 [[nodiscard]] std::string sizeTrace(const std::string& path, std::size_t size);
 

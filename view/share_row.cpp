@@ -42,16 +42,21 @@ std::optional<std::chrono::sys_days> readDay(std::string_view date)
     return day.ok() ? std::optional(std::chrono::sys_days(day)) : std::nullopt;
 }
 
+ShareRow readRow(const ShareEntry& entry)
+{
+    return {
+        .name = std::string(entry.name),
+        .used = readUsed(entry),
+        .backupState = isDigit(entry.state) ? std::optional(entry.state - '0') : std::nullopt,
+        .backupDay = readDay(entry.date),
+    };
+}
+
 std::vector<ShareRow> readRows(sharestatus::TableReader& table)
 {
     std::vector<ShareRow> rows;
     while (const std::optional<ShareEntry> entry = table.next()) {
-        rows.push_back({
-            .name = std::string(entry->name),
-            .used = readUsed(*entry),
-            .backupState = isDigit(entry->state) ? std::optional(entry->state - '0') : std::nullopt,
-            .backupDay = readDay(entry->date),
-        });
+        rows.push_back(readRow(*entry));
     }
     return rows;
 }

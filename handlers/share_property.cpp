@@ -98,8 +98,9 @@ Status lookUpProperty(Channel& channel, const char* path, const char* name, Prop
 void answerProperty(Channel& channel, Property property)
 {
     const cmdsvc::HeaderBytes header = channel.header(1);
-    const std::array<char, 2> line = {static_cast<char>(property), '\n'};
-    const std::size_t written = channel.writeHeader(1) + channel.write({line.data(), line.size()});
+    const char byte = static_cast<char>(property);
+    const std::size_t written =
+        channel.writeHeader(1) + channel.write({&byte, 1}) + channel.write("\n");
     // As a text the header ends at the count's first zero byte.
     dbg_trace("cmd_gsp1 fwrite: %s - %d - return %d", header.data(), static_cast<int>(property),
               static_cast<int>(written));

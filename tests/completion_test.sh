@@ -26,8 +26,8 @@ expect() {
     fi
 }
 
-expect '--help --version status shares users backup drives host version private setup remote service raw' vokctl ''
-expect 'status shares setup service' vokctl s
+expect '--help --version' vokctl -
+expect 'shares' vokctl sh
 expect '--help list show public-name create' vokctl shares ''
 expect '--help --json --socket --timeout' vokctl shares list ''
 expect '--help --socket --timeout --public --for' vokctl shares create Music --public ''

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <array>
 
 namespace client {
 
@@ -43,5 +44,27 @@ void buildServiceCommand(CLI::App& command);
 
 /// "vokctl raw": any request at all.
 void buildRawCommand(CLI::App& command);
+
+struct Subcommand {
+    const char* name;
+    const char* purpose; ///< its line in the help of the whole program
+    void (*build)(CLI::App& command);
+};
+
+/// In the order of the help.
+inline constexpr auto kSubcommands = std::to_array<Subcommand>({
+    {"status", "Show every share's space and last backup, as last published", buildStatusCommand},
+    {"shares", "The appliance's shares", buildSharesCommand},
+    {"users", "The appliance's accounts", buildUsersCommand},
+    {"backup", "What backup clients report", buildBackupCommand},
+    {"drives", "The appliance's disks", buildDrivesCommand},
+    {"host", "The appliance's names, clock and language", buildHostCommand},
+    {"version", "Tell what build the appliance runs", buildVersionCommand},
+    {"private", "The file that clients keep on the appliance", buildPrivateCommand},
+    {"setup", "What a setup program asks first", buildSetupCommand},
+    {"remote", "Reaching the appliance from outside", buildRemoteCommand},
+    {"service", "The service that collects the status", buildServiceCommand},
+    {"raw", "Send any request and show the bytes of the answer", buildRawCommand},
+});
 
 } // namespace client

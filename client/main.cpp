@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
 #include <iostream>
 #include <span>
 #include <string_view>
@@ -22,33 +21,11 @@ int finishOutput(int exitCode)
     return client::kFailed;
 }
 
-struct Subcommand {
-    const char* name;
-    const char* purpose; ///< its line in the help of the whole program
-    void (*build)(CLI::App& command);
-};
-
-constexpr auto kSubcommands = std::to_array<Subcommand>({
-    {"status", "Show every share's space and last backup, as last published",
-     client::buildStatusCommand},
-    {"shares", "The appliance's shares", client::buildSharesCommand},
-    {"users", "The appliance's accounts", client::buildUsersCommand},
-    {"backup", "What backup clients report", client::buildBackupCommand},
-    {"drives", "The appliance's disks", client::buildDrivesCommand},
-    {"host", "The appliance's names, clock and language", client::buildHostCommand},
-    {"version", "Tell what build the appliance runs", client::buildVersionCommand},
-    {"private", "The file that clients keep on the appliance", client::buildPrivateCommand},
-    {"setup", "What a setup program asks first", client::buildSetupCommand},
-    {"remote", "Reaching the appliance from outside", client::buildRemoteCommand},
-    {"service", "The service that collects the status", client::buildServiceCommand},
-    {"raw", "Send any request and show the bytes of the answer", client::buildRawCommand},
-});
-
 /// All options of all subcommands take longer to build than a status takes to show. Only what the
 /// command line names can be asked for; of the others their names and purposes are enough.
 void addSubcommands(CLI::App& program, std::span<char* const> arguments)
 {
-    for (const Subcommand& each : kSubcommands) {
+    for (const client::Subcommand& each : client::kSubcommands) {
         CLI::App* command = program.add_subcommand(each.name, each.purpose);
         if (std::ranges::find(arguments, std::string_view(each.name)) != arguments.end()) {
             each.build(*command);

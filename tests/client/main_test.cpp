@@ -3,6 +3,7 @@
 // vokctl itself: help, version, wrong usage.
 #include <gtest/gtest.h>
 
+#include "client/commands.h"
 #include "tests/support/root.h"
 
 namespace {
@@ -23,36 +24,32 @@ class Client : public root::UntracedTest {
     }
 };
 
-const std::string kHelp =
-    "Talks to the appliance's control module.\n"
-    "Usage: vokctl [OPTIONS] [SUBCOMMAND]\n"
-    "\n"
-    "Options:\n"
-    "  -h,--help                   Print this help message and exit\n"
-    "  --version                   Display program version information and exit\n"
-    "\n"
-    "Subcommands:\n"
-    "  status                      Show every share's space and last backup, as last published\n"
-    "  shares                      The appliance's shares\n"
-    "  users                       The appliance's accounts\n"
-    "  backup                      What backup clients report\n"
-    "  drives                      The appliance's disks\n"
-    "  host                        The appliance's names, clock and language\n"
-    "  version                     Tell what build the appliance runs\n"
-    "  private                     The file that clients keep on the appliance\n"
-    "  setup                       What a setup program asks first\n"
-    "  remote                      Reaching the appliance from outside\n"
-    "  service                     The service that collects the status\n"
-    "  raw                         Send any request and show the bytes of the answer\n"
-    "\n"
-    "\"vokctl COMMAND --help\" tells more about a command.\n";
+/// The help of the whole program, which names each subcommand and its purpose.
+std::string help()
+{
+    std::string text =
+        "Talks to the appliance's control module.\n"
+        "Usage: vokctl [OPTIONS] [SUBCOMMAND]\n"
+        "\n"
+        "Options:\n"
+        "  -h,--help                   Print this help message and exit\n"
+        "  --version                   Display program version information and exit\n"
+        "\n"
+        "Subcommands:\n";
+    for (const client::Subcommand& each : client::kSubcommands) {
+        std::string name = each.name;
+        name.resize(28, ' ');
+        text += "  " + name + each.purpose + "\n";
+    }
+    return text + "\n\"vokctl COMMAND --help\" tells more about a command.\n";
+}
 
 TEST_F(Client, helpGoesToStandardOutput)
 {
     for (const char* option : {"--help", "-h"}) {
         const root::Ended ended = vokctl({option});
         EXPECT_EQ(ended.exitCode, 0);
-        EXPECT_EQ(ended.output, kHelp);
+        EXPECT_EQ(ended.output, help());
         EXPECT_EQ(ended.errors, "");
     }
 }
@@ -161,7 +158,7 @@ TEST_F(Client, withoutACommandHelpIsWrongUsage)
     const root::Ended ended = vokctl({});
     EXPECT_EQ(ended.exitCode, 2);
     EXPECT_EQ(ended.output, "");
-    EXPECT_EQ(ended.errors, kHelp);
+    EXPECT_EQ(ended.errors, help());
 }
 
 TEST_F(Client, unknownCommandIsNamed)

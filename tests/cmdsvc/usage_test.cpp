@@ -144,6 +144,15 @@ TEST_F(Usage, tableIsReadFromItsFile)
     EXPECT_EQ(watch::calls(), Lines{trace("init_cmd_buffer() -- read from file " + kFile)});
 }
 
+TEST_F(Usage, nothingBehindTheTableIsTouched)
+{
+    std::array<CommandUsage, 2> tables{};
+    root::writeFile(kFile, std::string(2 * sizeof(CommandUsage), 'z'));
+    init_cmd_buffer(tables.data());
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(tables.data()), sizeof tables),
+              std::string(168, 'z') + std::string(168, '\0'));
+}
+
 TEST_F(Usage, fileThatHoldsNoCodesIsReadAllTheSame)
 {
     for (const std::string& content : {std::string(), std::string(168, 'z'), std::string("x")}) {
@@ -270,6 +279,7 @@ TEST_F(Usage, withoutALastSaveItIsDueAtOnce)
 TEST_F(Usage, lastSaveOfAnyAgeIsOverdue)
 {
     expectSave(kLast, 1, kLast);
+    expectSave(kLast, -1, kLast);
     for (const std::int32_t saved : {-1, kToday - kLast, kToday - kLast - 1, kToday - kLast - 2,
                                      kToday - kLast - 300, kFirst + 300, kFirst}) {
         expectSave(kToday, saved, kToday);

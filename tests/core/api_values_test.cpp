@@ -236,4 +236,19 @@ TEST_F(SetApiValue, longValueReachesTheScriptWhole)
     EXPECT_EQ(root::readFile("/tmp/seen"), value);
 }
 
+TEST_F(SetApiValue, lineIsCutAt4351Characters)
+{
+    watch::mayBeStrange("sudo");
+    const std::string front = "sudo /usr/bin/php /etc/inc/api_system.php tovSet ";
+    const std::string back = " > " + output;
+    const std::string value(4351 - front.size() - back.size(), 'v');
+    for (const std::string& text : {value, value + "v", std::string(9000, 'v')}) {
+        watch::restart();
+        watch::answer("sudo", 0, 0);
+        EXPECT_EQ(setSysVar(text.c_str(), "tovSet"), 0);
+        const std::string cut = (front + text + back).substr(0, 4351);
+        EXPECT_EQ(watch::calls(), (Lines{cut, trace(("setSysVar(): " + cut).substr(0, 1999))}));
+    }
+}
+
 } // namespace

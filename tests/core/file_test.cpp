@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: MIT
+#include <array>
 #include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <string>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 #include "core/core.h"
 #include "tests/support/root.h"
@@ -46,6 +52,25 @@ TEST_F(File, emptyFileAndFolderHaveNoLine)
         EXPECT_FALSE(core::readLine(file.get(), line)) << path;
         EXPECT_STREQ(line.data(), "") << path;
     }
+}
+
+TEST_F(File, textBeforeAReadErrorIsNoLine)
+{
+    const auto readOnce = [](void* isRead, char* buffer, std::size_t /*size*/) -> ssize_t {
+        if (std::exchange(*static_cast<bool*>(isRead), true)) {
+            errno = EIO;
+            return -1;
+        }
+        std::memcpy(buffer, "half a", 6);
+        return 6;
+    };
+    bool isRead = false;
+    cookie_io_functions_t functions{};
+    functions.read = readOnce;
+    const core::File file(::fopencookie(&isRead, "r", functions));
+    std::array<char, 64> line = {'x', '\0'};
+    EXPECT_FALSE(core::readLine(file.get(), line));
+    EXPECT_STREQ(line.data(), "");
 }
 
 TEST_F(File, failureToOpenSetsErrno)

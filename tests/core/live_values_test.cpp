@@ -80,6 +80,13 @@ TEST_F(LiveValues, maskIsBehindMask)
     expectMask("Masks Mask:1.2.3.4", "");
 }
 
+TEST_F(LiveValues, textThatIsAlmostAMarkIsPassedOver)
+{
+    expectAddress("eth0 HWaddr 00:1A inet addr:10.0.0.1\n", "10.0.0.1");
+    expectHardwareAddress("HWadd 12345 HWaddr 0A:1B\n", "0A:1B");
+    expectMask("Mas 12.5 Mask:1.2.3.4\n", "1.2.3.4");
+}
+
 TEST_F(LiveValues, gatewayIsTheSecondColumn)
 {
     expectGateway("0.0.0.0         192.168.1.1     0.0.0.0         UG    0      0        0 eth0\n",
@@ -97,6 +104,14 @@ TEST_F(LiveValues, gatewayBeginsAtTheNinthCharacterAtTheEarliest)
     expectGateway("0.0.0.0110.0.0.1 UG\n", "10.0.0.1");
     expectGateway("0.0.0.0 UG", "");
     expectGateway("0.0.0.0UG\n", "");
+}
+
+TEST_F(LiveValues, gatewayMayBeginWithEachDigit)
+{
+    for (const char digit : std::string("0123456789")) {
+        const std::string gateway = std::string(1, digit) + ".1.2.3";
+        expectGateway("0.0.0.0 " + gateway + " UG\n", gateway);
+    }
 }
 
 TEST_F(LiveValues, onlyTheFirstLineCounts)
@@ -117,6 +132,14 @@ TEST_F(LiveValues, longLineIsCutAndNeverReadPastItsEnd)
     expectAddress("addr:" + std::string(600, '1') + "\n", std::string(506, '1'));
     expectAddress(std::string(506, ' ') + "addr:12\n", "");
     expectHardwareAddress(std::string(504, ' ') + "HWaddr 12\n", "");
+}
+
+TEST_F(LiveValues, markThatTheEndOfALongLineCutsIsNone)
+{
+    expectAddress(std::string(507, '1') + "addr:2\n", "");
+    expectHardwareAddress(std::string(505, '1') + "HWaddr 12\n", "");
+    expectHardwareAddress(std::string(506, '1') + "HWaddr 12\n", "");
+    expectMask(std::string(508, '1') + "Mask:2\n", "");
 }
 
 TEST_F(LiveValues, toolThatCannotRunGivesNoOlderValue)

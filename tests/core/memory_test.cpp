@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <string>
 
 #include "core/core.h"
@@ -48,6 +49,20 @@ TEST(Memory, withoutMemoryThereIsNoCopyButAReason)
     const core::Text copy = core::copyText("anna");
     EXPECT_EQ(errno, ENOMEM);
     EXPECT_FALSE(copy);
+}
+
+TEST(Memory, copyIsGivenBackWithItsOwner)
+{
+    const auto inUse = [] {
+        const struct mallinfo2 heap = ::mallinfo2();
+        return heap.uordblks + heap.hblkhd;
+    };
+    const std::string text(100000, 'n');
+    const std::size_t before = inUse();
+    for (int i = 0; i < 10; ++i) {
+        ASSERT_TRUE(core::copyText(text.c_str()));
+    }
+    EXPECT_EQ(inUse(), before);
 }
 
 TEST(Memory, blockOfTheCLibraryCanBeOwned)

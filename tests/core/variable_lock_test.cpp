@@ -90,6 +90,23 @@ TEST_F(Lock, signalDoesNotEndTheWait)
     ::sigaction(SIGUSR1, &before, nullptr);
 }
 
+TEST_F(Lock, firstDescriptorIsOneLikeTheOthers)
+{
+    root::writeFile(kLockFile, "");
+    const int input = ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
+    ASSERT_GE(input, 0);
+    ::close(STDIN_FILENO);
+    {
+        const VariableLock lock(VariableLock::Mode::kWrite);
+        EXPECT_GE(::fcntl(STDIN_FILENO, F_GETFD), 0) << "the lock file has it";
+        EXPECT_FALSE(isFree(LOCK_SH));
+    }
+    EXPECT_LT(::fcntl(STDIN_FILENO, F_GETFD), 0);
+    EXPECT_TRUE(isFree(LOCK_EX));
+    ::dup2(input, STDIN_FILENO);
+    ::close(input);
+}
+
 TEST_F(Lock, nobodyWaitsWithoutALockFile)
 {
     std::filesystem::permissions("/etc/pelconfig", std::filesystem::perms(0555));

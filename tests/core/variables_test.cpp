@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/support/file_events.h"
 #include "tests/support/root.h"
 #include "vokcontrol.h"
 
@@ -114,6 +115,19 @@ TEST_F(Variables, backupHoldsTheVersionBefore)
     EXPECT_EQ(setvar("a", "3"), 0);
     EXPECT_EQ(root::readFile(kBackup), "a=2\n");
     EXPECT_EQ(root::readFile(kFile), "a=3\n");
+}
+
+TEST_F(Variables, oldFileIsClosedBeforeAnythingIsReplaced)
+{
+    root::writeFile(kFile, "a=1\n");
+    root::writeFile(kBackup, "a=0\n");
+    root::writeFile(kNew, "a=1\n");
+    const root::FileEvents events("/etc/pelconfig");
+    EXPECT_EQ(setvar("a", "2"), 0);
+    EXPECT_EQ(events.happened(),
+              (Lines{"remove system_var_tmp", "close system_var", "remove system_var_bak",
+                     "write system_var_tmp", "close system_var_tmp", "remove system_var",
+                     "close system_var_lck"}));
 }
 
 TEST_F(Variables, missingFileIsNotCreated)
@@ -313,6 +327,12 @@ class LiveVariables : public Variables {
         root::stub("php", "cat /stubs/answer >\"$3\"");
     }
 
+    static void expectLanguage(const std::string& language, const std::string& digit)
+    {
+        answer("<language>" + language + "</language>\n");
+        EXPECT_EQ(getvar("pel_language"), digit) << language;
+    }
+
     static std::string scriptLine(const std::string& function)
     {
         return "sudo /usr/bin/php /etc/inc/api_system.php " + function + " " +
@@ -367,10 +387,23 @@ TEST_F(LiveVariables, languageIsADigit)
         {"old_french", "2"},
     };
     for (const auto& [language, digit] : digits) {
-        answer("<language>" + language + "</language>\n");
-        EXPECT_EQ(getvar("pel_language"), digit) << language;
+        expectLanguage(language, digit);
     }
     EXPECT_EQ(watch::calls().back(), scriptLine("tovGetLanguage"));
+}
+
+TEST_F(LiveVariables, languageIsItsWholeName)
+{
+    // Of two names the one that is tested first counts: "french" alone is found here.
+    expectLanguage("englis french", "2");
+    expectLanguage("nglish french", "2");
+    for (const std::string name :
+         {"french", "german", "spanish", "italian", "chinese", "traditional_chinese"}) {
+        expectLanguage(name.substr(0, name.size() - 1), "1");
+    }
+    for (const char* name : {"rench", "erman", "panish", "talian", "hinese"}) {
+        expectLanguage(name, "1");
+    }
 }
 
 TEST_F(LiveVariables, failingLanguageIsEnglish)
@@ -385,6 +418,13 @@ TEST_F(LiveVariables, buildVersionIsTheBuildLine)
     EXPECT_STREQ(getvar("build_version"), "1.2.3");
     std::filesystem::remove("/etc/buildinfo.txt");
     EXPECT_STREQ(getvar("build_version"), "");
+}
+
+TEST_F(LiveVariables, longestBuildLineIsWhole)
+{
+    root::writeFile("/etc/buildinfo.txt", std::string(600, 'b') + "\n");
+    EXPECT_EQ(getvar("build_version"), std::string(511, 'b'));
+    std::filesystem::remove("/etc/buildinfo.txt");
 }
 
 } // namespace

@@ -326,6 +326,21 @@ TEST_F(DriveInfos, closingTagDecidesItsLine)
                  {kEmpty, kEmptyUsb});
 }
 
+TEST_F(DriveInfos, textThatIsAlmostAnOpeningTagOpensNothing)
+{
+    for (const char* opening : {"<usbHdds>", "<printerInfos>", "<HDDInfos>"}) {
+        expectReport(std::string(opening) + "\n<hddIndex>1</hddIndex>\n", {kGood}, {});
+    }
+}
+
+TEST_F(DriveInfos, textThatIsAlmostAClosingTagClosesNothing)
+{
+    for (const std::string name : {"HDDInfo", "usbHdd", "printerInfo"}) {
+        expectReport("<HDDInfo>\n</" + name + "s>\n<old/" + name + ">\n<hddIndex>1</hddIndex>\n",
+                     {index(1, 0), kGood}, {"|||||1|0"});
+    }
+}
+
 TEST_F(DriveInfos, reportMayEndAnywhere)
 {
     expectReport("<HDDInfo>", {kGood}, {});
@@ -520,6 +535,13 @@ TEST_F(Capacities, latePointIsCutWithinTheField)
     expectCapacity(digits + "11.23", digits + "11.2", digits + "11.2");
     expectCapacity(digits + "111.2", digits + "111.", digits + "111.");
     expectCapacity(digits + "1111.2", digits + "1111", digits + "1111");
+}
+
+TEST_F(Capacities, longestOneLeavesTheIndexBehindIt)
+{
+    const std::string capacity = std::string(37, '1') + ".23";
+    expectReport(internalDisk(tag("hddIndex", "7") + tag("modelCap", capacity)),
+                 {index(7, 0), "found modelCap:" + capacity, kGood}, {"||||" + capacity + "|7|0"});
 }
 
 TEST_F(Capacities, pointOfALongerValueBeforeCounts)

@@ -149,6 +149,12 @@ TEST_F(DiskNames, nameStandsBeforeItsClosingTag)
     expectNames("<HDDInfo>\n<modelDevName>sda</modelDevName>", "sda");
 }
 
+TEST_F(DiskNames, textThatIsAlmostAClosingTagIsNone)
+{
+    expectNames("<HDDInfo>\n<modelDevName>sda</modelDevNames>\n<modelDevName>sdb</modelDevName>\n",
+                "sdb");
+}
+
 TEST_F(DiskNames, nameMayBeLong)
 {
     for (const std::size_t size : {39U, 40U, 41U, 482U}) {

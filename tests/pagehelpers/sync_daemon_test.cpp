@@ -106,6 +106,7 @@ TEST_F(SyncDaemon, onlyTheFirstProcessThatIsFoundCounts)
 {
     expectStarted(" 80 root  grep tidewave\n 90 root  tidewaved -n 3\n");
     expectStarted(" 80 root  tidewave d\n");
+    expectStarted(" 80 root  tidewave idewaved\n");
 }
 
 TEST_F(SyncDaemon, firstLineCountsUpTo511Characters)

@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 #include <thread>
 
 #include "core/bytes.h"
@@ -179,6 +181,17 @@ TEST_F(Daemon, leavesItsStarterAtOnceAndKeepsItsStreams)
     const root::Ended ended = daemon.wait();
     EXPECT_GE(Clock::now() - start, std::chrono::seconds(1));
     EXPECT_EQ(ended.output, "back\nfrom the script\n");
+}
+
+TEST_F(Daemon, endsWithZero)
+{
+    // What loses its parent becomes this process's child.
+    ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0), 0);
+    runDaemon();
+    int status = -1;
+    EXPECT_GT(::waitpid(-1, &status, 0), 0);
+    EXPECT_EQ(status, 0);
+    ::prctl(PR_SET_CHILD_SUBREAPER, 0, 0, 0, 0);
 }
 
 TEST_F(Daemon, worksInTheRootFolder)

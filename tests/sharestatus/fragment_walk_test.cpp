@@ -37,6 +37,13 @@ TEST(FragmentWalk, textWithoutABracketHoldsNone)
     EXPECT_EQ(walk("return \"Music\";"), Names{});
 }
 
+TEST(FragmentWalk, textWithoutABracketStaysAsItIs)
+{
+    std::string line = "return,\"Music\"];";
+    EXPECT_EQ(sharestatus::FragmentWalk(line.data()).next(), nullptr);
+    EXPECT_EQ(line, "return,\"Music\"];");
+}
+
 TEST(FragmentWalk, textBeforeTheFirstBracketIsNotWalked)
 {
     EXPECT_EQ(walk("return,\"x\" [\"Music\"[\"y\"];"), (Names{"Music", "y"}));

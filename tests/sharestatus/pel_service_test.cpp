@@ -69,6 +69,12 @@ TEST_F(PelStatus, searchItselfIsNoService)
     expectStart("   8 root sh -c ps | grep pelstatus> /tmp/x\n   9 root grep pelstatus\n");
 }
 
+TEST_F(PelStatus, partsOfTheSearchsNameAreNotTheSearch)
+{
+    expectNoStart("  12 root  pelstatus --green\n");
+    expectNoStart("  12 root  pelstatus --report\n");
+}
+
 TEST_F(PelStatus, listingIsThereUntilItsResultIsTraced)
 {
     listProcesses("  12 root  pelstatus\n");
@@ -197,6 +203,8 @@ TEST_F(PelStatus, longLinesAreJudgedPieceByPiece)
     expectStart("pelstatu" + std::string(0, ' ') + "\n" + std::string(503, ' ') +
                 "pelstatus grep\n");
     expectStart(std::string(511 - 4, ' ') + "pelstatus\n" + "grep pelstatus\n");
+    expectStart(std::string(511 - 1, ' ') + "pelstatus\n");
+    expectStart(std::string(511 - 8, ' ') + "pelstatus\n");
 }
 
 TEST_F(PelStatus, realProcessListingShowsTheSearchAlone)

@@ -52,6 +52,19 @@ TEST_F(ShareList, quotedNamesStandBackToBack)
                    {"Music", "My Photos"}, "return [\"Music\"\"My Photos\"];");
 }
 
+TEST_F(ShareList, textThatIsAlmostATagIsNone)
+{
+    expectFragment("<sharename>A</sharenames>\n<sharelocation>int\n", {""}, "return [\"\"];");
+    expectFragment("<sharename>A</sharename>\n<sharelocation>inside\n"
+                   "<old_sharelocation>internal\n<sharelocation>int\n",
+                   {"A"}, "return [\"A\"];");
+    for (const char* other : {"<name></s>", "<time></share>"}) {
+        expectFragment("<sharename>A</sharename>\n<sharename>B</sharename>" + std::string(other) +
+                           "\n<sharelocation>int\n",
+                       {"B"}, "return [\"B\"];");
+    }
+}
+
 TEST_F(ShareList, emptyListEndsInANewline)
 {
     expectFragment("", {}, "return [];\n");

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -56,6 +57,38 @@ TEST_F(PublishStatus, largestPayloadIsPublished)
     const std::string payload(4096, '\x03');
     sharestatus::publishStatus(payload);
     EXPECT_EQ(root::readFile(root::kStatusFile), fileOf(payload, 0));
+}
+
+/// How many writes this process has asked the system for.
+unsigned long writes()
+{
+    const std::string counts = root::readFile("/proc/self/io");
+    const std::string name = "syscw: ";
+    return std::stoul(counts.substr(counts.find(name) + name.size()));
+}
+
+TEST_F(PublishStatus, fileTakesTwoWrites)
+{
+    for (const std::size_t size : {0U, 1U, 4092U, 4096U}) {
+        const std::string payload(size, '\x01');
+        const unsigned long before = writes();
+        sharestatus::publishStatus(payload);
+        EXPECT_EQ(writes() - before, 2U) << size;
+    }
+}
+
+TEST_F(PublishStatus, memoryIsGivenBack)
+{
+    const auto inUse = [] {
+        const struct mallinfo2 heap = ::mallinfo2();
+        return heap.uordblks + heap.hblkhd;
+    };
+    sharestatus::publishStatus("x");
+    const std::size_t before = inUse();
+    for (int i = 0; i < 10; ++i) {
+        sharestatus::publishStatus("x");
+    }
+    EXPECT_EQ(inUse(), before);
 }
 
 TEST_F(PublishStatus, fileIsRewrittenInPlace)

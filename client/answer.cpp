@@ -170,10 +170,7 @@ std::vector<std::string> splitLines(std::string_view text)
 
 std::string quote(std::string_view text)
 {
-    std::string quoted = "\"";
-    quoted += view::makePrintable(text).text;
-    quoted += '"';
-    return quoted;
+    return "\"" + std::string(text) + "\"";
 }
 
 std::string describeLines(const std::vector<std::string>& lines)

@@ -164,9 +164,9 @@ vokctl: a private file has 1 to 4070 bytes; this one has 0 = 2
 vokctl: a private file has 1 to 4070 bytes; this one has 4071 = 2
 vokctl: a file of 10 bytes cannot be sent: its size holds a newline byte. Make it longer or shorter. = 2
 vokctl: the appliance does not take a file of this size, or with this content (0xFF000003) = 1
-status 0x60000004: the file did not come whole; a former one stays as it was
-status 0x60000005: the file did not end where its size says; a former one stays as it was
-status 0x60000002: an empty file cannot be kept
+a refusal, 0x60000004: the file did not come whole; a former one stays as it was
+a refusal, 0x60000005: the file did not end where its size says; a former one stays as it was
+a refusal, 0x60000002: an empty file cannot be kept
 former = 0
 vokctl: the appliance keeps the new file, but cannot remove the former one (0xFF000006) = 1
 the new one

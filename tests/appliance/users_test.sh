@@ -15,7 +15,7 @@ expect 'requests are answered, and logged without their parameters' 'anna
 bob
 Élise
 00000000  03 00 00 ff                                      |....|
-Read as status 0xFF000003: the command takes another number of parameters
+Read as a refusal, 0xFF000003: the command takes another number of parameters
 vokserve: ready
 vokserve: 1 lstu count=0 answer=26 ms=N
 vokserve: 2 lstu count=1 answer=4 ms=N

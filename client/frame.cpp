@@ -36,8 +36,8 @@ std::string layOut(const Parameter& parameter, const Value& value)
         return checkedLine(std::get<std::string>(value)) + "\n";
     case Layout::kInFirstLine:
         return inFirstLine(parameter, std::get<std::string>(value));
-    case Layout::kWord:
-    case Layout::kWordLine:
+    case Layout::kNumber:
+    case Layout::kNumberLine:
         return wordBytes(std::get<std::uint32_t>(value)) + "\n";
     case Layout::kByte:
         return byteOf(std::get<std::uint32_t>(value));

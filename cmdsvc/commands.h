@@ -104,8 +104,8 @@ enum class ShellContext {
 /// How a parameter stands in the request.
 enum class Layout {
     kLine,        ///< a line of text
-    kWord,        ///< 32 bits and a newline
-    kWordLine,    ///< the same, taken as a line: a byte 0x0A among the 32 bits ends it early
+    kNumber,      ///< 32 bits and a newline
+    kNumberLine,  ///< the same, taken as a line: a byte 0x0A among the 32 bits ends it early
     kByte,        ///< one byte
     kText,        ///< bytes up to a newline or a zero byte
     kRest,        ///< all that is left
@@ -167,26 +167,10 @@ namespace rows {
 
 using enum WrongCountExit;
 using enum RefusalShape;
+using enum Layout;
 using enum ShellContext;
 
 inline constexpr Refusals kNeverRefused = {};
-inline constexpr Refusals kByWord = {kAsWord};
-inline constexpr Refusals kByError = {kAsError};
-
-constexpr Refusals byWord(Status malformed)
-{
-    return {kAsWord, malformed};
-}
-
-constexpr Refusals byError(Status malformed)
-{
-    return {kAsError, malformed};
-}
-
-constexpr Refusals byStatus(Status malformed)
-{
-    return {kAsStatus, malformed};
-}
 
 inline constexpr Answer kNothing = {};
 inline constexpr Answer kCode = {AnswerShape::kWord};
@@ -207,51 +191,11 @@ constexpr Answer bytes(std::string_view tag)
     return {AnswerShape::kBytes, tag};
 }
 
-/// The lines of remote access and passwords are shorter; those of signing up by one byte more.
+/// The room of a line. Those of remote access and passwords are shorter; those of signing up by one
+/// byte more.
+inline constexpr std::size_t kLongRoom = kLineRoom;
 inline constexpr std::size_t kShortRoom = 256;
 inline constexpr std::size_t kSignUpRoom = kShortRoom - 1;
-
-constexpr Parameter line(std::string_view name, ShellContext context, Limit limit = {})
-{
-    return {name, Layout::kLine, context, kLineRoom, limit};
-}
-
-constexpr Parameter shortLine(std::string_view name, ShellContext context,
-                              std::size_t room = kShortRoom)
-{
-    return {name, Layout::kLine, context, room};
-}
-
-constexpr Parameter number(std::string_view name)
-{
-    return {name, Layout::kWord};
-}
-
-constexpr Parameter numberLine(std::string_view name, ShellContext context)
-{
-    return {name, Layout::kWordLine, context};
-}
-
-constexpr Parameter byte(std::string_view name)
-{
-    return {name, Layout::kByte};
-}
-
-constexpr Parameter text(std::string_view name, ShellContext context)
-{
-    return {name, Layout::kText, context};
-}
-
-constexpr Parameter rest(std::string_view name, ShellContext context)
-{
-    return {name, Layout::kRest, context};
-}
-
-constexpr Parameter inFirstLine(std::string_view name, ShellContext context, std::size_t offset,
-                                std::size_t restOffset)
-{
-    return {name, Layout::kInFirstLine, context, VOK_REQUEST_SIZE, {}, offset, restOffset};
-}
 
 constexpr ParameterList takes(Parameter first, Parameter second = {}, Parameter third = {},
                               Parameter fourth = {})
@@ -269,55 +213,55 @@ inline constexpr Limit kWorkGroup = {32, kWorkGroupTooLong};
 // clang-format off
 /// In alphabetical order.
 inline constexpr auto kTable = std::to_array<Command>({
-    // code  count          wrong count                exit          refusals                   good answer
-    {"crat", exactly(2),    kMalformed,                kPlain,       byWord(kMalformed),        kCode,
-        takes(line("user", kNewUser, kNewUserName), line("password", kSingleQuotes, kNewPassword))},
-    {"dscr", kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,            kNothing},
-    {"frst", exactly(0),    kMalformed,                kPlain,       kByWord,                   kCode},
-    {"getv", exactly(1),    kMalformed,                kKeepsFile,   byError(kRemoteFailed),    bytes("getv "),
-        takes(number("key"))},
-    {"gps1", exactly(0),    kWrongCountOfShareCommand, kPlain,       kNeverRefused,             header("gpsr")},
-    {"gpsn", kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,            bytes("gpsn ")},
-    {"gpvt", exactly(0),    kMalformed,                kPlain,       kByError,                  header("gprt")},
+    // code  count          wrong count                exit           refusals                             good answer
+    {"crat", exactly(2),    kMalformed,                kPlain,        {kAsWord, kMalformed},               kCode,
+        takes({"user", kLine, kNewUser, kLongRoom, kNewUserName}, {"password", kLine, kSingleQuotes, kLongRoom, kNewPassword})},
+    {"dscr", kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,                       kNothing},
+    {"frst", exactly(0),    kMalformed,                kPlain,        {kAsWord},                           kCode},
+    {"getv", exactly(1),    kMalformed,                kKeepsFile,    {kAsError, kRemoteFailed},           bytes("getv "),
+        takes({"key", kNumber})},
+    {"gps1", exactly(0),    kWrongCountOfShareCommand, kPlain,        kNeverRefused,                       header("gpsr")},
+    {"gpsn", kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,                       bytes("gpsn ")},
+    {"gpvt", exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("gprt")},
     // Its one answer ends it like a refusal.
-    {"grst", kAnyCount,     kGood,                     kNoWrongCount, kByWord,                  word(kDriveCountReadable)},
+    {"grst", kAnyCount,     kGood,                     kNoWrongCount, {kAsWord},                           word(kDriveCountReadable)},
     // It answers a bad name as a word, and everything else as an error.
-    {"gsp1", exactly(1),    kWrongCountOfShareCommand, kPlain,       {kAsError, kBadShareName, kAsWord}, header("gspr"),
-        takes(line("share", kDoubleQuotes, kShareName))},
-    {"gspc", kAnyCount,     kGood,                     kNoWrongCount, byStatus(kSharePropertyUnknown), bytes("gspc "),
-        takes(inFirstLine("share", kDoubleQuotes, 6, 5))},
-    {"gub1", exactly(0),    kMalformed,                kPlain,       kNeverRefused,             bytes("gubr ")},
-    {"gubs", kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,            kNothing},
-    {"host", exactly(4),    kMalformed,                kPlain,       byWord(kMalformed),        kCode,
-        takes(line("time", kClock), line("host name", kWord, kHostName),
-              line("work group", kWord, kWorkGroup), line("language", kWord))},
-    {"ipcf", kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,            kNothing},
-    {"lsts", exactly(0),    kMalformed,                kPlain,       kByError,                  header("lsst")},
-    {"lstu", exactly(0),    kMalformed,                kPlain,       kByError,                  header("lsut")},
-    {"pshr", exactly(3),    kMalformed,                kPlain,       byWord(kMalformed),        kCode,
-        takes(line("guest", kName), line("share", kName, kNewShareName))},
-    {"qlps", exactly(0),    kMalformed,                kPlain,       kByError,                  header("qlrt")},
-    {"rtov", exactly(2),    kMalformed,                kPlain,       kNeverRefused,             kNothing},
-    {"sgss", exactly(0),    kWrongCountOfShareCommand, kPlain,       kNeverRefused,             kCode},
-    {"shar", exactly(3),    kMalformed,                kLineTraced,  byWord(kMalformed),        kCode,
-        takes(line("user", kName), line("share", kName, kNewShareName))},
-    {"spvt", exactly(2),    kMalformed,                kCountTraced, byWord(kMalformed),        kCode,
-        takes(numberLine("size", kSize), rest("content", kDoubleQuotes))},
-    {"sub1", exactly(2),    kMalformed,                kPlain,       byWord(kMalformed),        kCode,
-        takes(byte("state"), byte("byte after it"), text("user", kEscaped))},
-    {"subs", kAnyCount,     kGood,                     kNoWrongCount, byStatus(kMalformed),     kStatus,
-        takes(inFirstLine("user", kNameLine, 8, 6))},
-    {"vers", exactly(0),    kMalformed,                kPlain,       kByError,                  header("vert")},
-    {"wags", between(1, 2), kMalformed,                kKeepsFile,   byError(kRemoteBadRequest), bytes("wags "),
-        takes(shortLine("entity", kDoubleQuotes), shortLine("user", kName))},
-    {"wall", exactly(2),    kMalformed,                kKeepsFile,   byError(kMalformed),       bytes("wall "),
-        takes(shortLine("user", kNowhere), shortLine("password", kNowhere))},
-    {"warp", exactly(3),    kMalformed,                kKeepsFile,   byError(kRemoteFailed),    bytes("warp "),
-        takes(shortLine("user", kNowhere, kSignUpRoom), shortLine("first value", kNowhere, kSignUpRoom),
-              shortLine("second value", kNowhere, kSignUpRoom))},
-    {"wasu", exactly(4),    kMalformed,                kKeepsFile,   byError(kRemoteFailed),    bytes("wasu "),
-        takes(shortLine("user", kName), shortLine("first value", kDoubleQuotes),
-              shortLine("second value", kNowhere), byte("switch"))},
+    {"gsp1", exactly(1),    kWrongCountOfShareCommand, kPlain,        {kAsError, kBadShareName, kAsWord},  header("gspr"),
+        takes({"share", kLine, kDoubleQuotes, kLongRoom, kShareName})},
+    {"gspc", kAnyCount,     kGood,                     kNoWrongCount, {kAsStatus, kSharePropertyUnknown},  bytes("gspc "),
+        takes({"share", kInFirstLine, kDoubleQuotes, kLongRoom, {}, 6, 5})},
+    {"gub1", exactly(0),    kMalformed,                kPlain,        kNeverRefused,                       bytes("gubr ")},
+    {"gubs", kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,                       kNothing},
+    {"host", exactly(4),    kMalformed,                kPlain,        {kAsWord, kMalformed},               kCode,
+        takes({"time", kLine, kClock}, {"host name", kLine, kWord, kLongRoom, kHostName},
+              {"work group", kLine, kWord, kLongRoom, kWorkGroup}, {"language", kLine, kWord})},
+    {"ipcf", kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,                       kNothing},
+    {"lsts", exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("lsst")},
+    {"lstu", exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("lsut")},
+    {"pshr", exactly(3),    kMalformed,                kPlain,        {kAsWord, kMalformed},               kCode,
+        takes({"guest", kLine, kName}, {"share", kLine, kName, kLongRoom, kNewShareName})},
+    {"qlps", exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("qlrt")},
+    {"rtov", exactly(2),    kMalformed,                kPlain,        kNeverRefused,                       kNothing},
+    {"sgss", exactly(0),    kWrongCountOfShareCommand, kPlain,        kNeverRefused,                       kCode},
+    {"shar", exactly(3),    kMalformed,                kLineTraced,   {kAsWord, kMalformed},               kCode,
+        takes({"user", kLine, kName}, {"share", kLine, kName, kLongRoom, kNewShareName})},
+    {"spvt", exactly(2),    kMalformed,                kCountTraced,  {kAsWord, kMalformed},               kCode,
+        takes({"size", kNumberLine, kSize}, {"content", kRest, kDoubleQuotes})},
+    {"sub1", exactly(2),    kMalformed,                kPlain,        {kAsWord, kMalformed},               kCode,
+        takes({"state", kByte}, {"byte after it", kByte}, {"user", kText, kEscaped})},
+    {"subs", kAnyCount,     kGood,                     kNoWrongCount, {kAsStatus, kMalformed},             kStatus,
+        takes({"user", kInFirstLine, kNameLine, kLongRoom, {}, 8, 6})},
+    {"vers", exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("vert")},
+    {"wags", between(1, 2), kMalformed,                kKeepsFile,    {kAsError, kRemoteBadRequest},       bytes("wags "),
+        takes({"entity", kLine, kDoubleQuotes, kShortRoom}, {"user", kLine, kName, kShortRoom})},
+    {"wall", exactly(2),    kMalformed,                kKeepsFile,    {kAsError, kMalformed},              bytes("wall "),
+        takes({"user", kLine, kNowhere, kShortRoom}, {"password", kLine, kNowhere, kShortRoom})},
+    {"warp", exactly(3),    kMalformed,                kKeepsFile,    {kAsError, kRemoteFailed},           bytes("warp "),
+        takes({"user", kLine, kNowhere, kSignUpRoom}, {"first value", kLine, kNowhere, kSignUpRoom},
+              {"second value", kLine, kNowhere, kSignUpRoom})},
+    {"wasu", exactly(4),    kMalformed,                kKeepsFile,    {kAsError, kRemoteFailed},           bytes("wasu "),
+        takes({"user", kLine, kName, kShortRoom}, {"first value", kLine, kDoubleQuotes, kShortRoom},
+              {"second value", kLine, kNowhere, kShortRoom}, {"switch", kByte})},
 });
 // clang-format on
 

@@ -15,17 +15,10 @@ void sendStatus(const Command& command, Status status)
 
 void answerGood(Channel& channel, const Command& command)
 {
-    switch (command.answer.shape) {
-    case AnswerShape::kWord:
+    if (command.answer.shape == AnswerShape::kWord) {
         channel.writeWord(kGood);
-        break;
-    case AnswerShape::kStatus:
+    } else if (command.answer.shape == AnswerShape::kStatus) {
         sendStatus(command, kGood);
-        break;
-    case AnswerShape::kNone:
-    case AnswerShape::kHeader:
-    case AnswerShape::kBytes:
-        break;
     }
 }
 

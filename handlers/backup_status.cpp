@@ -10,21 +10,14 @@
 #include <span>
 #include <string_view>
 
-#include "cmdsvc/channel.h"
-#include "cmdsvc/commands.h"
-#include "cmdsvc/serve.h"
 #include "core/bytes.h"
-#include "core/core.h"
 #include "handlers/drives.h"
+#include "handlers/handler.h"
 #include "sharestatus/share_record.h"
 
 namespace handlers {
 namespace {
 
-using cmdsvc::Channel;
-using cmdsvc::kWorkFile;
-using cmdsvc::Status;
-using enum cmdsvc::Status;
 using sharestatus::kBackupStatusPrefix;
 
 // ---- A report ---------------------------------------------------------------------------------
@@ -114,7 +107,7 @@ Status saveVariable(const char* key, const char* report)
 
 Status keepVariableReport(Channel& channel)
 {
-    constexpr cmdsvc::Parameter kUser = cmdsvc::parameter("subs", "user");
+    constexpr Parameter kUser = cmdsvc::parameter("subs", "user");
     const std::string_view line = channel.request().completeFirstLine(kUser);
     const char* name = line.substr(kUser.offset).data();
     const int length = core::byteOf(line[cmdsvc::RequestReader::kLengthOffset]);

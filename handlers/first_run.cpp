@@ -5,17 +5,11 @@
 #include <cstdio>
 #include <cstring>
 
-#include "cmdsvc/channel.h"
-#include "cmdsvc/serve.h"
-#include "core/core.h"
 #include "core/languages.h"
+#include "handlers/handler.h"
 
 namespace handlers {
 namespace {
-
-using cmdsvc::Channel;
-using cmdsvc::Status;
-using enum cmdsvc::Status;
 
 /// @return the code of the first language whose name is a part of the script's answer, or null
 const char* codeOf(const char* answer)

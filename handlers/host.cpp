@@ -6,20 +6,11 @@
 #include <cstring>
 #include <string_view>
 
-#include "cmdsvc/channel.h"
-#include "cmdsvc/commands.h"
-#include "cmdsvc/serve.h"
-#include "core/core.h"
 #include "core/languages.h"
+#include "handlers/handler.h"
 
 namespace handlers {
 namespace {
-
-using cmdsvc::Channel;
-using cmdsvc::Parameter;
-using cmdsvc::ParameterLine;
-using cmdsvc::Status;
-using enum cmdsvc::Status;
 
 constexpr std::size_t kUnchangedName = 1; ///< a name of at most this size leaves the old one
 

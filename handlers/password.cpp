@@ -4,11 +4,8 @@
 #include <memory>
 #include <string_view>
 
-#include "cmdsvc/channel.h"
-#include "cmdsvc/commands.h"
-#include "cmdsvc/serve.h"
 #include "core/bytes.h"
-#include "core/core.h"
+#include "handlers/handler.h"
 #include "handlers/nt_password.h"
 #include "handlers/smb_passwd.h"
 
@@ -16,11 +13,6 @@ namespace handlers {
 namespace {
 
 constexpr const char* kPasswordFile = "/usr/private/smbpasswd";
-
-using cmdsvc::Channel;
-using cmdsvc::ParameterLine;
-using cmdsvc::Status;
-using enum cmdsvc::Status;
 
 struct PasswdCloser {
     void operator()(SmbPasswdHandle* handle) const noexcept { closeSmbPasswd(handle); }

@@ -12,19 +12,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "cmdsvc/channel.h"
-#include "cmdsvc/commands.h"
-#include "cmdsvc/serve.h"
 #include "core/bytes.h"
-#include "core/core.h"
+#include "handlers/handler.h"
 
 namespace handlers {
 namespace {
-
-using cmdsvc::Channel;
-using cmdsvc::ParameterLine;
-using cmdsvc::Status;
-using enum cmdsvc::Status;
 
 constexpr const char* kSwitchProgram = "/usr/bin/ra-enabled";
 constexpr const char* kRegisterProgram = "/usr/bin/ractl";

@@ -5,22 +5,13 @@
 #include <cstring>
 #include <string_view>
 
-#include "cmdsvc/channel.h"
-#include "cmdsvc/commands.h"
-#include "cmdsvc/serve.h"
-#include "core/core.h"
+#include "handlers/handler.h"
 #include "handlers/reserved_names.h"
 #include "handlers/shares.h"
 #include "handlers/users.h"
 
 namespace handlers {
 namespace {
-
-using cmdsvc::Channel;
-using cmdsvc::Parameter;
-using cmdsvc::ParameterLine;
-using cmdsvc::Status;
-using enum cmdsvc::Status;
 
 // ---- pshr -------------------------------------------------------------------------------------
 

@@ -4,8 +4,6 @@
 #include <cerrno>
 #include <cstring>
 
-#include "core/core.h"
-
 bool handlers::fetchShareListing(const char* command, const char* path)
 {
     core::CommandLine line;
@@ -15,7 +13,7 @@ bool handlers::fetchShareListing(const char* command, const char* path)
     return core::succeeded(run);
 }
 
-FILE* handlers::openShareListing(cmdsvc::Channel& channel, const char* path)
+FILE* handlers::openShareListing(handlers::Channel& channel, const char* path)
 {
     FILE* listing = channel.openFile(path);
     if (listing == nullptr) {

@@ -5,7 +5,7 @@
 
 #include <cstdio>
 
-#include "cmdsvc/channel.h"
+#include "handlers/handler.h"
 
 namespace handlers {
 
@@ -19,6 +19,6 @@ namespace handlers {
 
 /// Opens a listing in the current-file slot.
 /// @return null if it cannot be opened; then it is removed. Traces that.
-[[nodiscard]] FILE* openShareListing(cmdsvc::Channel& channel, const char* path);
+[[nodiscard]] FILE* openShareListing(Channel& channel, const char* path);
 
 } // namespace handlers

@@ -11,22 +11,13 @@
 #include <string_view>
 #include <unistd.h>
 
-#include "cmdsvc/channel.h"
-#include "cmdsvc/commands.h"
-#include "cmdsvc/serve.h"
 #include "core/bytes.h"
-#include "core/core.h"
+#include "handlers/handler.h"
 #include "handlers/share_listing.h"
 #include "handlers/users.h"
 
 namespace handlers {
 namespace {
-
-using cmdsvc::Channel;
-using cmdsvc::kWorkFile;
-using cmdsvc::ParameterLine;
-using cmdsvc::Status;
-using enum cmdsvc::Status;
 
 using Line = std::array<char, 512>;
 
@@ -141,7 +132,7 @@ using ShareName = std::array<char, 256>;
 
 ShareName takeCountedName(Channel& channel)
 {
-    constexpr cmdsvc::Parameter kShare = cmdsvc::parameter("gspc", "share");
+    constexpr Parameter kShare = cmdsvc::parameter("gspc", "share");
     cmdsvc::RequestReader& request = channel.request();
     const std::size_t size = core::byteOf(request.firstLine()[request.kLengthOffset]);
     const std::string_view text = request.completeFirstLine(kShare).substr(kShare.offset, size);

@@ -10,20 +10,13 @@
 #include <cstring>
 #include <string_view>
 
-#include "cmdsvc/channel.h"
-#include "cmdsvc/serve.h"
-#include "core/core.h"
+#include "handlers/handler.h"
 #include "handlers/name_list.h"
 #include "handlers/share_listing.h"
 #include "sharestatus/sharestatus.h"
 
 namespace handlers {
 namespace {
-
-using cmdsvc::Channel;
-using cmdsvc::kWorkFile;
-using cmdsvc::Status;
-using enum cmdsvc::Status;
 
 using Line = std::array<char, 512>;
 

@@ -12,20 +12,11 @@
 #include <string_view>
 #include <sys/stat.h>
 
-#include "cmdsvc/channel.h"
-#include "cmdsvc/commands.h"
-#include "cmdsvc/serve.h"
 #include "core/bytes.h"
-#include "core/core.h"
+#include "handlers/handler.h"
 
 namespace handlers {
 namespace {
-
-using cmdsvc::Channel;
-using cmdsvc::kWorkFile;
-using cmdsvc::ParameterLine;
-using cmdsvc::Status;
-using enum cmdsvc::Status;
 
 constexpr const char* kBuildFile = "/etc/buildinfo.txt";
 constexpr const char* kPrivateFile = "/etc/pelconfig/vokcontrol/vokcontrol-private.txt";

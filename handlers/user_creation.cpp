@@ -3,24 +3,16 @@
 
 #include <string_view>
 
-#include "cmdsvc/channel.h"
-#include "cmdsvc/commands.h"
-#include "cmdsvc/serve.h"
 #include "core/bytes.h"
-#include "core/core.h"
+#include "handlers/handler.h"
 #include "handlers/reserved_names.h"
 #include "handlers/users.h"
 
 namespace handlers {
 namespace {
 
-using cmdsvc::Channel;
-using cmdsvc::ParameterLine;
-using cmdsvc::Status;
-using enum cmdsvc::Status;
-
-constexpr cmdsvc::Parameter kUser = cmdsvc::parameter("crat", "user");
-constexpr cmdsvc::Parameter kPassword = cmdsvc::parameter("crat", "password");
+constexpr Parameter kUser = cmdsvc::parameter("crat", "user");
+constexpr Parameter kPassword = cmdsvc::parameter("crat", "password");
 
 Status checkNameLine(ParameterLine& line)
 {

@@ -11,18 +11,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "cmdsvc/channel.h"
-#include "cmdsvc/serve.h"
-#include "core/core.h"
+#include "handlers/handler.h"
 #include "handlers/name_list.h"
 
 namespace handlers {
 namespace {
-
-using cmdsvc::Channel;
-using cmdsvc::kWorkFile;
-using cmdsvc::Status;
-using enum cmdsvc::Status;
 
 constexpr std::string_view kGuest = "guest";
 

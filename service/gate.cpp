@@ -28,9 +28,9 @@ std::string_view take(RequestReader& reader, const Parameter& parameter)
     switch (parameter.layout) {
     case Layout::kLine:
         return cmdsvc::withoutNewline(cmdsvc::textOf(reader.takeLine(parameter.room)));
-    case Layout::kWord:
+    case Layout::kNumber:
         return reader.takeBytes(cmdsvc::kWordSize + 1);
-    case Layout::kWordLine:
+    case Layout::kNumberLine:
         return reader.takeLine(cmdsvc::kLineRoom);
     case Layout::kByte:
         return reader.takeBytes(1);

@@ -67,9 +67,9 @@ std::string layoutOf(const Parameter& parameter)
         return (parameter.room == cmdsvc::kLineRoom)
                    ? "line"
                    : "line of " + std::to_string(parameter.room - 1);
-    case Layout::kWord:
+    case Layout::kNumber:
         return "word";
-    case Layout::kWordLine:
+    case Layout::kNumberLine:
         return "word as a line";
     case Layout::kByte:
         return "byte";

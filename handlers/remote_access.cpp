@@ -46,20 +46,6 @@ struct Registration {
     }
 };
 
-/// Becomes the register program; returns only if that cannot be started.
-void becomeRegisterProgram(const Registration& registration)
-{
-    ::execl(kRegisterProgram, kRegisterProgram, "registerUser", registration.user.text(),
-            registration.first.text(), registration.second.text(), nullptr);
-}
-
-/// Leaves a child without touching what its parent has open.
-[[noreturn]] void leaveChild()
-{
-    constexpr int kCannotStart = 127;
-    ::_exit(kCannotStart);
-}
-
 /// Waits for one child.
 /// @return false with errno set if it cannot be waited for
 bool waitFor(pid_t child, int& status)
@@ -69,6 +55,41 @@ bool waitFor(pid_t child, int& status)
         ended = ::waitpid(child, &status, 0);
     } while (ended == -1 && errno == EINTR);
     return ended == child;
+}
+
+/// Becomes the register program; if that cannot be started, leaves the child without touching what
+/// its parent has open.
+[[noreturn]] void becomeRegisterProgram(const Registration& registration, bool isTraced)
+{
+    constexpr int kCannotStart = 127;
+    ::execl(kRegisterProgram, kRegisterProgram, "registerUser", registration.user.text(),
+            registration.first.text(), registration.second.text(), nullptr);
+    if (isTraced) {
+        dbg_trace("execl %s failed!", kRegisterProgram);
+    }
+    ::_exit(kCannotStart);
+}
+
+/// Runs the register program, without a shell.
+/// @param isTraced  whether it is traced that the program cannot be started or waited for
+/// @return its wait status, or nothing if there can be no process or none to wait for
+std::optional<int> runRegisterProgram(const Registration& registration, bool isTraced)
+{
+    const pid_t child = ::fork();
+    if (child == -1) {
+        return std::nullopt;
+    }
+    if (child == 0) {
+        becomeRegisterProgram(registration, isTraced);
+    }
+    int ended = 0;
+    if (waitFor(child, ended)) {
+        return ended;
+    }
+    if (isTraced) {
+        dbg_trace("wasu waitpid %s", std::strerror(errno));
+    }
+    return std::nullopt;
 }
 
 void answerDone(Channel& channel)
@@ -205,16 +226,8 @@ Status signUp(Channel& channel)
     if (taken != kGood) {
         return taken;
     }
-    const pid_t child = ::fork();
-    if (child == 0) {
-        becomeRegisterProgram(registration);
-        leaveChild();
-    }
-    int ended = 0;
-    if (child == -1 || !waitFor(child, ended)) {
-        return kRemoteFailed;
-    }
-    const ExitStatus status = exitStatusOf(ended);
+    const std::optional<int> ended = runRegisterProgram(registration, false);
+    const ExitStatus status = ended ? exitStatusOf(*ended) : std::nullopt;
     if (!status) {
         return kRemoteFailed;
     }
@@ -260,9 +273,13 @@ Status takeSwitchRequest(Channel& channel, SwitchRequest& request)
     return takeSwitch(channel, request.wanted);
 }
 
-Status judgeRegistering(Channel& channel, int ended)
+Status switchOn(Channel& channel, const Registration& registration)
 {
-    const ExitStatus status = exitStatusOf(ended);
+    const std::optional<int> ended = runRegisterProgram(registration, true);
+    if (!ended) {
+        return kRemoteFailed;
+    }
+    const ExitStatus status = exitStatusOf(*ended);
     if (!status) {
         dbg_trace("wasu %s did not exit cleanly", kRegisterProgram);
         return kRemoteFailed;
@@ -274,25 +291,6 @@ Status judgeRegistering(Channel& channel, int ended)
     answerDone(channel);
     dbg_trace("wasu success");
     return kGood;
-}
-
-Status switchOn(Channel& channel, const Registration& registration)
-{
-    const pid_t child = ::fork();
-    if (child == -1) {
-        return kRemoteFailed;
-    }
-    if (child == 0) {
-        becomeRegisterProgram(registration);
-        dbg_trace("execl %s failed!", kRegisterProgram);
-        leaveChild();
-    }
-    int ended = 0;
-    if (!waitFor(child, ended)) {
-        dbg_trace("wasu waitpid %s", std::strerror(errno));
-        return kRemoteFailed;
-    }
-    return judgeRegistering(channel, ended);
 }
 
 Status switchOff(Channel& channel, const char* user)

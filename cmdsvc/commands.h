@@ -93,7 +93,7 @@ enum class ShellContext {
     kDoubleQuotes, ///< between double quotes
     kSingleQuotes, ///< between single quotes
     kName,         ///< in both of them, and where it is traced, outside of them; and in a file name
-    kNameLine, ///< the same; a newline at its end is only traced
+    kNameLine,     ///< the same; a newline at its end is only traced
     kNewUser,      ///< as kName, and in the appliance's lists of users, which a byte 0xFF ends
     kWord,         ///< an argument without quotes
     kClock,        ///< the same, a time

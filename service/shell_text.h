@@ -10,8 +10,8 @@
 
 namespace service {
 
-/// Whether a parameter's text means nothing but itself to the shell in its context. A size is a line
-/// with its bytes; all other parameters have no zero byte.
+/// Whether a parameter's text means nothing but itself to the shell in its context. A size is a
+/// line with its bytes; all other parameters have no zero byte.
 [[nodiscard]] bool isHarmless(std::string_view text, cmdsvc::ShellContext context);
 
 } // namespace service

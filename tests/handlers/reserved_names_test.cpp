@@ -8,8 +8,8 @@
 
 namespace {
 
-using root::kReserved;
 using creation::kSizes;
+using root::kReserved;
 using root::upper;
 
 TEST(IsNameAllowed, reservedNamesAreRefusedInBothCases)

@@ -12,11 +12,13 @@
 #include "service/log.h"
 #include "service/peer.h"
 #include "service/server.h"
+#include "service/service_lock.h"
 
 namespace {
 
 constexpr int kCannotServe = 1;
 constexpr int kWrongUsage = 2;
+constexpr int kAnotherServes = 3;
 
 struct Options {
     std::string socket = "/run/vokcontrol.sock";
@@ -47,6 +49,8 @@ int serve(const Options& options)
     asio::io_context context(1);
     asio::signal_set stop(context, SIGTERM, SIGINT);
     const service::Admission admission(options.group, options.isGroupGiven);
+    // It is released last, when the socket is gone.
+    const service::ServiceLock lock;
     service::Listener listener(context, options.socket, admission.group());
     service::Server server(context, listener, stop, admission,
                            {.send = std::chrono::seconds(options.deadline),
@@ -93,13 +97,17 @@ int main(int argc, char** argv)
     program.footer(
         "A client sends one request frame, shuts its sending side down and reads the\n"
         "answer up to its end. SIGTERM finishes the request in hand and ends the service\n"
-        "with 0. Ends with 1 when it cannot listen, 2 on wrong usage.");
+        "with 0. Ends with 1 when it cannot listen, 2 on wrong usage, 3 if another\n"
+        "service runs.");
     try {
         program.parse(argc, argv);
         options.isGroupGiven = group->count() > 0;
         return serve(options);
     } catch (const CLI::ParseError& error) {
         return (program.exit(error) == 0) ? 0 : kWrongUsage;
+    } catch (const service::AnotherService& failure) {
+        service::log(failure.what());
+        return kAnotherServes;
     } catch (const std::exception& failure) {
         service::log(failure.what());
         return kCannotServe;

@@ -642,10 +642,19 @@ TEST_F(Server, socketOfAKilledServiceIsTakenOver)
 TEST_F(Server, secondServiceIsRefused)
 {
     start();
-    const root::Ended ended = root::run({root::built("vokserve"), "--socket", kSocket});
-    EXPECT_EQ(ended.exitCode, 1);
-    EXPECT_EQ(ended.errors, "vokserve: another service listens on /tmp/socket already; stop it "
-                            "first, or use --socket\n");
+    const std::string complaint = "vokserve: another service runs already (process " +
+                                  std::to_string(service->pid()) + "); stop it first\n";
+    const std::string program = root::built("vokserve");
+    const std::string handOver = "LISTEN_FDS=1 LISTEN_PID=$$ exec " + program + " 3</dev/null";
+    for (const std::vector<std::string>& command :
+         std::vector<std::vector<std::string>>{{program, "--socket", kSocket},
+                                               {program, "--socket", "/tmp/other"},
+                                               {"sh", "-c", handOver}}) {
+        const root::Ended ended = root::run(command);
+        EXPECT_EQ(ended.exitCode, 3) << command.back();
+        EXPECT_EQ(ended.errors, complaint) << command.back();
+    }
+    EXPECT_FALSE(root::exists("/tmp/other"));
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
     stop();
 }

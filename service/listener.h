@@ -27,6 +27,9 @@ class Listener {
 
     [[nodiscard]] Acceptor& acceptor() { return acceptor_; }
 
+    /// Whether clients that nobody has accepted stay at the socket for the next service.
+    [[nodiscard]] bool keepsClients() const { return ownPath_.empty(); }
+
   private:
     [[nodiscard]] bool isOwnSocketThere() const;
 

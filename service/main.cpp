@@ -94,11 +94,11 @@ int main(int argc, char** argv)
     program.add_option("--path", options.path, "Where requests find the appliance's programs")
         ->type_name("FOLDERS")
         ->capture_default_str();
-    program.footer(
-        "A client sends one request frame, shuts its sending side down and reads the\n"
-        "answer up to its end. SIGTERM finishes the request in hand and ends the service\n"
-        "with 0. Ends with 1 when it cannot listen, 2 on wrong usage, 3 if another\n"
-        "service runs.");
+    program.footer("A client sends one request frame, shuts its sending side down and reads the\n"
+                   "answer up to its end. SIGTERM finishes the request in hand, tells the clients\n"
+                   "that wait, and ends the service with 0. Ends with 1 when it cannot listen, 2 "
+                   "on wrong usage, 3 if another\n"
+                   "service runs.");
     try {
         program.parse(argc, argv);
         options.isGroupGiven = group->count() > 0;

@@ -68,43 +68,15 @@ asio::awaitable<void> discard(Socket& socket)
     }
 }
 
-/// Sends a client away. What it still has to say is taken in for a while: a socket that is closed
-/// over bytes that nobody has read resets the connection, and the client would not learn why.
-asio::awaitable<void> turnAway(Socket& socket, cmdsvc::Status code, std::chrono::seconds time)
-{
-    co_await send(socket, serviceStatus(code), time);
-    asio::error_code ignored;
-    socket.shutdown(Socket::shutdown_send, ignored);
-    co_await (discard(socket) || pause(time));
-}
-
-/// The client's request; nothing where it sent none in time, or too much.
-asio::awaitable<std::optional<std::string>> receive(Socket& socket, std::chrono::seconds time)
-{
-    auto first = co_await (readToEnd(socket) || pause(time));
-    if (first.index() == 1) {
-        log("a client sent no whole request in time");
-        co_return std::nullopt;
-    }
-    std::string& request = std::get<0>(first);
-    if (request.empty()) {
-        co_return std::nullopt;
-    }
-    if (request.size() > VOK_REQUEST_SIZE) {
-        log("a client sent more than 4096 bytes; they were refused");
-        co_await turnAway(socket, cmdsvc::kRequestTooLong, time);
-        co_return std::nullopt;
-    }
-    co_return std::move(request);
-}
-
 } // namespace
 
 Server::Server(asio::io_context& context, Listener& listener, asio::signal_set& stop,
                Admission admission, Limits limits, std::string path)
     : context_(context),
       acceptor_(listener.acceptor()),
+      keepsClients_(listener.keepsClients()),
       stop_(stop),
+      stopping_(context, asio::steady_timer::time_point::max()),
       admission_(admission),
       limits_(limits),
       path_(std::move(path))
@@ -113,7 +85,8 @@ Server::Server(asio::io_context& context, Listener& listener, asio::signal_set& 
 void Server::run()
 {
     static_cast<void>(upload_.repair());
-    asio::co_spawn(context_, acceptClients(), asio::detached);
+    ++busy_;
+    asio::co_spawn(context_, acceptClients(), [this](const std::exception_ptr&) { endOne(); });
     asio::co_spawn(context_, awaitStop(), asio::detached);
     context_.run();
     usage_.save();
@@ -125,14 +98,86 @@ asio::awaitable<void> Server::acceptClients()
     while (!isStopping_) {
         auto [error, socket] = co_await acceptor_.async_accept(kQuietly);
         if (!error) {
-            // Nothing that is ever started from here is to hold it.
-            ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
-            asio::co_spawn(context_, serve(std::move(socket)), asio::detached);
+            welcome(std::move(socket));
         } else if (!isStopping_) {
             // No descriptor is left: the client waits in the queue until another one leaves.
             co_await pause(kRest);
         }
     }
+}
+
+/// A socket of our own goes with the service, and with it the clients that wait there.
+void Server::acceptRemaining()
+{
+    asio::error_code error;
+    acceptor_.non_blocking(true, error);
+    while (!error) {
+        Socket socket(context_);
+        acceptor_.accept(socket, error);
+        if (!error) {
+            welcome(std::move(socket));
+        }
+    }
+}
+
+void Server::welcome(Socket socket)
+{
+    // Nothing that is ever started from here is to hold it.
+    ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
+    ++busy_;
+    asio::co_spawn(context_, serve(std::move(socket)),
+                   [this](const std::exception_ptr&) { endOne(); });
+}
+
+asio::awaitable<void> Server::untilStop()
+{
+    if (!isStopping_) {
+        co_await stopping_.async_wait(kQuietly);
+    }
+}
+
+/// A client that is sent away has its time, but no more than a moment once the service stops.
+asio::awaitable<void> Server::untilPatienceEnds()
+{
+    constexpr std::chrono::seconds kMoment{1};
+    co_await (pause(limits_.send) || untilStop());
+    if (isStopping_) {
+        co_await pause(kMoment);
+    }
+}
+
+/// Sends a client away. What it still has to say is taken in for a while: a socket that is closed
+/// over bytes that nobody has read resets the connection, and the client would not learn why.
+asio::awaitable<void> Server::turnAway(Socket& socket, cmdsvc::Status code)
+{
+    co_await (send(socket, serviceStatus(code), limits_.send) || untilPatienceEnds());
+    asio::error_code ignored;
+    socket.shutdown(Socket::shutdown_send, ignored);
+    co_await (discard(socket) || untilPatienceEnds());
+}
+
+/// The client's request; nothing if there is none, and the client has been told why.
+asio::awaitable<std::optional<std::string>> Server::receive(Socket& socket)
+{
+    auto first = co_await (readToEnd(socket) || pause(limits_.send) || untilStop());
+    if (first.index() == 2) {
+        co_await turnAway(socket, cmdsvc::kServiceStopping);
+        co_return std::nullopt;
+    }
+    if (first.index() == 1) {
+        log("a client sent no whole request in time");
+        co_return std::nullopt;
+    }
+    std::string& request = std::get<0>(first);
+    if (request.empty()) {
+        co_return std::nullopt;
+    }
+    if (request.size() > VOK_REQUEST_SIZE) {
+        log("a client sent more than 4096 bytes; they were refused");
+        co_await turnAway(socket, cmdsvc::kRequestTooLong);
+        co_return std::nullopt;
+    }
+    co_return std::move(request);
 }
 
 /// Whether the client may ask; a refusal is logged.
@@ -152,25 +197,21 @@ bool Server::isAdmitted(Socket& socket) const
 asio::awaitable<void> Server::serve(Socket socket)
 {
     if (!isAdmitted(socket)) {
-        co_await turnAway(socket, cmdsvc::kNotAdmitted, limits_.send);
+        co_await turnAway(socket, cmdsvc::kNotAdmitted);
         co_return;
     }
-    std::optional<std::string> request = co_await receive(socket, limits_.send);
+    std::optional<std::string> request = co_await receive(socket);
     if (!request) {
         co_return;
     }
-    co_await queue_.acquire();
-    if (isStopping_) {
-        queue_.release();
+    if (!co_await queue_.acquire()) {
+        co_await turnAway(socket, cmdsvc::kServiceStopping);
         co_return;
     }
-    ++inHand_;
     std::string bytes = co_await answer(std::move(*request));
     // From here on a slow client holds up nobody.
     queue_.release();
     co_await send(socket, std::move(bytes), limits_.send);
-    --inHand_;
-    endServing();
 }
 
 /// Counts a request, has it run unless the gate keeps it out, and logs it.
@@ -248,14 +289,25 @@ asio::awaitable<void> Server::awaitStop()
 {
     co_await stop_.async_wait(kQuietly);
     isStopping_ = true;
+    stopping_.cancel();
+    queue_.close();
+    if (!keepsClients_) {
+        acceptRemaining();
+    }
     acceptor_.close();
     endServing();
 }
 
-/// Ends the loop once nothing is in hand any more.
+void Server::endOne()
+{
+    --busy_;
+    endServing();
+}
+
+/// Ends the loop once every client has its answer.
 void Server::endServing()
 {
-    if (isStopping_ && inHand_ == 0) {
+    if (isStopping_ && busy_ == 0) {
         context_.stop();
     }
 }

@@ -7,9 +7,12 @@
 #include <asio/awaitable.hpp>
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
+#include <asio/steady_timer.hpp>
 #include <chrono>
+#include <optional>
 #include <string>
 
+#include "cmdsvc/protocol.h"
 #include "service/child.h"
 #include "service/listener.h"
 #include "service/peer.h"
@@ -32,14 +35,21 @@ class Server {
     Server(asio::io_context& context, Listener& listener, asio::signal_set& stop,
            Admission admission, Limits limits, std::string path = kDefaultPath);
 
-    /// Serves until it is told to stop; then the request in hand is finished and the usage saved.
+    /// Serves until it is told to stop. Then the request in hand is finished, all clients that wait
+    /// or still send are told (0x53000006), and the usage is saved.
     void run();
 
   private:
     using Socket = asio::local::stream_protocol::socket;
 
     asio::awaitable<void> acceptClients();
+    void acceptRemaining();
+    void welcome(Socket socket);
     asio::awaitable<void> serve(Socket socket);
+    asio::awaitable<std::optional<std::string>> receive(Socket& socket);
+    asio::awaitable<void> turnAway(Socket& socket, cmdsvc::Status code);
+    asio::awaitable<void> untilStop();
+    asio::awaitable<void> untilPatienceEnds();
     asio::awaitable<std::string> answer(std::string request);
     asio::awaitable<void> countRefused(const std::string& request, int number);
     asio::awaitable<Outcome> runRequest(const std::string& request, int number);
@@ -47,11 +57,14 @@ class Server {
     asio::awaitable<Outcome> runUpload(const std::string& request, int number);
     [[nodiscard]] bool isAdmitted(Socket& socket) const;
     asio::awaitable<void> awaitStop();
+    void endOne();
     void endServing();
 
     asio::io_context& context_;
     Acceptor& acceptor_;
+    bool keepsClients_;
     asio::signal_set& stop_;
+    asio::steady_timer stopping_; ///< never ends; it is cancelled when the service stops
     Admission admission_;
     Limits limits_;
     std::string path_;
@@ -59,7 +72,7 @@ class Server {
     Usage usage_;
     Upload upload_;
     int lastNumber_ = 0;
-    int inHand_ = 0; ///< requests that run or whose answer is on its way
+    int busy_ = 0; ///< clients that are connected, and the one that accepts them
     bool isStopping_ = false;
 };
 

@@ -36,6 +36,7 @@ constexpr std::uint32_t kTimedOut = 0x53000001;
 constexpr std::uint32_t kFailed = 0x53000002;
 constexpr std::uint32_t kTooLong = 0x53000004;
 constexpr std::uint32_t kNotAdmitted = 0x53000005;
+constexpr std::uint32_t kStopping = 0x53000006;
 
 /// What a stub does to the request's process that it belongs to.
 std::string killChild(const std::string& signal)
@@ -598,7 +599,7 @@ TEST_F(Server, serviceThatARequestStartsDoesNotHoldItsConnection)
     EXPECT_LT(Clock::now() - begin, seconds(10));
 }
 
-TEST_F(Server, endFinishesTheRequestInHandAndDropsTheOthers)
+TEST_F(Server, endFinishesTheRequestInHandAndTellsTheOthers)
 {
     root::stub("php", ": >/stubs/running; sleep 0.5; : >\"$3\"");
     start();
@@ -611,11 +612,48 @@ TEST_F(Server, endFinishesTheRequestInHandAndDropsTheOthers)
     const Client second;
     second.send(frame("rtov", 7));
     second.finishSending();
+    const Client silent;
+    const Client half;
+    half.send("rt");
     ::usleep(100000);
-    EXPECT_EQ(stop(), std::vector<std::string>{"vokserve: 1 lstu count=0 answer=10"});
+    ::kill(service->pid(), SIGTERM);
+    EXPECT_EQ(second.receive(), serviceStatus(kStopping));
+    EXPECT_EQ(silent.receive(), serviceStatus(kStopping));
+    EXPECT_EQ(half.receive(), serviceStatus(kStopping));
+    EXPECT_EQ(::kill(service->pid(), 0), 0) << "they did not have to wait for the request in hand";
     EXPECT_EQ(first.receive(), "lsut " + le32(0) + "\n");
-    EXPECT_EQ(second.receive(), "");
+    EXPECT_EQ(stop(), std::vector<std::string>{"vokserve: 1 lstu count=0 answer=10"});
     EXPECT_EQ(usageOf(3), le32(1));
+}
+
+TEST_F(Server, endTellsClientsThatWereNotAcceptedYet)
+{
+    start();
+    ::kill(service->pid(), SIGSTOP);
+    std::vector<std::unique_ptr<Client>> clients;
+    for (int i = 0; i < 50; ++i) {
+        clients.push_back(std::make_unique<Client>());
+        clients.back()->send(frame("rtov", 7));
+        clients.back()->finishSending();
+    }
+    ::kill(service->pid(), SIGTERM);
+    ::kill(service->pid(), SIGCONT);
+    for (const auto& client : clients) {
+        const std::string answer = client->receive();
+        EXPECT_TRUE(answer == serviceStatus(kStopping) || answer == le32(0xFF000003));
+    }
+    stop();
+}
+
+TEST_F(Server, clientsThatDoNotListenHoldUpTheEndForAMomentOnly)
+{
+    start({"--deadline", "60"});
+    const Client silent;
+    ::usleep(100000);
+    const auto begin = Clock::now();
+    stop();
+    EXPECT_LT(Clock::now() - begin, seconds(5));
+    EXPECT_EQ(silent.receive(), serviceStatus(kStopping));
 }
 
 TEST_F(Server, countsGoOnAfterARestart)

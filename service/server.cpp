@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "service/server.h"
 
+#include <algorithm>
 #include <array>
 #include <asio/co_spawn.hpp>
 #include <asio/detached.hpp>
@@ -14,6 +15,8 @@
 #include <fcntl.h>
 #include <limits>
 #include <optional>
+#include <poll.h>
+#include <sys/resource.h>
 #include <tuple>
 
 #include "cmdsvc/protocol.h"
@@ -58,6 +61,24 @@ std::string serviceStatus(cmdsvc::Status code)
     return {status.begin(), status.end()};
 }
 
+/// A client that has closed its connection. One that has only ended its request still listens.
+bool hasLeft(Socket& socket)
+{
+    pollfd connection = {socket.native_handle(), 0, 0};
+    return ::poll(&connection, 1, 0) == 1 && (connection.revents & (POLLHUP | POLLERR)) != 0;
+}
+
+/// So many clients leave room for the service's own descriptors, and for those of a request.
+int countMostClients()
+{
+    constexpr rlim_t kReserve = 32;
+    constexpr rlim_t kPlenty = 100'000;
+    rlimit limit = {};
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    return static_cast<int>(std::min(limit.rlim_cur, kPlenty + kReserve) -
+                            std::min(limit.rlim_cur - 1, kReserve));
+}
+
 asio::awaitable<void> discard(Socket& socket)
 {
     std::array<char, VOK_REQUEST_SIZE> piece;
@@ -79,7 +100,8 @@ Server::Server(asio::io_context& context, Listener& listener, asio::signal_set& 
       stopping_(context, asio::steady_timer::time_point::max()),
       admission_(admission),
       limits_(limits),
-      path_(std::move(path))
+      path_(std::move(path)),
+      mostClients_(countMostClients())
 {}
 
 void Server::run()
@@ -96,11 +118,15 @@ asio::awaitable<void> Server::acceptClients()
 {
     constexpr std::chrono::milliseconds kRest{50};
     while (!isStopping_) {
+        if (busy_ > mostClients_) {
+            co_await pause(kRest);
+            continue;
+        }
         auto [error, socket] = co_await acceptor_.async_accept(kQuietly);
         if (!error) {
             welcome(std::move(socket));
         } else if (!isStopping_) {
-            // No descriptor is left: the client waits in the queue until another one leaves.
+            // No descriptor is left in the whole system: the client waits at the socket.
             co_await pause(kRest);
         }
     }
@@ -124,9 +150,22 @@ void Server::welcome(Socket socket)
 {
     // Nothing that is ever started from here is to hold it.
     ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
+    const std::optional<Peer> peer = peerOf(socket.native_handle());
+    const uid_t user = peer ? peer->user : static_cast<uid_t>(-1);
     ++busy_;
-    asio::co_spawn(context_, serve(std::move(socket)),
-                   [this](const std::exception_ptr&) { endOne(); });
+    const Welcome welcome = visits_.enter(user);
+    if (welcome == Welcome::kClosed) {
+        endVisit(user);
+        return;
+    }
+    asio::co_spawn(context_, visit(std::move(socket), peer, welcome),
+                   [this, user](const std::exception_ptr&) { endVisit(user); });
+}
+
+void Server::endVisit(uid_t user)
+{
+    visits_.leave(user);
+    endOne();
 }
 
 asio::awaitable<void> Server::untilStop()
@@ -181,9 +220,8 @@ asio::awaitable<std::optional<std::string>> Server::receive(Socket& socket)
 }
 
 /// Whether the client may ask; a refusal is logged.
-bool Server::isAdmitted(Socket& socket) const
+bool Server::isAdmitted(const std::optional<Peer>& peer) const
 {
-    const std::optional<Peer> peer = peerOf(socket.native_handle());
     if (peer && admission_.admits(*peer)) {
         return true;
     }
@@ -194,18 +232,31 @@ bool Server::isAdmitted(Socket& socket) const
     return false;
 }
 
-asio::awaitable<void> Server::serve(Socket socket)
+asio::awaitable<void> Server::visit(Socket socket, std::optional<Peer> peer, Welcome welcome)
 {
-    if (!isAdmitted(socket)) {
+    if (welcome == Welcome::kRefused) {
+        log("a user has too many connections; one more was refused");
+        co_await turnAway(socket, cmdsvc::kRequestNotStarted);
+    } else if (!isAdmitted(peer)) {
         co_await turnAway(socket, cmdsvc::kNotAdmitted);
-        co_return;
+    } else {
+        co_await serve(socket);
     }
+}
+
+asio::awaitable<void> Server::serve(Socket& socket)
+{
     std::optional<std::string> request = co_await receive(socket);
     if (!request) {
         co_return;
     }
     if (!co_await queue_.acquire()) {
         co_await turnAway(socket, cmdsvc::kServiceStopping);
+        co_return;
+    }
+    if (hasLeft(socket)) {
+        queue_.release();
+        log("a client left before its turn; its request was not run");
         co_return;
     }
     std::string bytes = co_await answer(std::move(*request));

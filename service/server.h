@@ -19,6 +19,7 @@
 #include "service/request_queue.h"
 #include "service/upload.h"
 #include "service/usage.h"
+#include "service/visits.h"
 
 namespace service {
 
@@ -45,7 +46,8 @@ class Server {
     asio::awaitable<void> acceptClients();
     void acceptRemaining();
     void welcome(Socket socket);
-    asio::awaitable<void> serve(Socket socket);
+    asio::awaitable<void> visit(Socket socket, std::optional<Peer> peer, Welcome welcome);
+    asio::awaitable<void> serve(Socket& socket);
     asio::awaitable<std::optional<std::string>> receive(Socket& socket);
     asio::awaitable<void> turnAway(Socket& socket, cmdsvc::Status code);
     asio::awaitable<void> untilStop();
@@ -55,8 +57,9 @@ class Server {
     asio::awaitable<Outcome> runRequest(const std::string& request, int number);
     asio::awaitable<Outcome> runInChild(const std::string& request, int number);
     asio::awaitable<Outcome> runUpload(const std::string& request, int number);
-    [[nodiscard]] bool isAdmitted(Socket& socket) const;
+    [[nodiscard]] bool isAdmitted(const std::optional<Peer>& peer) const;
     asio::awaitable<void> awaitStop();
+    void endVisit(uid_t user);
     void endOne();
     void endServing();
 
@@ -68,6 +71,8 @@ class Server {
     Admission admission_;
     Limits limits_;
     std::string path_;
+    int mostClients_; ///< as many as leave enough descriptors for requests
+    Visits visits_;
     RequestQueue queue_;
     Usage usage_;
     Upload upload_;

@@ -34,6 +34,7 @@ using std::chrono::seconds;
 
 constexpr std::uint32_t kTimedOut = 0x53000001;
 constexpr std::uint32_t kFailed = 0x53000002;
+constexpr std::uint32_t kNotStarted = 0x53000003;
 constexpr std::uint32_t kTooLong = 0x53000004;
 constexpr std::uint32_t kNotAdmitted = 0x53000005;
 constexpr std::uint32_t kStopping = 0x53000006;
@@ -193,15 +194,107 @@ TEST_F(Server, silentAndSlowClientsHoldUpNobodyAndAreCutOff)
 
 TEST_F(Server, clientThatLeavesBeforeItsAnswerHarmsNobody)
 {
-    root::stub("php", "sleep 0.2; : >\"$3\"");
+    root::stub("php", ": >/stubs/running; sleep 0.2; : >\"$3\"");
     start();
     {
         const Client client;
         client.send(frame("lstu", 0));
         client.finishSending();
+        while (!root::exists("/stubs/running")) {
+            ::usleep(1000);
+        }
     }
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
-    EXPECT_EQ(stop().size(), 2U) << "its request was run all the same";
+    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: 1 lstu count=0 answer=10",
+                                                "vokserve: 2 rtov count=7 answer=4"}))
+        << "its request was run all the same";
+}
+
+TEST_F(Server, requestOfAClientThatLeavesBeforeItsTurnIsNotRun)
+{
+    root::stub("php", ": >/stubs/running; sleep 0.5; : >\"$3\"");
+    start();
+    const Client first;
+    first.send(frame("lstu", 0));
+    first.finishSending();
+    while (!root::exists("/stubs/running")) {
+        ::usleep(1000);
+    }
+    {
+        const Client gone;
+        gone.send(frame("lstu", 0));
+        gone.finishSending();
+        ::usleep(100000);
+    }
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
+    EXPECT_EQ(first.receive(), "lsut " + le32(0) + "\n");
+    EXPECT_EQ(stop(), (std::vector<std::string>{
+                          "vokserve: 1 lstu count=0 answer=10",
+                          "vokserve: a client left before its turn; its request was not run",
+                          "vokserve: 2 rtov count=7 answer=4"}));
+    EXPECT_EQ(usageOf(3), le32(1));
+}
+
+TEST_F(Server, outOfDescriptorsClientsWaitAndAllAreAnswered)
+{
+    constexpr std::size_t kClients = 100;
+    launch({"sh", "-c", "ulimit -n 48; exec \"$@\"", "sh", root::built("vokserve"), "--socket",
+            kSocket, "--deadline", "30"});
+    std::vector<std::unique_ptr<Client>> clients;
+    for (std::size_t i = 0; i < kClients; ++i) {
+        clients.push_back(std::make_unique<Client>());
+        ASSERT_TRUE(clients.back()->isConnected()) << i;
+    }
+    for (const auto& client : clients) {
+        client->send(frame("rtov", 7));
+        client->finishSending();
+    }
+    for (const auto& client : clients) {
+        ASSERT_EQ(client->receive(), le32(0xFF000003));
+    }
+    EXPECT_EQ(stop().size(), kClients);
+}
+
+TEST_F(Server, oneUserMayHaveThirtyTwoConnectionsAndOthersAreServed)
+{
+    constexpr std::size_t kMost = 32;
+    const std::string groups = root::readFile("/etc/group");
+    root::writeFile("/etc/group", groups + "vokcontrol:x:0:\n");
+    startAmongStrangers();
+    root::writeFile("/etc/group", groups);
+    root::writeFile("/stubs/peer", "credentials 4711 1000 0\n");
+    std::vector<std::unique_ptr<Client>> clients;
+    for (std::size_t i = 0; i < kMost; ++i) {
+        clients.push_back(std::make_unique<Client>());
+    }
+    const Client oneMore;
+    EXPECT_EQ(oneMore.receive(), serviceStatus(kNotStarted));
+    root::writeFile("/stubs/peer", "credentials 4711 1001 0\n");
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << "another user";
+    std::filesystem::remove("/stubs/peer");
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << "root";
+    for (const auto& client : clients) {
+        client->send(frame("rtov", 7));
+        client->finishSending();
+        EXPECT_EQ(client->receive(), le32(0xFF000003));
+    }
+}
+
+TEST_F(Server, whoGoesOnConnectingIsNoLongerHeard)
+{
+    constexpr std::size_t kMost = 64;
+    startAmongStrangers();
+    root::writeFile("/stubs/peer", "credentials 4711 1000 100\n");
+    std::vector<std::unique_ptr<Client>> clients;
+    for (std::size_t i = 0; i < kMost; ++i) {
+        clients.push_back(std::make_unique<Client>());
+        EXPECT_EQ(clients.back()->receive(),
+                  serviceStatus(i < kMost / 2 ? kNotAdmitted : kNotStarted));
+    }
+    const Client oneMore;
+    EXPECT_EQ(oneMore.receive(), "");
+    std::filesystem::remove("/stubs/peer");
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
 }
 
 TEST_F(Server, oneRequestRunsAtATimeInTheOrderOfTheirArrival)
@@ -382,8 +475,8 @@ TEST_F(Server, readOnlyFolderPassesAndTheNextRequestIsServed)
     start();
     EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(0) + "\n");
     std::filesystem::permissions("/tmp", std::filesystem::perms(0555));
-    EXPECT_EQ(exchange(frame("lstu", 0)), "");
-    EXPECT_EQ(exchange(frame("rtov", 7)), "");
+    EXPECT_EQ(exchange(frame("lstu", 0)), serviceStatus(kFailed));
+    EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kFailed));
     std::filesystem::permissions("/tmp", std::filesystem::perms(0755));
     EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(0) + "\n");
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));

@@ -196,7 +196,7 @@ asio::awaitable<void> Server::turnAway(Socket& socket, cmdsvc::Status code)
 }
 
 /// The client's request; nothing if there is none, and the client has been told why.
-asio::awaitable<std::optional<std::string>> Server::receive(Socket& socket)
+asio::awaitable<std::optional<std::string>> Server::receive(Socket& socket, const Peer& peer)
 {
     auto first = co_await (readToEnd(socket) || pause(limits_.send) || untilStop());
     if (first.index() == 2) {
@@ -204,7 +204,7 @@ asio::awaitable<std::optional<std::string>> Server::receive(Socket& socket)
         co_return std::nullopt;
     }
     if (first.index() == 1) {
-        log("a client sent no whole request in time");
+        log(peer, "sent no whole request in time");
         co_return std::nullopt;
     }
     std::string& request = std::get<0>(first);
@@ -212,7 +212,7 @@ asio::awaitable<std::optional<std::string>> Server::receive(Socket& socket)
         co_return std::nullopt;
     }
     if (request.size() > VOK_REQUEST_SIZE) {
-        log("a client sent more than 4096 bytes; they were refused");
+        log(peer, "sent more than 4096 bytes; they were refused");
         co_await turnAway(socket, cmdsvc::kRequestTooLong);
         co_return std::nullopt;
     }
@@ -225,28 +225,25 @@ bool Server::isAdmitted(const std::optional<Peer>& peer) const
     if (peer && admission_.admits(*peer)) {
         return true;
     }
-    const std::string who = peer ? "user " + std::to_string(peer->user) + " (process " +
-                                       std::to_string(peer->process) + ")"
-                                 : "a client whom the kernel does not know";
-    log(who + " is not permitted to ask; it was refused");
+    log(peer, "is not permitted to ask; it was refused");
     return false;
 }
 
 asio::awaitable<void> Server::visit(Socket socket, std::optional<Peer> peer, Welcome welcome)
 {
     if (welcome == Welcome::kRefused) {
-        log("a user has too many connections; one more was refused");
+        log(peer, "has too many connections; one more was refused");
         co_await turnAway(socket, cmdsvc::kRequestNotStarted);
     } else if (!isAdmitted(peer)) {
         co_await turnAway(socket, cmdsvc::kNotAdmitted);
     } else {
-        co_await serve(socket);
+        co_await serve(socket, *peer);
     }
 }
 
-asio::awaitable<void> Server::serve(Socket& socket)
+asio::awaitable<void> Server::serve(Socket& socket, const Peer& peer)
 {
-    std::optional<std::string> request = co_await receive(socket);
+    std::optional<std::string> request = co_await receive(socket, peer);
     if (!request) {
         co_return;
     }
@@ -256,17 +253,17 @@ asio::awaitable<void> Server::serve(Socket& socket)
     }
     if (hasLeft(socket)) {
         queue_.release();
-        log("a client left before its turn; its request was not run");
+        log(peer, "left before its turn; the request was not run");
         co_return;
     }
-    std::string bytes = co_await answer(std::move(*request));
+    std::string bytes = co_await answer(std::move(*request), peer);
     // From here on a slow client holds up nobody.
     queue_.release();
     co_await send(socket, std::move(bytes), limits_.send);
 }
 
 /// Counts a request, has it run unless the gate keeps it out, and logs it.
-asio::awaitable<std::string> Server::answer(std::string request)
+asio::awaitable<std::string> Server::answer(std::string request, const Peer& peer)
 {
     const auto start = Clock::now();
     lastNumber_ = (lastNumber_ < std::numeric_limits<int>::max()) ? lastNumber_ + 1 : 1;
@@ -274,13 +271,14 @@ asio::awaitable<std::string> Server::answer(std::string request)
     Outcome outcome{Ending::kRefused, ""};
     if (std::optional<Refusal> refusal = examine(request)) {
         co_await countRefused(request, number);
-        log("request " + std::to_string(number) + ": its " + std::string(refusal->parameter) +
-            " would not be safe");
+        log(peer, "request " + std::to_string(number) + ": its " + std::string(refusal->parameter) +
+                      " would not be safe");
         outcome.answer = std::move(refusal->answer);
     } else {
         outcome = co_await runRequest(request, number);
     }
-    log(describe(number, request, outcome,
+    log(peer,
+        describe(number, request, outcome,
                  std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start)));
     co_return std::move(outcome.answer);
 }

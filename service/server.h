@@ -47,12 +47,12 @@ class Server {
     void acceptRemaining();
     void welcome(Socket socket);
     asio::awaitable<void> visit(Socket socket, std::optional<Peer> peer, Welcome welcome);
-    asio::awaitable<void> serve(Socket& socket);
-    asio::awaitable<std::optional<std::string>> receive(Socket& socket);
+    asio::awaitable<void> serve(Socket& socket, const Peer& peer);
+    asio::awaitable<std::optional<std::string>> receive(Socket& socket, const Peer& peer);
     asio::awaitable<void> turnAway(Socket& socket, cmdsvc::Status code);
     asio::awaitable<void> untilStop();
     asio::awaitable<void> untilPatienceEnds();
-    asio::awaitable<std::string> answer(std::string request);
+    asio::awaitable<std::string> answer(std::string request, const Peer& peer);
     asio::awaitable<void> countRefused(const std::string& request, int number);
     asio::awaitable<Outcome> runRequest(const std::string& request, int number);
     asio::awaitable<Outcome> runInChild(const std::string& request, int number);

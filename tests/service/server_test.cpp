@@ -79,7 +79,8 @@ class Server : public root::UntracedTest {
     }
 
     /// Ends the service.
-    /// @return its log lines about requests, without the times that they took
+    /// @return its log lines about requests, without the times that they took. Of clients that are
+    ///         this process, "me" stands in the place of user and process.
     std::vector<std::string> stop()
     {
         ::kill(service->pid(), SIGTERM);
@@ -89,7 +90,12 @@ class Server : public root::UntracedTest {
         EXPECT_FALSE(root::exists(kSocket));
         std::istringstream stream(ended.errors);
         std::vector<std::string> lines;
+        const std::string me =
+            "uid=" + std::to_string(::geteuid()) + " pid=" + std::to_string(::getpid()) + ":";
         for (std::string line; std::getline(stream, line);) {
+            if (const std::size_t who = line.find(me); who != std::string::npos) {
+                line.replace(who, me.size(), "me:");
+            }
             const std::size_t at = line.find(" ms=");
             if (at != std::string::npos) {
                 const std::size_t end = std::min(line.find(' ', at + 1), line.size());
@@ -124,10 +130,10 @@ TEST_F(Server, answersOneRequestAConnection)
     EXPECT_EQ(exchange(frame("lstu", 1)), le32(0xFF000003));
     EXPECT_EQ(exchange(frame("gubs", 0)), "");
     EXPECT_EQ(exchange(frame("none", 0)), "");
-    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: 1 lstu count=0 answer=15",
-                                                "vokserve: 2 lstu count=1 answer=4",
-                                                "vokserve: 3 gubs count=0 answer=0",
-                                                "vokserve: 4 none count=0 answer=0"}));
+    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: me: 1 lstu count=0 answer=15",
+                                                "vokserve: me: 2 lstu count=1 answer=4",
+                                                "vokserve: me: 3 gubs count=0 answer=0",
+                                                "vokserve: me: 4 none count=0 answer=0"}));
     EXPECT_EQ(usageOf(3), le32(2));
     EXPECT_EQ(usageOf(21), le32(2)) << "gubs and none";
     EXPECT_EQ(root::list("/tmp"), std::vector<std::string>{"dbg_vokcontrol.txt"});
@@ -153,9 +159,9 @@ TEST_F(Server, fourThousandNinetySixBytesPassAndOneMoreIsRefused)
     EXPECT_EQ(exchange(largest + "x"), serviceStatus(kTooLong));
     EXPECT_EQ(exchange(largest + std::string(100000, 'x')), serviceStatus(kTooLong));
     EXPECT_EQ(stop(), (std::vector<std::string>{
-                          "vokserve: 1 rtov count=7 answer=4",
-                          "vokserve: a client sent more than 4096 bytes; they were refused",
-                          "vokserve: a client sent more than 4096 bytes; they were refused"}));
+                          "vokserve: me: 1 rtov count=7 answer=4",
+                          "vokserve: me: sent more than 4096 bytes; they were refused",
+                          "vokserve: me: sent more than 4096 bytes; they were refused"}));
 }
 
 TEST_F(Server, emptyRequestIsNone)
@@ -186,10 +192,9 @@ TEST_F(Server, silentAndSlowClientsHoldUpNobodyAndAreCutOff)
     const auto taken = Clock::now() - begin;
     EXPECT_GE(taken, std::chrono::milliseconds(900));
     EXPECT_LT(taken, seconds(5));
-    EXPECT_EQ(stop(),
-              (std::vector<std::string>{"vokserve: 1 rtov count=7 answer=4",
-                                        "vokserve: a client sent no whole request in time",
-                                        "vokserve: a client sent no whole request in time"}));
+    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: me: 1 rtov count=7 answer=4",
+                                                "vokserve: me: sent no whole request in time",
+                                                "vokserve: me: sent no whole request in time"}));
 }
 
 TEST_F(Server, clientThatLeavesBeforeItsAnswerHarmsNobody)
@@ -205,8 +210,8 @@ TEST_F(Server, clientThatLeavesBeforeItsAnswerHarmsNobody)
         }
     }
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
-    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: 1 lstu count=0 answer=10",
-                                                "vokserve: 2 rtov count=7 answer=4"}))
+    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: me: 1 lstu count=0 answer=10",
+                                                "vokserve: me: 2 rtov count=7 answer=4"}))
         << "its request was run all the same";
 }
 
@@ -229,9 +234,9 @@ TEST_F(Server, requestOfAClientThatLeavesBeforeItsTurnIsNotRun)
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
     EXPECT_EQ(first.receive(), "lsut " + le32(0) + "\n");
     EXPECT_EQ(stop(), (std::vector<std::string>{
-                          "vokserve: 1 lstu count=0 answer=10",
-                          "vokserve: a client left before its turn; its request was not run",
-                          "vokserve: 2 rtov count=7 answer=4"}));
+                          "vokserve: me: 1 lstu count=0 answer=10",
+                          "vokserve: me: left before its turn; the request was not run",
+                          "vokserve: me: 2 rtov count=7 answer=4"}));
     EXPECT_EQ(usageOf(3), le32(1));
 }
 
@@ -351,9 +356,9 @@ TEST_F(Server, crashOfAHandlerIsItsOwnAffair)
         EXPECT_EQ(exchange(frame("lstu", 0)), serviceStatus(kFailed)) << signal;
         root::stub("php", ": >\"$3\"");
         EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(0) + "\n") << signal;
-        log.push_back("vokserve: " + std::to_string(++number) +
+        log.push_back("vokserve: me: " + std::to_string(++number) +
                       " lstu count=0 answer=10 (its process failed)");
-        log.push_back("vokserve: " + std::to_string(++number) + " lstu count=0 answer=10");
+        log.push_back("vokserve: me: " + std::to_string(++number) + " lstu count=0 answer=10");
     }
     EXPECT_EQ(stop(), log);
 }
@@ -368,8 +373,8 @@ TEST_F(Server, hangOfAHandlerEndsAndTheNextRequestIsServed)
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
     EXPECT_EQ(hanging.receive(), serviceStatus(kTimedOut));
     EXPECT_EQ(stop(), (std::vector<std::string>{
-                          "vokserve: 1 lstu count=0 answer=10 (took too long and was ended)",
-                          "vokserve: 2 rtov count=7 answer=4"}));
+                          "vokserve: me: 1 lstu count=0 answer=10 (took too long and was ended)",
+                          "vokserve: me: 2 rtov count=7 answer=4"}));
 }
 
 /// A trace file that nobody reads from holds every shell line that writes to it.
@@ -391,11 +396,11 @@ TEST_F(Server, shellLineThatHangsWhileCountingHoldsTheServiceNoLongerThanAReques
     blockTraces();
     EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kTimedOut));
     EXPECT_EQ(stop(), (std::vector<std::string>{
-                          "vokserve: 1 rtov count=7 answer=10 (took too long and was ended)",
-                          "vokserve: request 2: its password would not be safe",
-                          "vokserve: 2 crat count=2 answer=4 (refused)",
-                          "vokserve: 3 rtov count=7 answer=4",
-                          "vokserve: 4 rtov count=7 answer=10 (took too long and was ended)"}));
+                          "vokserve: me: 1 rtov count=7 answer=10 (took too long and was ended)",
+                          "vokserve: me: request 2: its password would not be safe",
+                          "vokserve: me: 2 crat count=2 answer=4 (refused)",
+                          "vokserve: me: 3 rtov count=7 answer=4",
+                          "vokserve: me: 4 rtov count=7 answer=10 (took too long and was ended)"}));
     EXPECT_EQ(root::readFile(VOK_USAGE_FILE).size(), std::size_t{VOK_USAGE_SIZE});
     EXPECT_EQ(usageOf(20), le32(1)) << "what hangs at its first trace is not counted yet";
 }
@@ -533,15 +538,15 @@ TEST_F(Server, requestThatCouldMakeTheShellDoThingsIsRefusedCountedAndLogged)
     EXPECT_FALSE(root::exists("/stubs/asked")) << "nothing was dispatched";
     EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(1) + "\nanna\n");
     EXPECT_EQ(stop(),
-              (std::vector<std::string>{"vokserve: request 1: its password would not be safe",
-                                        "vokserve: 1 crat count=2 answer=4 (refused)",
-                                        "vokserve: request 2: its share would not be safe",
-                                        "vokserve: 2 gsp1 count=1 answer=4 (refused)",
-                                        "vokserve: request 3: its user would not be safe",
-                                        "vokserve: 3 subs count=1610678280 answer=10 (refused)",
-                                        "vokserve: request 4: its user would not be safe",
-                                        "vokserve: 4 wags count=2 answer=9 (refused)",
-                                        "vokserve: 5 lstu count=0 answer=15"}));
+              (std::vector<std::string>{"vokserve: me: request 1: its password would not be safe",
+                                        "vokserve: me: 1 crat count=2 answer=4 (refused)",
+                                        "vokserve: me: request 2: its share would not be safe",
+                                        "vokserve: me: 2 gsp1 count=1 answer=4 (refused)",
+                                        "vokserve: me: request 3: its user would not be safe",
+                                        "vokserve: me: 3 subs count=1610678280 answer=10 (refused)",
+                                        "vokserve: me: request 4: its user would not be safe",
+                                        "vokserve: me: 4 wags count=2 answer=9 (refused)",
+                                        "vokserve: me: 5 lstu count=0 answer=15"}));
     EXPECT_EQ(usageOf(1), le32(1));
     EXPECT_EQ(usageOf(16), le32(1));
     EXPECT_FALSE(root::exists("/stubs/canary"));
@@ -557,13 +562,11 @@ TEST_F(Server, strangerIsRefusedAndLogged)
     EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kNotAdmitted));
     std::filesystem::remove("/stubs/peer");
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << "root is admitted";
-    EXPECT_EQ(stop(),
-              (std::vector<std::string>{
-                  "vokserve: user 1000 (process 4711) is not permitted to ask; it was refused",
-                  "vokserve: user 1000 (process 4711) is not permitted to ask; it was refused",
-                  "vokserve: a client whom the kernel does not know is not permitted to ask; it "
-                  "was refused",
-                  "vokserve: 1 rtov count=7 answer=4"}));
+    EXPECT_EQ(stop(), (std::vector<std::string>{
+                          "vokserve: uid=1000 pid=4711: is not permitted to ask; it was refused",
+                          "vokserve: uid=1000 pid=4711: is not permitted to ask; it was refused",
+                          "vokserve: uid=? pid=?: is not permitted to ask; it was refused",
+                          "vokserve: me: 1 rtov count=7 answer=4"}));
     EXPECT_EQ(usageOf(20), le32(1)) << "what is refused is no request";
 }
 
@@ -715,7 +718,7 @@ TEST_F(Server, endFinishesTheRequestInHandAndTellsTheOthers)
     EXPECT_EQ(half.receive(), serviceStatus(kStopping));
     EXPECT_EQ(::kill(service->pid(), 0), 0) << "they did not have to wait for the request in hand";
     EXPECT_EQ(first.receive(), "lsut " + le32(0) + "\n");
-    EXPECT_EQ(stop(), std::vector<std::string>{"vokserve: 1 lstu count=0 answer=10"});
+    EXPECT_EQ(stop(), std::vector<std::string>{"vokserve: me: 1 lstu count=0 answer=10"});
     EXPECT_EQ(usageOf(3), le32(1));
 }
 

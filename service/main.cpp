@@ -24,6 +24,7 @@ struct Options {
     std::string socket = "/run/vokcontrol.sock";
     unsigned timeout = 60;
     unsigned deadline = 10;
+    unsigned passwordPause = 16;
     std::string group = "vokcontrol";
     bool isGroupGiven = false;
     std::string path = service::kDefaultPath;
@@ -54,7 +55,8 @@ int serve(const Options& options)
     service::Listener listener(context, options.socket, admission.group());
     service::Server server(context, listener, stop, admission,
                            {.send = std::chrono::seconds(options.deadline),
-                            .request = std::chrono::seconds(options.timeout)},
+                            .request = std::chrono::seconds(options.timeout),
+                            .passwordPause = std::chrono::seconds(options.passwordPause)},
                            options.path);
     service::log("ready");
     server.run();
@@ -82,6 +84,11 @@ int main(int argc, char** argv)
                     "Give a client so long to send its request, and so long to take its answer")
         ->type_name("SECONDS")
         ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    program
+        .add_option("--password-pause", options.passwordPause,
+                    "The longest pause of a user who asks for wrong passwords; 0 for none")
+        ->type_name("SECONDS")
         ->capture_default_str();
     const CLI::Option* group =
         program

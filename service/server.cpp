@@ -101,7 +101,8 @@ Server::Server(asio::io_context& context, Listener& listener, asio::signal_set& 
       admission_(admission),
       limits_(limits),
       path_(std::move(path)),
-      mostClients_(countMostClients())
+      mostClients_(countMostClients()),
+      pauses_(limits.passwordPause)
 {}
 
 void Server::run()
@@ -247,7 +248,7 @@ asio::awaitable<void> Server::serve(Socket& socket, const Peer& peer)
     if (!request) {
         co_return;
     }
-    if (!co_await queue_.acquire()) {
+    if (!co_await awaitTurn(*request, peer)) {
         co_await turnAway(socket, cmdsvc::kServiceStopping);
         co_return;
     }
@@ -260,6 +261,22 @@ asio::awaitable<void> Server::serve(Socket& socket, const Peer& peer)
     // From here on a slow client holds up nobody.
     queue_.release();
     co_await send(socket, std::move(bytes), limits_.send);
+}
+
+/// Waits for a request's turn. Who has to pause does so without the turn, which others take then;
+/// whether a pause is over is known for certain only when it is the request's turn again.
+/// @return false once the service stops
+asio::awaitable<bool> Server::awaitTurn(const std::string& request, const Peer& peer)
+{
+    while (co_await queue_.acquire()) {
+        const auto rest = pauses_.remaining(peer.user, Clock::now());
+        if (!isPasswordCheck(request) || rest.count() == 0) {
+            co_return true;
+        }
+        queue_.release();
+        co_await (pause(rest) || untilStop());
+    }
+    co_return false;
 }
 
 /// Counts a request, has it run unless the gate keeps it out, and logs it.
@@ -276,6 +293,9 @@ asio::awaitable<std::string> Server::answer(std::string request, const Peer& pee
         outcome.answer = std::move(refusal->answer);
     } else {
         outcome = co_await runRequest(request, number);
+    }
+    if (isPasswordCheck(request)) {
+        pauses_.judge(peer.user, outcome.answer, Clock::now());
     }
     log(peer,
         describe(number, request, outcome,

@@ -15,6 +15,7 @@
 #include "cmdsvc/protocol.h"
 #include "service/child.h"
 #include "service/listener.h"
+#include "service/password_pauses.h"
 #include "service/peer.h"
 #include "service/request_queue.h"
 #include "service/upload.h"
@@ -26,6 +27,7 @@ namespace service {
 struct Limits {
     std::chrono::seconds send{10};    ///< for a client to send its request, and to take its answer
     std::chrono::seconds request{60}; ///< for a request to run
+    std::chrono::seconds passwordPause{16}; ///< the longest after wrong passwords
 };
 
 class Server {
@@ -52,6 +54,7 @@ class Server {
     asio::awaitable<void> turnAway(Socket& socket, cmdsvc::Status code);
     asio::awaitable<void> untilStop();
     asio::awaitable<void> untilPatienceEnds();
+    asio::awaitable<bool> awaitTurn(const std::string& request, const Peer& peer);
     asio::awaitable<std::string> answer(std::string request, const Peer& peer);
     asio::awaitable<void> countRefused(const std::string& request, int number);
     asio::awaitable<Outcome> runRequest(const std::string& request, int number);
@@ -73,6 +76,7 @@ class Server {
     std::string path_;
     int mostClients_; ///< as many as leave enough descriptors for requests
     Visits visits_;
+    PasswordPauses pauses_;
     RequestQueue queue_;
     Usage usage_;
     Upload upload_;

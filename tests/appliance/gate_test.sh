@@ -33,6 +33,12 @@ found=$(appliance --state "$state" sh -c '
     done
     vokctl users list
 
+    # Wrong passwords by the hundred: the pauses after them would take hours.
+    killall vokserve
+    while pidof vokserve >/dev/null; do usleep 10000; done
+    vokserve --password-pause 0 2>>/var/log/vokserve.log </dev/null >/dev/null &
+    until [ -S /run/vokcontrol.sock ]; do usleep 10000; done
+
     section attempts
     everything >/tmp/before
     gate_attempts send /run/vokcontrol.sock || true

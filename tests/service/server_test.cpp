@@ -599,6 +599,35 @@ TEST_F(Server, whoIsTurnedAwayLearnsWhyHoweverMuchTheySend)
     }
 }
 
+TEST_F(Server, whoAsksForWrongPasswordsWaitsAndNobodyElse)
+{
+    const std::string wrong = "erro " + le32(1);
+    const std::string check = frame("wall", 2, "anna\nword\n");
+    startAmongStrangers();
+    const auto begin = Clock::now();
+    EXPECT_EQ(exchange(check), wrong);
+    EXPECT_EQ(exchange(check), wrong);
+    EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(500));
+    const Client waiting;
+    waiting.send(check);
+    waiting.finishSending();
+    ::usleep(50000);
+    const auto others = Clock::now();
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << "another command";
+    EXPECT_LT(Clock::now() - others, std::chrono::milliseconds(700));
+    EXPECT_EQ(waiting.receive(), wrong);
+    EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(1500));
+    const Client told;
+    told.send(check);
+    told.finishSending();
+    ::usleep(50000);
+    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: me: 1 wall count=2 answer=9",
+                                                "vokserve: me: 2 wall count=2 answer=9",
+                                                "vokserve: me: 3 rtov count=7 answer=4",
+                                                "vokserve: me: 4 wall count=2 answer=9"}));
+    EXPECT_EQ(told.receive(), serviceStatus(kStopping)) << "a pause does not hold up the end";
+}
+
 TEST_F(Server, membersOfItsGroupAreServed)
 {
     const std::string groups = root::readFile("/etc/group");

@@ -23,7 +23,7 @@ vokserve: uid=0 pid=N: 3 gsp1 count=0 answer=4 ms=N' "$(appliance sh -c '
     vokctl users list
     vokctl raw lstu --count 1
     vokctl raw gsp1 --line secret >/dev/null
-    sed "s/\(ms\|pid\)=[0-9]*/\1=N/" /var/log/vokserve.log')"
+    sed "s/\(ms\|pid\)=[0-9]*/\1=N/g" /var/log/vokserve.log')"
 
 expect 'no user, one user, two hundred users' '0
 only

@@ -77,6 +77,7 @@ constexpr std::array kStatusWords = std::to_array<StatusWords>({
     {"", cmdsvc::kRequestNotStarted, "the appliance has no room for another process; try again"},
     {"", cmdsvc::kRequestTooLong, "the request is longer than 4096 bytes"},
     {"", cmdsvc::kNotAdmitted, "only root and the members of the service's group may ask"},
+    {"", cmdsvc::kServiceStopping, "the service is stopping; try again"},
 
     {"sub1", cmdsvc::kMalformed,        "the user's name is longer than 60 bytes, or holds a character that the appliance does not take"},
     {"subs", cmdsvc::kMalformed,        "the user's name does not have 1 to 64 bytes, or holds a character that the appliance does not take"},

@@ -137,6 +137,7 @@ enum class [[nodiscard]] Status : std::uint32_t{
     kRequestNotStarted = 0x53000003,
     kRequestTooLong = 0x53000004,
     kNotAdmitted = 0x53000005,
+    kServiceStopping = 0x53000006,
 };
 using enum Status;
 

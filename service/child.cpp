@@ -205,8 +205,9 @@ asio::awaitable<Outcome> Child::finish(std::chrono::seconds timeout)
     }
     const bool isGood = reap();
     Outcome outcome = makeOutcome(isTimedOut ? Ending::kTimedOut : Ending::kFailed);
-    if (!isTimedOut && isGood) {
-        outcome = {Ending::kFinished, readWholeFile(answerPath_)};
+    std::optional<std::string> bytes = readWholeFile(answerPath_);
+    if (!isTimedOut && isGood && bytes) {
+        outcome = {Ending::kFinished, std::move(*bytes)};
     }
     ::unlink(answerPath_.c_str());
     co_return outcome;

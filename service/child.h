@@ -15,7 +15,7 @@ namespace service {
 /// How a child came to its end.
 enum class Ending {
     kFinished,   ///< it has answered whatever it had to answer
-    kFailed,     ///< a signal, or an exit code other than 0
+    kFailed,     ///< a signal, an exit code other than 0, or no answer that can be read
     kTimedOut,   ///< it took too long, and was killed with all that it had started
     kNotStarted, ///< there was no process or no descriptor left for it
     kRefused     ///< it was never started, for what its request holds
@@ -61,7 +61,7 @@ class Child {
     [[nodiscard]] bool hasStarted() const { return pid_ > 0; }
 
     /// Waits for the child's end, kills it where that takes too long, and collects the answer; the
-    /// answer file is gone afterwards.
+    /// answer file is gone afterwards. A child without an answer file that can be read has failed.
     [[nodiscard]] asio::awaitable<Outcome> finish(std::chrono::seconds timeout);
 
   private:

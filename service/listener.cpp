@@ -98,11 +98,20 @@ Acceptor openOwn(asio::io_context& context, const std::string& path, std::option
 Listener::Listener(asio::io_context& context, std::string path, std::optional<gid_t> group)
     : ownPath_(isHandedOver() ? "" : std::move(path)),
       acceptor_(ownPath_.empty() ? takeOver(context) : openOwn(context, ownPath_, group))
-{}
+{
+    ::lstat(ownPath_.c_str(), &own_);
+}
+
+bool Listener::isOwnSocketThere() const
+{
+    struct stat now = {};
+    return ::lstat(ownPath_.c_str(), &now) == 0 && now.st_dev == own_.st_dev &&
+           now.st_ino == own_.st_ino;
+}
 
 Listener::~Listener()
 {
-    if (!ownPath_.empty()) {
+    if (isOwnSocketThere()) {
         ::unlink(ownPath_.c_str());
     }
 }

@@ -5,6 +5,7 @@
 #include <asio/local/stream_protocol.hpp>
 #include <optional>
 #include <string>
+#include <sys/stat.h>
 #include <sys/types.h>
 
 namespace service {
@@ -13,7 +14,7 @@ using Acceptor = asio::local::stream_protocol::acceptor;
 
 /// The socket that requests come through: the one that systemd has handed over (LISTEN_FDS), or one
 /// of our own at a path. Ours is open to its owner and group (mode 0660), and is removed with this
-/// object.
+/// object, unless another socket has taken its place.
 class Listener {
   public:
     /// Throws std::runtime_error with what to do about it where the socket cannot be had.
@@ -26,9 +27,15 @@ class Listener {
 
     [[nodiscard]] Acceptor& acceptor() { return acceptor_; }
 
+    /// Whether clients that nobody has accepted stay at the socket for the next service.
+    [[nodiscard]] bool keepsClients() const { return ownPath_.empty(); }
+
   private:
+    [[nodiscard]] bool isOwnSocketThere() const;
+
     std::string ownPath_; ///< empty where the socket is systemd's
     Acceptor acceptor_;
+    struct stat own_ = {}; ///< our own socket's file
 };
 
 } // namespace service

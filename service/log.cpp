@@ -56,6 +56,17 @@ std::string describe(int number, std::string_view request, const Outcome& outcom
            " ms=" + std::to_string(taken.count()) + std::string(showEnding(outcome.ending));
 }
 
+std::string describe(const std::optional<Peer>& peer)
+{
+    return peer ? "uid=" + std::to_string(peer->user) + " pid=" + std::to_string(peer->process)
+                : "uid=? pid=?";
+}
+
+void log(const std::optional<Peer>& peer, const std::string& line)
+{
+    log(describe(peer) + ": " + line);
+}
+
 void log(const std::string& line)
 {
     const std::string whole = "vokserve: " + line + "\n";

@@ -5,10 +5,12 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "service/child.h"
+#include "service/peer.h"
 
 namespace service {
 
@@ -17,7 +19,13 @@ namespace service {
 [[nodiscard]] std::string describe(int number, std::string_view request, const Outcome& outcome,
                                    std::chrono::milliseconds taken);
 
+/// "uid=1000 pid=4711"; question marks for a peer that the kernel does not tell.
+[[nodiscard]] std::string describe(const std::optional<Peer>& peer);
+
 /// Writes a line to standard error in one piece.
 void log(const std::string& line);
+
+/// The same for a line about a client: it begins with who that is.
+void log(const std::optional<Peer>& peer, const std::string& line);
 
 } // namespace service

@@ -12,16 +12,19 @@
 #include "service/log.h"
 #include "service/peer.h"
 #include "service/server.h"
+#include "service/service_lock.h"
 
 namespace {
 
 constexpr int kCannotServe = 1;
 constexpr int kWrongUsage = 2;
+constexpr int kAnotherServes = 3;
 
 struct Options {
     std::string socket = "/run/vokcontrol.sock";
     unsigned timeout = 60;
     unsigned deadline = 10;
+    unsigned passwordPause = 16;
     std::string group = "vokcontrol";
     bool isGroupGiven = false;
     std::string path = service::kDefaultPath;
@@ -47,10 +50,13 @@ int serve(const Options& options)
     asio::io_context context(1);
     asio::signal_set stop(context, SIGTERM, SIGINT);
     const service::Admission admission(options.group, options.isGroupGiven);
+    // It is released last, when the socket is gone.
+    const service::ServiceLock lock;
     service::Listener listener(context, options.socket, admission.group());
     service::Server server(context, listener, stop, admission,
                            {.send = std::chrono::seconds(options.deadline),
-                            .request = std::chrono::seconds(options.timeout)},
+                            .request = std::chrono::seconds(options.timeout),
+                            .passwordPause = std::chrono::seconds(options.passwordPause)},
                            options.path);
     service::log("ready");
     server.run();
@@ -79,6 +85,11 @@ int main(int argc, char** argv)
         ->type_name("SECONDS")
         ->check(CLI::PositiveNumber)
         ->capture_default_str();
+    program
+        .add_option("--password-pause", options.passwordPause,
+                    "The longest pause of a user who asks for wrong passwords; 0 for none")
+        ->type_name("SECONDS")
+        ->capture_default_str();
     const CLI::Option* group =
         program
             .add_option(
@@ -90,16 +101,20 @@ int main(int argc, char** argv)
     program.add_option("--path", options.path, "Where requests find the appliance's programs")
         ->type_name("FOLDERS")
         ->capture_default_str();
-    program.footer(
-        "A client sends one request frame, shuts its sending side down and reads the\n"
-        "answer up to its end. SIGTERM finishes the request in hand and ends the service\n"
-        "with 0. Ends with 1 when it cannot listen, 2 on wrong usage.");
+    program.footer("A client sends one request frame, shuts its sending side down and reads the\n"
+                   "answer up to its end. SIGTERM finishes the request in hand, tells the clients\n"
+                   "that wait, and ends the service with 0. Ends with 1 when it cannot listen, 2 "
+                   "on wrong usage, 3 if another\n"
+                   "service runs.");
     try {
         program.parse(argc, argv);
         options.isGroupGiven = group->count() > 0;
         return serve(options);
     } catch (const CLI::ParseError& error) {
         return (program.exit(error) == 0) ? 0 : kWrongUsage;
+    } catch (const service::AnotherService& failure) {
+        service::log(failure.what());
+        return kAnotherServes;
     } catch (const std::exception& failure) {
         service::log(failure.what());
         return kCannotServe;

@@ -7,17 +7,20 @@
 
 namespace service {
 
-asio::awaitable<void> RequestQueue::acquire()
+asio::awaitable<bool> RequestQueue::acquire()
 {
+    if (isClosed_) {
+        co_return false;
+    }
     if (!isTaken_) {
         isTaken_ = true;
-        co_return;
+        co_return true;
     }
-    // A timer that never ends stands for a place in the queue; its cancellation is the call.
-    const auto place = std::make_shared<asio::steady_timer>(co_await asio::this_coro::executor,
-                                                            asio::steady_timer::time_point::max());
+    const auto place = std::make_shared<Place>(asio::steady_timer(
+        co_await asio::this_coro::executor, asio::steady_timer::time_point::max()));
     waiting_.push_back(place);
-    co_await place->async_wait(asio::experimental::as_tuple(asio::use_awaitable));
+    co_await place->call.async_wait(asio::experimental::as_tuple(asio::use_awaitable));
+    co_return place->hasTurn;
 }
 
 void RequestQueue::release()
@@ -26,8 +29,18 @@ void RequestQueue::release()
         isTaken_ = false;
         return;
     }
-    waiting_.front()->cancel();
+    waiting_.front()->hasTurn = true;
+    waiting_.front()->call.cancel();
     waiting_.pop_front();
+}
+
+void RequestQueue::close()
+{
+    isClosed_ = true;
+    for (const auto& place : waiting_) {
+        place->call.cancel();
+    }
+    waiting_.clear();
 }
 
 } // namespace service

@@ -12,15 +12,26 @@ namespace service {
 /// Requests run one at a time, first come, first served: the handlers share their work files.
 class RequestQueue {
   public:
-    /// Returns when it is this request's turn. Each acquire() is followed by one release().
-    [[nodiscard]] asio::awaitable<void> acquire();
+    /// Returns true when it is this request's turn, which ends with one release(); false if the
+    /// queue was closed before that.
+    [[nodiscard]] asio::awaitable<bool> acquire();
 
     /// Lets the request run that has waited longest.
     void release();
 
+    /// From now on no request has its turn any more; the one that has keeps it.
+    void close();
+
   private:
-    std::deque<std::shared_ptr<asio::steady_timer>> waiting_;
+    /// A place in the queue; the timer never ends, and its cancellation is the call.
+    struct Place {
+        asio::steady_timer call;
+        bool hasTurn = false;
+    };
+
+    std::deque<std::shared_ptr<Place>> waiting_;
     bool isTaken_ = false;
+    bool isClosed_ = false;
 };
 
 } // namespace service

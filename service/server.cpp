@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "service/server.h"
 
+#include <algorithm>
 #include <array>
 #include <asio/co_spawn.hpp>
 #include <asio/detached.hpp>
@@ -14,6 +15,8 @@
 #include <fcntl.h>
 #include <limits>
 #include <optional>
+#include <poll.h>
+#include <sys/resource.h>
 #include <tuple>
 
 #include "cmdsvc/protocol.h"
@@ -58,6 +61,24 @@ std::string serviceStatus(cmdsvc::Status code)
     return {status.begin(), status.end()};
 }
 
+/// A client that has closed its connection. One that has only ended its request still listens.
+bool hasLeft(Socket& socket)
+{
+    pollfd connection = {socket.native_handle(), 0, 0};
+    return ::poll(&connection, 1, 0) == 1 && (connection.revents & (POLLHUP | POLLERR)) != 0;
+}
+
+/// So many clients leave room for the service's own descriptors, and for those of a request.
+int countMostClients()
+{
+    constexpr rlim_t kReserve = 32;
+    constexpr rlim_t kPlenty = 100'000;
+    rlimit limit = {};
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    return static_cast<int>(std::min(limit.rlim_cur, kPlenty + kReserve) -
+                            std::min(limit.rlim_cur - 1, kReserve));
+}
+
 asio::awaitable<void> discard(Socket& socket)
 {
     std::array<char, VOK_REQUEST_SIZE> piece;
@@ -68,52 +89,27 @@ asio::awaitable<void> discard(Socket& socket)
     }
 }
 
-/// Sends a client away. What it still has to say is taken in for a while: a socket that is closed
-/// over bytes that nobody has read resets the connection, and the client would not learn why.
-asio::awaitable<void> turnAway(Socket& socket, cmdsvc::Status code, std::chrono::seconds time)
-{
-    co_await send(socket, serviceStatus(code), time);
-    asio::error_code ignored;
-    socket.shutdown(Socket::shutdown_send, ignored);
-    co_await (discard(socket) || pause(time));
-}
-
-/// The client's request; nothing where it sent none in time, or too much.
-asio::awaitable<std::optional<std::string>> receive(Socket& socket, std::chrono::seconds time)
-{
-    auto first = co_await (readToEnd(socket) || pause(time));
-    if (first.index() == 1) {
-        log("a client sent no whole request in time");
-        co_return std::nullopt;
-    }
-    std::string& request = std::get<0>(first);
-    if (request.empty()) {
-        co_return std::nullopt;
-    }
-    if (request.size() > VOK_REQUEST_SIZE) {
-        log("a client sent more than 4096 bytes; they were refused");
-        co_await turnAway(socket, cmdsvc::kRequestTooLong, time);
-        co_return std::nullopt;
-    }
-    co_return std::move(request);
-}
-
 } // namespace
 
 Server::Server(asio::io_context& context, Listener& listener, asio::signal_set& stop,
                Admission admission, Limits limits, std::string path)
     : context_(context),
       acceptor_(listener.acceptor()),
+      keepsClients_(listener.keepsClients()),
       stop_(stop),
+      stopping_(context, asio::steady_timer::time_point::max()),
       admission_(admission),
       limits_(limits),
-      path_(std::move(path))
+      path_(std::move(path)),
+      mostClients_(countMostClients()),
+      pauses_(limits.passwordPause)
 {}
 
 void Server::run()
 {
     static_cast<void>(upload_.repair());
-    asio::co_spawn(context_, acceptClients(), asio::detached);
+    ++busy_;
+    asio::co_spawn(context_, acceptClients(), [this](const std::exception_ptr&) { endOne(); });
     asio::co_spawn(context_, awaitStop(), asio::detached);
     context_.run();
     usage_.save();
@@ -123,58 +119,168 @@ asio::awaitable<void> Server::acceptClients()
 {
     constexpr std::chrono::milliseconds kRest{50};
     while (!isStopping_) {
+        if (busy_ > mostClients_) {
+            co_await pause(kRest);
+            continue;
+        }
         auto [error, socket] = co_await acceptor_.async_accept(kQuietly);
         if (!error) {
-            // Nothing that is ever started from here is to hold it.
-            ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
-            asio::co_spawn(context_, serve(std::move(socket)), asio::detached);
+            welcome(std::move(socket));
         } else if (!isStopping_) {
-            // No descriptor is left: the client waits in the queue until another one leaves.
+            // No descriptor is left in the whole system: the client waits at the socket.
             co_await pause(kRest);
         }
     }
 }
 
-/// Whether the client may ask; a refusal is logged.
-bool Server::isAdmitted(Socket& socket) const
+/// A socket of our own goes with the service, and with it the clients that wait there.
+void Server::acceptRemaining()
 {
+    asio::error_code error;
+    acceptor_.non_blocking(true, error);
+    while (!error) {
+        Socket socket(context_);
+        acceptor_.accept(socket, error);
+        if (!error) {
+            welcome(std::move(socket));
+        }
+    }
+}
+
+void Server::welcome(Socket socket)
+{
+    // Nothing that is ever started from here is to hold it.
+    ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
     const std::optional<Peer> peer = peerOf(socket.native_handle());
+    const uid_t user = peer ? peer->user : static_cast<uid_t>(-1);
+    ++busy_;
+    const Welcome welcome = visits_.enter(user);
+    if (welcome == Welcome::kClosed) {
+        endVisit(user);
+        return;
+    }
+    asio::co_spawn(context_, visit(std::move(socket), peer, welcome),
+                   [this, user](const std::exception_ptr&) { endVisit(user); });
+}
+
+void Server::endVisit(uid_t user)
+{
+    visits_.leave(user);
+    endOne();
+}
+
+asio::awaitable<void> Server::untilStop()
+{
+    if (!isStopping_) {
+        co_await stopping_.async_wait(kQuietly);
+    }
+}
+
+/// A client that is sent away has its time, but no more than a moment once the service stops.
+asio::awaitable<void> Server::untilPatienceEnds()
+{
+    constexpr std::chrono::seconds kMoment{1};
+    co_await (pause(limits_.send) || untilStop());
+    if (isStopping_) {
+        co_await pause(kMoment);
+    }
+}
+
+/// Sends a client away. What it still has to say is taken in for a while: a socket that is closed
+/// over bytes that nobody has read resets the connection, and the client would not learn why.
+asio::awaitable<void> Server::turnAway(Socket& socket, cmdsvc::Status code)
+{
+    co_await (send(socket, serviceStatus(code), limits_.send) || untilPatienceEnds());
+    asio::error_code ignored;
+    socket.shutdown(Socket::shutdown_send, ignored);
+    co_await (discard(socket) || untilPatienceEnds());
+}
+
+/// The client's request; nothing if there is none, and the client has been told why.
+asio::awaitable<std::optional<std::string>> Server::receive(Socket& socket, const Peer& peer)
+{
+    auto first = co_await (readToEnd(socket) || pause(limits_.send) || untilStop());
+    if (first.index() == 2) {
+        co_await turnAway(socket, cmdsvc::kServiceStopping);
+        co_return std::nullopt;
+    }
+    if (first.index() == 1) {
+        log(peer, "sent no whole request in time");
+        co_return std::nullopt;
+    }
+    std::string& request = std::get<0>(first);
+    if (request.empty()) {
+        co_return std::nullopt;
+    }
+    if (request.size() > VOK_REQUEST_SIZE) {
+        log(peer, "sent more than 4096 bytes; they were refused");
+        co_await turnAway(socket, cmdsvc::kRequestTooLong);
+        co_return std::nullopt;
+    }
+    co_return std::move(request);
+}
+
+/// Whether the client may ask; a refusal is logged.
+bool Server::isAdmitted(const std::optional<Peer>& peer) const
+{
     if (peer && admission_.admits(*peer)) {
         return true;
     }
-    const std::string who = peer ? "user " + std::to_string(peer->user) + " (process " +
-                                       std::to_string(peer->process) + ")"
-                                 : "a client whom the kernel does not know";
-    log(who + " is not permitted to ask; it was refused");
+    log(peer, "is not permitted to ask; it was refused");
     return false;
 }
 
-asio::awaitable<void> Server::serve(Socket socket)
+asio::awaitable<void> Server::visit(Socket socket, std::optional<Peer> peer, Welcome welcome)
 {
-    if (!isAdmitted(socket)) {
-        co_await turnAway(socket, cmdsvc::kNotAdmitted, limits_.send);
-        co_return;
+    if (welcome == Welcome::kRefused) {
+        log(peer, "has too many connections; one more was refused");
+        co_await turnAway(socket, cmdsvc::kRequestNotStarted);
+    } else if (!isAdmitted(peer)) {
+        co_await turnAway(socket, cmdsvc::kNotAdmitted);
+    } else {
+        co_await serve(socket, *peer);
     }
-    std::optional<std::string> request = co_await receive(socket, limits_.send);
+}
+
+asio::awaitable<void> Server::serve(Socket& socket, const Peer& peer)
+{
+    std::optional<std::string> request = co_await receive(socket, peer);
     if (!request) {
         co_return;
     }
-    co_await queue_.acquire();
-    if (isStopping_) {
-        queue_.release();
+    if (!co_await awaitTurn(*request, peer)) {
+        co_await turnAway(socket, cmdsvc::kServiceStopping);
         co_return;
     }
-    ++inHand_;
-    std::string bytes = co_await answer(std::move(*request));
+    if (hasLeft(socket)) {
+        queue_.release();
+        log(peer, "left before its turn; the request was not run");
+        co_return;
+    }
+    std::string bytes = co_await answer(std::move(*request), peer);
     // From here on a slow client holds up nobody.
     queue_.release();
     co_await send(socket, std::move(bytes), limits_.send);
-    --inHand_;
-    endServing();
+}
+
+/// Waits for a request's turn. Who has to pause does so without the turn, which others take then;
+/// whether a pause is over is known for certain only when it is the request's turn again.
+/// @return false once the service stops
+asio::awaitable<bool> Server::awaitTurn(const std::string& request, const Peer& peer)
+{
+    while (co_await queue_.acquire()) {
+        const auto rest = pauses_.remaining(peer.user, Clock::now());
+        if (!isPasswordCheck(request) || rest.count() == 0) {
+            co_return true;
+        }
+        queue_.release();
+        co_await (pause(rest) || untilStop());
+    }
+    co_return false;
 }
 
 /// Counts a request, has it run unless the gate keeps it out, and logs it.
-asio::awaitable<std::string> Server::answer(std::string request)
+asio::awaitable<std::string> Server::answer(std::string request, const Peer& peer)
 {
     const auto start = Clock::now();
     lastNumber_ = (lastNumber_ < std::numeric_limits<int>::max()) ? lastNumber_ + 1 : 1;
@@ -182,13 +288,17 @@ asio::awaitable<std::string> Server::answer(std::string request)
     Outcome outcome{Ending::kRefused, ""};
     if (std::optional<Refusal> refusal = examine(request)) {
         co_await countRefused(request, number);
-        log("request " + std::to_string(number) + ": its " + std::string(refusal->parameter) +
-            " would not be safe");
+        log(peer, "request " + std::to_string(number) + ": its " + std::string(refusal->parameter) +
+                      " would not be safe");
         outcome.answer = std::move(refusal->answer);
     } else {
         outcome = co_await runRequest(request, number);
     }
-    log(describe(number, request, outcome,
+    if (isPasswordCheck(request)) {
+        pauses_.judge(peer.user, outcome.answer, Clock::now());
+    }
+    log(peer,
+        describe(number, request, outcome,
                  std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start)));
     co_return std::move(outcome.answer);
 }
@@ -248,14 +358,25 @@ asio::awaitable<void> Server::awaitStop()
 {
     co_await stop_.async_wait(kQuietly);
     isStopping_ = true;
+    stopping_.cancel();
+    queue_.close();
+    if (!keepsClients_) {
+        acceptRemaining();
+    }
     acceptor_.close();
     endServing();
 }
 
-/// Ends the loop once nothing is in hand any more.
+void Server::endOne()
+{
+    --busy_;
+    endServing();
+}
+
+/// Ends the loop once every client has its answer.
 void Server::endServing()
 {
-    if (isStopping_ && inHand_ == 0) {
+    if (isStopping_ && busy_ == 0) {
         context_.stop();
     }
 }

@@ -195,7 +195,7 @@ bool Upload::repair() const
         log("an upload that was cut off still runs; its private file cannot be repaired yet");
         return false;
     }
-    const std::optional<Plan> plan = decode(readWholeFile(path_));
+    const std::optional<Plan> plan = decode(readWholeFile(path_).value_or(""));
     const Repair repair = plan ? repairPrivateFile(*plan) : Repair::kFormerStayed;
     log("an upload was cut off: " + std::string(show(repair)));
     if (repair == Repair::kFailed) {

@@ -17,13 +17,13 @@ bob
 00000000  03 00 00 ff                                      |....|
 Read as a refusal, 0xFF000003: the command takes another number of parameters
 vokserve: ready
-vokserve: 1 lstu count=0 answer=26 ms=N
-vokserve: 2 lstu count=1 answer=4 ms=N
-vokserve: 3 gsp1 count=0 answer=4 ms=N' "$(appliance sh -c '
+vokserve: uid=0 pid=N: 1 lstu count=0 answer=26 ms=N
+vokserve: uid=0 pid=N: 2 lstu count=1 answer=4 ms=N
+vokserve: uid=0 pid=N: 3 gsp1 count=0 answer=4 ms=N' "$(appliance sh -c '
     vokctl users list
     vokctl raw lstu --count 1
     vokctl raw gsp1 --line secret >/dev/null
-    sed "s/ms=[0-9]*/ms=N/" /var/log/vokserve.log')"
+    sed "s/\(ms\|pid\)=[0-9]*/\1=N/g" /var/log/vokserve.log')"
 
 expect 'no user, one user, two hundred users' '0
 only

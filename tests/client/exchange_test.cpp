@@ -301,6 +301,7 @@ TEST_F(Exchange, statusOfTheServicesOwnIsNoAnswerOfTheCommands)
          "2: the request is longer than 4096 bytes (0x53000004)"},
         {"serv " + le32(0x53000005) + kZero,
          "4: only root and the members of the service's group may ask (0x53000005)"},
+        {"serv " + le32(0x53000006) + kZero, "7: the service is stopping; try again (0x53000006)"},
     };
     for (const Case& each : cases) {
         answer({each.answer, each.answer, each.answer});

@@ -75,6 +75,7 @@ constexpr auto kRefusals = std::to_array<Refusal>({
     {"serv", cmdsvc::kRequestNotStarted, "the appliance has no room for another process; try again (0x53000003)"},
     {"serv", cmdsvc::kRequestTooLong,    "the request is longer than 4096 bytes (0x53000004)"},
     {"serv", cmdsvc::kNotAdmitted,       "only root and the members of the service's group may ask (0x53000005)"},
+    {"serv", cmdsvc::kServiceStopping,   "the service is stopping; try again (0x53000006)"},
 
     {"sub1", cmdsvc::kMalformed,      "the user's name is longer than 60 bytes, or holds a character that the appliance does not take (0xFF000003)"},
     {"sub1", cmdsvc::kReportNotSaved, "the appliance cannot keep the report (0xC2000002)"},

@@ -115,12 +115,12 @@ TEST_F(ServiceChild, answerOfAnEarlierServiceIsNeverCollected)
     EXPECT_FALSE(root::exists("/tmp/outbuf5"));
 }
 
-TEST_F(ServiceChild, folderInTheAnswersPlaceIsNoAnswer)
+TEST_F(ServiceChild, answerThatCannotBeReadIsAFailure)
 {
     ASSERT_EQ(::mkdir("/tmp/outbuf5", 0700), 0);
     const Outcome outcome = run(frame("lstu", 0));
-    EXPECT_EQ(outcome.ending, Ending::kFinished);
-    EXPECT_EQ(outcome.answer, "");
+    EXPECT_EQ(outcome.ending, Ending::kFailed);
+    EXPECT_EQ(outcome.answer, serviceStatus(kFailed));
 }
 
 TEST_F(ServiceChild, answerThatACrashCutsShortIsNotCollected)
@@ -312,6 +312,7 @@ TEST_F(ServiceChild, whatItKeepsIsOpenForAllThatItStarts)
     const auto task = [] {
         [[maybe_unused]] const int ran =
             std::system("ls /proc/self/fd >/stubs/seen; readlink /proc/$$/fd/0 >>/stubs/seen");
+        root::writeFile("/tmp/outbuf5", "");
     };
     Child child(task, 5, path(), kept);
     EXPECT_EQ(finish(child).ending, Ending::kFinished);

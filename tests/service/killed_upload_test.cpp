@@ -148,7 +148,7 @@ class KilledUpload : public root::UntracedTest {
 
     static void expectTidy()
     {
-        EXPECT_TRUE(!root::exists(kRunFolder) || root::list(kRunFolder).empty());
+        EXPECT_EQ(root::list(kRunFolder), Lines{"lock"});
         EXPECT_FALSE(root::exists(kSavedFile));
         Lines names = root::list(root::kStatusFolder);
         std::erase_if(names, [](const std::string& name) {
@@ -317,13 +317,14 @@ TEST_F(KilledUpload, moveThatOutlivesTheServiceIsEndedByTheNext)
 
 TEST_F(KilledUpload, uploadThatCannotBeNotedIsRefusedAndCounted)
 {
-    root::writeFile(kRunFolder, "in the way");
+    const std::string inTheWay = std::string(kRunFolder) + "/upload.new";
+    fs::create_directories(inTheWay);
     root::writeFile(kPrivateFile, kFormer);
     start(false);
     EXPECT_EQ(exchange(kUpload), serviceStatus(kNotStarted));
     EXPECT_EQ(root::readFile(kPrivateFile), kFormer);
     EXPECT_EQ(exchange(frame("gpvt", 0)), sent(kFormer)) << "all else is served";
-    fs::remove(kRunFolder);
+    fs::remove(inTheWay);
     EXPECT_EQ(exchange(kUpload), le32(0));
     EXPECT_EQ(exchange(frame("gpvt", 0)), sent(kNew));
     stop();
@@ -335,7 +336,7 @@ TEST_F(KilledUpload, folderOfTheServiceIsItsOwn)
     start(false);
     EXPECT_EQ(exchange(kUpload), le32(0));
     EXPECT_EQ(fs::status(kRunFolder).permissions(), fs::perms(0700));
-    EXPECT_EQ(root::list(kRunFolder), Lines{});
+    EXPECT_EQ(root::list(kRunFolder), Lines{"lock"});
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <optional>
 #include <stdexcept>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -129,6 +130,15 @@ TEST_F(SocketListener, anotherServiceIsLeftAlone)
     const Listener first(context, kPath);
     EXPECT_EQ(complaint(kPath), "another service listens on /tmp/socket already; stop it first, or "
                                 "use --socket");
+    EXPECT_TRUE(canConnect(kPath));
+}
+
+TEST_F(SocketListener, anothersSocketInItsPlaceIsNotRemoved)
+{
+    std::optional<Listener> former(std::in_place, context, kPath);
+    std::filesystem::rename(kPath, "/tmp/former");
+    const Listener follower(context, kPath);
+    former.reset();
     EXPECT_TRUE(canConnect(kPath));
 }
 

@@ -75,7 +75,7 @@ class Load : public root::UntracedTest {
                           " >\"$3\"");
         service.emplace(std::vector<std::string>{root::built("vokserve"), "--socket",
                                                  socketclient::kSocket, "--path",
-                                                 std::getenv("PATH")});
+                                                 std::getenv("PATH"), "--password-pause", "0"});
         socketclient::awaitService();
     }
 

@@ -63,6 +63,15 @@ TEST(Log, answersOfTheServicesOwnAreCountedLikeOthers)
         "3 lstu count=0 answer=10 ms=60001 (took too long and was ended)");
 }
 
+TEST(Log, lineAboutAClientBeginsWithWhoItIs)
+{
+    testing::internal::CaptureStderr();
+    service::log(service::Peer{4711, 1000, {100}}, "left");
+    service::log(std::nullopt, "left");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "vokserve: uid=1000 pid=4711: left\nvokserve: uid=? pid=?: left\n");
+}
+
 TEST(Log, lineIsWrittenInOnePiece)
 {
     testing::internal::CaptureStderr();

@@ -14,7 +14,7 @@ namespace {
 asio::awaitable<void> takePart(service::RequestQueue& queue, int number, std::vector<int>& order,
                                int& inside)
 {
-    co_await queue.acquire();
+    EXPECT_TRUE(co_await queue.acquire());
     EXPECT_EQ(++inside, 1) << "one at a time";
     order.push_back(number);
     co_await asio::post(asio::use_awaitable);
@@ -51,6 +51,24 @@ TEST(RequestQueue, isFreeAgainAfterwards)
         context.restart();
     }
     EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
+}
+
+TEST(RequestQueue, closedOneSendsAwayWhoWaitsAndWhoComes)
+{
+    asio::io_context context;
+    service::RequestQueue queue;
+    std::vector<bool> turns;
+    const auto come = [&]() -> asio::awaitable<void> { turns.push_back(co_await queue.acquire()); };
+    for (int number = 0; number < 3; ++number) {
+        asio::co_spawn(context, come(), asio::detached);
+    }
+    context.poll();
+    EXPECT_EQ(turns, std::vector<bool>{true});
+    queue.close();
+    asio::co_spawn(context, come(), asio::detached);
+    context.run();
+    EXPECT_EQ(turns, (std::vector<bool>{true, false, false, false}));
+    queue.release();
 }
 
 } // namespace

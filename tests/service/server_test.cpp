@@ -34,8 +34,10 @@ using std::chrono::seconds;
 
 constexpr std::uint32_t kTimedOut = 0x53000001;
 constexpr std::uint32_t kFailed = 0x53000002;
+constexpr std::uint32_t kNotStarted = 0x53000003;
 constexpr std::uint32_t kTooLong = 0x53000004;
 constexpr std::uint32_t kNotAdmitted = 0x53000005;
+constexpr std::uint32_t kStopping = 0x53000006;
 
 /// What a stub does to the request's process that it belongs to.
 std::string killChild(const std::string& signal)
@@ -77,7 +79,8 @@ class Server : public root::UntracedTest {
     }
 
     /// Ends the service.
-    /// @return its log lines about requests, without the times that they took
+    /// @return its log lines about requests, without the times that they took. Of clients that are
+    ///         this process, "me" stands in the place of user and process.
     std::vector<std::string> stop()
     {
         ::kill(service->pid(), SIGTERM);
@@ -87,7 +90,12 @@ class Server : public root::UntracedTest {
         EXPECT_FALSE(root::exists(kSocket));
         std::istringstream stream(ended.errors);
         std::vector<std::string> lines;
+        const std::string me =
+            "uid=" + std::to_string(::geteuid()) + " pid=" + std::to_string(::getpid()) + ":";
         for (std::string line; std::getline(stream, line);) {
+            if (const std::size_t who = line.find(me); who != std::string::npos) {
+                line.replace(who, me.size(), "me:");
+            }
             const std::size_t at = line.find(" ms=");
             if (at != std::string::npos) {
                 const std::size_t end = std::min(line.find(' ', at + 1), line.size());
@@ -122,10 +130,10 @@ TEST_F(Server, answersOneRequestAConnection)
     EXPECT_EQ(exchange(frame("lstu", 1)), le32(0xFF000003));
     EXPECT_EQ(exchange(frame("gubs", 0)), "");
     EXPECT_EQ(exchange(frame("none", 0)), "");
-    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: 1 lstu count=0 answer=15",
-                                                "vokserve: 2 lstu count=1 answer=4",
-                                                "vokserve: 3 gubs count=0 answer=0",
-                                                "vokserve: 4 none count=0 answer=0"}));
+    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: me: 1 lstu count=0 answer=15",
+                                                "vokserve: me: 2 lstu count=1 answer=4",
+                                                "vokserve: me: 3 gubs count=0 answer=0",
+                                                "vokserve: me: 4 none count=0 answer=0"}));
     EXPECT_EQ(usageOf(3), le32(2));
     EXPECT_EQ(usageOf(21), le32(2)) << "gubs and none";
     EXPECT_EQ(root::list("/tmp"), std::vector<std::string>{"dbg_vokcontrol.txt"});
@@ -151,9 +159,9 @@ TEST_F(Server, fourThousandNinetySixBytesPassAndOneMoreIsRefused)
     EXPECT_EQ(exchange(largest + "x"), serviceStatus(kTooLong));
     EXPECT_EQ(exchange(largest + std::string(100000, 'x')), serviceStatus(kTooLong));
     EXPECT_EQ(stop(), (std::vector<std::string>{
-                          "vokserve: 1 rtov count=7 answer=4",
-                          "vokserve: a client sent more than 4096 bytes; they were refused",
-                          "vokserve: a client sent more than 4096 bytes; they were refused"}));
+                          "vokserve: me: 1 rtov count=7 answer=4",
+                          "vokserve: me: sent more than 4096 bytes; they were refused",
+                          "vokserve: me: sent more than 4096 bytes; they were refused"}));
 }
 
 TEST_F(Server, emptyRequestIsNone)
@@ -184,23 +192,114 @@ TEST_F(Server, silentAndSlowClientsHoldUpNobodyAndAreCutOff)
     const auto taken = Clock::now() - begin;
     EXPECT_GE(taken, std::chrono::milliseconds(900));
     EXPECT_LT(taken, seconds(5));
-    EXPECT_EQ(stop(),
-              (std::vector<std::string>{"vokserve: 1 rtov count=7 answer=4",
-                                        "vokserve: a client sent no whole request in time",
-                                        "vokserve: a client sent no whole request in time"}));
+    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: me: 1 rtov count=7 answer=4",
+                                                "vokserve: me: sent no whole request in time",
+                                                "vokserve: me: sent no whole request in time"}));
 }
 
 TEST_F(Server, clientThatLeavesBeforeItsAnswerHarmsNobody)
 {
-    root::stub("php", "sleep 0.2; : >\"$3\"");
+    root::stub("php", ": >/stubs/running; sleep 0.2; : >\"$3\"");
     start();
     {
         const Client client;
         client.send(frame("lstu", 0));
         client.finishSending();
+        while (!root::exists("/stubs/running")) {
+            ::usleep(1000);
+        }
     }
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
-    EXPECT_EQ(stop().size(), 2U) << "its request was run all the same";
+    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: me: 1 lstu count=0 answer=10",
+                                                "vokserve: me: 2 rtov count=7 answer=4"}))
+        << "its request was run all the same";
+}
+
+TEST_F(Server, requestOfAClientThatLeavesBeforeItsTurnIsNotRun)
+{
+    root::stub("php", ": >/stubs/running; sleep 0.5; : >\"$3\"");
+    start();
+    const Client first;
+    first.send(frame("lstu", 0));
+    first.finishSending();
+    while (!root::exists("/stubs/running")) {
+        ::usleep(1000);
+    }
+    {
+        const Client gone;
+        gone.send(frame("lstu", 0));
+        gone.finishSending();
+        ::usleep(100000);
+    }
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
+    EXPECT_EQ(first.receive(), "lsut " + le32(0) + "\n");
+    EXPECT_EQ(stop(), (std::vector<std::string>{
+                          "vokserve: me: 1 lstu count=0 answer=10",
+                          "vokserve: me: left before its turn; the request was not run",
+                          "vokserve: me: 2 rtov count=7 answer=4"}));
+    EXPECT_EQ(usageOf(3), le32(1));
+}
+
+TEST_F(Server, outOfDescriptorsClientsWaitAndAllAreAnswered)
+{
+    constexpr std::size_t kClients = 100;
+    launch({"sh", "-c", "ulimit -n 48; exec \"$@\"", "sh", root::built("vokserve"), "--socket",
+            kSocket, "--deadline", "30"});
+    std::vector<std::unique_ptr<Client>> clients;
+    for (std::size_t i = 0; i < kClients; ++i) {
+        clients.push_back(std::make_unique<Client>());
+        ASSERT_TRUE(clients.back()->isConnected()) << i;
+    }
+    for (const auto& client : clients) {
+        client->send(frame("rtov", 7));
+        client->finishSending();
+    }
+    for (const auto& client : clients) {
+        ASSERT_EQ(client->receive(), le32(0xFF000003));
+    }
+    EXPECT_EQ(stop().size(), kClients);
+}
+
+TEST_F(Server, oneUserMayHaveThirtyTwoConnectionsAndOthersAreServed)
+{
+    constexpr std::size_t kMost = 32;
+    const std::string groups = root::readFile("/etc/group");
+    root::writeFile("/etc/group", groups + "vokcontrol:x:0:\n");
+    startAmongStrangers();
+    root::writeFile("/etc/group", groups);
+    root::writeFile("/stubs/peer", "credentials 4711 1000 0\n");
+    std::vector<std::unique_ptr<Client>> clients;
+    for (std::size_t i = 0; i < kMost; ++i) {
+        clients.push_back(std::make_unique<Client>());
+    }
+    const Client oneMore;
+    EXPECT_EQ(oneMore.receive(), serviceStatus(kNotStarted));
+    root::writeFile("/stubs/peer", "credentials 4711 1001 0\n");
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << "another user";
+    std::filesystem::remove("/stubs/peer");
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << "root";
+    for (const auto& client : clients) {
+        client->send(frame("rtov", 7));
+        client->finishSending();
+        EXPECT_EQ(client->receive(), le32(0xFF000003));
+    }
+}
+
+TEST_F(Server, whoGoesOnConnectingIsNoLongerHeard)
+{
+    constexpr std::size_t kMost = 64;
+    startAmongStrangers();
+    root::writeFile("/stubs/peer", "credentials 4711 1000 100\n");
+    std::vector<std::unique_ptr<Client>> clients;
+    for (std::size_t i = 0; i < kMost; ++i) {
+        clients.push_back(std::make_unique<Client>());
+        EXPECT_EQ(clients.back()->receive(),
+                  serviceStatus(i < kMost / 2 ? kNotAdmitted : kNotStarted));
+    }
+    const Client oneMore;
+    EXPECT_EQ(oneMore.receive(), "");
+    std::filesystem::remove("/stubs/peer");
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
 }
 
 TEST_F(Server, oneRequestRunsAtATimeInTheOrderOfTheirArrival)
@@ -257,9 +356,9 @@ TEST_F(Server, crashOfAHandlerIsItsOwnAffair)
         EXPECT_EQ(exchange(frame("lstu", 0)), serviceStatus(kFailed)) << signal;
         root::stub("php", ": >\"$3\"");
         EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(0) + "\n") << signal;
-        log.push_back("vokserve: " + std::to_string(++number) +
+        log.push_back("vokserve: me: " + std::to_string(++number) +
                       " lstu count=0 answer=10 (its process failed)");
-        log.push_back("vokserve: " + std::to_string(++number) + " lstu count=0 answer=10");
+        log.push_back("vokserve: me: " + std::to_string(++number) + " lstu count=0 answer=10");
     }
     EXPECT_EQ(stop(), log);
 }
@@ -274,8 +373,8 @@ TEST_F(Server, hangOfAHandlerEndsAndTheNextRequestIsServed)
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
     EXPECT_EQ(hanging.receive(), serviceStatus(kTimedOut));
     EXPECT_EQ(stop(), (std::vector<std::string>{
-                          "vokserve: 1 lstu count=0 answer=10 (took too long and was ended)",
-                          "vokserve: 2 rtov count=7 answer=4"}));
+                          "vokserve: me: 1 lstu count=0 answer=10 (took too long and was ended)",
+                          "vokserve: me: 2 rtov count=7 answer=4"}));
 }
 
 /// A trace file that nobody reads from holds every shell line that writes to it.
@@ -297,11 +396,11 @@ TEST_F(Server, shellLineThatHangsWhileCountingHoldsTheServiceNoLongerThanAReques
     blockTraces();
     EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kTimedOut));
     EXPECT_EQ(stop(), (std::vector<std::string>{
-                          "vokserve: 1 rtov count=7 answer=10 (took too long and was ended)",
-                          "vokserve: request 2: its password would not be safe",
-                          "vokserve: 2 crat count=2 answer=4 (refused)",
-                          "vokserve: 3 rtov count=7 answer=4",
-                          "vokserve: 4 rtov count=7 answer=10 (took too long and was ended)"}));
+                          "vokserve: me: 1 rtov count=7 answer=10 (took too long and was ended)",
+                          "vokserve: me: request 2: its password would not be safe",
+                          "vokserve: me: 2 crat count=2 answer=4 (refused)",
+                          "vokserve: me: 3 rtov count=7 answer=4",
+                          "vokserve: me: 4 rtov count=7 answer=10 (took too long and was ended)"}));
     EXPECT_EQ(root::readFile(VOK_USAGE_FILE).size(), std::size_t{VOK_USAGE_SIZE});
     EXPECT_EQ(usageOf(20), le32(1)) << "what hangs at its first trace is not counted yet";
 }
@@ -381,8 +480,8 @@ TEST_F(Server, readOnlyFolderPassesAndTheNextRequestIsServed)
     start();
     EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(0) + "\n");
     std::filesystem::permissions("/tmp", std::filesystem::perms(0555));
-    EXPECT_EQ(exchange(frame("lstu", 0)), "");
-    EXPECT_EQ(exchange(frame("rtov", 7)), "");
+    EXPECT_EQ(exchange(frame("lstu", 0)), serviceStatus(kFailed));
+    EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kFailed));
     std::filesystem::permissions("/tmp", std::filesystem::perms(0755));
     EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(0) + "\n");
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
@@ -439,15 +538,15 @@ TEST_F(Server, requestThatCouldMakeTheShellDoThingsIsRefusedCountedAndLogged)
     EXPECT_FALSE(root::exists("/stubs/asked")) << "nothing was dispatched";
     EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(1) + "\nanna\n");
     EXPECT_EQ(stop(),
-              (std::vector<std::string>{"vokserve: request 1: its password would not be safe",
-                                        "vokserve: 1 crat count=2 answer=4 (refused)",
-                                        "vokserve: request 2: its share would not be safe",
-                                        "vokserve: 2 gsp1 count=1 answer=4 (refused)",
-                                        "vokserve: request 3: its user would not be safe",
-                                        "vokserve: 3 subs count=1610678280 answer=10 (refused)",
-                                        "vokserve: request 4: its user would not be safe",
-                                        "vokserve: 4 wags count=2 answer=9 (refused)",
-                                        "vokserve: 5 lstu count=0 answer=15"}));
+              (std::vector<std::string>{"vokserve: me: request 1: its password would not be safe",
+                                        "vokserve: me: 1 crat count=2 answer=4 (refused)",
+                                        "vokserve: me: request 2: its share would not be safe",
+                                        "vokserve: me: 2 gsp1 count=1 answer=4 (refused)",
+                                        "vokserve: me: request 3: its user would not be safe",
+                                        "vokserve: me: 3 subs count=1610678280 answer=10 (refused)",
+                                        "vokserve: me: request 4: its user would not be safe",
+                                        "vokserve: me: 4 wags count=2 answer=9 (refused)",
+                                        "vokserve: me: 5 lstu count=0 answer=15"}));
     EXPECT_EQ(usageOf(1), le32(1));
     EXPECT_EQ(usageOf(16), le32(1));
     EXPECT_FALSE(root::exists("/stubs/canary"));
@@ -463,13 +562,11 @@ TEST_F(Server, strangerIsRefusedAndLogged)
     EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kNotAdmitted));
     std::filesystem::remove("/stubs/peer");
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << "root is admitted";
-    EXPECT_EQ(stop(),
-              (std::vector<std::string>{
-                  "vokserve: user 1000 (process 4711) is not permitted to ask; it was refused",
-                  "vokserve: user 1000 (process 4711) is not permitted to ask; it was refused",
-                  "vokserve: a client whom the kernel does not know is not permitted to ask; it "
-                  "was refused",
-                  "vokserve: 1 rtov count=7 answer=4"}));
+    EXPECT_EQ(stop(), (std::vector<std::string>{
+                          "vokserve: uid=1000 pid=4711: is not permitted to ask; it was refused",
+                          "vokserve: uid=1000 pid=4711: is not permitted to ask; it was refused",
+                          "vokserve: uid=? pid=?: is not permitted to ask; it was refused",
+                          "vokserve: me: 1 rtov count=7 answer=4"}));
     EXPECT_EQ(usageOf(20), le32(1)) << "what is refused is no request";
 }
 
@@ -500,6 +597,35 @@ TEST_F(Server, whoIsTurnedAwayLearnsWhyHoweverMuchTheySend)
         root.finishSending();
         EXPECT_EQ(root.receive(), serviceStatus(kTooLong)) << size;
     }
+}
+
+TEST_F(Server, whoAsksForWrongPasswordsWaitsAndNobodyElse)
+{
+    const std::string wrong = "erro " + le32(1);
+    const std::string check = frame("wall", 2, "anna\nword\n");
+    startAmongStrangers();
+    const auto begin = Clock::now();
+    EXPECT_EQ(exchange(check), wrong);
+    EXPECT_EQ(exchange(check), wrong);
+    EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(500));
+    const Client waiting;
+    waiting.send(check);
+    waiting.finishSending();
+    ::usleep(50000);
+    const auto others = Clock::now();
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << "another command";
+    EXPECT_LT(Clock::now() - others, std::chrono::milliseconds(700));
+    EXPECT_EQ(waiting.receive(), wrong);
+    EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(1500));
+    const Client told;
+    told.send(check);
+    told.finishSending();
+    ::usleep(50000);
+    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: me: 1 wall count=2 answer=9",
+                                                "vokserve: me: 2 wall count=2 answer=9",
+                                                "vokserve: me: 3 rtov count=7 answer=4",
+                                                "vokserve: me: 4 wall count=2 answer=9"}));
+    EXPECT_EQ(told.receive(), serviceStatus(kStopping)) << "a pause does not hold up the end";
 }
 
 TEST_F(Server, membersOfItsGroupAreServed)
@@ -598,7 +724,7 @@ TEST_F(Server, serviceThatARequestStartsDoesNotHoldItsConnection)
     EXPECT_LT(Clock::now() - begin, seconds(10));
 }
 
-TEST_F(Server, endFinishesTheRequestInHandAndDropsTheOthers)
+TEST_F(Server, endFinishesTheRequestInHandAndTellsTheOthers)
 {
     root::stub("php", ": >/stubs/running; sleep 0.5; : >\"$3\"");
     start();
@@ -611,11 +737,48 @@ TEST_F(Server, endFinishesTheRequestInHandAndDropsTheOthers)
     const Client second;
     second.send(frame("rtov", 7));
     second.finishSending();
+    const Client silent;
+    const Client half;
+    half.send("rt");
     ::usleep(100000);
-    EXPECT_EQ(stop(), std::vector<std::string>{"vokserve: 1 lstu count=0 answer=10"});
+    ::kill(service->pid(), SIGTERM);
+    EXPECT_EQ(second.receive(), serviceStatus(kStopping));
+    EXPECT_EQ(silent.receive(), serviceStatus(kStopping));
+    EXPECT_EQ(half.receive(), serviceStatus(kStopping));
+    EXPECT_EQ(::kill(service->pid(), 0), 0) << "they did not have to wait for the request in hand";
     EXPECT_EQ(first.receive(), "lsut " + le32(0) + "\n");
-    EXPECT_EQ(second.receive(), "");
+    EXPECT_EQ(stop(), std::vector<std::string>{"vokserve: me: 1 lstu count=0 answer=10"});
     EXPECT_EQ(usageOf(3), le32(1));
+}
+
+TEST_F(Server, endTellsClientsThatWereNotAcceptedYet)
+{
+    start();
+    ::kill(service->pid(), SIGSTOP);
+    std::vector<std::unique_ptr<Client>> clients;
+    for (int i = 0; i < 50; ++i) {
+        clients.push_back(std::make_unique<Client>());
+        clients.back()->send(frame("rtov", 7));
+        clients.back()->finishSending();
+    }
+    ::kill(service->pid(), SIGTERM);
+    ::kill(service->pid(), SIGCONT);
+    for (const auto& client : clients) {
+        const std::string answer = client->receive();
+        EXPECT_TRUE(answer == serviceStatus(kStopping) || answer == le32(0xFF000003));
+    }
+    stop();
+}
+
+TEST_F(Server, clientsThatDoNotListenHoldUpTheEndForAMomentOnly)
+{
+    start({"--deadline", "60"});
+    const Client silent;
+    ::usleep(100000);
+    const auto begin = Clock::now();
+    stop();
+    EXPECT_LT(Clock::now() - begin, seconds(5));
+    EXPECT_EQ(silent.receive(), serviceStatus(kStopping));
 }
 
 TEST_F(Server, countsGoOnAfterARestart)
@@ -642,10 +805,19 @@ TEST_F(Server, socketOfAKilledServiceIsTakenOver)
 TEST_F(Server, secondServiceIsRefused)
 {
     start();
-    const root::Ended ended = root::run({root::built("vokserve"), "--socket", kSocket});
-    EXPECT_EQ(ended.exitCode, 1);
-    EXPECT_EQ(ended.errors, "vokserve: another service listens on /tmp/socket already; stop it "
-                            "first, or use --socket\n");
+    const std::string complaint = "vokserve: another service runs already (process " +
+                                  std::to_string(service->pid()) + "); stop it first\n";
+    const std::string program = root::built("vokserve");
+    const std::string handOver = "LISTEN_FDS=1 LISTEN_PID=$$ exec " + program + " 3</dev/null";
+    for (const std::vector<std::string>& command :
+         std::vector<std::vector<std::string>>{{program, "--socket", kSocket},
+                                               {program, "--socket", "/tmp/other"},
+                                               {"sh", "-c", handOver}}) {
+        const root::Ended ended = root::run(command);
+        EXPECT_EQ(ended.exitCode, 3) << command.back();
+        EXPECT_EQ(ended.errors, complaint) << command.back();
+    }
+    EXPECT_FALSE(root::exists("/tmp/other"));
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003));
     stop();
 }

@@ -28,14 +28,14 @@ TEST_F(WholeFile, emptyFileHasNoBytes)
     EXPECT_EQ(readWholeFile("/tmp/whole"), "");
 }
 
-TEST_F(WholeFile, missingFileHasNoBytes)
+TEST_F(WholeFile, missingFileIsNone)
 {
-    EXPECT_EQ(readWholeFile("/tmp/missing"), "");
+    EXPECT_EQ(readWholeFile("/tmp/missing"), std::nullopt);
 }
 
-TEST_F(WholeFile, folderHasNoBytes)
+TEST_F(WholeFile, folderIsNone)
 {
-    EXPECT_EQ(readWholeFile("/tmp"), "");
+    EXPECT_EQ(readWholeFile("/tmp"), std::nullopt);
 }
 
 } // namespace

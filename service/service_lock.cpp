@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#include "service/service_lock.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace service {
+namespace {
+
+constexpr mode_t kFolderMode = 0700;
+constexpr mode_t kFileMode = 0600;
+
+/// The whole file, for one process. A forked process does not have it: a request's process that
+/// outlives a killed service for a moment does not keep the next service out.
+struct flock wholeFile()
+{
+    struct flock range = {};
+    range.l_type = F_WRLCK;
+    range.l_whence = SEEK_SET;
+    return range;
+}
+
+/// Both of these close the file and throw.
+[[noreturn]] void failLocked(int file)
+{
+    struct flock holder = wholeFile();
+    const bool isTold = ::fcntl(file, F_GETLK, &holder) == 0 && holder.l_type != F_UNLCK;
+    ::close(file);
+    throw AnotherService("another service runs already" +
+                         (isTold ? " (process " + std::to_string(holder.l_pid) + ")" : "") +
+                         "; stop it first");
+}
+
+[[noreturn]] void failUnlocked(int file, const std::string& path)
+{
+    const std::string reason = std::strerror(errno);
+    ::close(file);
+    throw std::runtime_error("cannot lock " + path + ": " + reason);
+}
+
+} // namespace
+
+ServiceLock::ServiceLock(const std::string& folder)
+{
+    const std::string path = folder + "/lock";
+    ::mkdir(folder.c_str(), kFolderMode);
+    file_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kFileMode);
+    struct flock range = wholeFile();
+    if (file_ >= 0 && ::fcntl(file_, F_SETLK, &range) == 0) {
+        return;
+    }
+    const bool isHeld = file_ >= 0 && (errno == EACCES || errno == EAGAIN);
+    if (!isHeld) {
+        failUnlocked(file_, path);
+    }
+    failLocked(file_);
+}
+
+ServiceLock::~ServiceLock()
+{
+    ::close(file_);
+}
+
+} // namespace service

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+//
+// visits.h: how many connections each user has, so that one of them cannot fill the service.
+#pragma once
+
+#include <map>
+#include <sys/types.h>
+
+namespace service {
+
+/// What a user's next connection may do.
+enum class Welcome {
+    kServed,
+    kRefused, ///< it is told that the service has no room for it
+    kClosed   ///< not even that: the user has as many again that are being told
+};
+
+class Visits {
+  public:
+    static constexpr unsigned kMost = 32;
+    /// Web pages ask as root, or as the service's own user, for everybody who uses them.
+    static constexpr unsigned kMostOfService = 1024;
+
+    /// One more connection of a user. Each enter(), whatever it gives, is followed by one leave().
+    [[nodiscard]] Welcome enter(uid_t user);
+    void leave(uid_t user);
+
+  private:
+    std::map<uid_t, unsigned> connections_;
+};
+
+} // namespace service

@@ -1,32 +1,34 @@
 // SPDX-License-Identifier: MIT
+#include <array>
 #include <iostream>
-#include <memory>
 
 #include "client/commands.h"
 #include "client/exchange.h"
 #include "client/failure.h"
 #include "client/status_report.h"
+#include "client/subcommands.h"
 #include "core/bytes.h"
 #include "view/share_row.h"
 
 namespace client {
 namespace {
 
-// ---- report -----------------------------------------------------------------------------------
-
-struct ReportOptions {
+struct Options {
     Connection connection;
     std::string user;
     unsigned state = 0;
     bool asVariable = false;
+    bool json = false;
 };
+
+// ---- report -----------------------------------------------------------------------------------
 
 /// The appliance does not look at the byte that stands beside a state.
 constexpr char kIgnored = ' ';
 
 /// A report for the variable file. Everything stands in the first line; a byte that is not looked
 /// at and the state come before the name.
-Request makeVariableReport(const ReportOptions& options)
+Request makeVariableReport(const Options& options)
 {
     // The user's name is also the share's.
     constexpr std::size_t kLongestName = cmdsvc::kLongestShareName;
@@ -42,45 +44,33 @@ Request makeVariableReport(const ReportOptions& options)
     return {cmdsvc::command("subs"), {std::string{kIgnored, state} + options.user}};
 }
 
-Request makeFileReport(const ReportOptions& options)
+Request makeFileReport(const Options& options)
 {
     return {cmdsvc::command("sub1"), {options.state, std::uint32_t{kIgnored}, options.user}};
 }
 
-void report(const ReportOptions& options)
+void report(const Options& options)
 {
     askToDo(options.connection,
             options.asVariable ? makeVariableReport(options) : makeFileReport(options));
     std::cerr << "vokctl: the report was kept\n";
 }
 
-void addReport(CLI::App& backup)
+void addReportOptions(CLI::App& command, Options& options)
 {
-    const auto options = std::make_shared<ReportOptions>();
-    CLI::App* command = backup.add_subcommand("report", "Report how a user's backup went");
-    command->add_option("USER", options->user, "The user's name, which is also the share's")
+    command.add_option("USER", options.user, "The user's name, which is also the share's")
         ->required();
     command
-        ->add_option("--state", options->state,
-                     "The state, 0 to 255; of its digits the appliance keeps the first")
+        .add_option("--state", options.state,
+                    "The state, 0 to 255; of its digits the appliance keeps the first")
         ->required()
         ->type_name("N")
         ->check(CLI::Range(0U, 255U));
-    command->add_flag("--as-variable", options->asVariable,
-                      "Keep it as a variable, not as the file that the collection reads");
-    addConnectionOptions(*command, options->connection);
-    command->footer("Examples:\n"
-                    "  vokctl backup report anna --state 1\n"
-                    "  vokctl service restart; vokctl status --wait 60   shows it");
-    command->callback([options] { report(*options); });
+    command.add_flag("--as-variable", options.asVariable,
+                     "Keep it as a variable, not as the file that the collection reads");
 }
 
 // ---- list -------------------------------------------------------------------------------------
-
-struct ListOptions {
-    Connection connection;
-    bool json = false;
-};
 
 struct BackupTable {
     std::uint16_t capacity = 0;
@@ -103,14 +93,12 @@ BackupTable fetchTable(const Connection& connection)
     return {core::getU16(std::span(payload).subspan<kCapacityOffset, 2>()), std::move(*shares)};
 }
 
-void list(const ListOptions& options)
+void list(const Options& options)
 {
     const BackupTable table = fetchTable(options.connection);
     if (options.json) {
-        Json json;
-        json["capacity_gb"] = table.capacity;
-        json["shares"] = makeJson(table.shares);
-        std::cout << renderJson(json);
+        std::cout << renderJson(
+            Json{{"capacity_gb", table.capacity}, {"shares", makeJson(table.shares)}});
     } else if (!table.shares.empty()) {
         std::cout << renderShares(table.shares) << "\nThe internal disk holds " << table.capacity
                   << " GB.\n";
@@ -120,30 +108,29 @@ void list(const ListOptions& options)
     }
 }
 
-void addList(CLI::App& backup)
-{
-    const auto options = std::make_shared<ListOptions>();
-    CLI::App* command = backup.add_subcommand(
-        "list", "Show every share's space and last backup, and the disk's capacity");
-    command->add_flag("--json", options->json, "Print JSON for programs");
-    addConnectionOptions(*command, options->connection);
-    command->footer(
-        "Examples:\n"
-        "  vokctl backup list\n"
-        "  vokctl backup list --json\n"
-        "\n"
-        "It takes the appliance a while: it traces every byte of its answer. Ends with\n"
-        "6 when there is no share status.");
-    command->callback([options] { list(*options); });
-}
+// ---- Adding them ------------------------------------------------------------------------------
+
+constexpr auto kActions = std::to_array<Action<Options>>({
+    {"report", "Report how a user's backup went", report,
+     "Examples:\n"
+     "  vokctl backup report anna --state 1\n"
+     "  vokctl service restart; vokctl status --wait 60   shows it",
+     addReportOptions},
+    {"list", "Show every share's space and last backup, and the disk's capacity", list,
+     "Examples:\n"
+     "  vokctl backup list\n"
+     "  vokctl backup list --json\n"
+     "\n"
+     "It takes the appliance a while: it traces every byte of its answer. Ends with\n"
+     "6 when there is no share status.",
+     addJson},
+});
 
 } // namespace
 
 void buildBackupCommand(CLI::App& backup)
 {
-    backup.require_subcommand(1);
-    addReport(backup);
-    addList(backup);
+    addActions<Options>(backup, kActions);
 }
 
 } // namespace client

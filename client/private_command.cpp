@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <memory>
 
 #include "client/commands.h"
 #include "client/exchange.h"
 #include "client/failure.h"
+#include "client/subcommands.h"
 
 namespace client {
 namespace {
@@ -115,32 +116,38 @@ void put(const Options& options)
     std::cerr << "vokctl: the private file was replaced\n";
 }
 
+// ---- Adding them ------------------------------------------------------------------------------
+
+void addTarget(CLI::App& command, Options& options)
+{
+    command.add_option("FILE", options.path, "Where to; \"-\" is standard output")->required();
+}
+
+void addSource(CLI::App& command, Options& options)
+{
+    command.add_option("FILE", options.path, "Where from; \"-\" is standard input")->required();
+}
+
+constexpr auto kActions = std::to_array<Action<Options>>({
+    {"get", "Fetch it", get,
+     "Examples:\n"
+     "  vokctl private get settings.bin\n"
+     "  vokctl private get - | sha256sum",
+     addTarget},
+    {"put", "Replace it", put,
+     "Examples:\n"
+     "  vokctl private put settings.bin\n"
+     "\n"
+     "A file has 1 to 4070 bytes; sizes that hold a byte 0x0A (10, 266, 2560 to 2815\n"
+     "and so on) cannot be sent.",
+     addSource},
+});
+
 } // namespace
 
 void buildPrivateCommand(CLI::App& file)
 {
-    file.require_subcommand(1);
-
-    const auto fetched = std::make_shared<Options>();
-    CLI::App* getting = file.add_subcommand("get", "Fetch it");
-    getting->add_option("FILE", fetched->path, "Where to; \"-\" is standard output")->required();
-    addConnectionOptions(*getting, fetched->connection);
-    getting->footer("Examples:\n"
-                    "  vokctl private get settings.bin\n"
-                    "  vokctl private get - | sha256sum");
-    getting->callback([fetched] { get(*fetched); });
-
-    const auto sent = std::make_shared<Options>();
-    CLI::App* putting = file.add_subcommand("put", "Replace it");
-    putting->add_option("FILE", sent->path, "Where from; \"-\" is standard input")->required();
-    addConnectionOptions(*putting, sent->connection);
-    putting->footer(
-        "Examples:\n"
-        "  vokctl private put settings.bin\n"
-        "\n"
-        "A file has 1 to 4070 bytes; sizes that hold a byte 0x0A (10, 266, 2560 to 2815\n"
-        "and so on) cannot be sent.");
-    putting->callback([sent] { put(*sent); });
+    addActions<Options>(file, kActions);
 }
 
 } // namespace client

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
+#include <array>
 #include <iostream>
-#include <memory>
 
 #include "client/commands.h"
 #include "client/exchange.h"
 #include "client/failure.h"
 #include "client/json_text.h"
+#include "client/subcommands.h"
 #include "view/terminal_text.h"
 
 namespace client {
@@ -37,10 +38,7 @@ void showUrls(const Options& options)
     const std::string signUp = fetchValue(options.connection, 1);
     const std::string signIn = fetchValue(options.connection, 2);
     if (options.json) {
-        Json json;
-        json["sign_up"] = signUp;
-        json["sign_in"] = signIn;
-        std::cout << renderJson(json);
+        std::cout << renderJson({{"sign_up", signUp}, {"sign_in", signIn}});
         return;
     }
     std::cout << "Sign up:  " << view::makePrintable(signUp).text << "\n"
@@ -118,86 +116,67 @@ void switchAccess(const Options& options, bool isWanted)
     std::cerr << "vokctl: the user's remote access is " << (isWanted ? "on" : "off") << " now\n";
 }
 
+void enableAccess(const Options& options)
+{
+    switchAccess(options, true);
+}
+
+void disableAccess(const Options& options)
+{
+    switchAccess(options, false);
+}
+
 // ---- Adding them ------------------------------------------------------------------------------
 
-struct Command {
-    CLI::App* app;
-    std::shared_ptr<Options> options;
-};
-
-Command addCommand(CLI::App& remote, const std::string& name, const std::string& purpose)
+void addUser(CLI::App& command, Options& options)
 {
-    Command command{remote.add_subcommand(name, purpose), std::make_shared<Options>()};
-    addConnectionOptions(*command.app, command.options->connection);
-    return command;
+    command.add_option("USER", options.user, "The user's name on the appliance")->required();
 }
 
-void addRegistration(const Command& command)
+void addUserOrNone(CLI::App& command, Options& options)
 {
-    Options& options = *command.options;
-    command.app->add_option("USER", options.user, "The user's name on the appliance")->required();
-    command.app->add_option("FIRST", options.first, "What the service wants to know")->required();
-    command.app->add_option("SECOND", options.second, "And what else")->required();
+    command.add_option("USER", options.user, "The user's name; without it, the whole system");
 }
 
-void addUrls(CLI::App& remote)
+void addRegistration(CLI::App& command, Options& options)
 {
-    const auto [app, options] = addCommand(remote, "urls", "Tell where users sign up and sign in");
-    app->add_flag("--json", options->json, "Print JSON for programs");
-    app->footer("Examples:\n"
-                "  vokctl remote urls");
-    app->callback([options = options] { showUrls(*options); });
+    addUser(command, options);
+    command.add_option("FIRST", options.first, "What the service wants to know")->required();
+    command.add_option("SECOND", options.second, "And what else")->required();
 }
 
-void addStatus(CLI::App& remote)
-{
-    const auto [app, options] =
-        addCommand(remote, "status", "Tell whether remote access is on, for all or for one user");
-    app->add_option("USER", options->user, "The user's name; without it, the whole system");
-    app->footer("Examples:\n"
-                "  vokctl remote status\n"
-                "  vokctl remote status anna");
-    app->callback([options = options] { showStatus(*options); });
-}
+constexpr Action<Options> kUrls = {"urls", "Tell where users sign up and sign in", showUrls,
+                                   "Examples:\n"
+                                   "  vokctl remote urls"};
 
-void addRegister(CLI::App& remote)
-{
-    const Command command = addCommand(remote, "register", "Sign a user up with the service");
-    addRegistration(command);
-    command.app->footer("Examples:\n"
-                        "  vokctl remote register anna anna@example.org Anna");
-    command.app->callback([options = command.options] { registerUser(*options); });
-}
-
-void addEnable(CLI::App& remote)
-{
-    const Command command =
-        addCommand(remote, "enable", "Switch a user's remote access on, by signing the user up");
-    addRegistration(command);
-    command.app->footer("Examples:\n"
-                        "  vokctl remote enable anna anna@example.org Anna");
-    command.app->callback([options = command.options] { switchAccess(*options, true); });
-}
-
-void addDisable(CLI::App& remote)
-{
-    const auto [app, options] = addCommand(remote, "disable", "Switch a user's remote access off");
-    app->add_option("USER", options->user, "The user's name on the appliance")->required();
-    app->footer("Examples:\n"
-                "  vokctl remote disable anna");
-    app->callback([options = options] { switchAccess(*options, false); });
-}
+constexpr auto kActions = std::to_array<Action<Options>>({
+    {"status", "Tell whether remote access is on, for all or for one user", showStatus,
+     "Examples:\n"
+     "  vokctl remote status\n"
+     "  vokctl remote status anna",
+     addUserOrNone},
+    {"enable", "Switch a user's remote access on, by signing the user up", enableAccess,
+     "Examples:\n"
+     "  vokctl remote enable anna anna@example.org Anna",
+     addRegistration},
+    {"disable", "Switch a user's remote access off", disableAccess,
+     "Examples:\n"
+     "  vokctl remote disable anna",
+     addUser},
+    {"register", "Sign a user up with the service", registerUser,
+     "Examples:\n"
+     "  vokctl remote register anna anna@example.org Anna",
+     addRegistration},
+});
 
 } // namespace
 
 void buildRemoteCommand(CLI::App& remote)
 {
-    remote.require_subcommand(1);
-    addUrls(remote);
-    addStatus(remote);
-    addEnable(remote);
-    addDisable(remote);
-    addRegister(remote);
+    // Here "--json" stands behind the options of the connection.
+    Options& urls = addAction(remote, kUrls);
+    addJson(*remote.get_subcommand(kUrls.name), urls);
+    addActions<Options>(remote, kActions);
 }
 
 } // namespace client

@@ -2,13 +2,13 @@
 #include <algorithm>
 #include <array>
 #include <iostream>
-#include <memory>
 #include <optional>
 
 #include "client/commands.h"
 #include "client/exchange.h"
 #include "client/failure.h"
 #include "client/json_text.h"
+#include "client/subcommands.h"
 #include "client/text_table.h"
 #include "view/terminal_text.h"
 
@@ -44,10 +44,7 @@ std::vector<Share> fetchShares(const Connection& connection)
 
 Json toJson(const Share& share)
 {
-    Json json;
-    json["name"] = share.name;
-    json["property"] = share.property;
-    return json;
+    return {{"name", share.name}, {"property", share.property}};
 }
 
 // ---- list -------------------------------------------------------------------------------------
@@ -139,74 +136,54 @@ void createShare(const Options& options)
 
 // ---- Adding them ------------------------------------------------------------------------------
 
-void addList(CLI::App& shares)
+void addNameAndJson(CLI::App& command, Options& options)
 {
-    const auto options = std::make_shared<Options>();
-    CLI::App* list = shares.add_subcommand("list", "List all shares and whether they are public");
-    list->add_flag("--json", options->json, "Print JSON for programs");
-    addConnectionOptions(*list, options->connection);
-    list->footer("Examples:\n"
-                 "  vokctl shares list          a table\n"
-                 "  vokctl shares list --json   for programs");
-    list->callback([options] { listShares(*options); });
+    command.add_option("NAME", options.name, "The share's name")->required();
+    addJson(command, options);
 }
 
-void addShow(CLI::App& shares)
+void addNameAndOwner(CLI::App& command, Options& options)
 {
-    const auto options = std::make_shared<Options>();
-    CLI::App* show = shares.add_subcommand("show", "Tell whether a share is public or private");
-    show->add_option("NAME", options->name, "The share's name")->required();
-    show->add_flag("--json", options->json, "Print JSON for programs");
-    addConnectionOptions(*show, options->connection);
-    show->footer("Examples:\n"
-                 "  vokctl shares show 'Family Videos'\n"
-                 "\n"
-                 "Ends with 1 when there is no such share.");
-    show->callback([options] { showShare(*options); });
-}
-
-void addPublicName(CLI::App& shares)
-{
-    const auto options = std::make_shared<Options>();
-    CLI::App* show = shares.add_subcommand("public-name", "Tell the name of the public share");
-    addConnectionOptions(*show, options->connection);
-    show->footer("Examples:\n"
-                 "  vokctl shares public-name\n"
-                 "\n"
-                 "Ends with 6 when the appliance has no such name.");
-    show->callback([options] { showPublicName(*options); });
-}
-
-void addCreate(CLI::App& shares)
-{
-    const auto options = std::make_shared<Options>();
-    CLI::App* create =
-        shares.add_subcommand("create", "Create a share for everybody or for a user");
     constexpr std::size_t kLongest = cmdsvc::parameter("shar", "share").limit.longest;
-    create
-        ->add_option("NAME", options->name,
-                     "The share's name, at most " + std::to_string(kLongest) + " bytes")
+    command
+        .add_option("NAME", options.name,
+                    "The share's name, at most " + std::to_string(kLongest) + " bytes")
         ->required();
-    CLI::Option_group* owner = create->add_option_group("For whom");
-    owner->add_flag("--public", options->isPublic, "For everybody");
-    owner->add_option("--for", options->user, "For this user alone")->type_name("USER");
+    CLI::Option_group* owner = command.add_option_group("For whom");
+    owner->add_flag("--public", options.isPublic, "For everybody");
+    owner->add_option("--for", options.user, "For this user alone")->type_name("USER");
     owner->require_option(1);
-    addConnectionOptions(*create, options->connection);
-    create->footer("Examples:\n"
-                   "  vokctl shares create Music --public\n"
-                   "  vokctl shares create 'Tax papers' --for anna");
-    create->callback([options] { createShare(*options); });
 }
+
+constexpr auto kActions = std::to_array<Action<Options>>({
+    {"list", "List all shares and whether they are public", listShares,
+     "Examples:\n"
+     "  vokctl shares list          a table\n"
+     "  vokctl shares list --json   for programs",
+     addJson},
+    {"show", "Tell whether a share is public or private", showShare,
+     "Examples:\n"
+     "  vokctl shares show 'Family Videos'\n"
+     "\n"
+     "Ends with 1 when there is no such share.",
+     addNameAndJson},
+    {"public-name", "Tell the name of the public share", showPublicName,
+     "Examples:\n"
+     "  vokctl shares public-name\n"
+     "\n"
+     "Ends with 6 when the appliance has no such name."},
+    {"create", "Create a share for everybody or for a user", createShare,
+     "Examples:\n"
+     "  vokctl shares create Music --public\n"
+     "  vokctl shares create 'Tax papers' --for anna",
+     addNameAndOwner},
+});
 
 } // namespace
 
 void buildSharesCommand(CLI::App& shares)
 {
-    shares.require_subcommand(1);
-    addList(shares);
-    addShow(shares);
-    addPublicName(shares);
-    addCreate(shares);
+    addActions<Options>(shares, kActions);
 }
 
 } // namespace client

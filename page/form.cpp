@@ -68,6 +68,13 @@ std::string decodeUrl(std::string_view text)
     return out;
 }
 
+std::string_view trim(std::string_view text)
+{
+    constexpr std::string_view kBlanks = " \t";
+    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
 Form::Form(std::string_view body)
 {
     while (!body.empty()) {

@@ -33,6 +33,9 @@ class Form {
 /// stays.
 [[nodiscard]] std::string decodeUrl(std::string_view text);
 
+/// A text without the blanks and tabs around it.
+[[nodiscard]] std::string_view trim(std::string_view text);
+
 /// Makes a form the one that cgiFormStringNoNewlines reads, for as long as this object lives. That
 /// is how the module's functions read a field.
 class CurrentForm {

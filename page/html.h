@@ -54,7 +54,6 @@ class Html {
     Html& operator<<(const Script& script); ///< for the inside of a script element
 
     [[nodiscard]] const std::string& text() const { return text_; }
-    [[nodiscard]] bool isEmpty() const { return text_.empty(); }
 
   private:
     std::string text_;

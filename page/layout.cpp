@@ -73,22 +73,18 @@ Html banner(const Frame& frame)
 
 Html layOut(const Frame& frame, const Page& page, const Script& script)
 {
-    Html out;
-    out << head(frame, page) << scripts(frame, script) << banner(frame)
-        << R"(<main id="main" class="wide">
+    return Html() << head(frame, page) << scripts(frame, script) << banner(frame)
+                  << R"(<main id="main" class="wide">
 <h1>)" << Text{page.title}
-        << "</h1>\n"
-        << page.body << "</main>\n</body>\n</html>\n";
-    return out;
+                  << "</h1>\n"
+                  << page.body << "</main>\n</body>\n</html>\n";
 }
 
 Html openForm(const Visit& visit, Literal path)
 {
-    Html out;
-    out << R"(<form method="post" action=")" << kProgramUrl << path << R"(">
+    return Html() << R"(<form method="post" action=")" << kProgramUrl << path << R"(">
 <input type="hidden" name="token" value=")"
-        << Text{visit.token} << "\">\n";
-    return out;
+                  << Text{visit.token} << "\">\n";
 }
 
 Html fact(Literal label, std::string_view value)
@@ -102,6 +98,12 @@ Html fact(Literal label, std::string_view value)
     }
     out << "</dd></div>\n";
     return out;
+}
+
+Html badge(Literal colour, Literal sign, Literal word)
+{
+    return Html() << R"(<span class="badge )" << colour << R"("><span aria-hidden="true">)" << sign
+                  << "</span> " << word << "</span>";
 }
 
 Html notice(Mood mood, const Html& content)

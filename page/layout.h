@@ -38,6 +38,9 @@ struct Frame {
 /// A pair of a list of facts; a value that is not known is said to be so.
 [[nodiscard]] Html fact(Literal label, std::string_view value);
 
+/// A sign and a word, and a class for the colour: none of them stands alone.
+[[nodiscard]] Html badge(Literal colour, Literal sign, Literal word);
+
 /// Something that the reader must be told, and whether it is bad.
 enum class Mood { kGood, kNeutral, kBad };
 [[nodiscard]] Html notice(Mood mood, const Html& content);

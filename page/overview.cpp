@@ -86,15 +86,15 @@ Html tiles(const Facts& facts)
     const auto recent = std::ranges::count_if(shares, [&facts](const ShareRow& share) {
         return view::judgeBackup(share, view::dayOf(facts.now)) == BackupLevel::kRecent;
     });
-    Html out;
-    out << R"(<dl class="tiles">)"
-        << tile("Space used", view::formatKibibytes(view::totalUsed(shares)),
-                "in " + view::formatCount(shares.size(), "share", "shares"))
-        << tile("Recent backups", std::to_string(recent), "of " + std::to_string(shares.size()))
-        << tile("Internal disks", std::to_string(countInternal(facts)), "")
-        << tile("USB devices", std::to_string(facts.devices.size() - countInternal(facts)), "")
-        << "</dl>\n";
-    return out;
+    return Html() << R"(<dl class="tiles">)"
+                  << tile("Space used", view::formatKibibytes(view::totalUsed(shares)),
+                          "in " + view::formatCount(shares.size(), "share", "shares"))
+                  << tile("Recent backups", std::to_string(recent),
+                          "of " + std::to_string(shares.size()))
+                  << tile("Internal disks", std::to_string(countInternal(facts)), "")
+                  << tile("USB devices",
+                          std::to_string(facts.devices.size() - countInternal(facts)), "")
+                  << "</dl>\n";
 }
 
 // ---- Shares -----------------------------------------------------------------------------------
@@ -106,10 +106,9 @@ Html bar(std::uint64_t part, std::uint64_t whole)
     // What is there at all can be seen.
     const std::uint64_t smallest = (part > 0) ? 5 : 0;
     const std::uint64_t steps = std::max((whole > 0) ? part * kSteps / whole : 0, smallest);
-    Html out;
-    out << R"(<svg class="bar" viewBox="0 0 1000 10" preserveAspectRatio="none" aria-hidden="true">)"
-        << R"(<rect width=")" << Text{std::to_string(steps)} << R"(" height="10"/></svg>)";
-    return out;
+    return Html()
+           << R"(<svg class="bar" viewBox="0 0 1000 10" preserveAspectRatio="none" aria-hidden="true">)"
+           << R"(<rect width=")" << Text{std::to_string(steps)} << R"(" height="10"/></svg>)";
 }
 
 Html space(const ShareRow& share, std::uint64_t total)
@@ -131,31 +130,25 @@ Html space(const ShareRow& share, std::uint64_t total)
     return out;
 }
 
-/// A sign, a word and a class for the colour: none of them stands alone.
-Html badge(BackupLevel level)
+Html backupBadge(BackupLevel level)
 {
-    Html out;
     switch (level) {
     case BackupLevel::kRecent:
-        out << R"(<span class="badge recent"><span aria-hidden="true">&#10003;</span> Recent</span>)";
-        break;
+        return badge("recent", "&#10003;", "Recent");
     case BackupLevel::kAgeing:
-        out << R"(<span class="badge ageing"><span aria-hidden="true">!</span> Getting old</span>)";
-        break;
+        return badge("ageing", "!", "Getting old");
     case BackupLevel::kOld:
-        out << R"(<span class="badge old"><span aria-hidden="true">&#10005;</span> Old</span>)";
-        break;
+        return badge("old", "&#10005;", "Old");
     case BackupLevel::kNone:
-        out << R"(<span class="badge none"><span aria-hidden="true">&ndash;</span> None</span>)";
         break;
     }
-    return out;
+    return badge("none", "&ndash;", "None");
 }
 
 Html backup(const ShareRow& share, std::chrono::sys_days today)
 {
     Html out;
-    out << R"(<p class="backup">)" << badge(view::judgeBackup(share, today)) << " <span>";
+    out << R"(<p class="backup">)" << backupBadge(view::judgeBackup(share, today)) << " <span>";
     if (share.backupDay) {
         out << R"(<span class="sr">Last backup </span><time datetime=")"
             << Text{view::formatIsoDate(*share.backupDay)} << R"(">)"
@@ -207,20 +200,20 @@ Html collectionTime(const Facts& facts)
 }
 
 /// What stands where there is no list.
-Html reasonForNone(const PublishedStatus& status)
+Literal reasonForNone(const PublishedStatus& status)
 {
     using enum PublishedStatus::Result;
-    Html out;
-    if (status.result == kNone) {
-        out << "<p>No share has been measured yet.</p>";
-    } else if (status.result == kDamaged) {
-        out << "<p>The share status is damaged. The next collection replaces it.</p>";
-    } else if (status.result == kNoList) {
-        out << "<p>The last collection could not get the list of shares.</p>";
-    } else {
-        out << "<p>There are no internal shares.</p>";
+    switch (status.result) {
+    case kNone:
+        return "<p>No share has been measured yet.</p>";
+    case kDamaged:
+        return "<p>The share status is damaged. The next collection replaces it.</p>";
+    case kNoList:
+        return "<p>The last collection could not get the list of shares.</p>";
+    case kComplete:
+        break;
     }
-    return out;
+    return "<p>There are no internal shares.</p>";
 }
 
 Html shareSection(const Facts& facts)
@@ -229,7 +222,7 @@ Html shareSection(const Facts& facts)
     out << R"(<section class="card" aria-labelledby="shares">
 <h2 id="shares">Shares</h2>
 )" << collectionTime(facts);
-    out << (facts.status.shares.empty() ? reasonForNone(facts.status) : shareList(facts));
+    out << (facts.status.shares.empty() ? Html() << reasonForNone(facts.status) : shareList(facts));
     out << "</section>\n";
     return out;
 }
@@ -327,34 +320,29 @@ std::string wordProtocol(const std::string& protocol)
 
 Html networkSection(const Facts& facts)
 {
-    Html out;
-    out << R"(<section class="card" aria-labelledby="network">
+    return Html() << R"(<section class="card" aria-labelledby="network">
 <h2 id="network">Network</h2>
 <dl class="facts">
 )" << fact("Address", facts.address)
-        << fact("Network mask", facts.netmask) << fact("Gateway", facts.gateway)
-        << fact("Hardware address", facts.hardwareAddress)
-        << fact("Configuration", wordProtocol(facts.protocol)) << "</dl>\n</section>\n";
-    return out;
+                  << fact("Network mask", facts.netmask) << fact("Gateway", facts.gateway)
+                  << fact("Hardware address", facts.hardwareAddress)
+                  << fact("Configuration", wordProtocol(facts.protocol)) << "</dl>\n</section>\n";
 }
 
 Html systemSection(const Facts& facts)
 {
-    Html out;
-    out << R"(<section class="card" aria-labelledby="system">
+    return Html() << R"(<section class="card" aria-labelledby="system">
 <h2 id="system">System</h2>
 <dl class="facts">
 )" << fact("Build", facts.build)
-        << fact("Remote sync", facts.isSyncOn ? "on" : "off") << "</dl>\n</section>\n";
-    return out;
+                  << fact("Remote sync", facts.isSyncOn ? "on" : "off") << "</dl>\n</section>\n";
 }
 
 Html setupHint()
 {
-    Html content;
-    content << R"(<p>This appliance has not been set up yet. <a href=")" << kProgramUrl
-            << R"(/setup">Set it up now</a></p>)";
-    return notice(Mood::kNeutral, content);
+    return notice(Mood::kNeutral, Html()
+                                      << R"(<p>This appliance has not been set up yet. <a href=")"
+                                      << kProgramUrl << R"(/setup">Set it up now</a></p>)");
 }
 
 } // namespace

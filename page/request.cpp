@@ -13,12 +13,6 @@
 namespace page {
 namespace {
 
-constexpr int kBadRequest = 400;
-constexpr int kForbidden = 403;
-constexpr int kMethodNotAllowed = 405;
-constexpr int kTooLarge = 413;
-constexpr int kWrongType = 415;
-
 std::string_view variable(const char* name)
 {
     const char* value = std::getenv(name);
@@ -57,14 +51,6 @@ Form readForm(std::FILE* body)
 }
 
 // ---- Headers ----------------------------------------------------------------------------------
-
-std::string_view trim(std::string_view text)
-{
-    constexpr std::string_view kBlanks = " \t";
-    const std::size_t start = std::min(text.find_first_not_of(kBlanks), text.size());
-    text.remove_prefix(start);
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
 
 /// "name:80" and "[::1]:80" without the port.
 std::string_view hostName(std::string_view header)

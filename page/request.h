@@ -19,6 +19,17 @@ inline constexpr std::size_t kMaxBodySize = 16384;
 inline constexpr std::string_view kTokenCookie = "vokpage_token";
 inline constexpr std::string_view kTokenField = "token";
 
+/// The statuses of requests that are not served.
+enum RefusalStatus {
+    kBadRequest = 400,
+    kForbidden = 403,
+    kNotFound = 404,
+    kMethodNotAllowed = 405,
+    kTooLarge = 413,
+    kWrongType = 415,
+    kFailure = 500,
+};
+
 /// A request that is not served, with the status that says so and the reason in words.
 class Refusal : public std::runtime_error {
   public:

@@ -9,8 +9,6 @@
 namespace page {
 namespace {
 
-constexpr int kMethodNotAllowed = 405;
-
 struct Status {
     int code;
     std::string_view words;
@@ -18,13 +16,13 @@ struct Status {
 
 constexpr auto kStatuses = std::to_array<Status>({
     {200, "200 OK"},
-    {400, "400 Bad Request"},
-    {403, "403 Forbidden"},
-    {404, "404 Not Found"},
+    {kBadRequest, "400 Bad Request"},
+    {kForbidden, "403 Forbidden"},
+    {kNotFound, "404 Not Found"},
     {kMethodNotAllowed, "405 Method Not Allowed"},
-    {413, "413 Content Too Large"},
-    {415, "415 Unsupported Media Type"},
-    {500, "500 Internal Server Error"},
+    {kTooLarge, "413 Content Too Large"},
+    {kWrongType, "415 Unsupported Media Type"},
+    {kFailure, "500 Internal Server Error"},
 });
 
 std::string_view wordsOf(int code)

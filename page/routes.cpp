@@ -13,10 +13,6 @@
 namespace page {
 namespace {
 
-constexpr int kNotFound = 404;
-constexpr int kMethodNotAllowed = 405;
-constexpr int kFailure = 500;
-
 constexpr auto kPages = std::to_array<PageEntry>({
     {"", "Overview", makeOverview, false},
     {"/setup", "Setup", makeSetup, true},
@@ -65,11 +61,10 @@ Response answerBad(int status, const std::string& reason)
     Response response;
     response.status = status;
     response.nonce = makeToken();
-    Html content;
-    content << "<p>" << Text{reason} << "</p>";
-    Page page;
-    page.title = "That did not work";
-    page.body << notice(Mood::kBad, content);
+    const Page page = {
+        .title = "That did not work",
+        .body = notice(Mood::kBad, Html() << "<p>" << Text{reason} << "</p>"),
+    };
     response.page = layOut({kPages, "-", response.nonce, ""}, page, Script());
     return response;
 }

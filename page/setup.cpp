@@ -72,21 +72,18 @@ Setup currentStep(Visit& visit)
 
 Html stepList()
 {
-    Html out;
-    out << R"(<ol class="steps">
+    return Html() << R"(<ol class="steps">
 <li data-step="0">Name and language</li>
 <li data-step="1">Public share</li>
 <li data-step="2">Check</li>
 </ol>
 )";
-    return out;
 }
 
 Html hidden(Literal name, std::string_view value)
 {
-    Html out;
-    out << R"(<input type="hidden" name=")" << name << R"(" value=")" << Text{value} << "\">\n";
-    return out;
+    return Html() << R"(<input type="hidden" name=")" << name << R"(" value=")" << Text{value}
+                  << "\">\n";
 }
 
 /// The first button is the one that the enter key presses.
@@ -143,32 +140,30 @@ Html languageField(const Setup& setup)
 Html hostNameField(const Setup& setup)
 {
     const std::string_view words = setup.isRefused ? complainOfHostName(setup.values.hostName) : "";
-    Html out;
-    out << R"(<p class="field"><label for="host_name">Name of the appliance</label>
+    return Html()
+           << R"(<p class="field"><label for="host_name">Name of the appliance</label>
 <input id="host_name" name="host_name" value=")"
-        << Text{setup.values.hostName}
-        << R"(" required minlength="2" maxlength="32" pattern="[A-Za-z0-9\-]{2,32}"
+           << Text{setup.values.hostName}
+           << R"(" required minlength="2" maxlength="32" pattern="[A-Za-z0-9\-]{2,32}"
 autocomplete="off" autocapitalize="none" spellcheck="false" title="Letters A to Z, digits and hyphens")"
-        << invalidMark("host_name-complaint", words) << ">\n"
-        << R"(<span class="quiet">Letters A to Z, digits and hyphens. Other computers find the )"
-        << "appliance by this name.</span></p>\n"
-        << complaint("host_name-complaint", words);
-    return out;
+           << invalidMark("host_name-complaint", words) << ">\n"
+           << R"(<span class="quiet">Letters A to Z, digits and hyphens. Other computers find the )"
+           << "appliance by this name.</span></p>\n"
+           << complaint("host_name-complaint", words);
 }
 
 Html shareNameField(const Setup& setup)
 {
     const std::string_view words =
         setup.isRefused ? complainOfShareName(setup.values.shareName) : "";
-    Html out;
-    out << R"(<p class="field"><label for="share_name">Name of the public share</label>
+    return Html()
+           << R"(<p class="field"><label for="share_name">Name of the public share</label>
 <input id="share_name" name="share_name" value=")"
-        << Text{setup.values.shareName} << R"(" required maxlength="64" autocomplete="off")"
-        << invalidMark("share_name-complaint", words) << ">\n"
-        << R"(<span class="quiet">Everybody in the network may read and write what is in it.)"
-        << "</span></p>\n"
-        << complaint("share_name-complaint", words);
-    return out;
+           << Text{setup.values.shareName} << R"(" required maxlength="64" autocomplete="off")"
+           << invalidMark("share_name-complaint", words) << ">\n"
+           << R"(<span class="quiet">Everybody in the network may read and write what is in it.)"
+           << "</span></p>\n"
+           << complaint("share_name-complaint", words);
 }
 
 Text ownNameOf(std::string_view language)
@@ -179,52 +174,45 @@ Text ownNameOf(std::string_view language)
 
 Html summaryFacts(const SetupValues& values)
 {
-    Html out;
-    out << R"(<dl class="facts"><div><dt>Language</dt><dd>)" << ownNameOf(values.language)
-        << "</dd></div>\n"
-        << fact("Name of the appliance", values.hostName) << fact("Public share", values.shareName)
-        << "</dl>\n";
-    return out;
+    return Html() << R"(<dl class="facts"><div><dt>Language</dt><dd>)" << ownNameOf(values.language)
+                  << "</dd></div>\n"
+                  << fact("Name of the appliance", values.hostName)
+                  << fact("Public share", values.shareName) << "</dl>\n";
 }
 
 // ---- One function a step ----------------------------------------------------------------------
 
 Html naming(const Visit& visit, const Setup& setup)
 {
-    Html out;
-    out << "<h2>Step 1 of 3: name and language</h2>\n"
-        << openForm(visit, kUrl) << languageField(setup) << hostNameField(setup)
-        << hidden("share_name", setup.values.shareName) << buttons("1", "Next", "");
-    return out;
+    return Html() << "<h2>Step 1 of 3: name and language</h2>\n"
+                  << openForm(visit, kUrl) << languageField(setup) << hostNameField(setup)
+                  << hidden("share_name", setup.values.shareName) << buttons("1", "Next", "");
 }
 
 Html sharing(const Visit& visit, const Setup& setup)
 {
-    Html out;
-    out << "<h2>Step 2 of 3: public share</h2>\n"
-        << openForm(visit, kUrl) << shareNameField(setup)
-        << hidden("language", setup.values.language) << hidden("host_name", setup.values.hostName)
-        << buttons("2", "Next", "0");
-    return out;
+    return Html() << "<h2>Step 2 of 3: public share</h2>\n"
+                  << openForm(visit, kUrl) << shareNameField(setup)
+                  << hidden("language", setup.values.language)
+                  << hidden("host_name", setup.values.hostName) << buttons("2", "Next", "0");
 }
 
 Html summary(const Visit& visit, const Setup& setup)
 {
-    Html out;
-    out << "<h2>Step 3 of 3: check</h2>\n<p>Nothing has been changed yet. Is this right?</p>\n"
-        << summaryFacts(setup.values) << openForm(visit, kUrl)
-        << hidden("language", setup.values.language) << hidden("host_name", setup.values.hostName)
-        << hidden("share_name", setup.values.shareName) << buttons("3", "Apply", "1");
-    return out;
+    return Html()
+           << "<h2>Step 3 of 3: check</h2>\n<p>Nothing has been changed yet. Is this right?</p>\n"
+           << summaryFacts(setup.values) << openForm(visit, kUrl)
+           << hidden("language", setup.values.language)
+           << hidden("host_name", setup.values.hostName)
+           << hidden("share_name", setup.values.shareName) << buttons("3", "Apply", "1");
 }
 
 Html outcome(const Setup& setup)
 {
-    Html content;
     if (setup.failures.empty()) {
-        content << "<p>The setup is done.</p>";
-        return notice(Mood::kGood, content);
+        return notice(Mood::kGood, Html() << "<p>The setup is done.</p>");
     }
+    Html content;
     content << "<p>Not everything could be stored:</p>\n<ul>";
     for (const std::string& failure : setup.failures) {
         content << "<li>" << Text{failure} << "</li>";
@@ -235,12 +223,10 @@ Html outcome(const Setup& setup)
 
 Html applied(const Setup& setup)
 {
-    Html out;
-    out << outcome(setup) << summaryFacts(setup.values)
-        << R"(<p class="buttons"><a class="button" href=")" << kProgramUrl
-        << R"(">To the overview</a></p>
+    return Html() << outcome(setup) << summaryFacts(setup.values)
+                  << R"(<p class="buttons"><a class="button" href=")" << kProgramUrl
+                  << R"(">To the overview</a></p>
 )";
-    return out;
 }
 
 Html content(const Visit& visit, const Setup& setup)

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "core/bytes.h"
 #include "core/languages.h"
 #include "view/utf8.h"
 
@@ -12,14 +13,7 @@ namespace {
 
 bool isOfHostName(char c)
 {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-';
-}
-
-std::string_view trim(std::string_view text)
-{
-    constexpr std::string_view kBlanks = " \t";
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+    return core::isAsciiAlphanumeric(core::byteOf(c)) || c == '-';
 }
 
 bool isControl(char c)

@@ -16,7 +16,6 @@ namespace {
 /// What a form asks for; nothing where there is no form.
 std::optional<bool> wantedState(const Request& request)
 {
-    constexpr int kBadRequest = 400;
     if (!request.isPost()) {
         return std::nullopt;
     }
@@ -44,40 +43,30 @@ bool switchTo(bool isOn, Script& script)
 
 Html outcome(bool isOn, bool isDone)
 {
-    Html content;
     if (isDone) {
-        content << (isOn ? Literal("<p>Sync was switched on.</p>")
-                         : Literal("<p>Sync was switched off.</p>"));
-    } else {
-        content << (isOn ? Literal("<p>The sync daemon could not be started.</p>")
-                         : Literal("<p>The sync daemon does not stop.</p>"));
+        return notice(Mood::kGood, Html() << (isOn ? Literal("<p>Sync was switched on.</p>")
+                                                   : Literal("<p>Sync was switched off.</p>")));
     }
-    return notice(isDone ? Mood::kGood : Mood::kBad, content);
+    return notice(Mood::kBad, Html()
+                                  << (isOn ? Literal("<p>The sync daemon could not be started.</p>")
+                                           : Literal("<p>The sync daemon does not stop.</p>")));
 }
 
 Html state(bool isOn)
 {
-    Html out;
-    out << R"(<p class="state">)";
-    if (isOn) {
-        out << R"(<span class="badge recent"><span aria-hidden="true">&#10003;</span> On</span> )"
-            << "The sync daemon is running.";
-    } else {
-        out << R"(<span class="badge none"><span aria-hidden="true">&ndash;</span> Off</span> )"
-            << "The sync daemon is not running.";
-    }
-    out << "</p>\n";
-    return out;
+    return Html() << R"(<p class="state">)"
+                  << (isOn ? badge("recent", "&#10003;", "On") : badge("none", "&ndash;", "Off"))
+                  << " The sync daemon is " << (isOn ? Literal("") : Literal("not "))
+                  << "running.</p>\n";
 }
 
 Html switchForm(const Visit& visit, bool isOn)
 {
-    Html out;
-    out << openForm(visit, "/sync")
-        << R"(<p class="buttons"><button class="main" name="switch" value=")"
-        << (isOn ? Literal("off") : Literal("on")) << R"(">)"
-        << (isOn ? Literal("Switch off") : Literal("Switch on")) << "</button></p>\n</form>\n";
-    return out;
+    return Html() << openForm(visit, "/sync")
+                  << R"(<p class="buttons"><button class="main" name="switch" value=")"
+                  << (isOn ? Literal("off") : Literal("on")) << R"(">)"
+                  << (isOn ? Literal("Switch off") : Literal("Switch on"))
+                  << "</button></p>\n</form>\n";
 }
 
 } // namespace

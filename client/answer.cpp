@@ -24,14 +24,9 @@ using cmdsvc::Status;
 
 // ---- Shapes -----------------------------------------------------------------------------------
 
-std::uint32_t wordAt(std::string_view bytes, std::size_t offset)
-{
-    return core::getU32(std::span(bytes).subspan(offset).first<kWordSize>());
-}
-
 Status statusAt(std::string_view bytes, std::size_t offset)
 {
-    return Status{wordAt(bytes, offset)};
+    return Status{core::u32At(bytes, offset)};
 }
 
 bool isWord(std::string_view bytes)
@@ -133,7 +128,7 @@ MaybeAnswer readHeader(const Command& command, std::string_view bytes)
         return std::nullopt;
     }
     return Answer{.verdict = Verdict::kGood,
-                  .count = wordAt(bytes, kCountOffset),
+                  .count = core::u32At(bytes, kCountOffset),
                   .body = std::string(bytes.substr(kHeaderSize))};
 }
 

@@ -2,7 +2,6 @@
 #include "client/frame.h"
 
 #include <algorithm>
-#include <array>
 
 #include "client/failure.h"
 #include "cmdsvc/request_reader.h"
@@ -67,8 +66,7 @@ std::string firstLine(std::string_view code, std::uint32_t count)
 
 std::string wordBytes(std::uint32_t value)
 {
-    std::array<char, cmdsvc::kWordSize> bytes;
-    core::putU32(bytes, value);
+    const auto bytes = core::u32Bytes(value);
     return {bytes.begin(), bytes.end()};
 }
 

@@ -24,34 +24,20 @@ struct RawOptions {
     std::string framePath;
 };
 
-int digitOf(char c)
-{
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    const char lower = (c >= 'A' && c <= 'F') ? static_cast<char>(c - 'A' + 'a') : c;
-    const std::size_t digit = kDigits.find(lower);
-    return (digit == std::string_view::npos) ? -1 : static_cast<int>(digit);
-}
-
 /// Pairs of hexadecimal digits; blanks between them are passed over.
 std::string readHex(const std::string& text)
 {
-    std::string digits;
-    for (const char c : text) {
-        if (c == ' ') {
-            continue;
-        }
-        if (digitOf(c) < 0) {
-            throw CLI::ValidationError("--hex",
-                                       "takes pairs of hexadecimal digits, such as \"0aff\"");
-        }
-        digits += c;
+    std::string digits = text;
+    std::erase(digits, ' ');
+    if (digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) {
+        throw CLI::ValidationError("--hex", "takes pairs of hexadecimal digits, such as \"0aff\"");
     }
     if (digits.size() % 2 != 0) {
         throw CLI::ValidationError("--hex", "has half a byte at its end");
     }
     std::string bytes;
     for (std::size_t i = 0; i < digits.size(); i += 2) {
-        bytes += static_cast<char>(digitOf(digits[i]) * 16 + digitOf(digits[i + 1]));
+        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
     }
     return bytes;
 }

@@ -22,12 +22,11 @@ core::File core::openFile(const char* path, const char* mode)
 
 bool core::readLine(FILE* file, std::span<char> line)
 {
-    line[0] = '\0';
-    if (std::fgets(line.data(), static_cast<int>(line.size()), file) != nullptr) {
-        return true;
+    const bool isRead = std::fgets(line.data(), static_cast<int>(line.size()), file) != nullptr;
+    if (!isRead) {
+        line[0] = '\0';
     }
-    line[0] = '\0';
-    return false;
+    return isRead;
 }
 
 std::int32_t core::readNumber(FILE* file, std::int32_t otherwise)

@@ -113,21 +113,18 @@ Html bar(std::uint64_t part, std::uint64_t whole)
 
 Html space(const ShareRow& share, std::uint64_t total)
 {
-    Html out;
     if (!guard::isMeasurable(share.name)) {
-        out << R"(<p class="space"><strong>Rename this share</strong> <span class="quiet">It is not )"
-            << R"(measured, as its name could run in a shell</span></p>)";
-        return out;
+        return Html()
+               << R"(<p class="space"><strong>Rename this share</strong> <span class="quiet">It is not )"
+               << R"(measured, as its name could run in a shell</span></p>)";
     }
     if (!share.used) {
-        out << R"(<p class="space"><span class="quiet">Space not known</span></p>)";
-        return out;
+        return Html() << R"(<p class="space"><span class="quiet">Space not known</span></p>)";
     }
     const std::uint64_t used = share.used->kibibytes();
-    out << R"(<p class="space">)" << bar(used, total) << "<span><b>"
-        << Text{view::formatSpace(*share.used)} << R"(</b> <span class="quiet">)"
-        << Text{view::formatPart(used, total)} << "</span></span></p>";
-    return out;
+    return Html() << R"(<p class="space">)" << bar(used, total) << "<span><b>"
+                  << Text{view::formatSpace(*share.used)} << R"(</b> <span class="quiet">)"
+                  << Text{view::formatPart(used, total)} << "</span></span></p>";
 }
 
 Html backupBadge(BackupLevel level)

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "page/process.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -14,8 +13,7 @@ namespace fs = std::filesystem;
 
 bool isProcess(const fs::path& path)
 {
-    const std::string name = path.filename();
-    return std::ranges::all_of(name, [](char c) { return c >= '0' && c <= '9'; });
+    return path.filename().string().find_first_not_of("0123456789") == std::string::npos;
 }
 
 /// A process that has ended meanwhile has no name.

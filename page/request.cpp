@@ -6,8 +6,8 @@
 #include <array>
 #include <charconv>
 #include <cstdlib>
-#include <strings.h>
 
+#include "core/bytes.h"
 #include "page/token.h"
 
 namespace page {
@@ -71,11 +71,6 @@ bool isAddress(const std::string& host)
     return ::inet_pton(AF_INET, host.c_str(), address.data()) == 1;
 }
 
-bool isSameName(const std::string& one, const std::string& other)
-{
-    return ::strcasecmp(one.c_str(), other.c_str()) == 0;
-}
-
 } // namespace
 
 std::string_view cookieValue(std::string_view header, std::string_view name)
@@ -119,12 +114,12 @@ void checkToken(const Request& request)
 
 void checkHost(const Request& request, std::string (*ownName)())
 {
-    if (isAddress(request.host) || isSameName(request.host, "localhost")) {
+    if (isAddress(request.host) || core::equalIgnoringCase(request.host, "localhost")) {
         return;
     }
     const std::string own = ownName();
-    if (own.empty() ||
-        (!isSameName(request.host, own) && !isSameName(request.host, own + ".local"))) {
+    if (own.empty() || (!core::equalIgnoringCase(request.host, own) &&
+                        !core::equalIgnoringCase(request.host, own + ".local"))) {
         throw Refusal(kForbidden, "The appliance does not go by this name. Use its own name or its "
                                   "address.");
     }

@@ -15,11 +15,6 @@
 namespace page {
 namespace {
 
-[[noreturn]] void fail(const char* what)
-{
-    throw std::system_error(errno, std::generic_category(), what);
-}
-
 // ---- What may stay ----------------------------------------------------------------------------
 
 constexpr auto kOpenings = std::to_array<std::string_view>({
@@ -28,17 +23,11 @@ constexpr auto kOpenings = std::to_array<std::string_view>({
 });
 constexpr std::string_view kClosing = ";\n}\n";
 
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
 /// The size of a whole number at the start of a text.
 std::size_t numberSize(std::string_view text)
 {
     const std::size_t sign = text.starts_with('-') ? 1 : 0;
-    const auto* end = std::find_if_not(text.begin() + sign, text.end(), isDigit);
-    const auto size = static_cast<std::size_t>(end - text.begin());
+    const std::size_t size = std::min(text.find_first_not_of("0123456789", sign), text.size());
     return (size > sign) ? size : 0;
 }
 
@@ -92,7 +81,7 @@ Capture::Capture()
 {
     std::fflush(stdout);
     if (formerOutput_ < 0 || collected_ < 0 || ::dup2(collected_, STDOUT_FILENO) < 0) {
-        fail("cannot collect what is printed");
+        throw std::system_error(errno, std::generic_category(), "cannot collect what is printed");
     }
 }
 

@@ -102,21 +102,19 @@ Html buttons(Literal next, Literal nextLabel, Literal back)
 /// What is wrong with a field, for the place right below it.
 Html complaint(Literal id, std::string_view words)
 {
-    Html out;
-    if (!words.empty()) {
-        out << R"(<p class="complaint" id=")" << id
-            << R"("><span aria-hidden="true">&#10005;</span> )" << Text{words} << "</p>\n";
+    if (words.empty()) {
+        return {};
     }
-    return out;
+    return Html() << R"(<p class="complaint" id=")" << id
+                  << R"("><span aria-hidden="true">&#10005;</span> )" << Text{words} << "</p>\n";
 }
 
 Html invalidMark(Literal id, std::string_view words)
 {
-    Html out;
-    if (!words.empty()) {
-        out << R"( aria-invalid="true" aria-describedby=")" << id << R"(")";
+    if (words.empty()) {
+        return {};
     }
-    return out;
+    return Html() << R"( aria-invalid="true" aria-describedby=")" << id << R"(")";
 }
 
 Html languageField(const Setup& setup)

@@ -5,52 +5,28 @@
 #include "vokcontrol.h"
 
 namespace page {
-namespace {
-
-/// Stores one thing after the other.
-class Store {
-  public:
-    /// Calls a function of the system script.
-    void call(const char* function, const std::string& value, const char* complaint)
-    {
-        note(::setSysVar(value.c_str(), function), complaint);
-    }
-
-    void keep(const char* variable, std::string_view value, const char* complaint)
-    {
-        note(::setvar(variable, std::string(value).c_str()), complaint);
-    }
-
-    [[nodiscard]] const std::vector<std::string>& failures() const { return failures_; }
-
-  private:
-    void note(int result, const char* complaint)
-    {
-        if (result != 0) {
-            failures_.emplace_back(complaint);
-        }
-    }
-
-    std::vector<std::string> failures_;
-};
-
-} // namespace
-
 std::vector<std::string> applySetup(const SetupValues& values)
 {
-    Store store;
-    store.call("tovSetLanguage", values.language, "The appliance did not take the language.");
-    store.keep("language_current", core::findLanguageByName(values.language)->code,
-               "The language could not be remembered.");
-    store.call("tovSetHostname", values.hostName, "The appliance did not take the name.");
-    store.call("tovSetNmbdSysname", values.hostName,
-               "The appliance did not take the name for its shares.");
-    store.keep("pel_pubshare_name", values.shareName,
-               "The name of the public share could not be stored.");
-    if (store.failures().empty()) {
-        store.keep("firsttime", "0", "The end of the setup could not be stored.");
+    std::vector<std::string> failures;
+    const auto note = [&failures](int result, const char* complaint) {
+        if (result != 0) {
+            failures.emplace_back(complaint);
+        }
+    };
+    note(::setSysVar(values.language.c_str(), "tovSetLanguage"),
+         "The appliance did not take the language.");
+    note(::setvar("language_current", core::findLanguageByName(values.language)->code),
+         "The language could not be remembered.");
+    note(::setSysVar(values.hostName.c_str(), "tovSetHostname"),
+         "The appliance did not take the name.");
+    note(::setSysVar(values.hostName.c_str(), "tovSetNmbdSysname"),
+         "The appliance did not take the name for its shares.");
+    note(::setvar("pel_pubshare_name", values.shareName.c_str()),
+         "The name of the public share could not be stored.");
+    if (failures.empty()) {
+        note(::setvar("firsttime", "0"), "The end of the setup could not be stored.");
     }
-    return store.failures();
+    return failures;
 }
 
 } // namespace page

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "page/token.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <sys/random.h>
@@ -29,9 +28,8 @@ std::string makeToken()
 
 bool isToken(std::string_view text)
 {
-    return text.size() == 2 * sizeof(Bytes) && std::ranges::all_of(text, [](char c) {
-               return core::kHexDigits.find(c) != core::kHexDigits.npos;
-           });
+    return text.size() == 2 * sizeof(Bytes) &&
+           text.find_first_not_of(core::kHexDigits) == text.npos;
 }
 
 bool isSameToken(std::string_view one, std::string_view other)

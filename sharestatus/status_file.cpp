@@ -14,10 +14,6 @@
 namespace sharestatus {
 namespace {
 
-struct MemoryReleaser {
-    void operator()(void* block) const noexcept { std::free(block); }
-};
-
 core::File openForPublishing()
 {
     core::File file = core::openFile(kStatusFile, "r+");
@@ -41,7 +37,7 @@ bool hasStatusFile()
 void publishStatus(std::string_view payload)
 {
     // What can be missing is looked for before the old status is touched.
-    const std::unique_ptr<void, MemoryReleaser> zeros(std::calloc(1, kStatusFileSize));
+    const std::unique_ptr<void, core::MemoryReleaser> zeros(std::calloc(1, kStatusFileSize));
     const core::File file = zeros ? openForPublishing() : nullptr;
     if (!file) {
         return;

@@ -92,11 +92,8 @@ StatusImage encodeStatus(std::string_view payload)
 
 StatusReading decodeStatus(std::string_view image)
 {
-    std::array<char, kLengthSize> lengthWord{};
-    std::ranges::copy(image.substr(0, kLengthSize), lengthWord.begin());
-
     StatusReading reading{};
-    reading.length = core::getU32(lengthWord);
+    reading.length = core::u32At(image, 0);
     // Lengths are signed to their readers: from 0x80000000 on they are below 1, too.
     reading.isInBounds = reading.length >= kCheckSize && reading.length <= kMaxLength;
     if (!reading.isInBounds) {

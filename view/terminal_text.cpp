@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "view/terminal_text.h"
 
+#include <algorithm>
 #include <array>
 #include <clocale>
 #include <cstdio>
@@ -29,12 +30,9 @@ bool isInvisibleControl(char32_t value)
         {0xFFF9, 0xFFFB},   // interlinear annotation
         {0xE0000, 0xE007F}, // tags
     });
-    for (const auto& [first, last] : kRanges) {
-        if (value >= first && value <= last) {
-            return true;
-        }
-    }
-    return false;
+    return std::ranges::any_of(kRanges, [value](const auto& range) {
+        return value >= range.first && value <= range.second;
+    });
 }
 
 /// The columns that a character takes; nothing where it must not reach a terminal.

@@ -294,7 +294,7 @@ void answerTable(Channel& channel, const Table& table, std::string_view bytes)
     dbg_trace("cmd_gub1 -- RetUsersBkStatus return: byte written: %d", static_cast<int>(written));
 }
 
-Status tellStatus(Channel& channel)
+Status answerStatus(Channel& channel)
 {
     Table table;
     const int capacity = GetInternalDiskCap();
@@ -331,7 +331,7 @@ void cmd_sub1(void)
 
 void cmd_gub1(void)
 {
-    cmdsvc::serve(cmdsvc::command("gub1"), handlers::tellStatus);
+    cmdsvc::serve(cmdsvc::command("gub1"), handlers::answerStatus);
 }
 
 void cmd_grst(void)

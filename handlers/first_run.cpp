@@ -58,7 +58,7 @@ Status findShareName(const char* code, ShareName& name)
     return kGood;
 }
 
-Status tellLanguageAndShare(Channel& channel)
+Status answerLanguageAndShare(Channel& channel)
 {
     const char* code = nullptr;
     ShareName name;
@@ -75,7 +75,7 @@ Status tellLanguageAndShare(Channel& channel)
     return kGood;
 }
 
-Status tellWhetherSetupIsPending(Channel& /*channel*/)
+Status answerSetup(Channel& /*channel*/)
 {
     std::array<char, 40> marker;
     core::formatBounded(marker, "%s", getvar("firsttime"));
@@ -88,10 +88,10 @@ Status tellWhetherSetupIsPending(Channel& /*channel*/)
 
 void cmd_frst(void)
 {
-    cmdsvc::serve(cmdsvc::command("frst"), handlers::tellWhetherSetupIsPending);
+    cmdsvc::serve(cmdsvc::command("frst"), handlers::answerSetup);
 }
 
 void cmd_qlps(void)
 {
-    cmdsvc::serve(cmdsvc::command("qlps"), handlers::tellLanguageAndShare);
+    cmdsvc::serve(cmdsvc::command("qlps"), handlers::answerLanguageAndShare);
 }

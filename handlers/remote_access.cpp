@@ -149,7 +149,7 @@ Status answerValue(Channel& channel, std::string_view key)
     return kGood;
 }
 
-Status tellValue(Channel& channel)
+Status answerKey(Channel& channel)
 {
     std::string_view key;
     const Status status = takeKey(channel, key);
@@ -165,7 +165,7 @@ void answerSwitch(Channel& channel, const char* entity, bool isOn)
     channel.write(isOn ? std::string_view("\1\n", 2) : std::string_view("\0\n", 2));
 }
 
-Status tellSystemAccess(Channel& channel)
+Status answerSystemAccess(Channel& channel)
 {
     const char* value = getvar("raclient_raenabled");
     dbg_trace("wags system on: %s", value);
@@ -173,7 +173,7 @@ Status tellSystemAccess(Channel& channel)
     return kGood;
 }
 
-Status tellUserAccess(Channel& channel)
+Status answerUserAccess(Channel& channel)
 {
     ParameterLine user = channel.takeLine(cmdsvc::parameter("wags", "user"));
     if (user.isMissing) {
@@ -192,7 +192,7 @@ Status tellUserAccess(Channel& channel)
     return (status == 2) ? kRemoteRefused : kRemoteBadRequest;
 }
 
-Status tellAccess(Channel& channel)
+Status answerAccess(Channel& channel)
 {
     ParameterLine entity = channel.takeLine(cmdsvc::parameter("wags", "entity"));
     if (entity.isMissing) {
@@ -203,9 +203,9 @@ Status tellAccess(Channel& channel)
     dbg_trace("wags entity: %s", entity.text());
     const std::string_view text = entity.text();
     if (text == "system") {
-        return tellSystemAccess(channel);
+        return answerSystemAccess(channel);
     }
-    return (text == "user") ? tellUserAccess(channel) : kRemoteBadRequest;
+    return (text == "user") ? answerUserAccess(channel) : kRemoteBadRequest;
 }
 
 // ---- warp -------------------------------------------------------------------------------------
@@ -336,12 +336,12 @@ Status switchAccess(Channel& channel)
 
 void cmd_getv(void)
 {
-    cmdsvc::serve(cmdsvc::command("getv"), handlers::tellValue);
+    cmdsvc::serve(cmdsvc::command("getv"), handlers::answerKey);
 }
 
 void cmd_wags(void)
 {
-    cmdsvc::serve(cmdsvc::command("wags"), handlers::tellAccess);
+    cmdsvc::serve(cmdsvc::command("wags"), handlers::answerAccess);
 }
 
 void cmd_warp(void)

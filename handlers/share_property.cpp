@@ -97,7 +97,7 @@ void answerProperty(Channel& channel, Property property)
               static_cast<int>(written));
 }
 
-Status tellListedProperty(Channel& channel)
+Status answerListedProperty(Channel& channel)
 {
     Line path;
     core::formatBounded(path, "%s%d", kWorkFile, ::getpid());
@@ -229,7 +229,7 @@ std::optional<Property> askProperty(Channel& channel, const char* name)
     return place->isFound ? askUserList(channel, place->standing) : property;
 }
 
-Status tellHookedProperty(Channel& channel)
+Status answerHookedProperty(Channel& channel)
 {
     const ShareName name = takeCountedName(channel);
     dbg_trace("cmd_gspc pShareName: %s", name.data());
@@ -250,10 +250,10 @@ Status tellHookedProperty(Channel& channel)
 
 void cmd_gsp1(void)
 {
-    cmdsvc::serve(cmdsvc::command("gsp1"), handlers::tellListedProperty);
+    cmdsvc::serve(cmdsvc::command("gsp1"), handlers::answerListedProperty);
 }
 
 void cmd_gspc(void)
 {
-    cmdsvc::serve(cmdsvc::command("gspc"), handlers::tellHookedProperty);
+    cmdsvc::serve(cmdsvc::command("gspc"), handlers::answerHookedProperty);
 }

@@ -34,7 +34,7 @@ constexpr NameSearch kShareSearch = {
 
 // ---- gps1, gpsn -------------------------------------------------------------------------------
 
-Status tellPublicShare(Channel& channel)
+Status answerPublicShare(Channel& channel)
 {
     std::array<char, core::kLineSize> line;
     core::formatBounded(line, "%s\n", getvar(kPublicShareVariable));
@@ -45,7 +45,7 @@ Status tellPublicShare(Channel& channel)
     return kGood;
 }
 
-Status tellNothing(Channel& channel)
+Status answerTagAlone(Channel& channel)
 {
     getvar(kPublicShareVariable);
     const std::size_t written = channel.write(channel.tag());
@@ -160,12 +160,12 @@ int isShareNameExisted(const char* name)
 
 void cmd_gps1(void)
 {
-    cmdsvc::serve(cmdsvc::command("gps1"), handlers::tellPublicShare);
+    cmdsvc::serve(cmdsvc::command("gps1"), handlers::answerPublicShare);
 }
 
 void cmd_gpsn(void)
 {
-    cmdsvc::serve(cmdsvc::command("gpsn"), handlers::tellNothing);
+    cmdsvc::serve(cmdsvc::command("gpsn"), handlers::answerTagAlone);
 }
 
 void cmd_lsts(void)

@@ -99,7 +99,7 @@ void readBuild(FILE* file, BuildLine& line)
     }
 }
 
-Status tellBuild(Channel& channel)
+Status answerBuild(Channel& channel)
 {
     FILE* file = nullptr;
     const Status status = openBuild(channel, file);
@@ -292,7 +292,7 @@ Status keepPrivate(Channel& channel)
 
 void cmd_vers(void)
 {
-    cmdsvc::serve(cmdsvc::command("vers"), handlers::tellBuild);
+    cmdsvc::serve(cmdsvc::command("vers"), handlers::answerBuild);
 }
 
 void cmd_gpvt(void)

@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "service/log.h"
+
 namespace service {
 namespace {
 
@@ -23,7 +25,7 @@ struct flock wholeFile()
     return range;
 }
 
-/// Both of these close the file and throw.
+/// Closes the file and throws.
 [[noreturn]] void failLocked(int file)
 {
     struct flock holder = wholeFile();
@@ -32,13 +34,6 @@ struct flock wholeFile()
     throw AnotherService("another service runs already" +
                          (isTold ? " (process " + std::to_string(holder.l_pid) + ")" : "") +
                          "; stop it first");
-}
-
-[[noreturn]] void failUnlocked(int file, const std::string& path)
-{
-    const std::string reason = std::strerror(errno);
-    ::close(file);
-    throw std::runtime_error("cannot lock " + path + ": " + reason);
 }
 
 } // namespace
@@ -52,16 +47,19 @@ ServiceLock::ServiceLock(const std::string& folder)
     if (file_ >= 0 && ::fcntl(file_, F_SETLK, &range) == 0) {
         return;
     }
-    const bool isHeld = file_ >= 0 && (errno == EACCES || errno == EAGAIN);
-    if (!isHeld) {
-        failUnlocked(file_, path);
+    const int error = errno;
+    if (file_ >= 0 && (error == EACCES || error == EAGAIN)) {
+        failLocked(file_);
     }
-    failLocked(file_);
+    log("cannot lock " + path + " (" + std::strerror(error) +
+        "); a second service would not be noticed");
 }
 
 ServiceLock::~ServiceLock()
 {
-    ::close(file_);
+    if (file_ >= 0) {
+        ::close(file_);
+    }
 }
 
 } // namespace service

@@ -22,9 +22,10 @@ class AnotherService : public std::runtime_error {
 /// stays.
 class ServiceLock {
   public:
-    /// Takes the lock; makes the folder (mode 0700) if there is none yet.
-    /// Throws AnotherService if another process holds the lock, and std::runtime_error if it cannot
-    /// be taken for another reason.
+    /// Takes the lock; makes the folder (mode 0700) if there is none yet. If that cannot be done (a
+    /// service that is tried without root's rights has no place in /run), the service runs without
+    /// a lock, and the log says so.
+    /// Throws AnotherService if another process holds the lock.
     explicit ServiceLock(const std::string& folder = kRunFolder);
     ~ServiceLock();
     ServiceLock(const ServiceLock&) = delete;

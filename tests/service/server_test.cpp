@@ -322,13 +322,13 @@ TEST_F(Server, oneRequestRunsAtATimeInTheOrderOfTheirArrival)
     EXPECT_EQ(usageOf(3), le32(10));
 }
 
-TEST_F(Server, thousandConnectionsAtOnceAreAllAnswered)
+TEST_F(Server, manyConnectionsAtOnceAreAllAnswered)
 {
     rlimit limit = {};
     ::getrlimit(RLIMIT_NOFILE, &limit);
     limit.rlim_cur = limit.rlim_max;
     ::setrlimit(RLIMIT_NOFILE, &limit);
-    constexpr std::size_t kClients = 1000;
+    constexpr std::size_t kClients = CONNECTIONS_AT_ONCE;
     start({"--deadline", "60"});
     std::vector<std::unique_ptr<Client>> clients;
     for (std::size_t i = 0; i < kClients; ++i) {

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ranges>
 
 #include "sharestatus/status_format.h"
 
@@ -50,7 +49,8 @@ std::string formatKibibytes(std::uint64_t kibibytes)
     const auto isReached = [least = std::max<std::uint64_t>(kibibytes, 1)](const auto& unit) {
         return least >= unit.kibibytes;
     };
-    const auto unit = *std::ranges::find_if(std::views::reverse(sharestatus::kUnits), isReached);
+    const auto& units = sharestatus::kUnits;
+    const auto unit = *std::find_if(units.rbegin(), units.rend(), isReached);
     const std::uint64_t tenths = kibibytes * 10 / unit.kibibytes;
     std::string words = std::to_string(tenths / 10);
     if (unit.kibibytes > 1 && tenths < 100) {

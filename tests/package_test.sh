@@ -116,7 +116,7 @@ users: anna
 socket: srw-rw---- root 0
 collected: There are no internal shares.
 removed: deinstall ok config-files
-left: 0
+left: /etc/vokcontrol.conf
 kept: yes
 units: enable vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service
 disable vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service' "$(in_root '
@@ -133,7 +133,7 @@ disable vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service' "$(in_
     echo "collected: $(vokctl status --wait 20 | head -1)"
     /usr/bin/dpkg --force-depends --force-not-root --force-bad-path -r vokcontrol >/tmp/log 2>&1 || cat /tmp/log
     echo "removed: $(sed -n "/^Package: vokcontrol/,/^$/s/^Status: //p" /var/lib/dpkg/status)"
-    echo "left: $(find /usr /etc -name "*vokc*" -not -path "/etc/pelconfig/*" | wc -l)"
+    echo "left: $(find /usr /etc -name "*vokc*" -not -path "/etc/pelconfig/*")"
     [ -d /etc/pelconfig/vokcontrol ] && echo "kept: yes"
     echo "units: $(cat /tmp/systemctl)"
 ')"

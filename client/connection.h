@@ -4,17 +4,21 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "client/exit_codes.h"
+#include "config/configuration.h"
 
 namespace client {
 
-/// How to reach the service; every subcommand that needs it takes these options.
+/// How to reach the service, if not as the configuration file says; every subcommand that needs the
+/// service takes these options.
 struct Connection {
-    std::string socket = "/run/vokcontrol.sock";
-    unsigned timeout = 90;
+    std::optional<std::string> socket = {};
+    std::optional<unsigned> timeout = {}; ///< seconds
+    std::string file = config::kDefaultFile;
 };
 
 void addConnectionOptions(CLI::App& command, Connection& connection);
@@ -26,7 +30,7 @@ struct Reply {
     std::string complaint;
 };
 
-/// Sends a frame and waits for the whole answer.
+/// Sends a frame and waits for the whole answer. Throws config::BadConfiguration.
 [[nodiscard]] Reply sendRequest(const Connection& connection, std::string_view frame);
 
 } // namespace client

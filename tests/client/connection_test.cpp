@@ -73,6 +73,116 @@ TEST_F(Connected, emptyAnswerIsGood)
     EXPECT_EQ(reply.bytes, "");
 }
 
+// ---- How long an answer may be ----------------------------------------------------------------
+
+TEST_F(Connected, answerOfTheLongestSizeIsTaken)
+{
+    for (const std::size_t size : {1U, 20U, 16383U, 16384U, 16385U, 100000U}) {
+        const std::string answer(size, 'a');
+        serve([&](int socket) {
+            root::receiveAll(socket);
+            [[maybe_unused]] const ssize_t sent = ::write(socket, answer.data(), answer.size());
+        });
+        const Reply reply = sendRequest(connection(), "x", size);
+        EXPECT_EQ(reply.code, client::kGood) << size;
+        EXPECT_EQ(reply.bytes, answer);
+        EXPECT_EQ(reply.complaint, "");
+        std::filesystem::remove(kSocket);
+    }
+}
+
+TEST_F(Connected, longerAnswerIsNotTaken)
+{
+    for (const std::size_t size : {0U, 20U, 16384U}) {
+        serve([&](int socket) {
+            root::receiveAll(socket);
+            const std::string answer(size + 1, 'a');
+            [[maybe_unused]] const ssize_t sent = ::write(socket, answer.data(), answer.size());
+            // There is more to come, but nobody waits for it.
+            ::pause();
+        });
+        const Reply reply = sendRequest(connection(), "x", size);
+        EXPECT_EQ(reply.code, client::kUnreadableAnswer);
+        EXPECT_EQ(reply.bytes, "");
+        EXPECT_EQ(reply.complaint, "the answer is longer than " + std::to_string(size) +
+                                       " bytes, which no good answer is");
+        ::kill(service, SIGKILL);
+        std::filesystem::remove(kSocket);
+    }
+}
+
+TEST_F(Connected, answerWithoutAnEndDoesNotFillTheMemory)
+{
+    serve([](int socket) {
+        root::receiveAll(socket);
+        const std::string piece(65536, 'a');
+        while (::write(socket, piece.data(), piece.size()) > 0) {
+        }
+    });
+    const Reply reply = sendRequest(connection(), "x");
+    EXPECT_EQ(reply.code, client::kUnreadableAnswer);
+    EXPECT_EQ(reply.complaint, "the answer is longer than 16777216 bytes, which no good answer is");
+}
+
+// ---- Who serves -------------------------------------------------------------------------------
+
+/// Has the kernel tell of a service that another user runs, whom the test names.
+class ServedBy : public Connected {
+  protected:
+    void answerAs(const std::string& credentials)
+    {
+        root::writeFile("/stubs/peer", credentials);
+        serve([](int socket) {
+            const std::string frame = root::receiveAll(socket);
+            [[maybe_unused]] const ssize_t sent = ::write(socket, frame.data(), frame.size());
+        });
+    }
+
+    void expectRefused(const std::string& credentials, const std::string& who)
+    {
+        answerAs(credentials);
+        const Reply reply = sendRequest(connection(), "secret");
+        EXPECT_EQ(reply.code, client::kNotPermitted);
+        EXPECT_EQ(reply.bytes, "") << "nothing is sent";
+        EXPECT_EQ(reply.complaint,
+                  "the service at /tmp/socket is run by " + who +
+                      ", neither by root nor by you, so it is not asked. To ask it "
+                      "all the same: --any-server");
+    }
+};
+
+TEST_F(ServedBy, rootIsAsked)
+{
+    answerAs("credentials 1 0 0\n");
+    EXPECT_EQ(sendRequest(connection(), "secret").bytes, "secret");
+}
+
+TEST_F(ServedBy, oneselfIsAsked)
+{
+    answerAs("credentials 4711 " + std::to_string(::geteuid()) + " 100\n");
+    EXPECT_EQ(sendRequest(connection(), "secret").bytes, "secret");
+}
+
+TEST_F(ServedBy, anotherUserIsNotAsked)
+{
+    expectRefused("credentials 4711 4242 0\n", "user 4242");
+}
+
+TEST_F(ServedBy, nobodyKnowsWhoIsNotAsked)
+{
+    expectRefused("nothing\n", "an unknown user");
+}
+
+TEST_F(ServedBy, anotherUserIsAskedIfThatIsWanted)
+{
+    answerAs("credentials 4711 4242 0\n");
+    Connection any = connection();
+    any.anyServer = true;
+    EXPECT_EQ(sendRequest(any, "secret").bytes, "secret");
+}
+
+// ---- No answer --------------------------------------------------------------------------------
+
 TEST_F(Connected, nobodyThereIsUnreachable)
 {
     const Reply reply = sendRequest(connection(), "x");

@@ -16,8 +16,8 @@ bool isSeparator(char c)
     return c == ',' || c == '"' || c == ']';
 }
 
-/// Whether the character at a place can start a name. U+0080 to U+00BF (lead byte 0xC2) are signs
-/// and blanks, not letters, so they are passed over.
+/// Whether the character at a position can start a name. U+0080 to U+00BF (lead byte 0xC2) are
+/// signs and blanks, not letters, so they are skipped.
 bool startsName(const char* at)
 {
     const std::uint8_t first = core::byteOf(at[0]);

@@ -81,6 +81,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/LICENSE
 /usr/share/doc/vokcontrol/README.md
 /usr/share/doc/vokcontrol/architecture.md
+/usr/share/doc/vokcontrol/glossary.md
 /usr/share/doc/vokcontrol/protocol.md
 /usr/share/doc/vokcontrol/security.md
 /usr/share/man/man1/vokctl.1

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 #
-# What is installed where, and the Debian package of it (cpack -G DEB in the build folder).
+# The installed files, and the Debian package of them (cpack -G DEB in the build folder).
 include(GNUInstallDirs)
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 
@@ -11,12 +11,12 @@ set(unit_folder lib/systemd/system)
 install(TARGETS vokcontrol vokcollect RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
 install(TARGETS vokcontrol_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES include/vokcontrol.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-# The module starts its daemon by this name; what it gets is the guarded one.
+# The module starts the collector by this name, and gets the guarded one.
 file(MAKE_DIRECTORY ${generated})
 file(CREATE_LINK ../${CMAKE_INSTALL_SBINDIR}/vokcollect ${generated}/pelstatus SYMBOLIC)
 install(FILES ${generated}/pelstatus DESTINATION ${CMAKE_INSTALL_BINDIR})
 
-# Files that name the prefix are made when it is known for good, at installation.
+# Files that name the prefix are made at installation, when the prefix is final.
 function(install_configured name folder)
   install(CODE "configure_file(\"${packaging}/${name}.in\" \"${generated}/${name}\" @ONLY)")
   install(FILES ${generated}/${name} DESTINATION ${folder})

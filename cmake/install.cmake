@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 #
-# The installed files, and the Debian package of them (cpack -G DEB in the build folder).
+# The installed files. packaging/debian makes the Debian package of them (scripts/package).
 include(GNUInstallDirs)
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 
@@ -65,17 +65,11 @@ if(TARGET vokpage)
   install(DIRECTORY page/static/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol/www)
 endif()
 
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_NAME vokcontrol)
-set(CPACK_PACKAGE_CONTACT "The vokcontrol founders <vokcontrol@example.org>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Control module of a network-attached storage appliance")
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "passwd")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "sudo, mdadm, fdisk")
-set(CPACK_DEBIAN_PACKAGE_SECTION admin)
-set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
-    "${packaging}/deb/conffiles;${packaging}/deb/postinst;${packaging}/deb/prerm;${packaging}/deb/postrm")
-include(CPack)
+# The system's own folder of libraries is searched anyway, and its programs look nowhere else.
+install(CODE "if(CMAKE_INSTALL_PREFIX STREQUAL /usr)
+  file(GLOB programs \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_BINDIR}/vok* \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_SBINDIR}/vok*
+       \$ENV{DESTDIR}/usr/lib/cgi-bin/vok* \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_LIBDIR}/libvokcontrol.so.*)
+  foreach(program \${programs})
+    file(RPATH_REMOVE FILE \${program})
+  endforeach()
+endif()")

@@ -62,7 +62,8 @@ listing() {
     dpkg-deb -c "$package" | sed -n 's/.* \.\(\/[^ ]*[^/ ]\)\( ->.*\)\?$/\1/p' | LC_ALL=C sort
 }
 
-expect 'everything is in it, each in its place' '/usr/bin/pelstatus
+expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
+/usr/bin/pelstatus
 /usr/bin/vokctl
 /usr/include/vokcontrol.h
 /usr/lib/libvokcontrol.so
@@ -83,6 +84,7 @@ expect 'everything is in it, each in its place' '/usr/bin/pelstatus
 /usr/share/doc/vokcontrol/protocol.md
 /usr/share/doc/vokcontrol/security.md
 /usr/share/man/man1/vokctl.1
+/usr/share/man/man5/vokcontrol.conf.5
 /usr/share/man/man7/vokcontrol-protocol.7
 /usr/share/man/man8/vokcontrol.8
 /usr/share/man/man8/vokserve.8' "$(listing | grep -vE '^/usr/(lib/cgi-bin|share/vokcontrol)')"

@@ -130,7 +130,7 @@ disable vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service' "$(in_
     echo "socket: $(stat -c "%A %U %g" /run/vokcontrol.sock)"
     kill $service && wait $service
     pelstatus
-    echo "collected: $(vokctl status --wait 20 | head -1)"
+    echo "collected: $(vokctl status --wait 20 | sed -n 3p)"
     /usr/bin/dpkg --force-depends --force-not-root --force-bad-path -r vokcontrol >/tmp/log 2>&1 || cat /tmp/log
     echo "removed: $(sed -n "/^Package: vokcontrol/,/^$/s/^Status: //p" /var/lib/dpkg/status)"
     echo "left: $(find /usr /etc -name "*vokc*" -not -path "/etc/pelconfig/*" | wc -l)"

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "sharestatus/semaphore_format.h"
 #include "view/share_folders.h"
@@ -130,7 +131,7 @@ struct ObstacleWords {
 
 constexpr auto kObstacles = std::to_array<ObstacleWords>({
     {Obstacle::kShellCharacter, "must-be-renamed", "could run in a shell by its name",
-     "rename it, without any of \" $ ` \\ and without a newline"},
+     "rename it, without any of \" $ `, a backslash or a newline"},
     {Obstacle::kSeparator, "must-be-renamed", "has a comma or a closing bracket in its name",
      "rename it"},
     {Obstacle::kFirstCharacter, "must-be-renamed",
@@ -235,9 +236,9 @@ const char* wordOf(Level level)
     return kWords.at(static_cast<std::size_t>(level));
 }
 
-Situation readSituation()
+Situation readSituation(PublishedStatus status)
 {
-    return {.status = readPublishedStatus(),
+    return {.status = std::move(status),
             .capacity = readCapacity(),
             .listed = listShareFolders(),
             .now = std::time(nullptr)};

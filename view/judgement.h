@@ -37,8 +37,8 @@ struct Situation {
     std::time_t now = 0;
 };
 
-/// Looks at all of it.
-[[nodiscard]] Situation readSituation();
+/// Looks at all of it; the status may have been read already.
+[[nodiscard]] Situation readSituation(PublishedStatus status = readPublishedStatus());
 
 /// What there is to say, the worst first; nothing if all is well.
 [[nodiscard]] std::vector<Finding> judge(const Situation& situation,

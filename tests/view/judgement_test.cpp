@@ -207,7 +207,7 @@ TEST(Judgement, sharesThatAreNotMeasuredAreNamedWithTheReason)
         describe(all),
         (Strings{
             "warning must-be-renamed [a$] [d`]: a$, d` are not measured: each could run in a "
-            "shell by its name; rename it, without any of \" $ ` \\ and without a newline.",
+            "shell by its name; rename it, without any of \" $ `, a backslash or a newline.",
             "warning must-be-renamed [b,c]: b,c is not measured: it has a comma or a closing "
             "bracket in its name; rename it.",
             "warning must-be-renamed [-x]: -x is not measured: it begins with a character that "

@@ -59,15 +59,15 @@ std::optional<uid_t> serverOf(int socket)
 }
 
 /// Somebody else at the socket would be told passwords, and could answer anything.
-std::optional<Reply> complainOfServer(int socket, const Connection& connection, const Way& way)
+std::optional<Reply> complainOfServer(int socket, const std::string& path)
 {
     const std::optional<uid_t> server = serverOf(socket);
-    if (connection.anyServer || server == uid_t{0} || server == ::geteuid()) {
+    if (server == uid_t{0} || server == ::geteuid()) {
         return std::nullopt;
     }
     const std::string who = server ? "user " + std::to_string(*server) : "an unknown user";
     return complain(kNotPermitted,
-                    "the service at " + way.socket + " is run by " + who +
+                    "the service at " + path + " is run by " + who +
                         ", neither by root nor by you, so it is not asked. To ask it "
                         "all the same: --any-server");
 }
@@ -123,8 +123,11 @@ Reply sendRequest(const Connection& connection, std::string_view frame, std::siz
     if (!stream) {
         return complainOf(stream.error(), way);
     }
-    if (auto complaint = complainOfServer(stream.socket().native_handle(), connection, way)) {
-        return *std::move(complaint);
+    const int socket = stream.socket().native_handle();
+    const auto complaint =
+        connection.anyServer ? std::nullopt : complainOfServer(socket, way.socket);
+    if (complaint) {
+        return *complaint;
     }
     stream.write(frame.data(), static_cast<std::streamsize>(frame.size()));
     stream.flush();

@@ -40,6 +40,7 @@ inline constexpr std::size_t kLongestTextAnswer = std::size_t{1} << 20;
 /// a socket that systemd listens at, that is systemd) or the connection allows for any server.
 /// Throws config::BadConfiguration.
 /// @param longest  the size in bytes above which there is no answer but a complaint
+/// @throws config::BadConfiguration
 [[nodiscard]] Reply sendRequest(const Connection& connection, std::string_view frame,
                                 std::size_t longest = kLongestAnswer);
 

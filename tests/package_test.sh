@@ -189,7 +189,7 @@ kept: report system_var' "$(in_root '
     echo "socket: $(stat -c "%A %U %g" /run/vokcontrol.sock)"
     kill $service && wait $service
     pelstatus
-    echo "collected: $(vokctl status --wait 20 | head -1)"
+    echo "collected: $(vokctl status --wait 20 | sed -n 3p)"
     echo "units: $(units)"
     chmod 666 /etc/pelconfig/system_var_lck
     install -i /vokcontrol.deb

@@ -31,8 +31,8 @@ extern "C" {
 /*
  * Removes files that belong to root.
  *
- *   path    NUL-terminated, put on the shell line as it stands and unquoted: a blank in it names
- *           two files. The whole line is cut at 511 characters.
+ *   path    NUL-terminated, put on the shell line unchanged and unquoted: a blank in it names two
+ *           files. The whole line is cut at 511 characters.
  *   result  what system() returned, unchanged: 0 if rm succeeded, a wait status otherwise, -1 if
  *           the shell could not be started.
  *   runs    sudo rm -f PATH
@@ -160,10 +160,10 @@ extern char fin_buf[VOK_REQUEST_SIZE];
  * Runs the request in fin_buf.
  *
  *   number  names the answer file; callers that run at the same time need different numbers
- *   result  0 if the command was run or is one that is ignored, whatever it answered; -1 for an
- *           unknown command, an answer file that cannot be opened, and a wrong parameter count of
- *           getv, wags, wall, warp and wasu; for a wrong count of the others, what the shell
- *           returned for the last trace (usually 0)
+ *   result  0 if the command was run, even if it answered an error, or is one that is ignored; -1
+ *           for an unknown command, an answer file that cannot be opened, and a wrong parameter
+ *           count of getv, wags, wall, warp and wasu; for a wrong count of the others, what the
+ *           shell returned for the last trace (usually 0)
  *   writes  /tmp/outbufNUMBER. It is empty if the command was ignored, is not known or failed
  *           before it answered. After a wrong count or an unknown command it is complete only when
  *           the process has ended through exit() or the next request has begun.

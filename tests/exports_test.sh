@@ -3,8 +3,8 @@
 #
 # usage: exports_test.sh BUILD
 #
-# What other programs find in the module's dynamic symbol tables: the operations that cmake/exports.map
-# names, and nothing besides; what the module needs of others; and whose system() its lines arrive at.
+# Tests the module's dynamic symbol tables: they have only the operations that cmake/exports.map names, and
+# the module needs only known libraries. Tests also whose system() runs the module's lines.
 set -eu
 
 build=$1
@@ -23,7 +23,7 @@ defined() {
     nm -D --defined-only "$1" | sed 's/.* //' | LC_ALL=C sort
 }
 
-# What headers declare visible, by its name in C.
+# The names in C of the functions that headers declare visible.
 declared() {
     sed -n '/visibility push(default)/,/visibility pop/ {
         s/^\[\[.*\]\] //
@@ -48,7 +48,7 @@ for product in libvokcontrol.so vokcontrol; do
             grep -vE '^(ld-linux-[a-z0-9]+|libc|libstdc\+\+|libgcc_s|libm|libcrypto|libasan|libubsan)\.so\.[0-9]+$')"
 done
 
-# system_of PROGRAM: what its dynamic symbol table has of that name, for all of its libraries.
+# system_of PROGRAM: the entries named system in its dynamic symbol table, which all its libraries use.
 system_of() {
     nm -D "$build/$1" | sed -n 's/.* \([A-Z] system\)\(@.*\)\?$/\1/p'
 }

@@ -3,10 +3,10 @@
 #
 # usage: package_test.sh BUILD
 #
-# The Debian package: it is made, installed in a fresh root, its service and its client work there, and
-# it goes away again. dpkg itself runs in the root, so that its scripts do.
+# Tests the Debian package: makes it, installs it in a new root, runs its service and its client there, and
+# removes it again. dpkg itself runs in the root, so that the package's scripts run, too.
 #
-# shellcheck disable=SC2016  # what stands in single quotes is for the root's shell to expand
+# shellcheck disable=SC2016  # the root's shell expands the text in single quotes
 set -euo pipefail
 here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
 build=$(cd -- "$1" && pwd)
@@ -33,7 +33,7 @@ trap 'rm -rf "$root"' EXIT
 }
 package=$(echo "$root"/package/*.deb)
 
-# A root with busybox, dpkg, and the few real tools that dpkg and the package's scripts insist on.
+# A root with busybox, dpkg, and the few real tools that dpkg and the package's scripts need.
 sandbox_lay_out "$root"
 mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" "$root/var/log" "$root/etc/init.d"
 : >"$root/var/lib/dpkg/status"
@@ -44,8 +44,8 @@ for tool in dpkg dpkg-deb dpkg-split tar bash; do
     rm -f "$root/usr/bin/$tool"
     options+=(--ro-bind "$(readlink -f "$(command -v "$tool")")" "/usr/bin/$tool")
 done
-# Groups are made the short way, with the one number that the sandbox can give files to. The linker's
-# cache is the host's business.
+# Groups are made by a stub, with the only number that files in the sandbox can have. The linker's cache
+# belongs to the host.
 printf '#!/bin/sh\necho "vokcontrol:x:0:" >>/etc/group\n' >"$root/usr/bin/groupadd"
 printf '#!/bin/sh\ngrep "^$2:" /etc/group\n' >"$root/usr/bin/getent"
 printf '#!/bin/sh\n' >"$root/usr/bin/ldconfig"
@@ -53,7 +53,7 @@ printf '#!/bin/sh\nexec "$@"\n' >"$root/usr/bin/sudo"
 printf '#!/bin/sh\nprintf "  <username>anna</username>\\n" >"$3"\n' >"$root/usr/bin/php"
 printf '#!/bin/sh\necho "$*" >>/tmp/systemctl\n' >"$root/usr/bin/systemctl"
 chmod +x "$root/usr/bin/"{groupadd,getent,ldconfig,systemctl,sudo,php}
-# The package's files go into real folders; the host's libraries stay where they are.
+# The package's files go into real folders; the host's libraries stay in their places.
 in_root() {
     sandbox_run "$root" "${options[@]}" -- sh -c "$1" 2>&1
 }
@@ -102,8 +102,8 @@ prefix=/usr' "$(
     sed -n '/^prefix/p' pkgconfig/vokcontrol.pc
 )"
 
-# dpkg unpacks into /usr/lib, which is the host's in such a root: this one has a folder of its own there,
-# with the host's libraries in it.
+# dpkg unpacks into /usr/lib, which is the host's in a sandbox root: this root has its own /usr/lib, with
+# the host's libraries in it.
 options+=(--tmpfs /usr/lib)
 for entry in /usr/lib/*-linux-*; do
     options+=(--ro-bind "$entry" "$entry")

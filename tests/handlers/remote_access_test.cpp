@@ -667,7 +667,7 @@ TEST_F(SigningUp, userLosesItsNewlineButTheOtherTextsKeepTheirs)
 
 TEST_F(SigningUp, programIsCalledByItsPath)
 {
-    // A shell that is called so reads its first argument; this tells the whole vector.
+    // A shell as the program runs its first argument, a script that records all arguments.
     fs::remove(kRegister);
     fs::create_symlink("/usr/bin/sh", kRegister);
     ASSERT_EQ(::chdir("/stubs"), 0);
@@ -893,7 +893,7 @@ TEST_F(Switching, onRegistersTheUserWithoutNewlines)
 
 TEST_F(Switching, programIsCalledByItsPath)
 {
-    // A shell that is called so reads its first argument; this tells the whole vector.
+    // A shell as the program runs its first argument, a script that records all arguments.
     fs::remove(kRegister);
     fs::create_symlink("/usr/bin/sh", kRegister);
     ASSERT_EQ(::chdir("/stubs"), 0);

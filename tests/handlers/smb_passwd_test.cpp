@@ -324,7 +324,7 @@ TEST_F(SmbPasswd, zeroByteEndsTheLine)
     Reader reader(zero + line + "\n" +                                 // nothing before it
                   line.substr(0, 40) + zero + line.substr(40) + "\n" + // in the LM hash
                   line + zero + "rest\n" +       // the sixth colon is the last character
-                  line + "x" + zero + "rest\n" + // behind it
+                  line + "x" + zero + "rest\n" + // after it
                   "#" + zero + line + "\n" +     // a comment
                   Line{.name = "bob"}.text() + "\n");
     reader.expectNoAccount("nothing before the zero byte");

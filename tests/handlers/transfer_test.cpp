@@ -60,7 +60,7 @@ std::string text(std::size_t size)
     return text;
 }
 
-/// Bytes of every value, a zero first, so that a trace shows none of them.
+/// Bytes of every value, a zero first, so that a trace shows no byte.
 std::string binary(std::size_t size)
 {
     std::string bytes;

@@ -99,7 +99,7 @@ const char* getvar(const char* name);
  *           the variables are then unchanged (the copy and a new backup may stay)
  *   locks   /etc/pelconfig/system_var_lck, exclusively; creates it
  *   writes  /etc/pelconfig/system_var, which must exist; system_var_tmp beside it stays as a second
- *           link to the new version, system_var_bak is the version before
+ *           link to the new version, system_var_bak is the previous version
  */
 int setvar(const char* name, const char* value);
 
@@ -119,7 +119,7 @@ const char* getSystemVar(const char* ignored, int kind);
  * "<" or the end of the line with its newline. If several lines hold the key, the last one counts.
  *
  *   runs    sudo /usr/bin/php /etc/inc/api_system.php FUNCTION /tmp/getSysVarPID
- *   traces  (getSysVar alone) the line and its result, and the value; or what failed
+ *   traces  only getSysVar: the line and its result, and the value; or what failed
  */
 const char* getSysVar(const char* key, const char* apiFunction);
 const char* kytegetSysVar(const char* key, const char* apiFunction);

@@ -10,6 +10,7 @@
 #include "service/child.h"
 #include "service/listener.h"
 #include "service/log.h"
+#include "service/own_tmp.h"
 #include "service/peer.h"
 #include "service/server.h"
 #include "service/service_lock.h"
@@ -27,6 +28,7 @@ struct Options {
     unsigned passwordPause = 16;
     std::string group = "vokcontrol";
     bool isGroupGiven = false;
+    bool isTmpShared = false;
     std::string path = service::kDefaultPath;
 };
 
@@ -52,6 +54,9 @@ int serve(const Options& options)
     const service::Admission admission(options.group, options.isGroupGiven);
     // It is released last, when the socket is gone.
     const service::ServiceLock lock;
+    if (!options.isTmpShared) {
+        service::useOwnTmp(options.socket);
+    }
     service::Listener listener(context, options.socket, admission.group());
     service::Server server(context, listener, stop, admission,
                            {.send = std::chrono::seconds(options.deadline),
@@ -101,11 +106,12 @@ int main(int argc, char** argv)
     program.add_option("--path", options.path, "Where requests find the appliance's programs")
         ->type_name("FOLDERS")
         ->capture_default_str();
+    program.add_flag("--shared-tmp", options.isTmpShared,
+                     "Use everybody's /tmp for work files, instead of /run/vokcontrol/tmp");
     program.footer("A client sends one request frame, shuts its sending side down and reads the\n"
                    "answer up to its end. SIGTERM finishes the request in hand, tells the clients\n"
-                   "that wait, and ends the service with 0. Ends with 1 when it cannot listen, 2 "
-                   "on wrong usage, 3 if another\n"
-                   "service runs.");
+                   "that wait, and ends the service with 0. Ends with 1 when it cannot listen or\n"
+                   "have a /tmp of its own, 2 on wrong usage, 3 if another service runs.");
     try {
         program.parse(argc, argv);
         options.isGroupGiven = group->count() > 0;

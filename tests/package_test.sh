@@ -121,7 +121,7 @@ disable vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service' "$(in_
     /usr/bin/dpkg --force-depends --force-not-root --force-bad-path -i /vokcontrol.deb >/tmp/log 2>&1 || cat /tmp/log
     echo "installed: $(sed -n "/^Package: vokcontrol/,/^$/s/^Status: //p" /var/lib/dpkg/status)"
     echo "group: $(grep vokcontrol /etc/group)"
-    LD_LIBRARY_PATH=/usr/lib vokserve 2>/tmp/serve.log &
+    LD_LIBRARY_PATH=/usr/lib vokserve --shared-tmp 2>/tmp/serve.log &
     service=$!
     for i in 1 2 3 4 5 6 7 8 9 10; do [ -S /run/vokcontrol.sock ] || usleep 100000; done
     echo "users: $(vokctl users list)"

@@ -97,7 +97,8 @@ const char* getvar(const char* name);
  *           the variables are then as they were (the copy and a new backup may stay)
  *   locks   /etc/pelconfig/system_var_lck, exclusively; creates it
  *   writes  /etc/pelconfig/system_var, which must exist; system_var_tmp beside it stays as a second
- *           link to the new version, system_var_bak is the version before
+ *           link to the new version, system_var_bak is the version before. The new version has the
+ *           owner and the mode of the one before, as far as the process may give them
  */
 int setvar(const char* name, const char* value);
 

@@ -8,6 +8,7 @@
 
 #include "guard/guard.h"
 #include "service/child.h"
+#include "service/kept_files.h"
 #include "service/listener.h"
 #include "service/log.h"
 #include "service/own_tmp.h"
@@ -57,6 +58,9 @@ int serve(const Options& options)
     if (!options.isTmpShared) {
         service::useOwnTmp(options.socket);
     }
+    service::protectVariableLock();
+    // A service that was killed may have left the password of a new user there.
+    service::emptyTraces();
     service::Listener listener(context, options.socket, admission.group());
     service::Server server(context, listener, stop, admission,
                            {.send = std::chrono::seconds(options.deadline),

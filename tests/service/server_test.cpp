@@ -663,9 +663,10 @@ TEST_F(Server, ownTmpThatCannotBeHadEndsTheService)
 {
     const root::Ended ended = root::run({root::built("vokserve"), "--socket", "/stubs/socket"});
     EXPECT_EQ(ended.exitCode, 1);
-    EXPECT_EQ(ended.errors,
-              "vokserve: cannot have a /tmp of its own: mounts: Operation not permitted. Work files "
-              "in everybody's /tmp can be forged; --shared-tmp uses it all the same\n");
+    EXPECT_EQ(
+        ended.errors,
+        "vokserve: cannot have a /tmp of its own: mounts: Operation not permitted. Work files "
+        "in everybody's /tmp can be forged; --shared-tmp uses it all the same\n");
     EXPECT_FALSE(root::exists("/stubs/socket"));
 }
 

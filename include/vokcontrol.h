@@ -99,7 +99,8 @@ const char* getvar(const char* name);
  *           the variables are then unchanged (the copy and a new backup may stay)
  *   locks   /etc/pelconfig/system_var_lck, exclusively; creates it
  *   writes  /etc/pelconfig/system_var, which must exist; system_var_tmp beside it stays as a second
- *           link to the new version, system_var_bak is the previous version
+ *           link to the new version, system_var_bak is the previous version. The new version has the
+ *           owner and the mode of the previous one, as far as the process may set them
  */
 int setvar(const char* name, const char* value);
 

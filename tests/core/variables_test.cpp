@@ -130,6 +130,25 @@ TEST_F(Variables, oldFileIsClosedBeforeAnythingIsReplaced)
                      "close system_var_lck"}));
 }
 
+TEST_F(Variables, newVersionHasTheOldOnesMode)
+{
+    for (const mode_t mask : {022U, 077U, 0U}) {
+        ::umask(mask);
+        for (const unsigned mode : {0600U, 0640U, 0644U, 0666U, 0400U, 02660U}) {
+            root::writeFile(kFile, "a=1\n");
+            std::filesystem::permissions(kFile, std::filesystem::perms(mode));
+            EXPECT_EQ(setvar("a", "2"), 0);
+            for (const char* path : {kFile, kBackup}) {
+                struct stat status = {};
+                EXPECT_EQ(::stat(path, &status), 0);
+                EXPECT_EQ(status.st_mode & 07777U, mode) << path;
+            }
+            std::filesystem::remove(kFile);
+        }
+    }
+    ::umask(022);
+}
+
 TEST_F(Variables, missingFileIsNotCreated)
 {
     EXPECT_EQ(setvar("a", "1"), -1);

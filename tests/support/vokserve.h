@@ -21,8 +21,8 @@ class ServedTest : public UntracedTest {
     void SetUp() override
     {
         UntracedTest::SetUp();
-        service_.emplace(std::vector<std::string>{built("vokserve"), "--socket", "/tmp/socket",
-                                                  "--path", path()});
+        service_.emplace(std::vector<std::string>{built("vokserve"), "--shared-tmp", "--socket",
+                                                  "/tmp/socket", "--path", path()});
         for (int tries = 0; tries < 500 && !exists("/tmp/socket"); ++tries) {
             ::usleep(10000);
         }

@@ -153,7 +153,7 @@ expect 'it is installed, serves, collects, is installed anew, and is removed and
 groups: vokcontrol:x:0: vokcontrol-view:x:0:
 lock file: 600
 users: anna
-socket: srw-rw---- root 0
+socket: srw-rw-rw- root 0
 collected: There are no internal shares.
 units: start vokcontrol-collect.timer vokserve.socket
 lock file mended: 600 regular empty file

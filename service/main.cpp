@@ -3,10 +3,12 @@
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
 #include <csignal>
+#include <optional>
 #include <string>
 #include <sys/resource.h>
 
 #include "guard/guard.h"
+#include "service/background.h"
 #include "service/child.h"
 #include "service/listener.h"
 #include "service/log.h"
@@ -28,6 +30,9 @@ struct Options {
     std::string group = "vokcontrol";
     bool isGroupGiven = false;
     std::string path = service::kDefaultPath;
+    bool isInBackground = false;
+    std::string pidFile;
+    std::string log;
 };
 
 /// A thousand clients at once are a thousand descriptors.
@@ -40,7 +45,16 @@ void raiseDescriptorLimit()
     }
 }
 
-int serve(const Options& options)
+/// What others see of a service that listens: its log, and that whoever started it goes on.
+void show(const Options& options, service::Background& background)
+{
+    if (!options.log.empty()) {
+        service::logTo(options.log);
+    }
+    background.ready(!options.log.empty());
+}
+
+int serve(const Options& options, service::Background& background)
 {
     // A client that leaves before its answer must not end the service.
     std::signal(SIGPIPE, SIG_IGN);
@@ -58,10 +72,34 @@ int serve(const Options& options)
                             .request = std::chrono::seconds(options.timeout),
                             .passwordPause = std::chrono::seconds(options.passwordPause)},
                            options.path);
+    const service::PidFile pidFile(options.pidFile);
+    show(options, background);
     service::log("ready");
     server.run();
     service::log("stopped");
     return 0;
+}
+
+int start(const Options& options)
+{
+    service::Background background;
+    if (options.isInBackground) {
+        if (const std::optional<int> code = background.enter()) {
+            return *code;
+        }
+    }
+    return serve(options, background);
+}
+
+void addBackgroundOptions(CLI::App& program, Options& options)
+{
+    program.add_flag("--background", options.isInBackground,
+                     "Go on in a process of its own when it listens");
+    program
+        .add_option("--pidfile", options.pidFile, "Keep the process's number here while it runs")
+        ->type_name("PATH");
+    program.add_option("--log", options.log, "Append what it logs to this file when it listens")
+        ->type_name("PATH");
 }
 
 } // namespace
@@ -101,6 +139,7 @@ int main(int argc, char** argv)
     program.add_option("--path", options.path, "Where requests find the appliance's programs")
         ->type_name("FOLDERS")
         ->capture_default_str();
+    addBackgroundOptions(program, options);
     program.footer("A client sends one request frame, shuts its sending side down and reads the\n"
                    "answer up to its end. SIGTERM finishes the request in hand, tells the clients\n"
                    "that wait, and ends the service with 0. Ends with 1 when it cannot listen, 2 "
@@ -109,7 +148,7 @@ int main(int argc, char** argv)
     try {
         program.parse(argc, argv);
         options.isGroupGiven = group->count() > 0;
-        return serve(options);
+        return start(options);
     } catch (const CLI::ParseError& error) {
         return (program.exit(error) == 0) ? 0 : kWrongUsage;
     } catch (const service::AnotherService& failure) {

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 #
-# What is installed where. The Debian package of it is made by packaging/debian (scripts/package).
+# The installed files. packaging/debian makes the Debian package of them (scripts/package).
 include(GNUInstallDirs)
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 
@@ -11,12 +11,12 @@ set(unit_folder lib/systemd/system)
 install(TARGETS vokcontrol vokcollect RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
 install(TARGETS vokcontrol_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES include/vokcontrol.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-# The module starts its daemon by this name; what it gets is the guarded one.
+# The module starts the collector by this name, and gets the guarded one.
 file(MAKE_DIRECTORY ${generated})
 file(CREATE_LINK ../${CMAKE_INSTALL_SBINDIR}/vokcollect ${generated}/pelstatus SYMBOLIC)
 install(FILES ${generated}/pelstatus DESTINATION ${CMAKE_INSTALL_BINDIR})
 
-# Files that name the prefix are made when it is known for good, at installation.
+# Files that name the prefix are made at installation, when the prefix is final.
 function(install_configured name folder)
   install(CODE "configure_file(\"${packaging}/${name}.in\" \"${generated}/${name}\" @ONLY)")
   install(FILES ${generated}/${name} DESTINATION ${folder})
@@ -27,10 +27,22 @@ set(LIBRARY_FOLDER ${CMAKE_INSTALL_LIBDIR})
 set(HEADER_FOLDER ${CMAKE_INSTALL_INCLUDEDIR})
 set(PROGRAM_FOLDER ${CMAKE_INSTALL_SBINDIR})")
 install_configured(vokcontrol.pc ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/protocol.md docs/security.md
-        DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/glossary.md
+        docs/protocol.md docs/security.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES ${packaging}/man/vokcontrol.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES ${packaging}/man/vokcontrol-protocol.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
+
+if(TARGET vok_config)
+  # Where it is looked for, if this is installed into the system; an administrator's own stays.
+  install(CODE "set(settings_folder \${CMAKE_INSTALL_PREFIX}/etc)
+if(CMAKE_INSTALL_PREFIX STREQUAL /usr)
+  set(settings_folder /etc)
+endif()
+if(NOT EXISTS \$ENV{DESTDIR}\${settings_folder}/vokcontrol.conf)
+  file(INSTALL ${packaging}/vokcontrol.conf DESTINATION \${settings_folder})
+endif()")
+  install(FILES ${packaging}/man/vokcontrol.conf.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+endif()
 
 install_configured(systemd/vokcontrol-boot.service ${unit_folder})
 install_configured(systemd/vokcontrol-collect.service ${unit_folder})

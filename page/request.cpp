@@ -112,14 +112,18 @@ void checkToken(const Request& request)
     }
 }
 
-void checkHost(const Request& request, std::string (*ownName)())
+void checkHost(const Request& request, std::span<const std::string> furtherNames,
+               std::string (*ownName)())
 {
-    if (isAddress(request.host) || core::equalIgnoringCase(request.host, "localhost")) {
+    const auto isMeant = [&](const std::string& name) {
+        return core::equalIgnoringCase(request.host, name);
+    };
+    if (isAddress(request.host) || isMeant("localhost") ||
+        std::any_of(furtherNames.begin(), furtherNames.end(), isMeant)) {
         return;
     }
     const std::string own = ownName();
-    if (own.empty() || (!core::equalIgnoringCase(request.host, own) &&
-                        !core::equalIgnoringCase(request.host, own + ".local"))) {
+    if (own.empty() || (!isMeant(own) && !isMeant(own + ".local"))) {
         throw Refusal(kForbidden, "The appliance does not go by this name. Use its own name or its "
                                   "address.");
     }

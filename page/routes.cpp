@@ -5,6 +5,7 @@
 #include <array>
 #include <iostream>
 
+#include "config/configuration.h"
 #include "page/layout.h"
 #include "page/response.h"
 #include "page/token.h"
@@ -40,8 +41,9 @@ const PageEntry& findPage(const Request& request)
 
 Response answerGood(std::FILE* body)
 {
+    const config::Configuration settings = config::read();
     const Request request = readRequest(body);
-    checkHost(request, applianceName);
+    checkHost(request, settings.hosts, applianceName);
     const PageEntry& entry = findPage(request);
     checkToken(request);
 
@@ -75,6 +77,11 @@ Response makeResponse(std::FILE* body)
         return answerGood(body);
     } catch (const Refusal& refusal) {
         return answerBad(refusal.status(), refusal.what());
+    } catch (const config::BadConfiguration& failure) {
+        std::cerr << "vokpage: " << failure.what() << "\n";
+        return answerBad(kFailure,
+                         "The appliance's settings cannot be read, so nothing was done. The "
+                         "web server's log tells what has to be mended.");
     } catch (const std::exception& failure) {
         std::cerr << "vokpage: " << failure.what() << "\n";
         return answerBad(kFailure, "The page could not be made. The web server's log tells why.");

@@ -32,7 +32,7 @@ make_debian() {
     archive=$clone/build/debian/bookworm.tar
     [ ! -e "$archive" ] || return 0
     mkdir -p "${archive%/*}"
-    mmdebstrap --quiet --format=tar --variant=minbase --include=systemd-sysv,sudo,php-cli,php-sqlite3,procps,libssl3,libstdc++6 \
+    mmdebstrap --quiet --format=tar --variant=minbase --include=systemd-sysv,sudo,php-cli,php-sqlite3,procps,libssl3,libstdc++6,libinih1 \
         bookworm "$archive.new" http://deb.debian.org/debian
     mv "$archive.new" "$archive"
 }

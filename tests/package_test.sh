@@ -85,7 +85,8 @@ listing() {
     dpkg-deb -c "$package" | sed -n 's/.* \.\(\/[^ ]*[^/ ]\)\( ->.*\)\?$/\1/p' | LC_ALL=C sort
 }
 
-expect 'everything is in it, each in its place' '/lib/systemd/system/vokcontrol-boot.service
+expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
+/lib/systemd/system/vokcontrol-boot.service
 /lib/systemd/system/vokcontrol-collect.service
 /lib/systemd/system/vokcontrol-collect.timer
 /lib/systemd/system/vokserve.service
@@ -105,11 +106,13 @@ expect 'everything is in it, each in its place' '/lib/systemd/system/vokcontrol-
 /usr/share/doc/vokcontrol/changelog.Debian.gz
 /usr/share/doc/vokcontrol/changelog.gz
 /usr/share/doc/vokcontrol/copyright
+/usr/share/doc/vokcontrol/glossary.md.gz
 /usr/share/doc/vokcontrol/protocol.md.gz
 /usr/share/doc/vokcontrol/security.md.gz
 /usr/share/lintian/overrides/vokcontrol
 /usr/share/man/man1/pelstatus.1.gz
 /usr/share/man/man1/vokctl.1.gz
+/usr/share/man/man5/vokcontrol.conf.5.gz
 /usr/share/man/man7/vokcontrol-protocol.7.gz
 /usr/share/man/man8/vokcollect.8.gz
 /usr/share/man/man8/vokcontrol.8.gz
@@ -158,9 +161,10 @@ groups: vokcontrol:x:0: vokcontrol-view:x:0:
 units: start vokcontrol-collect.timer vokserve.socket restart vokserve.service
 removed: deinstall ok config-files
 units: stop vokcontrol-collect.timer vokserve.socket stop vokserve.service
-left: 0
+left: /etc/vokcontrol.conf
 kept: __bksts __shrStatus __shrsem vokcontrol_cmd_used system_var system_var_lck
 purged: 
+left:
 kept: report system_var' "$(in_root '
     install() {
         /usr/bin/dpkg --force-depends --force-not-root --force-bad-path "$@" >/tmp/log 2>&1 || cat /tmp/log
@@ -185,7 +189,7 @@ kept: report system_var' "$(in_root '
     echo "socket: $(stat -c "%A %U %g" /run/vokcontrol.sock)"
     kill $service && wait $service
     pelstatus
-    echo "collected: $(vokctl status --wait 20 | head -1)"
+    echo "collected: $(vokctl status --wait 20 | sed -n 3p)"
     echo "units: $(units)"
     chmod 666 /etc/pelconfig/system_var_lck
     install -i /vokcontrol.deb
@@ -195,11 +199,12 @@ kept: report system_var' "$(in_root '
     install -r vokcontrol
     echo "removed: $(status)"
     echo "units: $(units)"
-    echo "left: $(find /usr /etc -name "*vokc*" -not -path "/etc/pelconfig/*" | wc -l)"
+    echo left: $(find /usr /etc -name "*vokc*" -not -path "/etc/pelconfig/*")
     echo kept: $(cd /etc/pelconfig && ls vokcontrol && ls -d system*)
     : >/etc/pelconfig/vokcontrol/__bksts/report
     install -P vokcontrol
     echo "purged: $(status)"
+    echo left: $(find /usr /etc -name "*vokc*" -not -path "/etc/pelconfig/*")
     echo kept: $(find /etc/pelconfig -type f -exec basename {} \; | sort)
 ')"
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "tests/support/root.h"
 
@@ -21,6 +22,8 @@ constexpr const char* kFormType = "application/x-www-form-urlencoded";
 struct Closer {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
+
+const std::vector<std::string> kFurtherNames = {"nas.example"};
 
 class Requests : public root::Test {
   protected:
@@ -72,7 +75,7 @@ class Requests : public root::Test {
     static void checkHost(const char* header)
     {
         ::setenv("HTTP_HOST", header, 1);
-        page::checkHost(read(), [] { return std::string("Storage-2"); });
+        page::checkHost(read(), kFurtherNames, [] { return std::string("Storage-2"); });
     }
 };
 
@@ -175,15 +178,16 @@ TEST_F(Requests, hostIsReadWithoutItsPort)
 TEST_F(Requests, addressesAndOwnNamesAreServed)
 {
     for (const char* host : {"127.0.0.1", "192.0.2.7:8080", "[::1]:80", "localhost", "LocalHost:80",
-                             "storage-2", "STORAGE-2.local:80"}) {
+                             "storage-2", "STORAGE-2.local:80", "nas.example", "NAS.example:80"}) {
         EXPECT_NO_THROW(checkHost(host)) << host;
     }
 }
 
 TEST_F(Requests, foreignNamesAreRefused)
 {
-    for (const char* host : {"", "evil.example", "storage-2.evil.example", "127.0.0.1.evil.example",
-                             "storage-2.", "127.0.0.1x", "[evil]", "[::1", "[]"}) {
+    for (const char* host :
+         {"", "evil.example", "storage-2.evil.example", "box.nas.example", "nas.example.local",
+          "127.0.0.1.evil.example", "storage-2.", "127.0.0.1x", "[evil]", "[::1", "[]"}) {
         expectRefusal(403,
                       "The appliance does not go by this name. Use its own name or its address.",
                       [host] { checkHost(host); });
@@ -194,7 +198,7 @@ TEST_F(Requests, applianceWithoutANameGoesByNone)
 {
     ::setenv("HTTP_HOST", ".local", 1);
     const Request request = read();
-    EXPECT_THROW(page::checkHost(request, [] { return std::string(); }), Refusal);
+    EXPECT_THROW(page::checkHost(request, kFurtherNames, [] { return std::string(); }), Refusal);
 }
 
 TEST_F(Requests, postNeedsItsToken)

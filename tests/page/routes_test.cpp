@@ -3,12 +3,14 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "config/configuration.h"
 #include "tests/page/visits.h"
 
 namespace {
@@ -32,6 +34,12 @@ class Routes : public root::Test {
         ::setenv("HTTP_HOST", "127.0.0.1:8080", 1);
         ::setenv("CONTENT_TYPE", "application/x-www-form-urlencoded", 1);
         ::unsetenv("HTTP_COOKIE");
+    }
+
+    void TearDown() override
+    {
+        std::filesystem::remove(config::kDefaultFile);
+        root::Test::TearDown();
     }
 
     static std::string ask(const char* method, const char* path, const std::string& body = "")
@@ -155,6 +163,29 @@ TEST_F(Routes, foreignNamesAreRefusedAndTheOwnIsNot)
     EXPECT_TRUE(ask("GET", "").starts_with("Status: 403 Forbidden\r\n"));
     ::setenv("HTTP_HOST", "Box.local:8080", 1);
     EXPECT_TRUE(ask("GET", "").starts_with("Status: 200 OK\r\n"));
+}
+
+TEST_F(Routes, settingsNameFurtherHosts)
+{
+    ::setenv("HTTP_HOST", "nas.example", 1);
+    EXPECT_TRUE(ask("GET", "").starts_with("Status: 403 Forbidden\r\n"));
+    root::writeFile(config::kDefaultFile, "[pages]\nhosts = nas.example\n");
+    EXPECT_TRUE(ask("GET", "").starts_with("Status: 200 OK\r\n"));
+}
+
+TEST_F(Routes, settingsThatAreNotUnderstoodAreToldInTheLog)
+{
+    root::writeFile(config::kDefaultFile, "[pages]\nhots = nas.example\n");
+    testing::internal::CaptureStderr();
+    const std::string answer = ask("GET", "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "vokpage: /etc/vokcontrol.conf:2: \"hots\" is no key of [pages]; there are "
+              "administrators, hosts and trust-web-server\n");
+    EXPECT_TRUE(answer.starts_with("Status: 500 Internal Server Error\r\n"));
+    EXPECT_TRUE(contains(answer,
+                         "<p>The appliance&#39;s settings cannot be read, so nothing was done. "
+                         "The web server&#39;s log tells what has to be mended.</p>"));
+    EXPECT_FALSE(contains(answer, "hots"));
 }
 
 TEST_F(Routes, newNameShowsAtOnce)

@@ -40,17 +40,6 @@ bool endsWhole(const asio::error_code& error, std::string_view answer)
 
 } // namespace
 
-void addConnectionOptions(CLI::App& command, Connection& connection)
-{
-    command.add_option("--socket", connection.socket, "Where the service listens")
-        ->type_name("PATH")
-        ->capture_default_str();
-    command.add_option("--timeout", connection.timeout, "Wait at most so long for the answer")
-        ->type_name("SECONDS")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
-}
-
 Reply sendRequest(const Connection& connection, std::string_view frame)
 {
     Protocol::iostream stream;

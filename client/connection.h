@@ -3,7 +3,6 @@
 // connection.h: the way to the command service: a request's bytes go there, the answer's come back.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <string_view>
 
@@ -11,13 +10,11 @@
 
 namespace client {
 
-/// How to reach the service; every subcommand that needs it takes these options.
+/// How to reach the service.
 struct Connection {
     std::string socket = "/run/vokcontrol.sock";
     unsigned timeout = 90;
 };
-
-void addConnectionOptions(CLI::App& command, Connection& connection);
 
 /// The answer, or why there is none.
 struct Reply {

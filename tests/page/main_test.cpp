@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "page/administrators.h"
+#include "page/private_files.h"
+#include "page/sessions.h"
 #include "tests/page/visits.h"
 
 namespace {
@@ -20,10 +23,18 @@ class Program : public root::UntracedTest {
         root::writeFile("/stubs/tovGetNmbdSysname", "<nmbdSysname>box</nmbdSysname>\n");
         root::writeFile("/stubs/tovGetLanguage", "<language>german</language>\n");
         root::writeFile("/etc/pelconfig/system_var", "firsttime=1\n");
+        std::filesystem::create_directories(page::kKeptFolder);
+        std::filesystem::permissions(page::kKeptFolder, std::filesystem::perms::owner_all);
+        page::replacePrivateFile(page::kAdministratorsFile, "anna\n");
+        session_ = page::Sessions().begin("anna", page::now());
+        formToken_ = page::Sessions().find(session_, page::now())->formToken;
     }
 
-    /// Runs it through a shell, behind a prefix, with a request for the setup.
-    static root::Ended serve(const std::string& command, const std::string& body = "")
+    std::string session_;
+    std::string formToken_;
+
+    /// Runs it through a shell, behind a prefix, with an administrator's request for the setup.
+    root::Ended serve(const std::string& command, const std::string& body = "")
     {
         root::writeFile("/tmp/body", body);
         return root::run(
@@ -31,8 +42,8 @@ class Program : public root::UntracedTest {
              "export REQUEST_METHOD=" + std::string(body.empty() ? "GET" : "POST") +
                  " PATH_INFO=/setup HTTP_HOST=localhost CONTENT_LENGTH=" +
                  std::to_string(body.size()) +
-                 " CONTENT_TYPE=application/x-www-form-urlencoded HTTP_COOKIE=vokpage_token=" +
-                 visits::kToken + "; " + command});
+                 " CONTENT_TYPE=application/x-www-form-urlencoded HTTP_COOKIE=vokpage_session=" +
+                 session_ + "; " + command});
     }
 };
 
@@ -51,7 +62,7 @@ TEST_F(Program, readsTheFormThatTheModuleAsksFor)
     const root::Ended ended =
         serve("vokpage </tmp/body", "language=german&host_name=box&next_page=1"
                                     "&token=" +
-                                        visits::kToken);
+                                        formToken_);
     EXPECT_TRUE(contains(ended.output, "function this_page()\n{\n\treturn 1;\n}\n"));
 }
 
@@ -59,7 +70,7 @@ TEST_F(Program, serverThatIgnoresItsChildrenMakesNoDifference)
 {
     const root::Ended ended =
         serve("trap '' CHLD; vokpage </tmp/body",
-              "language=german&host_name=box&share_name=x&next_page=3&token=" + visits::kToken);
+              "language=german&host_name=box&share_name=x&next_page=3&token=" + formToken_);
     EXPECT_TRUE(contains(ended.output, "The setup is done."));
 }
 

@@ -131,7 +131,7 @@ samba -s -a disabled <secret.twice
 samba -d disabled
 samba -n -a none
 
-vokserve 2>log </dev/null >&2 &
+vokserve --password-pause 0 2>log </dev/null >&2 &
 tries=0
 until [ -S /run/vokcontrol.sock ] || [ "$tries" -ge 300 ]; do
     tries=$((tries + 1))

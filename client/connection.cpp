@@ -15,15 +15,28 @@ Reply complain(ExitCode code, std::string complaint)
     return {.code = code, .bytes = {}, .complaint = std::move(complaint)};
 }
 
-Reply complainOf(const asio::error_code& error, const Connection& connection)
+/// Where the service is, and how long it may take.
+struct Way {
+    std::string socket;
+    unsigned timeout;
+};
+
+/// What the command line says wins over the file.
+Way findWay(const Connection& connection)
+{
+    const config::Configuration settings = config::read(connection.file);
+    return {connection.socket.value_or(settings.socket),
+            connection.timeout.value_or(settings.clientTimeout)};
+}
+
+Reply complainOf(const asio::error_code& error, const Way& way)
 {
     if (error == asio::error::timed_out || error == asio::error::operation_aborted) {
         return complain(kNoAnswer, "the service has not answered within " +
-                                       std::to_string(connection.timeout) +
+                                       std::to_string(way.timeout) +
                                        " seconds. It may be busy; try again, or raise --timeout.");
     }
-    const std::string reason =
-        "cannot reach the service at " + connection.socket + ": " + error.message();
+    const std::string reason = "cannot reach the service at " + way.socket + ": " + error.message();
     if (error == asio::error::access_denied) {
         return complain(kNotPermitted, reason + ". Try again as root.");
     }
@@ -42,11 +55,12 @@ bool endsWhole(const asio::error_code& error, std::string_view answer)
 
 Reply sendRequest(const Connection& connection, std::string_view frame)
 {
+    const Way way = findWay(connection);
     Protocol::iostream stream;
-    stream.expires_after(std::chrono::seconds(connection.timeout));
-    stream.connect(Protocol::endpoint(connection.socket));
+    stream.expires_after(std::chrono::seconds(way.timeout));
+    stream.connect(Protocol::endpoint(way.socket));
     if (!stream) {
-        return complainOf(stream.error(), connection);
+        return complainOf(stream.error(), way);
     }
     stream.write(frame.data(), static_cast<std::streamsize>(frame.size()));
     stream.flush();
@@ -55,7 +69,7 @@ Reply sendRequest(const Connection& connection, std::string_view frame)
     Reply reply;
     reply.bytes.assign(std::istreambuf_iterator<char>(stream), {});
     if (!endsWhole(stream.error(), reply.bytes)) {
-        return complainOf(stream.error(), connection);
+        return complainOf(stream.error(), way);
     }
     return reply;
 }

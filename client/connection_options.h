@@ -4,20 +4,26 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <string>
 
 #include "client/connection.h"
+#include "config/configuration.h"
 
 namespace client {
 
 /// Adds them to a subcommand that asks the service.
 inline void addConnectionOptions(CLI::App& command, Connection& connection)
 {
+    const config::Configuration defaults;
     command.add_option("--socket", connection.socket, "Where the service listens")
         ->type_name("PATH")
-        ->capture_default_str();
+        ->default_str(defaults.socket);
     command.add_option("--timeout", connection.timeout, "Wait at most so long for the answer")
         ->type_name("SECONDS")
         ->check(CLI::PositiveNumber)
+        ->default_str(std::to_string(defaults.clientTimeout));
+    command.add_option("--config", connection.file, "Where the settings are read")
+        ->type_name("PATH")
         ->capture_default_str();
 }
 

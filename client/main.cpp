@@ -7,6 +7,7 @@
 
 #include "client/commands.h"
 #include "client/failure.h"
+#include "config/configuration.h"
 
 namespace {
 
@@ -61,6 +62,9 @@ int main(int argc, char** argv)
     } catch (const client::Failure& failure) {
         std::cerr << "vokctl: " << failure.what() << "\n";
         return failure.code();
+    } catch (const config::BadConfiguration& failure) {
+        std::cerr << "vokctl: " << failure.what() << "\n";
+        return client::kWrongUsage;
     } catch (const std::exception& failure) {
         std::cerr << "vokctl: " << failure.what() << "\n";
         return client::kFailed;

@@ -32,6 +32,18 @@ install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/protocol.
 install(FILES ${packaging}/man/vokcontrol.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES ${packaging}/man/vokcontrol-protocol.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
 
+if(TARGET vok_config)
+  # Where it is looked for, if this is installed into the system; an administrator's own stays.
+  install(CODE "set(settings_folder \${CMAKE_INSTALL_PREFIX}/etc)
+if(CMAKE_INSTALL_PREFIX STREQUAL /usr)
+  set(settings_folder /etc)
+endif()
+if(NOT EXISTS \$ENV{DESTDIR}\${settings_folder}/vokcontrol.conf)
+  file(INSTALL ${packaging}/vokcontrol.conf DESTINATION \${settings_folder})
+endif()")
+  install(FILES ${packaging}/man/vokcontrol.conf.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+endif()
+
 install_configured(systemd/vokcontrol-boot.service ${unit_folder})
 install_configured(systemd/vokcontrol-collect.service ${unit_folder})
 install(FILES ${packaging}/systemd/vokcontrol-collect.timer DESTINATION ${unit_folder})
@@ -65,5 +77,5 @@ set(CPACK_DEBIAN_PACKAGE_DEPENDS "passwd")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "sudo, mdadm, fdisk")
 set(CPACK_DEBIAN_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
-    "${packaging}/deb/postinst;${packaging}/deb/prerm;${packaging}/deb/postrm")
+    "${packaging}/deb/conffiles;${packaging}/deb/postinst;${packaging}/deb/prerm;${packaging}/deb/postrm")
 include(CPack)

@@ -16,7 +16,7 @@ constexpr unsigned kPatience = 20;
 /// What the service can take for a name or a password in one piece.
 constexpr std::size_t kLongest = 200;
 
-client::Connection connectionOf(const Settings& settings)
+client::Connection connectionOf(const config::Configuration& settings)
 {
     return {.socket = settings.socket, .timeout = kPatience};
 }
@@ -53,7 +53,8 @@ std::vector<std::string> accountsLike(const client::Connection& connection, cons
 
 } // namespace
 
-std::optional<std::string> checkPassword(const Settings& settings, const Credentials& credentials)
+std::optional<std::string> checkPassword(const config::Configuration& settings,
+                                         const Credentials& credentials)
 {
     const client::Connection connection = connectionOf(settings);
     if (!isSendable(credentials.name) || !isSendable(credentials.password) ||
@@ -64,7 +65,7 @@ std::optional<std::string> checkPassword(const Settings& settings, const Credent
     return (names.size() == 1) ? std::optional(names.front()) : std::nullopt;
 }
 
-void createAccount(const Settings& settings, const Credentials& credentials)
+void createAccount(const config::Configuration& settings, const Credentials& credentials)
 {
     client::askToDo(connectionOf(settings),
                     {cmdsvc::command("crat"), {credentials.name, credentials.password}});

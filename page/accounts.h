@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "page/settings.h"
+#include "config/configuration.h"
 
 namespace page {
 
@@ -22,10 +22,10 @@ struct Credentials {
 /// lower
 ///         case; nothing if name or password are wrong, or if the appliance has two accounts whose
 ///         names differ in case alone
-[[nodiscard]] std::optional<std::string> checkPassword(const Settings& settings,
+[[nodiscard]] std::optional<std::string> checkPassword(const config::Configuration& settings,
                                                        const Credentials& credentials);
 
 /// Has the service create an account ("crat").
-void createAccount(const Settings& settings, const Credentials& credentials);
+void createAccount(const config::Configuration& settings, const Credentials& credentials);
 
 } // namespace page

@@ -8,7 +8,8 @@
 
 namespace page {
 
-Administrators::Administrators(const Settings& settings) : names_(settings.administrators)
+Administrators::Administrators(const config::Configuration& settings)
+    : names_(settings.administrators)
 {
     // A file that cannot be believed is a failure: it must not look like an appliance without
     // administrators, whose setup anybody may use.
@@ -25,7 +26,7 @@ bool Administrators::contains(std::string_view account) const
     return std::ranges::find(names_, account) != names_.end();
 }
 
-bool Administrators::makeFirst(const Settings& settings, std::string_view account,
+bool Administrators::makeFirst(const config::Configuration& settings, std::string_view account,
                                const std::function<void()>& create)
 {
     requirePrivateFolder(kKeptFolder);

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "page/settings.h"
+#include "config/configuration.h"
 
 namespace page {
 
@@ -20,7 +20,7 @@ inline constexpr const char* kAdministratorsFile = "/var/lib/vokcontrol/administ
 
 class Administrators {
   public:
-    explicit Administrators(const Settings& settings);
+    explicit Administrators(const config::Configuration& settings);
 
     [[nodiscard]] bool contains(std::string_view account) const;
     [[nodiscard]] bool areNone() const { return names_.empty(); }
@@ -29,7 +29,8 @@ class Administrators {
     /// @param account  a text without newlines
     /// @param create   makes the account; if it throws, nobody becomes administrator
     /// @return false if somebody else was faster
-    [[nodiscard]] static bool makeFirst(const Settings& settings, std::string_view account,
+    [[nodiscard]] static bool makeFirst(const config::Configuration& settings,
+                                        std::string_view account,
                                         const std::function<void()>& create);
 
   private:

@@ -13,8 +13,7 @@ int main()
     // A server that ignores the end of its children hands that down, and the module's shell lines
     // would lose their results.
     std::signal(SIGCHLD, SIG_DFL);
-    const std::string out =
-        page::answer(page::Variables::ofEnvironment(), STDIN_FILENO, page::Settings());
+    const std::string out = page::answer(page::Variables::ofEnvironment(), STDIN_FILENO);
     const bool isWritten = std::fwrite(out.data(), 1, out.size(), stdout) == out.size();
     return (isWritten && std::fflush(stdout) == 0) ? 0 : 1;
 }

@@ -9,10 +9,10 @@
 #include <string_view>
 #include <vector>
 
+#include "config/configuration.h"
 #include "page/html.h"
 #include "page/request.h"
 #include "page/script.h"
-#include "page/settings.h"
 #include "page/visitor.h"
 
 namespace page {
@@ -20,7 +20,7 @@ namespace page {
 /// One request for a page. All work that may print goes through the script.
 struct Visit {
     const Request& request;
-    const Settings& settings;
+    const config::Configuration& settings;
     const Visitor& visitor;
     std::string token; ///< for the hidden field of forms
     Script& script;

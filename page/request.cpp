@@ -157,15 +157,19 @@ Form readForm(const Variables& variables, int body)
     return Form(readBody(body, sizeOf(variables["CONTENT_LENGTH"])));
 }
 
-void checkHost(const Request& request, std::string (*ownName)())
+void checkHost(const Request& request, std::span<const std::string> furtherNames,
+               std::string (*ownName)())
 {
     const std::string host = request.host();
-    if (isAddress(host) || core::equalIgnoringCase(host, "localhost")) {
+    const auto isMeant = [&host](const std::string& name) {
+        return core::equalIgnoringCase(host, name);
+    };
+    if (isAddress(host) || isMeant("localhost") ||
+        std::any_of(furtherNames.begin(), furtherNames.end(), isMeant)) {
         return;
     }
     const std::string own = ownName();
-    if (own.empty() ||
-        (!core::equalIgnoringCase(host, own) && !core::equalIgnoringCase(host, own + ".local"))) {
+    if (own.empty() || (!isMeant(own) && !isMeant(own + ".local"))) {
         throw Refusal(kForbidden, "The appliance does not go by this name. Use its own name or its "
                                   "address.");
     }

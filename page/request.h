@@ -4,6 +4,7 @@
 // on standard input.
 #pragma once
 
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -73,10 +74,11 @@ struct Request {
 [[nodiscard]] Form readForm(const Variables& variables, int body);
 
 /// Refuses a request that names a host which is neither an address, nor "localhost", nor the
-/// appliance itself (NAME or NAME.local): somebody may have made a name of his own point here, so
-/// that his pages count as ours.
-/// @param ownName  gives the appliance's name; asked only where it matters
-void checkHost(const Request& request, std::string (*ownName)());
+/// appliance itself (NAME or NAME.local), nor one of its further names: somebody may have made a
+/// name of his own point here, so that his pages count as ours.
+/// @param ownName  gives the appliance's name; asked only if no other name is the one
+void checkHost(const Request& request, std::span<const std::string> furtherNames,
+               std::string (*ownName)());
 
 /// The value of a cookie in a "Cookie" header; empty where there is none. Refuses a request with
 /// two of that name: one of them was put there by somebody else.

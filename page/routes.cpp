@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "config/configuration.h"
 #include "page/log.h"
 #include "page/origin.h"
 #include "page/response.h"
@@ -98,10 +99,11 @@ Response respond(const Page& page, const Frame& frame, const Script& script)
     return response;
 }
 
-Response answerGood(const Variables& variables, int body, const Settings& settings)
+Response answerGood(const Variables& variables, int body)
 {
+    const config::Configuration settings = config::read();
     Request request = readHead(variables);
-    checkHost(request, applianceName);
+    checkHost(request, settings.hosts, applianceName);
     checkOrigin(request);
     const PageEntry& entry = findPage(request);
     if (request.isPost()) {
@@ -149,12 +151,17 @@ Response answerBad(const Variables& variables, int status, const std::string& re
     return response;
 }
 
-Response makeResponse(const Variables& variables, int body, const Settings& settings)
+Response makeResponse(const Variables& variables, int body)
 {
     try {
-        return answerGood(variables, body, settings);
+        return answerGood(variables, body);
     } catch (const Refusal& refusal) {
         return answerBad(variables, refusal.status(), refusal.what());
+    } catch (const config::BadConfiguration& failure) {
+        log(failure.what());
+        return answerBad(variables, kFailure,
+                         "The appliance's settings cannot be read, so nothing was done. The "
+                         "web server's log tells what has to be mended.");
     } catch (const std::exception& failure) {
         log(failure.what());
         return answerBad(variables, kFailure,
@@ -169,9 +176,9 @@ std::span<const PageEntry> pages()
     return kPages;
 }
 
-std::string answer(const Variables& variables, int body, const Settings& settings)
+std::string answer(const Variables& variables, int body)
 {
-    return render(makeResponse(variables, body, settings), variables["REQUEST_METHOD"] == "HEAD");
+    return render(makeResponse(variables, body), variables["REQUEST_METHOD"] == "HEAD");
 }
 
 } // namespace page

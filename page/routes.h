@@ -7,7 +7,6 @@
 #include <string>
 
 #include "page/layout.h"
-#include "page/settings.h"
 #include "page/variables.h"
 
 namespace page {
@@ -17,6 +16,6 @@ namespace page {
 
 /// Answers a request: headers and page, to be written to standard output as they are.
 /// @param body  the descriptor that a form is read from
-[[nodiscard]] std::string answer(const Variables& variables, int body, const Settings& settings);
+[[nodiscard]] std::string answer(const Variables& variables, int body);
 
 } // namespace page

@@ -18,7 +18,7 @@ bool isSetupPending(Script& script)
 
 } // namespace
 
-Visitor identify(const Request& request, const Settings& settings, Script& script)
+Visitor identify(const Request& request, const config::Configuration& settings, Script& script)
 {
     const Administrators administrators(settings);
     Visitor visitor;

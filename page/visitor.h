@@ -5,9 +5,9 @@
 
 #include <string>
 
+#include "config/configuration.h"
 #include "page/request.h"
 #include "page/script.h"
-#include "page/settings.h"
 
 namespace page {
 
@@ -21,7 +21,8 @@ struct Visitor {
 };
 
 /// @param script  takes what is printed meanwhile
-[[nodiscard]] Visitor identify(const Request& request, const Settings& settings, Script& script);
+[[nodiscard]] Visitor identify(const Request& request, const config::Configuration& settings,
+                               Script& script);
 
 /// Who may read a page, or send it a form.
 enum class Level {

@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "config/configuration.h"
+
 namespace service {
 
 /// How a child came to its end.
@@ -36,10 +38,6 @@ using Task = std::function<void()>;
 /// has one buffer for requests, and traces.
 void dispatch(std::string_view request, int number);
 
-/// Where children find programs, unless the service is told otherwise.
-inline constexpr const char* kDefaultPath =
-    "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
-
 /// A child that runs one request.
 class Child {
   public:
@@ -53,7 +51,8 @@ class Child {
     /// killed when the service ends before it. Check hasStarted() afterwards.
     ///
     /// @param kept  what it keeps, or -1
-    Child(const Task& task, int number, const std::string& path = kDefaultPath, int kept = -1);
+    Child(const Task& task, int number, const std::string& path = config::kDefaultPath,
+          int kept = -1);
     ~Child();
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;

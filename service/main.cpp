@@ -6,6 +6,7 @@
 #include <string>
 #include <sys/resource.h>
 
+#include "config/configuration.h"
 #include "guard/guard.h"
 #include "service/child.h"
 #include "service/listener.h"
@@ -20,14 +21,11 @@ constexpr int kCannotServe = 1;
 constexpr int kWrongUsage = 2;
 constexpr int kAnotherServes = 3;
 
+/// The settings: what the command line says, else what the configuration file says.
 struct Options {
-    std::string socket = "/run/vokcontrol.sock";
-    unsigned timeout = 60;
-    unsigned deadline = 10;
-    unsigned passwordPause = 16;
-    std::string group = "vokcontrol";
+    std::string file = config::kDefaultFile;
+    config::Configuration settings;
     bool isGroupGiven = false;
-    std::string path = service::kDefaultPath;
 };
 
 /// A thousand clients at once are a thousand descriptors.
@@ -42,26 +40,71 @@ void raiseDescriptorLimit()
 
 int serve(const Options& options)
 {
+    const config::Configuration& settings = options.settings;
     // A client that leaves before its answer must not end the service.
     std::signal(SIGPIPE, SIG_IGN);
     raiseDescriptorLimit();
-    const std::string path = "PATH=" + options.path;
+    const std::string path = "PATH=" + settings.path;
     guard::usePath(path.c_str());
     asio::io_context context(1);
     asio::signal_set stop(context, SIGTERM, SIGINT);
-    const service::Admission admission(options.group, options.isGroupGiven);
+    const service::Admission admission(settings.group, options.isGroupGiven);
     // It is released last, when the socket is gone.
     const service::ServiceLock lock;
-    service::Listener listener(context, options.socket, admission.group());
+    service::Listener listener(context, settings.socket, admission.group());
     service::Server server(context, listener, stop, admission,
-                           {.send = std::chrono::seconds(options.deadline),
-                            .request = std::chrono::seconds(options.timeout),
-                            .passwordPause = std::chrono::seconds(options.passwordPause)},
-                           options.path);
+                           {.send = std::chrono::seconds(settings.deadline),
+                            .request = std::chrono::seconds(settings.timeout),
+                            .passwordPause = std::chrono::seconds(settings.passwordPause)},
+                           settings.path);
     service::log("ready");
     server.run();
     service::log("stopped");
     return 0;
+}
+
+CLI::Option* addSeconds(CLI::App& program, const char* name, unsigned& number, const char* purpose)
+{
+    return program.add_option(name, number, purpose)->type_name("SECONDS")->capture_default_str();
+}
+
+void addOptions(CLI::App& program, Options& options)
+{
+    config::Configuration& settings = options.settings;
+    program.add_option("--config", options.file, "Read the settings here")
+        ->type_name("PATH")
+        ->capture_default_str();
+    program
+        .add_option("--socket", settings.socket, "Listen here, unless systemd hands over a socket")
+        ->type_name("PATH")
+        ->capture_default_str();
+    addSeconds(program, "--timeout", settings.timeout, "End a request that runs longer than this")
+        ->check(CLI::PositiveNumber);
+    addSeconds(program, "--deadline", settings.deadline,
+               "Give a client so long to send its request, and so long to take its answer")
+        ->check(CLI::PositiveNumber);
+    addSeconds(program, "--password-pause", settings.passwordPause,
+               "The longest pause of a user who asks for wrong passwords; 0 for none");
+    program
+        .add_option("--group", settings.group,
+                    "Members of this group may ask; root always may. Without such a group it is "
+                    "root alone")
+        ->type_name("NAME")
+        ->capture_default_str();
+    program.add_option("--path", settings.path, "Where requests find the appliance's programs")
+        ->type_name("FOLDERS")
+        ->capture_default_str();
+}
+
+/// What the command line says wins over the file, which it may name: so it is read, too, after the
+/// file.
+void readSettings(CLI::App& program, int argc, char** argv, Options& options)
+{
+    program.parse(argc, argv);
+    options.settings = config::read(options.file);
+    program.parse(argc, argv);
+    options.isGroupGiven =
+        program.count("--group") > 0 || options.settings.group != config::Configuration().group;
 }
 
 } // namespace
@@ -71,47 +114,21 @@ int main(int argc, char** argv)
     Options options;
     CLI::App program("Carries requests to the appliance's control module.", "vokserve");
     program.set_version_flag("--version", "vokserve " VOKSERVE_VERSION);
-    program
-        .add_option("--socket", options.socket, "Listen here, unless systemd hands over a socket")
-        ->type_name("PATH")
-        ->capture_default_str();
-    program.add_option("--timeout", options.timeout, "End a request that runs longer than this")
-        ->type_name("SECONDS")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
-    program
-        .add_option("--deadline", options.deadline,
-                    "Give a client so long to send its request, and so long to take its answer")
-        ->type_name("SECONDS")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
-    program
-        .add_option("--password-pause", options.passwordPause,
-                    "The longest pause of a user who asks for wrong passwords; 0 for none")
-        ->type_name("SECONDS")
-        ->capture_default_str();
-    const CLI::Option* group =
-        program
-            .add_option(
-                "--group", options.group,
-                "Members of this group may ask; root always may. Without such a group it is "
-                "root alone")
-            ->type_name("NAME")
-            ->capture_default_str();
-    program.add_option("--path", options.path, "Where requests find the appliance's programs")
-        ->type_name("FOLDERS")
-        ->capture_default_str();
-    program.footer("A client sends one request frame, shuts its sending side down and reads the\n"
+    addOptions(program, options);
+    program.footer("Options win over the configuration file, vokcontrol.conf(5).\n\n"
+                   "A client sends one request frame, shuts its sending side down and reads the\n"
                    "answer up to its end. SIGTERM finishes the request in hand, tells the clients\n"
                    "that wait, and ends the service with 0. Ends with 1 when it cannot listen, 2 "
-                   "on wrong usage, 3 if another\n"
-                   "service runs.");
+                   "on wrong usage\n"
+                   "or a configuration that it does not understand, 3 if another service runs.");
     try {
-        program.parse(argc, argv);
-        options.isGroupGiven = group->count() > 0;
+        readSettings(program, argc, argv, options);
         return serve(options);
     } catch (const CLI::ParseError& error) {
         return (program.exit(error) == 0) ? 0 : kWrongUsage;
+    } catch (const config::BadConfiguration& failure) {
+        service::log(failure.what());
+        return kWrongUsage;
     } catch (const service::AnotherService& failure) {
         service::log(failure.what());
         return kAnotherServes;

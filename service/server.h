@@ -13,6 +13,7 @@
 #include <string>
 
 #include "cmdsvc/protocol.h"
+#include "config/configuration.h"
 #include "service/child.h"
 #include "service/listener.h"
 #include "service/password_pauses.h"
@@ -36,7 +37,7 @@ class Server {
     /// @param admission  who may ask
     /// @param path       where requests find programs
     Server(asio::io_context& context, Listener& listener, asio::signal_set& stop,
-           Admission admission, Limits limits, std::string path = kDefaultPath);
+           Admission admission, Limits limits, std::string path = config::kDefaultPath);
 
     /// Serves until it is told to stop. Then the request in hand is finished, all clients that wait
     /// or still send are told (0x53000006), and the usage is saved.

@@ -62,7 +62,8 @@ listing() {
     dpkg-deb -c "$package" | sed -n 's/.* \.\(\/[^ ]*[^/ ]\)\( ->.*\)\?$/\1/p' | LC_ALL=C sort
 }
 
-expect 'everything is in it, each in its place' '/usr/bin/pelstatus
+expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
+/usr/bin/pelstatus
 /usr/bin/vokctl
 /usr/include/vokcontrol.h
 /usr/lib/libvokcontrol.so
@@ -83,6 +84,7 @@ expect 'everything is in it, each in its place' '/usr/bin/pelstatus
 /usr/share/doc/vokcontrol/protocol.md
 /usr/share/doc/vokcontrol/security.md
 /usr/share/man/man1/vokctl.1
+/usr/share/man/man5/vokcontrol.conf.5
 /usr/share/man/man7/vokcontrol-protocol.7
 /usr/share/man/man8/vokcontrol.8
 /usr/share/man/man8/vokserve.8' "$(listing | grep -vE '^/usr/(lib/cgi-bin|share/vokcontrol)')"
@@ -114,7 +116,7 @@ users: anna
 socket: srw-rw---- root 0
 collected: There are no internal shares.
 removed: deinstall ok config-files
-left: 0
+left: /etc/vokcontrol.conf
 kept: yes
 units: enable vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service
 disable vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service' "$(in_root '
@@ -131,7 +133,7 @@ disable vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service' "$(in_
     echo "collected: $(vokctl status --wait 20 | head -1)"
     /usr/bin/dpkg --force-depends --force-not-root --force-bad-path -r vokcontrol >/tmp/log 2>&1 || cat /tmp/log
     echo "removed: $(sed -n "/^Package: vokcontrol/,/^$/s/^Status: //p" /var/lib/dpkg/status)"
-    echo "left: $(find /usr /etc -name "*vokc*" -not -path "/etc/pelconfig/*" | wc -l)"
+    echo "left: $(find /usr /etc -name "*vokc*" -not -path "/etc/pelconfig/*")"
     [ -d /etc/pelconfig/vokcontrol ] && echo "kept: yes"
     echo "units: $(cat /tmp/systemctl)"
 ')"

@@ -3,7 +3,7 @@
 #
 # usage: tree_test.sh BUILD
 #
-# The tests mirror the sources: each source file of the module, its guard, client, pages and view has its test,
+# The tests mirror the sources: each source file of the module, its guard, client, pages, view and configuration has its test,
 # each test file is built into a test, and none is switched off. And no folder includes what the table in
 # docs/architecture.md does not allow it.
 set -eu
@@ -18,7 +18,7 @@ complain() {
 }
 
 for source in guard/*.cpp core/*.cpp sharestatus/*.cpp cmdsvc/*.cpp handlers/*.cpp pagehelpers/*.cpp service/*.cpp \
-    client/*.cpp page/*.cpp view/*.cpp; do
+    client/*.cpp config/*.cpp page/*.cpp view/*.cpp; do
     # These are wiring: daemon_test, server_test and guard_test.sh run the programs.
     case $source in sharestatus/main.cpp | service/main.cpp | guard/system.cpp) continue ;; esac
     test=tests/${source%.cpp}_test.cpp

@@ -73,6 +73,29 @@ TEST_F(Connected, emptyAnswerIsGood)
     EXPECT_EQ(reply.bytes, "");
 }
 
+TEST_F(Connected, settingsSayWhereTheServiceIsAndOptionsWinOverThem)
+{
+    root::writeFile("/tmp/settings", "[service]\nsocket = /tmp/elsewhere\n[client]\ntimeout = 1\n");
+    EXPECT_EQ(sendRequest({.socket = {}, .timeout = {}, .file = "/tmp/settings"}, "x").complaint,
+              "cannot reach the service at /tmp/elsewhere: No such file or directory. "
+              "Is vokserve running?");
+    serve([](int socket) {
+        root::receiveAll(socket);
+        ::pause();
+    });
+    EXPECT_EQ(
+        sendRequest({.socket = kSocket, .timeout = {}, .file = "/tmp/settings"}, "x").complaint,
+        "the service has not answered within 1 seconds. It may be busy; try again, or raise "
+        "--timeout.");
+}
+
+TEST_F(Connected, settingsThatAreNotUnderstoodAreTold)
+{
+    root::writeFile("/tmp/settings", "[client]\ntimeout = soon\n");
+    EXPECT_THROW(static_cast<void>(sendRequest({.socket = kSocket, .file = "/tmp/settings"}, "x")),
+                 config::BadConfiguration);
+}
+
 TEST_F(Connected, nobodyThereIsUnreachable)
 {
     const Reply reply = sendRequest(connection(), "x");

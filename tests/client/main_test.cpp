@@ -95,31 +95,33 @@ TEST_F(Client, everyCommandHasHelpWithExamples)
 {
     const std::vector<CommandHelp> commands = {
         {{"status"}, {"--json", "--max-age SECONDS", "--wait SECONDS"}},
-        {{"shares", "list"}, {"--json", "--socket PATH", "--timeout SECONDS"}},
-        {{"shares", "show"}, {"NAME", "--json", "--socket PATH", "--timeout SECONDS"}},
-        {{"shares", "public-name"}, {"--socket PATH", "--timeout SECONDS"}},
+        {{"shares", "list"}, {"--json", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"shares", "show"},
+         {"NAME", "--json", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"shares", "public-name"}, {"--socket PATH", "--timeout SECONDS", "--config PATH"}},
         {{"shares", "create"},
-         {"NAME", "--public", "--for USER", "--socket PATH", "--timeout SECONDS"}},
-        {{"users", "list"}, {"--json", "--socket PATH", "--timeout SECONDS"}},
-        {{"users", "create"}, {"NAME", "--socket PATH", "--timeout SECONDS"}},
-        {{"users", "verify"}, {"NAME", "--socket PATH", "--timeout SECONDS"}},
+         {"NAME", "--public", "--for USER", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"users", "list"}, {"--json", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"users", "create"}, {"NAME", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"users", "verify"}, {"NAME", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
         {{"backup", "report"},
-         {"USER", "--state N", "--as-variable", "--socket PATH", "--timeout SECONDS"}},
-        {{"backup", "list"}, {"--json", "--socket PATH", "--timeout SECONDS"}},
-        {{"drives", "check"}, {"--socket PATH", "--timeout SECONDS"}},
+         {"USER", "--state N", "--as-variable", "--socket PATH", "--timeout SECONDS",
+          "--config PATH"}},
+        {{"backup", "list"}, {"--json", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"drives", "check"}, {"--socket PATH", "--timeout SECONDS", "--config PATH"}},
         {{"host", "set"},
          {"--time TIME", "--name NAME", "--workgroup NAME", "--language CODE", "--socket PATH"}},
-        {{"version"}, {"--socket PATH", "--timeout SECONDS"}},
-        {{"private", "get"}, {"FILE", "--socket PATH", "--timeout SECONDS"}},
-        {{"private", "put"}, {"FILE", "--socket PATH", "--timeout SECONDS"}},
-        {{"setup", "pending"}, {"--socket PATH", "--timeout SECONDS"}},
-        {{"setup", "quick"}, {"--json", "--socket PATH", "--timeout SECONDS"}},
-        {{"remote", "urls"}, {"--json", "--socket PATH", "--timeout SECONDS"}},
-        {{"remote", "status"}, {"USER", "--socket PATH", "--timeout SECONDS"}},
+        {{"version"}, {"--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"private", "get"}, {"FILE", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"private", "put"}, {"FILE", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"setup", "pending"}, {"--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"setup", "quick"}, {"--json", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"remote", "urls"}, {"--json", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"remote", "status"}, {"USER", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
         {{"remote", "register"}, {"USER", "FIRST", "SECOND", "--socket PATH"}},
         {{"remote", "enable"}, {"USER", "FIRST", "SECOND", "--socket PATH"}},
-        {{"remote", "disable"}, {"USER", "--socket PATH", "--timeout SECONDS"}},
-        {{"service", "restart"}, {"--socket PATH", "--timeout SECONDS"}},
+        {{"remote", "disable"}, {"USER", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"service", "restart"}, {"--socket PATH", "--timeout SECONDS", "--config PATH"}},
         {{"raw"},
          {"CODE", "--count", "--line TEXT", "--hex BYTES", "--frame FILE", "--socket PATH"}},
     };
@@ -136,6 +138,16 @@ TEST_F(Client, everyCommandHasHelpWithExamples)
         expectParts(ended.output, each.parts);
         expectParts(ended.output, {example});
     }
+}
+
+TEST_F(Client, settingsThatAreNotUnderstoodAreWrongUsage)
+{
+    root::writeFile("/tmp/settings", "[client]\ntimeout = soon\n");
+    const root::Ended ended = vokctl({"shares", "list", "--config", "/tmp/settings"});
+    EXPECT_EQ(ended.exitCode, 2);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_EQ(ended.errors,
+              "vokctl: /tmp/settings:2: timeout must be a whole number from 1 to 86400\n");
 }
 
 TEST_F(Client, passwordsCannotStandOnTheCommandLine)

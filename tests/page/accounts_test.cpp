@@ -10,14 +10,14 @@
 
 namespace {
 
+using config::Configuration;
 using page::Credentials;
-using page::Settings;
 
 class Accounts : public root::Test {
   protected:
-    static Settings settings()
+    static Configuration settings()
     {
-        Settings made;
+        Configuration made;
         made.socket = FakeService::kSocket;
         return made;
     }

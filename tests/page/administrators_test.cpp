@@ -12,8 +12,8 @@
 
 namespace {
 
+using config::Configuration;
 using page::Administrators;
-using page::Settings;
 
 class AdministratorNames : public root::Test {
   protected:
@@ -24,7 +24,7 @@ class AdministratorNames : public root::Test {
         std::filesystem::create_directories("/var/lib");
     }
 
-    static bool makeFirst(const std::string& name, const Settings& settings = {})
+    static bool makeFirst(const std::string& name, const Configuration& settings = {})
     {
         return Administrators::makeFirst(settings, name, [] {});
     }
@@ -32,7 +32,7 @@ class AdministratorNames : public root::Test {
 
 TEST_F(AdministratorNames, newApplianceHasNone)
 {
-    const Administrators none((Settings()));
+    const Administrators none((Configuration()));
     EXPECT_TRUE(none.areNone());
     EXPECT_FALSE(none.contains("anna"));
     EXPECT_FALSE(none.contains(""));
@@ -40,7 +40,7 @@ TEST_F(AdministratorNames, newApplianceHasNone)
 
 TEST_F(AdministratorNames, configurationNamesSome)
 {
-    Settings settings;
+    Configuration settings;
     settings.administrators = {"anna", "Élise the second"};
     const Administrators some(settings);
     EXPECT_FALSE(some.areNone());
@@ -57,7 +57,7 @@ TEST_F(AdministratorNames, firstOneIsKept)
     EXPECT_TRUE(Administrators::makeFirst({}, "anna", [&isCreated] { isCreated = true; }));
     EXPECT_TRUE(isCreated);
     EXPECT_EQ(root::readFile(page::kAdministratorsFile), "anna\n");
-    Settings settings;
+    Configuration settings;
     settings.administrators = {"bob"};
     EXPECT_TRUE(Administrators(settings).contains("anna"));
     EXPECT_TRUE(Administrators(settings).contains("bob"));
@@ -72,7 +72,7 @@ TEST_F(AdministratorNames, thereIsOneFirst)
 
 TEST_F(AdministratorNames, configuredOneIsAFirst)
 {
-    Settings settings;
+    Configuration settings;
     settings.administrators = {"anna"};
     EXPECT_FALSE(makeFirst("bob", settings));
     EXPECT_FALSE(root::exists(page::kAdministratorsFile));
@@ -83,14 +83,14 @@ TEST_F(AdministratorNames, nobodyBecomesOneWithoutAnAccount)
     EXPECT_THROW((void)Administrators::makeFirst(
                      {}, "anna", [] { throw std::runtime_error("the name is taken"); }),
                  std::runtime_error);
-    EXPECT_TRUE(Administrators((Settings())).areNone());
+    EXPECT_TRUE(Administrators((Configuration())).areNone());
 }
 
 TEST_F(AdministratorNames, fileThatOthersCouldHaveWrittenIsAFailure)
 {
     EXPECT_TRUE(makeFirst("anna"));
     ASSERT_EQ(::chmod(page::kAdministratorsFile, 0666), 0);
-    EXPECT_THROW((void)Administrators(Settings()), std::runtime_error);
+    EXPECT_THROW((void)Administrators(Configuration()), std::runtime_error);
 }
 
 } // namespace

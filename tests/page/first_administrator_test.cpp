@@ -32,7 +32,7 @@ class FirstAdministrator : public root::Test {
     {
         page::Visitor newcomer = visits::nobody();
         newcomer.mayBegin = true;
-        page::Settings settings;
+        config::Configuration settings;
         settings.socket = FakeService::kSocket;
         return visits::makeFor(newcomer, page::makeFirstAdministrator, request, settings);
     }

@@ -25,7 +25,7 @@ class Login : public root::Test {
     {
         page::Request request = visits::post(fields);
         request.address = "192.0.2.7";
-        page::Settings settings;
+        config::Configuration settings;
         settings.socket = FakeService::kSocket;
         return visits::makeFor(visitor, page::makeLogin, request, settings);
     }

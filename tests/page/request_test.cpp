@@ -8,6 +8,7 @@
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 #include "page/private_files.h"
 #include "tests/support/root.h"
@@ -21,6 +22,8 @@ using page::Request;
 const std::string kToken = "0123456789abcdef0123456789abcdef";
 const std::string kOther = "fedcba9876543210fedcba9876543210";
 constexpr const char* kFormType = "application/x-www-form-urlencoded";
+
+const std::vector<std::string> kFurtherNames = {"nas.example", "Backup.example"};
 
 class Requests : public root::Test {
   protected:
@@ -66,7 +69,7 @@ class Requests : public root::Test {
     void checkHost(const char* header)
     {
         variables.set("HTTP_HOST", header);
-        page::checkHost(read(), [] { return std::string("Storage-2"); });
+        page::checkHost(read(), kFurtherNames, [] { return std::string("Storage-2"); });
     }
 };
 
@@ -200,15 +203,16 @@ TEST_F(Requests, hostIsReadWithoutItsPort)
 TEST_F(Requests, addressesAndOwnNamesAreServed)
 {
     for (const char* host : {"127.0.0.1", "192.0.2.7:8080", "[::1]:80", "localhost", "LocalHost:80",
-                             "storage-2", "STORAGE-2.local:80"}) {
+                             "storage-2", "STORAGE-2.local:80", "nas.example", "NAS.example:80"}) {
         EXPECT_NO_THROW(checkHost(host)) << host;
     }
 }
 
 TEST_F(Requests, foreignNamesAreRefused)
 {
-    for (const char* host : {"", "evil.example", "storage-2.evil.example", "127.0.0.1.evil.example",
-                             "storage-2.", "127.0.0.1x", "[evil]", "[::1", "[]"}) {
+    for (const char* host :
+         {"", "evil.example", "storage-2.evil.example", "box.nas.example", "nas.example.local",
+          "127.0.0.1.evil.example", "storage-2.", "127.0.0.1x", "[evil]", "[::1", "[]"}) {
         expectRefusal(403,
                       "The appliance does not go by this name. Use its own name or its address.",
                       [this, host] { checkHost(host); });
@@ -219,7 +223,7 @@ TEST_F(Requests, applianceWithoutANameGoesByNone)
 {
     variables.set("HTTP_HOST", ".local");
     const Request request = read();
-    EXPECT_THROW(page::checkHost(request, [] { return std::string(); }), Refusal);
+    EXPECT_THROW(page::checkHost(request, kFurtherNames, [] { return std::string(); }), Refusal);
 }
 
 TEST_F(Requests, bodyThatComesInPiecesIsRead)

@@ -3,11 +3,13 @@
 
 #include <array>
 #include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "config/configuration.h"
 #include "page/private_files.h"
 #include "tests/page/visits.h"
 
@@ -26,7 +28,7 @@ class Routes : public root::Test {
         root::writeFile("/stubs/tovGetLanguage", "<language>german</language>\n");
         root::writeFile("/stubs/tovGetSystemStatus", "");
         root::writeFile("/etc/pelconfig/system_var", "firsttime=1\n");
-        settings.administrators = {"anna"};
+        configure("administrators = anna\n");
         variables.set("HTTP_HOST", "127.0.0.1:8080");
         variables.set("CONTENT_TYPE", "application/x-www-form-urlencoded");
         testing::internal::CaptureStderr();
@@ -35,7 +37,14 @@ class Routes : public root::Test {
     void TearDown() override
     {
         testing::internal::GetCapturedStderr();
+        std::filesystem::remove(config::kDefaultFile);
         root::Test::TearDown();
+    }
+
+    /// What the administrator has settled for the pages.
+    static void configure(const std::string& lines)
+    {
+        root::writeFile(config::kDefaultFile, "[pages]\n" + lines);
     }
 
     std::string ask(const char* method, const char* path, const std::string& body = "")
@@ -45,7 +54,7 @@ class Routes : public root::Test {
         variables.set("CONTENT_LENGTH", std::to_string(body.size()));
         root::writeFile("/tmp/body", body);
         const page::Descriptor file(::open("/tmp/body", O_RDONLY | O_CLOEXEC));
-        return page::answer(variables, file.number(), settings);
+        return page::answer(variables, file.number());
     }
 
     /// Whatever follows is asked by somebody with this account.
@@ -68,7 +77,6 @@ class Routes : public root::Test {
         return answer.substr(8, answer.find("\r\n") - 8);
     }
 
-    page::Settings settings;
     page::Variables variables;
     std::string session;
     std::string formToken;
@@ -107,8 +115,7 @@ class Access : public Routes {
     /// The visitors, in the order of the table.
     void become(std::size_t visitor)
     {
-        settings.administrators =
-            (visitor == 3) ? std::vector<std::string>() : std::vector<std::string>{"anna"};
+        configure((visitor == 3) ? "" : "administrators = anna\n");
         if (visitor < 2) {
             logIn(visitor == 0 ? "anna" : "bob");
         } else {
@@ -309,6 +316,29 @@ TEST_F(Routes, foreignNamesAreRefusedAndTheOwnIsNot)
     EXPECT_TRUE(ask("GET", "").starts_with("Status: 403 Forbidden\r\n"));
     variables.set("HTTP_HOST", "Box.local:8080");
     EXPECT_TRUE(ask("GET", "").starts_with("Status: 200 OK\r\n"));
+}
+
+TEST_F(Routes, settingsNameFurtherHosts)
+{
+    variables.set("HTTP_HOST", "nas.example");
+    EXPECT_EQ(statusOf(ask("GET", "/login")), "403 Forbidden");
+    configure("hosts = nas.example\nadministrators = anna\n");
+    EXPECT_EQ(statusOf(ask("GET", "/login")), "200 OK");
+}
+
+TEST_F(Routes, settingsThatAreNotUnderstoodAreToldInTheLog)
+{
+    configure("hots = nas.example\n");
+    const std::string answer = ask("GET", "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "vokpage: /etc/vokcontrol.conf:2: \"hots\" is no key of [pages]; there are "
+              "administrators, hosts and trust-web-server\n");
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(answer.starts_with("Status: 500 Internal Server Error\r\n"));
+    EXPECT_TRUE(contains(answer,
+                         "<p>The appliance&#39;s settings cannot be read, so nothing was done. "
+                         "The web server&#39;s log tells what has to be mended.</p>"));
+    EXPECT_FALSE(contains(answer, "hots"));
 }
 
 TEST_F(Routes, newNameShowsAtOnce)

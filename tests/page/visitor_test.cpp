@@ -10,9 +10,9 @@
 
 namespace {
 
+using config::Configuration;
 using page::Level;
 using page::Request;
-using page::Settings;
 using page::Visitor;
 
 class Visitors : public root::Test {
@@ -47,7 +47,7 @@ class Visitors : public root::Test {
         return request;
     }
 
-    Settings settings;
+    Configuration settings;
 };
 
 TEST_F(Visitors, sessionSaysWhoAsks)

@@ -43,7 +43,7 @@ inline page::Visitor nobody()
 
 /// What a page makes of itself for a visitor, whole.
 inline page::Page makeFor(const page::Visitor& visitor, page::Page (*maker)(page::Visit&),
-                          const page::Request& request, const page::Settings& settings = {})
+                          const page::Request& request, const config::Configuration& settings = {})
 {
     page::Script script;
     page::Visit visit{request, settings, visitor, kToken, script};
@@ -53,7 +53,7 @@ inline page::Page makeFor(const page::Visitor& visitor, page::Page (*maker)(page
 inline Made make(page::Page (*maker)(page::Visit&), const page::Request& request,
                  const page::Visitor& visitor = administrator())
 {
-    const page::Settings settings;
+    const config::Configuration settings;
     page::Script script;
     page::Visit visit{request, settings, visitor, kToken, script};
     const page::Page made = maker(visit);

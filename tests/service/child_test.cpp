@@ -187,7 +187,7 @@ TEST_F(ServiceChild, programsAreLookedForInTheSystemsFoldersUnlessToldOtherwise)
     root::stub("php", "echo \"$PATH\" >/stubs/seen; : >\"$3\"");
     Child usual(taskOf(frame("lstu", 0)), 5);
     EXPECT_EQ(finish(usual).ending, Ending::kFinished);
-    EXPECT_EQ(root::readFile("/stubs/seen"), std::string(service::kDefaultPath) + "\n");
+    EXPECT_EQ(root::readFile("/stubs/seen"), std::string(config::kDefaultPath) + "\n");
     Child elsewhere(taskOf(frame("sgss", 0)), 5);
     EXPECT_EQ(finish(elsewhere).ending, Ending::kFinished);
     EXPECT_FALSE(root::exists("/stubs/started"))

@@ -655,6 +655,52 @@ TEST_F(Server, groupThatIsAskedForMustBeThere)
     EXPECT_FALSE(root::exists(kSocket));
 }
 
+TEST_F(Server, settingsSayWhatOptionsDoNot)
+{
+    root::writeFile("/tmp/settings", "[service]\nsocket = /tmp/elsewhere\ntimeout = 1\n");
+    root::stub("php", "sleep 1000");
+    start({"--config", "/tmp/settings"});
+    EXPECT_EQ(exchange(frame("lstu", 0)), serviceStatus(kTimedOut));
+    EXPECT_FALSE(root::exists("/tmp/elsewhere"));
+}
+
+TEST_F(Server, groupOfTheSettingsMustBeThereUnlessItIsTheDefault)
+{
+    root::writeFile("/tmp/settings", "[service]\ngroup = nosuch\n");
+    const root::Ended ended =
+        root::run({root::built("vokserve"), "--socket", kSocket, "--config", "/tmp/settings"});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(ended.errors,
+              "vokserve: there is no group nosuch; make it (groupadd --system nosuch), "
+              "or use --group\n");
+    root::writeFile("/tmp/settings", "[service]\ngroup = vokcontrol\n");
+    start({"--config", "/tmp/settings"});
+}
+
+TEST_F(Server, settingsThatAreNotUnderstoodAreWrongUsage)
+{
+    root::writeFile("/tmp/settings", "[service]\ntimeout = soon\n");
+    const root::Ended ended =
+        root::run({root::built("vokserve"), "--socket", kSocket, "--config", "/tmp/settings"});
+    EXPECT_EQ(ended.exitCode, 2);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_EQ(ended.errors,
+              "vokserve: /tmp/settings:2: timeout must be a whole number from 1 to 86400\n");
+    EXPECT_FALSE(root::exists(kSocket));
+}
+
+TEST_F(Server, settingsThatOthersCanWriteAreNotBelieved)
+{
+    root::writeFile("/tmp/settings", "[service]\ntimeout = 5\n");
+    std::filesystem::permissions("/tmp/settings", std::filesystem::perms(0666));
+    const root::Ended ended =
+        root::run({root::built("vokserve"), "--socket", kSocket, "--config", "/tmp/settings"});
+    EXPECT_EQ(ended.exitCode, 2);
+    EXPECT_EQ(ended.errors,
+              "vokserve: /tmp/settings: others can change this file; it must belong to root, and "
+              "only its owner may write it (chown root, chmod go-w)\n");
+}
+
 TEST_F(Server, socketIsForRootAndItsGroup)
 {
     start({"--group", "root"});

@@ -60,15 +60,19 @@ Html navigation(const Frame& frame)
     return out;
 }
 
-Html logout(const Frame& frame)
+/// Who has logged in, and the way out of a session of ours.
+Html login(const Frame& frame)
 {
-    if (frame.visitor.account.empty()) {
-        return {};
-    }
-    return Html() << openForm(frame.token, "/logout") << R"(<p class="who"><bdi>)"
-                  << Text{frame.visitor.account} << R"(</bdi> <button>Log out</button></p>
+    Html out;
+    if (frame.visitor.hasSession) {
+        out << openForm(frame.token, "/logout") << R"(<p class="who"><bdi>)"
+            << Text{frame.visitor.account} << R"(</bdi> <button>Log out</button></p>
 </form>
 )";
+    } else if (!frame.visitor.account.empty()) {
+        out << R"(<p class="who"><bdi>)" << Text{frame.visitor.account} << "</bdi></p>\n";
+    }
+    return out;
 }
 
 Html banner(const Frame& frame)
@@ -83,7 +87,7 @@ Html banner(const Frame& frame)
     } else {
         out << Text{frame.applianceName};
     }
-    out << "</bdi></p>\n" << navigation(frame) << logout(frame) << "</div></header>\n";
+    out << "</bdi></p>\n" << navigation(frame) << login(frame) << "</div></header>\n";
     return out;
 }
 

@@ -137,6 +137,7 @@ Request readHead(const Variables& variables)
     request.authority = variables["HTTP_HOST"];
     request.origin = variables["HTTP_ORIGIN"];
     request.fetchSite = variables["HTTP_SEC_FETCH_SITE"];
+    request.remoteUser = variables["REMOTE_USER"];
     request.address = variables["REMOTE_ADDR"];
     request.isSecure = isOn(variables["HTTPS"]) || variables["REQUEST_SCHEME"] == "https";
     request.session = tokenIn(variables["HTTP_COOKIE"], kSessionCookie);

@@ -34,6 +34,7 @@ enum RefusalStatus {
     kTooMany = 429,
     kFailure = 500,
     kBusy = 503,
+    kTookTooLong = 504,
 };
 
 /// A request that is not served, with the status that says so and the reason in words.
@@ -49,15 +50,16 @@ class Refusal : public std::runtime_error {
 
 struct Request {
     std::string method;
-    std::string path;      ///< what stands behind the program's own name: "", "/setup" and so on
-    std::string authority; ///< host and port, as the browser named them
-    std::string origin;    ///< of the page that sent a form; empty if the browser does not say
-    std::string fetchSite; ///< how far that page is from here; empty if the browser does not say
-    std::string address;   ///< whence the request came, for the log
-    std::string session;   ///< the token of a session that the browser shows; empty if it has none
-    std::string token;     ///< the browser's while it has no session; empty if it has none
-    bool isSecure = false; ///< whether it came over TLS
-    Form form;             ///< of a POST
+    std::string path;       ///< what stands behind the program's own name: "", "/setup" and so on
+    std::string authority;  ///< host and port, as the browser named them
+    std::string origin;     ///< of the page that sent a form; empty if the browser does not say
+    std::string fetchSite;  ///< how far that page is from here; empty if the browser does not say
+    std::string remoteUser; ///< whom the web server says that it has asked for a login
+    std::string address;    ///< whence the request came, for the log
+    std::string session;    ///< the token of a session that the browser shows; empty if it has none
+    std::string token;      ///< the browser's while it has no session; empty if it has none
+    bool isSecure = false;  ///< whether it came over TLS
+    Form form;              ///< of a POST
 
     [[nodiscard]] bool isPost() const { return method == "POST"; }
 

@@ -26,6 +26,7 @@ constexpr auto kStatuses = std::to_array<Status>({
     {kWrongType, "415 Unsupported Media Type"},
     {kTooMany, "429 Too Many Requests"},
     {kBusy, "503 Service Unavailable"},
+    {kTookTooLong, "504 Gateway Timeout"},
     {kFailure, "500 Internal Server Error"},
 });
 

@@ -8,6 +8,7 @@
 #include "page/log.h"
 #include "page/origin.h"
 #include "page/response.h"
+#include "page/slots.h"
 #include "page/token.h"
 #include "vokcontrol.h"
 
@@ -15,6 +16,8 @@ namespace page {
 namespace {
 
 using enum Level;
+
+constexpr std::chrono::seconds kRetryAfter{2};
 
 // clang-format off
 constexpr auto kPages = std::to_array<PageEntry>({
@@ -99,18 +102,29 @@ Response respond(const Page& page, const Frame& frame, const Script& script)
     return response;
 }
 
+/// Few pages are made at a time.
+Descriptor requireSlot(const Visitor& visitor)
+{
+    std::optional<Descriptor> slot = takeSlot(visitor.account.empty());
+    if (!slot) {
+        throw Refusal(kBusy, "The appliance is busy with other requests. Try again.");
+    }
+    return *std::move(slot);
+}
+
 Response answerGood(const Variables& variables, int body)
 {
     const config::Configuration settings = config::read();
     Request request = readHead(variables);
+    Script script;
+    const Visitor visitor = identify(request, settings, script);
+    const Descriptor slot = requireSlot(visitor);
     checkHost(request, settings.hosts, applianceName);
     checkOrigin(request);
     const PageEntry& entry = findPage(request);
     if (request.isPost()) {
         request.form = readForm(variables, body);
     }
-    Script script;
-    const Visitor visitor = identify(request, settings, script);
     const std::string newToken = visitor.formToken.empty() ? makeToken() : "";
     Visit visit{request, settings, visitor, visitor.formToken + newToken, script};
     Page page = makePage(entry, visit);
@@ -139,6 +153,9 @@ Response answerBad(const Variables& variables, int status, const std::string& re
     response.nonce = makeToken();
     if (status == kMethodNotAllowed) {
         response.allowed = allowedAt(variables["PATH_INFO"]);
+    }
+    if (status == kBusy) {
+        response.retryAfter = kRetryAfter;
     }
     const Page page = {
         .title = "That did not work",
@@ -174,6 +191,11 @@ Response makeResponse(const Variables& variables, int body)
 std::span<const PageEntry> pages()
 {
     return kPages;
+}
+
+std::string refuse(const Variables& variables, int status, const std::string& reason)
+{
+    return render(answerBad(variables, status, reason), variables["REQUEST_METHOD"] == "HEAD");
 }
 
 std::string answer(const Variables& variables, int body)

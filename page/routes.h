@@ -18,4 +18,8 @@ namespace page {
 /// @param body  the descriptor that a form is read from
 [[nodiscard]] std::string answer(const Variables& variables, int body);
 
+/// Answers a request that is not served.
+/// @param status  one of RefusalStatus
+[[nodiscard]] std::string refuse(const Variables& variables, int status, const std::string& reason);
+
 } // namespace page

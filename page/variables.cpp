@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "page/variables.h"
 
+#include <cstdlib>
 #include <unistd.h>
 
 namespace page {
@@ -27,6 +28,19 @@ std::string_view Variables::operator[](std::string_view name) const
 void Variables::set(std::string_view name, std::string_view value)
 {
     values_.insert_or_assign(std::string(name), std::string(value));
+}
+
+void cleanEnvironment()
+{
+    const char* zone = std::getenv("TZ");
+    const std::string kept = (zone != nullptr) ? zone : "";
+    ::clearenv();
+    ::setenv("PATH", "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin", 1);
+    ::setenv("HOME", "/", 1);
+    ::setenv("LC_ALL", "C", 1);
+    if (zone != nullptr) {
+        ::setenv("TZ", kept.c_str(), 1);
+    }
 }
 
 } // namespace page

@@ -25,4 +25,9 @@ class Variables {
     std::map<std::string, std::string, std::less<>> values_;
 };
 
+/// Leaves this process, and what it starts, an environment of PATH, HOME, the C locale and, if
+/// there is one, the time zone: what the web server passes on from browsers is not for the module's
+/// scripts.
+void cleanEnvironment();
+
 } // namespace page

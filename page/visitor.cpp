@@ -16,20 +16,33 @@ bool isSetupPending(Script& script)
     return script.run([] { return ::getvar("firsttime")[0] != '0'; });
 }
 
+const std::string& namedByServer(const Request& request)
+{
+    if (request.remoteUser.empty()) {
+        throw Refusal(kForbidden,
+                      "The web server has not said who you are. This appliance is set to "
+                      "rely on the web server's login, which has to be switched on.");
+    }
+    return request.remoteUser;
+}
+
 } // namespace
 
 Visitor identify(const Request& request, const config::Configuration& settings, Script& script)
 {
     const Administrators administrators(settings);
     Visitor visitor;
-    if (const std::optional<Session> session = Sessions().find(request.session, now())) {
+    visitor.formToken = request.token;
+    if (settings.trustWebServer) {
+        visitor.account = namedByServer(request);
+    } else if (const std::optional<Session> session = Sessions().find(request.session, now())) {
         visitor.account = session->account;
         visitor.formToken = session->formToken;
-        visitor.isAdministrator = administrators.contains(session->account);
+        visitor.hasSession = true;
     } else {
-        visitor.formToken = request.token;
         visitor.mayBegin = administrators.areNone() && isSetupPending(script);
     }
+    visitor.isAdministrator = administrators.contains(visitor.account);
     return visitor;
 }
 

@@ -14,12 +14,14 @@ namespace page {
 struct Visitor {
     std::string account; ///< empty if nobody has logged in
     bool isAdministrator = false;
+    bool hasSession = false; ///< otherwise the web server has said who it is
     /// Nobody has logged in, the first setup is pending, and the appliance has no administrator:
     /// anybody may make one.
     bool mayBegin = false;
     std::string formToken; ///< what the visitor's forms carry; empty if the browser has none yet
 };
 
+/// If the settings trust the web server, it alone says who asks; without a name it is refused.
 /// @param script  takes what is printed meanwhile
 [[nodiscard]] Visitor identify(const Request& request, const config::Configuration& settings,
                                Script& script);

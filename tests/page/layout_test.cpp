@@ -86,6 +86,11 @@ TEST(Layout, whoHasLoggedInIsNamedAndMayLogOut)
                      "\">\n<p class=\"who\"><bdi>&quot;&gt;&lt;script&gt;alert(1)&lt;/script&gt;"
                      "</bdi> <button>Log out</button></p>\n</form>\n"));
     EXPECT_FALSE(contains(laidOut({kPages, "", "abc", "box"}), "logout"));
+    visitor.hasSession = false;
+    const std::string ofServer = laidOut({kPages, "", "abc", "box", visitor, visits::kToken});
+    EXPECT_FALSE(contains(ofServer, "logout"))
+        << "the web server has to log out whom it has let in";
+    EXPECT_TRUE(contains(ofServer, "<p class=\"who\"><bdi>&quot;"));
 }
 
 TEST(Layout, escapesTheNameOfTheAppliance)

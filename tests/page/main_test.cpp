@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // vokpage as a web server runs it.
+#include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
@@ -90,6 +92,37 @@ TEST_F(Program, doesNotStartWithoutTheLibrary)
     EXPECT_EQ(ended.output, "");
     EXPECT_TRUE(contains(ended.errors, "/tmp/libraries/libvokcontrol.so: file too short"))
         << ended.errors;
+}
+
+TEST_F(Program, refusesToWorkWhereOthersCanWriteToItsTmp)
+{
+    std::filesystem::permissions("/tmp", std::filesystem::perms::all);
+    const root::Ended ended = serve("vokpage </etc/passwd");
+    std::filesystem::permissions("/tmp", std::filesystem::perms(0755));
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_TRUE(ended.output.starts_with("Status: 500 Internal Server Error\r\n"));
+    EXPECT_TRUE(contains(ended.output,
+                         "<p>Others on this appliance can write to its /tmp, and so "
+                         "could forge what the pages show and do. Nothing was done."));
+    EXPECT_EQ(ended.errors,
+              "vokpage: others can write to /tmp, and a /tmp of the pages' own cannot "
+              "be had: Operation not permitted\n");
+    EXPECT_FALSE(root::exists(root::kTraceFile)) << "the module was not called";
+}
+
+TEST_F(Program, pageThatIsNotReadyInTimeEndsWithItsScripts)
+{
+    root::stub("php", "sleep 100");
+    const auto start = std::chrono::steady_clock::now();
+    // Its output ends when the script does that has it open, too.
+    const root::Ended ended = serve("vokpage </tmp/body");
+    const auto taken = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(taken, std::chrono::seconds(29));
+    EXPECT_LT(taken, std::chrono::seconds(60));
+    EXPECT_EQ(ended.exitCode, 128 + SIGKILL);
+    EXPECT_TRUE(ended.output.starts_with("Status: 504 Gateway Timeout\r\n"));
+    EXPECT_TRUE(contains(ended.output, "\r\nX-Frame-Options: DENY\r\n"));
+    EXPECT_TRUE(ended.output.ends_with("</html>\n"));
 }
 
 TEST_F(Program, outputThatCannotBeWrittenIsAFailure)

@@ -11,6 +11,7 @@
 
 #include "config/configuration.h"
 #include "page/private_files.h"
+#include "page/slots.h"
 #include "tests/page/visits.h"
 
 namespace {
@@ -339,6 +340,34 @@ TEST_F(Routes, settingsThatAreNotUnderstoodAreToldInTheLog)
                          "<p>The appliance&#39;s settings cannot be read, so nothing was done. "
                          "The web server&#39;s log tells what has to be mended.</p>"));
     EXPECT_FALSE(contains(answer, "hots"));
+}
+
+TEST_F(Routes, webServerMaySayWhoAsks)
+{
+    configure("administrators = anna\ntrust-web-server = yes\n");
+    EXPECT_TRUE(contains(ask("GET", ""), "<p>The web server has not said who you are."));
+    variables.set("REMOTE_USER", "anna");
+    EXPECT_EQ(statusOf(ask("GET", "/setup")), "200 OK");
+    showToken();
+    EXPECT_EQ(statusOf(ask("POST", "/setup", "token=" + formToken)), "200 OK");
+    EXPECT_EQ(statusOf(ask("POST", "/setup", "token=" + std::string(32, '0'))), "403 Forbidden");
+}
+
+TEST_F(Routes, fewPagesAreMadeAtATime)
+{
+    std::vector<page::Descriptor> taken;
+    while (std::optional<page::Descriptor> slot = page::takeSlot(true)) {
+        taken.push_back(*std::move(slot));
+    }
+    const std::string answer = ask("GET", "/login");
+    EXPECT_EQ(statusOf(answer), "503 Service Unavailable");
+    EXPECT_TRUE(contains(answer, "\r\nRetry-After: 2\r\n"));
+    EXPECT_TRUE(contains(answer, "<p>The appliance is busy with other requests. Try again.</p>"));
+    logIn("anna");
+    EXPECT_EQ(statusOf(ask("GET", "/setup")), "200 OK") << "strangers do not keep others out";
+    taken.clear();
+    showToken();
+    EXPECT_EQ(statusOf(ask("GET", "/login")), "200 OK");
 }
 
 TEST_F(Routes, newNameShowsAtOnce)

@@ -3,6 +3,9 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <string>
+#include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -23,6 +26,21 @@ TEST(Variables, canBeSet)
     variables.set("A", "1");
     variables.set("A", "2");
     EXPECT_EQ(variables["A"], "2");
+}
+
+TEST(Variables, fewStayInTheEnvironment)
+{
+    ::setenv("HTTP_EVIL", "() { :; }", 1);
+    ::setenv("LD_LIBRARY_PATH", "/tmp", 1);
+    ::setenv("TZ", "UTC", 1);
+    page::cleanEnvironment();
+    std::vector<std::string> entries;
+    for (char** entry = ::environ; *entry != nullptr; ++entry) {
+        entries.emplace_back(*entry);
+    }
+    EXPECT_EQ(entries, (std::vector<std::string>{
+                           "PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin",
+                           "HOME=/", "LC_ALL=C", "TZ=UTC"}));
 }
 
 } // namespace

@@ -56,6 +56,7 @@ TEST_F(Visitors, sessionSaysWhoAsks)
     const Visitor visitor = identify(request);
     EXPECT_EQ(visitor.account, "anna");
     EXPECT_TRUE(visitor.isAdministrator);
+    EXPECT_TRUE(visitor.hasSession);
     EXPECT_FALSE(visitor.mayBegin);
     EXPECT_EQ(visitor.formToken, page::Sessions().find(request.session, page::now())->formToken);
 }
@@ -95,12 +96,43 @@ TEST_F(Visitors, firstAdministratorEndsThat)
     EXPECT_TRUE(identify(showing("carla")).isAdministrator);
 }
 
+TEST_F(Visitors, webServerIsBelievedIfTheSettingsSaySo)
+{
+    Request request = showing("bob");
+    request.remoteUser = "anna";
+    EXPECT_EQ(identify(request).account, "bob") << "otherwise it is not";
+    settings.trustWebServer = true;
+    const Visitor visitor = identify(request);
+    EXPECT_EQ(visitor.account, "anna");
+    EXPECT_TRUE(visitor.isAdministrator);
+    EXPECT_FALSE(visitor.hasSession);
+    EXPECT_EQ(visitor.formToken, visits::kToken);
+    request.remoteUser = "carla";
+    EXPECT_FALSE(identify(request).isAdministrator);
+}
+
+TEST_F(Visitors, webServerThatIsBelievedHasToSaySomebody)
+{
+    settings.trustWebServer = true;
+    settings.administrators = {};
+    try {
+        (void)identify(showing("anna"));
+        FAIL() << "neither a session nor a new appliance is a way in";
+    } catch (const page::Refusal& refusal) {
+        EXPECT_EQ(refusal.status(), 403);
+        EXPECT_STREQ(
+            refusal.what(),
+            "The web server has not said who you are. This appliance is set to rely on the "
+            "web server's login, which has to be switched on.");
+    }
+}
+
 TEST(Levels, eachAdmitsItsVisitors)
 {
-    const Visitor account = {
-        .account = "bob", .isAdministrator = false, .mayBegin = false, .formToken = {}};
-    const Visitor newcomer = {
-        .account = {}, .isAdministrator = false, .mayBegin = true, .formToken = {}};
+    Visitor account;
+    account.account = "bob";
+    Visitor newcomer;
+    newcomer.mayBegin = true;
     const auto admitted = [&](Level level) {
         std::string visitors;
         visitors += page::admits(level, visits::administrator()) ? "administrator " : "";

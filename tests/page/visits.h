@@ -33,12 +33,18 @@ struct Made {
 
 inline page::Visitor administrator()
 {
-    return {.account = "anna", .isAdministrator = true, .mayBegin = false, .formToken = kToken};
+    return {.account = "anna",
+            .isAdministrator = true,
+            .hasSession = true,
+            .mayBegin = false,
+            .formToken = kToken};
 }
 
 inline page::Visitor nobody()
 {
-    return {.account = {}, .isAdministrator = false, .mayBegin = false, .formToken = kToken};
+    page::Visitor visitor;
+    visitor.formToken = kToken;
+    return visitor;
 }
 
 /// What a page makes of itself for a visitor, whole.

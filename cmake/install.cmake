@@ -61,7 +61,11 @@ if(TARGET vokctl)
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME vokctl)
 endif()
 if(TARGET vokpage)
-  install(TARGETS vokpage RUNTIME DESTINATION lib/cgi-bin)
+  # Not where a web server would run it unasked.
+  install(TARGETS vokpage RUNTIME DESTINATION lib/vokcontrol)
+  install(FILES ${packaging}/man/vokpage.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+  install(DIRECTORY ${packaging}/web-server DESTINATION ${CMAKE_INSTALL_DOCDIR} USE_SOURCE_PERMISSIONS)
+  install(FILES docs/web-server.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
   install(DIRECTORY page/static/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol/www)
 endif()
 

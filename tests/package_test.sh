@@ -73,6 +73,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/lib/systemd/system/vokcontrol-collect.timer
 /usr/lib/systemd/system/vokserve.service
 /usr/lib/systemd/system/vokserve.socket
+/usr/lib/vokcontrol/vokpage
 /usr/sbin/vokcollect
 /usr/sbin/vokcontrol
 /usr/sbin/vokserve
@@ -83,11 +84,19 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/architecture.md
 /usr/share/doc/vokcontrol/protocol.md
 /usr/share/doc/vokcontrol/security.md
+/usr/share/doc/vokcontrol/web-server.md
+/usr/share/doc/vokcontrol/web-server/lighttpd.conf
+/usr/share/doc/vokcontrol/web-server/nginx.conf
+/usr/share/doc/vokcontrol/web-server/stunnel.conf
+/usr/share/doc/vokcontrol/web-server/vokpage.service
+/usr/share/doc/vokcontrol/web-server/vokpage.sh
+/usr/share/doc/vokcontrol/web-server/vokpage.socket
 /usr/share/man/man1/vokctl.1
 /usr/share/man/man5/vokcontrol.conf.5
 /usr/share/man/man7/vokcontrol-protocol.7
 /usr/share/man/man8/vokcontrol.8
-/usr/share/man/man8/vokserve.8' "$(listing | grep -vE '^/usr/(lib/cgi-bin|share/vokcontrol)')"
+/usr/share/man/man8/vokpage.8
+/usr/share/man/man8/vokserve.8' "$(listing | grep -vE '^/usr/share/vokcontrol')"
 
 expect 'no file names the folder that it was built in' '' "$(
     mkdir "$root/unpacked"

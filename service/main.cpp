@@ -25,7 +25,8 @@ constexpr int kAnotherServes = 3;
 struct Options {
     std::string file = config::kDefaultFile;
     config::Configuration settings;
-    bool isGroupGiven = false;
+    service::GroupName members;
+    service::GroupName viewers;
 };
 
 /// A thousand clients at once are a thousand descriptors.
@@ -48,10 +49,10 @@ int serve(const Options& options)
     guard::usePath(path.c_str());
     asio::io_context context(1);
     asio::signal_set stop(context, SIGTERM, SIGINT);
-    const service::Admission admission(settings.group, options.isGroupGiven);
+    const service::Admission admission(options.members, options.viewers);
     // It is released last, when the socket is gone.
     const service::ServiceLock lock;
-    service::Listener listener(context, settings.socket, admission.group());
+    service::Listener listener(context, settings.socket, admission.group(), admission.socketMode());
     service::Server server(context, listener, stop, admission,
                            {.send = std::chrono::seconds(settings.deadline),
                             .request = std::chrono::seconds(settings.timeout),
@@ -87,8 +88,12 @@ void addOptions(CLI::App& program, Options& options)
                "The longest pause of a user who asks for wrong passwords; 0 for none");
     program
         .add_option("--group", settings.group,
-                    "Members of this group may ask; root always may. Without such a group it is "
-                    "root alone")
+                    "Members of this group may ask for everything; root always may")
+        ->type_name("NAME")
+        ->capture_default_str();
+    program
+        .add_option("--view-group", settings.viewGroup,
+                    "Members of this group may ask for what changes nothing")
         ->type_name("NAME")
         ->capture_default_str();
     program.add_option("--path", settings.path, "Where requests find the appliance's programs")
@@ -97,14 +102,18 @@ void addOptions(CLI::App& program, Options& options)
 }
 
 /// What the command line says wins over the file, which it may name: so it is read, too, after the
-/// file.
+/// file. A group that somebody has named must be there.
 void readSettings(CLI::App& program, int argc, char** argv, Options& options)
 {
     program.parse(argc, argv);
     options.settings = config::read(options.file);
     program.parse(argc, argv);
-    options.isGroupGiven =
-        program.count("--group") > 0 || options.settings.group != config::Configuration().group;
+    const config::Configuration& settings = options.settings;
+    const config::Configuration usual;
+    options.members = {settings.group,
+                       program.count("--group") > 0 || settings.group != usual.group};
+    options.viewers = {settings.viewGroup,
+                       program.count("--view-group") > 0 || settings.viewGroup != usual.viewGroup};
 }
 
 } // namespace

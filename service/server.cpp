@@ -19,7 +19,9 @@
 #include <sys/resource.h>
 #include <tuple>
 
+#include "cmdsvc/commands.h"
 #include "cmdsvc/protocol.h"
+#include "cmdsvc/request_reader.h"
 #include "service/gate.h"
 #include "service/log.h"
 
@@ -152,7 +154,8 @@ void Server::welcome(Socket socket)
     // Nothing that is ever started from here is to hold it.
     ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
     const std::optional<Peer> peer = peerOf(socket.native_handle());
-    const uid_t user = peer ? peer->user : static_cast<uid_t>(-1);
+    const bool isKnown = peer && admission_.admits(*peer);
+    const uid_t user = isKnown ? peer->user : Visits::kStrangers;
     ++busy_;
     const Welcome welcome = visits_.enter(user);
     if (welcome == Welcome::kClosed) {
@@ -230,6 +233,16 @@ bool Server::isAdmitted(const std::optional<Peer>& peer) const
     return false;
 }
 
+/// Whether the client may send this request; a refusal is logged.
+bool Server::isPermitted(const std::string& request, const Peer& peer) const
+{
+    if (admission_.permits(peer, cmdsvc::findCommand(cmdsvc::codeOf(request)))) {
+        return true;
+    }
+    log(peer, "may only look, and not send " + describeCommand(request) + "; it was refused");
+    return false;
+}
+
 asio::awaitable<void> Server::visit(Socket socket, std::optional<Peer> peer, Welcome welcome)
 {
     if (welcome == Welcome::kRefused) {
@@ -246,6 +259,10 @@ asio::awaitable<void> Server::serve(Socket& socket, const Peer& peer)
 {
     std::optional<std::string> request = co_await receive(socket, peer);
     if (!request) {
+        co_return;
+    }
+    if (!isPermitted(*request, peer)) {
+        co_await turnAway(socket, cmdsvc::kNotAdmitted);
         co_return;
     }
     if (!co_await awaitTurn(*request, peer)) {

@@ -46,7 +46,7 @@ for tool in dpkg dpkg-deb dpkg-split tar bash; do
 done
 # Groups are made the short way, with the one number that the sandbox can give files to. The linker's
 # cache is the host's business.
-printf '#!/bin/sh\necho "vokcontrol:x:0:" >>/etc/group\n' >"$root/usr/bin/groupadd"
+printf '#!/bin/sh\necho "$2:x:0:" >>/etc/group\n' >"$root/usr/bin/groupadd"
 printf '#!/bin/sh\ngrep "^$2:" /etc/group\n' >"$root/usr/bin/getent"
 printf '#!/bin/sh\n' >"$root/usr/bin/ldconfig"
 printf '#!/bin/sh\nexec "$@"\n' >"$root/usr/bin/sudo"
@@ -120,9 +120,9 @@ for entry in /usr/lib/*-linux-*; do
 done
 
 expect 'it is installed, serves, collects, and is removed again' 'installed: install ok installed
-group: vokcontrol:x:0:
+group: vokcontrol:x:0: vokcontrol-view:x:0:
 users: anna
-socket: srw-rw---- root 0
+socket: srw-rw-rw- root 0
 collected: There are no internal shares.
 removed: deinstall ok config-files
 left: /etc/vokcontrol.conf
@@ -131,7 +131,7 @@ units: enable vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service
 disable vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service' "$(in_root '
     /usr/bin/dpkg --force-depends --force-not-root --force-bad-path -i /vokcontrol.deb >/tmp/log 2>&1 || cat /tmp/log
     echo "installed: $(sed -n "/^Package: vokcontrol/,/^$/s/^Status: //p" /var/lib/dpkg/status)"
-    echo "group: $(grep vokcontrol /etc/group)"
+    echo group: $(grep vokcontrol /etc/group)
     LD_LIBRARY_PATH=/usr/lib vokserve 2>/tmp/serve.log &
     service=$!
     for i in 1 2 3 4 5 6 7 8 9 10; do [ -S /run/vokcontrol.sock ] || usleep 100000; done

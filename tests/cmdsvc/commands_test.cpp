@@ -50,6 +50,11 @@ std::string hex(Status status)
     return text;
 }
 
+std::string rightOf(const Command& row)
+{
+    return (row.right == cmdsvc::Right::kView) ? "view" : "full";
+}
+
 std::string countOf(const Command& row)
 {
     if (!row.count.isChecked) {
@@ -151,8 +156,9 @@ std::string refusalOf(const Command& row)
 
 std::string tableRow(const Command& row)
 {
-    const Strings cells = {countOf(row), row.count.isChecked ? hex(row.wrongCountCode) : "",
-                           parametersOf(row), goodAnswerOf(row), refusalOf(row)};
+    const Strings cells = {
+        rightOf(row),      countOf(row),      row.count.isChecked ? hex(row.wrongCountCode) : "",
+        parametersOf(row), goodAnswerOf(row), refusalOf(row)};
     std::string text = "| `" + std::string(row.code) + "` |";
     for (const std::string& cell : cells) {
         text += (cell.empty() ? "" : " " + cell) + " |";
@@ -186,6 +192,21 @@ TEST(Commands, protocolsTableHasEveryRow)
         expected.push_back(tableRow(row));
     }
     EXPECT_EQ(findAll(readText("protocol.md"), "^(\\| `[^\n]*)$"), expected);
+}
+
+TEST(Commands, whoMayOnlyLookMaySendTheseAndNoOthers)
+{
+    EXPECT_EQ(codesIf([](const Command& row) { return row.right == cmdsvc::Right::kView; }),
+              (Strings{"dscr", "frst", "getv", "gps1", "gpsn", "grst", "gsp1", "gspc", "gub1",
+                       "gubs", "ipcf", "lsts", "lstu", "qlps", "rtov", "vers", "wags"}));
+    EXPECT_EQ(codesIf([](const Command& row) { return row.right == cmdsvc::Right::kFull; }),
+              (Strings{"crat", "gpvt", "host", "pshr", "sgss", "shar", "spvt", "sub1", "subs",
+                       "wall", "warp", "wasu"}));
+}
+
+TEST(Commands, rightThatNobodyHasDeclaredIsTheFullOne)
+{
+    EXPECT_EQ(cmdsvc::Right{}, cmdsvc::Right::kFull);
 }
 
 TEST(Commands, protocolDescribesEachCommandOnce)

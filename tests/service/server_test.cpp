@@ -16,6 +16,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "cmdsvc/commands.h"
 #include "tests/service/socket_client.h"
 #include "tests/support/request.h"
 #include "tests/support/root.h"
@@ -292,6 +293,8 @@ TEST_F(Server, whoGoesOnConnectingIsNoLongerHeard)
     root::writeFile("/stubs/peer", "credentials 4711 1000 100\n");
     std::vector<std::unique_ptr<Client>> clients;
     for (std::size_t i = 0; i < kMost; ++i) {
+        // Strangers count as one, however many they are.
+        root::writeFile("/stubs/peer", "credentials 4711 " + std::to_string(1000 + i) + " 100\n");
         clients.push_back(std::make_unique<Client>());
         EXPECT_EQ(clients.back()->receive(),
                   serviceStatus(i < kMost / 2 ? kNotAdmitted : kNotStarted));
@@ -642,6 +645,65 @@ TEST_F(Server, membersOfItsGroupAreServed)
     EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kNotAdmitted));
     root::writeFile("/etc/group", groups);
     EXPECT_EQ(stop().size(), 3U);
+}
+
+TEST_F(Server, viewersMayLookAndNothingElse)
+{
+    const std::string groups = root::readFile("/etc/group");
+    root::writeFile("/etc/group", groups + "vokcontrol:x:0:\nvokcontrol-view:x:4243:\n");
+    startAmongStrangers();
+    root::writeFile("/etc/group", groups);
+    root::writeFile("/stubs/peer", "credentials 4711 1000 100\ngroups 27 4243\n");
+    for (const cmdsvc::Command& command : cmdsvc::kCommands) {
+        const std::string answer = exchange(frame(std::string(command.code), 99));
+        EXPECT_EQ(answer == serviceStatus(kNotAdmitted), command.right == cmdsvc::Right::kFull)
+            << command.code;
+    }
+    static_cast<void>(stop());
+}
+
+TEST_F(Server, whatAViewerMayNotSendIsRefusedLoggedAndNotRun)
+{
+    const std::string groups = root::readFile("/etc/group");
+    root::writeFile("/etc/group", groups + "vokcontrol:x:0:\nvokcontrol-view:x:4243:\n");
+    root::stub("php", "touch /stubs/run");
+    startAmongStrangers();
+    root::writeFile("/etc/group", groups);
+    struct stat status = {};
+    ASSERT_EQ(::stat(kSocket, &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0666U);
+    root::writeFile("/stubs/peer", "credentials 4711 1000 100\ngroups 27 4243\n");
+    EXPECT_EQ(exchange(frame("crat", 2, "anna\nsecret\n")), serviceStatus(kNotAdmitted));
+    EXPECT_EQ(exchange(frame("nope", 0)), serviceStatus(kNotAdmitted)) << "nobody knows it";
+    EXPECT_EQ(exchange("ls"), serviceStatus(kNotAdmitted)) << "no command at all";
+    EXPECT_FALSE(root::exists("/stubs/run"));
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << "a viewer's command";
+    root::writeFile("/stubs/peer", "credentials 4711 1000 100\ngroups 27 4242\n");
+    EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kNotAdmitted)) << "a stranger";
+    EXPECT_EQ(stop(),
+              (std::vector<std::string>{
+                  "vokserve: uid=1000 pid=4711: may only look, and not send crat; it was refused",
+                  "vokserve: uid=1000 pid=4711: may only look, and not send nope; it was refused",
+                  "vokserve: uid=1000 pid=4711: may only look, and not send 0x6c73; it was refused",
+                  "vokserve: uid=1000 pid=4711: 1 rtov count=7 answer=4",
+                  "vokserve: uid=1000 pid=4711: is not permitted to ask; it was refused"}));
+    EXPECT_EQ(usageOf(1), le32(0)) << "what is refused is no request";
+    EXPECT_EQ(usageOf(20), le32(1));
+}
+
+TEST_F(Server, groupOfViewersThatIsAskedForMustBeThere)
+{
+    const root::Ended ended =
+        root::run({root::built("vokserve"), "--socket", kSocket, "--view-group", "nosuch"});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(ended.errors,
+              "vokserve: there is no group nosuch; make it (groupadd --system nosuch), "
+              "or use --view-group\n");
+    root::writeFile("/tmp/settings", "[service]\nview-group = other\n");
+    EXPECT_EQ(root::run({root::built("vokserve"), "--socket", kSocket, "--config", "/tmp/settings"})
+                  .errors,
+              "vokserve: there is no group other; make it (groupadd --system other), "
+              "or use --view-group\n");
 }
 
 TEST_F(Server, groupThatIsAskedForMustBeThere)

@@ -41,7 +41,7 @@ expect 'its path is printed last' "$clone/build/package/$architecture/vokcontrol
 expect 'made anew it has the same bytes' '' "$(cmp "$(make)" "$package" 2>&1)"
 expect 'lintian has nothing to say' '' "$(lintian --fail-on none --allow-root "$package" 2>&1)"
 expect 'it wants what the module calls' \
-    'libc6, libgcc-s1, libssl3, libstdc++6, passwd, php-cli, sudo' \
+    'libc6, libgcc-s1, libinih1, libssl3, libstdc++6, passwd, php-cli, sudo' \
     "$(dpkg-deb -f "$package" Depends | sed 's/ ([^)]*)//g')"
 
 # A root with busybox, dpkg, and the few real tools that dpkg and the package's scripts insist on.
@@ -107,6 +107,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/changelog.gz
 /usr/share/doc/vokcontrol/copyright
 /usr/share/doc/vokcontrol/glossary.md.gz
+/usr/share/doc/vokcontrol/install.md.gz
 /usr/share/doc/vokcontrol/protocol.md.gz
 /usr/share/doc/vokcontrol/security.md.gz
 /usr/share/lintian/overrides/vokcontrol
@@ -134,7 +135,7 @@ prefix=/usr' "$(
 )"
 expect 'programs look for the library where the system does' '' "$(
     cd "$root/unpacked/usr"
-    readelf -d bin/vokctl sbin/vok* lib/cgi-bin/vokpage lib/libvokcontrol.so.0 | grep -E 'RPATH|RUNPATH' || true
+    readelf -d bin/vokctl sbin/vok* lib/*/vokpage lib/libvokcontrol.so.0 | grep -E 'RPATH|RUNPATH' || true
 )"
 
 # dpkg unpacks into /usr/lib, which is the host's in such a root: this one has a folder of its own there,

@@ -21,6 +21,14 @@ namespace cmdsvc {
 
 // ---- What a row says --------------------------------------------------------------------------
 
+/// Who may send a command. The service asks for the right; the dispatcher carries out whatever it
+/// gets.
+enum class Right : std::uint8_t {
+    kFull, ///< only who may do everything
+    kView, ///< also who may only look: it changes nothing that lasts, and tells nothing that is
+           ///< secret
+};
+
 /// The parameter counts that a command takes.
 struct CountRule {
     bool isChecked;
@@ -153,6 +161,7 @@ struct ParameterList {
 
 struct Command {
     std::string_view code;
+    Right right;
     CountRule count;
     Status wrongCountCode;
     WrongCountExit wrongCountExit;
@@ -165,6 +174,7 @@ struct Command {
 
 namespace rows {
 
+using enum Right;
 using enum WrongCountExit;
 using enum RefusalShape;
 using enum Layout;
@@ -213,53 +223,56 @@ inline constexpr Limit kWorkGroup = {32, kWorkGroupTooLong};
 // clang-format off
 /// In alphabetical order.
 inline constexpr auto kTable = std::to_array<Command>({
-    // code  count          wrong count                exit           refusals                             good answer
-    {"crat", exactly(2),    kMalformed,                kPlain,        {kAsWord, kMalformed},               kCode,
+    // code  right  count          wrong count                exit           refusals                             good answer
+    {"crat", kFull, exactly(2),    kMalformed,                kPlain,        {kAsWord, kMalformed},               kCode,
         takes({"user", kLine, kNewUser, kLongRoom, kNewUserName}, {"password", kLine, kSingleQuotes, kLongRoom, kNewPassword})},
-    {"dscr", kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,                       kNothing},
-    {"frst", exactly(0),    kMalformed,                kPlain,        {kAsWord},                           kCode},
-    {"getv", exactly(1),    kMalformed,                kKeepsFile,    {kAsError, kRemoteFailed},           bytes("getv "),
+    {"dscr", kView, kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,                       kNothing},
+    {"frst", kView, exactly(0),    kMalformed,                kPlain,        {kAsWord},                           kCode},
+    {"getv", kView, exactly(1),    kMalformed,                kKeepsFile,    {kAsError, kRemoteFailed},           bytes("getv "),
         takes({"key", kNumber})},
-    {"gps1", exactly(0),    kWrongCountOfShareCommand, kPlain,        kNeverRefused,                       header("gpsr")},
-    {"gpsn", kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,                       bytes("gpsn ")},
-    {"gpvt", exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("gprt")},
+    {"gps1", kView, exactly(0),    kWrongCountOfShareCommand, kPlain,        kNeverRefused,                       header("gpsr")},
+    {"gpsn", kView, kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,                       bytes("gpsn ")},
+    // What people keep in the private file is theirs to tell.
+    {"gpvt", kFull, exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("gprt")},
     // Its one answer ends it like a refusal.
-    {"grst", kAnyCount,     kGood,                     kNoWrongCount, {kAsWord},                           word(kDriveCountReadable)},
+    {"grst", kView, kAnyCount,     kGood,                     kNoWrongCount, {kAsWord},                           word(kDriveCountReadable)},
     // It answers a bad name as a word, and everything else as an error.
-    {"gsp1", exactly(1),    kWrongCountOfShareCommand, kPlain,        {kAsError, kBadShareName, kAsWord},  header("gspr"),
+    {"gsp1", kView, exactly(1),    kWrongCountOfShareCommand, kPlain,        {kAsError, kBadShareName, kAsWord},  header("gspr"),
         takes({"share", kLine, kDoubleQuotes, kLongRoom, kShareName})},
-    {"gspc", kAnyCount,     kGood,                     kNoWrongCount, {kAsStatus, kSharePropertyUnknown},  bytes("gspc "),
+    {"gspc", kView, kAnyCount,     kGood,                     kNoWrongCount, {kAsStatus, kSharePropertyUnknown},  bytes("gspc "),
         takes({"share", kInFirstLine, kDoubleQuotes, kLongRoom, {}, 6, 5})},
-    {"gub1", exactly(0),    kMalformed,                kPlain,        kNeverRefused,                       bytes("gubr ")},
-    {"gubs", kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,                       kNothing},
-    {"host", exactly(4),    kMalformed,                kPlain,        {kAsWord, kMalformed},               kCode,
+    // It leaves the mark that clients look for and, if nothing was published, starts a collection, as it
+    // does for everybody: neither takes anything from anybody.
+    {"gub1", kView, exactly(0),    kMalformed,                kPlain,        kNeverRefused,                       bytes("gubr ")},
+    {"gubs", kView, kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,                       kNothing},
+    {"host", kFull, exactly(4),    kMalformed,                kPlain,        {kAsWord, kMalformed},               kCode,
         takes({"time", kLine, kClock}, {"host name", kLine, kWord, kLongRoom, kHostName},
               {"work group", kLine, kWord, kLongRoom, kWorkGroup}, {"language", kLine, kWord})},
-    {"ipcf", kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,                       kNothing},
-    {"lsts", exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("lsst")},
-    {"lstu", exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("lsut")},
-    {"pshr", exactly(3),    kMalformed,                kPlain,        {kAsWord, kMalformed},               kCode,
+    {"ipcf", kView, kAnyCount,     kGood,                     kNoWrongCount, kNeverRefused,                       kNothing},
+    {"lsts", kView, exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("lsst")},
+    {"lstu", kView, exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("lsut")},
+    {"pshr", kFull, exactly(3),    kMalformed,                kPlain,        {kAsWord, kMalformed},               kCode,
         takes({"guest", kLine, kName}, {"share", kLine, kName, kLongRoom, kNewShareName})},
-    {"qlps", exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("qlrt")},
-    {"rtov", exactly(2),    kMalformed,                kPlain,        kNeverRefused,                       kNothing},
-    {"sgss", exactly(0),    kWrongCountOfShareCommand, kPlain,        kNeverRefused,                       kCode},
-    {"shar", exactly(3),    kMalformed,                kLineTraced,   {kAsWord, kMalformed},               kCode,
+    {"qlps", kView, exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("qlrt")},
+    {"rtov", kView, exactly(2),    kMalformed,                kPlain,        kNeverRefused,                       kNothing},
+    {"sgss", kFull, exactly(0),    kWrongCountOfShareCommand, kPlain,        kNeverRefused,                       kCode},
+    {"shar", kFull, exactly(3),    kMalformed,                kLineTraced,   {kAsWord, kMalformed},               kCode,
         takes({"user", kLine, kName}, {"share", kLine, kName, kLongRoom, kNewShareName})},
-    {"spvt", exactly(2),    kMalformed,                kCountTraced,  {kAsWord, kMalformed},               kCode,
+    {"spvt", kFull, exactly(2),    kMalformed,                kCountTraced,  {kAsWord, kMalformed},               kCode,
         takes({"size", kNumberLine, kSize}, {"content", kRest, kDoubleQuotes})},
-    {"sub1", exactly(2),    kMalformed,                kPlain,        {kAsWord, kMalformed},               kCode,
+    {"sub1", kFull, exactly(2),    kMalformed,                kPlain,        {kAsWord, kMalformed},               kCode,
         takes({"state", kByte}, {"byte after it", kByte}, {"user", kText, kEscaped})},
-    {"subs", kAnyCount,     kGood,                     kNoWrongCount, {kAsStatus, kMalformed},             kStatus,
+    {"subs", kFull, kAnyCount,     kGood,                     kNoWrongCount, {kAsStatus, kMalformed},             kStatus,
         takes({"user", kInFirstLine, kNameLine, kLongRoom, {}, 8, 6})},
-    {"vers", exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("vert")},
-    {"wags", between(1, 2), kMalformed,                kKeepsFile,    {kAsError, kRemoteBadRequest},       bytes("wags "),
+    {"vers", kView, exactly(0),    kMalformed,                kPlain,        {kAsError},                          header("vert")},
+    {"wags", kView, between(1, 2), kMalformed,                kKeepsFile,    {kAsError, kRemoteBadRequest},       bytes("wags "),
         takes({"entity", kLine, kDoubleQuotes, kShortRoom}, {"user", kLine, kName, kShortRoom})},
-    {"wall", exactly(2),    kMalformed,                kKeepsFile,    {kAsError, kMalformed},              bytes("wall "),
+    {"wall", kFull, exactly(2),    kMalformed,                kKeepsFile,    {kAsError, kMalformed},              bytes("wall "),
         takes({"user", kLine, kNowhere, kShortRoom}, {"password", kLine, kNowhere, kShortRoom})},
-    {"warp", exactly(3),    kMalformed,                kKeepsFile,    {kAsError, kRemoteFailed},           bytes("warp "),
+    {"warp", kFull, exactly(3),    kMalformed,                kKeepsFile,    {kAsError, kRemoteFailed},           bytes("warp "),
         takes({"user", kLine, kNowhere, kSignUpRoom}, {"first value", kLine, kNowhere, kSignUpRoom},
               {"second value", kLine, kNowhere, kSignUpRoom})},
-    {"wasu", exactly(4),    kMalformed,                kKeepsFile,    {kAsError, kRemoteFailed},           bytes("wasu "),
+    {"wasu", kFull, exactly(4),    kMalformed,                kKeepsFile,    {kAsError, kRemoteFailed},           bytes("wasu "),
         takes({"user", kLine, kName, kShortRoom}, {"first value", kLine, kDoubleQuotes, kShortRoom},
               {"second value", kLine, kNowhere, kShortRoom}, {"switch", kByte})},
 });

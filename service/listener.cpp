@@ -17,7 +17,7 @@ namespace {
 using Protocol = asio::local::stream_protocol;
 
 constexpr int kFirstHandedOver = 3;
-constexpr mode_t kKeepOthersOut = 0117;
+constexpr mode_t kAll = 0777;
 
 /// Whether systemd has started us with a socket for this very process.
 bool isHandedOver()
@@ -67,7 +67,8 @@ void publish(const std::string& unready, const std::string& path, std::optional<
     }
 }
 
-Acceptor openOwn(asio::io_context& context, const std::string& path, std::optional<gid_t> group)
+Acceptor openOwn(asio::io_context& context, const std::string& path, std::optional<gid_t> group,
+                 mode_t mode)
 {
     const std::string unready = path + "~";
     if (unready.size() >= sizeof(sockaddr_un::sun_path)) {
@@ -80,7 +81,7 @@ Acceptor openOwn(asio::io_context& context, const std::string& path, std::option
     acceptor.open(Protocol(), error);
     // What outlives a service must not make it look alive.
     ::fcntl(acceptor.native_handle(), F_SETFD, FD_CLOEXEC);
-    const mode_t mask = ::umask(kKeepOthersOut);
+    const mode_t mask = ::umask(kAll & ~mode);
     acceptor.bind(Protocol::endpoint(unready), error);
     ::umask(mask);
     if (!error) {
@@ -95,9 +96,10 @@ Acceptor openOwn(asio::io_context& context, const std::string& path, std::option
 
 } // namespace
 
-Listener::Listener(asio::io_context& context, std::string path, std::optional<gid_t> group)
+Listener::Listener(asio::io_context& context, std::string path, std::optional<gid_t> group,
+                   mode_t mode)
     : ownPath_(isHandedOver() ? "" : std::move(path)),
-      acceptor_(ownPath_.empty() ? takeOver(context) : openOwn(context, ownPath_, group))
+      acceptor_(ownPath_.empty() ? takeOver(context) : openOwn(context, ownPath_, group, mode))
 {
     ::lstat(ownPath_.c_str(), &own_);
 }

@@ -13,14 +13,15 @@ namespace service {
 using Acceptor = asio::local::stream_protocol::acceptor;
 
 /// The socket that requests come through: the one that systemd has handed over (LISTEN_FDS), or one
-/// of our own at a path. Ours is open to its owner and group (mode 0660), and is removed with this
-/// object, unless another socket has taken its place.
+/// of our own at a path. Ours is removed with this object, unless another socket has taken its
+/// place.
 class Listener {
   public:
     /// Throws std::runtime_error with what to do about it where the socket cannot be had.
     /// @param group  the group that a socket of our own is given to
-    Listener(asio::io_context& context, std::string path,
-             std::optional<gid_t> group = std::nullopt);
+    /// @param mode   of a socket of our own
+    Listener(asio::io_context& context, std::string path, std::optional<gid_t> group = std::nullopt,
+             mode_t mode = 0660);
     ~Listener();
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;

@@ -18,16 +18,6 @@ bool isPlain(char c)
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
-std::string showCode(std::string_view code)
-{
-    if (code.size() == kCodeSize && std::ranges::all_of(code, isPlain)) {
-        return std::string(code);
-    }
-    std::string shown = "0x";
-    core::appendHex(shown, code);
-    return shown;
-}
-
 std::string_view showEnding(Ending ending)
 {
     switch (ending) {
@@ -47,10 +37,21 @@ std::string_view showEnding(Ending ending)
 
 } // namespace
 
+std::string describeCommand(std::string_view request)
+{
+    const std::string_view code = request.substr(0, kCodeSize);
+    if (code.size() == kCodeSize && std::ranges::all_of(code, isPlain)) {
+        return std::string(code);
+    }
+    std::string shown = "0x";
+    core::appendHex(shown, code);
+    return shown;
+}
+
 std::string describe(int number, std::string_view request, const Outcome& outcome,
                      std::chrono::milliseconds taken)
 {
-    return std::to_string(number) + " " + showCode(request.substr(0, kCodeSize)) +
+    return std::to_string(number) + " " + describeCommand(request) +
            " count=" + std::to_string(cmdsvc::countOf(request)) +
            " answer=" + std::to_string(outcome.answer.size()) +
            " ms=" + std::to_string(taken.count()) + std::string(showEnding(outcome.ending));

@@ -19,6 +19,9 @@ namespace service {
 [[nodiscard]] std::string describe(int number, std::string_view request, const Outcome& outcome,
                                    std::chrono::milliseconds taken);
 
+/// The command of a request as log lines have it.
+[[nodiscard]] std::string describeCommand(std::string_view request);
+
 /// "uid=1000 pid=4711"; question marks for a peer that the kernel does not tell.
 [[nodiscard]] std::string describe(const std::optional<Peer>& peer);
 

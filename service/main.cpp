@@ -11,8 +11,10 @@
 #include "guard/guard.h"
 #include "service/background.h"
 #include "service/child.h"
+#include "service/kept_files.h"
 #include "service/listener.h"
 #include "service/log.h"
+#include "service/own_tmp.h"
 #include "service/peer.h"
 #include "service/server.h"
 #include "service/service_lock.h"
@@ -27,7 +29,9 @@ constexpr int kAnotherServes = 3;
 struct Options {
     std::string file = config::kDefaultFile;
     config::Configuration settings;
-    bool isGroupGiven = false;
+    service::GroupName members;
+    service::GroupName viewers;
+    bool isTmpShared = false;
     bool isInBackground = false;
     std::string pidFile;
     std::string log;
@@ -62,10 +66,16 @@ int serve(const Options& options, service::Background& background)
     guard::usePath(path.c_str());
     asio::io_context context(1);
     asio::signal_set stop(context, SIGTERM, SIGINT);
-    const service::Admission admission(settings.group, options.isGroupGiven);
+    const service::Admission admission(options.members, options.viewers);
     // It is released last, when the socket is gone.
     const service::ServiceLock lock;
-    service::Listener listener(context, settings.socket, admission.group());
+    if (!options.isTmpShared) {
+        service::useOwnTmp(settings.socket);
+    }
+    service::protectVariableLock();
+    // A service that was killed may have left the password of a new user there.
+    service::emptyTraces();
+    service::Listener listener(context, settings.socket, admission.group(), admission.socketMode());
     service::Server server(context, listener, stop, admission,
                            {.send = std::chrono::seconds(settings.deadline),
                             .request = std::chrono::seconds(settings.timeout),
@@ -125,24 +135,34 @@ void addOptions(CLI::App& program, Options& options)
                "The longest pause of a user who asks for wrong passwords; 0 for none");
     program
         .add_option("--group", settings.group,
-                    "Members of this group may ask; root always may. Without such a group it is "
-                    "root alone")
+                    "Members of this group may ask for everything; root always may")
+        ->type_name("NAME")
+        ->capture_default_str();
+    program
+        .add_option("--view-group", settings.viewGroup,
+                    "Members of this group may ask for what changes nothing")
         ->type_name("NAME")
         ->capture_default_str();
     program.add_option("--path", settings.path, "Where requests find the appliance's programs")
         ->type_name("FOLDERS")
         ->capture_default_str();
+    program.add_flag("--shared-tmp", options.isTmpShared,
+                     "Use everybody's /tmp for work files, instead of /run/vokcontrol/tmp");
 }
 
 /// What the command line says wins over the file, which it may name: so it is read, too, after the
-/// file.
+/// file. A group that somebody has named must be there.
 void readSettings(CLI::App& program, int argc, char** argv, Options& options)
 {
     program.parse(argc, argv);
     options.settings = config::read(options.file);
     program.parse(argc, argv);
-    options.isGroupGiven =
-        program.count("--group") > 0 || options.settings.group != config::Configuration().group;
+    const config::Configuration& settings = options.settings;
+    const config::Configuration usual;
+    options.members = {settings.group,
+                       program.count("--group") > 0 || settings.group != usual.group};
+    options.viewers = {settings.viewGroup,
+                       program.count("--view-group") > 0 || settings.viewGroup != usual.viewGroup};
 }
 
 } // namespace
@@ -157,9 +177,9 @@ int main(int argc, char** argv)
     program.footer("Options win over the configuration file, vokcontrol.conf(5).\n\n"
                    "A client sends one request frame, shuts its sending side down and reads the\n"
                    "answer up to its end. SIGTERM finishes the request in hand, tells the clients\n"
-                   "that wait, and ends the service with 0. Ends with 1 when it cannot listen, 2 "
-                   "on wrong usage\n"
-                   "or a configuration that it does not understand, 3 if another service runs.");
+                   "that wait, and ends the service with 0. Ends with 1 when it cannot listen or\n"
+                   "have a /tmp of its own, 2 on wrong usage or a configuration that it does not\n"
+                   "understand, 3 if another service runs.");
     try {
         readSettings(program, argc, argv, options);
         return start(options);

@@ -27,6 +27,24 @@ std::vector<gid_t> groupsOf(int socket)
     return groups;
 }
 
+std::optional<gid_t> findGroup(const GroupName& group, const std::string& option)
+{
+    if (const ::group* found = ::getgrnam(group.name.c_str())) {
+        return found->gr_gid;
+    }
+    if (group.isRequired) {
+        throw std::runtime_error("there is no group " + group.name +
+                                 "; make it (groupadd --system " + group.name + "), or use " +
+                                 option);
+    }
+    return std::nullopt;
+}
+
+bool isIn(std::optional<gid_t> group, const Peer& peer)
+{
+    return group && std::ranges::find(peer.groups, *group) != peer.groups.end();
+}
+
 } // namespace
 
 std::optional<Peer> peerOf(int socket)
@@ -41,20 +59,29 @@ std::optional<Peer> peerOf(int socket)
     return peer;
 }
 
-Admission::Admission(const std::string& group, bool isRequired)
+Admission::Admission(const GroupName& members, const GroupName& viewers)
+    : members_(findGroup(members, "--group")), viewers_(findGroup(viewers, "--view-group"))
+{}
+
+bool Admission::isMember(const Peer& peer) const
 {
-    if (const ::group* found = ::getgrnam(group.c_str())) {
-        group_ = found->gr_gid;
-    } else if (isRequired) {
-        throw std::runtime_error("there is no group " + group + "; make it (groupadd --system " +
-                                 group + "), or use --group");
-    }
+    return peer.user == 0 || peer.user == ::geteuid() || isIn(members_, peer);
+}
+
+bool Admission::isViewer(const Peer& peer) const
+{
+    return isIn(viewers_, peer);
 }
 
 bool Admission::admits(const Peer& peer) const
 {
-    const bool isMember = group_ && std::ranges::find(peer.groups, *group_) != peer.groups.end();
-    return peer.user == 0 || peer.user == ::geteuid() || isMember;
+    return isMember(peer) || isViewer(peer);
+}
+
+bool Admission::permits(const Peer& peer, const cmdsvc::Command* command) const
+{
+    const bool isForViewers = command != nullptr && command->right == cmdsvc::Right::kView;
+    return isMember(peer) || (isForViewers && isViewer(peer));
 }
 
 } // namespace service

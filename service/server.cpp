@@ -17,10 +17,14 @@
 #include <optional>
 #include <poll.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <tuple>
 
+#include "cmdsvc/commands.h"
 #include "cmdsvc/protocol.h"
+#include "cmdsvc/request_reader.h"
 #include "service/gate.h"
+#include "service/kept_files.h"
 #include "service/log.h"
 
 namespace service {
@@ -152,7 +156,8 @@ void Server::welcome(Socket socket)
     // Nothing that is ever started from here is to hold it.
     ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
     const std::optional<Peer> peer = peerOf(socket.native_handle());
-    const uid_t user = peer ? peer->user : static_cast<uid_t>(-1);
+    const bool isKnown = peer && admission_.admits(*peer);
+    const uid_t user = isKnown ? peer->user : Visits::kStrangers;
     ++busy_;
     const Welcome welcome = visits_.enter(user);
     if (welcome == Welcome::kClosed) {
@@ -230,6 +235,16 @@ bool Server::isAdmitted(const std::optional<Peer>& peer) const
     return false;
 }
 
+/// Whether the client may send this request; a refusal is logged.
+bool Server::isPermitted(const std::string& request, const Peer& peer) const
+{
+    if (admission_.permits(peer, cmdsvc::findCommand(cmdsvc::codeOf(request)))) {
+        return true;
+    }
+    log(peer, "may only look, and not send " + describeCommand(request) + "; it was refused");
+    return false;
+}
+
 asio::awaitable<void> Server::visit(Socket socket, std::optional<Peer> peer, Welcome welcome)
 {
     if (welcome == Welcome::kRefused) {
@@ -246,6 +261,10 @@ asio::awaitable<void> Server::serve(Socket& socket, const Peer& peer)
 {
     std::optional<std::string> request = co_await receive(socket, peer);
     if (!request) {
+        co_return;
+    }
+    if (!isPermitted(*request, peer)) {
+        co_await turnAway(socket, cmdsvc::kNotAdmitted);
         co_return;
     }
     if (!co_await awaitTurn(*request, peer)) {
@@ -332,15 +351,19 @@ asio::awaitable<Outcome> Server::runInChild(const std::string& request, int numb
         dispatch(request, number);
     };
     Child child(task, number, path_);
-    co_return co_await child.finish(limits_.request);
+    Outcome outcome = co_await child.finish(limits_.request);
+    emptyTracesAfter(request);
+    co_return outcome;
 }
 
 /// The same for an upload that was noted. Unless it ends by itself, what it leaves is repaired.
 asio::awaitable<Outcome> Server::runUpload(const std::string& request, int number)
 {
+    constexpr mode_t kPrivately = 077;
     const auto task = [&] {
         Upload::claim(Child::kKept);
         usage_.count(request);
+        ::umask(kPrivately);
         dispatch(request, number);
     };
     Child child(task, number, path_, upload_.descriptor());
@@ -351,6 +374,8 @@ asio::awaitable<Outcome> Server::runUpload(const std::string& request, int numbe
     } else {
         static_cast<void>(upload_.repair());
     }
+    // Where mv has failed, the module writes into the former file, which keeps its mode.
+    closePrivateFile();
     co_return outcome;
 }
 

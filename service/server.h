@@ -61,6 +61,7 @@ class Server {
     asio::awaitable<Outcome> runRequest(const std::string& request, int number);
     asio::awaitable<Outcome> runInChild(const std::string& request, int number);
     asio::awaitable<Outcome> runUpload(const std::string& request, int number);
+    [[nodiscard]] bool isPermitted(const std::string& request, const Peer& peer) const;
     [[nodiscard]] bool isAdmitted(const std::optional<Peer>& peer) const;
     asio::awaitable<void> awaitStop();
     void endVisit(uid_t user);

@@ -18,6 +18,9 @@ enum class Welcome {
 class Visits {
   public:
     static constexpr unsigned kMost = 32;
+    /// They count as one user: with a socket that lets everybody connect, one account may come as
+    /// many (a range of user numbers of its own).
+    static constexpr auto kStrangers = static_cast<uid_t>(-1);
     /// Web pages ask as root, or as the service's own user, for everybody who uses them.
     static constexpr unsigned kMostOfService = 1024;
 

@@ -154,7 +154,7 @@ expect 'it is installed, serves, collects, is installed anew, and is removed and
 groups: vokcontrol:x:0: vokcontrol-view:x:0:
 lock file: 600
 users: anna
-socket: srw-rw---- root 0
+socket: srw-rw-rw- root 0
 collected: There are no internal shares.
 units: start vokcontrol-collect.timer vokserve.socket
 lock file mended: 600 regular empty file
@@ -183,7 +183,7 @@ kept: report system_var' "$(in_root '
     echo "installed: $(status)"
     echo groups: $(grep vokcontrol /etc/group)
     echo "lock file: $(stat -c %a /etc/pelconfig/system_var_lck)"
-    LD_LIBRARY_PATH=/usr/lib vokserve 2>/tmp/serve.log &
+    LD_LIBRARY_PATH=/usr/lib vokserve --shared-tmp 2>/tmp/serve.log &
     service=$!
     for i in 1 2 3 4 5 6 7 8 9 10; do [ -S /run/vokcontrol.sock ] || usleep 100000; done
     echo "users: $(vokctl users list)"

@@ -45,10 +45,10 @@ inside='
     }
     # used WHAT: tells which canaries are there, and takes them away.
     used() {
-        for canary in /tmp/canary-*; do
-            [ ! -e "$canary" ] || echo "$1: ${canary#/tmp/canary-}"
+        for canary in /tmp/canary-* /run/vokcontrol/tmp/canary-*; do
+            [ ! -e "$canary" ] || echo "$1: ${canary##*/canary-}"
         done
-        rm -f /tmp/canary-*
+        rm -f /tmp/canary-* /run/vokcontrol/tmp/canary-*
     }
     serve() {
         rm -f /etc/pelconfig/vokcontrol/__shrStatus

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The commands' rows against docs/protocol.md, whose table is written by hand.
+// Compares the commands' rows with docs/protocol.md, whose table is written by hand.
 #include "cmdsvc/commands.h"
 
 #include <algorithm>
@@ -21,7 +21,7 @@ using cmdsvc::RefusalShape;
 using cmdsvc::Status;
 using Strings = std::vector<std::string>;
 
-/// A text of the source tree, as the build folder has it.
+/// The build folder's copy of a text from the source tree.
 std::string readText(const std::string& name)
 {
     const std::string text = root::readFile("/build/texts/" + name);
@@ -29,7 +29,7 @@ std::string readText(const std::string& name)
     return text;
 }
 
-/// What the pattern's group stands for, wherever the pattern fits; "^" is the start of a line.
+/// The pattern's group in each match; "^" is the start of a line.
 Strings findAll(const std::string& text, const std::string& pattern)
 {
     const std::regex expression(pattern, std::regex::ECMAScript | std::regex::multiline);
@@ -48,6 +48,11 @@ std::string hex(Status status)
     std::string text(10, '\0');
     std::snprintf(text.data(), text.size() + 1, "0x%08X", cmdsvc::wordOf(status));
     return text;
+}
+
+std::string rightOf(const Command& row)
+{
+    return (row.right == cmdsvc::Right::kView) ? "view" : "full";
 }
 
 std::string countOf(const Command& row)
@@ -151,8 +156,9 @@ std::string refusalOf(const Command& row)
 
 std::string tableRow(const Command& row)
 {
-    const Strings cells = {countOf(row), row.count.isChecked ? hex(row.wrongCountCode) : "",
-                           parametersOf(row), goodAnswerOf(row), refusalOf(row)};
+    const Strings cells = {
+        rightOf(row),      countOf(row),      row.count.isChecked ? hex(row.wrongCountCode) : "",
+        parametersOf(row), goodAnswerOf(row), refusalOf(row)};
     std::string text = "| `" + std::string(row.code) + "` |";
     for (const std::string& cell : cells) {
         text += (cell.empty() ? "" : " " + cell) + " |";
@@ -162,7 +168,7 @@ std::string tableRow(const Command& row)
 
 // ---- Tests ------------------------------------------------------------------------------------
 
-/// The codes of the commands that this is true of.
+/// The codes of the commands for which this is true.
 Strings codesIf(bool (*isWanted)(const Command& row))
 {
     Strings codes;
@@ -186,6 +192,21 @@ TEST(Commands, protocolsTableHasEveryRow)
         expected.push_back(tableRow(row));
     }
     EXPECT_EQ(findAll(readText("protocol.md"), "^(\\| `[^\n]*)$"), expected);
+}
+
+TEST(Commands, whoMayOnlyLookMaySendTheseAndNoOthers)
+{
+    EXPECT_EQ(codesIf([](const Command& row) { return row.right == cmdsvc::Right::kView; }),
+              (Strings{"dscr", "frst", "getv", "gps1", "gpsn", "grst", "gsp1", "gspc", "gub1",
+                       "gubs", "ipcf", "lsts", "lstu", "qlps", "rtov", "vers", "wags"}));
+    EXPECT_EQ(codesIf([](const Command& row) { return row.right == cmdsvc::Right::kFull; }),
+              (Strings{"crat", "gpvt", "host", "pshr", "sgss", "shar", "spvt", "sub1", "subs",
+                       "wall", "warp", "wasu"}));
+}
+
+TEST(Commands, rightThatNobodyHasDeclaredIsTheFullOne)
+{
+    EXPECT_EQ(cmdsvc::Right{}, cmdsvc::Right::kFull);
 }
 
 TEST(Commands, protocolDescribesEachCommandOnce)

@@ -87,6 +87,12 @@ TEST_F(SocketListener, ownSocketIsGivenToItsGroup)
     EXPECT_EQ(std::filesystem::status(kPath).permissions(), std::filesystem::perms(0660));
 }
 
+TEST_F(SocketListener, ownSocketHasTheModeThatIsAskedFor)
+{
+    const Listener listener(context, kPath, std::nullopt, 0666);
+    EXPECT_EQ(std::filesystem::status(kPath).permissions(), std::filesystem::perms(0666));
+}
+
 TEST_F(SocketListener, withoutAGroupTheOwnerIsLeftAlone)
 {
     OwnerChange change{0};

@@ -37,6 +37,13 @@ TEST(Log, hostileCodeIsShownByItsBytes)
     EXPECT_EQ(describe(1, "\xFF", kNothing, milliseconds(0)), "1 0xff count=0 answer=0 ms=0");
 }
 
+TEST(Log, commandAloneIsShownInTheSameWay)
+{
+    EXPECT_EQ(service::describeCommand(frame("crat", 2, "anna\nsecret\n")), "crat");
+    EXPECT_EQ(service::describeCommand("\x1B[2J rest"), "0x1b5b324a");
+    EXPECT_EQ(service::describeCommand("ls"), "0x6c73");
+}
+
 TEST(Log, shortRequestHasTheCountThatItHas)
 {
     EXPECT_EQ(describe(1, "lstu \x02", kNothing, milliseconds(0)), "1 lstu count=2 answer=0 ms=0");

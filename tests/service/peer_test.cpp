@@ -17,6 +17,8 @@ using service::Admission;
 using service::Peer;
 using service::peerOf;
 
+const service::GroupName kNoViewers = {"nosuch-view"};
+
 class ServicePeer : public root::Test {
   protected:
     void SetUp() override
@@ -113,7 +115,7 @@ TEST_F(ServicePeer, peerThatTheKernelDoesNotTellIsNone)
 
 TEST_F(ServicePeer, rootAndTheServicesUserAndTheGroupsMembersMayAsk)
 {
-    const Admission admission("vokcontrol", true);
+    const Admission admission({"vokcontrol", true}, kNoViewers);
     EXPECT_EQ(admission.group(), 4242U);
     EXPECT_TRUE(admission.admits({1, 0, {0}}));
     EXPECT_TRUE(admission.admits({1, ::geteuid(), {100}}));
@@ -123,7 +125,7 @@ TEST_F(ServicePeer, rootAndTheServicesUserAndTheGroupsMembersMayAsk)
 
 TEST_F(ServicePeer, nobodyElseMayAsk)
 {
-    const Admission admission("vokcontrol", true);
+    const Admission admission({"vokcontrol", true}, kNoViewers);
     EXPECT_FALSE(admission.admits({1, 1000, {100}}));
     EXPECT_FALSE(admission.admits({1, 1000, {}}));
     EXPECT_FALSE(admission.admits({1, 1000, {0}})) << "root's group is not root";
@@ -135,7 +137,7 @@ TEST_F(ServicePeer, nobodyElseMayAsk)
 TEST_F(ServicePeer, groupThatIsAskedForMustBeThere)
 {
     try {
-        const Admission admission("nosuch", true);
+        const Admission admission({"nosuch", true}, kNoViewers);
         FAIL() << "it was not missed";
     } catch (const std::runtime_error& error) {
         EXPECT_STREQ(error.what(), "there is no group nosuch; make it (groupadd --system nosuch), "
@@ -145,16 +147,64 @@ TEST_F(ServicePeer, groupThatIsAskedForMustBeThere)
 
 TEST_F(ServicePeer, withoutTheUsualGroupItIsRootAlone)
 {
-    const Admission admission("nosuch", false);
+    const Admission admission({"nosuch"}, {"nosuch-view"});
     EXPECT_EQ(admission.group(), std::nullopt);
     EXPECT_TRUE(admission.admits({1, 0, {0}}));
     EXPECT_FALSE(admission.admits({1, 1000, {0, 4242}}));
     EXPECT_FALSE(admission.admits({1, 1000, {}}));
 }
 
+TEST_F(ServicePeer, groupOfViewersThatIsAskedForMustBeThere)
+{
+    try {
+        const Admission admission({"vokcontrol"}, {"nosuch-view", true});
+        FAIL() << "it was not missed";
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "there is no group nosuch-view; make it (groupadd --system "
+                                   "nosuch-view), or use --view-group");
+    }
+}
+
+TEST_F(ServicePeer, membersMaySendEverythingAndViewersWhatIsForThem)
+{
+    const Admission admission({"vokcontrol"}, {"family"});
+    const Peer root = {1, 0, {0}};
+    const Peer member = {1, 1000, {100, 4242}};
+    const Peer viewer = {1, 1001, {100, 7}};
+    const Peer both = {1, 1002, {7, 4242}};
+    const Peer stranger = {1, 1003, {100, 8}};
+    for (const cmdsvc::Command& command : cmdsvc::kCommands) {
+        const bool isForViewers = command.right == cmdsvc::Right::kView;
+        EXPECT_TRUE(admission.permits(root, &command)) << command.code;
+        EXPECT_TRUE(admission.permits(member, &command)) << command.code;
+        EXPECT_EQ(admission.permits(viewer, &command), isForViewers) << command.code;
+        EXPECT_TRUE(admission.permits(both, &command)) << command.code;
+        EXPECT_FALSE(admission.permits(stranger, &command)) << command.code;
+    }
+    EXPECT_TRUE(admission.permits(root, nullptr));
+    EXPECT_TRUE(admission.permits(member, nullptr));
+    EXPECT_FALSE(admission.permits(viewer, nullptr)) << "what nobody knows may do anything";
+    EXPECT_FALSE(admission.permits(stranger, nullptr));
+    EXPECT_TRUE(admission.admits(viewer));
+    EXPECT_FALSE(admission.admits(stranger));
+}
+
+TEST_F(ServicePeer, viewersAreAdmittedByTheirGroupAloneAndOnlyWithIt)
+{
+    EXPECT_FALSE(Admission({"vokcontrol"}, kNoViewers).admits({1, 1001, {7}}));
+    EXPECT_TRUE(Admission({"nosuch"}, {"family"}).admits({1, 1001, {7}}));
+    EXPECT_FALSE(Admission({"nosuch"}, {"family"}).admits({1, 7, {100}}));
+}
+
+TEST_F(ServicePeer, socketIsOpenToAllOnlyIfThereAreViewers)
+{
+    EXPECT_EQ(Admission({"vokcontrol"}, kNoViewers).socketMode(), 0660U);
+    EXPECT_EQ(Admission({"vokcontrol"}, {"family"}).socketMode(), 0666U);
+}
+
 TEST_F(ServicePeer, anotherGroupIsAnotherAdmission)
 {
-    const Admission admission("family", true);
+    const Admission admission({"family", true}, kNoViewers);
     EXPECT_EQ(admission.group(), 7U);
     EXPECT_TRUE(admission.admits({1, 1000, {7}}));
     EXPECT_FALSE(admission.admits({1, 1000, {4242}}));

@@ -16,6 +16,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "cmdsvc/commands.h"
 #include "tests/service/socket_client.h"
 #include "tests/support/request.h"
 #include "tests/support/root.h"
@@ -51,16 +52,17 @@ class Server : public root::UntracedTest {
 
     void start(std::vector<std::string> options = {})
     {
-        options.insert(options.begin(), {root::built("vokserve"), "--socket", kSocket, "--path",
-                                         std::getenv("PATH")});
+        options.insert(options.begin(), {root::built("vokserve"), "--shared-tmp", "--socket",
+                                         kSocket, "--path", std::getenv("PATH")});
         launch(options);
     }
 
     /// Starts a service that meets the peer of the file /stubs/peer, where there is one.
     void startAmongStrangers(std::vector<std::string> options = {})
     {
-        options.insert(options.begin(), {"env", "LD_PRELOAD=" + root::built("libstranger.so"),
-                                         root::built("vokserve"), "--socket", kSocket});
+        options.insert(options.begin(),
+                       {"env", "LD_PRELOAD=" + root::built("libstranger.so"),
+                        root::built("vokserve"), "--shared-tmp", "--socket", kSocket});
         launch(options);
     }
 
@@ -243,8 +245,8 @@ TEST_F(Server, requestOfAClientThatLeavesBeforeItsTurnIsNotRun)
 TEST_F(Server, outOfDescriptorsClientsWaitAndAllAreAnswered)
 {
     constexpr std::size_t kClients = 100;
-    launch({"sh", "-c", "ulimit -n 48; exec \"$@\"", "sh", root::built("vokserve"), "--socket",
-            kSocket, "--deadline", "30"});
+    launch({"sh", "-c", "ulimit -n 48; exec \"$@\"", "sh", root::built("vokserve"), "--shared-tmp",
+            "--socket", kSocket, "--deadline", "30"});
     std::vector<std::unique_ptr<Client>> clients;
     for (std::size_t i = 0; i < kClients; ++i) {
         clients.push_back(std::make_unique<Client>());
@@ -292,6 +294,8 @@ TEST_F(Server, whoGoesOnConnectingIsNoLongerHeard)
     root::writeFile("/stubs/peer", "credentials 4711 1000 100\n");
     std::vector<std::unique_ptr<Client>> clients;
     for (std::size_t i = 0; i < kMost; ++i) {
+        // Strangers count as one, however many they are.
+        root::writeFile("/stubs/peer", "credentials 4711 " + std::to_string(1000 + i) + " 100\n");
         clients.push_back(std::make_unique<Client>());
         EXPECT_EQ(clients.back()->receive(),
                   serviceStatus(i < kMost / 2 ? kNotAdmitted : kNotStarted));
@@ -410,7 +414,10 @@ TEST_F(Server, serviceItselfRunsNoShellLine)
     // Without the guard, whose system() would come before the watcher's.
     const std::vector<std::string> program = {"env",
                                               "LD_PRELOAD=" + root::built("libsystemwatch.so"),
-                                              root::built("bare_vokserve"), "--socket", kSocket};
+                                              root::built("bare_vokserve"),
+                                              "--shared-tmp",
+                                              "--socket",
+                                              kSocket};
     launch(program);
     EXPECT_EQ(exchange(""), "");
     stop();
@@ -644,10 +651,69 @@ TEST_F(Server, membersOfItsGroupAreServed)
     EXPECT_EQ(stop().size(), 3U);
 }
 
-TEST_F(Server, groupThatIsAskedForMustBeThere)
+TEST_F(Server, viewersMayLookAndNothingElse)
+{
+    const std::string groups = root::readFile("/etc/group");
+    root::writeFile("/etc/group", groups + "vokcontrol:x:0:\nvokcontrol-view:x:4243:\n");
+    startAmongStrangers();
+    root::writeFile("/etc/group", groups);
+    root::writeFile("/stubs/peer", "credentials 4711 1000 100\ngroups 27 4243\n");
+    for (const cmdsvc::Command& command : cmdsvc::kCommands) {
+        const std::string answer = exchange(frame(std::string(command.code), 99));
+        EXPECT_EQ(answer == serviceStatus(kNotAdmitted), command.right == cmdsvc::Right::kFull)
+            << command.code;
+    }
+    static_cast<void>(stop());
+}
+
+TEST_F(Server, whatAViewerMayNotSendIsRefusedLoggedAndNotRun)
+{
+    const std::string groups = root::readFile("/etc/group");
+    root::writeFile("/etc/group", groups + "vokcontrol:x:0:\nvokcontrol-view:x:4243:\n");
+    root::stub("php", "touch /stubs/run");
+    startAmongStrangers();
+    root::writeFile("/etc/group", groups);
+    struct stat status = {};
+    ASSERT_EQ(::stat(kSocket, &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0666U);
+    root::writeFile("/stubs/peer", "credentials 4711 1000 100\ngroups 27 4243\n");
+    EXPECT_EQ(exchange(frame("crat", 2, "anna\nsecret\n")), serviceStatus(kNotAdmitted));
+    EXPECT_EQ(exchange(frame("nope", 0)), serviceStatus(kNotAdmitted)) << "nobody knows it";
+    EXPECT_EQ(exchange("ls"), serviceStatus(kNotAdmitted)) << "no command at all";
+    EXPECT_FALSE(root::exists("/stubs/run"));
+    EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << "a viewer's command";
+    root::writeFile("/stubs/peer", "credentials 4711 1000 100\ngroups 27 4242\n");
+    EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kNotAdmitted)) << "a stranger";
+    EXPECT_EQ(stop(),
+              (std::vector<std::string>{
+                  "vokserve: uid=1000 pid=4711: may only look, and not send crat; it was refused",
+                  "vokserve: uid=1000 pid=4711: may only look, and not send nope; it was refused",
+                  "vokserve: uid=1000 pid=4711: may only look, and not send 0x6c73; it was refused",
+                  "vokserve: uid=1000 pid=4711: 1 rtov count=7 answer=4",
+                  "vokserve: uid=1000 pid=4711: is not permitted to ask; it was refused"}));
+    EXPECT_EQ(usageOf(1), le32(0)) << "what is refused is no request";
+    EXPECT_EQ(usageOf(20), le32(1));
+}
+
+TEST_F(Server, groupOfViewersThatIsAskedForMustBeThere)
 {
     const root::Ended ended =
-        root::run({root::built("vokserve"), "--socket", kSocket, "--group", "nosuch"});
+        root::run({root::built("vokserve"), "--socket", kSocket, "--view-group", "nosuch"});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(ended.errors,
+              "vokserve: there is no group nosuch; make it (groupadd --system nosuch), "
+              "or use --view-group\n");
+    root::writeFile("/tmp/settings", "[service]\nview-group = other\n");
+    EXPECT_EQ(root::run({root::built("vokserve"), "--socket", kSocket, "--config", "/tmp/settings"})
+                  .errors,
+              "vokserve: there is no group other; make it (groupadd --system other), "
+              "or use --view-group\n");
+}
+
+TEST_F(Server, groupThatIsAskedForMustBeThere)
+{
+    const root::Ended ended = root::run(
+        {root::built("vokserve"), "--shared-tmp", "--socket", kSocket, "--group", "nosuch"});
     EXPECT_EQ(ended.exitCode, 1);
     EXPECT_EQ(ended.errors,
               "vokserve: there is no group nosuch; make it (groupadd --system nosuch), "
@@ -701,6 +767,17 @@ TEST_F(Server, settingsThatOthersCanWriteAreNotBelieved)
               "only its owner may write it (chown root, chmod go-w)\n");
 }
 
+TEST_F(Server, ownTmpThatCannotBeHadEndsTheService)
+{
+    const root::Ended ended = root::run({root::built("vokserve"), "--socket", "/stubs/socket"});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(
+        ended.errors,
+        "vokserve: cannot have a /tmp of its own: mounts: Operation not permitted. Work files "
+        "in everybody's /tmp can be forged; --shared-tmp uses it all the same\n");
+    EXPECT_FALSE(root::exists("/stubs/socket"));
+}
+
 TEST_F(Server, socketIsForRootAndItsGroup)
 {
     start({"--group", "root"});
@@ -718,8 +795,8 @@ TEST_F(Server, whatTheServiceWasStartedWithReachesNoRequest)
     root::stub("php", "tr '\\0' '\\n' </proc/$$/environ | sort >/stubs/seen;"
                       " ls /proc/self/fd >>/stubs/seen; : >\"$3\"");
     launch({"env", "ENV=/stubs/evil", "SECRET=word", "LC_ALL=de_DE.UTF-8", "sh", "-c",
-            "exec 5</dev/null 7</dev/null; exec \"$@\"", "sh", root::built("vokserve"), "--socket",
-            kSocket, "--path", "/stubs:/usr/bin"});
+            "exec 5</dev/null 7</dev/null; exec \"$@\"", "sh", root::built("vokserve"),
+            "--shared-tmp", "--socket", kSocket, "--path", "/stubs:/usr/bin"});
     const Client other;
     EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(0) + "\n");
     EXPECT_EQ(root::readFile("/stubs/seen"), "HOME=/\nLC_ALL=C\nPATH=/stubs:/usr/bin\nPWD=/tmp\n"

@@ -71,9 +71,10 @@ expect 'a service that cannot start is a failure, and says why' 'vokserve: canno
 expect 'it collects after boot, and regularly, until it is stopped' 'no status yet
 collected after boot
 collected again
-collecting processes: 0' "$(appliance sh -c '
+collecting processes: 0
+work files in /tmp: none' "$(appliance sh -c '
     status=/etc/pelconfig/vokcontrol/__shrStatus
-    printf "boot=yes\ninterval=2\nshared_tmp=yes\n" >/etc/default/vokcontrol
+    printf "boot=yes\ninterval=2\n" >/etc/default/vokcontrol
     await() {
         tries=0
         until [ -e "$status" ] || [ "$tries" -ge 300 ]; do
@@ -91,6 +92,7 @@ collecting processes: 0' "$(appliance sh -c '
     sleep 3
     [ -e "$status" ] && echo "and once more"
     echo "collecting processes: $(ps -o comm | grep -c "^vokc\|^sleep")"
+    echo "work files in /tmp: $(ls /tmp | grep . || echo none)"
 ' 2>&1)"
 
 finish

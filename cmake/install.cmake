@@ -27,7 +27,7 @@ set(LIBRARY_FOLDER ${CMAKE_INSTALL_LIBDIR})
 set(HEADER_FOLDER ${CMAKE_INSTALL_INCLUDEDIR})
 set(PROGRAM_FOLDER ${CMAKE_INSTALL_SBINDIR})")
 install_configured(vokcontrol.pc ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/glossary.md
+install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/glossary.md docs/install.md
         docs/protocol.md docs/security.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES ${packaging}/man/vokcontrol.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES ${packaging}/man/vokcontrol-protocol.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
@@ -52,6 +52,8 @@ if(TARGET vokserve)
   install(FILES ${packaging}/man/vokserve.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
   install(FILES ${packaging}/systemd/vokserve.socket DESTINATION ${unit_folder})
   install_configured(systemd/vokserve.service ${unit_folder})
+  # For other systems; where systemd is, a script in /etc/init.d would be started as well.
+  install(PROGRAMS ${packaging}/init/vokcontrol DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol/init)
 endif()
 
 if(TARGET vokctl)

@@ -29,10 +29,12 @@ expect() {
 
 # make_debian: what the package depends on, and systemd, as an archive to unpack for each test.
 make_debian() {
-    archive=$clone/build/debian/bookworm.tar
+    local packages=systemd-sysv,procps,php-sqlite3
+    packages=$packages,$(dpkg-deb -f "$package" Depends | sed 's/ ([^)]*)//g; s/, /,/g')
+    archive=$clone/build/debian/$(cksum <<<"$packages" | cut -d ' ' -f 1).tar
     [ ! -e "$archive" ] || return 0
     mkdir -p "${archive%/*}"
-    mmdebstrap --quiet --format=tar --variant=minbase --include=systemd-sysv,sudo,php-cli,php-sqlite3,procps,libssl3,libstdc++6,libinih1 \
+    mmdebstrap --quiet --format=tar --variant=minbase --include="$packages" \
         bookworm "$archive.new" http://deb.debian.org/debian
     mv "$archive.new" "$archive"
 }

@@ -24,7 +24,7 @@ class InBackground : public root::Test {
     {
         const root::Ended ended = root::run({"/usr/bin/sh", "-c", R"(
             serve() {
-                /build/vokserve --socket /tmp/socket "$@"
+                /build/vokserve --shared-tmp --socket /tmp/socket "$@"
                 code=$?
                 pid=$(cat /tmp/pid 2>/dev/null)
             }

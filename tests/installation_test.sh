@@ -34,7 +34,7 @@ make_debian() {
     archive=$clone/build/debian/$(cksum <<<"$packages" | cut -d ' ' -f 1).tar
     [ ! -e "$archive" ] || return 0
     mkdir -p "${archive%/*}"
-    mmdebstrap --quiet --format=tar --variant=minbase --include="$packages" \
+    mmdebstrap --quiet --format=tar --variant=minbase --include="$packages" --aptopt='Acquire::Retries "3"' \
         bookworm "$archive.new" http://deb.debian.org/debian
     mv "$archive.new" "$archive"
 }
@@ -145,17 +145,21 @@ meanwhile, while it is deactivating: vokcontrol sample appliance 1.0
 service: another process
 socket: the same' "$(inside '
     exec 2>&1
-    sed -i "2i sleep 4" /usr/bin/pelparam
+    cp -p /usr/bin/pelparam /tmp/pelparam
+    printf "#!/bin/sh\nsleep 4\necho 2\n" >/usr/bin/pelparam
     before=$(systemctl show -P MainPID vokserve.service)
     socket=$(stat -c %i /run/vokcontrol.sock)
     vokctl drives check >/tmp/before 2>&1 &
-    until pgrep pelparam >/dev/null; do sleep 0.1; done
+    timeout 30 sh -c "until pgrep -x pelparam >/dev/null; do sleep 0.1; done"
     dpkg -i '"$newer"' >/tmp/log 2>&1 &
     state=active
-    while [ "$state" = active ]; do state=$(systemctl is-active vokserve.service); done
+    for _ in $(seq 300); do
+        [ "$state" = active ] || break
+        state=$(systemctl is-active vokserve.service)
+    done
     vokctl version >/tmp/meanwhile 2>&1
     wait
-    sed -i "2d" /usr/bin/pelparam
+    cp -p /tmp/pelparam /usr/bin/pelparam
     dpkg-query -W -f "\${db:Status-Abbrev} \${Package} \${Version}\n" vokcontrol
     echo "before: $(cat /tmp/before)"
     echo "meanwhile, while it is $state: $(cut -d " " -f 1-4 /tmp/meanwhile)"
@@ -188,7 +192,7 @@ vokcontrol-boot.service disabled' "$(inside '
 
 expect 'removed: no unit, no process, no program; what was stored stays' 'rc  vokcontrol 0.1.0
 processes: 0
-files: /etc/pelconfig/vokcontrol/vokcontrol-private.txt' "$(inside '
+files: /etc/pelconfig/vokcontrol/vokcontrol-private.txt /etc/vokcontrol.conf /run/vokcontrol/tmp/dbg_vokcontrol.txt' "$(inside '
     systemctl start vokserve.socket
     vokctl version >/dev/null
     dpkg -r vokcontrol >/tmp/log 2>&1 || cat /tmp/log

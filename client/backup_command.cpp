@@ -114,7 +114,7 @@ constexpr auto kActions = std::to_array<Action<Options>>({
     {"report", "Report how a user's backup went", report,
      "Examples:\n"
      "  vokctl backup report anna --state 1\n"
-     "  vokctl service restart; vokctl status --wait 60   shows it",
+     "  vokctl collect --wait 60 && vokctl status   shows it",
      addReportOptions},
     {"list", "Show every share's space and last backup, and the disk's capacity", list,
      "Examples:\n"

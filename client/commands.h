@@ -15,6 +15,9 @@ void buildStatusCommand(CLI::App& command);
 /// "vokctl check": one line and an exit code for a monitoring system.
 void buildCheckCommand(CLI::App& command);
 
+/// "vokctl collect": measures the shares; "vokctl service restart" does the same.
+void buildCollectCommand(CLI::App& command);
+
 /// "vokctl shares": what shares there are, and new ones.
 void buildSharesCommand(CLI::App& command);
 
@@ -58,6 +61,7 @@ struct Subcommand {
 inline constexpr auto kSubcommands = std::to_array<Subcommand>({
     {"status", "Show the disk, every share and what needs attention", buildStatusCommand},
     {"check", "Say in one line and an exit code whether all is well", buildCheckCommand},
+    {"collect", "Measure the shares and publish their status anew", buildCollectCommand},
     {"shares", "The appliance's shares", buildSharesCommand},
     {"users", "The appliance's accounts", buildUsersCommand},
     {"backup", "What backup clients report", buildBackupCommand},

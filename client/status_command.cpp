@@ -146,6 +146,9 @@ void runStatus(const StatusOptions& options)
     const view::Situation situation = view::readSituation(awaitStatus(options));
     std::cout << (options.json ? renderJson(situation, configuration)
                                : renderTable(situation, configuration));
+    if (situation.status.result == PublishedStatus::Result::kNoList) {
+        throw Failure(kNoData, "the last collection could not get the list of shares");
+    }
 }
 
 } // namespace

@@ -72,10 +72,19 @@ std::time_t timeOf(const Semaphore& mark, std::time_t now)
 }
 
 /// A collector takes its mark away before it ends: if it is gone while the mark stays, it was
-/// ended.
-bool isLeftBehind(const FileStart& semaphore, Collector::State state)
+/// ended. The mark of another one that began in the same second looks alike, so it is looked for
+/// once more.
+Collector::State findMarker(const FileStart& semaphore)
 {
-    return state == Collector::State::kGone && readSemaphore().bytes == semaphore.bytes;
+    constexpr std::chrono::milliseconds kPause{10};
+    const Collector::State first = findCollector(listProcesses()).state;
+    if (first != Collector::State::kGone) {
+        return first;
+    }
+    std::this_thread::sleep_for(kPause);
+    const Collector::State second = findCollector(listProcesses()).state;
+    const bool isSame = readSemaphore().bytes == semaphore.bytes;
+    return (second == Collector::State::kGone && !isSame) ? Collector::State::kUnknown : second;
 }
 
 void judgeMark(const FileStart& semaphore, PublishedStatus& status)
@@ -85,9 +94,9 @@ void judgeMark(const FileStart& semaphore, PublishedStatus& status)
         return;
     }
     const std::time_t now = std::time(nullptr);
-    const Collector::State collector = findCollector(listProcesses()).state;
+    const Collector::State collector = findMarker(semaphore);
     status.collectingSince = timeOf(mark, now);
-    status.isInterrupted = isLeftBehind(semaphore, collector);
+    status.isInterrupted = collector == Collector::State::kGone;
     status.isCollecting = collector == Collector::State::kRuns ||
                           (!status.isInterrupted && mark.isBusyAt(static_cast<std::uint32_t>(now)));
 }

@@ -97,6 +97,7 @@ TEST_F(Client, everyCommandHasHelpWithExamples)
 {
     const std::vector<CommandHelp> commands = {
         {{"status"}, {"--json", "--max-age SECONDS", "--wait SECONDS", "--watch", "--config PATH"}},
+        {{"collect"}, {"--wait SECONDS", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
         {{"check"}, {"--full PERCENT", "--backup-age DAYS", "--stale HOURS", "--config PATH"}},
         {{"shares", "list"}, {"--json", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
         {{"shares", "show"},

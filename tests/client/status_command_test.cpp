@@ -345,6 +345,20 @@ TEST_F(StatusCommand, momentOfARewriteIsWaitedFor)
     publisher.join();
 }
 
+TEST_F(StatusCommand, statusWithoutAListIsShownAndIsAnError)
+{
+    publish(imageOf(""), kPublished);
+    const root::Ended ended = status();
+    EXPECT_EQ(ended.exitCode, 6);
+    EXPECT_EQ(ended.output,
+              "TOTAL\n\nThe last collection could not get the list of shares.\n\n"
+              "Published 2035-11-21 09:33:03 UTC. No collection is running.\n\n"
+              "Critical: The last collection could not get the list of shares: see that the "
+              "appliance's share script works, then start another one.\n");
+    EXPECT_EQ(ended.errors, "vokctl: the last collection could not get the list of shares\n");
+    EXPECT_EQ(status({"--json"}).exitCode, 6);
+}
+
 // ---- Watching ---------------------------------------------------------------------------------
 
 /// Reads what a terminal shows until it has shown a text.

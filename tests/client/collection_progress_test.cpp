@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+#include "client/collection_progress.h"
+
+#include <array>
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <unistd.h>
+
+#include "tests/support/collector.h"
+
+namespace {
+
+using client::formatProgress;
+using client::ProgressLine;
+using view::Collector;
+using view::PublishedStatus;
+
+/// A status of three shares, while a collection runs.
+PublishedStatus status()
+{
+    PublishedStatus status;
+    status.isCollecting = true;
+    status.collectingSince = 1795253583; // 09:33:03
+    for (const char* name : {"Photos", "Media", "a\x1B"}) {
+        status.shares.push_back({.name = name, .used = {}, .backupState = {}, .backupDay = {}});
+    }
+    return status;
+}
+
+Collector measuring(const std::string& share)
+{
+    return {.state = Collector::State::kRuns, .share = share};
+}
+
+TEST(CollectionProgress, isTheShareItsPlaceAndTheStart)
+{
+    EXPECT_EQ(formatProgress(measuring("Media"), status()),
+              "Measuring Media, 2 of 3 shares, since 09:33:03");
+    EXPECT_EQ(formatProgress(measuring("a\x1B"), status()),
+              "Measuring a\\u{1b}, 3 of 3 shares, since 09:33:03");
+}
+
+TEST(CollectionProgress, leavesOutWhatIsNotKnown)
+{
+    EXPECT_EQ(formatProgress(measuring("New"), status()), "Measuring New, since 09:33:03");
+    EXPECT_EQ(formatProgress(measuring(""), status()), "Collecting, since 09:33:03");
+    EXPECT_EQ(formatProgress(measuring("New"), {}), "Measuring New");
+    EXPECT_EQ(formatProgress(measuring(""), {}), "Collecting");
+}
+
+/// What a line of progress writes to standard error, a terminal or not.
+template <class Function> std::string shown(bool isTerminal, Function use)
+{
+    int reader = -1;
+    int writer = -1;
+    std::array<int, 2> pipe{};
+    if (isTerminal) {
+        EXPECT_EQ(::openpty(&reader, &writer, nullptr, nullptr, nullptr), 0);
+    } else {
+        EXPECT_EQ(::pipe(pipe.data()), 0);
+        reader = pipe[0];
+        writer = pipe[1];
+    }
+    const int before = ::dup(STDERR_FILENO);
+    ::dup2(writer, STDERR_FILENO);
+    use();
+    ::dup2(before, STDERR_FILENO);
+    EXPECT_EQ(::write(writer, "$", 1), 1);
+    std::array<char, 4096> bytes{};
+    const ssize_t size = ::read(reader, bytes.data(), bytes.size());
+    for (const int each : {reader, writer, before}) {
+        ::close(each);
+    }
+    return {bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
+}
+
+TEST(CollectionProgress, isWrittenOnceAndClearedAtTheEnd)
+{
+    const std::string text = shown(true, [] {
+        ProgressLine line;
+        line.show(status());
+        line.show(status());
+    });
+    EXPECT_EQ(text, "\r\x1B[KCollecting, since 09:33:03\r\x1B[K$");
+}
+
+TEST(CollectionProgress, isNotWrittenWithoutACollectionOrATerminal)
+{
+    EXPECT_EQ(shown(true,
+                    [] {
+                        ProgressLine line;
+                        line.show({});
+                    }),
+              "$");
+    EXPECT_EQ(shown(false,
+                    [] {
+                        ProgressLine line;
+                        line.show(status());
+                    }),
+              "$");
+}
+
+} // namespace

@@ -43,7 +43,7 @@ struct LiveValue {
     const char* (*answer)();
 };
 
-/// What the appliance says at that moment, instead of the file.
+/// Variables that are asked of the appliance at that moment instead of read from the file.
 constexpr auto kLiveValues = std::to_array<LiveValue>({
     {"lan_ipaddr", [] { return getSystemVar("", 1); }},
     {"lan_hwaddr", [] { return getSystemVar("", 2); }},
@@ -57,7 +57,7 @@ constexpr auto kLiveValues = std::to_array<LiveValue>({
 
 void setResult(std::string_view value)
 {
-    // The name may be an older result: it has been read by now.
+    // The name may point into the result, so the result is written only now.
     value.copy(result.data(), result.size() - 1);
     result[value.size()] = '\0';
 }
@@ -86,7 +86,7 @@ void readStoredValue(const char* name)
 
 // ---- Writing ----------------------------------------------------------------------------------
 
-/// Copies the variables with one of them changed or added.
+/// Copies the variables, and changes or adds one of them.
 /// @return whether all of them could be read
 bool copyWith(FILE* from, FILE* to, const char* name, const char* value)
 {
@@ -107,8 +107,8 @@ bool copyWith(FILE* from, FILE* to, const char* name, const char* value)
     return std::ferror(from) == 0;
 }
 
-/// Ends the writing of a file.
-/// @return whether all of it has arrived
+/// Closes a file that has been written.
+/// @return whether everything was written
 bool finish(File file)
 {
     const bool isWritten = std::ferror(file.get()) == 0;
@@ -138,8 +138,7 @@ int setvar(const char* name, const char* value)
     const VariableLock lock(VariableLock::Mode::kWrite);
     ::unlink(kNewFile);
     File oldFile = openFile(kVariableFile, "r");
-    // A copy that could not be unlinked may be the file itself under its other name: it is never
-    // truncated.
+    // A copy that could not be removed may be a link to the file itself, so it is never truncated.
     File newFile = oldFile ? openFile(kNewFile, "wx") : nullptr;
     if (!newFile) {
         return -1;
@@ -149,8 +148,9 @@ int setvar(const char* name, const char* value)
     }
     oldFile.reset();
 
-    // The old version has the backup's name before it loses its own, and the new one keeps that of
-    // the copy. Nobody checks the links, but a copy that is cut short must not become the file.
+    // Link the old version to the backup's name before its own name is taken away; the new version
+    // keeps the copy's name, too. The links are not checked, but a copy that is cut short must not
+    // become the file.
     ::unlink(kBackupFile);
     [[maybe_unused]] const int backedUp = ::link(kVariableFile, kBackupFile);
     if (!finish(std::move(newFile))) {

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""The changes that scripts/mutants makes: what a source's tokens are, and what each may become.
+"""The changes that scripts/mutants makes: a source's tokens, and the changes of each token.
 
-A simple tokenizer is enough, as all code is formatted alike: comparisons have spaces around them, which
-neither templates nor references have.
+A simple tokenizer is enough because clang-format formats all code: comparisons have spaces around them,
+templates and references do not.
 """
 import dataclasses
 import re
@@ -28,7 +28,7 @@ NO_STATEMENT = {'if', 'for', 'while', 'switch', 'case', 'default', 'else', 'do',
                 'static_assert', 'struct', 'class', 'enum', 'template', 'operator', 'const', 'static',
                 'constexpr', 'auto', 'extern', 'sizeof', 'static_cast'}
 PREFIXES = {'++', '--', '*', '::', '('}
-# What follows the name at the start of a call or an assignment, and of no declaration.
+# What follows the name at the start of a call or an assignment, but not of a declaration.
 FOLLOW_NAME = {'(', '[', '=', '+=', '-=', '*=', '/=', '%=', '&=', '|=', '^=', '<<=', '>>=', '++', '--'}
 OPENERS = {'(': ')', '[': ']', '{': '}'}
 

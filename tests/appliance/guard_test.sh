@@ -16,7 +16,7 @@ here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
 # The appliance's programs without their guard.
 bare=$roots/bare
 mkdir "$bare"
-for program in vokctl vokcontrol libvokcontrol.so; do
+for program in vokctl vokcontrol libvokcontrol.so libvokcontrol.so.0; do
     ln -s "$build/$program" "$bare/$program"
 done
 ln -s "$build/vokcontrol" "$bare/vokcollect"

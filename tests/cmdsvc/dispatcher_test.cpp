@@ -92,7 +92,7 @@ void expectOpenAndEmpty(const std::string& path, long written)
     EXPECT_EQ(root::readFile(path), "");
 }
 
-TEST_F(Dispatcher, wrongCountIsAnsweredByEachRowInItsWay)
+TEST_F(Dispatcher, wrongCountIsAnsweredAsEachRowSays)
 {
     for (const Row& row : kRows) {
         for (const std::uint32_t count : {0U, 1U, 2U, 3U, 4U, 5U, 255U, 0x101U, 0x104U}) {
@@ -141,7 +141,7 @@ TEST_F(Dispatcher, rightCountRunsTheCommand)
     }
 }
 
-TEST_F(Dispatcher, wrongCountGivesBackTheResultOfItsLastTrace)
+TEST_F(Dispatcher, wrongCountReturnsTheResultOfItsLastTrace)
 {
     for (const Row& row : kRows) {
         if (row.exit == ' ') {
@@ -211,7 +211,7 @@ TEST_F(Dispatcher, unknownCodeLeavesTheAnswerOpenAndEmpty)
     expectOpenAndEmpty(path, 0);
 }
 
-TEST_F(Dispatcher, answerOfNothingIsAnEmptyFile)
+TEST_F(Dispatcher, ignoredCommandLeavesAnEmptyAnswer)
 {
     for (const std::string& request :
          {frame("gubs", 0), frame("dscr", 0), frame("ipcf", 0), frame("rtov", 2)}) {
@@ -243,7 +243,7 @@ TEST_F(Dispatcher, lineIsTracedByteByByteBeforeItsCountIsChecked)
 
 // ---- Frames -----------------------------------------------------------------------------------
 
-TEST_F(Dispatcher, newlineEndsTheLineWhereverItStands)
+TEST_F(Dispatcher, newlineEndsTheLineInEveryPlace)
 {
     // A count of ten ends the line within the count.
     const Outcome outcome = process("rtov " + le32(10));
@@ -252,7 +252,7 @@ TEST_F(Dispatcher, newlineEndsTheLineWhereverItStands)
     EXPECT_EQ(process("\nrtov" + le32(2)).result, -1);
 }
 
-TEST_F(Dispatcher, shortLineShowsNothingOfTheOneBefore)
+TEST_F(Dispatcher, shortLineShowsNothingOfThePreviousOne)
 {
     EXPECT_EQ(process(frame("gubs", 0x05040302)).result, 0);
     const Outcome outcome = process("rtov\n");

@@ -96,7 +96,7 @@ TEST_F(Serve, refusalIsAnsweredAsTheRowSays)
     }
 }
 
-TEST_F(Serve, badShareNameIsAWordThoughItsCommandAnswersErrors)
+TEST_F(Serve, gsp1AnswersABadNameAsAWord)
 {
     EXPECT_EQ(serve(cmdsvc::command("gsp1"), cmdsvc::kBadShareName),
               (Served{le32(0xC1000003), {request::exitTrace(0xC1000003)}, false}));

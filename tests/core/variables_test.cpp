@@ -73,13 +73,13 @@ TEST_F(Variables, everyLineOfANameIsRewritten)
     expectSet("a=1\nb=2\na = 3\n", "a", "9", "a=9\nb=2\na=9\n");
 }
 
-TEST_F(Variables, likeNamesAreLeftAlone)
+TEST_F(Variables, similarNamesAreNotChanged)
 {
     const std::string others = "ab=1\n a=1\na b=1\nA=1\na\n=1\n";
     expectSet(others, "a", "2", others + "a=2\n");
 }
 
-TEST_F(Variables, lastLineWithoutItsNewlineIsEndedFirst)
+TEST_F(Variables, lastLineWithoutANewlineGetsOneBeforeAnAddedLine)
 {
     expectSet("a=1\nb=2", "c", "3", "a=1\nb=2\nc=3\n");
     expectSet("a=1\nb=2", "b", "3", "a=1\nb=3\n");
@@ -144,7 +144,7 @@ TEST_F(Variables, copyThatCannotBeOpenedIsAFailure)
     EXPECT_EQ(root::readFile(kFile), "a=1\n");
 }
 
-TEST_F(Variables, staleCopyGoesEvenWhereTheFileIsMissing)
+TEST_F(Variables, oldCopyIsRemovedEvenIfTheFileIsMissing)
 {
     root::writeFile(kNew, "stale=1\n");
     EXPECT_EQ(setvar("a", "1"), -1);
@@ -281,14 +281,14 @@ TEST_F(Variables, resultCanBeTheNextName)
     EXPECT_STREQ(getvar(getvar("pointer")), "5");
 }
 
-TEST_F(Variables, unreadableFileIsToldInAComment)
+TEST_F(Variables, unreadableFileIsReportedInAComment)
 {
     testing::internal::CaptureStdout();
     EXPECT_STREQ(getvar("a"), "");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), kNoFile);
 }
 
-TEST_F(Variables, unreadableFileIsToldAtOnce)
+TEST_F(Variables, unreadableFileIsReportedAtOnce)
 {
     EXPECT_EQ(root::printedPieces([] {
                   getvar("a");
@@ -362,7 +362,7 @@ TEST_F(LiveVariables, machineNameAsksTheSystemScript)
     EXPECT_EQ(watch::calls(), Lines{scriptLine("tovGetNmbdSysname")});
 }
 
-TEST_F(LiveVariables, keysAreWholeOpeningTags)
+TEST_F(LiveVariables, keysIncludeTheBracketsOfTheTag)
 {
     answer("<nmbdSysname>tower</nmbdSysname>\n<old_nmbdSysname>attic</old_nmbdSysname>\n"
            "<nmbdSysnames>many</nmbdSysnames>\n");

@@ -93,7 +93,7 @@ TEST(Shapes, aLineWithMoreThanItsShapeIsNotKnown)
     }
 }
 
-TEST(Shapes, everyWordOfAShapeCounts)
+TEST(Shapes, aLineWithAnotherWordIsNotKnown)
 {
     for (const guard::Shape& shape : guard::shapes()) {
         const std::string line = fill(shape);
@@ -126,7 +126,7 @@ bool mayHold(char sign, char c)
     }
 }
 
-TEST(Shapes, eachByteMayStandWhereItMeansNothing)
+TEST(Shapes, eachByteIsAllowedWhereAShellDoesNotInterpretIt)
 {
     for (const guard::Shape& shape : guard::shapes()) {
         for (const Place& place : placesOf(shape.words)) {
@@ -168,7 +168,7 @@ TEST(Shapes, aRefusalNamesTheOperationAndThePlace)
     }
 }
 
-TEST(Shapes, whatIsLikeNoLineIsUnknown)
+TEST(Shapes, aLineUnlikeAllShapesIsAnUnknownOperation)
 {
     for (const char* line : {"", "reboot", "#", "\n", ";", "Sudo"}) {
         const guard::Verdict verdict = guard::judge(line);
@@ -180,7 +180,7 @@ TEST(Shapes, whatIsLikeNoLineIsUnknown)
     EXPECT_EQ(guard::judge("du -sm").place, "its words");
 }
 
-TEST(Shapes, valuesThatAreEmptyOrOptionsOrNoPathsAreToldApart)
+TEST(Shapes, emptyValuesOptionsAndOtherThanPathsAreRefused)
 {
     EXPECT_TRUE(isKnown("du -sk \"/share/\" > /tmp/pelsts1.tmp"));
     EXPECT_TRUE(isKnown("sudo /usr/bin/php /etc/inc/api_user.php tovAddUser '' ''"));
@@ -204,7 +204,7 @@ TEST(Shapes, valuesThatAreEmptyOrOptionsOrNoPathsAreToldApart)
     EXPECT_FALSE(isKnown("sudo rm -f /a b"));
 }
 
-TEST(Shapes, namesThatCannotBeMeasuredAreThoseThatTheirLineRefuses)
+TEST(Shapes, aNameIsMeasurableIfItsLineIsKnown)
 {
     for (int byte = 1; byte < 256; ++byte) {
         const std::string name = "a" + std::string(1, static_cast<char>(byte));

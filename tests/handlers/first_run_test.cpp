@@ -81,7 +81,7 @@ class FirstTime : public Query {
     }
 };
 
-TEST_F(FirstTime, setupIsDoneWhereTheMarkerStartsWithZero)
+TEST_F(FirstTime, setupIsDoneIfTheMarkerStartsWithZero)
 {
     for (const std::string marker : {"0", "00", "01", "0x", "0 1", "0\xC3\xA9", "0\"$HOME"}) {
         expectMarker(marker, kSetupDone);
@@ -104,7 +104,7 @@ TEST_F(FirstTime, markerIsTracedUpToItsBuffersEnd)
     }
 }
 
-TEST_F(FirstTime, blanksAroundTheSignAreNotTheMarkers)
+TEST_F(FirstTime, blanksAroundTheEqualsSignAreIgnored)
 {
     for (const std::string line : {"firsttime = 0", "firsttime\t=\t 0", "firsttime=  0"}) {
         root::writeFile(kVariables, line + "\n");
@@ -124,7 +124,7 @@ TEST_F(FirstTime, onlyTheFirstOfSeveralMarkersCounts)
     expectAnswer(kSetupDone, "0");
 }
 
-TEST_F(FirstTime, likeNamesAreOtherVariables)
+TEST_F(FirstTime, similarNamesAreOtherVariables)
 {
     for (const std::string content :
          {"", "a=0\n", "firsttime2=0\n", " firsttime=0\n", "FIRSTTIME=0\n", "firsttime 0\n",
@@ -156,7 +156,7 @@ TEST_F(FirstTime, markerThatCannotBeReadIsAnEmptyOne)
     expectAnswer(kGood, "");
 }
 
-TEST_F(FirstTime, nothingBehindTheRequestLineIsRead)
+TEST_F(FirstTime, onlyTheFirstLineIsRead)
 {
     root::writeFile(kVariables, "firsttime=1\n");
     request::load(frame("frst", 0, "more\n"));
@@ -272,7 +272,7 @@ TEST_F(QuickSetup, everyLanguageHasItsCodeAndVariable)
     }
 }
 
-TEST_F(QuickSetup, languageThatHoldsAKnownOneIsThatOne)
+TEST_F(QuickSetup, languageThatContainsAKnownNameIsThatLanguage)
 {
     root::writeFile(kVariables, "default_public_share_name_en=E\ndefault_public_share_name_fr=F\n"
                                 "default_public_share_name_ge=G\ndefault_public_share_name_it=I\n"
@@ -291,7 +291,7 @@ TEST_F(QuickSetup, languageThatHoldsAKnownOneIsThatOne)
     }
 }
 
-TEST_F(QuickSetup, firstRowOfTheTableWinsOverTheFirstWord)
+TEST_F(QuickSetup, orderOfTheTableDecidesNotTheOrderOfTheWords)
 {
     root::writeFile(kVariables, "default_public_share_name_en=E\ndefault_public_share_name_fr=F\n"
                                 "default_public_share_name_ge=G\ndefault_public_share_name_it=I\n"
@@ -391,7 +391,7 @@ TEST_F(QuickSetup, languageScriptThatFailsIsAnError)
     expectError(kNoLanguage, calls(0x7F00));
 }
 
-TEST_F(QuickSetup, languageScriptThatSomebodyElseReapedIsAnError)
+TEST_F(QuickSetup, languageScriptReapedElsewhereIsAnError)
 {
     stubLanguage(tagged("english"));
     std::signal(SIGCHLD, SIG_IGN);
@@ -417,7 +417,7 @@ TEST_F(QuickSetup, languageThatCannotBeReadIsAnError)
     expectError(kNoLanguage, calls("Permission denied"));
 }
 
-TEST_F(QuickSetup, shareNamesOfAnySize)
+TEST_F(QuickSetup, shareNamesOfAnySizeAreAnswered)
 {
     stubLanguage(tagged("english"));
     for (const std::size_t size : {1U, 2U, 31U, 32U, 33U, 63U, 64U, 65U, 70U, 400U, 481U}) {
@@ -437,7 +437,7 @@ TEST_F(QuickSetup, charactersAreBytes)
     }
 }
 
-TEST_F(QuickSetup, shareNamesGoInAsTheyAre)
+TEST_F(QuickSetup, shareNamesAreAnsweredUnchanged)
 {
     stubLanguage(tagged("english"));
     for (const std::string name : {"Our files", "a \"quoted\" b", "$HOME", "%s%n%d", "back\\slash",
@@ -478,7 +478,7 @@ TEST_F(QuickSetup, shareNameThatCannotBeReadIsAnError)
                 root::unreadVariable(root::kDenied));
 }
 
-TEST_F(QuickSetup, answerIsBuiltAnewForEachRequest)
+TEST_F(QuickSetup, answerDoesNotDependOnEarlierRequests)
 {
     stubLanguage(tagged("english"));
     root::writeFile(kVariables, "default_public_share_name_en=" + std::string(70, 'n') + "\n");

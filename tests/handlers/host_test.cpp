@@ -222,7 +222,7 @@ class Host : public request::Test {
     }
 };
 
-TEST_F(Host, setsOneThingAfterTheOther)
+TEST_F(Host, settingsAreMadeInTheirOrder)
 {
     const Parameters p = {.hostName = "attic", .workGroup = "HOME"};
     load(p);
@@ -258,7 +258,7 @@ TEST_F(Host, everyTraceReachesTheFile)
     EXPECT_EQ(std::ranges::count(traces, '\n'), 13);
 }
 
-TEST_F(Host, eachScriptSeesWhatWasSetBefore)
+TEST_F(Host, eachScriptFindsTheEarlierSettings)
 {
     load(Parameters{.hostName = "attic", .workGroup = "HOME"});
     stubScripts("tovSetSysDate|tovSetLanguage|tovSetWorkgroup) "
@@ -270,7 +270,7 @@ TEST_F(Host, eachScriptSeesWhatWasSetBefore)
     EXPECT_EQ(root::readFile("/stubs/tovSetWorkgroup"), kBefore + kEnglish) << "no start page yet";
 }
 
-TEST_F(Host, oneRequestKeepsNothingForTheNext)
+TEST_F(Host, requestDoesNotDependOnAnEarlierOne)
 {
     load(Parameters{.hostName = "attic", .workGroup = "HOME", .language = "tc"});
     EXPECT_EQ(request::run().answer, le32(kGood));
@@ -320,7 +320,7 @@ TEST_F(Host, lineThatIsMissingIsMalformed)
     }
 }
 
-TEST_F(Host, lineBehindTheVeryEndOfTheRequestIsMalformed)
+TEST_F(Host, lineAfterTheEndOfTheRequestIsMalformed)
 {
     // Not even a zero is left to read: the line is what was read before.
     const Lines whole = {kDate + "\n", "attic\n", "HOME\n"};
@@ -390,7 +390,7 @@ TEST_F(Host, carriageReturnIsPartOfTheLine)
     expectRefused(kUnknownLanguage, read(language));
 }
 
-TEST_F(Host, withoutMemoryForALine)
+TEST_F(Host, withoutMemoryForALineTheCommandFails)
 {
     const Parameters p = {.hostName = "attic", .workGroup = "HOME"};
     for (int copies = 0; copies < 4; ++copies) {
@@ -401,7 +401,7 @@ TEST_F(Host, withoutMemoryForALine)
     }
 }
 
-TEST_F(Host, lineIsCopiedBeforeItIsJudged)
+TEST_F(Host, lineIsCopiedBeforeItIsChecked)
 {
     const std::string name(33, 'n');
     const std::vector<Parameters> refused = {
@@ -417,7 +417,7 @@ TEST_F(Host, lineIsCopiedBeforeItIsJudged)
     }
 }
 
-TEST_F(Host, fourCopiesAreAllThatIsNeeded)
+TEST_F(Host, commandNeedsFourCopies)
 {
     const Parameters p = {.hostName = "attic", .workGroup = "HOME"};
     load(p);
@@ -429,7 +429,7 @@ TEST_F(Host, fourCopiesAreAllThatIsNeeded)
 
 // ---- Date and time ----------------------------------------------------------------------------
 
-TEST_F(Host, shortDateLeavesItsMissingCharactersOut)
+TEST_F(Host, missingCharactersOfAShortDateAreLeftOut)
 {
     const std::vector<std::pair<std::string, std::string>> clocks = {
         {"::", "//"},
@@ -461,7 +461,7 @@ TEST_F(Host, shortDateLeavesItsMissingCharactersOut)
     }
 }
 
-TEST_F(Host, charactersBehindADateAreIgnored)
+TEST_F(Host, charactersAfterADateAreIgnored)
 {
     for (const std::string& more :
          {std::string("0"), std::string(" GMT"), std::string(3985, '7')}) {
@@ -471,7 +471,7 @@ TEST_F(Host, charactersBehindADateAreIgnored)
     }
 }
 
-TEST_F(Host, dateIsTakenByPlacesAndNotValidated)
+TEST_F(Host, dateIsTakenByOffsetsAndNotValidated)
 {
     const std::vector<std::array<std::string, 3>> dates = {
         {"abcdefghijklmno", "ef:gh:no", "ab/cd/ijkl"},
@@ -490,7 +490,7 @@ TEST_F(Host, dateIsTakenByPlacesAndNotValidated)
     }
 }
 
-TEST_F(Host, dateIsTheShellsToInterpret)
+TEST_F(Host, shellInterpretsTheDate)
 {
     watch::mayBeStrange("sudo /usr/bin/php /etc/inc/");
     const Parameters p = {.date = "(((((((((((((((", .hostName = "attic"};
@@ -520,7 +520,7 @@ TEST_F(Host, timeThatCannotBeSetIsOnlyTraced)
     }
 }
 
-TEST_F(Host, reasonIsNeverAnOlderOne)
+TEST_F(Host, errnoIsNeverAnOlderOne)
 {
     const Parameters p;
     load(p);
@@ -549,7 +549,7 @@ TEST_F(Host, dateThatCannotBeSetEndsTheCommand)
     }
 }
 
-TEST_F(Host, childThatSomebodyElseReapedIsAFailureOfTheDate)
+TEST_F(Host, childReapedElsewhereIsAFailureOfTheDate)
 {
     std::signal(SIGCHLD, SIG_IGN);
     const Parameters p = {.hostName = "attic"};
@@ -748,7 +748,7 @@ TEST_F(Host, charactersAreBytes)
     expectRefused(kWorkGroupTooLong, firstOf(read({.workGroup = tooLong}), 3));
 }
 
-TEST_F(Host, namesReachTheLineAsTheyStand)
+TEST_F(Host, namesAreOnTheLineUnchanged)
 {
     watch::mayBeStrange("sudo /usr/bin/php /etc/inc/api_system.php tovSet");
     const std::vector<std::pair<std::string, std::string>> names = {

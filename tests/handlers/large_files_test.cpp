@@ -43,7 +43,7 @@ class LargeFiles : public request::Test {
     }
 };
 
-TEST_F(LargeFiles, versionIsRefusedForItsSize)
+TEST_F(LargeFiles, tooLargeABuildFileIsRefused)
 {
     const std::vector<std::pair<std::uintmax_t, std::string>> sizes = {
         {2 * kGibibyte - 1, "2147483647"},
@@ -59,14 +59,14 @@ TEST_F(LargeFiles, versionIsRefusedForItsSize)
 }
 
 /// The size goes out in 32 bits, and as much of the file goes with it.
-TEST_F(LargeFiles, privateFileIsSentAsFarAsItsSizeOnTheWire)
+TEST_F(LargeFiles, privateFileIsSentUpToTheSizeInTheHeader)
 {
     makeLarge(kPrivateFile, "abcdef", 4 * kGibibyte + 3);
     expectEnd(request::process(frame("gpvt", 0)), "gprt " + le32(2) + "\n" + le32(3) + "\n" + "abc",
               {sizeTrace(kPrivateFile, "3"), trace("sending buffer abc")});
 }
 
-TEST_F(LargeFiles, publishedStatusIsReadWhateverComesBehindIt)
+TEST_F(LargeFiles, publishedStatusIsReadWhateverFollowsIt)
 {
     makeLarge(root::kStatusFile, le32(4) + "\x01\x02\x10\x03", 3 * kGibibyte);
     std::array<char, 4096> buffer{};

@@ -63,7 +63,7 @@ class NtPassword : public root::Test {
 
 // ---- Hashes -----------------------------------------------------------------------------------
 
-TEST_F(NtPassword, publishedHashesAreMet)
+TEST_F(NtPassword, knownHashesMatchTheirPasswords)
 {
     struct Row {
         const char* password;
@@ -137,12 +137,12 @@ TEST_F(NtPassword, caseAndBlanksOfAPasswordCount)
     EXPECT_EQ(check(hashOf("password "), "password "), 0);
 }
 
-TEST_F(NtPassword, hashItselfIsNoPassword)
+TEST_F(NtPassword, hashItselfIsNotThePassword)
 {
     EXPECT_EQ(check(kPasswordHash, kPasswordHash), -1);
 }
 
-TEST_F(NtPassword, emptyPasswordIsOne)
+TEST_F(NtPassword, emptyPasswordIsAPassword)
 {
     EXPECT_EQ(check(kEmptyHash, ""), 0);
     EXPECT_EQ(check(kEmptyHash, " "), -1);

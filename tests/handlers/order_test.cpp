@@ -114,7 +114,7 @@ const std::string kNoPlace = "gspc \5Books\n";
 const std::string kVariableReport = "subs \6 \3anna\n";
 const std::string kFileReport = frame("sub1", 2, "\3 anna\n");
 
-TEST_F(Order, theseAreAnsweredAndThenTraced)
+TEST_F(Order, theseCommandsAnswerBeforeTheyTrace)
 {
     expectAnswered(10 + 7, "cmd_gps1 fwrite", frame("gps1", 0));
     expectAnswered(5, "cmd_gpsn fwrite", frame("gpsn", 0));
@@ -129,7 +129,7 @@ TEST_F(Order, theseAreAnsweredAndThenTraced)
     expectAnswered(9, "exiting", frame("getv", 1, root::le32(9) + "\n"));
 }
 
-TEST_F(Order, theseAreTracedAndThenAnswered)
+TEST_F(Order, theseCommandsTraceBeforeTheyAnswer)
 {
     expectAnswered(0, "return good", frame("sgss", 0));
     expectAnswered(0, "return good", kVariableReport);
@@ -146,7 +146,7 @@ TEST_F(Order, theseAreTracedAndThenAnswered)
     expectAnswered(0, "wasu exited", frame("wasu", 4, std::string("anna\na\nb\n\0\n", 11)));
 }
 
-TEST_F(Order, usersAreCountedThenAnnouncedThenReportedOneByOne)
+TEST_F(Order, usersAreCountedThenTheCountIsAnsweredThenEachName)
 {
     expectAnswered(0, "found 2 user", frame("lstu", 0));
     expectAnswered(10, "reporting user anna", frame("lstu", 0));
@@ -157,7 +157,7 @@ TEST_F(Order, usersAreCountedThenAnnouncedThenReportedOneByOne)
     EXPECT_EQ(lookAt("reporting user bob", frame("lstu", 0), printed), 5);
 }
 
-TEST_F(Order, workFilesAreClosedAndGoneBeforeTheResultIsTraced)
+TEST_F(Order, workFilesAreClosedAndRemovedBeforeTheResultIsTraced)
 {
     const std::string listing = kWorkFile + root::pid();
     expectThere(false, listing, "cmd_gsp1 fwrite", frame("gsp1", 1, "Music\n"));
@@ -196,7 +196,7 @@ TEST_F(Order, workFilesAreClosedBeforeTheyAreRemoved)
                   {"write", "close", "close", "write", "close", "close"});
 }
 
-TEST_F(Order, listOfUsersIsCompleteBeforeItsWorkFilesGo)
+TEST_F(Order, listOfUsersIsCompleteBeforeItsWorkFilesAreRemoved)
 {
     watch::mayBeStrange("sudo /usr/bin/php /etc/inc/api_user.php tovGetUsers /tmp/list");
     watch::mayBeStrange("cat /tmp/list");

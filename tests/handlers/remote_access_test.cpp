@@ -239,7 +239,7 @@ TEST_F(Value, addressesOfAnySize)
     }
 }
 
-TEST_F(Value, addressesGoInAsTheyAre)
+TEST_F(Value, addressesAreAnsweredUnchanged)
 {
     for (const std::string& text : kOddTexts) {
         // Blanks before a value are not part of it, nor is a carriage return.
@@ -312,7 +312,7 @@ TEST_F(Value, keyThatIsCutByTheRequestsEndIsMalformed)
     }
 }
 
-TEST_F(Value, keyIsAllThatIsRead)
+TEST_F(Value, onlyTheKeyIsRead)
 {
     load(frame("getv", 1, le32(3) + "\nmore\n"));
     expectAnswer(std::string("getv \3\0\0\0\n2\n", 12),
@@ -352,7 +352,7 @@ class Access : public RemoteAccess {
     }
 };
 
-TEST_F(Access, systemIsOnWhereItsVariableStartsWithOne)
+TEST_F(Access, systemIsOnIfItsVariableStartsWithOne)
 {
     root::writeFile(kVariables, "raclient_raenabled=1\n");
     load(frame("wags", 1, "system\n"));
@@ -450,7 +450,7 @@ TEST_F(Access, entityThatCannotBeReadIsMalformed)
     }
 }
 
-TEST_F(Access, userIsAskedFor)
+TEST_F(Access, accessOfAUserIsAskedFor)
 {
     load(frame("wags", 2, "user\nanna\n"));
     expectAnswer("wags user\n\1\n",
@@ -590,7 +590,7 @@ TEST_F(Access, userNeedsNoNewline)
     expectUser(true, userCalls("anna"));
 }
 
-TEST_F(Access, userThatIsMissingIsAnEmptyOne)
+TEST_F(Access, missingUserIsAnEmptyName)
 {
     for (const std::string parameters : {"user", "user\n", "user\n\n"}) {
         load(frame("wags", 1, parameters));
@@ -599,7 +599,7 @@ TEST_F(Access, userThatIsMissingIsAnEmptyOne)
     }
 }
 
-TEST_F(Access, userBehindTheVeryEndOfTheRequestIsMalformed)
+TEST_F(Access, userAfterTheEndOfTheRequestIsMalformed)
 {
     for (const std::string end : {"user\n", "user"}) {
         load(filledFrame("wags", 2, end));
@@ -608,7 +608,7 @@ TEST_F(Access, userBehindTheVeryEndOfTheRequestIsMalformed)
     }
 }
 
-TEST_F(Access, userStandsBetweenDoubleQuotesAsItIs)
+TEST_F(Access, userIsBetweenDoubleQuotesUnchanged)
 {
     watch::mayBeStrange("/usr/bin/ra-enabled");
     const std::vector<std::pair<std::string, std::string>> users = {
@@ -657,7 +657,7 @@ class SigningUp : public RemoteAccess {
     static const inline std::string kAnna = "anna\nanna@example.org\nsecret\n";
 };
 
-TEST_F(SigningUp, userLosesItsNewlineAndTheOthersKeepTheirs)
+TEST_F(SigningUp, userLosesItsNewlineButTheOtherTextsKeepTheirs)
 {
     ask("anna\nanna@example.org\nsecret\n");
     expectAnswer(std::string("warp \0\n\0\n", 9), {});
@@ -678,7 +678,7 @@ TEST_F(SigningUp, programIsCalledByItsPath)
               std::string("/usr/bin/ractl\0registerUser\0anna\0b\n\0c\n\0", 39));
 }
 
-TEST_F(SigningUp, anyStatusButZeroIsARefusal)
+TEST_F(SigningUp, anyStatusExceptZeroIsARefusal)
 {
     for (const int status : {1, 2, 3, 126, 127, 128, 130, 255}) {
         place(kRegister, "exit " + std::to_string(status));
@@ -715,7 +715,7 @@ TEST_F(SigningUp, programThatCannotBeStartedRefuses)
     expectError(1, {});
 }
 
-TEST_F(SigningUp, processThatCannotBeHadIsAFailure)
+TEST_F(SigningUp, processThatCannotBeCreatedIsAFailure)
 {
     ask(kAnna);
     const faults::Guard noProcess = faults::failFork();
@@ -723,7 +723,7 @@ TEST_F(SigningUp, processThatCannotBeHadIsAFailure)
     expectNoProgram();
 }
 
-TEST_F(SigningUp, childThatSomebodyElseReapedIsAFailure)
+TEST_F(SigningUp, childReapedElsewhereIsAFailure)
 {
     std::signal(SIGCHLD, SIG_IGN);
     ask(kAnna);
@@ -731,7 +731,7 @@ TEST_F(SigningUp, childThatSomebodyElseReapedIsAFailure)
     EXPECT_EQ(asked(kRegister), registration("anna", "anna@example.org\n", "secret\n"));
 }
 
-TEST_F(SigningUp, answerComesWhenTheProgramHasEnded)
+TEST_F(SigningUp, programEndsBeforeTheAnswer)
 {
     place(kRegister, "sleep 0.2; wc -c </tmp/outbuf7 >/stubs/early; exit 0");
     ask(kAnna);
@@ -756,7 +756,7 @@ TEST_F(SigningUp, textsOfAnySize)
     EXPECT_EQ(request::unread(), std::string(4000 - 3 * 254, 'n'));
 }
 
-TEST_F(SigningUp, restOfALongLineIsTheNext)
+TEST_F(SigningUp, restOfALongLineIsTheNextLine)
 {
     for (std::size_t size = 253; size <= 257; ++size) {
         SCOPED_TRACE(size);
@@ -781,7 +781,7 @@ TEST_F(SigningUp, restOfALongLineIsTheNext)
     }
 }
 
-TEST_F(SigningUp, textsReachTheProgramAsTheyStand)
+TEST_F(SigningUp, textsReachTheProgramUnchanged)
 {
     for (const std::string& text : kOddTexts) {
         ask(text + "\n" + text + "\n" + text + "\n");
@@ -821,7 +821,7 @@ TEST_F(SigningUp, zeroByteEndsAText)
     expectRegistered("", "", "");
 }
 
-TEST_F(SigningUp, lineBehindTheVeryEndOfTheRequestIsAFailure)
+TEST_F(SigningUp, lineAfterTheEndOfTheRequestIsAFailure)
 {
     for (const std::string end : {"", "anna\n", "anna", "anna\nb\n", "anna\nb"}) {
         SCOPED_TRACE(end);
@@ -904,7 +904,7 @@ TEST_F(Switching, programIsCalledByItsPath)
               std::string("/usr/bin/ractl\0registerUser\0anna\0b\0c\0", 37));
 }
 
-TEST_F(Switching, anyStatusButZeroIsARefusalToSwitchOn)
+TEST_F(Switching, anyStatusExceptZeroIsARefusalToSwitchOn)
 {
     for (const int status : {1, 2, 3, 126, 127, 128, 130, 255}) {
         const std::string text = std::to_string(status);
@@ -947,7 +947,7 @@ TEST_F(Switching, programThatCannotBeStartedIsTracedByTheChild)
         << "the child goes on with the parent's traces";
 }
 
-TEST_F(Switching, processThatCannotBeHadDoesNotSwitchOn)
+TEST_F(Switching, processThatCannotBeCreatedDoesNotSwitchOn)
 {
     askForAnna('\1');
     const faults::Guard noProcess = faults::failFork();
@@ -955,7 +955,7 @@ TEST_F(Switching, processThatCannotBeHadDoesNotSwitchOn)
     expectNoProgram();
 }
 
-TEST_F(Switching, childThatSomebodyElseReapedDoesNotSwitchOn)
+TEST_F(Switching, childReapedElsewhereDoesNotSwitchOn)
 {
     std::signal(SIGCHLD, SIG_IGN);
     askForAnna('\1');
@@ -963,7 +963,7 @@ TEST_F(Switching, childThatSomebodyElseReapedDoesNotSwitchOn)
     expectAnnaRegistered();
 }
 
-TEST_F(Switching, onIsAnsweredWhenTheProgramHasEnded)
+TEST_F(Switching, programEndsBeforeOnIsAnswered)
 {
     place(kRegister, "sleep 0.2; wc -c </tmp/outbuf7 >/stubs/early; exit 0");
     askForAnna('\1');
@@ -1018,7 +1018,7 @@ class SwitchingOff : public Switching {
     void askFor(const std::string& user) { ask(user + "\nb\nc\n" + std::string("\0\n", 2)); }
 };
 
-TEST_F(SwitchingOff, offRunsTheSwitchProgramAlone)
+TEST_F(SwitchingOff, offRunsOnlyTheSwitchProgram)
 {
     ask(std::string("anna\nb\nc\n\0\n", 11));
     expectAnswer(std::string("wasu \0\n\0\n", 9),
@@ -1114,7 +1114,7 @@ TEST_F(SwitchingOff, lineForTheShellIsCutAt255Characters)
     }
 }
 
-TEST_F(SwitchingOff, userStandsBetweenDoubleQuotesAsItIs)
+TEST_F(SwitchingOff, userIsBetweenDoubleQuotesUnchanged)
 {
     watch::mayBeStrange("/usr/bin/ra-enabled");
     const std::vector<std::pair<std::string, std::string>> users = {
@@ -1141,7 +1141,7 @@ TEST_F(SwitchingOff, userStandsBetweenDoubleQuotesAsItIs)
     }
 }
 
-TEST_F(SwitchingOff, quotesOfTheLineEndThoseOfItsTrace)
+TEST_F(SwitchingOff, quotesOfTheLineEndTheQuotesOfItsTrace)
 {
     askFor("a;true b");
     expectPrinted("wasu system /usr/bin/ra-enabled set a\n");
@@ -1149,7 +1149,7 @@ TEST_F(SwitchingOff, quotesOfTheLineEndThoseOfItsTrace)
     EXPECT_EQ(asked(kSwitch), "<set><a;true b><off>");
 }
 
-TEST_F(SwitchingOff, needsNoNewProcessOfItsOwn)
+TEST_F(SwitchingOff, offForksNoProcess)
 {
     const faults::Guard noProcess = faults::failFork();
     askFor("anna");
@@ -1184,7 +1184,7 @@ TEST_F(Switching, textsOfAnySize)
     expectMalformed(frame("wasu", 4, std::string(4000, 'n') + "\nb\nc\n\1\n"));
 }
 
-TEST_F(Switching, restOfALongLineIsTheNext)
+TEST_F(Switching, restOfALongLineIsTheNextLine)
 {
     for (std::size_t size = 253; size <= 257; ++size) {
         SCOPED_TRACE(size);
@@ -1225,7 +1225,7 @@ TEST_F(Switching, restOfALongFirstLineMovesTheFlag)
     expectNoProgram();
 }
 
-TEST_F(Switching, textsReachTheProgramAsTheyStand)
+TEST_F(Switching, textsReachTheProgramUnchanged)
 {
     for (const std::string& text : kOddTexts) {
         ask(text + "\n" + text + "\n" + text + "\n\1\n");
@@ -1257,7 +1257,7 @@ TEST_F(Switching, lineThatIsMissingIsMalformed)
     }
 }
 
-TEST_F(Switching, whateverStandsBehindTheVeryEndOfTheRequestIsMalformed)
+TEST_F(Switching, parametersAfterTheEndOfTheRequestAreMalformed)
 {
     for (const std::string end : {"", "anna\n", "anna", "anna\nb\n", "anna\nb", "anna\nb\nc\n",
                                   "anna\nb\nc", "anna\nb\nc\n\1"}) {
@@ -1271,7 +1271,7 @@ TEST_F(Switching, requestMayFillTheBufferToItsEnd)
     expectRegistered("anna", "b", "c");
 }
 
-TEST_F(Switching, nothingBehindTheFlagIsRead)
+TEST_F(Switching, nothingAfterTheFlagIsRead)
 {
     ask("anna\nb\nc\n\1\nmore\n");
     expectRegistered("anna", "b", "c");
@@ -1301,7 +1301,7 @@ class Children : public Switching, public testing::WithParamInterface<const char
     }
 };
 
-TEST_P(Children, childWritesNothingOfItsParents)
+TEST_P(Children, childFlushesNothingOfItsParent)
 {
     fs::remove(kRegister);
     std::FILE* other = std::fopen("/stubs/other", "w");
@@ -1322,7 +1322,7 @@ TEST_P(Children, childWritesNothingOfItsParents)
     EXPECT_EQ(root::readFile("/stubs/other"), "other");
 }
 
-TEST_P(Children, childRunsNothingThatIsDueAtItsParentsExit)
+TEST_P(Children, childRunsNoExitHandlerOfItsParent)
 {
     static pid_t parent = 0;
     parent = ::getpid();
@@ -1385,7 +1385,7 @@ TEST_P(Children, signalDoesNotEndTheWait)
     EXPECT_EQ(signals, 2);
 }
 
-TEST_P(Children, theirOwnChildrenAreLeftToRun)
+TEST_P(Children, childrenOfTheProgramKeepRunning)
 {
     place(kRegister, "sleep 30 >/dev/null 2>&1 & echo $! >/stubs/grandchild; exit 0");
     askForAnna();

@@ -155,7 +155,7 @@ class ShareScript : public request::Test {
     }
 };
 
-TEST_F(ShareScript, createsAShare)
+TEST_F(ShareScript, shareIsCreated)
 {
     for (const std::string property : {"public", "private", ""}) {
         watch::restart();
@@ -185,7 +185,7 @@ TEST_F(ShareScript, missingInterpreterIsAFailure)
     EXPECT_EQ(watch::calls(), giving("Media", "anna", 127 << 8));
 }
 
-TEST_F(ShareScript, childThatSomebodyElseReapedIsAFailure)
+TEST_F(ShareScript, childReapedElsewhereIsAFailure)
 {
     std::signal(SIGCHLD, SIG_IGN);
     EXPECT_EQ(create_shar("Media", "public"), -1);
@@ -196,7 +196,7 @@ TEST_F(ShareScript, childThatSomebodyElseReapedIsAFailure)
     EXPECT_EQ(watch::calls(), giving("Media", "anna", -1, "No child processes"));
 }
 
-TEST_F(ShareScript, givesAShareToAUser)
+TEST_F(ShareScript, userIsGivenAShare)
 {
     EXPECT_EQ(setUserPrivilege("anna", "Media"), 0);
     EXPECT_EQ(watch::calls(), giving("Media", "anna"));
@@ -213,7 +213,7 @@ TEST_F(ShareScript, givingThatFailsIsTracedWithItsReason)
     }
 }
 
-TEST_F(ShareScript, reasonIsNeverAnOlderOne)
+TEST_F(ShareScript, errnoIsNeverAnOlderOne)
 {
     fail({"exit 3", 0x300, 0, ""}, kGive, "tovSetUserSharePrivileges");
     errno = EACCES;
@@ -240,7 +240,7 @@ TEST_F(ShareScript, namesOfAnySize)
     }
 }
 
-TEST_F(ShareScript, namesReachTheScriptAsTheyStand)
+TEST_F(ShareScript, namesReachTheScriptUnchanged)
 {
     for (const std::string& name : kOddTexts) {
         watch::restart();
@@ -252,7 +252,7 @@ TEST_F(ShareScript, namesReachTheScriptAsTheyStand)
     }
 }
 
-TEST_F(ShareScript, singleQuotesAreTheShells)
+TEST_F(ShareScript, shellInterpretsSingleQuotes)
 {
     watch::mayBeStrange("sudo /usr/bin/php /etc/inc/");
     EXPECT_EQ(create_shar("a' 'b", "public"), 0);
@@ -393,13 +393,13 @@ class PublicShare : public Creation {
     }
 };
 
-TEST_F(PublicShare, nameBehindGuestIsCreated)
+TEST_F(PublicShare, nameAfterGuestIsCreated)
 {
     ask("Media");
     expectCreated("Media");
 }
 
-TEST_F(PublicShare, nameThatStandsAloneLosesItsLastCharacter)
+TEST_F(PublicShare, nameWithoutGuestLosesItsLastCharacter)
 {
     for (const std::string name :
          {"Media", "Guest", "guests", "guest ", "guest\r", "m", "a\xC3\xA9"}) {
@@ -408,7 +408,7 @@ TEST_F(PublicShare, nameThatStandsAloneLosesItsLastCharacter)
     }
 }
 
-TEST_F(PublicShare, nothingStaysNothing)
+TEST_F(PublicShare, emptyNameStaysEmpty)
 {
     load(frame("pshr", 3, "\n"));
     expectCreated("");
@@ -416,14 +416,14 @@ TEST_F(PublicShare, nothingStaysNothing)
     expectCreated("");
 }
 
-TEST_F(PublicShare, emptyNameIsTakenWhereTheListHoldsTwoQuotesInARow)
+TEST_F(PublicShare, emptyNameIsTakenIfTheListHoldsTwoQuotesInARow)
 {
     stubScripts({"A", "B"}, {});
     ask("");
     expectEnd(kTaken, join({named(""), shareLookup({"A", "B"}, "", 1)}));
 }
 
-TEST_F(PublicShare, linesThatAreNotAskedForAreNotRead)
+TEST_F(PublicShare, furtherLinesAreNotRead)
 {
     load(frame("pshr", 3, "Medias\nmore\n"));
     expectCreated("Media");
@@ -453,7 +453,7 @@ TEST_F(PublicShare, lineWithAZeroByteIsMalformed)
     expectMalformed(std::string("guest\n\0\nMedia\n", 14));
 }
 
-TEST_F(PublicShare, guestAtTheVeryEndOfTheRequestIsMalformed)
+TEST_F(PublicShare, guestAtTheEndOfTheRequestIsMalformed)
 {
     // Not even a zero is left to read: the name is what was read before.
     load(filledFrame("pshr", 3, "guest\n"));
@@ -480,7 +480,7 @@ TEST_F(PublicShare, namesOfAnySize)
     }
 }
 
-TEST_F(PublicShare, nameThatStandsAloneMayHaveOneCharacterMore)
+TEST_F(PublicShare, nameWithoutGuestMayHaveOneCharacterMore)
 {
     for (const std::size_t size : {64U, 65U, 66U, 4000U}) {
         const std::string name(size - 1, 'n');
@@ -505,7 +505,7 @@ TEST_F(PublicShare, charactersAreBytes)
     expectEnd(kTooLong, named(name + "n"));
 }
 
-TEST_F(PublicShare, oddNamesReachTheScriptAsTheyStand)
+TEST_F(PublicShare, oddNamesReachTheScriptUnchanged)
 {
     for (const std::string& name : kOddTexts) {
         ask(name);
@@ -522,7 +522,7 @@ TEST_F(PublicShare, singleQuoteBreaksTheLine)
     EXPECT_EQ(asked(), "");
 }
 
-TEST_F(PublicShare, withoutMemoryTheReasonIsTraced)
+TEST_F(PublicShare, missingMemoryIsTraced)
 {
     const faults::Guard noMemory = faults::failStrdup();
     ask("Media");
@@ -549,7 +549,7 @@ TEST_F(PublicShare, takenNameIsRefusedInAnyCase)
     }
 }
 
-TEST_F(PublicShare, namesThatAreOnlyLikeATakenOneAreFree)
+TEST_F(PublicShare, similarNamesAreFree)
 {
     const Lines shares = {"Media"};
     stubScripts(shares, {});
@@ -594,7 +594,7 @@ TEST_F(PublicShare, listingWithoutContentHoldsNoShares)
     }
 }
 
-TEST_F(PublicShare, listingThatSomebodyElseReapedCounts)
+TEST_F(PublicShare, listingReapedElsewhereCounts)
 {
     // The list is taken as it is, but the share's own line is not.
     std::signal(SIGCHLD, SIG_IGN);
@@ -712,7 +712,7 @@ TEST_F(PrivateShare, userLineWithoutItsNewlineIsTraced)
     EXPECT_EQ(asked(), "");
 }
 
-TEST_F(PrivateShare, shareLineWithoutItsNewlineIsTracedAsItWasRead)
+TEST_F(PrivateShare, shareLineWithoutItsNewlineIsTraced)
 {
     for (const std::string& text : {std::string(), std::string("Media"), std::string(4000, 'n')}) {
         load(frame("shar", 3, "anna\n" + text));
@@ -723,7 +723,7 @@ TEST_F(PrivateShare, shareLineWithoutItsNewlineIsTracedAsItWasRead)
     EXPECT_EQ(asked(), "");
 }
 
-TEST_F(PrivateShare, userAtTheVeryEndOfTheRequestIsMalformed)
+TEST_F(PrivateShare, userAtTheEndOfTheRequestIsMalformed)
 {
     // Not even a zero is left to read: the share's line is what was read before.
     const std::string user(4000, 'u');
@@ -740,14 +740,14 @@ TEST_F(PrivateShare, shareMayFillTheRequestToItsEnd)
     expectMade("Media", "anna", annaFound());
 }
 
-TEST_F(PrivateShare, withoutMemoryForTheUser)
+TEST_F(PrivateShare, withoutMemoryForTheUserTheCommandFails)
 {
     const faults::Guard noMemory = faults::failStrdup();
     ask("anna", "Media");
     expectEnd(kNoMemory, userNamed("anna"));
 }
 
-TEST_F(PrivateShare, withoutMemoryForTheShare)
+TEST_F(PrivateShare, withoutMemoryForTheShareTheCommandFails)
 {
     {
         const faults::Guard noMemory = faults::failStrdup(1);
@@ -775,7 +775,7 @@ TEST_F(PrivateShare, guestIsAUser)
     expectMade("Media", "guest", userFound("guest", {"anna"}));
 }
 
-TEST_F(PrivateShare, scriptThatKnowsNobodyRefusesEverybody)
+TEST_F(PrivateShare, everyUserIsRefusedIfTheScriptListsNobody)
 {
     for (const std::string action : {"exit 3", ": >\"$3\"", "mkdir \"$3\"", "mkdir \"$3\"2"}) {
         stubScripts({}, {"anna"}, "tovGetUsers) " + action + " ;;");
@@ -784,7 +784,7 @@ TEST_F(PrivateShare, scriptThatKnowsNobodyRefusesEverybody)
     }
 }
 
-TEST_F(PrivateShare, userWhoCannotBeLookedUpIsTakenToExist)
+TEST_F(PrivateShare, userCountsAsExistingIfTheSearchFails)
 {
     const Lines fetch = userFetch();
     const std::string answer = "/tmp/work/isUserExisted" + pid() + pid();
@@ -906,7 +906,7 @@ TEST_F(PrivateShare, sharesOfAnySize)
     }
 }
 
-TEST_F(PrivateShare, oddNamesReachTheScriptsAsTheyStand)
+TEST_F(PrivateShare, oddNamesReachTheScriptsUnchanged)
 {
     for (const std::string& name : kOddTexts) {
         stubScripts({}, {name});
@@ -951,7 +951,7 @@ TEST_F(PrivateShare, takenShareIsRefusedInAnyCase)
     expectEnd(kGood, join({annaFound(), made("Medi", "anna", shares)}));
 }
 
-TEST_F(PrivateShare, emptyShareIsTakenWhereTheListHoldsTwoQuotesInARow)
+TEST_F(PrivateShare, emptyShareIsTakenIfTheListHoldsTwoQuotesInARow)
 {
     const Lines shares = {"A", "B"};
     stubScripts(shares, {"anna"});
@@ -1035,7 +1035,7 @@ TEST_F(PrivateShare, shareThatCannotBeGivenStays)
     }
 }
 
-TEST_F(PrivateShare, childrenThatSomebodyElseReaps)
+TEST_F(PrivateShare, childrenReapedElsewhereAreFailures)
 {
     // The user is taken to exist, the list of shares counts, but the share's own line does not.
     std::signal(SIGCHLD, SIG_IGN);

@@ -140,7 +140,7 @@ class ShareProperty : public request::Test {
     }
 };
 
-TEST_F(ShareProperty, publicAndPrivateSharesAreTold)
+TEST_F(ShareProperty, publicAndPrivateSharesAreAnswered)
 {
     const std::string text = block("Music", "public") + block("Photos", "private");
     expectProperty(text, "Music", 2, {found(nameLine("Music")), found(propertyLine("public"), 2)});
@@ -181,7 +181,7 @@ TEST_F(ShareProperty, lastPropertyOfABlockWins)
     expectAnswer(nameLine("Music") + propertyLine("public") + propertyLine("private"), "Music", 1);
 }
 
-TEST_F(ShareProperty, propertyIsPublicWhereverTheWordStands)
+TEST_F(ShareProperty, propertyIsPublicIfTheLineHoldsTheWord)
 {
     expectAnswer("Music\npublic <shareproperty>x\n", "Music", 2);
     expectAnswer("Music\n<shareproperty>republican\n", "Music", 2);
@@ -199,7 +199,7 @@ TEST_F(ShareProperty, propertyCountsBetweenTheNameAndTheBlocksEnd)
                    {found(nameLine("Music")), found(propertyLine("public"), 2)});
 }
 
-TEST_F(ShareProperty, nameThenPropertyThenEndAreLookedForInEachLine)
+TEST_F(ShareProperty, eachLineIsSearchedForNameThenPropertyThenEnd)
 {
     const std::string line = "Music <shareproperty>public </shareinfo>\n";
     expectProperty(line + propertyLine("private"), "Music", 2, {found(line), found(line, 2)});
@@ -260,7 +260,7 @@ TEST_F(ShareProperty, namesInUtf8CountTheirBytes)
     expectAnswer(block("\xC3\xA9t\xC3\xA9", "public"), "\xC3\x89t\xC3\xA9", 3);
 }
 
-TEST_F(ShareProperty, nameOfTheShellsOwnCharactersIsLookedUp)
+TEST_F(ShareProperty, nameWithCharactersOfTheShellIsLookedUp)
 {
     expectAnswer(block("a\"b", "public"), "a\"b", 2);
     expectAnswer(block("$HOME `x` \\", "private"), "$HOME `x` \\", 1);
@@ -291,12 +291,12 @@ TEST_F(ShareProperty, zeroByteEndsTheName)
               le32(0xC1000003));
 }
 
-TEST_F(ShareProperty, missingNameIsAnEmptyOne)
+TEST_F(ShareProperty, missingNameIsAnEmptyName)
 {
     expectBadName(request::process(frame("gsp1", 1)), "");
 }
 
-TEST_F(ShareProperty, requestThatIsReadToItsEndHasItsLastLineForAName)
+TEST_F(ShareProperty, ifNothingIsLeftThePreviousLineIsTheName)
 {
     root::stubListing(block("Music", "public"));
     EXPECT_EQ(request::process(request::filledFrame("host", 4, "Music")).answer,
@@ -315,7 +315,7 @@ TEST_F(ShareProperty, onlyTheFirstLineIsTheName)
     EXPECT_EQ(request::process(frame("gsp1", 1, "Music\nPhotos\n")).answer, answerOf(2));
 }
 
-TEST_F(ShareProperty, traceTellsHowMuchHasBeenWritten)
+TEST_F(ShareProperty, traceHasTheNumberOfBytesWritten)
 {
     root::stubListing(block("Music", "private"));
     request::load(frame("gsp1", 1, "Music\n"));
@@ -346,7 +346,7 @@ TEST_F(ShareProperty, shellThatCannotStartIsAnError)
     }
 }
 
-TEST_F(ShareProperty, scriptThatSomebodyElseReapedIsAnError)
+TEST_F(ShareProperty, scriptReapedElsewhereIsAnError)
 {
     root::stubListing(block("Music", "public"));
     std::signal(SIGCHLD, SIG_IGN);
@@ -552,7 +552,7 @@ TEST_F(SharePropertyByPlace, shareThatIsNotListedIsNoError)
     expectNone(requestFor("Music"), "Music");
 }
 
-TEST_F(SharePropertyByPlace, shareThatIsListedMeetsTheEndOfTheUserList)
+TEST_F(SharePropertyByPlace, shareThatIsListedFindsNoLineInTheUserList)
 {
     expectPlace("Music", 0);
     expectPlace("Photos", 1);
@@ -561,7 +561,7 @@ TEST_F(SharePropertyByPlace, shareThatIsListedMeetsTheEndOfTheUserList)
     expectPlace("Music", 0);
 }
 
-TEST_F(SharePropertyByPlace, placeIsTheNumberOfCommasUpToTheName)
+TEST_F(SharePropertyByPlace, positionIsTheNumberOfCommasUpToTheName)
 {
     expectPlace("return", 0);
     expectPlace("eturn", 0);
@@ -603,7 +603,7 @@ TEST_F(SharePropertyByPlace, onlyTheLines254CharactersCount)
     expectNone(requestFor("Music"), "Music");
 }
 
-TEST_F(SharePropertyByPlace, listWithoutALineHasEveryShare)
+TEST_F(SharePropertyByPlace, emptyListCountsAsEveryShare)
 {
     stubHook("");
     expectPlace("Music", 0);
@@ -698,7 +698,7 @@ TEST_F(SharePropertyByPlace, nameOfTenThatIsMissingIsRefused)
     expectRefused("gspc \n0", "");
 }
 
-TEST_F(SharePropertyByPlace, nameOfTenBehindTheEndOfTheRequestIsRefused)
+TEST_F(SharePropertyByPlace, nameOfTenAfterTheEndOfTheRequestIsRefused)
 {
     EXPECT_EQ(request::process("gubs \n").result, 0);
     EXPECT_EQ(request::unread(), "");
@@ -707,7 +707,7 @@ TEST_F(SharePropertyByPlace, nameOfTenBehindTheEndOfTheRequestIsRefused)
     EXPECT_EQ(outcome.calls, join({nameCalls(""), {statusTrace}}));
 }
 
-TEST_F(SharePropertyByPlace, linesRestIsReadForTenAlone)
+TEST_F(SharePropertyByPlace, restOfTheLineIsReadOnlyForALengthOfTen)
 {
     stubHook("return [x];\n");
     expectNone("gspc \x04"
@@ -771,7 +771,7 @@ TEST_F(SharePropertyByPlace, markOfFullAccessMustBeWholeInItsPiece)
     expectProperty("Music", 0, userList(users).substr(254), 1);
 }
 
-TEST_F(SharePropertyByPlace, traceTellsHowMuchHasBeenWritten)
+TEST_F(SharePropertyByPlace, traceHasTheNumberOfBytesWritten)
 {
     request::load(requestFor("Books"));
     watch::after("echo \"cmd_gspc pShareName", request::loseAnswer);
@@ -790,7 +790,7 @@ TEST_F(SharePropertyByPlace, hookThatCannotStartIsAFailure)
     }
 }
 
-TEST_F(SharePropertyByPlace, failureBeforeTheHookHasRunLeavesTheWorkFileAlone)
+TEST_F(SharePropertyByPlace, failureBeforeTheHookHasRunDoesNotChangeTheWorkFile)
 {
     for (const std::string& name : {std::string(), std::string("Music")}) {
         root::writeFile(kWorkFile, "old");
@@ -801,14 +801,14 @@ TEST_F(SharePropertyByPlace, failureBeforeTheHookHasRunLeavesTheWorkFileAlone)
     }
 }
 
-TEST_F(SharePropertyByPlace, hookThatSomebodyElseReapedIsAFailure)
+TEST_F(SharePropertyByPlace, hookReapedElsewhereIsAFailure)
 {
     std::signal(SIGCHLD, SIG_IGN);
     expectEnd(request::process(requestFor("Music")), status, musicCalls({{statusTrace}}),
               {kWorkFile});
 }
 
-TEST_F(SharePropertyByPlace, anyOtherEndOfTheHookIsAccepted)
+TEST_F(SharePropertyByPlace, anyExitStatusOfTheHookIsAccepted)
 {
     for (const int result : {1, 256, 127 * 256, -2}) {
         root::writeFile(kWorkFile, "return [\"Old\"];\n");
@@ -894,7 +894,7 @@ TEST_F(SharePropertyByPlace, userListThatCannotBeFetchedIsAFailure)
     }
 }
 
-TEST_F(SharePropertyByPlace, failingUserScriptLeavesTheGuestAlone)
+TEST_F(SharePropertyByPlace, failingUserScriptLeavesOnlyTheGuest)
 {
     root::stub("php", "exit 1");
     expectPlace("Music", 0);

@@ -147,7 +147,7 @@ TEST_F(PublicShare, nameThatCannotBeReadIsAnEmptyLine)
     expectName("", root::unreadVariable(kDenied));
 }
 
-TEST_F(PublicShare, answerThatTheDiskHasNoRoomForIsLost)
+TEST_F(PublicShare, answerIsLostIfTheDiskIsFull)
 {
     setVariables("pel_pubshare_name=Public\n");
     request::load(frame("gps1", 0));
@@ -158,7 +158,7 @@ TEST_F(PublicShare, answerThatTheDiskHasNoRoomForIsLost)
     EXPECT_EQ(outcome.calls, request::opening("gps1", 0, {trace("cmd_gps1 fwrite 17: gpsr \x01")}));
 }
 
-TEST_F(PublicShare, olderQueryNeverTellsTheName)
+TEST_F(PublicShare, olderCommandDoesNotAnswerTheName)
 {
     setVariables("pel_pubshare_name=Public\n");
     expectNoName(frame("gpsn", 0), 0);
@@ -166,7 +166,7 @@ TEST_F(PublicShare, olderQueryNeverTellsTheName)
     expectNoName(frame("gpsn", 0), 0);
 }
 
-TEST_F(PublicShare, olderQueryTakesAnyCount)
+TEST_F(PublicShare, olderCommandTakesAnyCount)
 {
     setVariables("pel_pubshare_name=Public\n");
     expectNoName(frame("gpsn", 1, "x\n"), 1);
@@ -175,7 +175,7 @@ TEST_F(PublicShare, olderQueryTakesAnyCount)
     expectNoName("gpsn", 0);
 }
 
-TEST_F(PublicShare, olderQueryAsksForTheVariableAlone)
+TEST_F(PublicShare, olderCommandOnlyReadsTheVariable)
 {
     root::writeFile(kWorkFile, "pel_pubshare_name=Stale\n");
     expectEnd(request::process(frame("gpsn", 0)), "gpsn ", {trace("cmd_gpsn fwrite 5: gpsn ")},
@@ -300,7 +300,7 @@ TEST_F(ListShares, nameEndsAtTheFirstClosingTag)
     expectShares("x<sharename>A<B</sharename>x\n" + propertyLine("public"), {}, "A<B\npublic\n");
 }
 
-TEST_F(ListShares, closingTagAloneKeepsTheNameBefore)
+TEST_F(ListShares, closingTagAloneKeepsTheLastName)
 {
     expectShares(nameLine("Music") + "x</sharename>\n" + propertyLine("public"), {},
                  "Music\npublic\n");
@@ -321,7 +321,7 @@ TEST_F(ListShares, lineWithBothIsANameLine)
                  {}, "A\nprivate\n");
 }
 
-TEST_F(ListShares, propertyStandsWhereAnIndentOfTwoPutsIt)
+TEST_F(ListShares, propertyIsReadAtAnIndentOfTwo)
 {
     const auto property = [&](const std::string& line) { return nameLine("Music") + line + "\n"; };
     expectShares(property("<shareproperty>public</shareproperty>"), {}, "Music\nblic\n");
@@ -366,7 +366,7 @@ TEST_F(ListShares, namesInUtf8AreReported)
                  "\xC3\xA9t\xC3\xA9\npublic\n");
 }
 
-TEST_F(ListShares, namesGoOutAsTheyAre)
+TEST_F(ListShares, namesAreAnsweredUnchanged)
 {
     expectShares(block("100%s & \"more\"", "public", "external"), {}, "100%s & \"more\"\npublic\n");
 }
@@ -425,7 +425,7 @@ TEST_F(ListShares, secondRunOfTheScriptThatFailsIsAnError)
     }
 }
 
-TEST_F(ListShares, scriptThatSomebodyElseReapedIsAnErrorInTheSecondRun)
+TEST_F(ListShares, scriptReapedElsewhereIsAnErrorInTheSecondRun)
 {
     root::stubListing(block("Music", "public"));
     std::signal(SIGCHLD, SIG_IGN);
@@ -473,14 +473,14 @@ TEST_F(ListShares, listOfTheCountThatCannotBeWrittenIsAnError)
                 {listing, root::workFile("share_info")});
 }
 
-TEST_F(ListShares, listingThatIsRemovedInBetweenIsAnErrorBehindTheHeader)
+TEST_F(ListShares, listingThatIsRemovedInBetweenIsAnErrorAfterTheHeader)
 {
     expectError(listWhenCounted([&] { fs::remove(listing); }), header(1), request::kCannotOpen,
                 join({headerCalls({"Music"}), {problem("cannot open file", listing, kNotThere)}}),
                 {});
 }
 
-TEST_F(ListShares, unreadableListingIsAnErrorBehindTheHeaderAndIsRemoved)
+TEST_F(ListShares, unreadableListingIsAnErrorAfterTheHeaderAndIsRemoved)
 {
     expectError(listWhenCounted([&] { makeUnreadable(listing); }), header(1), request::kCannotOpen,
                 join({headerCalls({"Music"}), {problem("cannot open file", listing, kDenied)}}),
@@ -503,7 +503,7 @@ TEST_F(ListShares, folderInTheListingsPlaceReportsNothing)
     EXPECT_EQ(leftBehind(), Lines{kWorkFile});
 }
 
-TEST_F(ListShares, listingThatCannotBeClosedIsAnErrorBehindTheShares)
+TEST_F(ListShares, listingThatCannotBeClosedIsAnErrorAfterTheShares)
 {
     const faults::Guard fault = faults::failFclose(listing);
     expectError(listWhenRun([] {}), header(1) + "Music\npublic\n", request::kCannotClose,
@@ -618,7 +618,7 @@ class ShareNameExists : public request::Test {
     static constexpr std::size_t kMusicSize = 17;
 };
 
-TEST_F(ShareNameExists, lettersOfBothCasesAreTheSame)
+TEST_F(ShareNameExists, lettersOfBothCasesCountAsTheSame)
 {
     expectResult({"MEDIA"}, "Media", 1);
     expectResult({"media"}, "Media", 1);
@@ -653,7 +653,7 @@ TEST_F(ShareNameExists, namesOfAllSizes)
     expectResult({longer}, longer, 1);
 }
 
-TEST_F(ShareNameExists, longNameIsCutBeforeItIsLookedFor)
+TEST_F(ShareNameExists, longNameIsCutBeforeItIsSearchedFor)
 {
     const std::string name(4000, 'n');
     expectResult({"n"}, name, 0);
@@ -674,7 +674,7 @@ TEST_F(ShareNameExists, onlyInternalSharesHaveANameThatIsTaken)
     EXPECT_EQ(leftBehind(), Lines{});
 }
 
-TEST_F(ShareNameExists, manySharesAreAllSeen)
+TEST_F(ShareNameExists, manySharesAreAllFound)
 {
     Lines names;
     for (int i = 0; i < 150; ++i) {
@@ -684,7 +684,7 @@ TEST_F(ShareNameExists, manySharesAreAllSeen)
     expectResult(names, "share150", 0);
 }
 
-TEST_F(ShareNameExists, failedListIsNeitherYesNorNo)
+TEST_F(ShareNameExists, failedListIsAFailure)
 {
     root::stub("php", "exit 3");
     EXPECT_EQ(isShareNameExisted("Music"), -1);
@@ -696,7 +696,7 @@ TEST_F(ShareNameExists, failedListIsNeitherYesNorNo)
     EXPECT_EQ(leftBehind(), Lines{});
 }
 
-TEST_F(ShareNameExists, scriptThatSomebodyElseReapedCounts)
+TEST_F(ShareNameExists, scriptReapedElsewhereCounts)
 {
     std::signal(SIGCHLD, SIG_IGN);
     expectResult({"Music"}, "music", 1);
@@ -733,14 +733,14 @@ TEST_F(ShareNameExists, listThatIsTooLargeForTheMemoryIsTracedAndRemoved)
         {});
 }
 
-TEST_F(ShareNameExists, emptyListIsNeitherYesNorNo)
+TEST_F(ShareNameExists, emptyListIsAFailure)
 {
     expectFailure(kListed, [&] { root::writeFile(list, ""); }, {resultTrace(-1)}, {});
     expectFailure(kMeasured, [&] { root::writeFile(list, ""); },
                   {sizeTrace(kMusicSize), resultTrace(-1)}, {});
 }
 
-TEST_F(ShareNameExists, folderInTheListsPlaceIsNeitherYesNorNo)
+TEST_F(ShareNameExists, folderInTheListsPlaceIsAFailure)
 {
     const auto replace = [&] {
         fs::remove(list);
@@ -749,7 +749,7 @@ TEST_F(ShareNameExists, folderInTheListsPlaceIsNeitherYesNorNo)
     expectFailure(kMeasured, replace, {sizeTrace(kMusicSize), resultTrace(-1)}, {});
 }
 
-TEST_F(ShareNameExists, listThatDoesNotFitOnTheDiskIsNeitherYesNorNo)
+TEST_F(ShareNameExists, listThatDoesNotFitOnTheDiskIsAFailure)
 {
     expectFailure("sudo",
                   [] {
@@ -759,7 +759,7 @@ TEST_F(ShareNameExists, listThatDoesNotFitOnTheDiskIsNeitherYesNorNo)
                   {resultTrace(-1)}, {});
 }
 
-TEST_F(ShareNameExists, listThatCannotBeRemovedIsAnsweredAllTheSame)
+TEST_F(ShareNameExists, listThatCannotBeRemovedIsAnsweredAnyway)
 {
     stubShares({"Music"});
     watch::after(kListed, [] { closeFolder(); });

@@ -135,7 +135,7 @@ TEST_F(Version, linesAreJoined)
     EXPECT_EQ(root::readFile(kBuildFile), "\n\n");
 }
 
-TEST_F(Version, everySizeUpToTheLargest)
+TEST_F(Version, everySizeUpToTheLargestIsAnswered)
 {
     for (const std::size_t size : {1U, 2U, 100U, 4084U, 4085U}) {
         expectLine(text(size), text(size));
@@ -153,7 +153,7 @@ TEST_F(Version, emptyAndTooLargeFilesAreRefused)
     }
 }
 
-TEST_F(Version, bytesComeAsTheyAre)
+TEST_F(Version, bytesAreAnsweredUnchanged)
 {
     std::string line = binary(255);
     line.erase(line.find('\n'), 1);
@@ -169,7 +169,7 @@ TEST_F(Version, byteOfAllOnesEndsTheLine)
 
 /// What is answered is never longer than the buffer: the line is cut before the first character (or
 /// the first three, for a newline) that would not leave room for the last newline.
-TEST_F(Version, lineIsCutWhereNewlinesMakeItTooLong)
+TEST_F(Version, lineIsCutIfNewlinesMakeItTooLong)
 {
     std::string hyphens;
     for (int i = 0; i < 1361; ++i) {
@@ -197,7 +197,7 @@ TEST_F(Version, fileThatGrowsAfterItWasMeasuredIsCut)
     expectReply(request::run(), answer(text(4085)), goodCalls(4, text(4085)));
 }
 
-TEST_F(Version, fileThatShrinksAfterItWasMeasuredIsAnsweredAsItIs)
+TEST_F(Version, fileThatShrinksAfterItWasMeasuredIsAnsweredShorter)
 {
     root::writeFile(kBuildFile, text(4000));
     request::load(frame("vers", 0));
@@ -213,19 +213,19 @@ TEST_F(Version, folderIsAnEmptyLine)
     expectReply(ask(), answer(""), goodCalls(sizeOf("/tmp/folder"), ""));
 }
 
-TEST_F(Version, earlierLongerAnswerLeavesNothingBehind)
+TEST_F(Version, earlierLongerAnswerLeavesNothing)
 {
     expectLine(text(4085), text(4085));
     expectLine("1", "1");
 }
 
-TEST_F(Version, missingFile)
+TEST_F(Version, missingFileIsAnError)
 {
     request::load(frame("vers", 0));
     expectError(0x40000003, {trace("cannot stat file " + kBuildFile)});
 }
 
-TEST_F(Version, unreadableFile)
+TEST_F(Version, unreadableFileIsAnError)
 {
     root::writeFile(kBuildFile, "1.0\n");
     fs::permissions(kBuildFile, fs::perms(0));
@@ -234,7 +234,7 @@ TEST_F(Version, unreadableFile)
                              trace("cannot open file " + kBuildFile + ": Permission denied")});
 }
 
-TEST_F(Version, fileThatIsGoneAfterItWasMeasured)
+TEST_F(Version, fileRemovedAfterItWasMeasuredIsAnError)
 {
     root::writeFile(kBuildFile, "1.0\n");
     request::load(frame("vers", 0));
@@ -310,7 +310,7 @@ TEST_F(Download, everySizeIsSentWhole)
     }
 }
 
-TEST_F(Download, fiveBytesMakeTwenty)
+TEST_F(Download, answerToFiveBytesHasTwenty)
 {
     expectSent("hello");
     EXPECT_EQ(ask().answer.size(), 20U);
@@ -331,7 +331,7 @@ TEST_F(Download, everyByteValueIsSent)
     expectSent(std::string("text\0more", 9));
 }
 
-TEST_F(Download, traceOfAShortChunkShowsNothingOfTheOneBefore)
+TEST_F(Download, traceOfAShortChunkShowsNothingOfThePreviousOne)
 {
     const std::string content = text(4096) + "end";
     expectSent(content);
@@ -381,7 +381,7 @@ TEST_F(Download, goodAnswerLeavesTheWorkFileAlone)
     EXPECT_EQ(root::readFile(kSavedFile), "somebody's");
 }
 
-TEST_F(Download, fileThatCannotBeClosedHasBeenSentAllTheSame)
+TEST_F(Download, fileThatCannotBeClosedIsSent)
 {
     root::writeFile(kPrivateFile, "hello");
     request::load(frame("gpvt", 0));
@@ -391,20 +391,20 @@ TEST_F(Download, fileThatCannotBeClosedHasBeenSentAllTheSame)
     expectReply(request::run(), head(5) + "hello", calls);
 }
 
-TEST_F(Download, missingFile)
+TEST_F(Download, missingFileIsAnError)
 {
     request::load(frame("gpvt", 0));
     expectError(0x70000001, {trace("cannot stat file " + kPrivateFile)});
 }
 
-TEST_F(Download, emptyFile)
+TEST_F(Download, emptyFileIsAnError)
 {
     root::writeFile(kPrivateFile, "");
     request::load(frame("gpvt", 0));
     expectError(0x70000002, {sizeTrace(kPrivateFile, 0)});
 }
 
-TEST_F(Download, unreadableFile)
+TEST_F(Download, unreadableFileIsAnError)
 {
     root::writeFile(kPrivateFile, "hello");
     fs::permissions(kPrivateFile, fs::perms(0));
@@ -413,7 +413,7 @@ TEST_F(Download, unreadableFile)
                              trace("cannot open file " + kPrivateFile + ": Permission denied")});
 }
 
-TEST_F(Download, fileThatIsGoneAfterItWasMeasured)
+TEST_F(Download, fileRemovedAfterItWasMeasuredIsAnError)
 {
     root::writeFile(kPrivateFile, "hello");
     request::load(frame("gpvt", 0));
@@ -533,7 +533,7 @@ TEST_F(Upload, everySizeIsStoredWhole)
     }
 }
 
-TEST_F(Upload, whatIsStoredComesBack)
+TEST_F(Upload, storedFileCanBeFetched)
 {
     const std::string content = binary(4070);
     expectUpload(content);
@@ -541,7 +541,7 @@ TEST_F(Upload, whatIsStoredComesBack)
               "gprt " + le32(2) + "\n" + le32(4070) + "\n" + content);
 }
 
-TEST_F(Upload, traceShowsNothingOfWhatWasInTheBufferBefore)
+TEST_F(Upload, traceShowsNothingOfAnEarlierRequest)
 {
     expectUpload(text(4070));
     expectUpload("x");
@@ -554,7 +554,7 @@ TEST_F(Upload, lostTraceIsNoFailure)
     EXPECT_EQ(root::readFile(root::kTraceFile).find("_spvt"), std::string::npos);
 }
 
-TEST_F(Upload, bytesBehindTheEndMarkAreNotRead)
+TEST_F(Upload, bytesAfterTheLastNewlineAreNotRead)
 {
     keepFormer();
     expectStored(request::process(upload("hello") + "more"), "hello",
@@ -583,7 +583,7 @@ TEST_F(Upload, savedFileOfAnEarlierCrashIsRemoved)
     expectUpload("hello again");
 }
 
-TEST_F(Upload, childrenThatSomebodyElseReapsAreNoFailure)
+TEST_F(Upload, childrenReapedElsewhereAreNoFailure)
 {
     keepFormer();
     std::signal(SIGCHLD, SIG_IGN);
@@ -605,7 +605,7 @@ TEST_F(Upload, sizeWithANewlineByteIsRefused)
     }
 }
 
-TEST_F(Upload, sizeThatNoNewlineFollowsIsRefused)
+TEST_F(Upload, sizeWithoutANewlineIsRefused)
 {
     const std::string five = le32(5);
     const Lines lines = {"",
@@ -635,7 +635,7 @@ TEST_F(Upload, endlessSizeLineIsRefused)
                    {traceBytes("_spvt: " + line)});
 }
 
-TEST_F(Upload, refusalTakesTheSavedFileAway)
+TEST_F(Upload, refusalRemovesTheSavedFile)
 {
     root::writeFile(kSavedFile, "older");
     expectFailure(request::process(announce(10, "")), kMalformed, {trace("_spvt: \n")});
@@ -678,7 +678,7 @@ TEST_F(Upload, sizeBeyondTheRequestIsTooLittleData)
     }
 }
 
-TEST_F(Upload, withoutAFormerFileTheNewOneStaysAsFarAsItCame)
+TEST_F(Upload, withoutAFormerFileAnIncompleteNewOneStays)
 {
     expectFailure(
         request::process(announce(4082, "hello\n")), 0x60000004,
@@ -687,7 +687,7 @@ TEST_F(Upload, withoutAFormerFileTheNewOneStaysAsFarAsItCame)
     EXPECT_EQ(root::readFile(kPrivateFile), "");
 }
 
-TEST_F(Upload, anythingButANewlineBehindTheDataIsRefused)
+TEST_F(Upload, anyByteExceptANewlineAfterTheDataIsRefused)
 {
     for (const std::string& end : Lines{std::string(1, '\0'), "x", "\r\n", " \n", "\xFF\n"}) {
         keepFormer();
@@ -714,7 +714,7 @@ TEST_F(Upload, sizeBeyondTheDataIsRefused)
         join({sizeCalls(100), {kKeepTrace, kKeep, writeTrace("hello\n"), kNoEndTrace, kRestore}}));
 }
 
-TEST_F(Upload, withoutAFormerFileTheNewOneStaysWithoutItsEndMark)
+TEST_F(Upload, withoutAFormerFileTheNewOneStaysEvenIfItsNewlineIsMissing)
 {
     expectFailure(request::process(announce(5, "hellox")), 0x60000005,
                   join({sizeCalls(5), {writeTrace("hello"), kNoEndTrace, kRestore}}));
@@ -741,7 +741,7 @@ TEST_F(Upload, fileThatCannotBeCreatedIsAFailure)
     fs::create_directories(kDisk + "/__bksts");
 }
 
-TEST_F(Upload, formerFileIsBackWhereTheNewOneCannotBeCreated)
+TEST_F(Upload, formerFileIsBackIfTheNewOneCannotBeCreated)
 {
     keepFormer();
     request::load(upload("hello"));
@@ -754,7 +754,7 @@ TEST_F(Upload, formerFileIsBackWhereTheNewOneCannotBeCreated)
 }
 
 /// The disk fills up behind the former file's back.
-TEST_F(Upload, formerFileIsBackWhenTheDiskIsFullAtTheClose)
+TEST_F(Upload, formerFileIsBackIfTheDiskIsFullAtTheClose)
 {
     keepFormer();
     request::load(upload(text(4070)));
@@ -766,7 +766,7 @@ TEST_F(Upload, formerFileIsBackWhenTheDiskIsFullAtTheClose)
                           reason("close", kPrivateFile, "No space left on device"), kRestore}}));
 }
 
-TEST_F(Upload, formerFileIsBackWhenTheDiskIsFullAtTheWrite)
+TEST_F(Upload, formerFileIsBackIfTheDiskIsFullAtTheWrite)
 {
     keepFormer();
     request::load(upload(text(4070)));
@@ -777,7 +777,7 @@ TEST_F(Upload, formerFileIsBackWhenTheDiskIsFullAtTheWrite)
                           reason("write", kPrivateFile, "No space left on device"), kRestore}}));
 }
 
-TEST_F(Upload, formerFileIsBackWhenTheNewOneCannotBeClosed)
+TEST_F(Upload, formerFileIsBackIfTheNewOneCannotBeClosed)
 {
     keepFormer();
     request::load(upload("hello"));
@@ -788,7 +788,7 @@ TEST_F(Upload, formerFileIsBackWhenTheNewOneCannotBeClosed)
                           reason("close", kPrivateFile, root::kBadDescriptor), kRestore}}));
 }
 
-TEST_F(Upload, emptyFolderInTheFilesPlaceGoes)
+TEST_F(Upload, emptyFolderInTheFilesPlaceIsRemoved)
 {
     fs::create_directory(kPrivateFile);
     expectStored(request::process(upload("hello")), "hello",
@@ -847,7 +847,7 @@ TEST_F(Upload, folderInTheSavedFilesPlaceIsAFailure)
     EXPECT_EQ(root::readFile(kPrivateFile), "hello");
 }
 
-TEST_F(Upload, closeIsJudgedBeforeTheEndMark)
+TEST_F(Upload, closeIsCheckedBeforeTheLastNewline)
 {
     keepFormer();
     request::load(announce(5, "hellox"));
@@ -880,7 +880,7 @@ class WayBack {
     }
 };
 
-TEST_F(Upload, newFileIsClosedBeforeTheFormerOneComesBack)
+TEST_F(Upload, newFileIsClosedBeforeTheFormerOneIsRestored)
 {
     const std::vector<Lines> once = {{}};
     for (const std::string& request : {announce(4082, "hello\n"), announce(5, "hellox")}) {
@@ -893,7 +893,7 @@ TEST_F(Upload, newFileIsClosedBeforeTheFormerOneComesBack)
     }
 }
 
-TEST_F(Upload, newFileThatCannotBeWrittenIsClosedBeforeTheFormerOneComesBack)
+TEST_F(Upload, newFileThatCannotBeWrittenIsClosedBeforeTheFormerOneIsRestored)
 {
     keepFormer();
     request::load(upload(text(4070)));
@@ -931,7 +931,7 @@ TEST_F(Upload, fileThatCannotBeMovedIsWrittenOver)
     }
 }
 
-TEST_F(Upload, fileIsWrittenOverWhereNoShellCanStart)
+TEST_F(Upload, fileIsWrittenOverIfNoShellCanStart)
 {
     keepFormer();
     request::load(upload("hello"));
@@ -940,7 +940,7 @@ TEST_F(Upload, fileIsWrittenOverWhereNoShellCanStart)
                  join({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello")}}));
 }
 
-TEST_F(Upload, wayBackIsMvAlone)
+TEST_F(Upload, formerFileIsRestoredOnlyByMv)
 {
     for (const FailingMove& move : kFailingMoves) {
         SCOPED_TRACE(move.script);
@@ -954,7 +954,7 @@ TEST_F(Upload, wayBackIsMvAlone)
     }
 }
 
-TEST_F(Upload, formerFileIsLostWhereTheWayBackFails)
+TEST_F(Upload, formerFileIsLostIfItCannotBeRestored)
 {
     root::stub("mv", "case $1 in /tmp/*) exit 1 ;; esac; exec /usr/bin/mv \"$@\"");
     keepFormer();
@@ -965,7 +965,7 @@ TEST_F(Upload, formerFileIsLostWhereTheWayBackFails)
     expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-TEST_F(Upload, savedFileOfAnEarlierCrashComesBackWithAFailure)
+TEST_F(Upload, savedFileOfAnEarlierCrashIsRestoredByAFailure)
 {
     root::writeFile(kSavedFile, "older");
     expectFailure(request::process(announce(5, "hellox")), 0x60000005,
@@ -993,7 +993,7 @@ TEST_F(Upload, folderThatCannotBeMovedStays)
 }
 
 /// The real mv puts no folder over a file, but a file into a folder.
-TEST_F(Upload, savedFileOfAnEarlierCrashEndsInAFolderInTheFilesPlace)
+TEST_F(Upload, savedFileOfAnEarlierCrashIsMovedIntoAFolderInTheFilesPlace)
 {
     root::writeFile(kSavedFile, "older");
     fs::create_directory(kPrivateFile);
@@ -1019,7 +1019,7 @@ TEST_F(Upload, deviceThatCannotBeMovedStays)
     expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-TEST_F(Upload, deviceTakesWhatItTakes)
+TEST_F(Upload, deviceThatCannotBeMovedIsWritten)
 {
     root::stub("mv", "exit 1");
     fs::create_symlink("/dev/full", kPrivateFile);
@@ -1031,7 +1031,7 @@ TEST_F(Upload, deviceTakesWhatItTakes)
     expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-TEST_F(Upload, linkIsReplacedAndWhatItLeadsToStays)
+TEST_F(Upload, linkIsReplacedAndItsTargetStays)
 {
     root::writeFile("/stubs/elsewhere", "somebody's");
     fs::create_symlink("/stubs/elsewhere", kPrivateFile);
@@ -1063,7 +1063,7 @@ TEST_F(Upload, linkThatCannotBeMovedIsWrittenThrough)
 // ---- spvt: two processes at once --------------------------------------------------------------
 
 /// Neither knows of the other: each goes through its steps with the files as it finds them.
-TEST_F(Upload, secondUploadDropsTheFormerFileOfTheFirst)
+TEST_F(Upload, secondUploadRemovesTheFormerFileOfTheFirst)
 {
     keepFormer();
     request::load(announce(5, "hellox"));
@@ -1083,7 +1083,7 @@ TEST_F(Upload, secondUploadDropsTheFormerFileOfTheFirst)
     expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-TEST_F(Upload, downloadLeavesAnUploadInAnotherProcessAlone)
+TEST_F(Upload, downloadDoesNotDisturbAnUploadInAnotherProcess)
 {
     keepFormer();
     request::load(upload("hello"));

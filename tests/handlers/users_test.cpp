@@ -96,7 +96,7 @@ TEST_F(UsersList, lineWithoutBothTagsIsSkipped)
     expectList("<username>a\nusername</x>\n</username name>x\n", "return [\"guest\"];");
 }
 
-TEST_F(UsersList, namesGoInAsTheyAre)
+TEST_F(UsersList, namesAreWrittenUnchanged)
 {
     expectList(userLines({"a \"b\"", "\xC3\xA9lise", "guest"}),
                "return [\"guest\", \"a \"b\"\", \"\xC3\xA9lise\", \"guest\"];");
@@ -143,7 +143,7 @@ TEST_F(UsersList, shellThatCannotStartIsTraced)
     EXPECT_FALSE(root::exists(kWorkFile));
 }
 
-TEST_F(UsersList, scriptThatSomebodyElseReapedIsAFailure)
+TEST_F(UsersList, scriptReapedElsewhereIsAFailure)
 {
     stubUsers(userLines({"anna"}));
     std::signal(SIGCHLD, SIG_IGN);
@@ -241,7 +241,7 @@ TEST_F(UserExists, separatorsOfTheListCanBeFound)
     expectFound({"anna"}, "", 0);
 }
 
-TEST_F(UserExists, manyUsersAreAllSeen)
+TEST_F(UserExists, manyUsersAreAllFound)
 {
     Lines users;
     for (int i = 0; i < 150; ++i) {
@@ -253,7 +253,7 @@ TEST_F(UserExists, manyUsersAreAllSeen)
     EXPECT_EQ(isUserExisted("user150"), 0);
 }
 
-TEST_F(UserExists, longNameIsCutBeforeItIsLookedFor)
+TEST_F(UserExists, longNameIsCutBeforeItIsSearchedFor)
 {
     const std::string name(4000, 'n');
     stubUsers("");
@@ -263,13 +263,13 @@ TEST_F(UserExists, longNameIsCutBeforeItIsLookedFor)
                                           std::string(510, 'n')));
 }
 
-TEST_F(UserExists, failedListIsNeitherYesNorNo)
+TEST_F(UserExists, failedListIsAFailure)
 {
     watch::answer("sudo", -1, EAGAIN);
     EXPECT_EQ(isUserExisted("anna"), -1);
 }
 
-TEST_F(UserExists, listThatIsLostIsNeitherYesNorNo)
+TEST_F(UserExists, lostListIsAFailure)
 {
     // What is written to /dev/null is gone: the list has no size.
     stubUsers("");
@@ -281,7 +281,7 @@ TEST_F(UserExists, listThatIsLostIsNeitherYesNorNo)
     EXPECT_EQ(root::list("/tmp/work"), Lines{});
 }
 
-TEST_F(UserExists, listThatCannotBeLookedAtIsTraced)
+TEST_F(UserExists, listThatCannotBeMeasuredIsTraced)
 {
     // The list goes through a link into one of the work files, which is removed in the end.
     stubUsers("");
@@ -349,7 +349,7 @@ TEST_F(ListUsers, withoutUsersTheCountIsZero)
               join({callsBefore(17), {trace("comparing user: guest"), trace("found 0 user(s)")}}));
 }
 
-TEST_F(ListUsers, guestIsLeftOutInThisSpellingAlone)
+TEST_F(ListUsers, onlyGuestInThisSpellingIsLeftOut)
 {
     stubUsers(userLines({"guest", "Guest", "guest2"}));
     EXPECT_EQ(list().answer, "lsut " + le32(2) + "\nGuest\nguest2\n");
@@ -382,7 +382,7 @@ TEST_F(ListUsers, byteOfAllOnesEndsTheList)
     EXPECT_EQ(list().answer, "lsut " + le32(1) + "\nanna\n");
 }
 
-TEST_F(ListUsers, twoHundredUsers)
+TEST_F(ListUsers, twoHundredUsersAreAnswered)
 {
     Lines users;
     std::string names;
@@ -394,7 +394,7 @@ TEST_F(ListUsers, twoHundredUsers)
     EXPECT_EQ(list().answer, "lsut " + le32(200) + "\n" + names);
 }
 
-TEST_F(ListUsers, staleListIsReadWhereANewOneCannotBeMade)
+TEST_F(ListUsers, oldListIsReadIfANewOneCannotBeMade)
 {
     root::writeFile(kWorkFile, "return [\"guest\", \"old\"];");
     request::load(frame("lstu", 0));
@@ -446,18 +446,18 @@ class ListUsersFails : public ListUsers {
     }
 };
 
-TEST_F(ListUsersFails, missingList)
+TEST_F(ListUsersFails, missingListIsAnError)
 {
     expectFailure(request::kCannotStat, {trace("cannot stat file " + kWorkFile)});
 }
 
-TEST_F(ListUsersFails, emptyList)
+TEST_F(ListUsersFails, emptyListIsAnError)
 {
     root::writeFile(kWorkFile, "");
     expectFailure(0x20000006, {sizeTrace(kWorkFile, 0)});
 }
 
-TEST_F(ListUsersFails, unreadableList)
+TEST_F(ListUsersFails, unreadableListIsAnError)
 {
     root::writeFile(kWorkFile, "x");
     root::makeUnreadable(kWorkFile);
@@ -466,7 +466,7 @@ TEST_F(ListUsersFails, unreadableList)
         {sizeTrace(kWorkFile, 1), trace("cannot open file " + kWorkFile + ": " + root::kDenied)});
 }
 
-TEST_F(ListUsersFails, listThatIsGoneForTheSecondPass)
+TEST_F(ListUsersFails, listMissingInTheSecondPassIsAnError)
 {
     const Outcome outcome = listWhen(kFound, [] { std::filesystem::remove(kWorkFile); });
     const Lines reason = {trace("cannot open file " + kWorkFile + ": " + root::kNotThere)};
@@ -474,7 +474,7 @@ TEST_F(ListUsersFails, listThatIsGoneForTheSecondPass)
                 request::kCannotOpen, join({callsOnceFound(), reason}));
 }
 
-TEST_F(ListUsersFails, listThatCannotBeRemoved)
+TEST_F(ListUsersFails, listThatCannotBeRemovedIsAnError)
 {
     const Outcome outcome = listWhen(kReported, [] { std::filesystem::remove(kWorkFile); });
     const Lines reason = {trace("cannot remove file " + kWorkFile + ": " + root::kNotThere)};
@@ -482,7 +482,7 @@ TEST_F(ListUsersFails, listThatCannotBeRemoved)
                 request::kCannotRemove, join({callsOnceReported(), reason}), {}, "anna\n");
 }
 
-TEST_F(ListUsersFails, listThatCannotBeClosed)
+TEST_F(ListUsersFails, listThatCannotBeClosedIsAnError)
 {
     const Lines reason = {trace("cannot close file " + kWorkFile + ": " + root::kBadDescriptor)};
     const std::string error = "erro " + le32(request::kCannotClose);
@@ -495,7 +495,7 @@ TEST_F(ListUsersFails, listThatCannotBeClosed)
                 request::kCannotClose, join({callsOnceReported(), reason}), {}, "anna\n");
 }
 
-TEST_F(ListUsersFails, tooLongANameIsCutAndNothingOverrun)
+TEST_F(ListUsersFails, tooLongANameIsCut)
 {
     root::writeFile(kWorkFile, "return [\"" + std::string(9000, 'n') + "\", \"anna\"];");
     const Outcome outcome = fail();

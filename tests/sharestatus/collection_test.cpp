@@ -38,7 +38,7 @@ class Collection : public root::Test {
     }
 };
 
-TEST_F(Collection, markHasTheTimeOfItsStartAndThenOfItsEnd)
+TEST_F(Collection, markHasTheTimeOfTheStartAndThenOfTheEnd)
 {
     std::string duringTheList;
     std::string duringTheLastTrace;

@@ -129,7 +129,7 @@ TEST_F(Daemon, withoutSharesTheHeaderIsPublished)
     expectCalls({"nice(-16)", "daemon(0, 1)"}, emptyCollection(listingOf(watch::calls())));
 }
 
-TEST_F(Daemon, failedCollectionIsPublishedAsOne)
+TEST_F(Daemon, failedCollectionPublishesAnEmptyPayload)
 {
     root::stub("php", "exit 1");
     runDaemon();
@@ -167,7 +167,7 @@ TEST_F(Daemon, startAtBootWithoutAStatusFileWaitsTenSeconds)
                 emptyCollection(listingOf(watch::calls())));
 }
 
-TEST_F(Daemon, moreArgumentsAreNoStartAtBoot)
+TEST_F(Daemon, moreThanOneArgumentIsNoStartAtBoot)
 {
     root::writeFile(root::kStatusFile, "old");
     runDaemon({"one", "two"});
@@ -207,7 +207,7 @@ TEST_F(Daemon, worksInTheRootFolder)
     EXPECT_EQ(root::readFile("/tmp/folder"), "/\n");
 }
 
-TEST_F(Daemon, freshBusyMarkEndsItAtOnce)
+TEST_F(Daemon, endsAtOnceIfTheBusyMarkIsFresh)
 {
     const std::string mark = std::string("\x01\0", 2) + le32(now() - 7190);
     root::writeFile(root::kSemaphoreFile, mark);
@@ -217,7 +217,7 @@ TEST_F(Daemon, freshBusyMarkEndsItAtOnce)
     EXPECT_FALSE(root::exists(root::kStatusFile));
 }
 
-TEST_F(Daemon, staleBusyMarkIsOvertaken)
+TEST_F(Daemon, oldBusyMarkIsReplaced)
 {
     root::writeFile(root::kSemaphoreFile, std::string("\x01\0", 2) + le32(now() - 7200));
     runDaemon();
@@ -235,7 +235,7 @@ TEST_F(Daemon, markIsBusyWhileTheCollectionRuns)
     expectIdle();
 }
 
-TEST_F(Daemon, secondStartDuringACollectionEndsAtOnce)
+TEST_F(Daemon, endsAtOnceDuringAnotherCollection)
 {
     // The first one's collection goes on until the second start has ended.
     root::stub("php",
@@ -267,7 +267,7 @@ TEST_F(Daemon, twoStartedTogetherLeaveAWholeStatusAndAnIdleMark)
     }
 }
 
-TEST_F(Daemon, killedOneLeavesItsMarkAndIsOvertakenAfterTwoHours)
+TEST_F(Daemon, markOfAKilledCollectionIsReplacedAfterTwoHours)
 {
     root::stub("php", "killall -9 vokcontrol");
     runDaemon();
@@ -284,7 +284,7 @@ TEST_F(Daemon, killedOneLeavesItsMarkAndIsOvertakenAfterTwoHours)
     expectIdle();
 }
 
-TEST_F(Daemon, missingFolderIsPassedOver)
+TEST_F(Daemon, missingFolderIsIgnored)
 {
     std::filesystem::remove_all(root::kStatusFolder);
     runDaemon();
@@ -292,7 +292,7 @@ TEST_F(Daemon, missingFolderIsPassedOver)
     EXPECT_FALSE(root::exists(root::kStatusFolder));
 }
 
-TEST_F(Daemon, readOnlyFolderIsPassedOver)
+TEST_F(Daemon, readOnlyFolderIsIgnored)
 {
     std::filesystem::permissions(root::kStatusFolder, std::filesystem::perms(0555));
     runDaemon();
@@ -300,7 +300,7 @@ TEST_F(Daemon, readOnlyFolderIsPassedOver)
     EXPECT_EQ(root::list(root::kStatusFolder), Lines{"__bksts"});
 }
 
-TEST_F(Daemon, fullDiskKeepsEarlierFilesInUse)
+TEST_F(Daemon, fullDiskDoesNotPreventANewStatus)
 {
     runDaemon();
     root::stubListing(root::shareBlock("Music"));
@@ -319,7 +319,7 @@ TEST_F(Daemon, missingShellToolsEndInAnEmptyStatus)
     expectIdle();
 }
 
-TEST_F(Daemon, closedStreamsDoNoHarm)
+TEST_F(Daemon, worksWithClosedStreams)
 {
     ASSERT_EQ(root::run({"/usr/bin/sh", "-c", program + " <&- >&- 2>&-; sleep 1"}).exitCode, 0);
     EXPECT_EQ(root::readFile(root::kStatusFile), kNoShares);

@@ -89,7 +89,7 @@ class ShareTable : public root::Test {
     }
 };
 
-TEST_F(ShareTable, oneRecordAShareWithAllItsTraces)
+TEST_F(ShareTable, eachShareHasOneRecordAndItsTraces)
 {
     listShares({"Music", "Photos"});
     root::stubUsage("Music", "300");
@@ -131,7 +131,7 @@ TEST_F(ShareTable, withoutSharesTheHeaderIsAllZero)
     EXPECT_EQ(root::list("/tmp"), Lines{"dbg_vokcontrol.txt"});
 }
 
-TEST_F(ShareTable, listIsGoneBeforeTheLastTrace)
+TEST_F(ShareTable, listIsRemovedBeforeTheLastTrace)
 {
     // Without names nobody else removes the file.
     root::stubListing("");
@@ -153,7 +153,7 @@ TEST_F(ShareTable, failingListClearsTheBuffer)
     EXPECT_EQ(watch::calls().back(), trace("ParseShareInfo: failed get share infos: -1"));
 }
 
-TEST_F(ShareTable, listThatIsGoneIsNoList)
+TEST_F(ShareTable, missingListClearsTheBuffer)
 {
     listShares({"Music"});
     watch::after("echo \"share_info() return",
@@ -235,7 +235,7 @@ TEST_F(ShareTable, shareThatCannotBeMeasuredIsStillListed)
     EXPECT_EQ(bytes(expected.size()), expected);
 }
 
-TEST_F(ShareTable, recordsStopWhereTheLongestNoLongerFits)
+TEST_F(ShareTable, recordsStopIfTheLongestWouldNotFit)
 {
     // The last place at which a record may begin is 4019; 13-byte names make 26 bytes each.
     Lines listed;
@@ -297,7 +297,7 @@ TEST_F(ShareTable, listIsReadUpToItsBuffer)
     expectNames(listed, recorded);
 }
 
-TEST_F(ShareTable, failedListLeavesAnOlderFileAlone)
+TEST_F(ShareTable, failedListDoesNotChangeAnOlderFile)
 {
     root::writeFile(root::kCollectorFile, "return [\"old\"];");
     root::stub("php", "exit 1");
@@ -305,7 +305,7 @@ TEST_F(ShareTable, failedListLeavesAnOlderFileAlone)
     EXPECT_EQ(root::readFile(root::kCollectorFile), "return [\"old\"];");
 }
 
-TEST_F(ShareTable, smallBuffersHoldTheHeaderAlone)
+TEST_F(ShareTable, smallBuffersHoldOnlyTheHeader)
 {
     for (const int size : {10, 11, 86}) {
         buffer.fill('#');
@@ -316,7 +316,7 @@ TEST_F(ShareTable, smallBuffersHoldTheHeaderAlone)
     }
 }
 
-TEST_F(ShareTable, smallestBufferForARecordHoldsOne)
+TEST_F(ShareTable, bufferOf87BytesHoldsOneRecord)
 {
     const std::string name(64, 'n');
     listShares({name, "Music"});

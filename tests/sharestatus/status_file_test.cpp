@@ -77,7 +77,7 @@ TEST_F(PublishStatus, fileTakesTwoWrites)
     }
 }
 
-TEST_F(PublishStatus, memoryIsGivenBack)
+TEST_F(PublishStatus, memoryIsReleased)
 {
     const auto inUse = [] {
         const struct mallinfo2 heap = ::mallinfo2();
@@ -135,21 +135,21 @@ TEST_F(PublishStatus, shorterFileGrowsAndLongerFileIsCut)
     }
 }
 
-TEST_F(PublishStatus, missingFolderIsPassedOver)
+TEST_F(PublishStatus, missingFolderIsIgnored)
 {
     std::filesystem::remove_all(root::kStatusFolder);
     sharestatus::publishStatus("z");
     EXPECT_EQ(root::list("/etc/pelconfig"), Lines{});
 }
 
-TEST_F(PublishStatus, folderInItsPlaceIsPassedOver)
+TEST_F(PublishStatus, folderInItsPlaceIsIgnored)
 {
     std::filesystem::create_directory(root::kStatusFile);
     sharestatus::publishStatus("z");
     EXPECT_TRUE(std::filesystem::is_directory(root::kStatusFile));
 }
 
-TEST_F(PublishStatus, readOnlyFileIsLeftAlone)
+TEST_F(PublishStatus, readOnlyFileIsNotChanged)
 {
     root::writeFile(root::kStatusFile, "kept");
     std::filesystem::permissions(root::kStatusFile, std::filesystem::perms(0444));
@@ -164,7 +164,7 @@ TEST_F(PublishStatus, readOnlyFolderKeepsItsContent)
     EXPECT_EQ(root::list(root::kStatusFolder), Lines{"__bksts"});
 }
 
-TEST_F(PublishStatus, fullDiskDoesNotHinderAnExistingFile)
+TEST_F(PublishStatus, existingFileIsWrittenOnAFullDisk)
 {
     sharestatus::publishStatus("old");
     root::fillDisk("/etc/pelconfig");
@@ -214,7 +214,7 @@ class ReadStatus : public root::Test {
     }
 };
 
-TEST_F(ReadStatus, payloadStandsAtTheBuffersStart)
+TEST_F(ReadStatus, payloadIsAtTheStartOfTheBuffer)
 {
     expectRead(fileOf("\x01\x02\x10", 3), 3, "4", "3 3");
     EXPECT_EQ(bytes(), "\x01\x02\x10\x03" + zeros(4092));
@@ -233,7 +233,7 @@ TEST_F(ReadStatus, payloadOfFourThousandNinetySixBytesIsTaken)
     EXPECT_EQ(bytes(), payload);
 }
 
-TEST_F(ReadStatus, checkBehindTheLargestPayloadCounts)
+TEST_F(ReadStatus, checksumOfTheLargestPayloadIsChecked)
 {
     expectRead(fileOf(std::string(4096, '\x01'), 1), 0, "1001", "0 1");
 }
@@ -298,13 +298,13 @@ class ChangingFile : public root::Test {
     }
 };
 
-TEST_F(ChangingFile, isLookedAtTwiceWhereItStandsStill)
+TEST_F(ChangingFile, isReadTwiceIfItDoesNotChange)
 {
     EXPECT_EQ(read(0), "0");
     EXPECT_EQ(looks, 2);
 }
 
-TEST_F(ChangingFile, isLookedAtUntilTwoLooksAreAlike)
+TEST_F(ChangingFile, isReadUntilTwoReadsAgree)
 {
     EXPECT_EQ(read(3), "3");
     EXPECT_EQ(looks, 4);
@@ -312,7 +312,7 @@ TEST_F(ChangingFile, isLookedAtUntilTwoLooksAreAlike)
     EXPECT_EQ(looks, 8);
 }
 
-TEST_F(ChangingFile, readsAsEmptyIfNoTwoOfEightLooksAreAlike)
+TEST_F(ChangingFile, isEmptyIfNoTwoOfEightReadsAgree)
 {
     EXPECT_EQ(read(8), "");
     EXPECT_EQ(looks, 8);
@@ -382,7 +382,7 @@ bool isWhole(std::string_view payload)
     return payload == numberedPayload(number);
 }
 
-TEST_F(PublishStatus, readerThatPollsAllTheWhileSeesAWholePayloadOrNone)
+TEST_F(PublishStatus, constantReaderFindsAWholePayloadOrNone)
 {
     constexpr unsigned kPublications = 5000;
     sharestatus::publishStatus(numberedPayload(0));

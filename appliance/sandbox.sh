@@ -48,15 +48,21 @@ sandbox_lay_out() {
 }
 
 # sandbox_run ROOT [BWRAP-OPTION...] -- COMMAND...: runs a command in a root; its exit code is the
-# command's.
+# command's. With sandbox_accounts=yes commands can become other accounts than root, which takes root on
+# the host: a user space of its own would have one account only.
 sandbox_run() {
     local root=$1 bwrap busybox
+    local -a spaces=(--unshare-all --cap-drop ALL)
+    if [ -n "${sandbox_accounts-}" ]; then
+        spaces=(--unshare-ipc --unshare-pid --unshare-net --unshare-uts --unshare-cgroup-try
+            --cap-drop ALL --cap-add CAP_SETUID --cap-add CAP_SETGID --cap-add CAP_CHOWN)
+    fi
     shift
     bwrap=$(sandbox_find bwrap bubblewrap) || exit 1
     busybox=$(sandbox_find busybox busybox-static) || exit 1
 
     local -a options=(
-        --unshare-all --die-with-parent --cap-drop ALL --hostname appliance
+        "${spaces[@]}" --die-with-parent --hostname appliance
         --bind "$root" /
         --ro-bind /usr/lib /usr/lib
         --ro-bind "$busybox" /usr/bin/busybox

@@ -42,7 +42,8 @@ Reply complainOf(const asio::error_code& error, const Way& way)
     }
     const std::string reason = "cannot reach the service at " + way.socket + ": " + error.message();
     if (error == asio::error::access_denied) {
-        return complain(kNotPermitted, reason + ". Try again as root.");
+        return complain(kNotPermitted, reason + ". Ask root to add you to the group "
+                                                "vokcontrol, or try again as root.");
     }
     return complain(kUnreachable, reason + ". Is vokserve running?");
 }

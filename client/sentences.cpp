@@ -76,7 +76,7 @@ constexpr std::array kStatusWords = std::to_array<StatusWords>({
     {"", cmdsvc::kRequestFailed, "the request's process failed before it answered"},
     {"", cmdsvc::kRequestNotStarted, "the appliance has no room for another process; try again"},
     {"", cmdsvc::kRequestTooLong, "the request is longer than 4096 bytes"},
-    {"", cmdsvc::kNotAdmitted, "only root and the members of the service's group may ask"},
+    {"", cmdsvc::kNotAdmitted, "this account may not ask for that; ask root to add you to the group vokcontrol, or to vokcontrol-view if you only want to look"},
     {"", cmdsvc::kServiceStopping, "the service is stopping; try again"},
 
     {"sub1", cmdsvc::kMalformed,        "the user's name is longer than 60 bytes, or holds a character that the appliance does not take"},

@@ -261,8 +261,9 @@ TEST(Answer, isDescribedInWords)
     EXPECT_EQ(describe(command("lstu"), error(0xABCDEF01)),
               "a refusal, 0xABCDEF01: this client does not know the answer's meaning");
     EXPECT_EQ(describe(command("lstu"), status("serv", 0x53000005)),
-              "a status of the service's own, 0x53000005: only root and the members of the "
-              "service's group may ask");
+              "a status of the service's own, 0x53000005: this account may not ask for "
+              "that; ask root to add you to the group vokcontrol, or to vokcontrol-view if you "
+              "only want to look");
     EXPECT_EQ(describe(command("lstu"), "abc"), "of no shape that this client knows");
     EXPECT_EQ(client::describeServiceStatus(cmdsvc::kRequestFailed),
               "a status of the service's own, 0x53000002: the request's process failed before it "

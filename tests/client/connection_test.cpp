@@ -241,8 +241,8 @@ TEST_F(Connected, closedSocketIsNotPermitted)
     std::filesystem::permissions(kSocket, std::filesystem::perms(0));
     const Reply reply = sendRequest(connection(), "x");
     EXPECT_EQ(reply.code, client::kNotPermitted);
-    EXPECT_EQ(reply.complaint, "cannot reach the service at /tmp/socket: Permission denied. Try "
-                               "again as root.");
+    EXPECT_EQ(reply.complaint, "cannot reach the service at /tmp/socket: Permission denied. Ask "
+                               "root to add you to the group vokcontrol, or try again as root.");
 }
 
 TEST_F(Connected, serviceThatDoesNotAnswerIsWaitedForSoLong)

@@ -300,7 +300,8 @@ TEST_F(Exchange, statusOfTheServicesOwnIsNoAnswerOfTheCommands)
         {"serv " + le32(0x53000004) + kZero,
          "2: the request is longer than 4096 bytes (0x53000004)"},
         {"serv " + le32(0x53000005) + kZero,
-         "4: only root and the members of the service's group may ask (0x53000005)"},
+         "4: this account may not ask for that; ask root to add you to the group vokcontrol, or to "
+         "vokcontrol-view if you only want to look (0x53000005)"},
         {"serv " + le32(0x53000006) + kZero, "7: the service is stopping; try again (0x53000006)"},
     };
     for (const Case& each : cases) {
@@ -317,7 +318,8 @@ TEST_F(Exchange, statusOfTheServicesOwnIsNoAnswerOfTheCommands)
 TEST_F(Exchange, requestMayBeTurnedDownBeforeAllOfItIsRead)
 {
     const std::string refusal =
-        "4: only root and the members of the service's group may ask (0x53000005)";
+        "4: this account may not ask for that; ask root to add you to the group vokcontrol, or to "
+        "vokcontrol-view if you only want to look (0x53000005)";
     for (const std::size_t size : {10U, 10000U, 10000000U}) {
         turnDown("serv " + le32(0x53000005) + kZero);
         EXPECT_EQ(failureOf([&] {
@@ -337,7 +339,9 @@ TEST_F(Exchange, serviceThatIsAwayClosedOrSilentIsAFailure)
     answer({le32(0)});
     std::filesystem::permissions(kSocket, std::filesystem::perms(0));
     EXPECT_EQ(failureOf([] { static_cast<void>(client::askForLines(connection(), kShares)); }),
-              "4: " + away + "Permission denied. Try again as root.");
+              "4: " + away +
+                  "Permission denied. Ask root to add you to the group vokcontrol, or try again as "
+                  "root.");
     answer({});
     EXPECT_EQ(failureOf([] { static_cast<void>(client::askForBytes(connection(1), kPublicName)); }),
               "5: the service has not answered within 1 seconds. It may be busy; try again, or "

@@ -88,8 +88,9 @@ TEST_F(RawCommand, answerOfACommandThatIsNotKnownIsShownByItsBytes)
                                   "Not read: this client knows no command \"gp\"\n");
     EXPECT_EQ(printed("nope " + le32(0) + "\n", "serv " + le32(0x53000005) + std::string(1, '\0')),
               "00000000  73 65 72 76 20 05 00 00 53 00                    |serv ...S.|\n"
-              "Read as a status of the service's own, 0x53000005: only root and the members of the "
-              "service's group may ask\n");
+              "Read as a status of the service's own, 0x53000005: this account may not ask for "
+              "that; ask root to add you to the group vokcontrol, or to vokcontrol-view if you "
+              "only want to look\n");
 }
 
 TEST_F(RawCommand, bytesThatTheCommandNeverAnswersAreShownAllTheSame)

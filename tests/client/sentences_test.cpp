@@ -74,7 +74,7 @@ constexpr auto kRefusals = std::to_array<Refusal>({
     {"serv", cmdsvc::kRequestFailed,     "the request's process failed before it answered (0x53000002)"},
     {"serv", cmdsvc::kRequestNotStarted, "the appliance has no room for another process; try again (0x53000003)"},
     {"serv", cmdsvc::kRequestTooLong,    "the request is longer than 4096 bytes (0x53000004)"},
-    {"serv", cmdsvc::kNotAdmitted,       "only root and the members of the service's group may ask (0x53000005)"},
+    {"serv", cmdsvc::kNotAdmitted,       "this account may not ask for that; ask root to add you to the group vokcontrol, or to vokcontrol-view if you only want to look (0x53000005)"},
     {"serv", cmdsvc::kServiceStopping,   "the service is stopping; try again (0x53000006)"},
 
     {"sub1", cmdsvc::kMalformed,      "the user's name is longer than 60 bytes, or holds a character that the appliance does not take (0xFF000003)"},

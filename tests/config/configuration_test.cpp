@@ -52,6 +52,14 @@ TEST_F(Settings, fileThatIsNamedMustBeThere)
     EXPECT_TRUE(config::read(kFile) == Configuration{.clientTimeout = 5});
 }
 
+TEST_F(Settings, defaultFileThatIsThereMustBeReadable)
+{
+    root::writeFile(config::kDefaultFile, "[client]\ntimeout = 5");
+    root::makeUnreadable(config::kDefaultFile);
+    EXPECT_EQ(complaintOf(config::kDefaultFile),
+              "/etc/vokcontrol.conf: cannot be read: Permission denied");
+}
+
 TEST_F(Settings, complaintNamesFileAndLine)
 {
     root::writeFile(kFile, "[client]\ntimeout = x");

@@ -51,8 +51,8 @@ TEST(Lines, unknownSectionIsToldWithItsLine)
     EXPECT_EQ(complaintOf("[]"), std::string("/etc/file:1: \"[]\"") + kThereAre);
     EXPECT_EQ(complaintOf("[service] timeout = 5"),
               std::string("/etc/file:1: \"[service] timeout = 5\"") + kThereAre);
-    EXPECT_EQ(complaintOf("[\x1B[2J\xC3\xA4]"),
-              std::string("/etc/file:1: \"[?[2J??]\"") + kThereAre);
+    EXPECT_EQ(complaintOf("[\x1B[2J\x7F\xC3\xA4]"),
+              std::string("/etc/file:1: \"[?[2J???]\"") + kThereAre);
 }
 
 TEST(Lines, unknownKeyIsToldWithItsLine)

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <stdexcept>
 #include <string_view>
 #include <sys/socket.h>
@@ -101,20 +102,28 @@ Listener::Listener(asio::io_context& context, std::string path, std::optional<gi
     : ownPath_(isHandedOver() ? "" : std::move(path)),
       acceptor_(ownPath_.empty() ? takeOver(context) : openOwn(context, ownPath_, group, mode))
 {
-    ::lstat(ownPath_.c_str(), &own_);
+    if (!ownPath_.empty()) {
+        const std::filesystem::path own = std::filesystem::absolute(ownPath_);
+        folder_ = ::open(own.parent_path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+        name_ = own.filename();
+        ::fstatat(folder_, name_.c_str(), &own_, AT_SYMLINK_NOFOLLOW);
+    }
 }
 
 bool Listener::isOwnSocketThere() const
 {
     struct stat now = {};
-    return ::lstat(ownPath_.c_str(), &now) == 0 && now.st_dev == own_.st_dev &&
-           now.st_ino == own_.st_ino;
+    return ::fstatat(folder_, name_.c_str(), &now, AT_SYMLINK_NOFOLLOW) == 0 &&
+           now.st_dev == own_.st_dev && now.st_ino == own_.st_ino;
 }
 
 Listener::~Listener()
 {
-    if (isOwnSocketThere()) {
-        ::unlink(ownPath_.c_str());
+    if (folder_ >= 0) {
+        if (isOwnSocketThere()) {
+            ::unlinkat(folder_, name_.c_str(), 0);
+        }
+        ::close(folder_);
     }
 }
 

@@ -37,6 +37,8 @@ class Listener {
     std::string ownPath_; ///< empty where the socket is systemd's
     Acceptor acceptor_;
     struct stat own_ = {}; ///< our own socket's file
+    int folder_ = -1;      ///< of our own socket: its path may lead elsewhere when /tmp is replaced
+    std::string name_;     ///< in that folder
 };
 
 } // namespace service

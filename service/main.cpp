@@ -69,13 +69,14 @@ int serve(const Options& options, service::Background& background)
     const service::Admission admission(options.members, options.viewers);
     // It is released last, when the socket is gone.
     const service::ServiceLock lock;
+    service::Listener listener(context, settings.socket, admission.group(), admission.socketMode());
+    // After the socket, which may be in everybody's /tmp.
     if (!options.isTmpShared) {
-        service::useOwnTmp(settings.socket);
+        service::useOwnTmp();
     }
     service::protectVariableLock();
     // A service that was killed may have left the password of a new user there.
     service::emptyTraces();
-    service::Listener listener(context, settings.socket, admission.group(), admission.socketMode());
     service::Server server(context, listener, stop, admission,
                            {.send = std::chrono::seconds(settings.deadline),
                             .request = std::chrono::seconds(settings.timeout),

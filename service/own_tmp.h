@@ -18,19 +18,19 @@ class NoOwnTmp : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Gives this process, and all that it starts from now on, FOLDER/tmp for a /tmp: it unshares its
-/// mounts from everybody else's and binds that folder over /tmp. Nobody else sees that. What others
-/// mount later arrives here; what is mounted here stays here. If /tmp is FOLDER/tmp already, as
-/// systemd's units have it, nothing is done.
+/// Gives this process, and all that it starts from now on, FOLDER/tmp as its /tmp: it unshares its
+/// mounts and binds that folder over /tmp. No other process sees that. What others mount later
+/// arrives here; what is mounted here stays here. If /tmp is FOLDER/tmp already, as systemd's units
+/// have it, nothing is done.
 ///
-/// Makes FOLDER and FOLDER/tmp if they are not there, both with mode 0700. Each must be a folder
+/// Makes FOLDER and FOLDER/tmp if they do not exist, both with mode 0700. Each must be a folder
 /// and no link, belong to this user, and be closed to others' writing; FOLDER/tmp gets mode 0700.
 ///
-/// A user who is not root cannot do that: then /tmp stays what it is, and the log says so. Throws
-/// NoOwnTmp if root cannot, if a folder is not as it must be, or for a socket in /tmp, where nobody
-/// else would find it.
+/// A user who is not root cannot do that: then /tmp stays what it is, and the log says so. Root
+/// without the right to mount, as in a container, keeps a /tmp that only root can write to. Throws
+/// NoOwnTmp if others can write to it, or if a folder is not as it must be.
 ///
-/// @param socket  the path of a socket that is still to be made
-void useOwnTmp(const std::string& socket, const std::string& folder = kRunFolder);
+/// A socket in /tmp has to be made before: afterwards no other process would find it.
+void useOwnTmp(const std::string& folder = kRunFolder);
 
 } // namespace service

@@ -99,6 +99,20 @@ expect 'a /tmp that is the folder already needs no right to mount' 'ready' "$(in
     until grep -q ready /root/log; do usleep 10000; done
     [ "$(wc -l </proc/$!/mountinfo)" = "$mounts" ] && sed "s/vokserve: //" /root/log')"
 
+expect "a socket in everybody's /tmp is found there, and goes with the service" 'anna
+gone
+/run/vokcontrol/tmp' "$(inside '
+    killall vokserve
+    while pidof vokserve >/dev/null; do usleep 10000; done
+    vokserve --socket /tmp/socket 2>/root/log &
+    until grep -q ready /root/log; do usleep 10000; done
+    vokctl users list --socket /tmp/socket | head -n 1
+    sed -n "s,^[^ ]* [^ ]* [^ ]* .*\(/vokcontrol/tmp\) /tmp .*,/run\1,p" /proc/$!/mountinfo >/root/mounted
+    killall vokserve
+    while pidof vokserve >/dev/null; do usleep 10000; done
+    [ -e /tmp/socket ] || echo gone
+    cat /root/mounted')"
+
 expect 'a folder that is not its own is refused' 'vokserve: cannot have a /tmp of its own: /run/vokcontrol/tmp: Not a directory. Work files in everybody'\''s /tmp can be forged; --shared-tmp uses it all the same = 1' "$(inside '
     killall vokserve
     while pidof vokserve >/dev/null; do usleep 10000; done

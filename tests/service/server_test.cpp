@@ -769,7 +769,9 @@ TEST_F(Server, settingsThatOthersCanWriteAreNotBelieved)
 
 TEST_F(Server, ownTmpThatCannotBeHadEndsTheService)
 {
+    std::filesystem::permissions("/tmp", std::filesystem::perms(01777));
     const root::Ended ended = root::run({root::built("vokserve"), "--socket", "/stubs/socket"});
+    std::filesystem::permissions("/tmp", std::filesystem::perms(0755));
     EXPECT_EQ(ended.exitCode, 1);
     EXPECT_EQ(
         ended.errors,

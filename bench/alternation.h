@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// alternation.h: two ways of doing the same work. They take turns in one run, so that whatever else
-// the machine does meets both.
+// alternation.h: compares two ways of doing the same work. They take turns in one run, so that
+// other load on the machine affects both.
 #pragma once
 
 #include <algorithm>
@@ -28,7 +28,7 @@ inline double median(std::vector<double> values)
     return values[values.size() / 2];
 }
 
-/// Medians over all rounds: the time of one turn each, in milliseconds, and the first's time
+/// Medians over all rounds: the time of one turn of each, in milliseconds, and the first's time
 /// divided by the second's in the same round.
 struct Comparison {
     double first;

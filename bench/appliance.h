@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// appliance.h: what the benchmarks find in the root that they run in.
+// appliance.h: fills the root in which the benchmarks run.
 #pragma once
 
 #include <string_view>
@@ -9,13 +9,13 @@ namespace bench {
 
 inline constexpr int kUsers = 10;
 
-/// Has every script of the administration layer write this into the file that it is given.
+/// Makes every administration script write this into the file that is its argument.
 void stubScripts(std::string_view output);
 
-/// Has the user script list so many users.
+/// Makes the user script list the benchmarks' users.
 void makeUsers();
 
-/// Sends standard output nowhere for as long as it lives.
+/// Discards standard output as long as the object exists.
 class Silence {
   public:
     Silence();

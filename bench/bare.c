@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT */
 
-/* What it costs to start and end a program at all. */
+/* A program that only starts and ends: the least that any program takes. */
 int main(void)
 {
     return 0;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// How much longer vokctl takes from its start to its end than a program that does nothing. What is
-// asked of it is there at once, or is not there at all. Both take turns in one run, so that
-// whatever else the machine does meets both; it disturbs the least times least.
+// How much longer vokctl runs than a program that does nothing. Its subcommands find their answers
+// at once, or none. Both programs take turns in one run, so that other load on the machine affects
+// both; it affects the shortest times least.
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -26,7 +26,7 @@ constexpr int kRounds = 301;
 constexpr int kWarmUps = 10;
 constexpr double kLimit = 1.0;
 
-/// A command line, and how it ends.
+/// A command line, and its expected exit code.
 struct Subject {
     std::vector<const char*> arguments;
     int exitCode;
@@ -52,7 +52,7 @@ void publishShares()
     sharestatus::publishStatus({buffer.data(), table.size()});
 }
 
-/// A program's output and its complaints go nowhere.
+/// Discards a program's output and error messages.
 class Nowhere {
   public:
     Nowhere()
@@ -77,7 +77,7 @@ double run(const Subject& subject, const Nowhere& nowhere)
 {
     std::vector<char*> arguments;
     for (const char* argument : subject.arguments) {
-        arguments.push_back(const_cast<char*>(argument)); // which nobody writes to
+        arguments.push_back(const_cast<char*>(argument)); // spawn does not write to it
     }
     arguments.push_back(nullptr);
     int status = -1;

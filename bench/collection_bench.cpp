@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// One collection of 50 shares against its floor.
+// Compares one collection of 50 shares with its floor.
 #include <cstdio>
 #include <filesystem>
 #include <fstream>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// request.h: requests of the command service as its callers make them.
+// request.h: makes requests as callers of process_command do.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ namespace bench {
 /// A command without parameters.
 [[nodiscard]] std::string frame(std::string_view code);
 
-/// Puts a frame into fin_buf, zeros behind it.
+/// Puts a frame into fin_buf, zeros after it.
 void load(std::string_view frame);
 
 } // namespace bench

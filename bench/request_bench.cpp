@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// One request, the list of users, against its floor.
+// Compares one request, the list of users, with its floor.
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -21,7 +21,7 @@ void listUsers()
     process_command(kNumber);
 }
 
-/// The command prints the names, too.
+/// The command also prints the names, which are discarded.
 bench::FloorComparison compareQuietly()
 {
     const bench::Silence silence;

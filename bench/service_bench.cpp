@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Requests a second through the service against what they cost at least: a loop of forked children
-// that count a request and call the dispatcher, one each: the same shell lines. One client sends
-// one request after the other.
+// Requests per second through the service, compared with the least that they cost: a loop of forked
+// children, each of which counts one request and calls the dispatcher, with the same shell lines.
+// One client sends one request after the other.
 #include <array>
 #include <csignal>
 #include <cstdint>
@@ -28,7 +28,7 @@ namespace {
 
 constexpr const char* kSocket = "/tmp/socket";
 
-/// Apart from the numbers that the service gives.
+/// The children's answer files: not the numbers that the service uses.
 constexpr int kFirstNumber = 1'000'000;
 
 // ---- The service ------------------------------------------------------------------------------
@@ -56,15 +56,15 @@ bool isServing()
     return connection >= 0;
 }
 
-/// A running vokserve; its log goes nowhere.
+/// A running vokserve; its log is discarded.
 class Service {
   public:
     Service() : pid_(::fork())
     {
         if (pid_ == 0) {
             [[maybe_unused]] const FILE* log = std::freopen("/dev/null", "w", stderr);
-            ::execlp("vokserve", "vokserve", "--socket", kSocket, "--path", std::getenv("PATH"),
-                     nullptr);
+            ::execlp("vokserve", "vokserve", "--shared-tmp", "--socket", kSocket, "--path",
+                     std::getenv("PATH"), nullptr);
             ::_exit(127);
         }
         constexpr int kTries = 500;
@@ -123,7 +123,7 @@ std::string takeAnswer(int number)
     return answer;
 }
 
-/// What the children count in, together.
+/// The usage table that the children share.
 struct Counts {
     CommandUsage table;
     std::int32_t lastSave;
@@ -146,7 +146,7 @@ void count(std::string_view frame)
 
 std::string askChild(std::string_view frame)
 {
-    counts(); // made before the first child, to be shared with all
+    counts(); // made before the first child, so that all share it
     static int lastNumber = kFirstNumber;
     const int number = ++lastNumber;
     const pid_t child = ::fork();
@@ -162,7 +162,7 @@ std::string askChild(std::string_view frame)
 
 // ---- The comparison ---------------------------------------------------------------------------
 
-/// A command, and so many requests a turn that a turn takes long enough to be measured.
+/// A command, and enough requests per turn for a turn that can be measured.
 struct Subject {
     const char* code;
     int requests;
@@ -175,7 +175,7 @@ struct Outcome {
     bool isGood;               ///< every answer was the same
 };
 
-/// The command prints names, too.
+/// The command also prints names, which are discarded.
 Outcome compareQuietly(const Subject& subject)
 {
     const bench::Silence silence;
@@ -192,7 +192,7 @@ Outcome compareQuietly(const Subject& subject)
     return {medians, isGood};
 }
 
-/// @return whether the figures are worth anything
+/// @return whether the figures are valid
 bool report(const Subject& subject)
 {
     const auto [medians, isGood] = compareQuietly(subject);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the module itself costs, apart from the shell lines: everything that it computes for one
-// collection and for one look at the status.
+// What the module itself costs without the shell lines: all that it computes for one collection and
+// for reading the status once.
 #include <array>
 #include <benchmark/benchmark.h>
 #include <string>
@@ -15,7 +15,7 @@ namespace {
 
 using namespace sharestatus;
 
-/// A list of so many shares that their records fill the status buffer.
+/// A list of shares whose records fill the status buffer.
 std::string fullFragment()
 {
     std::string fragment = "return [";

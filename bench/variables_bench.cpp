@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What one look into the variable file costs, by the number of variables in it.
+// What it costs to read one variable, by the number of variables in the file.
 #include <benchmark/benchmark.h>
 #include <cstdint>
 #include <fstream>
@@ -16,7 +16,7 @@ std::string nameOf(std::int64_t variable)
     return "network_setting_" + std::to_string(variable);
 }
 
-/// So many variables, and the lock file that the first write leaves beside them.
+/// Writes COUNT variables, and the lock file that the first write leaves.
 void writeVariables(std::int64_t count)
 {
     std::ofstream file("/etc/pelconfig/system_var");

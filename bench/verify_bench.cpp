@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// A password check that finds its account at the end of a file of 10,000, against its floor: a bare
-// loop that reads the same file line by line. Both take turns in one run, so that whatever else the
-// machine does meets both. What counts is the processor's time: the file is in memory.
+// Compares a password check that finds its account at the end of a file of 10,000 with its floor: a
+// bare loop that reads the same file line by line. Both take turns in one run, so that other load
+// on the machine affects both. Measures processor time, because the file is in memory.
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -37,7 +37,7 @@ void writeAccounts()
     }
 }
 
-/// What a check does: up to the user's account, and then the password.
+/// What a password check does: finds the user's account, then compares the password.
 bool verify()
 {
     SmbPasswdHandle* handle = nullptr;
@@ -72,7 +72,7 @@ double processorMilliseconds()
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
-/// What some work took that must come to a good end.
+/// The time that work takes; the work must succeed.
 double milliseconds(bool (*work)())
 {
     const double start = processorMilliseconds();

@@ -100,8 +100,8 @@ void list(const Options& options)
         std::cout << renderJson(
             Json{{"capacity_gb", table.capacity}, {"shares", makeJson(table.shares)}});
     } else if (!table.shares.empty()) {
-        std::cout << renderShares(table.shares) << "\nThe internal disk holds " << table.capacity
-                  << " GB.\n";
+        std::cout << renderShares(table.shares, config::read(options.connection.file))
+                  << "\nThe internal disk holds " << table.capacity << " GB.\n";
     }
     if (table.shares.empty()) {
         throw Failure(kNoData, "the appliance has no share status yet; try again in a minute");

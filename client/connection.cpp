@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "client/connection.h"
 
+#include <algorithm>
+#include <array>
 #include <asio/local/stream_protocol.hpp>
 #include <chrono>
-#include <iterator>
+#include <optional>
+#include <sys/socket.h>
+#include <unistd.h>
 
 namespace client {
 namespace {
@@ -43,6 +47,46 @@ Reply complainOf(const asio::error_code& error, const Way& way)
     return complain(kUnreachable, reason + ". Is vokserve running?");
 }
 
+/// The user who made the socket listen; nothing if the kernel does not tell.
+std::optional<uid_t> serverOf(int socket)
+{
+    ucred credentials = {};
+    socklen_t size = sizeof credentials;
+    if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) {
+        return std::nullopt;
+    }
+    return credentials.uid;
+}
+
+/// Somebody else at the socket would be told passwords, and could answer anything.
+std::optional<Reply> complainOfServer(int socket, const std::string& path)
+{
+    const std::optional<uid_t> server = serverOf(socket);
+    if (server == uid_t{0} || server == ::geteuid()) {
+        return std::nullopt;
+    }
+    const std::string who = server ? "user " + std::to_string(*server) : "an unknown user";
+    return complain(kNotPermitted,
+                    "the service at " + path + " is run by " + who +
+                        ", neither by root nor by you, so it is not asked. To ask it "
+                        "all the same: --any-server");
+}
+
+/// Reads to the end, or one byte more than is allowed. An answer can have come although the request
+/// could not be sent whole.
+std::string readAnswer(std::streambuf& source, std::size_t longest)
+{
+    std::string answer;
+    std::array<char, 16384> piece;
+    std::streamsize got = 1;
+    while (got > 0 && answer.size() <= longest) {
+        const std::size_t wanted = std::min(piece.size(), longest + 1 - answer.size());
+        got = source.sgetn(piece.data(), static_cast<std::streamsize>(wanted));
+        answer.append(piece.data(), static_cast<std::size_t>(got));
+    }
+    return answer;
+}
+
 /// Whether an answer has come to its end. A service that turns a request down need not have read
 /// all of it; then the connection breaks off after the answer.
 bool endsWhole(const asio::error_code& error, std::string_view answer)
@@ -53,7 +97,7 @@ bool endsWhole(const asio::error_code& error, std::string_view answer)
 
 } // namespace
 
-Reply sendRequest(const Connection& connection, std::string_view frame)
+Reply sendRequest(const Connection& connection, std::string_view frame, std::size_t longest)
 {
     const Way way = findWay(connection);
     Protocol::iostream stream;
@@ -62,12 +106,22 @@ Reply sendRequest(const Connection& connection, std::string_view frame)
     if (!stream) {
         return complainOf(stream.error(), way);
     }
+    const int socket = stream.socket().native_handle();
+    const auto complaint =
+        connection.anyServer ? std::nullopt : complainOfServer(socket, way.socket);
+    if (complaint) {
+        return *complaint;
+    }
     stream.write(frame.data(), static_cast<std::streamsize>(frame.size()));
     stream.flush();
     asio::error_code ignored;
     stream.socket().shutdown(Protocol::socket::shutdown_send, ignored);
     Reply reply;
-    reply.bytes.assign(std::istreambuf_iterator<char>(stream), {});
+    reply.bytes = readAnswer(*stream.rdbuf(), longest);
+    if (reply.bytes.size() > longest) {
+        return complain(kUnreadableAnswer, "the answer is longer than " + std::to_string(longest) +
+                                               " bytes, which no good answer is");
+    }
     if (!endsWhole(stream.error(), reply.bytes)) {
         return complainOf(stream.error(), way);
     }

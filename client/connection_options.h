@@ -25,6 +25,8 @@ inline void addConnectionOptions(CLI::App& command, Connection& connection)
     command.add_option("--config", connection.file, "Where the settings are read")
         ->type_name("PATH")
         ->capture_default_str();
+    command.add_flag("--any-server", connection.anyServer,
+                     "Ask also if neither root nor you run the service");
 }
 
 } // namespace client

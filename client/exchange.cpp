@@ -22,6 +22,23 @@ ExitCode exitCodeOf(cmdsvc::Status status)
     }
 }
 
+/// The longest answer of a command, its refusals among them.
+std::size_t longestAnswer(const cmdsvc::Command& command)
+{
+    // A command can answer two status codes.
+    constexpr std::size_t kLongestCodes = 2 * cmdsvc::kHeaderSize;
+    switch (command.answer.shape) {
+    case cmdsvc::AnswerShape::kNone:
+    case cmdsvc::AnswerShape::kWord:
+    case cmdsvc::AnswerShape::kStatus:
+        return kLongestCodes;
+    case cmdsvc::AnswerShape::kHeader:
+    case cmdsvc::AnswerShape::kBytes:
+        break;
+    }
+    return (command.code == cmdsvc::command("gpvt").code) ? kLongestAnswer : kLongestTextAnswer;
+}
+
 [[noreturn]] void failRefused(const cmdsvc::Command& command, cmdsvc::Status status)
 {
     throw Failure(kRefused, refusalSentence(command.code, status));
@@ -49,7 +66,8 @@ Answer acceptAnswer(const cmdsvc::Command& command, std::string_view bytes)
 
 Answer ask(const Connection& connection, const Request& request)
 {
-    const Reply reply = sendRequest(connection, makeFrame(request.command, request.values));
+    const Reply reply = sendRequest(connection, makeFrame(request.command, request.values),
+                                    longestAnswer(request.command));
     if (reply.code != kGood) {
         throw Failure(reply.code, reply.complaint);
     }

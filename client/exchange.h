@@ -22,7 +22,8 @@ struct Request {
     std::vector<Value> values = {};
 };
 
-/// Sends a request.
+/// Sends a request. A command that answers codes alone may answer 20 bytes, one that answers text 1
+/// MiB, and the private file 16 MiB; more cannot be read.
 /// @return its good answer
 [[nodiscard]] Answer ask(const Connection& connection, const Request& request);
 

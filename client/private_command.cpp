@@ -8,6 +8,7 @@
 #include "client/commands.h"
 #include "client/exchange.h"
 #include "client/failure.h"
+#include "client/output_file.h"
 #include "client/subcommands.h"
 
 namespace client {
@@ -17,8 +18,6 @@ struct Options {
     Connection connection;
     std::string path;
 };
-
-constexpr const char* kStandardStream = "-";
 
 // ---- get --------------------------------------------------------------------------------------
 
@@ -39,31 +38,11 @@ std::string fetchFile(const Connection& connection)
     return body.substr(kHeadSize);
 }
 
-/// Writes a whole file or none: what was there before stays until the new one is complete.
-void writeFile(const std::string& path, const std::string& content)
-{
-    const std::string part = path + ".part";
-    std::ofstream out(part, std::ios::binary);
-    out << content;
-    out.close();
-    std::error_code error;
-    if (out) {
-        std::filesystem::rename(part, path, error);
-    }
-    if (!out || error) {
-        std::filesystem::remove(part, error);
-        throw Failure(kFailed, "cannot write " + path);
-    }
-}
-
 void get(const Options& options)
 {
-    const std::string content = fetchFile(options.connection);
-    if (options.path == kStandardStream) {
-        std::cout << content;
-    } else {
-        writeFile(options.path, content);
-    }
+    // Before anything is fetched for a place that would not take it.
+    checkTarget(options.path);
+    writeTarget(options.path, fetchFile(options.connection));
 }
 
 // ---- put --------------------------------------------------------------------------------------
@@ -132,7 +111,11 @@ constexpr auto kActions = std::to_array<Action<Options>>({
     {"get", "Fetch it", get,
      "Examples:\n"
      "  vokctl private get settings.bin\n"
-     "  vokctl private get - | sha256sum",
+     "  vokctl private get - | sha256sum\n"
+     "\n"
+     "A file that is there keeps its permissions; a new one is its owner's alone.\n"
+     "Devices and FIFOs are written straight into. A symbolic link is refused, and so\n"
+     "is a terminal.",
      addTarget},
     {"put", "Replace it", put,
      "Examples:\n"

@@ -22,7 +22,7 @@ struct StatusWords {
 constexpr std::array kStatusWords = std::to_array<StatusWords>({
     {"", cmdsvc::kGood, "good"},
 
-    {"crat", cmdsvc::kMalformed,        "the name or the password holds a character that the appliance does not take, such as a quote"},
+    {"crat", cmdsvc::kMalformed,        "the name or the password holds a character that the appliance does not take, such as a quote; or the name holds one of : , = %, begins with @ + or ., or has a blank at an end"},
     {"crat", cmdsvc::kUserNameTaken,    "a user of this name exists already, or the name is reserved"},
     {"crat", cmdsvc::kUserNameTooLong,  "the user's name is longer than 32 bytes"},
     {"crat", cmdsvc::kPasswordTooLong,  "the password is longer than 32 bytes"},
@@ -90,9 +90,9 @@ constexpr std::array kStatusWords = std::to_array<StatusWords>({
     {"gsp1", cmdsvc::kBadShareName,     "the share's name does not have 1 to 64 bytes, or holds a character that the appliance does not take"},
     {"gspc", cmdsvc::kSharePropertyUnknown, "the share's property cannot be found out"},
 
-    {"pshr", cmdsvc::kMalformed,        "the share's name holds a character that the appliance does not take, such as a quote or a slash"},
+    {"pshr", cmdsvc::kMalformed,        "the share's name holds a character that the appliance does not take, such as a quote or a slash; or it holds one of : , = %, begins with @ + or ., or has a blank at an end"},
     {"pshr", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share"},
-    {"shar", cmdsvc::kMalformed,        "the user's or the share's name holds a character that the appliance does not take, such as a quote or a slash"},
+    {"shar", cmdsvc::kMalformed,        "the user's or the share's name holds a character that the appliance does not take, such as a quote or a slash; or the share's holds one of : , = %, begins with @ + or ., or has a blank at an end"},
     {"shar", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share, or not give it to this user"},
     {"shar", cmdsvc::kNoSuchUser,       "there is no user of this name, or it is reserved"},
     {"", cmdsvc::kShareNameTaken,       "a share of this name exists already, or the name is reserved"},

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <unistd.h>
 
 #include "client/commands.h"
 #include "client/failure.h"
@@ -20,10 +21,12 @@ namespace {
 using view::PublishedStatus;
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* kAdvice = "Start a collection with \"startapp pelstatus\", then try again.";
+constexpr const char* kAdvice = "Start a collection with \"vokctl collect\", then try again.";
 
 struct StatusOptions {
+    std::string file = config::kDefaultFile;
     bool json = false;
+    bool watch = false;
     std::optional<unsigned> maxAge;
     unsigned wait = 0;
 };
@@ -70,6 +73,18 @@ Complaint judge(const PublishedStatus& status, const StatusOptions& options)
     return judgeAge(status.published, options.maxAge);
 }
 
+/// Why a status is not what was waited for; kGood if it is.
+Complaint judgeWaitedFor(const PublishedStatus& status, const StatusOptions& options)
+{
+    Complaint complaint = judge(status, options);
+    if (options.wait > 0 && complaint.code == kGood && status.isCollecting) {
+        complaint = {kNoAnswer,
+                     "the collection is still running. Wait longer, or see without --wait "
+                     "what was last published."};
+    }
+    return complaint;
+}
+
 /// Reads until there is a status and, if waiting was asked for, no collection is running.
 PublishedStatus awaitStatus(const StatusOptions& options)
 {
@@ -77,22 +92,60 @@ PublishedStatus awaitStatus(const StatusOptions& options)
     const auto end = Clock::now() + std::chrono::seconds(options.wait);
     while (true) {
         PublishedStatus status = view::readPublishedStatus();
-        const Complaint complaint = judge(status, options);
-        const bool isFinal = complaint.code == kGood && !status.isCollecting;
-        if (isFinal || complaint.code == kNotPermitted || Clock::now() >= end) {
-            if (complaint.code != kGood) {
-                throw Failure(complaint.code, complaint.words);
-            }
+        const Complaint complaint = judgeWaitedFor(status, options);
+        if (complaint.code == kGood) {
             return status;
+        }
+        if (complaint.code == kNotPermitted || Clock::now() >= end) {
+            const bool isLate = options.wait > 0 && complaint.code != kNotPermitted;
+            throw Failure(isLate ? kNoAnswer : complaint.code, complaint.words);
         }
         std::this_thread::sleep_for(kPause);
     }
 }
 
+/// A text in the place of the last one: each line is cleared to its end, and so is what follows.
+std::string redraw(const std::string& text)
+{
+    std::string out = "\x1B[H";
+    for (const char c : text) {
+        out += (c == '\n') ? "\x1B[K\n" : std::string(1, c);
+    }
+    return out + "\x1B[J";
+}
+
+/// What there is to see at this moment.
+std::string renderNow(const StatusOptions& options, const config::Configuration& configuration)
+{
+    const view::Situation situation = view::readSituation();
+    const Complaint complaint = judge(situation.status, options);
+    return (complaint.code == kGood) ? renderTable(situation, configuration)
+                                     : complaint.words + "\n";
+}
+
+[[noreturn]] void watch(const StatusOptions& options)
+{
+    constexpr std::chrono::seconds kPause{1};
+    if (::isatty(STDOUT_FILENO) == 0) {
+        throw Failure(kWrongUsage, "--watch redraws a terminal, and standard output is none");
+    }
+    const config::Configuration configuration = config::read(options.file);
+    std::cout << "\x1B[2J";
+    while (std::cout << redraw(renderNow(options, configuration)) << std::flush) {
+        std::this_thread::sleep_for(kPause);
+    }
+    throw Failure(kFailed, "cannot write to standard output");
+}
+
 void runStatus(const StatusOptions& options)
 {
-    const PublishedStatus status = awaitStatus(options);
-    std::cout << (options.json ? renderJson(status) : renderTable(status));
+    if (options.watch) {
+        watch(options);
+    }
+    const config::Configuration configuration = config::read(options.file);
+    const view::Situation situation = view::readSituation(awaitStatus(options));
+    std::cout << (options.json ? renderJson(situation, configuration)
+                               : renderTable(situation, configuration));
 }
 
 } // namespace
@@ -100,7 +153,7 @@ void runStatus(const StatusOptions& options)
 void buildStatusCommand(CLI::App& command)
 {
     const auto options = std::make_shared<StatusOptions>();
-    command.add_flag("--json", options->json, "Print JSON for programs");
+    CLI::Option* json = command.add_flag("--json", options->json, "Print JSON for programs");
     command
         .add_option("--max-age", options->maxAge,
                     "End with 6 when the status was published longer ago than this")
@@ -109,14 +162,23 @@ void buildStatusCommand(CLI::App& command)
         .add_option("--wait", options->wait,
                     "Wait at most so long for a status and for a running collection to end")
         ->type_name("SECONDS");
-    command.footer("Examples:\n"
-                   "  vokctl status                  what was last published\n"
-                   "  vokctl status --max-age 3600   only if it is less than an hour old\n"
-                   "  vokctl status --json           for programs\n"
-                   "\n"
-                   "STATE is the digit that the backup client reported; \"-\" stands for what is\n"
-                   "not known. Ends with 0 when all is well, 4 when the files may not be read, 6\n"
-                   "when there is no status, or a damaged or too old one.");
+    command.add_flag("--watch", options->watch, "Show it anew each second, until it is ended")
+        ->excludes(json);
+    command.add_option("--config", options->file, "Where the settings are read")
+        ->type_name("PATH")
+        ->capture_default_str();
+    command.footer(
+        "Examples:\n"
+        "  vokctl status                  what was last published\n"
+        "  vokctl status --max-age 3600   only if it is less than an hour old\n"
+        "  vokctl status --watch          as it changes\n"
+        "  vokctl status --json           for programs\n"
+        "\n"
+        "STATE is the digit that the backup client reported, with the word that the\n"
+        "settings have for it; \"-\" stands for what is not known. What needs attention\n"
+        "stands at the end. Ends with 0 when there is a status, 4 when the files may not\n"
+        "be read, 5 when --wait has run out, 6 when there is no status, or a damaged or\n"
+        "too old one.");
     command.callback([options] { runStatus(*options); });
 }
 

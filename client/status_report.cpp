@@ -7,84 +7,198 @@
 #include "client/text_table.h"
 #include "core/bytes.h"
 #include "guard/values.h"
+#include "sharestatus/status_format.h"
 #include "view/terminal_text.h"
+#include "view/unmeasured.h"
 #include "view/utf8.h"
 
 namespace client {
 namespace {
 
+using config::Configuration;
+using view::Finding;
 using view::isUtf8;
 using view::makePrintable;
 using view::PublishedStatus;
 using view::ShareRow;
+using view::Situation;
 
 constexpr const char* kNone = "-";
 
 // ---- Table ------------------------------------------------------------------------------------
 
-TableRow makeRow(const ShareRow& row)
+std::string formatState(const ShareRow& row, const Configuration& configuration)
+{
+    if (row.report == view::BackupReport::kUnreadable) {
+        return "unreadable";
+    }
+    return row.backupState ? view::formatState(*row.backupState, configuration) : kNone;
+}
+
+TableRow makeRow(const ShareRow& row, const Configuration& configuration)
 {
     std::string used = kNone;
     if (row.used) {
         used = std::to_string(row.used->value) + " " + row.used->unit;
     }
-    const std::string state = row.backupState ? std::to_string(*row.backupState) : kNone;
-    return {makePrintable(row.name), makePrintable(used), makePrintable(state),
+    return {makePrintable(row.name), makePrintable(used),
+            makePrintable(formatState(row, configuration)),
             makePrintable(row.backupDay ? view::formatIsoDate(*row.backupDay) : kNone)};
 }
 
-/// A line for each share that the collection leaves out for its name.
-std::string renderHints(const std::vector<ShareRow>& shares)
+std::string renderTotal(const Situation& situation)
 {
-    std::string out;
-    for (const ShareRow& row : shares) {
-        if (!guard::isMeasurable(row.name)) {
-            out += "Rename the share " + makePrintable(row.name).text +
-                   ": it is not measured, as its name could run in a shell.\n";
-        }
+    return (situation.capacity ? view::formatCapacity(*situation.capacity)
+                               : std::string("The disk's capacity is not known")) +
+           "\n\n";
+}
+
+std::string renderList(const PublishedStatus& status, const Configuration& configuration)
+{
+    if (status.result == PublishedStatus::Result::kNoList) {
+        return "The last collection could not get the list of shares.\n";
     }
-    return out;
+    return status.shares.empty() ? "There are no internal shares.\n"
+                                 : renderShares(status.shares, configuration);
+}
+
+std::string formatLocal(const char* format, std::time_t time)
+{
+    std::tm local = {};
+    ::localtime_r(&time, &local);
+    return view::formatTime(format, local);
+}
+
+std::string renderCollection(const PublishedStatus& status)
+{
+    if (!status.isCollecting) {
+        return "No collection is running.";
+    }
+    return status.collectingSince ? "A collection is running since " +
+                                        formatLocal("%H:%M:%S", *status.collectingSince) + "."
+                                  : "A collection is running.";
 }
 
 std::string renderFooter(const PublishedStatus& status)
 {
-    std::tm local = {};
-    ::localtime_r(&status.published, &local);
-    std::string out = "Published " + view::formatTime("%Y-%m-%d %H:%M:%S %Z", local) + ". ";
-    out += status.isCollecting ? "A collection is running now.\n" : "No collection is running.\n";
-    return out;
+    return "Published " + formatLocal("%Y-%m-%d %H:%M:%S %Z", status.published) + ". " +
+           renderCollection(status) + "\n";
+}
+
+/// "Warning: ..."
+std::string renderFinding(const Finding& finding)
+{
+    std::string level = view::wordOf(finding.level);
+    level.front() = core::toAsciiUpper(level.front());
+    return level + ": " + renderSentence(finding) + "\n";
+}
+
+std::string renderFindings(const std::vector<Finding>& findings)
+{
+    std::string out = "\n";
+    for (const Finding& finding : findings) {
+        out += renderFinding(finding);
+    }
+    return findings.empty() ? "\nNothing needs attention.\n" : out;
 }
 
 // ---- JSON -------------------------------------------------------------------------------------
 
+void addName(Json& json, const std::string& name)
+{
+    json["name"] = name;
+    if (!isUtf8(name)) {
+        std::string digits;
+        core::appendHex(digits, name);
+        json["name_hex"] = digits;
+    }
+}
+
+template <class Value> Json orNull(const std::optional<Value>& value)
+{
+    return value ? Json(*value) : Json();
+}
+
+Json makeTime(std::time_t time)
+{
+    std::tm utc = {};
+    ::gmtime_r(&time, &utc);
+    return view::formatTime("%Y-%m-%dT%H:%M:%SZ", utc);
+}
+
 Json makeShare(const ShareRow& row)
 {
     Json share;
-    share["name"] = row.name;
-    if (!isUtf8(row.name)) {
-        std::string digits;
-        core::appendHex(digits, row.name);
-        share["name_hex"] = digits;
-    }
+    addName(share, row.name);
     if (!guard::isMeasurable(row.name)) {
         share["must_be_renamed"] = true;
     }
     share["used"] = row.used ? Json(row.used->value) : Json();
     share["unit"] = row.used ? Json(std::string(1, row.used->unit)) : Json();
-    share["backup_state"] = row.backupState ? Json(*row.backupState) : Json();
+    share["used_kib"] = row.used ? Json(row.used->kibibytes()) : Json();
+    share["unit_kib"] = row.used ? Json(sharestatus::findUnit(row.used->unit)->kibibytes) : Json();
+    share["backup_state"] = orNull(row.backupState);
     share["backup_date"] = row.backupDay ? Json(view::formatIsoDate(*row.backupDay)) : Json();
+    if (row.report == view::BackupReport::kUnreadable) {
+        share["backup_unreadable"] = true;
+    }
     return share;
+}
+
+const char* wordOf(view::Obstacle obstacle)
+{
+    constexpr auto kWords = std::to_array<const char*>(
+        {"shell-character", "separator", "first-character", "failed", "no-room"});
+    return kWords.at(static_cast<std::size_t>(obstacle));
+}
+
+/// Null if it is not known which shares there are.
+Json makeUnmeasured(const Situation& situation)
+{
+    if (situation.status.result != PublishedStatus::Result::kComplete) {
+        return {};
+    }
+    Json json = Json::array();
+    for (const auto& [name, obstacle] :
+         view::findUnmeasured(situation.status.shares, situation.listed)) {
+        Json share;
+        addName(share, name);
+        share["reason"] = wordOf(obstacle);
+        json.push_back(share);
+    }
+    return json;
+}
+
+Json makeFindings(const std::vector<Finding>& findings)
+{
+    Json json = Json::array();
+    for (const Finding& finding : findings) {
+        json.push_back({{"level", view::wordOf(finding.level)},
+                        {"kind", finding.kind},
+                        {"shares", finding.shares},
+                        {"sentence", finding.sentence}});
+    }
+    return json;
+}
+
+void addCapacity(Json& json, const std::optional<view::Capacity>& capacity)
+{
+    json["capacity_kib"] = capacity ? Json(capacity->total) : Json();
+    json["used_kib"] = capacity ? Json(capacity->used) : Json();
+    json["free_kib"] = capacity ? Json(capacity->free) : Json();
 }
 
 } // namespace
 
-std::string renderShares(const std::vector<ShareRow>& shares)
+std::string renderShares(const std::vector<ShareRow>& shares, const Configuration& configuration)
 {
     using enum Align;
     constexpr auto kColumns = std::to_array<Align>({kLeft, kRight, kLeft, kLeft});
     std::vector<TableRow> rows = {{makePrintable("SHARE"), makePrintable("USED"),
                                    makePrintable("STATE"), makePrintable("LAST BACKUP")}};
-    std::ranges::transform(shares, std::back_inserter(rows), makeRow);
+    for (const ShareRow& share : shares) {
+        rows.push_back(makeRow(share, configuration));
+    }
     return layOutTable(kColumns, rows);
 }
 
@@ -95,28 +209,30 @@ Json makeJson(const std::vector<ShareRow>& shares)
     return json;
 }
 
-std::string renderTable(const PublishedStatus& status)
+std::string renderSentence(const Finding& finding)
 {
-    std::string out;
-    if (status.result == PublishedStatus::Result::kNoList) {
-        out = "The last collection could not get the list of shares.\n";
-    } else if (status.shares.empty()) {
-        out = "There are no internal shares.\n";
-    } else {
-        out = renderShares(status.shares);
-    }
-    return out + "\n" + renderHints(status.shares) + renderFooter(status);
+    return makePrintable(finding.sentence).text;
 }
 
-std::string renderJson(const PublishedStatus& status)
+std::string renderTable(const Situation& situation, const Configuration& configuration)
 {
+    return renderTotal(situation) + renderList(situation.status, configuration) + "\n" +
+           renderFooter(situation.status) + renderFindings(view::judge(situation, configuration));
+}
+
+std::string renderJson(const Situation& situation, const Configuration& configuration)
+{
+    const PublishedStatus& status = situation.status;
     const bool isListed = status.result != PublishedStatus::Result::kNoList;
-    std::tm utc = {};
-    ::gmtime_r(&status.published, &utc);
     Json json;
-    json["published"] = view::formatTime("%Y-%m-%dT%H:%M:%SZ", utc);
+    json["published"] = makeTime(status.published);
     json["collecting"] = status.isCollecting;
+    json["collecting_since"] =
+        status.isCollecting && status.collectingSince ? makeTime(*status.collectingSince) : Json();
+    addCapacity(json, situation.capacity);
     json["shares"] = isListed ? makeJson(status.shares) : Json();
+    json["unmeasured"] = makeUnmeasured(situation);
+    json["findings"] = makeFindings(view::judge(situation, configuration));
     return renderJson(json);
 }
 

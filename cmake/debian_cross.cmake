@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
 #
-# What the toolchain files of other machines share: Debian's cross compiler for VOKCONTROL_TRIPLET, and
-# below VOKCONTROL_TARGET_ROOT that machine's own packages, unpacked there by scripts/setup. What is
-# headers alone comes from the host.
+# The common part of the toolchain files for other machines: Debian's cross compiler for VOKCONTROL_TRIPLET,
+# and that machine's packages below VOKCONTROL_TARGET_ROOT, unpacked there by scripts/setup. Libraries of
+# only headers come from the host.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_C_COMPILER ${VOKCONTROL_TRIPLET}-gcc)
 set(CMAKE_CXX_COMPILER ${VOKCONTROL_TRIPLET}-g++)
@@ -17,6 +17,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
 set(CMAKE_C_STANDARD_INCLUDE_DIRECTORIES
     ${VOKCONTROL_TARGET_ROOT}/usr/include/${VOKCONTROL_TRIPLET})
 set(CMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES ${CMAKE_C_STANDARD_INCLUDE_DIRECTORIES})
-# Where the linker finds what our library needs in its turn.
+# Where the linker finds the libraries that our library needs.
 set(CMAKE_EXE_LINKER_FLAGS_INIT
     "-Wl,-rpath-link,${VOKCONTROL_TARGET_ROOT}/usr/lib/${VOKCONTROL_TRIPLET}")

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 #
-# What is installed where, and the Debian package of it (cpack -G DEB in the build folder).
+# The installed files. packaging/debian makes the Debian package of them (scripts/package).
 include(GNUInstallDirs)
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 
@@ -11,12 +11,12 @@ set(unit_folder lib/systemd/system)
 install(TARGETS vokcontrol vokcollect RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
 install(TARGETS vokcontrol_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES include/vokcontrol.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-# The module starts its daemon by this name; what it gets is the guarded one.
+# The module starts the collector by this name, and gets the guarded one.
 file(MAKE_DIRECTORY ${generated})
 file(CREATE_LINK ../${CMAKE_INSTALL_SBINDIR}/vokcollect ${generated}/pelstatus SYMBOLIC)
 install(FILES ${generated}/pelstatus DESTINATION ${CMAKE_INSTALL_BINDIR})
 
-# Files that name the prefix are made when it is known for good, at installation.
+# Files that name the prefix are made at installation, when the prefix is final.
 function(install_configured name folder)
   install(CODE "configure_file(\"${packaging}/${name}.in\" \"${generated}/${name}\" @ONLY)")
   install(FILES ${generated}/${name} DESTINATION ${folder})
@@ -27,8 +27,8 @@ set(LIBRARY_FOLDER ${CMAKE_INSTALL_LIBDIR})
 set(HEADER_FOLDER ${CMAKE_INSTALL_INCLUDEDIR})
 set(PROGRAM_FOLDER ${CMAKE_INSTALL_SBINDIR})")
 install_configured(vokcontrol.pc ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/protocol.md docs/security.md
-        DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/glossary.md
+        docs/protocol.md docs/security.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES ${packaging}/man/vokcontrol.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES ${packaging}/man/vokcontrol-protocol.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
 
@@ -69,17 +69,11 @@ if(TARGET vokpage)
   install(DIRECTORY page/static/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol/www)
 endif()
 
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_NAME vokcontrol)
-set(CPACK_PACKAGE_CONTACT "The vokcontrol founders <vokcontrol@example.org>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Control module of a network-attached storage appliance")
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "passwd")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "sudo, mdadm, fdisk")
-set(CPACK_DEBIAN_PACKAGE_SECTION admin)
-set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
-    "${packaging}/deb/conffiles;${packaging}/deb/postinst;${packaging}/deb/prerm;${packaging}/deb/postrm")
-include(CPack)
+# The system's own folder of libraries is searched anyway, and its programs look nowhere else.
+install(CODE "if(CMAKE_INSTALL_PREFIX STREQUAL /usr)
+  file(GLOB programs \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_BINDIR}/vok* \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_SBINDIR}/vok*
+       \$ENV{DESTDIR}/usr/lib/vokcontrol/vok* \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_LIBDIR}/libvokcontrol.so.*)
+  foreach(program \${programs})
+    file(RPATH_REMOVE FILE \${program})
+  endforeach()
+endif()")

@@ -5,14 +5,14 @@
 
 namespace cmdsvc {
 
-/// "gubs", "rtov": accepted, and nothing is done or answered.
+/// "gubs", "rtov": accepted; does nothing and answers nothing.
 void ignoreCommand();
 
-/// "dscr", "ipcf": meant for the appliance's discovery service, which hears them by UDP; here they
-/// are traced and not answered.
+/// "dscr", "ipcf": traces the request and answers nothing. The appliance's discovery program
+/// receives these by UDP.
 void traceDiscoveryCommand();
 
-/// "sgss": starts the "pelstatus" service if it does not run, and answers good.
+/// "sgss": starts the collector if it does not run, and answers good.
 void restartStatusService();
 
 } // namespace cmdsvc

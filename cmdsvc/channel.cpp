@@ -72,7 +72,7 @@ ParameterLine Channel::takeLine(const Parameter& parameter)
 
 FILE* Channel::openFile(const char* path, const char* mode)
 {
-    // First: this close must not change the errno that says why the next file does not open.
+    // Close first: afterwards errno must say why the next file does not open.
     closeFile();
     file_ = core::openFile(path, mode);
     return file_.get();
@@ -127,7 +127,7 @@ void Channel::endWithWordKeepingFile(Status status)
     traceExit(status);
 }
 
-/// How both common exits end, once the code is written.
+/// The end of both common exits, after the code is written.
 int Channel::finishWithError(Status status)
 {
     closeFile();

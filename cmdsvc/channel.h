@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// channel.h: what a command handler works with: the request, the answer, and the current-file slot,
-// as one object. There is one request at a time in a process, and so one channel.
+// channel.h: the object that a command handler works with: the request, the answer, and the
+// current-file slot. A process runs one request at a time, so it has one channel.
 #pragma once
 
 #include <array>
@@ -28,7 +28,8 @@ int SendReturnStatus(std::uint32_t code, const char* name);
 
 namespace cmdsvc {
 
-/// Handlers' work file: what a shell line printed, or a list that a handler reads while it answers.
+/// Handlers' work file: the output of a shell line, or a list that a handler reads while it
+/// answers.
 inline constexpr const char* kWorkFile = "/tmp/vokcontrol.tmp";
 
 /// A parameter line as it was sent, with its newline and zeros after it.
@@ -39,7 +40,7 @@ struct ParameterLine {
     [[nodiscard]] const char* text() const { return bytes.data(); }
 
     /// Cuts the newline at the text's end.
-    /// @return false if there is none: the line is not whole, or holds a zero byte
+    /// @return false if there is no newline: the line is cut, or holds a zero byte
     bool cutNewline();
 
     /// Copies the text.
@@ -49,31 +50,30 @@ struct ParameterLine {
 
 class Channel {
   public:
-    /// Opens the request in fin_buf and a new answer file, and closes the answer of the request
-    /// before, if its exit left that open.
+    /// Opens the request in fin_buf and a new answer file. Closes the previous request's answer if
+    /// its exit left that open.
     /// @return false if the answer file cannot be opened
     [[nodiscard]] bool open(int number);
 
     /// Ends the answer.
     void close();
 
-    /// Says which command is being carried out; its row has the tag of its answer.
+    /// Sets the command that is carried out; its row has the tag of its answer.
     void begin(const Command& command) { command_ = &command; }
 
     // ---- The request --------------------------------------------------------------------------
 
-    /// The request as far as it has not been taken yet.
+    /// The part of the request that has not been taken yet.
     [[nodiscard]] RequestReader& request() { return request_; }
 
-    /// Takes a parameter line. If nothing is left, it is the line before it, without its newline.
+    /// Takes a parameter line. If nothing is left, returns the previous line without its newline.
     [[nodiscard]] ParameterLine takeLine(const Parameter& parameter);
 
     // ---- The current-file slot ----------------------------------------------------------------
     //
     // The one file that a handler reads while it answers, so that an error exit can close it.
 
-    /// Closes what is open in the slot, then opens a file there, for reading unless the mode says
-    /// otherwise.
+    /// Closes the slot's file, if there is one, then opens a file in the slot.
     /// @return the file, or null with errno set by this open
     FILE* openFile(const char* path, const char* mode = "r");
 
@@ -93,7 +93,7 @@ class Channel {
     /// @return how many bytes were written
     std::size_t writeHeader(std::uint32_t count);
 
-    /// The same bytes, for who writes them with something after them.
+    /// The same bytes, for a handler that writes more bytes with them.
     [[nodiscard]] HeaderBytes header(std::uint32_t count) const;
 
     /// The tag of the command's answer, four letters and a blank; its own bytes follow it.
@@ -105,7 +105,7 @@ class Channel {
     /// work file, traces the code.
     void endWithError(Status status);
 
-    /// The same with the code as a bare word.
+    /// The same as endWithError, with the code as a bare word.
     /// @return what system() returned for the trace
     int endWithWord(Status status);
 
@@ -120,7 +120,7 @@ class Channel {
     RequestReader request_;
     ParameterLine lastLine_;
     core::File file_;
-    /// What fout_buf points to, as long as nobody else has set it.
+    /// The file that fout_buf points to, unless other code has set fout_buf.
     FILE* answer_ = nullptr;
 };
 

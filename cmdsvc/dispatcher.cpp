@@ -13,7 +13,7 @@
 namespace cmdsvc {
 namespace {
 
-/// Traces the start of the line byte by byte, each as a number and as a character.
+/// Traces the first bytes of the line, each as a number and as a character.
 void traceLineStart(std::string_view line)
 {
     constexpr std::size_t kTracedBytes = 30;

@@ -5,10 +5,10 @@
 //   request   0    4  command code, four characters
 //             4    1  a blank; not checked
 //             5    4  parameter count, 32 bits little-endian; only the low byte is checked
-//             9       parameters, as each command wants them
+//             9       parameters, as each command takes them
 //
-// The request's first line ends at its first newline byte, wherever that stands. Answers take one
-// of these shapes:
+// The request's first line ends at its first newline byte, even if that is part of a number. An
+// answer has one of these shapes:
 //
 //   word      0    4  status code, 32 bits little-endian
 //
@@ -25,8 +25,8 @@
 //             5    4  count, 32 bits little-endian
 //             9    1  newline; lines of text follow
 //
-// If a command gives no answer that could be sent, the service that carries requests sends a status
-// of its own, with the code "serv".
+// If a command leaves no answer that can be sent, the service sends a status of its own, with the
+// code "serv".
 #pragma once
 
 #include <array>
@@ -51,14 +51,14 @@ inline constexpr std::size_t kLongestUserName = 32;
 
 inline constexpr std::string_view kErrorTag = "erro ";
 
-/// A command code as the word that travels.
+/// A command code as a 32-bit word.
 [[nodiscard]] constexpr std::uint32_t codeWord(std::string_view code)
 {
     return core::getU32(std::span(code).first<kCodeSize>());
 }
 
-/// A status code, as answers carry it. A handler returns the one that its command ends with. Some
-/// commands share a code and mean something else by it.
+/// A status code, as answers hold it. A handler returns the one that its command ends with. Some
+/// codes have another meaning in each command that answers them.
 enum class [[nodiscard]] Status : std::uint32_t{
     // Of several commands.
     kGood = 0x00000000,
@@ -109,7 +109,7 @@ enum class [[nodiscard]] Status : std::uint32_t{
     kCannotStatBuild = 0x40000003,
     kBadBuildSize = 0x40000004,
 
-    // The private file, sent to the appliance and fetched from it.
+    // The private file: sending it and fetching it.
     kCannotCreatePrivate = 0x60000001,
     kNothingSent = 0x60000002,
     kCannotWritePrivate = 0x60000003,
@@ -126,12 +126,12 @@ enum class [[nodiscard]] Status : std::uint32_t{
     kLanguageWithoutCode = 0xB0000002,
     kNoPublicShareName = 0xB0000003,
 
-    // Remote access; each of these commands has its own meaning for them.
+    // Remote access; each command gives these codes its own meaning.
     kRemoteRefused = 0x00000001,
     kRemoteBadRequest = 0x00000002,
     kRemoteFailed = 0x00000003,
 
-    // The service's own.
+    // Of the service itself.
     kRequestTimedOut = 0x53000001,
     kRequestFailed = 0x53000002,
     kRequestNotStarted = 0x53000003,
@@ -141,7 +141,7 @@ enum class [[nodiscard]] Status : std::uint32_t{
 };
 using enum Status;
 
-/// A status code as the word that travels.
+/// A status code as a 32-bit word.
 [[nodiscard]] constexpr std::uint32_t wordOf(Status status)
 {
     return static_cast<std::uint32_t>(status);

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// request_reader.h: takes a request apart, byte by byte. The module's handlers and whoever looks at
-// a request before them (the service's gate, its log, its count of commands) use this same code, so
-// that all of them see the same parameters.
+// request_reader.h: takes a request apart, byte by byte. The handlers, the gate, the service's log
+// and its count of commands use this same code, so that all of them see the same parameters.
 #pragma once
 
 #include <algorithm>
@@ -23,7 +22,7 @@ namespace cmdsvc {
 using RequestBuffer = std::array<char, VOK_REQUEST_SIZE>;
 
 /// A request in a buffer of its own.
-/// @param request  at most 4096 bytes; what is longer is cut
+/// @param request  cut at 4096 bytes
 [[nodiscard]] constexpr RequestBuffer bufferOf(std::string_view request)
 {
     RequestBuffer buffer = {};
@@ -43,20 +42,19 @@ using RequestBuffer = std::array<char, VOK_REQUEST_SIZE>;
     return text.ends_with('\n') ? text.substr(0, text.size() - 1) : text;
 }
 
-/// The command's code as the word that travels.
+/// The command's code as a 32-bit word.
 [[nodiscard]] constexpr std::uint32_t codeOf(std::string_view request)
 {
     return core::u32At(request, 0);
 }
 
-/// The parameter count that the request says, all 32 bits of it.
+/// The parameter count of the request, all 32 bits of it.
 [[nodiscard]] constexpr std::uint32_t countOf(std::string_view request)
 {
     return core::u32At(request, kCountOffset);
 }
 
-/// Reads a request from its first line on. What it returns are parts of the buffer, which must
-/// outlive them.
+/// Reads a request from its first line on. It returns parts of the buffer, which must outlive them.
 class RequestReader {
   public:
     RequestReader() = default;
@@ -64,7 +62,7 @@ class RequestReader {
     explicit RequestReader(std::span<const char, VOK_REQUEST_SIZE> buffer)
         : bytes_(buffer.data(), buffer.size())
     {
-        // One byte less than the buffer, so that a text in the line's buffer always ends in a zero.
+        // One byte less than the line's buffer, so that a zero always follows the line in it.
         const std::string_view line = takeLine(kLineRoom);
         line.copy(firstLine_.data(), firstLine_.size());
         parameters_ = rest();
@@ -76,14 +74,14 @@ class RequestReader {
         return {firstLine_.data(), firstLine_.size()};
     }
 
-    /// What follows the first line, whether it has been taken or not.
+    /// The bytes after the first line, whether they have been taken or not.
     [[nodiscard]] std::string_view parameters() const { return parameters_; }
 
     /// All that is left.
     [[nodiscard]] std::string_view rest() const { return bytes_.substr(position_); }
 
-    /// The next bytes up to a newline, which they include; at most room - 1 of them, as fgets takes
-    /// them. Empty if nothing is left.
+    /// The next bytes up to and including a newline; at most room - 1 bytes, like fgets. Empty if
+    /// nothing is left.
     std::string_view takeLine(std::size_t room)
     {
         const std::string_view most = rest().substr(0, room - 1);
@@ -91,7 +89,7 @@ class RequestReader {
         return takeBytes((newline == std::string_view::npos) ? most.size() : newline + 1);
     }
 
-    /// The next bytes; fewer if no more are left.
+    /// The next SIZE bytes; fewer if fewer are left.
     std::string_view takeBytes(std::size_t size)
     {
         const std::string_view bytes = rest().substr(0, size);
@@ -99,7 +97,7 @@ class RequestReader {
         return bytes;
     }
 
-    /// The next bytes up to a newline or a zero byte, which is taken, too, and not returned.
+    /// The next bytes up to a newline or a zero byte. That byte is taken, but not returned.
     std::string_view takeText()
     {
         const std::string_view text = rest().substr(0, rest().find_first_of({"\n\0", 2}));
@@ -107,19 +105,19 @@ class RequestReader {
         return text;
     }
 
-    /// The first line, for a parameter that stands in it. A length of 10, which is a newline, ends
-    /// the line early; then the next line is the rest of it, where the parameter's row says.
+    /// The first line, for a parameter in it. A length byte of 10 is a newline and ends the line
+    /// early; then the next line is copied into it, at the offset in the parameter's row.
     std::string_view completeFirstLine(const Parameter& parameter)
     {
         if (firstLine_[kLengthOffset] == '\n') {
-            // A byte less, so that a text in the line always ends in a zero.
+            // A byte less, so that a zero always follows the line.
             const std::size_t room = firstLine_.size() - parameter.restOffset;
             takeLine(room).copy(&firstLine_[parameter.restOffset], room);
         }
         return firstLine();
     }
 
-    /// Where a parameter in the first line has its length.
+    /// The offset of the length of a parameter in the first line.
     static constexpr std::size_t kLengthOffset = kCodeSize + 1;
 
   private:

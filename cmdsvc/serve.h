@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// serve.h: how a command is carried out: its handler, and the answer to what that returns.
+// serve.h: carries a command out: runs its handler, and answers the status that it returns.
 #pragma once
 
 #include <span>
@@ -11,11 +11,11 @@
 
 namespace cmdsvc {
 
-/// Carries a command out. It answers what it has to answer if all goes well, but for a bare good
-/// word or status: that, and every refusal, is answered for it, by the command's row.
+/// Carries a command out. On success it writes its own answer, except a bare good word or status:
+/// serve() answers that and every refusal, as the command's row says.
 using Handler = Status (*)(Channel& channel);
 
-/// Runs a handler on the request in hand, and answers its status as the command's row says.
+/// Runs a handler on the current request, and answers its status as the command's row says.
 void serve(const Command& command, Handler handler);
 
 /// A command and the exported function that serves it.
@@ -24,7 +24,7 @@ struct HandlerRow {
     void (*serve)();
 };
 
-/// Every command, in the order of kCommands. The table stands with the handlers that it names.
+/// Every command, in the order of kCommands. The table is defined in the handlers' folder.
 [[nodiscard]] std::span<const HandlerRow, kCommands.size()> handlerTable();
 
 } // namespace cmdsvc

@@ -28,8 +28,8 @@ struct Slot {
     bool isCounted;
 };
 
-/// The slots by their places. "gub1" has one but counts in the last, which has no code; "cpbu" has
-/// one though no handler serves it.
+/// The slots in their order. "gub1" has a slot, but counts in the last one, which has no code;
+/// "cpbu" has a slot, but no handler.
 constexpr auto kSlots = std::to_array<Slot>({
     {"crat", true}, {"shar", true}, {"lstu", true}, {"lsts", true},  {"vers", true},
     {"host", true}, {"spvt", true}, {"gpvt", true}, {"frst", true},  {"qlps", true},
@@ -52,7 +52,7 @@ bool isPrepared(CommandUsage& table)
     return std::string_view(code.data(), code.size()) == kSlots[0].code;
 }
 
-/// The slot that counts a command of its own; nothing for all others.
+/// The slot that counts a command; nothing if the command has no slot of its own.
 std::optional<std::size_t> slotOf(std::uint32_t code)
 {
     const auto* slot = std::ranges::find_if(
@@ -75,9 +75,8 @@ std::int64_t currentTime()
     return static_cast<std::uint32_t>(std::time(nullptr));
 }
 
-/// The last save as a time that can be compared with the clock. The caller keeps 32 signed bits; in
-/// 2038 the clock leaves their range, and from then on a negative value is a save after that
-/// moment.
+/// The last save as a time that can be compared with the clock. The caller keeps 32 signed bits. In
+/// 2038 the clock exceeds their range; from then on a negative value means a later save.
 std::int64_t timeOf(std::int32_t lastSave, std::int64_t now)
 {
     const bool isPastSignedRange = now > std::numeric_limits<std::int32_t>::max();
@@ -86,14 +85,14 @@ std::int64_t timeOf(std::int32_t lastSave, std::int64_t now)
 }
 
 /// Whether the table must be written. A last save of 0 means that there was none. The comparison
-/// has 64 bits: near the ends of the 32-bit range nothing wraps.
+/// has 64 bits, so it does not wrap at the end of the 32-bit range.
 bool isDue(std::int32_t lastSave, std::int64_t now)
 {
     return lastSave == 0 || now > timeOf(lastSave, now) + kSaveIntervalSeconds;
 }
 
 /// Writes a table to an open file.
-/// @return whether all of it has arrived; errno says why not
+/// @return whether it was written whole; errno says why not
 bool write(const CommandUsage& table, core::File file)
 {
     const bool isWritten =

@@ -14,10 +14,10 @@ namespace {
 
 using Value = std::array<char, kValueSize>;
 
-/// Room for a line with any value that came with a request.
+/// Room for a line with any value from a request.
 using ApiLine = std::array<char, kLineSize + 256>;
 
-/// Who is told what an accessor does.
+/// Where the messages of an accessor go.
 enum class Audience { kTrace, kComment, kNone };
 
 [[gnu::format(printf, 2, 3)]] void report(Audience audience, const char* format, ...)
@@ -34,7 +34,7 @@ enum class Audience { kTrace, kComment, kNone };
     }
 }
 
-/// Takes what stands behind the last key in a script's output.
+/// Takes the text after the last key in a script's output.
 void extract(FILE* output, const char* key, Value& value)
 {
     std::array<char, kValueSize> line;
@@ -47,7 +47,7 @@ void extract(FILE* output, const char* key, Value& value)
     }
 }
 
-/// Runs a line that ends in the name of its output file, and reads that.
+/// Runs a line whose last word is the name of its output file, and reads that file.
 Value ask(const char* command, const char* outputPath, const char* key, Audience audience)
 {
     Value value{};

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// bytes.h: integers as the files and frames of this module hold them, little-endian, coded byte by
-// byte so that neither the host's order nor its alignment matters. Bytes as hexadecimal digits. And
-// the character class and the upper case that names are judged by, which no locale of the calling
-// process may change.
+// bytes.h: integers in files and frames, little-endian, coded byte by byte so that neither the
+// host's order nor its alignment matters. Bytes as hexadecimal digits. The letters and the upper
+// case that names are compared by; the locale of the calling process must not change these.
 #pragma once
 
 #include <algorithm>
@@ -26,7 +25,7 @@ constexpr void putU16(std::span<char, 2> out, std::uint16_t value)
     out[1] = static_cast<char>(value >> 8U);
 }
 
-/// The bytes of 32 bits.
+/// The 4 bytes of a 32-bit number.
 [[nodiscard]] constexpr std::array<char, 4> u32Bytes(std::uint32_t value)
 {
     std::array<char, 4> bytes{};
@@ -55,7 +54,7 @@ constexpr void putU32(std::span<char, 4> out, std::uint32_t value)
     return value;
 }
 
-/// The 32 bits that begin at an offset. Bytes behind the end count as zero.
+/// The 32 bits that begin at an offset. Bytes after the end count as zero.
 [[nodiscard]] constexpr std::uint32_t u32At(std::string_view bytes, std::size_t offset)
 {
     std::array<char, 4> word{};
@@ -66,7 +65,7 @@ constexpr void putU32(std::span<char, 4> out, std::uint32_t value)
 
 inline constexpr std::string_view kHexDigits = "0123456789abcdef";
 
-/// Appends each byte's two hexadecimal digits to a text, whatever its type.
+/// Appends each byte's two hexadecimal digits to a text of any type.
 template <class Text, class Bytes> constexpr void appendHex(Text& text, const Bytes& bytes)
 {
     for (const auto byte : bytes) {
@@ -87,7 +86,7 @@ template <class Text, class Bytes> constexpr void appendHex(Text& text, const By
     return (value >= 'a' && value <= 'z') ? static_cast<char>(value - 'a' + 'A') : value;
 }
 
-/// Whether two texts are the same but for the case of their letters.
+/// Whether two texts are equal; letters of both cases count as the same.
 [[nodiscard]] constexpr bool equalIgnoringCase(std::string_view one, std::string_view other)
 {
     return std::ranges::equal(one, other, {}, toAsciiUpper, toAsciiUpper);

@@ -14,7 +14,8 @@ void core::FileCloser::operator()(FILE* file) const noexcept
 
 core::File core::openFile(const char* path, const char* mode)
 {
-    // What a shell line starts may outlive the request; it must not hold the module's files open.
+    // A program that a shell line starts may outlive the request; it must not hold these files
+    // open.
     std::array<char, 8> closedOnExec;
     formatBounded(closedOnExec, "%se", mode);
     return File(std::fopen(path, closedOnExec.data()));

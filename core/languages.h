@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// languages.h: the languages that the appliance speaks, under all the names that they go by.
+// languages.h: the languages of the appliance, with all names that they have.
 #pragma once
 
 #include <algorithm>
@@ -11,13 +11,13 @@ namespace core {
 
 struct Language {
     const char* code;    ///< in requests and answers, and in the variable "language_current"
-    const char* name;    ///< as the language script takes it, and as its answer holds it
-    const char* digit;   ///< what the variable "pel_language" reads as
-    const char* ownName; ///< what its speakers call it, in UTF-8
+    const char* name;    ///< as the language script takes and prints it
+    const char* digit;   ///< value of the variable "pel_language"
+    const char* ownName; ///< in the language itself, in UTF-8
 };
 
-/// "pel_language" takes the first whose name is a part of the script's answer, so traditional
-/// Chinese reads as Chinese there.
+/// "pel_language" is the digit of the first language whose name is a part of the script's answer,
+/// so traditional Chinese gives the digit of Chinese.
 inline constexpr auto kLanguages = std::to_array<Language>({
     {"en", "english", "1", "English"},
     {"fr", "french", "2", "Fran\u00E7ais"},
@@ -42,9 +42,9 @@ inline constexpr auto kLanguages = std::to_array<Language>({
     return (found != kLanguages.end()) ? found : nullptr;
 }
 
-/// The languages in which the first share has a name of its own, in the order in which the
-/// script's answer is searched for them: if it holds several, the first of these counts. The
-/// appliance keeps no share name in Chinese, so neither Chinese is here.
+/// The languages in which the first share has a name of its own, in the order in which the script's
+/// answer is searched for them: if it holds several, the first of these counts. The appliance keeps
+/// no share name for either Chinese.
 inline constexpr auto kShareNameLanguages = std::to_array<const Language*>({
     findLanguage("en"),
     findLanguage("fr"),

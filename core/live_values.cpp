@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// getSystemVar: what the network tools say.
+// getSystemVar: network settings from the output of the network tools.
 #include <array>
 #include <cstdio>
 #include <string_view>
@@ -17,7 +17,7 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-/// Tools print addresses with upper-case letters.
+/// The tools print addresses with upper-case letters.
 bool isUpperHex(char c)
 {
     return c >= 'A' && c <= 'F';
@@ -33,7 +33,7 @@ bool isOfHardwareAddress(char c)
     return isDigit(c) || isUpperHex(c) || c == ':';
 }
 
-/// The text that starts so many characters behind the start of a mark.
+/// The text that starts DISTANCE characters after the start of a mark.
 std::string_view textBehind(std::string_view line, std::string_view mark, std::size_t distance)
 {
     const std::size_t at = line.find(mark);
@@ -58,7 +58,7 @@ std::string_view maskText(std::string_view line)
     return textBehind(line, "Mask", 5);
 }
 
-/// The second column of a route, behind the destination 0.0.0.0.
+/// The second column of a route, after the destination 0.0.0.0.
 std::string_view gatewayText(std::string_view line)
 {
     constexpr std::size_t kBehindDestination = 8;
@@ -68,7 +68,7 @@ std::string_view gatewayText(std::string_view line)
 
 struct NetworkValue {
     int kind;
-    const char* commandFormat; ///< with the output file
+    const char* commandFormat; ///< takes the output file
     std::string_view (*findText)(std::string_view line);
     bool (*isOfValue)(char c);
 };
@@ -80,7 +80,7 @@ constexpr auto kNetworkValues = std::to_array<NetworkValue>({
     {5, "ifconfig | grep Mask: > %s", maskText, isOfAddress},
 });
 
-/// Takes the value out of the first line of a tool's output, into the result.
+/// Copies the value from the first line of a tool's output into the result.
 void readValue(const char* path, const NetworkValue& wanted)
 {
     std::array<char, kValueSize> line;

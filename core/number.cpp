@@ -5,7 +5,7 @@
 
 std::int64_t core::decimalNumber(const char* text)
 {
-    // Not strtol: it has 32 bits on some machines that the module runs on and 64 on others.
+    // Not strtol: its result has 32 bits on some of the module's machines and 64 on others.
     constexpr int kDecimal = 10;
     return std::strtoll(text, nullptr, kDecimal);
 }

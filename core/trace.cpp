@@ -14,8 +14,8 @@ using core::kMessageSize;
 constexpr std::size_t kEchoSize = 2048;
 constexpr std::string_view kLongestEchoFrame = "echo \"\" >> /tmp/dbg_vokcontrol.txt";
 
-// A message that fills its buffer still fits on its shell line: the closing quote and the
-// redirection are never what gets cut.
+// The longest message still fits on its shell line: the closing quote and the redirection are never
+// cut.
 static_assert(kMessageSize + kLongestEchoFrame.size() <= kEchoSize);
 
 unsigned char firstTrace = 1;

@@ -13,7 +13,7 @@
 
 namespace core {
 
-/// Reads the variable file in pieces of at most 511 bytes, as they stand, zero bytes too.
+/// Reads the variable file in pieces of at most 511 bytes, unchanged, including zero bytes.
 class VariableFileReader {
   public:
     explicit VariableFileReader(FILE* file) : file_(file) {}
@@ -25,10 +25,10 @@ class VariableFileReader {
     [[nodiscard]] std::string_view piece() const { return {buffer_.data(), size_}; }
 
     /// The piece as a line that can hold a variable: a whole line up to its first zero byte.
-    /// Nothing where the piece is but a part of a line.
+    /// Nothing if the piece is only a part of a line.
     [[nodiscard]] std::optional<std::string_view> line() const;
 
-    /// Whether what was read so far ends within a line.
+    /// Whether the last piece ended within a line.
     [[nodiscard]] bool endsWithinLine() const { return isWithinLine_; }
 
   private:
@@ -39,8 +39,8 @@ class VariableFileReader {
     bool isWhole_ = false;
 };
 
-/// The value that a line holds for a name, without the line's end; nothing where the line is not
-/// that variable's.
+/// The value that a line holds for a name, without the line's end; nothing if the line has another
+/// name.
 [[nodiscard]] std::optional<std::string_view> valueOf(std::string_view line, std::string_view name);
 
 } // namespace core

@@ -27,7 +27,7 @@ VariableLock::VariableLock(Mode mode) : descriptor_(openLockFile(mode))
         return;
     }
     const int operation = (mode == Mode::kWrite) ? LOCK_EX : LOCK_SH;
-    // A signal that the process handles does not end the wait.
+    // Waits on after a signal that the process handles.
     while (::flock(descriptor_, operation) != 0 && errno == EINTR) {
     }
 }

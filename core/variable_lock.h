@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
 //
-// variable_lock.h: writers of the variable file keep everybody else out, readers only writers.
+// variable_lock.h: a writer of the variable file excludes all others, a reader excludes writers.
 #pragma once
 
 namespace core {
 
-/// Holds the lock on the variable file for as long as it lives. Where the lock file cannot be
-/// opened there is no lock, and nobody waits.
+/// Holds the lock on the variable file as long as the object exists. If the lock file cannot be
+/// opened there is no lock and no waiting.
 class VariableLock {
   public:
     enum class Mode {
-        kRead, ///< shared; the lock file is only used where it exists
+        kRead, ///< shared; a missing lock file is not created
         kWrite ///< exclusive; the lock file is created
     };
 

@@ -6,8 +6,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <optional>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -22,6 +24,8 @@ namespace {
 constexpr const char* kVariableFile = "/etc/pelconfig/system_var";
 constexpr const char* kNewFile = "/etc/pelconfig/system_var_tmp";
 constexpr const char* kBackupFile = "/etc/pelconfig/system_var_bak";
+
+constexpr mode_t kModeBits = 07777;
 
 std::array<char, kValueSize> result;
 
@@ -43,7 +47,7 @@ struct LiveValue {
     const char* (*answer)();
 };
 
-/// What the appliance says at that moment, instead of the file.
+/// Variables that are asked of the appliance at that moment instead of read from the file.
 constexpr auto kLiveValues = std::to_array<LiveValue>({
     {"lan_ipaddr", [] { return getSystemVar("", 1); }},
     {"lan_hwaddr", [] { return getSystemVar("", 2); }},
@@ -57,7 +61,7 @@ constexpr auto kLiveValues = std::to_array<LiveValue>({
 
 void setResult(std::string_view value)
 {
-    // The name may be an older result: it has been read by now.
+    // The name may point into the result, so the result is written only now.
     value.copy(result.data(), result.size() - 1);
     result[value.size()] = '\0';
 }
@@ -86,7 +90,7 @@ void readStoredValue(const char* name)
 
 // ---- Writing ----------------------------------------------------------------------------------
 
-/// Copies the variables with one of them changed or added.
+/// Copies the variables, and changes or adds one of them.
 /// @return whether all of them could be read
 bool copyWith(FILE* from, FILE* to, const char* name, const char* value)
 {
@@ -107,8 +111,31 @@ bool copyWith(FILE* from, FILE* to, const char* name, const char* value)
     return std::ferror(from) == 0;
 }
 
-/// Ends the writing of a file.
-/// @return whether all of it has arrived
+/// Makes the file that replaces an old one. It has the old one's owner and mode before anything is
+/// written, as far as this process may set them. A copy that could not be removed may be a link to
+/// the old file, so it is never truncated.
+File createLike(FILE* old)
+{
+    constexpr mode_t kOwnersOnly = 0600;
+    const int made = ::open(kNewFile, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnersOnly);
+    if (made < 0) {
+        return nullptr;
+    }
+    struct stat status = {};
+    if (::fstat(::fileno(old), &status) == 0) {
+        // The owner first: changing it may take bits of the mode away.
+        [[maybe_unused]] const int owned = ::fchown(made, status.st_uid, status.st_gid);
+        ::fchmod(made, status.st_mode & kModeBits);
+    }
+    File file(::fdopen(made, "w"));
+    if (!file) {
+        ::close(made);
+    }
+    return file;
+}
+
+/// Closes a file that has been written.
+/// @return whether everything was written
 bool finish(File file)
 {
     const bool isWritten = std::ferror(file.get()) == 0;
@@ -138,9 +165,7 @@ int setvar(const char* name, const char* value)
     const VariableLock lock(VariableLock::Mode::kWrite);
     ::unlink(kNewFile);
     File oldFile = openFile(kVariableFile, "r");
-    // A copy that could not be unlinked may be the file itself under its other name: it is never
-    // truncated.
-    File newFile = oldFile ? openFile(kNewFile, "wx") : nullptr;
+    File newFile = oldFile ? createLike(oldFile.get()) : nullptr;
     if (!newFile) {
         return -1;
     }
@@ -149,8 +174,9 @@ int setvar(const char* name, const char* value)
     }
     oldFile.reset();
 
-    // The old version has the backup's name before it loses its own, and the new one keeps that of
-    // the copy. Nobody checks the links, but a copy that is cut short must not become the file.
+    // Link the old version to the backup's name before its own name is taken away; the new version
+    // keeps the copy's name, too. The links are not checked, but a copy that is cut short must not
+    // become the file.
     ::unlink(kBackupFile);
     [[maybe_unused]] const int backedUp = ::link(kVariableFile, kBackupFile);
     if (!finish(std::move(newFile))) {

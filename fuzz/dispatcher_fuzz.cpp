@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// A request, from the dispatcher through its handler to the answer.
+// Runs one request, from the dispatcher through its handler to the answer.
 //
-//   input     the request's bytes, 4096 at most
-//             and perhaps, behind a line "--": a byte, the exit status of whatever the request
-//             runs, and the text that this leaves, which also stands in the files that handlers
-//             read
+//   input     the request's bytes, at most 4096
+//             optional, after a line "--": a byte, the exit status of all shell lines of the
+//             request, and the text that they print, which is also in the files that handlers read
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
@@ -39,7 +38,7 @@ Input takeApart(std::string_view bytes)
     return input;
 }
 
-/// Every run begins with the same files but for their text.
+/// Every run begins with the same files, with this text.
 void layOut(std::string_view text)
 {
     for (const char* folder : {kReportsFolder, "/usr/private"}) {

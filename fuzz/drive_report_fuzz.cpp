@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A report on the drives that are attached, and the other readers of the same report.
+// Runs every reader of the report on the attached drives.
 #include <array>
 #include <cstring>
 

@@ -18,7 +18,7 @@ void fuzz::require(bool holds)
 
 void fuzz::writeFile(const char* path, std::string_view content)
 {
-    // Always a new one: to overwrite a file can mean to wait for the disk.
+    // Always a new file: overwriting one can wait for the disk.
     std::remove(path);
     core::File file = core::openFile(path, "w");
     require(file != nullptr);

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string_view>
 
-/// One run of the target. Ends the process where something is wrong.
+/// One run of the target. Ends the process if something is wrong.
 /// @return 0
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -19,13 +19,13 @@ namespace fuzz {
     return {reinterpret_cast<const char*>(data), size};
 }
 
-/// Ends the process unless what always has to hold does.
+/// Ends the process if a condition that must always hold does not.
 void require(bool holds);
 
-/// Writes a whole file; the process ends where that fails.
+/// Writes a whole file; ends the process if that fails.
 void writeFile(const char* path, std::string_view content);
 
-/// Removes the files in a folder, but no folders.
+/// Removes the files in a folder, but not its folders.
 void emptyFolder(const char* path);
 
 } // namespace fuzz

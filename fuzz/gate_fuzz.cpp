@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A request as the service looks at it, and its text in every place that a shell could see.
+// Checks a request with the gate, and its text in every place of a shell line.
 #include "fuzz/fuzz.h"
 #include "service/gate.h"
 #include "service/shell_text.h"

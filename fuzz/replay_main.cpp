@@ -2,7 +2,7 @@
 //
 // usage: TARGET FILE...
 //
-// Runs a fuzz target once with each file's content, for compilers that bring no fuzzer along.
+// Runs a fuzz target once with each file's content, for compilers without a fuzzer.
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -22,7 +22,7 @@ bool replay(const char* path)
         return false;
     }
     std::fprintf(stderr, "Running: %s\n", path);
-    // A copy of its very size, so that a sanitizer sees a read behind its end.
+    // A copy of the exact size, so that a sanitizer detects a read after its end.
     const std::vector<std::uint8_t> input(read.begin(), read.end());
     LLVMFuzzerTestOneInput(input.data(), input.size());
     return true;

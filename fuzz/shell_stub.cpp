@@ -27,8 +27,8 @@ bool isPlain(char c)
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '.';
 }
 
-/// The work file that a line names last, as the place of its output or as an argument; empty where
-/// it names none. Requests can make names up, too: those that no file could have are none.
+/// The work file that a line names last, as the target of its output or as an argument; empty if it
+/// names none. A request can contain a name that no file can have; that does not count.
 std::string workFileOf(std::string_view line)
 {
     const std::string_view path = line.substr(line.find_last_of(' ') + 1);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A password file; each of its accounts is read and verified.
+// Reads each account of a password file, and checks a password against it.
 #include <algorithm>
 #include <cerrno>
 #include <span>
@@ -29,7 +29,7 @@ void checkAccount(const SmbPasswdEntry& account)
     fuzz::require(verdict == -1 || isTerminated(account.ntHash));
 }
 
-/// @return how many accounts there are, lines that are none left out
+/// @return the number of accounts, without the lines that are no account
 int readAccounts(SmbPasswdHandle* file)
 {
     int accounts = 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The start of a status file, and the records in it.
+// Reads the start of a status file, and the records in it.
 #include "fuzz/fuzz.h"
 #include "sharestatus/status_format.h"
 
@@ -28,7 +28,7 @@ void checkTable(std::string_view payload)
     fuzz::require(!table.isAtEnd() || payload.empty() || payload.size() == kHeaderSize + size);
 }
 
-/// What reads as good is written in the same way again.
+/// A good status has the same bytes when it is written again; no other status has.
 void checkImage(std::string_view image, const StatusReading& reading)
 {
     const StatusImage again = encodeStatus(reading.payload);

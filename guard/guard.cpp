@@ -11,7 +11,7 @@
 
 namespace {
 
-// A shell ends with this when it cannot parse its line.
+// The wait status of a shell that cannot parse its line.
 constexpr int kRefused = 2 << 8;
 
 int writeQuietly(const guard::Trace& trace)

@@ -14,7 +14,7 @@ namespace {
 
 int log = STDERR_FILENO;
 
-/// A line of the log, cut at its room.
+/// A line of the log, cut to the size of its buffer.
 class Line {
   public:
     Line& operator<<(std::string_view text)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// log.h: what the guard says about lines that it does not run.
+// log.h: the guard's log of lines that it refuses.
 #pragma once
 
 #include "guard/shapes.h"

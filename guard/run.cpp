@@ -17,8 +17,9 @@ constexpr int kNoShell = 127;
 
 const char* path = kDefaultPath;
 
-/// Keeps this process from what the shell's keys and its end bring, as system() does. Every signal
-/// waits until the shell has been started: its process shares this one's memory up to then.
+/// Ignores SIGINT and SIGQUIT in this process while the shell runs, as system() does. Blocks every
+/// signal until the shell has been started, because its process shares this one's memory until
+/// then.
 class SignalPause {
   public:
     SignalPause()
@@ -40,7 +41,7 @@ class SignalPause {
     SignalPause(const SignalPause&) = delete;
     SignalPause& operator=(const SignalPause&) = delete;
 
-    /// What may come while the shell runs.
+    /// Unblocks the signals that may arrive while the shell runs: all except SIGCHLD.
     void whileRunning() const
     {
         sigset_t mask = mask_;
@@ -54,7 +55,7 @@ class SignalPause {
     sigset_t mask_ = {};
 };
 
-/// No signal ignored, none blocked. Numbers that cannot be set need not be.
+/// No signal ignored, none blocked. Errors do not matter: some numbers cannot be set.
 void resetSignals()
 {
     struct sigaction byDefault = {};
@@ -73,15 +74,15 @@ void closeAllButStreams()
     if (::close_range(kFirst, ~0U, 0) == 0) {
         return;
     }
-    // Kernels before 5.9 want it done one by one.
+    // Kernels before 5.9 have no close_range.
     const long most = ::sysconf(_SC_OPEN_MAX);
     for (int descriptor = kFirst; descriptor < most; ++descriptor) {
         ::close(descriptor);
     }
 }
 
-/// Becomes the shell. Up to then memory and errno are the waiting parent's, so nothing is changed
-/// here but errno, and that only where there is no shell.
+/// Becomes the shell. Until then memory and errno are the waiting parent's, so this changes only
+/// errno, and only if there is no shell.
 [[noreturn]] void becomeShell(const char* line, int callersError)
 {
     closeAllButStreams();
@@ -114,8 +115,8 @@ int runShell(const char* line)
 {
     const int callersError = errno;
     const SignalPause pause;
-    // As cheap as posix_spawn, and what the shell is started with can be read above. Every signal
-    // is blocked, and becomeShell makes nothing but system calls.
+    // vfork is as cheap as posix_spawn, and the code above shows how the shell is started. Every
+    // signal is blocked, and becomeShell makes only system calls.
     const pid_t shell = ::vfork(); // NOLINT(clang-analyzer-security.insecureAPI.vfork)
     if (shell == 0) {
         becomeShell(line, callersError); // NOLINT(clang-analyzer-unix.Vfork)

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// run.h: the shell's start.
+// run.h: starts the shell.
 #pragma once
 
 namespace guard {
 
-/// Runs a line as system() does: while it runs, SIGINT and SIGQUIT are ignored and SIGCHLD waits.
-/// guard.h tells what the shell is started with.
-/// @return the shell's wait status; an exit with 127, and errno, where there is no shell; -1, and
-///         errno, where there is no process left for it or somebody else has reaped it
+/// Runs a line as system() does: while it runs, SIGINT and SIGQUIT are ignored and SIGCHLD is
+/// blocked. guard.h describes the shell's environment.
+/// @return the shell's wait status; an exit with 127, and errno, if there is no shell; -1, and
+///         errno, if no process can be created or the shell is reaped elsewhere
 int runShell(const char* line);
 
 } // namespace guard

@@ -65,10 +65,10 @@ struct Place {
     std::string_view name;
 };
 
-/// What may stand in a place.
+/// The values that a place may hold.
 struct Kind {
     char sign;
-    char quote; ///< that it stands between; 0 for none
+    char quote; ///< around the place; 0 for none
     std::size_t least;
     bool (*isOf)(char c);
     bool (*mayBe)(std::string_view value);
@@ -84,7 +84,7 @@ constexpr bool isNoOption(std::string_view words)
     return !words.starts_with('-');
 }
 
-/// Every word starts with "/", which no option does.
+/// Every word starts with "/", so none is an option.
 constexpr bool arePaths(std::string_view words)
 {
     bool startsWord = true;
@@ -113,7 +113,7 @@ constexpr const Kind* kindOf(char sign)
 
 // ---- A shape, piece by piece ------------------------------------------------------------------
 
-/// Takes the next place off the words that begin with it.
+/// Takes a place from the start of the words.
 constexpr Place takePlace(std::string_view& words)
 {
     const Place place{words[1], words.substr(2, words.find('}') - 2)};
@@ -121,7 +121,7 @@ constexpr Place takePlace(std::string_view& words)
     return place;
 }
 
-/// Every place is of a kind, and stands between that kind's quotes.
+/// Every place is of a known kind, and is between that kind's quotes.
 constexpr bool isWellFormed(const Shape& shape)
 {
     char quote = 0;
@@ -143,7 +143,8 @@ constexpr bool isWellFormed(const Shape& shape)
 }
 static_assert(std::ranges::all_of(kShapes, isWellFormed));
 
-/// Takes a value off a line: all that its kind may have, but for a blank that the shape wants next.
+/// Takes a value from the start of a line: all characters that its kind allows, without a last
+/// blank if the shape's next character is a blank.
 std::string_view takeValue(std::string_view& line, const Kind& kind, std::string_view next)
 {
     std::size_t size = 0;
@@ -163,7 +164,7 @@ std::string_view takeValue(std::string_view& line, const Kind& kind, std::string
 /// How far a line follows a shape.
 struct Progress {
     bool isWhole = false;
-    std::size_t left = 0;                 ///< of the shape's words
+    std::size_t left = 0;                 ///< characters of the shape not reached
     std::string_view place = "its words"; ///< the last one
 };
 
@@ -209,7 +210,7 @@ Verdict judge(std::string_view line)
             return {true, shape.operation, ""};
         }
         const std::size_t reached = shape.words.size() - progress.left;
-        // A line that has not even the first word is none of these.
+        // A line with another first word is not near this shape.
         if (reached > furthest && reached > shape.words.find(' ')) {
             furthest = reached;
             nearest = {false, shape.operation, progress.place};

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// shapes.h: the shapes of all lines that may run. A line has one of them or it does not run.
+// shapes.h: the shapes of shell lines. The guard runs only a line with one of them.
 #pragma once
 
 #include <span>
@@ -8,9 +8,9 @@
 
 namespace guard {
 
-/// The lines of one kind: what they are for, and their words with the places of the values.
+/// The shell lines of one operation: its name, and their words with the places of the values.
 ///
-/// A place is a name in braces, with a sign that tells what it may hold (values.h has the
+/// A place is a name in braces, with a sign that says what it may hold (values.h has the
 /// characters):
 ///
 ///   {"share}     between double quotes   no character that a shell reads there
@@ -24,18 +24,18 @@ struct Shape {
     std::string_view words;
 };
 
-/// All shapes, to be read beside the lines in the module's sources.
+/// All shapes.
 [[nodiscard]] std::span<const Shape> shapes();
 
-/// What a line is. Of one without a shape: the operation that it comes nearest to, and the place
-/// where it leaves that operation's shape.
+/// The judgement of a line. Without a shape: the operation with the most similar shape, and the
+/// place where the line differs from it.
 struct Verdict {
     bool isKnown;
     std::string_view operation;
     std::string_view place;
 };
 
-/// Looks at the whole line, up to its last character.
+/// Compares the whole line, up to its last character.
 [[nodiscard]] Verdict judge(std::string_view line);
 
 } // namespace guard

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The C library's name. A program's own definition comes before every library's, so the module's
-// lines arrive here, whether it is linked in or loaded.
+// Defines system(). A program's own definition comes before that of every library, so the module's
+// lines arrive here, whether the module is linked in or loaded.
 #include <cstdlib>
 
 #include "guard/guard.h"

@@ -18,7 +18,7 @@ constexpr std::string_view kClosing = "\" >> /tmp/dbg_vokcontrol.txt";
 constexpr int kCannotOpen = 2 << 8;
 constexpr int kCannotWrite = 1 << 8;
 
-/// The text before a closing; nothing where the line has another.
+/// The text before the end of a trace line; nothing if the line ends in another way.
 std::optional<std::string_view> textBefore(std::string_view line, std::string_view closing)
 {
     if (line.size() < kOpening.size() + closing.size() || !line.ends_with(closing)) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// values.h: what may stand in the places of a shell line where the module puts names and values.
+// values.h: the characters that names and values on a shell line may have.
 #pragma once
 
 #include <algorithm>
@@ -8,13 +8,13 @@
 
 namespace guard {
 
-/// Whether a character means nothing but itself to a shell between double quotes.
+/// Whether a character between double quotes means only itself to a shell.
 [[nodiscard]] constexpr bool isInertInDoubleQuotes(char c)
 {
     return std::string_view("\"$`\\\n").find(c) == std::string_view::npos;
 }
 
-/// The same between single quotes. No value of the module's has more than one line.
+/// The same between single quotes. No value of the module has more than one line.
 [[nodiscard]] constexpr bool isInertInSingleQuotes(char c)
 {
     return c != '\'' && c != '\n';
@@ -31,7 +31,7 @@ namespace guard {
     return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
 }
 
-/// A character that means nothing but itself without quotes, or a blank between two words of them.
+/// A character that means only itself without quotes, or a blank between two words.
 [[nodiscard]] constexpr bool isOfWords(char c)
 {
     const bool isBeyondAscii = static_cast<unsigned char>(c) >= 0x80;
@@ -39,7 +39,7 @@ namespace guard {
            std::string_view(" .,-+@%=:/").find(c) != std::string_view::npos;
 }
 
-/// Whether the collector can measure a share of this name. One that it cannot has to be renamed.
+/// Whether the collector can measure a share of this name. If not, the share must be renamed.
 [[nodiscard]] constexpr bool isMeasurable(std::string_view shareName)
 {
     return std::ranges::all_of(shareName, isInertInDoubleQuotes);

@@ -22,13 +22,13 @@ using sharestatus::kBackupStatusPrefix;
 
 // ---- A report ---------------------------------------------------------------------------------
 
-/// The state digit, the date, and what else a line of date's output may hold before it is cut.
+/// The state digit and a line of date's output, before it is cut to the date.
 using Report = std::array<char, 257>;
 
 constexpr std::size_t kReportSize = 9;
 constexpr std::size_t kReportedDate = 1;
 
-/// A report of a state, without its date.
+/// A report with a state and zeros for the date.
 Report makeReport(std::uint8_t state)
 {
     Report report = {};
@@ -37,7 +37,7 @@ Report makeReport(std::uint8_t state)
     return report;
 }
 
-/// Cuts a report to its size. A date that is too short must not bring its newline in.
+/// Cuts a report to its size, and the newline off a date that is too short.
 void cutReport(Report& report)
 {
     report[kReportSize] = '\0';
@@ -51,8 +51,8 @@ core::CommandLine dateLine()
     return line;
 }
 
-/// Puts today's date into a report, where it can be read.
-/// @return false when date could not be run
+/// Puts today's date into a report, if date's output can be read.
+/// @return false if date could not be run
 bool takeDate(const char* line, Report& report)
 {
     if (core::runShellLine(line).result == -1) {
@@ -61,12 +61,12 @@ bool takeDate(const char* line, Report& report)
     core::File output = core::openFile(kWorkFile, "r");
     if (output) {
         const std::span<char> date = std::span(report).subspan(kReportedDate);
-        // Not core::readLine: without a line the zeros must stay.
+        // Not core::readLine: if there is no line, the zeros must stay.
         [[maybe_unused]] const char* const read =
             std::fgets(date.data(), static_cast<int>(date.size()), output.get());
         output.reset();
         if (std::remove(kWorkFile) == -1) {
-            // The name is another work file's; the message has been kept.
+            // The trace names another file than the one removed; its text is part of the interface.
             dbg_trace("cannot remove file %s: %s", "/tmp/vokcontrol2.tmp", std::strerror(errno));
         }
     }
@@ -76,7 +76,7 @@ bool takeDate(const char* line, Report& report)
 
 // ---- subs -------------------------------------------------------------------------------------
 
-/// Where the request's first line has the state.
+/// The offset of the state in the request's first line.
 constexpr std::size_t kStateOffset = 7;
 
 constexpr int kLongestVariableName = 64;
@@ -93,7 +93,7 @@ Key variableName(const char* name)
     return key;
 }
 
-/// Keeps a report; a failed save is answered twice, first with its code and then like a good one.
+/// Saves a report. A failed save is answered twice: with its code, then with 0.
 Status saveVariable(const char* key, const char* report)
 {
     const int result = setvar(key, report);
@@ -129,8 +129,8 @@ Status keepVariableReport(Channel& channel)
 
 constexpr std::size_t kLongestKey = 64;
 
-/// Takes the name off the request, without its backslashes. It is too long if the request ends in
-/// its middle.
+/// Takes the name from the request, without its backslashes. A name that the end of the request
+/// cuts off counts as too long.
 Status takeKey(Channel& channel, Key& key)
 {
     cmdsvc::RequestReader& request = channel.request();
@@ -194,7 +194,7 @@ Status keepFileReport(Channel& channel)
 
 // ---- gub1 -------------------------------------------------------------------------------------
 
-/// The header's bytes hold two numbers of 16 bits.
+/// In this answer, two numbers of 16 bits replace the header's count.
 constexpr std::size_t kCountOffset = cmdsvc::kCountOffset;
 constexpr std::size_t kCapacityOffset = kCountOffset + 2;
 
@@ -202,7 +202,7 @@ constexpr std::size_t kCapacityOffset = kCountOffset + 2;
 struct Table {
     std::array<char, core::kLineSize> bytes = {};
     std::size_t size = 0; ///< of the published payload
-    bool isFresh = false; ///< whether the daemon has just been run
+    bool isFresh = false; ///< whether this request ran the collection
 
     [[nodiscard]] std::uint16_t count() const
     {
@@ -215,7 +215,7 @@ void traceCount(const Table& table)
     dbg_trace("cmd_gub1(1) -- numberofuser:%d", table.count());
 }
 
-/// Takes the published payload, where there is one.
+/// Takes the published payload, if there is one.
 bool takeStatus(Table& table)
 {
     std::array<char, core::kLineSize> payload;
@@ -224,7 +224,7 @@ bool takeStatus(Table& table)
     return table.size > 0;
 }
 
-/// Leaves a mark for whoever waits for a first status.
+/// Creates the mark file for programs that wait for a first status.
 void markServed()
 {
     const auto one = core::u32Bytes(1);
@@ -273,7 +273,7 @@ void putHeader(Table& table, std::string_view tag, int capacity)
     table.bytes[cmdsvc::kHeaderSize - 1] = '\n';
 }
 
-/// Traces all bytes but the last, a line each.
+/// Traces all bytes except the last, a line each.
 void traceBytes(std::span<const char> bytes)
 {
     dbg_trace("cmd_gub1() %s", " ");

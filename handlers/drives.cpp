@@ -20,7 +20,7 @@ constexpr const char* kWorkFile = "/tmp/vokcontrol2.tmp";
 using Line = std::array<char, 256>;
 
 /// Reads a command's first line of output.
-/// @return false when there is none; the line is then empty
+/// @return false if there is no line; LINE is then empty
 bool readOutput(Line& line)
 {
     line[0] = '\0';
@@ -28,7 +28,7 @@ bool readOutput(Line& line)
     return output && core::readLine(output.get(), line);
 }
 
-/// Runs one of the lines that tell a capacity.
+/// Runs one of the lines that print a capacity.
 bool runProbe(const char* command)
 {
     dbg_trace("GetInternalDiskCap() system: %s", command);
@@ -57,8 +57,8 @@ int askFdisk()
     return capacity;
 }
 
-/// The size of the mirror: mdadm tells it in GiB and, four characters behind that word, in GB.
-/// @param otherwise  what to take where it does not
+/// The size of the mirror: mdadm prints it in GiB and, four characters after that word, in GB.
+/// @param otherwise  the result if mdadm prints no size
 int askMdadm(int otherwise)
 {
     constexpr std::size_t kSkipped = 4;

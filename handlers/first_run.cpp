@@ -22,7 +22,7 @@ const char* codeOf(const char* answer)
     return nullptr;
 }
 
-// All three traces of qlps have the same words.
+// Language, variable and value are traced with the same words.
 void traceLanguage(const char* text)
 {
     dbg_trace("cmd_qlps pel_language= %s", text);

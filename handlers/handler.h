@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// handler.h: what every command handler is written with: the channel, the rows of the protocol, and
-// the status that it returns.
+// handler.h: what every command handler includes: the channel, the rows of the protocol, and the
+// status that a handler returns.
 #pragma once
 
 #include "cmdsvc/channel.h"

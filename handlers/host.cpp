@@ -12,7 +12,7 @@
 namespace handlers {
 namespace {
 
-constexpr std::size_t kUnchangedName = 1; ///< a name of at most this size leaves the old one
+constexpr std::size_t kUnchangedName = 1; ///< a name of at most this size is not set
 
 /// What is to be set.
 struct Settings {
@@ -24,7 +24,7 @@ struct Settings {
 
 // ---- Parameters -------------------------------------------------------------------------------
 
-/// @param label  what the trace calls it
+/// @param label  the parameter's name in the trace
 Status takeText(Channel& channel, const Parameter& parameter, const char* label, core::Text& text)
 {
     ParameterLine line = channel.takeLine(parameter);
@@ -61,10 +61,10 @@ Status takeSettings(Channel& channel, Settings& settings)
 
 // ---- Clock ------------------------------------------------------------------------------------
 
-/// A time or a date as the scripts take it.
+/// A time or a date in the form that the scripts take.
 using ClockText = std::array<char, 16>;
 
-/// Some characters of the time line; fewer where it is shorter.
+/// Some characters of the time line; fewer if it is shorter.
 struct Piece {
     int size;
     const char* text;
@@ -105,7 +105,7 @@ Status setClock(const char* time)
     dbg_trace("cmd_host() system(%s) - iRet: %d -- sys err: %s", line.data(), run.result,
               std::strerror(run.error));
     const int result = setSysVar(dateOf(time).data(), "tovSetSysDate");
-    // The line is still the time's; the trace has always shown it.
+    // The trace shows the line of the time, not of the date; its text is part of the interface.
     dbg_trace("cmd_host() system(%s) - iRet: %d", line.data(), result);
     if (result != 0) {
         dbg_trace("cannot save host or work group name: %d", result);
@@ -154,7 +154,7 @@ Status setStartPage()
     return kGood;
 }
 
-/// Sets one thing after the other, up to the first that fails.
+/// Sets one after the other, up to the first that fails.
 Status apply(const Settings& settings)
 {
     Status status = setClock(settings.time.get());

@@ -30,8 +30,8 @@ Needle makeNeedle(const char* name, bool ignoresCase)
     return needle;
 }
 
-/// @param size  of the list when it was looked at; what it has grown by keeps its case
-/// @return 1 or 0, or -1 when there is nothing to search
+/// @param size  the list's size before it is read; bytes added since then keep their case
+/// @return 1 or 0, or -1 if there is nothing to search
 int searchLine(FILE* list, std::span<char> line, std::size_t size, const char* needle,
                const NameSearch& search)
 {
@@ -52,8 +52,8 @@ int finishSearch(const char* path, int found, const NameSearch& search)
     return found;
 }
 
-/// How much memory a list needs: itself and some more. Where a size_t cannot count that, the most
-/// that it can count, which no memory has.
+/// How much memory a list needs: its size and some more. If that is beyond a size_t, the largest
+/// size_t, which cannot be allocated.
 std::size_t roomFor(std::uint64_t size)
 {
     constexpr std::uint64_t kSpare = 50;
@@ -92,7 +92,7 @@ int searchNameList(const char* path, const char* name, const NameSearch& search)
         dbg_trace("%s() cannot stat file %s: %s", search.operation, path, std::strerror(errno));
         return -1;
     }
-    // A list always holds something; an empty file is none, and nobody can be looked up in it.
+    // A list always holds something; an empty file is no list.
     if (status.st_size == 0) {
         return finishSearch(path, -1, search);
     }

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// name_list.h: the one-line lists of quoted names, such as return ["guest", "anna"]; and how a name
-// is looked up in one.
+// name_list.h: looks a name up in a list, which is one line of quoted names: return ["guest",
+// "anna"];
 #pragma once
 
 namespace handlers {
 
-/// What tells one operation's search from another's: its name, which begins its traces, whether
-/// letters of both cases are the same to it, and the two traces that are worded on their own.
+/// The differences between two operations' searches: the name that begins the traces, whether
+/// letters of both cases count as the same, and two traces with different words.
 struct NameSearch {
     const char* operation;
     bool ignoresCase;
@@ -15,11 +15,11 @@ struct NameSearch {
     void (*traceResult)(int found);
 };
 
-/// Looks a name, with its quotes, up in the first line of a list that has just been made, and
-/// removes the list unless it cannot be opened.
+/// Looks a name, with its quotes, up in the first line of a new list, and removes the list unless
+/// it cannot be opened.
 ///
-/// @param name  with its quotes it is cut at 511 characters
-/// @return 1 or 0; -1 when there is no list, nothing in it, or no memory for it
+/// @param name  cut at 511 characters, its quotes included
+/// @return 1 or 0; -1 if there is no list, nothing in it, or no memory for it
 ///
 /// Traces the list's size, the list with the name, and the result; or what failed.
 int searchNameList(const char* path, const char* name, const NameSearch& search);

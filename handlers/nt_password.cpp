@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "handlers/nt_password.h"
 
-// MD4 is deprecated as a digest, and it is what SMB servers keep. The function is there without any
-// configuration of providers.
+// MD4 is deprecated, but SMB servers keep it. This function needs no configured provider.
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include <openssl/md4.h>
 
@@ -22,7 +21,7 @@ namespace {
 
 using Digest = std::array<unsigned char, MD4_DIGEST_LENGTH>;
 
-/// What a hexadecimal digit stands for, or -1.
+/// The value of a hexadecimal digit, or -1.
 int digitOf(char c)
 {
     const char upper = core::toAsciiUpper(c);
@@ -65,13 +64,13 @@ class Converter {
 
     [[nodiscard]] bool isOpen() const
     {
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): the library's own value for none
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the library's value for "no converter"
         return converter_ != reinterpret_cast<iconv_t>(std::intptr_t{-1});
     }
 
     [[nodiscard]] bool convert(std::string_view text, char* out, std::size_t room)
     {
-        // iconv takes its input as if it wrote there, and does not.
+        // iconv's parameter is not const, but iconv does not write to its input.
         char* in = const_cast<char*>(text.data());
         std::size_t left = text.size();
         return ::iconv(converter_, &in, &left, &out, &room) != static_cast<std::size_t>(-1);

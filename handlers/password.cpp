@@ -18,7 +18,7 @@ struct PasswdCloser {
     void operator()(SmbPasswdHandle* handle) const noexcept { closeSmbPasswd(handle); }
 };
 
-/// Finds a user's account. A line that is no account ends the search like the end of the file.
+/// Finds a user's account. The search ends at a line that is no account.
 bool findAccount(std::string_view user, SmbPasswdEntry& entry)
 {
     SmbPasswdHandle* opened = nullptr;

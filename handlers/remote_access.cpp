@@ -34,7 +34,7 @@ ExitStatus exitStatusOf(int waitStatus)
 
 // ---- The register program ---------------------------------------------------------------------
 
-/// What the register program is given.
+/// The register program's arguments.
 struct Registration {
     ParameterLine user;
     ParameterLine first;
@@ -57,8 +57,8 @@ bool waitFor(pid_t child, int& status)
     return ended == child;
 }
 
-/// Becomes the register program; if that cannot be started, leaves the child without touching what
-/// its parent has open.
+/// Becomes the register program. If that cannot be started, ends the child without flushing or
+/// closing the parent's files.
 [[noreturn]] void becomeRegisterProgram(const Registration& registration, bool isTraced)
 {
     constexpr int kCannotStart = 127;
@@ -71,8 +71,8 @@ bool waitFor(pid_t child, int& status)
 }
 
 /// Runs the register program, without a shell.
-/// @param isTraced  whether it is traced that the program cannot be started or waited for
-/// @return its wait status, or nothing if there can be no process or none to wait for
+/// @param isTraced  whether to trace that the program cannot be started or waited for
+/// @return its wait status, or nothing if it could not be started or waited for
 std::optional<int> runRegisterProgram(const Registration& registration, bool isTraced)
 {
     const pid_t child = ::fork();
@@ -328,7 +328,7 @@ Status switchAccess(Channel& channel)
     case Switch::kOther:
         break;
     }
-    return kGood; // and no answer at all
+    return kGood; // without any answer
 }
 
 } // namespace

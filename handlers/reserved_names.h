@@ -6,8 +6,8 @@
 #pragma GCC visibility push(default)
 extern "C" {
 
-/// Whether a name is free for people to use: the appliance keeps some folders to itself. Letters of
-/// both cases count as the same.
+/// Whether users and shares may have a name: some names belong to the appliance's own folders.
+/// Letters of both cases count as the same.
 ///
 /// @return 1, or 0 for a reserved name
 int isNameAllowed(const char* name);

@@ -31,7 +31,8 @@ bool endsWithNewline(const ParameterLine& line)
     return std::string_view(line.text()).ends_with('\n');
 }
 
-/// Takes the line with the public share's name: the second, if the first is "guest".
+/// Takes the line with the public share's name: the second line if the first is "guest", else the
+/// first.
 Status takePublicShare(Channel& channel, ParameterLine& share)
 {
     share = channel.takeLine(kGuest);
@@ -44,8 +45,8 @@ Status takePublicShare(Channel& channel, ParameterLine& share)
             return kMalformed;
         }
     }
-    // After "guest" this is the line's newline. A name that stands alone loses a character of its
-    // own, as it always has.
+    // After "guest" this drops the line's newline. A name without "guest" before it loses its last
+    // character; clients may rely on that.
     dropLastCharacter(share);
     dbg_trace("cmd_pshr() sharename=%s", share.text());
     return kPublicShare.isTooLong(std::strlen(share.text())) ? kPublicShare.limit.code : kGood;

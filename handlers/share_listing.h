@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// share_listing.h: the share script's listing of all shares, for the commands that read it.
+// share_listing.h: makes and opens the share script's listing of all shares.
 #pragma once
 
 #include <cstdio>
@@ -11,7 +11,7 @@ namespace handlers {
 
 /// Has the share script write its listing into a file.
 ///
-/// @param command  the handler's name, which begins the trace
+/// @param command  the handler's name, the first word of the trace
 /// @return whether the script succeeded
 ///
 /// Runs the share script's tovGetShareList. Traces the line and its result.

@@ -21,7 +21,7 @@ namespace {
 
 using Line = std::array<char, 512>;
 
-/// What a share is, as it travels.
+/// A share's property, as the byte in the answer.
 enum class Property : unsigned char { kPrivate = 1, kPublic = 2, kNone = 3 };
 
 bool contains(const char* line, const char* text)
@@ -37,7 +37,7 @@ bool isShareName(const char* name)
 
 // ---- gsp1 -------------------------------------------------------------------------------------
 
-/// Looks through a listing for the last block that holds a name anywhere.
+/// The property in the last block of a listing that holds a name anywhere.
 Property findProperty(FILE* listing, const char* name)
 {
     Property property = Property::kNone;
@@ -92,7 +92,7 @@ void answerProperty(Channel& channel, Property property)
     const char byte = static_cast<char>(property);
     const std::size_t written =
         channel.writeHeader(1) + channel.write({&byte, 1}) + channel.write("\n");
-    // As a text the header ends at the count's first zero byte.
+    // As a text, the header ends at the first zero byte of the count.
     dbg_trace("cmd_gsp1 fwrite: %s - %d - return %d", header.data(), static_cast<int>(property),
               static_cast<int>(written));
 }
@@ -116,18 +116,18 @@ Status answerListedProperty(Channel& channel)
 
 // ---- gspc -------------------------------------------------------------------------------------
 
-/// What is read of a line of the web hook's list and of the user list, the terminator counted.
+/// The part that is read of a line of the web hook's list or the user list, with its terminator.
 using ShortLine = std::array<char, 255>;
 
-/// Where the web hook's list has a share.
+/// A share's position in the web hook's list.
 struct ListPlace {
     bool isFound = true;
     int standing = 0;
 };
 
-/// A name that the request's first line carries after its length. A length of 10 ends that line;
-/// then the rest of it goes where it has always gone, over the length, so that the name is one byte
-/// off.
+/// A name from the request's first line, where it follows its length. A length of 10 ends that
+/// line; the rest of the line then overwrites the length, so that the name starts one byte too
+/// late.
 using ShareName = std::array<char, 256>;
 
 ShareName takeCountedName(Channel& channel)
@@ -141,8 +141,7 @@ ShareName takeCountedName(Channel& channel)
     return name;
 }
 
-/// Finds a share in the first line of the web hook's list. An empty list counts as one that has
-/// every share.
+/// Finds a share in the first line of the web hook's list. An empty list counts as every share.
 ListPlace findPlace(FILE* list, const char* name)
 {
     ShortLine line;
@@ -157,7 +156,7 @@ ListPlace findPlace(FILE* list, const char* name)
     return {.standing = static_cast<int>(std::ranges::count(before.substr(1), ','))};
 }
 
-/// Reads as many lines of a list; the last one is left.
+/// Reads COUNT lines of a list; LINE then holds the last one.
 bool readLines(FILE* list, ShortLine& line, int count)
 {
     for (; count > 0; --count) {
@@ -174,7 +173,7 @@ void closeWorkFile(Channel& channel)
     core::removeWorkFile(kWorkFile);
 }
 
-/// Asks the web hook for the place of a share.
+/// Asks the web hook for the position of a share.
 /// @return nothing if that fails
 std::optional<ListPlace> askWebHook(Channel& channel, const char* name)
 {
@@ -192,7 +191,7 @@ std::optional<ListPlace> askWebHook(Channel& channel, const char* name)
     return place;
 }
 
-/// Takes the property from the line of the user list that belongs to a place.
+/// Takes the property from the line of the user list for a position.
 /// @return nothing if there is no such line
 std::optional<Property> askUserList(Channel& channel, int standing)
 {

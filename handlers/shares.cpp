@@ -40,7 +40,7 @@ Status answerPublicShare(Channel& channel)
     core::formatBounded(line, "%s\n", getvar(kPublicShareVariable));
     const cmdsvc::HeaderBytes header = channel.header(1);
     const std::size_t written = channel.writeHeader(1) + channel.write(line.data());
-    // As a text the header ends at the count's first zero byte.
+    // As a text, the header ends at the first zero byte of the count.
     dbg_trace("cmd_gps1 fwrite %d: %s", static_cast<int>(written), header.data());
     return kGood;
 }
@@ -55,15 +55,15 @@ Status answerTagAlone(Channel& channel)
 
 // ---- lsts -------------------------------------------------------------------------------------
 
-/// The text behind an opening tag of "<shareproperty>" that is indented by two; empty where the
-/// line is shorter than that.
+/// The text after the tag "<shareproperty>" if it is indented by two; empty if the line is shorter
+/// than that.
 const char* propertyIn(const char* line)
 {
     constexpr std::size_t kTextOffset = 2 + std::string_view("<shareproperty>").size();
     return line + std::min(kTextOffset, std::strlen(line));
 }
 
-/// Answers the name and the property of each share whose property line comes right behind its name
+/// Answers the name and the property of each share whose property line directly follows its name
 /// line.
 void reportShares(FILE* listing)
 {
@@ -90,7 +90,7 @@ void reportShares(FILE* listing)
 Status removeListing(const char* path)
 {
     if (std::remove(path) != 0) {
-        // The file that is named is one of former times; the message has been kept.
+        // The trace names another file than the one removed; its text is part of the interface.
         dbg_trace("cannot remove file %s: %s", "/etc/pelconfig/vokcontrol/lsts_data_file1",
                   std::strerror(errno));
         return kCannotRemove;
@@ -107,7 +107,7 @@ Status closeListing(Channel& channel, const char* path)
     return removeListing(path);
 }
 
-/// Leaves the listing in a file, and the list of the internal shares in the work file.
+/// Writes the listing to a file, and the list of the internal shares to the work file.
 /// @param count  takes the number of internal shares
 Status fetchShares(const char* path, int& count)
 {
@@ -122,7 +122,7 @@ Status fetchShares(const char* path, int& count)
     return kGood;
 }
 
-/// An error is answered after what has been written by then.
+/// An error is written after the lines that are answered already.
 Status answerShares(Channel& channel, const char* path, int count)
 {
     channel.writeHeader(static_cast<std::uint32_t>(count));

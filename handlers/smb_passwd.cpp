@@ -22,11 +22,11 @@ struct SmbPasswdHandle {
 namespace handlers {
 namespace {
 
-// Each of these takes a field and its colon off the front of what is left of a line, and tells
-// whether it was there and in order.
+// Each of these takes a field and its colon from the start of the rest of a line, and returns
+// whether the field is there and valid.
 
-/// Copies as much of a field as there is room for; zeros fill the rest.
-/// @param room  at most out.size(), the terminator not counted where there is to be one
+/// Copies a field, cut to the room; zeros fill the rest.
+/// @param room  at most out.size(), or one less for a text with a terminator
 bool takeText(std::string_view& line, std::span<char> out, std::size_t room)
 {
     const std::size_t colon = line.find(':');
@@ -48,7 +48,7 @@ bool takeColon(std::string_view& line)
     return true;
 }
 
-/// What each character counts as a digit.
+/// The value of each character as a digit.
 constexpr std::uint8_t kNoDigit = 0xFF;
 constexpr std::array<std::uint8_t, 256> kDigits = [] {
     std::array<std::uint8_t, 256> digits{};
@@ -60,7 +60,7 @@ constexpr std::array<std::uint8_t, 256> kDigits = [] {
     return digits;
 }();
 
-/// The number of the digits that a line begins with; the greatest one for all beyond it.
+/// Takes the number that a line begins with; GREATEST if it is larger.
 template <int kBase> std::int64_t takeDigits(std::string_view& line, std::int64_t greatest)
 {
     std::int64_t number = 0;
@@ -92,7 +92,7 @@ bool takeId(std::string_view& line, std::int32_t& id)
     return takeColon(line);
 }
 
-/// What each character means among the flags.
+/// The flag of each character.
 constexpr std::uint8_t kNoFlag = 0x80;
 constexpr std::array<std::uint8_t, 256> kFlagBits = [] {
     std::array<std::uint8_t, 256> bits{};
@@ -138,7 +138,7 @@ bool readAccount(std::string_view line, SmbPasswdEntry& entry)
 {
     return takeText(line, entry.name, sizeof entry.name - 1) && takeId(line, entry.uid) &&
            takeText(line, entry.lmHash, sizeof entry.lmHash - 1) &&
-           // A longer one has no terminator, by which the check knows it.
+           // A longer hash has no terminator; the password check refuses it for that.
            takeText(line, entry.ntHash, sizeof entry.ntHash) && takeFlags(line, entry.flags) &&
            takeLastChange(line, entry.lastChange);
 }
@@ -173,7 +173,7 @@ int readSmbPasswdEntry(SmbPasswdHandle* handle, SmbPasswdEntry* entry)
     } while (handle->line[0] == '#');
 
     std::string_view line = handle->line.data();
-    // The newline, or the last character of a line without one, which is not looked at.
+    // Drops the newline, or the last character of a line without one.
     line = line.substr(0, line.empty() ? 0 : line.size() - 1);
     if (!handlers::readAccount(line, *entry)) {
         errno = EINVAL;

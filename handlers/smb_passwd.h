@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// smb_passwd.h: the SMB password file, an account a line:
+// smb_passwd.h: the SMB password file, one account per line:
 //
 //   name:id:LM hash:NT hash:[flags]:LCT-last change:
 //
 // Both hashes are 32 hexadecimal digits. The id is decimal, with or without a sign; the last change
-// is hexadecimal, in seconds since the epoch, and may be missing. What follows the sixth colon is
-// passed over. Lines that begin with "#" are comments, of which 1023 bytes count; the rest of a
+// is hexadecimal, in seconds since the epoch, and may be missing. Text after the sixth colon is
+// ignored. Lines that begin with "#" are comments. A line has at most 1023 bytes; the rest of a
 // longer one is a line of its own.
 #pragma once
 
@@ -28,14 +28,14 @@ enum SmbPasswdFlags : std::uint8_t {
 };
 
 /// An account. Fields are cut to their sizes. An NT hash of more than 32 characters fills its field
-/// to the last byte, without a terminator, and verifies no password.
+/// without a terminator, and matches no password.
 struct SmbPasswdEntry {
     char name[256];   ///< terminated
-    std::int32_t uid; ///< an id beyond its range counts as the next one within
+    std::int32_t uid; ///< an id outside the range becomes the nearest one in it
     char lmHash[33];  ///< terminated
     char ntHash[33];
     std::uint8_t flags;
-    std::uint32_t lastChange; ///< 0xFFFFFFFF for a later time than that
+    std::uint32_t lastChange; ///< 0xFFFFFFFF for any later time
 };
 
 /// Opens a password file.
@@ -47,7 +47,7 @@ int openSmbPasswd(SmbPasswdHandle** out, const char* path);
 /// Reads the next account.
 ///
 /// @return 0; -1 at the end of the file; -1 with errno EINVAL for a line that is no account; the
-///         entry is then not meaningful
+///         entry is not meaningful after a -1
 int readSmbPasswdEntry(SmbPasswdHandle* handle, SmbPasswdEntry* entry);
 
 /// Goes back to the first account.

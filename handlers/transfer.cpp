@@ -27,7 +27,7 @@ bool exists(const char* path)
     return ::stat(path, &status) == 0;
 }
 
-/// A file's size, traced; or without the file, that there is none.
+/// A file's size. Traces it, or that there is no file.
 std::optional<std::int64_t> traceSize(const char* path)
 {
     struct stat status = {};
@@ -51,7 +51,7 @@ Status openTraced(Channel& channel, const char* path, Status otherwise, FILE*& f
     return kGood;
 }
 
-/// Closes the current file; traces when that fails.
+/// Closes the slot's file; traces a failure.
 bool closeTraced(Channel& channel, const char* path)
 {
     if (channel.closeFile()) {
@@ -63,7 +63,7 @@ bool closeTraced(Channel& channel, const char* path)
 
 // ---- vers -------------------------------------------------------------------------------------
 
-/// The build as one line. The longest answer has 4096 bytes, header and newline included.
+/// The build file as one line. The longest answer has 4096 bytes, header and newline included.
 struct BuildLine {
     std::array<char, core::kLineSize - cmdsvc::kHeaderSize> bytes = {};
     std::size_t size = 0;
@@ -83,7 +83,7 @@ Status openBuild(Channel& channel, FILE*& file)
     return openTraced(channel, kBuildFile, kCannotOpenBuild, file);
 }
 
-/// Reads the build file as one line, as far as there is room for it and a newline.
+/// Reads the build file as one line, cut so that a newline still fits.
 void readBuild(FILE* file, BuildLine& line)
 {
     while (true) {
@@ -120,10 +120,10 @@ Status answerBuild(Channel& channel)
 
 // ---- gpvt -------------------------------------------------------------------------------------
 
-/// What is read or sent of the private file at a time.
+/// A piece of the private file.
 using Chunk = std::array<char, core::kLineSize>;
 
-/// Sends the next bytes of the private file, zeros for those that it does not give.
+/// Sends the next bytes of the private file, zeros for bytes that cannot be read.
 void sendChunk(Channel& channel, FILE* file, std::size_t size)
 {
     Chunk chunk = {};
@@ -174,7 +174,7 @@ void runMove(const char* from, const char* to)
     core::runShellLine(line.data());
 }
 
-/// Moves the former file out of the new one's way. Where mv fails, the new one is written over it.
+/// Moves the former file away. If mv fails, the new file is written over it.
 void keepFormer()
 {
     if (exists(kPrivateFile)) {
@@ -209,8 +209,8 @@ Status writeContent(FILE* file, std::string_view content)
     return kGood;
 }
 
-/// Copies the file's bytes from the request into the new file, in pieces of a buffer's size. The
-/// request is one buffer, so that a second piece is never whole.
+/// Copies the file's bytes from the request into the new file, in pieces of a buffer's size. A
+/// request has one buffer's size, so a second piece is never complete.
 Status receiveFile(Channel& channel, FILE* file, std::int32_t size)
 {
     constexpr auto kPiece = static_cast<std::int32_t>(VOK_REQUEST_SIZE);
@@ -240,7 +240,7 @@ Status checkEndMark(Channel& channel)
     return kGood;
 }
 
-/// Makes the new file, its end mark seen.
+/// Writes the new file, and checks the newline after its bytes.
 Status makeFile(Channel& channel, std::int32_t size)
 {
     FILE* file = channel.openFile(kPrivateFile, "w+b");

@@ -24,7 +24,7 @@ using Line = std::array<char, 512>;
 
 // ---- The list ---------------------------------------------------------------------------------
 
-/// Runs a shell line of which only the output matters.
+/// Runs a shell line; only a failure to start it counts.
 bool runForOutput(const char* command)
 {
     const core::ShellRun run = core::runShellLine(command);
@@ -35,7 +35,7 @@ bool runForOutput(const char* command)
     return true;
 }
 
-/// Has the user script write into one file, and its lines with user names into another.
+/// Has the user script write to one file, and copies its lines with user names to another.
 bool fetchUsers(const char* answer, const char* names)
 {
     core::CommandLine command;
@@ -47,7 +47,7 @@ bool fetchUsers(const char* answer, const char* names)
     return runForOutput(command.data());
 }
 
-/// The name in a line: behind the first "name>", up to the next "</".
+/// The name in a line: after the first "name>", up to the next "</".
 std::optional<std::string_view> nameIn(std::string_view line)
 {
     constexpr std::string_view kOpen = "name>";
@@ -101,7 +101,7 @@ struct Token {
 };
 
 /// Reads the list character by character up to the end of the next quoted text. Text outside quotes
-/// is passed over; of one that is too long for the token, the rest is.
+/// is skipped, and so is the end of a quoted text that is too long for the token.
 /// @return false at the end of the list; a byte 0xFF counts as its end, too
 bool nextToken(FILE* list, Token& token)
 {
@@ -171,7 +171,7 @@ Status closeList(Channel& channel)
     return kCannotClose;
 }
 
-/// Whether there is a list to read.
+/// Checks that there is a list, and that it is not empty.
 Status checkList()
 {
     struct stat status = {};
@@ -183,7 +183,7 @@ Status checkList()
     return (status.st_size == 0) ? kUserListEmpty : kGood;
 }
 
-/// First pass: the number of users goes ahead of their names.
+/// First pass: the number of users is answered before their names.
 Status answerCount(Channel& channel)
 {
     FILE* list = openList(channel);
@@ -198,7 +198,7 @@ Status answerCount(Channel& channel)
     return status;
 }
 
-/// Second pass. An error is answered after what has been written by then.
+/// Second pass. An error is written after the names that are answered already.
 Status answerNames(Channel& channel)
 {
     FILE* list = openList(channel);
@@ -251,7 +251,7 @@ int getUsersList(const char* path)
         return -1;
     }
     writeFragment(lines.get(), fragment.get());
-    // A list that is cut short would deny people who have an account.
+    // A list that is cut short would lack existing users.
     const bool isWritten = std::ferror(fragment.get()) == 0;
     if (std::fclose(fragment.release()) != 0 || !isWritten) {
         return -1;

@@ -20,10 +20,10 @@ constexpr std::size_t kRecords = 4;
 
 using Field = decltype(DriveInfo::vendor);
 
-// What a format's %.*s takes for a field that may lack its terminator.
+// The precision of a format's %.*s for a field that may lack its terminator.
 constexpr int kFieldSize = sizeof(Field);
 
-/// A value that is copied as it is, and what is said of it.
+/// A value that is copied unchanged, and its message.
 struct TextValue {
     const char* tag;
     Field DriveInfo::*field;
@@ -40,7 +40,7 @@ bool isEmpty(const Field& field)
     return field[0] == '\0';
 }
 
-/// Puts a value into a field. Behind it the field stays as it is.
+/// Copies a value into a field. The bytes of the field after the value are not changed.
 void copyValue(std::string_view value, Field& field)
 {
     std::ranges::copy(value, std::begin(field));
@@ -53,7 +53,7 @@ class ReportReader {
 
     void read(FILE* report);
 
-    /// 0, or -1 when there were more devices than records.
+    /// 0, or -1 if there were more devices than records.
     [[nodiscard]] int result() const { return result_; }
 
   private:
@@ -62,7 +62,7 @@ class ReportReader {
     void openInternalDisk();
     void openUsbDevice(bool isPrinter);
 
-    // Each acts on a line with its tag, and tells whether this was one.
+    // Each handles a line with its tag, and returns whether the line has the tag.
     bool readIndex(const ReportLine& line);
     bool readText(const ReportLine& line, const TextValue& value);
     bool readModelInfo(const ReportLine& line);
@@ -149,7 +149,7 @@ bool ReportReader::closeBlock(const ReportLine& line)
 
 void ReportReader::readValue(const ReportLine& line)
 {
-    // The first tag that a line has counts.
+    // If a line has several tags, the first of these counts.
     [[maybe_unused]] const bool isValue = readIndex(line) || readText(line, kVendor) ||
                                           readText(line, kMaker) || readText(line, kModel) ||
                                           readModelInfo(line) || readCapacity(line) ||
@@ -195,7 +195,7 @@ bool ReportReader::readModelInfo(const ReportLine& line)
     return true;
 }
 
-/// Keeps two digits behind the point.
+/// Keeps two digits after the point.
 bool ReportReader::readCapacity(const ReportLine& line)
 {
     constexpr const char* kTag = "<modelCap>";
@@ -214,7 +214,7 @@ bool ReportReader::readCapacity(const ReportLine& line)
     return true;
 }
 
-/// The first record with the printer's serial number, where the printer has told it.
+/// The first record with the printer's serial number, if the report has that number.
 DriveInfo* ReportReader::findPrinter()
 {
     if (isEmpty(record().modelInfo) || isEmpty(printerSerial_)) {
@@ -253,7 +253,7 @@ void ReportReader::namePrinter(std::string_view name)
     }
 }
 
-/// @return 0, or -1 when there were more devices than records
+/// @return 0, or -1 if there were more devices than records
 int readReport(const char* path, std::span<DriveInfo, kRecords> records)
 {
     const core::File report = core::openFile(path, "r");
@@ -283,7 +283,7 @@ int getDriveInfos(DriveInfo records[4])
         return -1;
     }
     const int result = readReport(path.data(), std::span<DriveInfo, kRecords>(records, kRecords));
-    // Too many devices are only told of; the records are good.
+    // Too many devices are only a message; the records are good.
     core::printComment("getDriveInfos() iRet = %d ", result);
     removeFile(path.data());
     return 0;

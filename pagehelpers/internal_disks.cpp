@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The internal disks, by name, by index and by number.
+// The names, the indices and the number of the internal disks.
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -15,13 +15,13 @@
 namespace pagehelpers {
 namespace {
 
-// Both questions use one work file.
+// Names and indices use one work file.
 constexpr const char* kWorkFile = "getInternalHDDDev";
 
-/// The names, one behind the other.
+/// The names, without separators.
 std::array<char, core::kValueSize> names;
 
-/// The text between the last ">" before a closing tag and that tag; nothing where there is no ">".
+/// The text between the last ">" before a closing tag and that tag; empty if there is no ">".
 std::string_view nameIn(const ReportLine& line, std::string_view closingTag)
 {
     const std::string_view text = line.data();
@@ -108,7 +108,7 @@ int readDriveCount(const char* path)
 }
 
 /// Asks for the number of drives.
-/// @param result  what system() gave back
+/// @param result  what system() returned
 int askDriveCount(int& result)
 {
     const core::WorkFileName path = core::workFileName("printTovHDDs");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Which step a form of several steps is at.
+// The current step of a form of several steps.
 #include <array>
 #include <cstdio>
 
@@ -13,7 +13,7 @@ using FieldText = std::array<char, 256>;
 
 bool readField(FieldText& text)
 {
-    // Only a page engine has form fields.
+    // Only a page engine defines the function.
     return cgiFormStringNoNewlines != nullptr &&
            cgiFormStringNoNewlines("next_page", text.data(), static_cast<int>(text.size())) == 0;
 }

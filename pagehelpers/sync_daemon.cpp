@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Runs a line and tells of it.
+/// Runs a line, and prints it with its result.
 core::ShellRun runTold(std::uint32_t on, const char* line)
 {
     const core::ShellRun run = core::runShellLine(line);
@@ -19,7 +19,7 @@ core::ShellRun runTold(std::uint32_t on, const char* line)
     return run;
 }
 
-/// Whether the daemon is the first process that a search finds.
+/// Whether the remote-sync daemon is the first process that a search finds.
 bool isRunning(std::uint32_t on)
 {
     const core::WorkFileName path = core::workFileName("tideWaveFunc");

@@ -9,6 +9,7 @@
 #include "cmdsvc/commands.h"
 #include "cmdsvc/request_reader.h"
 #include "core/bytes.h"
+#include "service/new_name.h"
 #include "service/shell_text.h"
 
 namespace service {
@@ -49,14 +50,56 @@ std::string_view take(RequestReader& reader, const Parameter& parameter)
 // A check of the gate's own looks at the parameters as a whole, after one of them has been found
 // harmless. With another count no handler sees them, and the dispatcher answers.
 
-using Check = bool (*)(std::string_view parameters);
+/// @return kGood, or the code that refuses the request
+using Check = Status (*)(std::string_view parameters);
+
+/// A parameter's line; the first has the number 0.
+std::string_view lineOf(std::string_view parameters, int number)
+{
+    for (; number > 0; --number) {
+        const std::size_t end = parameters.find('\n');
+        parameters = (end == std::string_view::npos) ? "" : parameters.substr(end + 1);
+    }
+    return cmdsvc::textOf(parameters.substr(0, parameters.find('\n')));
+}
+
+/// The command's answer to a new name. A name that is there already is not judged, so that its
+/// owner can still get rid of it.
+Status answerTo(NewName verdict, Status reserved)
+{
+    switch (verdict) {
+    case NewName::kMisread:
+        return cmdsvc::kMalformed;
+    case NewName::kReserved:
+        return reserved;
+    case NewName::kGood:
+        break;
+    }
+    return cmdsvc::kGood;
+}
 
 /// The handler traces each byte of the name with a shell line of its own before it looks at its
 /// size.
-bool isOfUserNameSize(std::string_view parameters)
+Status checkUser(std::string_view parameters)
 {
-    const std::string_view name = cmdsvc::textOf(parameters.substr(0, parameters.find('\n')));
-    return !cmdsvc::parameter("crat", "user").isTooLong(name.size());
+    const std::string_view name = lineOf(parameters, 0);
+    return cmdsvc::parameter("crat", "user").isTooLong(name.size())
+               ? cmdsvc::kUserNameTooLong
+               : answerTo(judgeNewUser(name), cmdsvc::kUserNameTaken);
+}
+
+/// The share's name follows a line "guest". One that stands alone loses its last character.
+Status checkPublicShare(std::string_view parameters)
+{
+    const std::string_view first = lineOf(parameters, 0);
+    const std::string_view alone = first.substr(0, std::max<std::size_t>(first.size(), 1) - 1);
+    const std::string_view name = (first == "guest") ? lineOf(parameters, 1) : alone;
+    return answerTo(judgeNewShare(name), cmdsvc::kShareNameTaken);
+}
+
+Status checkPrivateShare(std::string_view parameters)
+{
+    return answerTo(judgeNewShare(lineOf(parameters, 1)), cmdsvc::kShareNameTaken);
 }
 
 /// Where an upload's content starts; its size stands before it.
@@ -73,45 +116,58 @@ std::int32_t sizeOfUpload(std::string_view upload)
 
 // If there was no private file before, the handler leaves what came of one that is not whole.
 
-bool hasItsContent(std::string_view upload)
+Status checkContent(std::string_view upload)
 {
     const std::int32_t size = sizeOfUpload(upload);
-    return size == 0 ||
-           (size > 0 && static_cast<std::size_t>(size) <= upload.size() - kContentStart);
+    const bool isThere =
+        size == 0 || (size > 0 && static_cast<std::size_t>(size) <= upload.size() - kContentStart);
+    return isThere ? cmdsvc::kGood : cmdsvc::kTooLittleSent;
 }
 
-bool hasItsEndMark(std::string_view upload)
+Status checkEndMark(std::string_view upload)
 {
     const auto size = static_cast<std::size_t>(sizeOfUpload(upload));
-    return size == 0 || upload.substr(kContentStart + size).starts_with('\n');
+    const bool isThere = size == 0 || upload.substr(kContentStart + size).starts_with('\n');
+    return isThere ? cmdsvc::kGood : cmdsvc::kNoEndMark;
 }
 
 struct LateCheck {
     std::string_view command;
     std::string_view after; ///< the parameter after which it is made
     std::string_view name;  ///< what the log calls it
-    Check passes;
-    Status code; ///< of the answer, if it does not pass
+    Check check;
 };
 
 constexpr auto kLateChecks = std::to_array<LateCheck>({
-    {"crat", "user", "user", isOfUserNameSize, cmdsvc::kUserNameTooLong},
-    {"spvt", "content", "content", hasItsContent, cmdsvc::kTooLittleSent},
-    {"spvt", "content", "end mark", hasItsEndMark, cmdsvc::kNoEndMark},
+    {"crat", "user", "user", checkUser},
+    {"pshr", "share", "share", checkPublicShare},
+    {"shar", "share", "share", checkPrivateShare},
+    {"spvt", "content", "content", checkContent},
+    {"spvt", "content", "end mark", checkEndMark},
 });
 
-const LateCheck* findFailedCheck(const RequestReader& reader, const Command& command,
-                                 const Parameter& parameter)
+/// A late check that a request has failed, and the code of its answer.
+struct Failed {
+    std::string_view name;
+    Status code;
+};
+
+std::optional<Failed> findFailedCheck(const RequestReader& reader, const Command& command,
+                                      const Parameter& parameter)
 {
     const char count = reader.firstLine()[cmdsvc::kCountOffset];
     if (!command.count.accepts(core::byteOf(count))) {
-        return nullptr;
+        return std::nullopt;
     }
-    const auto* found = std::ranges::find_if(kLateChecks, [&](const LateCheck& check) {
-        return check.command == command.code && check.after == parameter.name &&
-               !check.passes(reader.parameters());
-    });
-    return (found != kLateChecks.end()) ? found : nullptr;
+    for (const LateCheck& each : kLateChecks) {
+        if (each.command == command.code && each.after == parameter.name) {
+            const Status code = each.check(reader.parameters());
+            if (code != cmdsvc::kGood) {
+                return Failed{each.name, code};
+            }
+        }
+    }
+    return std::nullopt;
 }
 
 // ---- Answers to malformed parameters ----------------------------------------------------------
@@ -153,7 +209,7 @@ std::optional<Refusal> examine(std::string_view request)
         if (!isHarmless(take(reader, parameter), parameter.context)) {
             return Refusal{parameter.name, answerOf(*command, command->refusals.malformed)};
         }
-        if (const LateCheck* failed = findFailedCheck(reader, *command, parameter)) {
+        if (const std::optional<Failed> failed = findFailedCheck(reader, *command, parameter)) {
             return Refusal{failed->name, answerOf(*command, failed->code)};
         }
     }

@@ -9,8 +9,10 @@
 #include "config/configuration.h"
 #include "guard/guard.h"
 #include "service/child.h"
+#include "service/kept_files.h"
 #include "service/listener.h"
 #include "service/log.h"
+#include "service/own_tmp.h"
 #include "service/peer.h"
 #include "service/server.h"
 #include "service/service_lock.h"
@@ -27,6 +29,7 @@ struct Options {
     config::Configuration settings;
     service::GroupName members;
     service::GroupName viewers;
+    bool isTmpShared = false;
 };
 
 /// A thousand clients at once are a thousand descriptors.
@@ -52,6 +55,12 @@ int serve(const Options& options)
     const service::Admission admission(options.members, options.viewers);
     // It is released last, when the socket is gone.
     const service::ServiceLock lock;
+    if (!options.isTmpShared) {
+        service::useOwnTmp(settings.socket);
+    }
+    service::protectVariableLock();
+    // A service that was killed may have left the password of a new user there.
+    service::emptyTraces();
     service::Listener listener(context, settings.socket, admission.group(), admission.socketMode());
     service::Server server(context, listener, stop, admission,
                            {.send = std::chrono::seconds(settings.deadline),
@@ -99,6 +108,8 @@ void addOptions(CLI::App& program, Options& options)
     program.add_option("--path", settings.path, "Where requests find the appliance's programs")
         ->type_name("FOLDERS")
         ->capture_default_str();
+    program.add_flag("--shared-tmp", options.isTmpShared,
+                     "Use everybody's /tmp for work files, instead of /run/vokcontrol/tmp");
 }
 
 /// What the command line says wins over the file, which it may name: so it is read, too, after the
@@ -127,9 +138,9 @@ int main(int argc, char** argv)
     program.footer("Options win over the configuration file, vokcontrol.conf(5).\n\n"
                    "A client sends one request frame, shuts its sending side down and reads the\n"
                    "answer up to its end. SIGTERM finishes the request in hand, tells the clients\n"
-                   "that wait, and ends the service with 0. Ends with 1 when it cannot listen, 2 "
-                   "on wrong usage\n"
-                   "or a configuration that it does not understand, 3 if another service runs.");
+                   "that wait, and ends the service with 0. Ends with 1 when it cannot listen or\n"
+                   "have a /tmp of its own, 2 on wrong usage or a configuration that it does not\n"
+                   "understand, 3 if another service runs.");
     try {
         readSettings(program, argc, argv, options);
         return serve(options);

@@ -17,12 +17,14 @@
 #include <optional>
 #include <poll.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <tuple>
 
 #include "cmdsvc/commands.h"
 #include "cmdsvc/protocol.h"
 #include "cmdsvc/request_reader.h"
 #include "service/gate.h"
+#include "service/kept_files.h"
 #include "service/log.h"
 
 namespace service {
@@ -349,15 +351,19 @@ asio::awaitable<Outcome> Server::runInChild(const std::string& request, int numb
         dispatch(request, number);
     };
     Child child(task, number, path_);
-    co_return co_await child.finish(limits_.request);
+    Outcome outcome = co_await child.finish(limits_.request);
+    emptyTracesAfter(request);
+    co_return outcome;
 }
 
 /// The same for an upload that was noted. Unless it ends by itself, what it leaves is repaired.
 asio::awaitable<Outcome> Server::runUpload(const std::string& request, int number)
 {
+    constexpr mode_t kPrivately = 077;
     const auto task = [&] {
         Upload::claim(Child::kKept);
         usage_.count(request);
+        ::umask(kPrivately);
         dispatch(request, number);
     };
     Child child(task, number, path_, upload_.descriptor());
@@ -368,6 +374,8 @@ asio::awaitable<Outcome> Server::runUpload(const std::string& request, int numbe
     } else {
         static_cast<void>(upload_.repair());
     }
+    // Where mv has failed, the module writes into the former file, which keeps its mode.
+    closePrivateFile();
     co_return outcome;
 }
 

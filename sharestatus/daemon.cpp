@@ -31,7 +31,7 @@ void collectAndPublish()
 
 int runStatusDaemon(int argumentCount)
 {
-    // A collection is wanted even where the priority cannot be raised or the process cannot detach.
+    // The collection runs even if the priority cannot be changed or the process cannot detach.
     [[maybe_unused]] const int priority = ::nice(kPriorityRaise);
     if (argumentCount == kBootArgumentCount) {
         if (hasStatusFile()) {

@@ -3,8 +3,8 @@
 
 namespace sharestatus {
 
-/// One collection from claim to release: measures every internal share and publishes the result.
-/// Does nothing while another collection runs.
+/// Does one collection: claims the semaphore, measures every internal share, publishes the result,
+/// and releases the semaphore. Does nothing while another collection runs.
 void collectAndPublish();
 
 } // namespace sharestatus

@@ -3,35 +3,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 
-#include "core/bytes.h"
+#include "sharestatus/fragment_format.h"
 #include "sharestatus/status_format.h"
 
 namespace sharestatus {
-namespace {
-
-bool isSeparator(char c)
-{
-    return c == ',' || c == '"' || c == ']';
-}
-
-/// Whether the character at a place can start a name. U+0080 to U+00BF (lead byte 0xC2) are signs
-/// and blanks, not letters, so they are passed over.
-bool startsName(const char* at)
-{
-    const std::uint8_t first = core::byteOf(at[0]);
-    if (core::isAsciiAlphanumeric(first) || first == '_') {
-        return true;
-    }
-    if (first < 0xC3 || first > 0xDF) {
-        return false;
-    }
-    const std::uint8_t second = core::byteOf(at[1]);
-    return second >= 0x80 && second <= 0xBF;
-}
-
-} // namespace
 
 FragmentWalk::FragmentWalk(char* line) : line_(line), end_(std::strlen(line)), cursor_(end_)
 {
@@ -48,7 +24,7 @@ const char* FragmentWalk::next()
     while (cursor_ < end_) {
         const char* at = line_ + cursor_;
         ++cursor_;
-        if (startsName(at)) {
+        if (startsName(at[0], at[1])) {
             const std::size_t copied = std::min(std::strlen(at), kMaxNameSize);
             cursor_ += copied + 1;
             return at;

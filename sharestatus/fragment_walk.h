@@ -5,18 +5,18 @@
 
 namespace sharestatus {
 
-/// The names in a share list fragment, in the collector's way of walking it.
+/// Reads the names in a share list fragment, as the collector has always read them.
 ///
-/// Separators (comma, quote, closing bracket) become NULs, and the walk starts behind the opening
-/// bracket. Text that cannot start a name is passed over; what starts a name is one up to the next
-/// NUL. Behind a name the walk goes on two characters past its first 64 bytes: it swallows the
-/// separator and one more, and of a longer name it sees the rest again.
+/// Separators (comma, quote, closing bracket) become NULs, and the walk starts after the opening
+/// bracket. Characters that cannot start a name are skipped; a name runs from one that can to the
+/// next NUL. After a name of at most 64 bytes the walk skips two characters, the separator and the
+/// next. Of a longer name it skips 64 bytes and two more, and reads the rest as names again.
 class FragmentWalk {
   public:
-    /// @param line  NUL-terminated text, changed in place; without a "[" it holds no names
+    /// @param line  NUL-terminated text, changed in place; it holds no names if it has no "["
     explicit FragmentWalk(char* line);
 
-    /// @return the next name, NUL-terminated and whole, or null when there is none left
+    /// @return the next name, NUL-terminated and whole, or null after the last one
     const char* next();
 
   private:

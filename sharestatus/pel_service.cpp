@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The "pelstatus" service, a program of its own: whether it runs, and its start.
+// startPelStatus: whether the collector runs under its name "pelstatus", and its start.
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Whether a process listing shows the service. The search itself shows up in it, too.
+/// Whether a process listing shows the collector. The listing also shows the search itself.
 bool listsService(FILE* listing)
 {
     std::array<char, 512> line;
@@ -23,7 +23,7 @@ bool listsService(FILE* listing)
     return false;
 }
 
-/// Whether the listing in a work file shows the service; one that cannot be read shows nothing.
+/// Whether the listing in a work file shows the collector; false if the file cannot be read.
 bool isServiceListed(const char* path)
 {
     const core::File listing = core::openFile(path, "r");

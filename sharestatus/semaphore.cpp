@@ -54,7 +54,7 @@ bool claimSemaphore()
 
 void releaseSemaphore()
 {
-    // Only an existing mark is released: where none could be made, none is left behind.
+    // "r+" does not create the file: if the mark could not be made, releasing it makes none.
     const core::File file = core::openFile(kSemaphoreFile, "r+");
     if (file) {
         writeSemaphore(file.get(), {.busy = 0, .reserved = 0, .time = now()});

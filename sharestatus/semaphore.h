@@ -3,11 +3,11 @@
 
 namespace sharestatus {
 
-/// Marks a collection as running, unless another one is. The mark is advisory: looking and setting
-/// are two steps, so two starts within one moment may both go on. Where the mark can neither be
-/// opened nor created, the collection goes on without one.
+/// Marks a collection as running, unless another one runs. The mark is advisory: it is read and
+/// written in two steps, so two collections that start at the same moment may both run. If the mark
+/// can neither be opened nor created, the collection runs without one.
 ///
-/// @return false when a collection runs already and this one must not
+/// @return false if another collection runs and this one must not
 [[nodiscard]] bool claimSemaphore();
 
 /// Marks the collection as ended.

@@ -19,8 +19,8 @@ static_assert(kTimeOffset + kTimeSize == kSemaphoreSize);
 
 bool Semaphore::isBusyAt(std::uint32_t now) const
 {
-    // The difference is taken modulo 2^32 and then read as signed, so that it holds across the end
-    // of the clock's range.
+    // The difference is taken modulo 2^32 and then read as signed, so that it is right even if the
+    // clock's range ends between the two times.
     return busy != 0 && static_cast<std::int32_t>(now - time) < kBusySeconds;
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The list of internal shares, as the appliance's share script tells it.
+// The list of internal shares, from the listing of the share script.
 #include "sharestatus/sharestatus.h"
 
 #include <array>
@@ -34,7 +34,7 @@ bool fetchListing(const char* listing)
     return true;
 }
 
-/// Takes the name out of a line that holds a name element; an empty element changes nothing.
+/// Copies the name from a line that holds a name element; an empty element changes nothing.
 void takeName(char* line, std::span<char> name)
 {
     if (std::strstr(line, kEmptyName.data()) != nullptr) {

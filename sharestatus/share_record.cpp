@@ -21,7 +21,7 @@ namespace {
 
 constexpr int kFailure = -1;
 
-// A name is at most one line long, so any name fits behind the text around it.
+// Room for the text around a name, and for the longest name, which is one line.
 constexpr std::size_t kNamedLineSize = core::kLineSize + 64;
 
 void storeUsage(std::span<char, kDateOffset> out, std::int64_t kibibytes)
@@ -34,7 +34,7 @@ void storeUsage(std::span<char, kDateOffset> out, std::int64_t kibibytes)
     }
 }
 
-/// Reads what du printed, into the record's first three bytes.
+/// Reads the output of du into the record's first three bytes.
 bool readUsage(FILE* output, char* record)
 {
     std::array<char, 256> line;
@@ -97,7 +97,7 @@ void GetUserBkStatus(void* record, const char* name)
     std::array<char, 256> line;
     core::readLine(file.get(), line);
     dbg_trace("GetUserBkStatus %s ", line.data());
-    // The state comes first in the file and last in the record.
+    // The file has the state first; the record has it last.
     const std::string_view text = line.data();
     if (text.size() > sharestatus::kDateSize) {
         char* out = static_cast<char*>(record);

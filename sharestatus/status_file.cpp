@@ -36,7 +36,7 @@ bool hasStatusFile()
 
 void publishStatus(std::string_view payload)
 {
-    // What can be missing is looked for before the old status is touched.
+    // Memory can be missing, so take it before the old status is changed.
     const std::unique_ptr<void, core::MemoryReleaser> zeros(std::calloc(1, kStatusFileSize));
     const core::File file = zeros ? openForPublishing() : nullptr;
     if (!file) {
@@ -44,14 +44,15 @@ void publishStatus(std::string_view payload)
     }
     const StatusImage image = encodeStatus(payload);
 
-    // Without a buffer in between, each fwrite is one write: that leaves the least of half-written
-    // states for a reader to see.
+    // Without a buffer, each fwrite is one write, so that a reader sees as few half-written states
+    // as possible.
     std::setvbuf(file.get(), nullptr, _IONBF, 0);
     std::fwrite(zeros.get(), 1, kStatusFileSize, file.get());
     std::fseek(file.get(), 0, SEEK_SET);
     std::fwrite(image.bytes.data(), 1, image.size, file.get());
 
-    // A longer file is cut; and on a full disk the length, which costs no space, still holds.
+    // Cuts a longer file, and gives the file its length even on a full disk, since that takes no
+    // space.
     [[maybe_unused]] const int cut = ::ftruncate(::fileno(file.get()), kStatusFileSize);
 }
 

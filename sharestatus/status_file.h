@@ -7,21 +7,21 @@
 
 namespace sharestatus {
 
-/// Whether a status file is there to be read.
+/// Whether the status file can be opened.
 [[nodiscard]] bool hasStatusFile();
 
 /// Publishes a payload of at most 4096 bytes in the status file: in place, never by rename, so that
-/// readers keep the file they have open. The file is 1 MiB afterwards.
+/// readers with the file open see the new payload. The file is 1 MiB afterwards.
 ///
-/// The file goes blank with one write and carries the new payload with the next one: half a
-/// payload never stands there for longer than the second takes. A file that can be neither opened
-/// nor created is passed over.
+/// One write fills the file with zeros and the next one writes the payload, so that a reader finds
+/// half a payload only during the second write. Does nothing if the file can be neither opened nor
+/// created.
 void publishStatus(std::string_view payload);
 
-/// Reads the start of the status file as it was at one moment. A read may run into a rewrite, and
-/// the check, four bits wide, lets one in sixteen of such mixtures pass; so two looks must agree.
-/// Where they never do, the image is empty.
-/// @return false when the file cannot be opened, with errno set
+/// Reads the start of the status file as it was at one moment. A read may happen during a write,
+/// and the checksum of four bits accepts one in sixteen of such mixtures; so two reads must agree.
+/// If they never do, the image is empty.
+/// @return false if the file cannot be opened, with errno set
 [[nodiscard]] bool loadStatus(StatusImage& image);
 
 } // namespace sharestatus

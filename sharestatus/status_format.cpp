@@ -94,7 +94,7 @@ StatusReading decodeStatus(std::string_view image)
 {
     StatusReading reading{};
     reading.length = core::u32At(image, 0);
-    // Lengths are signed to their readers: from 0x80000000 on they are below 1, too.
+    // Readers take the length as a signed number: from 0x80000000 on it is below 1, too.
     reading.isInBounds = reading.length >= kCheckSize && reading.length <= kMaxLength;
     if (!reading.isInBounds) {
         return reading;

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// status_format.h: the share status, byte by byte. The one place that knows the layout of a share's
-// record, of the table of records (the payload), and of the file that carries it. Everything here
-// is computed on values alone: no files, no traces.
+// status_format.h: the share status, byte by byte: the layout of a share's record, of the table of
+// records (the payload), and of the status file. No other file has it. The functions compute on
+// values alone: no files, no traces.
 //
 //   file      0     4    L: the payload's length plus one, 32 bits little-endian
 //             4     L-1  payload
 //             3+L   1    check: the sum of the payload's bytes, modulo 16
-//             4+L        zeros up to 1 MiB, so that the file never shrinks under a reader
+//             4+L        zeros up to 1 MiB, so that the file never shrinks while it is read
 //
 //   payload   0     5    zeros
 //             5     2    number of records, 16 bits little-endian
@@ -15,9 +15,9 @@
 //             10         records, back to back
 //
 //   record    0     2    space used, 16 bits little-endian, in the unit of byte 2
-//             2     1    "K", "M" or "G"; 0 when it could not be measured
-//             3     8    date of the last backup, MMDDYYYY; zeros when there is none
-//             11    1    state of the last backup, a digit; 0 when there is none
+//             2     1    "K", "M" or "G"; 0 if the share could not be measured
+//             3     8    date of the last backup, MMDDYYYY; zeros if there is none
+//             11    1    state of the last backup, a digit; 0 if there is none
 //             12    n    name, 1 to 64 bytes
 //             12+n  1    newline
 #pragma once
@@ -61,11 +61,11 @@ inline constexpr std::size_t kMaxLength = kMaxPayloadSize + kCheckSize;
 inline constexpr std::size_t kMaxImageSize = kLengthSize + kMaxLength;
 inline constexpr std::size_t kStatusFileSize = 1048576;
 
-/// A unit of the space used. The thresholds mix powers of two and of ten, as clients know it.
+/// A unit of the space used. The thresholds mix powers of two and of ten, as clients expect.
 struct Unit {
     char letter;
-    std::uint32_t kibibytes; ///< how many it stands for
-    std::int64_t most;       ///< up to so many KiB count in it
+    std::uint32_t kibibytes; ///< in one unit
+    std::int64_t most;       ///< largest size in this unit, in KiB
 };
 
 inline constexpr auto kUnits = std::to_array<Unit>({
@@ -81,20 +81,20 @@ inline constexpr auto kUnits = std::to_array<Unit>({
     return (found != kUnits.end()) ? found : nullptr;
 }
 
-/// A record as the collector fills it, with room for a full name.
+/// A record as the collector fills it, with room for the longest name.
 using WorkRecord = std::array<char, kWorkRecordSize>;
 
 /// Writes record after record into a share status buffer.
 class TableWriter {
   public:
-    /// Clears the buffer. Records and the header's count need room that it must then have.
+    /// Clears the buffer. append() and finish() need a buffer with room for what they write.
     explicit TableWriter(std::span<char> buffer);
 
     /// Whether the longest record still fits.
     [[nodiscard]] bool hasRoom() const;
 
-    /// Appends the first 12 bytes of a record, the name cut to 64 bytes, and the newline.
-    /// Only where hasRoom().
+    /// Appends the first 12 bytes of a record, the name cut to 64 bytes, and the newline. Call it
+    /// only if hasRoom().
     void append(const WorkRecord& record, std::string_view name);
 
     /// Stores the number of records in the header.
@@ -109,7 +109,7 @@ class TableWriter {
     std::uint16_t count_ = 0;
 };
 
-/// A record as it stands in a payload; name and date point into the payload.
+/// A record in a payload; name and date point into the payload.
 struct ShareEntry {
     std::uint16_t used;
     char unit;
@@ -123,14 +123,14 @@ class TableReader {
   public:
     explicit TableReader(std::string_view payload);
 
-    /// The next record; nothing after the last one, or where the payload is no table of records.
+    /// The next record; nothing after the last one, or if the payload is no table of records.
     [[nodiscard]] std::optional<ShareEntry> next();
 
-    /// Whether every record that the header counts has been read, and nothing stands behind them.
-    /// An empty payload (no share list could be collected) is whole too.
+    /// Whether every record that the header counts has been read, and no bytes follow them. An
+    /// empty payload (no share list could be made) is whole too.
     [[nodiscard]] bool isWhole() const;
 
-    /// Whether nothing stands behind what has been read, however many records the header counts.
+    /// Whether no bytes follow what has been read, even if the header counts more records.
     [[nodiscard]] bool isAtEnd() const { return rest_.empty(); }
 
   private:
@@ -149,19 +149,18 @@ struct StatusImage {
     [[nodiscard]] std::string_view text() const { return {bytes.data(), size}; }
 };
 
-/// Builds the image that carries a payload of at most 4096 bytes.
+/// Builds the image of a payload of at most 4096 bytes.
 [[nodiscard]] StatusImage encodeStatus(std::string_view payload);
 
-/// What the start of a status file says. Bytes that the file does not have read as missing, never
-/// as something.
+/// The fields at the start of a status file. Bytes that the file does not have are left out.
 struct StatusReading {
-    std::uint32_t length; ///< L as stored; bytes beyond the end count as 0
+    std::uint32_t length; ///< L as stored; bytes after the end count as 0
     bool isInBounds;      ///< L is neither too small nor too large
     std::string_view
-        payload; ///< the fields from here on only within bounds, of the bytes that are there
+        payload; ///< this field and the next two are set only if isInBounds, from existing bytes
     std::uint8_t sum;
-    std::uint8_t check; ///< 0 where it is not there
-    bool isComplete;    ///< all bytes are there
+    std::uint8_t check; ///< 0 if missing
+    bool isComplete;    ///< no byte is missing
 
     [[nodiscard]] bool isGood() const { return isComplete && sum == check; }
 };

@@ -48,6 +48,10 @@ for product in libvokcontrol.so vokcontrol; do
             grep -vE '^(ld-linux-[a-z0-9]+|libc|libstdc\+\+|libgcc_s|libm|libcrypto|libasan|libubsan)\.so\.[0-9]+$')"
 done
 
+# Programs are linked to the number, and load the library by its short name, too.
+expect 'the library has a name with a number' libvokcontrol.so.0 \
+    "$(readelf -d "$build/libvokcontrol.so" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')"
+
 # system_of PROGRAM: what its dynamic symbol table has of that name, for all of its libraries.
 system_of() {
     nm -D "$build/$1" | sed -n 's/.* \([A-Z] system\)\(@.*\)\?$/\1/p'

@@ -9,11 +9,14 @@
 
 #include "sharestatus/semaphore_format.h"
 #include "sharestatus/status_format.h"
+#include "view/backup_report.h"
+#include "view/collector.h"
 #include "view/file_start.h"
 
 namespace view {
 namespace {
 
+using sharestatus::Semaphore;
 using Result = PublishedStatus::Result;
 
 PublishedStatus decode(const FileStart& file)
@@ -35,6 +38,16 @@ PublishedStatus decode(const FileStart& file)
     return status;
 }
 
+/// A collection leaves out a report that it cannot read, or that came later.
+void lookForReports(std::vector<ShareRow>& shares)
+{
+    for (ShareRow& share : shares) {
+        if (share.report == BackupReport::kNone) {
+            share.report = findReport(share.name);
+        }
+    }
+}
+
 PublishedStatus readTwice()
 {
     const FileStart earlier = readFileStart(sharestatus::kStatusFile, sharestatus::kMaxImageSize);
@@ -47,19 +60,44 @@ PublishedStatus readTwice()
     return status;
 }
 
-bool isCollecting(const FileStart& semaphore)
+FileStart readSemaphore()
 {
-    const auto now = static_cast<std::uint32_t>(std::time(nullptr));
-    return sharestatus::decodeSemaphore(semaphore.bytes).isBusyAt(now);
+    return readFileStart(sharestatus::kSemaphoreFile, sharestatus::kSemaphoreSize);
+}
+
+/// The mark has 32 bits of the time, which run over in 2106.
+std::time_t timeOf(const Semaphore& mark, std::time_t now)
+{
+    return now + static_cast<std::int32_t>(mark.time - static_cast<std::uint32_t>(now));
+}
+
+/// A collector takes its mark away before it ends: if it is gone while the mark stays, it was
+/// ended.
+bool isLeftBehind(const FileStart& semaphore, Collector::State state)
+{
+    return state == Collector::State::kGone && readSemaphore().bytes == semaphore.bytes;
+}
+
+void judgeMark(const FileStart& semaphore, PublishedStatus& status)
+{
+    const Semaphore mark = sharestatus::decodeSemaphore(semaphore.bytes);
+    if (mark.busy == 0) {
+        return;
+    }
+    const std::time_t now = std::time(nullptr);
+    const Collector::State collector = findCollector(listProcesses()).state;
+    status.collectingSince = timeOf(mark, now);
+    status.isInterrupted = isLeftBehind(semaphore, collector);
+    status.isCollecting = collector == Collector::State::kRuns ||
+                          (!status.isInterrupted && mark.isBusyAt(static_cast<std::uint32_t>(now)));
 }
 
 PublishedStatus readOnce()
 {
     // A collection publishes before it ends. In this order, one that has ended has its status read.
-    const FileStart semaphore =
-        readFileStart(sharestatus::kSemaphoreFile, sharestatus::kSemaphoreSize);
+    const FileStart semaphore = readSemaphore();
     PublishedStatus status = readTwice();
-    status.isCollecting = isCollecting(semaphore);
+    judgeMark(semaphore, status);
     status.semaphoreError = (semaphore.error == ENOENT) ? 0 : semaphore.error;
     return status;
 }
@@ -82,6 +120,7 @@ PublishedStatus readPublishedStatus()
         std::this_thread::sleep_for(kPause);
         status = readOnce();
     }
+    lookForReports(status.shares);
     return status;
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <ctime>
+#include <optional>
 #include <vector>
 
 #include "view/share_row.h"
@@ -24,11 +25,15 @@ struct PublishedStatus {
     int error = 0;             ///< an errno value, if the status file could not be opened or read
 
     bool isCollecting = false;
-    int semaphoreError = 0; ///< an errno value, if the semaphore is there but could not be read
+    std::optional<std::time_t> collectingSince; ///< when the mark of a collection was set
+    bool isInterrupted = false; ///< there is a mark, but the collector that has set it is gone
+    int semaphoreError = 0;     ///< an errno value, if the semaphore is there but could not be read
 };
 
 /// Reads the status file (sharestatus/status_format.h) and the semaphore
-/// (sharestatus/semaphore_format.h).
+/// (sharestatus/semaphore_format.h). If the semaphore has a mark it looks at the processes, too: a
+/// mark counts as a running collection if a collector runs, or, where that cannot be seen, for two
+/// hours. Of a share without a report it looks whether there is the file of one.
 ///
 /// The status file is rewritten in place at any time: it is blank for a moment, and one read may
 /// get some of the old status and some of the new. So two reads right after each other must agree.

@@ -42,6 +42,16 @@ std::optional<std::chrono::sys_days> readDay(std::string_view date)
     return day.ok() ? std::optional(std::chrono::sys_days(day)) : std::nullopt;
 }
 
+BackupReport judgeReport(const ShareEntry& entry)
+{
+    if (readDay(entry.date)) {
+        return BackupReport::kRead;
+    }
+    const bool isBlank =
+        entry.state == '\0' && std::ranges::all_of(entry.date, [](char c) { return c == '\0'; });
+    return isBlank ? BackupReport::kNone : BackupReport::kUnreadable;
+}
+
 ShareRow readRow(const ShareEntry& entry)
 {
     return {
@@ -49,6 +59,7 @@ ShareRow readRow(const ShareEntry& entry)
         .used = readUsed(entry),
         .backupState = isDigit(entry.state) ? std::optional(entry.state - '0') : std::nullopt,
         .backupDay = readDay(entry.date),
+        .report = judgeReport(entry),
     };
 }
 
@@ -62,6 +73,13 @@ std::vector<ShareRow> readRows(sharestatus::TableReader& table)
 }
 
 } // namespace
+
+bool isReadableReport(std::string_view line)
+{
+    constexpr std::size_t kReportSize = 1 + sharestatus::kDateSize;
+    return line.size() >= kReportSize && isDigit(line[0]) &&
+           readDay(line.substr(1, sharestatus::kDateSize)).has_value();
+}
 
 std::optional<std::vector<ShareRow>> readTable(std::string_view payload)
 {

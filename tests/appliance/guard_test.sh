@@ -16,7 +16,7 @@ here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
 # The appliance's programs without their guard.
 bare=$roots/bare
 mkdir "$bare"
-for program in vokctl vokcontrol libvokcontrol.so; do
+for program in vokctl vokcontrol libvokcontrol.so libvokcontrol.so.0; do
     ln -s "$build/$program" "$bare/$program"
 done
 ln -s "$build/vokcontrol" "$bare/vokcollect"
@@ -45,10 +45,10 @@ inside='
     }
     # used WHAT: tells which canaries are there, and takes them away.
     used() {
-        for canary in /tmp/canary-*; do
-            [ ! -e "$canary" ] || echo "$1: ${canary#/tmp/canary-}"
+        for canary in /tmp/canary-* /run/vokcontrol/tmp/canary-*; do
+            [ ! -e "$canary" ] || echo "$1: ${canary##*/canary-}"
         done
-        rm -f /tmp/canary-*
+        rm -f /tmp/canary-* /run/vokcontrol/tmp/canary-*
     }
     serve() {
         rm -f /etc/pelconfig/vokcontrol/__shrStatus

@@ -74,8 +74,8 @@ Tax papers|private|internal
 Music|public|internal
 755 755
 vokctl: the status service was started, unless it was running already = 0
-Tax papers N K  -      -
-Music N K  -      -' "$(inside '
+Tax papers N K  -           -
+Music N K  -           -' "$(inside '
     echo secret >/tmp/password
     try vokctl users create carla </tmp/password
     try vokctl shares create "Tax papers" --for carla
@@ -91,16 +91,20 @@ Music N K  -      -' "$(inside '
 
 taken='vokctl: a share of this name exists already, or the name is reserved (0x20000001) = 1'
 tooLong="vokctl: the share's name is longer than 64 bytes (0x20000003) = 1"
-refused="vokctl: the share's name holds a character that the appliance does not take, such as a quote or a slash (0xFF000003) = 1"
+refused="vokctl: the share's name holds a character that the appliance does not take, such as a quote or a slash; or it holds one of : , = %, begins with @ + or ., or has a blank at an end (0xFF000003) = 1"
+refusedFor="vokctl: the user's or the share's name holds a character that the appliance does not take, such as a quote or a slash; or the share's holds one of : , = %, begins with @ + or ., or has a blank at an end (0xFF000003) = 1"
 noPublic="vokctl: the appliance's share script would not create this share (0xFF000004) = 1"
 noPrivate="vokctl: the appliance's share script would not create this share, or not give it to this user (0xFF000004) = 1"
 expect 'what cannot be done is refused in words, and nothing is changed' "$taken
 $taken
 $taken
 $taken
+$taken
 $tooLong
 $tooLong
 vokctl: there is no user of this name, or it is reserved (0x20000006) = 1
+$refused
+$refusedFor
 $noPublic
 $noPrivate
 $refused
@@ -111,17 +115,21 @@ vokctl: a script or a tool of the appliance has failed (0xFF000004) = 1
 vokctl: a script or a tool of the appliance has failed (0xFF000004) = 1
 $noPublic
 $noPrivate" "$(inside '
+    mkdir "/share/Left behind"
     everything >/tmp/before
     long=$(printf "%065d" 0)
     try vokctl shares create Documents --public
     try vokctl shares create "family videos" --for anna
     try vokctl shares create CONFIG --public
     try vokctl shares create lost+found --for anna
+    try vokctl shares create Printers --public
     try vokctl shares create "$long" --public
     try vokctl shares create "$long" --for anna
     try vokctl shares create New --for nobody
     try vokctl shares create "a:b" --public
     try vokctl shares create "a:b" --for anna
+    try vokctl shares create "Left behind" --public
+    try vokctl shares create "Left behind" --for anna
     try vokctl shares create "a/b" --public
     try vokctl shares create "\$(touch /share/mark)" --public
     try vokctl shares show "$long"

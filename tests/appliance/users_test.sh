@@ -73,16 +73,19 @@ no password in the log' "$(appliance sh -c '
     [ $(($(date +%s) - 0x$changed)) -le 60 ] && echo just now
     grep -q password /var/log/vokserve.log || echo no password in the log')"
 
+character='vokctl: the name or the password holds a character that the appliance does not take, such as a quote; or the name holds one of : , = %, begins with @ + or ., or has a blank at an end (0xFF000003) = 1'
 taken='vokctl: a user of this name exists already, or the name is reserved (0x10000001) = 1'
 expect 'accounts that cannot be created are refused in words, and nothing is changed' "$taken
 $taken
 $taken
+$taken
+$taken
 vokctl: the user's name is longer than 32 bytes (0x10000002) = 1
 vokctl: the password is longer than 32 bytes (0x10000003) = 1
+$character
 vokctl: the appliance's user script would not create this user (0x10000005) = 1
-vokctl: the appliance's user script would not create this user (0x10000005) = 1
-vokctl: the name or the password holds a character that the appliance does not take, such as a quote (0xFF000003) = 1
-vokctl: the name or the password holds a character that the appliance does not take, such as a quote (0xFF000003) = 1
+$character
+$character
 vokctl: no password came on standard input = 2
 api_user.php: there is a user \"anna\" already = 1
 api_user.php: there is a user \"ANNA\" already = 1
@@ -112,6 +115,8 @@ anna bob Élise" "$(appliance sh -c '
     create anna "secret\n"
     create guest "secret\n"
     create Config "secret\n"
+    create root "secret\n"
+    create homes "secret\n"
     create "$long" "secret\n"
     create New "$long\n"
     create a:b "secret\n"

@@ -256,7 +256,8 @@ TEST(Answer, isDescribedInWords)
               "a refusal, 0xFF000003: the command takes another number of parameters");
     EXPECT_EQ(describe(command("crat"), le32(0xFF000003)),
               "a refusal, 0xFF000003: the name or the password holds a character that the "
-              "appliance does not take, such as a quote");
+              "appliance does not take, such as a quote; or the name holds one of : , = %, "
+              "begins with @ + or ., or has a blank at an end");
     EXPECT_EQ(describe(command("lstu"), error(0xABCDEF01)),
               "a refusal, 0xABCDEF01: this client does not know the answer's meaning");
     EXPECT_EQ(describe(command("lstu"), status("serv", 0x53000005)),

@@ -312,6 +312,8 @@ TEST_F(BackupCommand, jsonIsForPrograms)
       "name_hex": "61c3",
       "used": 604,
       "unit": "K",
+      "used_kib": 604,
+      "unit_kib": 1,
       "backup_state": 3,
       "backup_date": "2026-03-11"
     }

@@ -5,7 +5,9 @@
 #include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <optional>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,6 +21,10 @@ using client::Reply;
 using client::sendRequest;
 
 constexpr const char* kSocket = "/tmp/socket";
+
+/// Whom the client seems to run as; nothing for the test's own user, which may be root.
+std::optional<uid_t> pretended;
+constexpr uid_t kOneself = 1000;
 
 /// A service in a child process that takes one request and does with it as it is told.
 class Connected : public root::UntracedTest {
@@ -72,6 +78,128 @@ TEST_F(Connected, emptyAnswerIsGood)
     EXPECT_EQ(reply.code, client::kGood);
     EXPECT_EQ(reply.bytes, "");
 }
+
+// ---- How long an answer may be ----------------------------------------------------------------
+
+TEST_F(Connected, answerOfTheLongestSizeIsTaken)
+{
+    for (const std::size_t size : {1U, 20U, 16383U, 16384U, 16385U, 100000U}) {
+        const std::string answer(size, 'a');
+        serve([&](int socket) {
+            root::receiveAll(socket);
+            [[maybe_unused]] const ssize_t sent = ::write(socket, answer.data(), answer.size());
+        });
+        const Reply reply = sendRequest(connection(), "x", size);
+        EXPECT_EQ(reply.code, client::kGood) << size;
+        EXPECT_EQ(reply.bytes, answer);
+        EXPECT_EQ(reply.complaint, "");
+        std::filesystem::remove(kSocket);
+    }
+}
+
+TEST_F(Connected, longerAnswerIsNotTaken)
+{
+    for (const std::size_t size : {0U, 20U, 16384U}) {
+        serve([&](int socket) {
+            root::receiveAll(socket);
+            const std::string answer(size + 1, 'a');
+            [[maybe_unused]] const ssize_t sent = ::write(socket, answer.data(), answer.size());
+            // There is more to come, but nobody waits for it.
+            ::pause();
+        });
+        const Reply reply = sendRequest(connection(), "x", size);
+        EXPECT_EQ(reply.code, client::kUnreadableAnswer);
+        EXPECT_EQ(reply.bytes, "");
+        EXPECT_EQ(reply.complaint, "the answer is longer than " + std::to_string(size) +
+                                       " bytes, which no good answer is");
+        ::kill(service, SIGKILL);
+        std::filesystem::remove(kSocket);
+    }
+}
+
+TEST_F(Connected, answerWithoutAnEndDoesNotFillTheMemory)
+{
+    serve([](int socket) {
+        root::receiveAll(socket);
+        const std::string piece(65536, 'a');
+        while (::write(socket, piece.data(), piece.size()) > 0) {
+        }
+    });
+    const Reply reply = sendRequest(connection(), "x");
+    EXPECT_EQ(reply.code, client::kUnreadableAnswer);
+    EXPECT_EQ(reply.complaint, "the answer is longer than 16777216 bytes, which no good answer is");
+}
+
+// ---- Who serves -------------------------------------------------------------------------------
+
+/// Has the kernel tell of a service that another user runs, whom the test names.
+class ServedBy : public Connected {
+  protected:
+    void SetUp() override
+    {
+        Connected::SetUp();
+        pretended = kOneself;
+    }
+
+    void TearDown() override
+    {
+        pretended.reset();
+        Connected::TearDown();
+    }
+
+    void answerAs(const std::string& credentials)
+    {
+        root::writeFile("/stubs/peer", credentials);
+        serve([](int socket) {
+            const std::string frame = root::receiveAll(socket);
+            [[maybe_unused]] const ssize_t sent = ::write(socket, frame.data(), frame.size());
+        });
+    }
+
+    void expectRefused(const std::string& credentials, const std::string& who)
+    {
+        answerAs(credentials);
+        const Reply reply = sendRequest(connection(), "secret");
+        EXPECT_EQ(reply.code, client::kNotPermitted);
+        EXPECT_EQ(reply.bytes, "") << "nothing is sent";
+        EXPECT_EQ(reply.complaint,
+                  "the service at /tmp/socket is run by " + who +
+                      ", neither by root nor by you, so it is not asked. To ask it "
+                      "all the same: --any-server");
+    }
+};
+
+TEST_F(ServedBy, rootIsAsked)
+{
+    answerAs("credentials 1 0 0\n");
+    EXPECT_EQ(sendRequest(connection(), "secret").bytes, "secret");
+}
+
+TEST_F(ServedBy, oneselfIsAsked)
+{
+    answerAs("credentials 4711 " + std::to_string(kOneself) + " 100\n");
+    EXPECT_EQ(sendRequest(connection(), "secret").bytes, "secret");
+}
+
+TEST_F(ServedBy, anotherUserIsNotAsked)
+{
+    expectRefused("credentials 4711 4242 0\n", "user 4242");
+}
+
+TEST_F(ServedBy, nobodyKnowsWhoIsNotAsked)
+{
+    expectRefused("nothing\n", "an unknown user");
+}
+
+TEST_F(ServedBy, anotherUserIsAskedIfThatIsWanted)
+{
+    answerAs("credentials 4711 4242 0\n");
+    Connection any = connection();
+    any.anyServer = true;
+    EXPECT_EQ(sendRequest(any, "secret").bytes, "secret");
+}
+
+// ---- No answer --------------------------------------------------------------------------------
 
 TEST_F(Connected, settingsSayWhereTheServiceIsAndOptionsWinOverThem)
 {
@@ -134,3 +262,9 @@ TEST_F(Connected, serviceThatDoesNotAnswerIsWaitedForSoLong)
 }
 
 } // namespace
+
+/// Stands before the C library's.
+extern "C" uid_t geteuid() noexcept
+{
+    return pretended.value_or(static_cast<uid_t>(::syscall(SYS_geteuid)));
+}

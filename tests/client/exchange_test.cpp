@@ -509,4 +509,34 @@ TEST_F(Exchange, everyCommandEndsWithASentenceWhateverIsAnswered)
     }
 }
 
+// ---- How long an answer may be ----------------------------------------------------------------
+
+TEST_F(Exchange, answerIsNotLongerThanItsCommandMayAnswer)
+{
+    struct Longest {
+        const char* command;
+        client::Request request;
+        std::size_t size;
+    };
+    const std::vector<Longest> all = {
+        {"no answer", {command("gubs")}, 20},
+        {"a word", {command("sgss")}, 20},
+        {"a status", {command("subs"), {"  anna"}}, 20},
+        {"lines", kShares, 1048576},
+        {"text", {command("gub1")}, 1048576},
+        {"the private file", kFile, 16777216},
+    };
+    for (const Longest& each : all) {
+        SCOPED_TRACE(each.command);
+        const std::string tooLong = "7: the answer is longer than " + std::to_string(each.size) +
+                                    " bytes, which no good answer is";
+        answer({std::string(each.size, 'a')});
+        EXPECT_NE(failureOf([&] { static_cast<void>(client::ask(connection(), each.request)); }),
+                  tooLong);
+        answer({std::string(each.size + 1, 'a')});
+        EXPECT_EQ(failureOf([&] { static_cast<void>(client::ask(connection(), each.request)); }),
+                  tooLong);
+    }
+}
+
 } // namespace

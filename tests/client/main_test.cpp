@@ -2,9 +2,11 @@
 //
 // vokctl itself: help, version, wrong usage.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "client/commands.h"
 #include "tests/support/root.h"
+#include "tests/support/scripted_service.h"
 
 namespace {
 
@@ -108,7 +110,8 @@ TEST_F(Client, everyCommandHasHelpWithExamples)
          {"USER", "--state N", "--as-variable", "--socket PATH", "--timeout SECONDS",
           "--config PATH"}},
         {{"backup", "list"}, {"--json", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
-        {{"drives", "check"}, {"--socket PATH", "--timeout SECONDS", "--config PATH"}},
+        {{"drives", "check"},
+         {"--socket PATH", "--timeout SECONDS", "--config PATH", "--any-server"}},
         {{"host", "set"},
          {"--time TIME", "--name NAME", "--workgroup NAME", "--language CODE", "--socket PATH"}},
         {{"version"}, {"--socket PATH", "--timeout SECONDS", "--config PATH"}},
@@ -200,6 +203,36 @@ TEST_F(Client, failureIsOneSentenceOnStandardErrorAndAnExitCode)
     EXPECT_EQ(ended.errors,
               "vokctl: cannot reach the service at /tmp/none: No such file or directory. Is "
               "vokserve running?\n");
+}
+
+/// Whoever made the socket before the service could would be told passwords.
+TEST_F(Client, serviceOfAnotherUserIsAskedOnlyIfThatIsWanted)
+{
+    const int listener = root::listenAt("/tmp/other");
+    root::writeFile("/stubs/peer", "credentials 4711 4242 0\n");
+    const std::vector<std::string> command = {"/usr/bin/env",
+                                              "LD_PRELOAD=" + root::built("libstranger.so"),
+                                              root::built("vokctl"),
+                                              "drives",
+                                              "check",
+                                              "--timeout",
+                                              "1",
+                                              "--socket",
+                                              "/tmp/other"};
+    const root::Ended refused = root::run(command);
+    EXPECT_EQ(refused.exitCode, 4);
+    EXPECT_EQ(refused.output, "");
+    EXPECT_EQ(
+        refused.errors,
+        "vokctl: the service at /tmp/other is run by user 4242, neither by root nor by you, so "
+        "it is not asked. To ask it all the same: --any-server\n");
+    std::vector<std::string> anyServer = command;
+    anyServer.emplace_back("--any-server");
+    EXPECT_EQ(
+        root::run(anyServer).errors,
+        "vokctl: the service has not answered within 1 seconds. It may be busy; try again, or "
+        "raise --timeout.\n");
+    ::close(listener);
 }
 
 TEST_F(Client, outputThatCannotBeWrittenIsAFailure)

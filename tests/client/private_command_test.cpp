@@ -148,18 +148,39 @@ TEST_F(PrivateCommand, fetchedFileReplacesOneThatIsThere)
 TEST_F(PrivateCommand, fileThatCannotBeWrittenIsAFailureAndStays)
 {
     root::writeFile(kPrivateFile, "new");
-    fs::create_directories("/stubs/folder/back");
-    for (const char* path : {"/stubs/none/back", "/stubs/folder/back"}) {
-        expectEnd(vokctl({"private", "get", path}), 8, "",
-                  "vokctl: cannot write " + std::string(path) + "\n");
-    }
-    EXPECT_EQ(root::list("/stubs/folder"), Strings{"back"});
     root::writeFile("/etc/pelconfig/back", "old");
     root::fillDisk("/etc/pelconfig");
     expectEnd(vokctl({"private", "get", "/etc/pelconfig/back"}), 8, "",
-              "vokctl: cannot write /etc/pelconfig/back\n");
+              "vokctl: cannot write /etc/pelconfig/back: No space left on device\n");
     EXPECT_EQ(root::readFile("/etc/pelconfig/back"), "old");
-    EXPECT_FALSE(root::exists("/etc/pelconfig/back.part"));
+    EXPECT_EQ(root::list("/etc/pelconfig"), (Strings{"back", "filler", "vokcontrol"}));
+}
+
+/// Whoever runs it as root may run it in a folder that others can write.
+TEST_F(PrivateCommand, whatOthersLaidBesideTheTargetStays)
+{
+    root::writeFile(kPrivateFile, "new");
+    root::writeFile("/stubs/victim", "theirs");
+    fs::create_directory("/stubs/folder");
+    fs::create_symlink("/stubs/victim", "/stubs/folder/back.part");
+    expectEnd(vokctl({"private", "get", "/stubs/folder/back"}), 0, "", "");
+    EXPECT_EQ(root::readFile("/stubs/folder/back"), "new");
+    EXPECT_EQ(fs::status("/stubs/folder/back").permissions(), fs::perms(0600));
+    EXPECT_TRUE(fs::is_symlink("/stubs/folder/back.part"));
+    EXPECT_EQ(root::readFile("/stubs/victim"), "theirs");
+    EXPECT_EQ(root::list("/stubs/folder"), (Strings{"back", "back.part"}));
+}
+
+TEST_F(PrivateCommand, placeThatTakesNoBytesIsRefusedBeforeAnythingIsFetched)
+{
+    fs::create_symlink("/stubs/victim", "/stubs/link");
+    expectEnd(
+        root::run(
+            {root::built("vokctl"), "private", "get", "/stubs/link", "--socket", "/tmp/none"}),
+        2, "",
+        "vokctl: /stubs/link is a symbolic link; name the file that it leads to, or \"-\" for "
+        "standard output\n");
+    EXPECT_FALSE(root::exists("/stubs/victim"));
 }
 
 TEST_F(PrivateCommand, standardOutputThatIsFullIsAFailure)

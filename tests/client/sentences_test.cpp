@@ -20,7 +20,7 @@ struct Refusal {
 constexpr auto kRefusals = std::to_array<Refusal>({
     {"", cmdsvc::kGood, "good (0x00000000)"},
 
-    {"crat", cmdsvc::kMalformed,       "the name or the password holds a character that the appliance does not take, such as a quote (0xFF000003)"},
+    {"crat", cmdsvc::kMalformed,       "the name or the password holds a character that the appliance does not take, such as a quote; or the name holds one of : , = %, begins with @ + or ., or has a blank at an end (0xFF000003)"},
     {"crat", cmdsvc::kUserNameTaken,   "a user of this name exists already, or the name is reserved (0x10000001)"},
     {"crat", cmdsvc::kUserNameTooLong, "the user's name is longer than 32 bytes (0x10000002)"},
     {"crat", cmdsvc::kPasswordTooLong, "the password is longer than 32 bytes (0x10000003)"},
@@ -91,11 +91,11 @@ constexpr auto kRefusals = std::to_array<Refusal>({
     {"gsp1", cmdsvc::kCannotRemoveListing,  "the command takes one parameter, or the appliance cannot remove its work file (0xC1000001)"},
     {"gspc", cmdsvc::kSharePropertyUnknown, "the share's property cannot be found out (0xF0000001)"},
 
-    {"pshr", cmdsvc::kMalformed,        "the share's name holds a character that the appliance does not take, such as a quote or a slash (0xFF000003)"},
+    {"pshr", cmdsvc::kMalformed,        "the share's name holds a character that the appliance does not take, such as a quote or a slash; or it holds one of : , = %, begins with @ + or ., or has a blank at an end (0xFF000003)"},
     {"pshr", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share (0xFF000004)"},
     {"pshr", cmdsvc::kShareNameTaken,   "a share of this name exists already, or the name is reserved (0x20000001)"},
     {"pshr", cmdsvc::kShareNameTooLong, "the share's name is longer than 64 bytes (0x20000003)"},
-    {"shar", cmdsvc::kMalformed,        "the user's or the share's name holds a character that the appliance does not take, such as a quote or a slash (0xFF000003)"},
+    {"shar", cmdsvc::kMalformed,        "the user's or the share's name holds a character that the appliance does not take, such as a quote or a slash; or the share's holds one of : , = %, begins with @ + or ., or has a blank at an end (0xFF000003)"},
     {"shar", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share, or not give it to this user (0xFF000004)"},
     {"shar", cmdsvc::kNoSuchUser,       "there is no user of this name, or it is reserved (0x20000006)"},
     {"shar", cmdsvc::kShareNameTaken,   "a share of this name exists already, or the name is reserved (0x20000001)"},

@@ -7,9 +7,13 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <regex>
 #include <sys/stat.h>
 #include <thread>
 
+#include "tests/support/collector.h"
 #include "tests/support/root.h"
 
 namespace {
@@ -18,7 +22,7 @@ using Clock = std::chrono::steady_clock;
 using root::le16;
 using root::le32;
 
-const std::string kAdvice = "Start a collection with \"startapp pelstatus\", then try again.\n";
+const std::string kAdvice = "Start a collection with \"vokctl collect\", then try again.\n";
 
 std::string zeros(std::size_t count)
 {
@@ -53,16 +57,37 @@ std::string mark(char flag, long age)
 
 class StatusCommand : public root::UntracedTest {
   protected:
-    static constexpr std::time_t kPublished = 1795253583; // 2026-11-21 09:33:03
-    static constexpr const char* kTable = "SHARE       USED  STATE  LAST BACKUP\n"
+    static constexpr std::time_t kPublished = 2079250383; // 2035-11-21 09:33:03, never stale
+    static constexpr const char* kTable = "TOTAL\n\n"
+                                          "SHARE       USED  STATE  LAST BACKUP\n"
                                           "Documents  604 K  1      2026-11-18\n\n"
-                                          "Published 2026-11-21 09:33:03 UTC. ";
+                                          "Published 2035-11-21 09:33:03 UTC. ";
+
+    void SetUp() override
+    {
+        root::UntracedTest::SetUp();
+        // Neither the disk's fill level nor the test's date is to be judged.
+        root::writeFile("/stubs/settings", "[thresholds]\nfull-warning = 100\nfull-critical = 100\n"
+                                           "backup-age = 3650\n");
+    }
 
     static root::Ended status(const std::vector<std::string>& arguments = {})
     {
-        std::vector<std::string> command = {root::built("vokctl"), "status"};
+        std::vector<std::string> command = {root::built("vokctl"), "status", "--config",
+                                            "/stubs/settings"};
         command.insert(command.end(), arguments.begin(), arguments.end());
-        return root::run(command);
+        root::Ended ended = root::run(command);
+        ended.output = withoutTotal(ended.output);
+        return ended;
+    }
+
+    /// How full this machine's disk is is nobody's business here.
+    static std::string withoutTotal(const std::string& output)
+    {
+        static const std::regex total("^[0-9.]+( [KMG]B)? of [0-9.]+ [KMG]B used, [0-9.]+ [KMG]B "
+                                      "free\n");
+        return std::regex_replace(output, total, "TOTAL\n",
+                                  std::regex_constants::format_first_only);
     }
 
     static void expectComplaint(const root::Ended& ended, int code, const std::string& complaint)
@@ -72,10 +97,11 @@ class StatusCommand : public root::UntracedTest {
         EXPECT_EQ(ended.errors, "vokctl: " + complaint);
     }
 
-    static void expectTable(const root::Ended& ended, const std::string& footer)
+    static void expectTable(const root::Ended& ended, const std::string& footer,
+                            const std::string& findings = "Nothing needs attention.\n")
     {
         EXPECT_EQ(ended.exitCode, 0);
-        EXPECT_EQ(ended.output, kTable + footer);
+        EXPECT_EQ(ended.output, kTable + footer + "\n" + findings);
         EXPECT_EQ(ended.errors, "");
     }
 };
@@ -93,45 +119,91 @@ TEST_F(StatusCommand, timesRunOnAfter2038)
     publish(imageOf(kPayload), kYear2040);
     const root::Ended ended = status({"--max-age", "60"});
     EXPECT_EQ(ended.exitCode, 0);
-    EXPECT_EQ(ended.output, "SHARE       USED  STATE  LAST BACKUP\n"
+    EXPECT_EQ(ended.output, "TOTAL\n\n"
+                            "SHARE       USED  STATE  LAST BACKUP\n"
                             "Documents  604 K  1      2026-11-18\n\n"
-                            "Published 2040-01-01 00:00:00 UTC. No collection is running.\n");
+                            "Published 2040-01-01 00:00:00 UTC. No collection is running.\n\n"
+                            "Nothing needs attention.\n");
     EXPECT_EQ(ended.errors, "");
 }
 
 TEST_F(StatusCommand, jsonGoesToProgramsAlone)
 {
     publish(imageOf(kPayload), kPublished);
-    const root::Ended ended = status({"--json"});
+    root::Ended ended = status({"--json"});
     EXPECT_EQ(ended.exitCode, 0);
+    ended.output =
+        std::regex_replace(ended.output, std::regex("(_kib\": )[0-9]+,\n  \""), "$1N,\n  \"");
     EXPECT_EQ(ended.output, R"({
-  "published": "2026-11-21T09:33:03Z",
+  "published": "2035-11-21T09:33:03Z",
   "collecting": false,
+  "collecting_since": null,
+  "capacity_kib": N,
+  "used_kib": N,
+  "free_kib": N,
   "shares": [
     {
       "name": "Documents",
       "used": 604,
       "unit": "K",
+      "used_kib": 604,
+      "unit_kib": 1,
       "backup_state": 1,
       "backup_date": "2026-11-18"
     }
-  ]
+  ],
+  "unmeasured": [],
+  "findings": []
 }
 )");
     EXPECT_EQ(ended.errors, "");
 }
 
+/// The seconds on which a mark was set may be two.
+std::string withoutTime(root::Ended& ended)
+{
+    ended.output = std::regex_replace(ended.output, std::regex("since [0-9]{2}:[0-9]{2}:[0-9]{2}"),
+                                      "since WHEN");
+    return ended.output;
+}
+
 TEST_F(StatusCommand, semaphoreTellsWhetherACollectionRuns)
 {
     publish(imageOf(kPayload), kPublished);
-    root::writeFile(root::kSemaphoreFile, mark('\1', 5));
-    expectTable(status(), "A collection is running now.\n");
     root::writeFile(root::kSemaphoreFile, mark('\0', 5));
-    expectTable(status(), "No collection is running.\n");
-    root::writeFile(root::kSemaphoreFile, mark('\1', 7201));
     expectTable(status(), "No collection is running.\n");
     root::writeFile(root::kSemaphoreFile, "");
     expectTable(status(), "No collection is running.\n");
+    const root::IdleCollector collector;
+    root::writeFile(root::kSemaphoreFile, mark('\1', 5));
+    root::Ended ended = status();
+    withoutTime(ended);
+    expectTable(ended, "A collection is running since WHEN.\n");
+}
+
+TEST_F(StatusCommand, collectionWhoseCollectorIsGoneWasInterrupted)
+{
+    publish(imageOf(kPayload), kPublished);
+    root::writeFile(root::kSemaphoreFile, mark('\1', 7201));
+    expectTable(status(), "No collection is running.\n",
+                "Warning: The collection that began 2 hours ago was interrupted: start another "
+                "one.\n");
+}
+
+TEST_F(StatusCommand, settingsAreRead)
+{
+    publish(imageOf(kPayload), kPublished);
+    root::writeFile("/stubs/settings", "[backup]\nfailed-states = 1\n[thresholds]\nfull-warning = "
+                                       "100\nfull-critical = 100\n");
+    expectTable(
+        status(), "No collection is running.\n",
+        "Critical: The backup of Documents on 18 November 2026 has failed with state 1: see "
+        "why, and back up again.\n");
+    root::writeFile("/stubs/settings", "nonsense\n");
+    const root::Ended ended = status();
+    EXPECT_EQ(ended.exitCode, 2);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_NE(ended.errors, "");
 }
 
 TEST_F(StatusCommand, missingStatusIsNoData)
@@ -202,9 +274,17 @@ TEST_F(StatusCommand, hostileNameNeverReachesTheTerminalRaw)
     const std::string shown = "x\\u{1b}]0;title\\u{7}\\x9b31m\\u{202e}\\u{7f}";
     const std::string heading = "SHARE" + std::string(shown.size() - 5, ' ');
     const root::Ended ended = status();
-    EXPECT_EQ(ended.output, heading + "  USED  STATE  LAST BACKUP\n" + shown +
-                                "     -  -      -\n\nPublished 2026-11-21 09:33:03 UTC. No "
-                                "collection is running.\n");
+    EXPECT_EQ(ended.output,
+              "TOTAL\n\n" + heading + "  USED  STATE  LAST BACKUP\n" + shown +
+                  "     -  -      -\n\nPublished 2035-11-21 09:33:03 UTC. No "
+                  "collection is running.\n\n"
+                  "Warning: 1 of 1 share has never been backed up: " +
+                  shown +
+                  ". What to do: set up a backup.\n"
+                  "Warning: " +
+                  shown +
+                  " is not measured: it has a comma or a closing bracket in its name; "
+                  "rename it.\n");
     for (const char c : status({"--json"}).output) {
         EXPECT_TRUE(c == '\n' || (c >= ' ' && c <= '~'));
     }
@@ -223,6 +303,7 @@ TEST_F(StatusCommand, waitsForTheFirstStatus)
 TEST_F(StatusCommand, waitsForARunningCollection)
 {
     publish(imageOf(kPayload), kPublished);
+    const root::IdleCollector running;
     root::writeFile(root::kSemaphoreFile, mark('\1', 5));
     std::thread collector([] {
         std::this_thread::sleep_for(std::chrono::milliseconds(300));
@@ -235,12 +316,22 @@ TEST_F(StatusCommand, waitsForARunningCollection)
 TEST_F(StatusCommand, waitingEnds)
 {
     const auto start = Clock::now();
-    expectComplaint(status({"--wait", "1"}), 6,
+    expectComplaint(status({"--wait", "1"}), 5,
                     "no share status has been published yet. " + kAdvice);
     EXPECT_GE(Clock::now() - start, std::chrono::seconds(1));
     publish(imageOf(kPayload), kPublished);
     root::writeFile(root::kSemaphoreFile, mark('\1', 5));
-    expectTable(status({"--wait", "1"}), "A collection is running now.\n");
+    expectTable(
+        status({"--wait", "1"}), "No collection is running.\n",
+        "Warning: The collection that began just now was interrupted. Another one can start "
+        "in 120 minutes, or at once if root first removes "
+        "/etc/pelconfig/vokcontrol/__shrsem.\n");
+    const root::IdleCollector collector;
+    expectComplaint(status({"--wait", "1"}), 5,
+                    "the collection is still running. Wait longer, or see without --wait what was "
+                    "last published.\n");
+    publish(zeros(1000), kPublished);
+    expectComplaint(status({"--wait", "1"}), 5, "the share status is damaged. " + kAdvice);
 }
 
 TEST_F(StatusCommand, momentOfARewriteIsWaitedFor)
@@ -254,6 +345,48 @@ TEST_F(StatusCommand, momentOfARewriteIsWaitedFor)
     publisher.join();
 }
 
+// ---- Watching ---------------------------------------------------------------------------------
+
+/// Reads what a terminal shows until it has shown a text.
+std::string showUntil(int terminal, const std::string& text)
+{
+    std::string shown;
+    pollfd waiting = {.fd = terminal, .events = POLLIN, .revents = 0};
+    while (shown.find(text) == std::string::npos && ::poll(&waiting, 1, 20000) > 0) {
+        std::array<char, 4096> bytes{};
+        const ssize_t size = ::read(terminal, bytes.data(), bytes.size());
+        if (size <= 0) {
+            break;
+        }
+        shown.append(bytes.data(), static_cast<std::size_t>(size));
+    }
+    return shown;
+}
+
+TEST_F(StatusCommand, watchedStatusIsDrawnAnew)
+{
+    int terminal = -1;
+    const pid_t client = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (client == 0) {
+        ::execl(root::built("vokctl").c_str(), "vokctl", "status", "--watch", "--config",
+                "/stubs/settings", nullptr);
+        ::_exit(127);
+    }
+    const std::string none = "no share status has been published yet. Start a collection with "
+                             "\"vokctl collect\", then try again.\x1B[K\r\n\x1B[J";
+    EXPECT_EQ(showUntil(terminal, "\x1B[J"), "\x1B[2J\x1B[H" + none);
+    publish(imageOf(kPayload), kPublished);
+    const std::string drawn = showUntil(terminal, "attention.\x1B[K\r\n\x1B[J");
+    EXPECT_NE(drawn.find("\x1B[H"), std::string::npos);
+    EXPECT_NE(drawn.find("Documents  604 K  1      2026-11-18\x1B[K\r\n"), std::string::npos)
+        << drawn;
+    ::kill(client, SIGINT);
+    int ended = 0;
+    ::waitpid(client, &ended, 0);
+    EXPECT_TRUE(WIFSIGNALED(ended));
+    ::close(terminal);
+}
+
 TEST_F(StatusCommand, wrongUsageEndsWithTwo)
 {
     for (const std::vector<std::string>& arguments :
@@ -261,6 +394,8 @@ TEST_F(StatusCommand, wrongUsageEndsWithTwo)
                                                {"--max-age", "soon"},
                                                {"--max-age", "-1"},
                                                {"--wait", "x"},
+                                               {"--watch"},
+                                               {"--watch", "--json"},
                                                {"--unknown"},
                                                {"extra"}}) {
         const root::Ended ended = status(arguments);

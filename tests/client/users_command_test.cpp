@@ -115,7 +115,7 @@ TEST_F(UsersCommand, accountIsCreatedWithThePasswordFromStandardInput)
 TEST_F(UsersCommand, nameAndPasswordReachTheScriptByteForByte)
 {
     stubUsers({"anna"});
-    const std::string name = "\xC3\x89\xFE .,_-+@%=:" + std::string(19, 'n');
+    const std::string name = "\xC3\x89\xFE ._-+@" + std::string(23, 'n');
     const std::string password = " \xE9#&%$;|<>(){}[]*?!~^/" + std::string(10, 'p');
     ASSERT_EQ(name.size(), 32U);
     ASSERT_EQ(password.size(), 32U);
@@ -136,7 +136,7 @@ TEST_F(UsersCommand, createIsRefusedInWordsBeforeAnythingIsDone)
     stubUsers({"anna"});
     const std::string taken =
         "a user of this name exists already, or the name is reserved (0x10000001)";
-    for (const char* name : {"anna", "guest", "Config", "LOST+FOUND"}) {
+    for (const char* name : {"anna", "guest", "Config", "LOST+FOUND", "root", "Homes"}) {
         expectRefusal(name, "secret", taken);
     }
     expectRefusal(std::string(33, 'n'), "secret",
@@ -144,8 +144,10 @@ TEST_F(UsersCommand, createIsRefusedInWordsBeforeAnythingIsDone)
     expectRefusal("carla", std::string(33, 'p'),
                   "the password is longer than 32 bytes (0x10000003)");
     const std::string character = "the name or the password holds a character that the appliance "
-                                  "does not take, such as a quote (0xFF000003)";
-    for (const char* name : {"a'b", "a\"b", "a/b", "$(reboot)", "\x1B[2J"}) {
+                                  "does not take, such as a quote; or the name holds one of : , = "
+                                  "%, begins with @ + or ., or has a blank at an end (0xFF000003)";
+    for (const char* name : {"a'b", "a\"b", "a/b", "$(reboot)", "\x1B[2J", "a:b", "@staff",
+                             ".hidden", "a,b", "a ", "50%", "a=b"}) {
         expectRefusal(name, "secret", character);
     }
     for (const char* password : {"a'b", "a\"b", "a\\b", "$(reboot)", "`reboot`", "\x1B[2J"}) {

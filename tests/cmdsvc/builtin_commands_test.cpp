@@ -22,7 +22,7 @@ class BuiltinCommands : public root::Test {
     const std::string search = "ps | grep pelstatus> " + root::workFile("startPelStatus");
 };
 
-TEST_F(BuiltinCommands, statusServiceIsStartedAndGoodAnswered)
+TEST_F(BuiltinCommands, collectorIsStartedAndGoodIsAnswered)
 {
     root::stub("ps", "echo grep pelstatus");
     root::stub("startapp", "exit 0");
@@ -36,7 +36,7 @@ TEST_F(BuiltinCommands, statusServiceIsStartedAndGoodAnswered)
                        trace("return good 0")}));
 }
 
-TEST_F(BuiltinCommands, runningStatusServiceIsGood)
+TEST_F(BuiltinCommands, goodIsAnsweredIfTheCollectorRuns)
 {
     root::stub("ps", "echo pelstatus");
     const Outcome outcome = process(frame("sgss", 256));
@@ -46,7 +46,7 @@ TEST_F(BuiltinCommands, runningStatusServiceIsGood)
                                       trace("return good 0")}));
 }
 
-TEST_F(BuiltinCommands, failingSearchIsGoodAllTheSame)
+TEST_F(BuiltinCommands, goodIsAnsweredEvenIfTheSearchFails)
 {
     root::stub("ps", "exit 0");
     const Outcome outcome = process(frame("sgss", 0));

@@ -24,7 +24,7 @@ cmdsvc::Channel& channel()
     return cmdsvc::channel();
 }
 
-/// A request is in hand.
+/// A channel with a current request.
 class Channel : public root::Test {
   protected:
     void SetUp() override
@@ -75,7 +75,7 @@ TEST_F(Channel, tagIsTheCommandsOwn)
     EXPECT_EQ(std::string(bytes.begin(), bytes.end()), "wags " + le32(2) + "\n");
 }
 
-TEST_F(Channel, writingTellsHowMuchHasBeenWritten)
+TEST_F(Channel, writingReturnsTheNumberOfBytes)
 {
     EXPECT_EQ(channel().write({"a\0b", 3}), 3U);
     EXPECT_EQ(answer(), std::string("a\0b", 3));
@@ -84,7 +84,7 @@ TEST_F(Channel, writingTellsHowMuchHasBeenWritten)
     EXPECT_EQ(channel().write("abc"), 0U);
 }
 
-TEST_F(Channel, answerThatCannotBeOpenedIsToldAndTheOneBeforeIsWhole)
+TEST_F(Channel, answerThatCannotBeOpenedIsAFailureAndThePreviousOneIsWhole)
 {
     channel().writeWord(cmdsvc::kGood);
     std::filesystem::create_directory("/tmp/outbuf8");
@@ -101,14 +101,14 @@ TEST_F(Channel, statusFrameHasNameAndCode)
     EXPECT_EQ(answer(), "sub1 " + le32(0xC2000002) + std::string(1, '\0'));
 }
 
-TEST_F(Channel, statusFrameGivesBackTheResultOfItsTrace)
+TEST_F(Channel, statusFrameReturnsTheResultOfItsTrace)
 {
     watch::answer("echo", 0x500, 0);
     EXPECT_EQ(SendReturnStatus(0, "subs"), 0x500);
     EXPECT_EQ(answer(), "subs " + le32(0) + std::string(1, '\0'));
 }
 
-TEST_F(Channel, statusFrameTracesHowMuchHasBeenWritten)
+TEST_F(Channel, statusFrameTracesTheNumberOfBytesWritten)
 {
     request::loseAnswer();
     EXPECT_EQ(SendReturnStatus(0xF0000001, "gspc"), 0);
@@ -122,13 +122,13 @@ TEST_F(Channel, longNameIsCutInAStatusFrame)
     EXPECT_EQ(answer(), "toolo" + le32(1) + std::string(1, '\0'));
 }
 
-TEST_F(Channel, shortNameKeepsTheCodesPlace)
+TEST_F(Channel, codeHasTheSamePlaceAfterAShortName)
 {
     SendReturnStatus(1, "ab");
     EXPECT_EQ(answer(), std::string("ab \0\0", 5) + le32(1) + std::string(1, '\0'));
 }
 
-TEST_F(Channel, answerThatACallerHasSetIsNotOursToClose)
+TEST_F(Channel, answerThatACallerHasSetIsNotClosed)
 {
     FILE* theirs = std::fopen("/tmp/theirs", "w");
     fout_buf = theirs;
@@ -167,7 +167,7 @@ TEST_F(Channel, closingClearsTheSlot)
     EXPECT_TRUE(channel().closeFile()) << "a second close does nothing";
 }
 
-TEST_F(Channel, closeThatFailsIsToldAndClearsTheSlotAllTheSame)
+TEST_F(Channel, failedCloseIsReturnedAndClearsTheSlot)
 {
     FILE* file = channel().openFile("/dev/full", "w");
     ASSERT_NE(std::fputs("x", file), EOF);
@@ -178,7 +178,7 @@ TEST_F(Channel, closeThatFailsIsToldAndClearsTheSlotAllTheSame)
 
 TEST_F(Channel, olderFileOfTheSlotDoesNotChangeTheReasonOfAFailedOpen)
 {
-    // Closing this one fails for want of space.
+    // Closing this file fails because the device is full.
     FILE* file = channel().openFile("/dev/full", "w");
     ASSERT_NE(std::fputs("x", file), EOF);
     errno = 0;
@@ -205,7 +205,7 @@ TEST_F(Channel, errorExitsCloseRemoveAndTrace)
     EXPECT_EQ(answer(), "erro " + le32(2) + le32(2));
 }
 
-TEST_F(Channel, wordExitGivesBackTheResultOfItsTrace)
+TEST_F(Channel, wordExitReturnsTheResultOfItsTrace)
 {
     watch::answer("echo", 0x500, 0);
     EXPECT_EQ(channel().endWithWord(cmdsvc::kMalformed), 0x500);
@@ -225,8 +225,8 @@ TEST_F(Channel, exitThatKeepsItsFileOnlyRemovesItIfOneIsOpen)
     EXPECT_EQ(answer(), le32(3) + le32(3));
 }
 
-/// What happens in /tmp during an exit with a file open in the slot. The answer is not buffered, so
-/// that its writing shows.
+/// The events in /tmp during an exit with a file open in the slot. The answer is not buffered, so
+/// that its writes are seen.
 template <class Exit> Lines eventsOf(Exit exit)
 {
     root::writeFile(cmdsvc::kWorkFile, "x");
@@ -270,7 +270,7 @@ class ParameterLine : public Channel {
         ASSERT_TRUE(channel().open(7));
     }
 
-    /// Takes the next line; what it holds as text.
+    /// Takes the next line. Returns its text.
     static std::string next(const cmdsvc::Parameter& parameter = kLine)
     {
         return channel().takeLine(parameter).text();
@@ -287,7 +287,7 @@ class ParameterLine : public Channel {
         return text;
     }
 
-    /// Cuts a newline, and compares what is left, zeros and all.
+    /// Cuts a newline, and compares the rest, zeros included.
     static void expectCut(std::string_view bytes, bool isCut, std::string_view left)
     {
         cmdsvc::ParameterLine line;
@@ -306,7 +306,7 @@ TEST_F(ParameterLine, linesFollowOneAnotherWithTheirNewlines)
     EXPECT_EQ(next(), "\xC3\xA9lise\r\n");
 }
 
-TEST_F(ParameterLine, lineIsAValueOfItsOwnWithZerosAfterIt)
+TEST_F(ParameterLine, lineIsACopyWithZerosAfterIt)
 {
     put("a line that is longer\nab\n");
     const cmdsvc::ParameterLine first = channel().takeLine(kLine);
@@ -316,9 +316,9 @@ TEST_F(ParameterLine, lineIsAValueOfItsOwnWithZerosAfterIt)
     EXPECT_FALSE(second.isMissing);
 }
 
-TEST_F(ParameterLine, lineThatIsNotThereReadsAsAnEmptyText)
+TEST_F(ParameterLine, missingLineIsAnEmptyText)
 {
-    // Zeros are in the buffer after a request; they are bytes, too.
+    // The zeros after a request are part of its last line.
     put("anna\n");
     EXPECT_EQ(next(), "anna\n");
     const cmdsvc::ParameterLine line = channel().takeLine(kLine);
@@ -326,7 +326,7 @@ TEST_F(ParameterLine, lineThatIsNotThereReadsAsAnEmptyText)
     EXPECT_FALSE(line.isMissing);
 }
 
-TEST_F(ParameterLine, lineWithoutItsNewlineReadsAsItsText)
+TEST_F(ParameterLine, lineWithoutANewlineIsTakenWhole)
 {
     put("anna");
     EXPECT_EQ(next(), "anna");
@@ -341,7 +341,7 @@ TEST_F(ParameterLine, zeroByteEndsTheTextButNotTheLine)
     EXPECT_EQ(next(), "bob\n");
 }
 
-TEST_F(ParameterLine, longLineIsTakenInPiecesOfItsRowsRoom)
+TEST_F(ParameterLine, longLineIsTakenInPiecesOfTheSizeInItsRow)
 {
     put(std::string(4094, 'n') + "m");
     EXPECT_EQ(next(), std::string(4094, 'n'));
@@ -358,7 +358,7 @@ TEST_F(ParameterLine, newlineOfTheLongestWholeLineIsTaken)
     EXPECT_EQ(next(), "m");
 }
 
-TEST_F(ParameterLine, ifNothingIsLeftItIsTheLineBeforeWithoutItsNewline)
+TEST_F(ParameterLine, ifNothingIsLeftThePreviousLineIsTakenWithoutItsNewline)
 {
     put(std::string(4093, 'n') + "m\n");
     EXPECT_EQ(next(), std::string(4093, 'n') + "m");
@@ -374,7 +374,7 @@ TEST_F(ParameterLine, ifNothingIsLeftItIsTheLineBeforeWithoutItsNewline)
     EXPECT_EQ(next(), "x");
 }
 
-TEST_F(ParameterLine, missingLineOfOneRequestIsForgottenInTheNext)
+TEST_F(ParameterLine, missingLineDoesNotAffectTheNextRequest)
 {
     put(std::string(4094, 'n') + "\n");
     next();
@@ -394,13 +394,13 @@ TEST_F(ParameterLine, newlineAtTheEndIsCut)
     expectCut(std::string(4094, 'n') + "\n", true, std::string(4094, 'n'));
 }
 
-TEST_F(ParameterLine, oneNewlineIsCutAndNoMore)
+TEST_F(ParameterLine, onlyOneNewlineIsCut)
 {
     expectCut("anna\n\n", true, "anna\n");
     expectCut("\n\n", true, "\n");
 }
 
-TEST_F(ParameterLine, textThatEndsOtherwiseIsLeftAlone)
+TEST_F(ParameterLine, textWithoutANewlineAtItsEndIsNotChanged)
 {
     expectCut("", false, "");
     expectCut("anna", false, "anna");
@@ -408,7 +408,7 @@ TEST_F(ParameterLine, textThatEndsOtherwiseIsLeftAlone)
     expectCut("an\nna", false, "an\nna");
 }
 
-TEST_F(ParameterLine, newlineAfterAZeroByteIsNotSeen)
+TEST_F(ParameterLine, newlineAfterAZeroByteIsNotCut)
 {
     const std::string line("an\0na\n", 6);
     expectCut(line, false, line);
@@ -416,7 +416,7 @@ TEST_F(ParameterLine, newlineAfterAZeroByteIsNotSeen)
     expectCut(std::string("an\n\0na\n", 7), true, std::string("an\0\0na\n", 7));
 }
 
-TEST_F(ParameterLine, copyIsItsText)
+TEST_F(ParameterLine, lineIsCopiedUpToItsZeroByte)
 {
     cmdsvc::ParameterLine line;
     std::string_view("anna\0x", 6).copy(line.bytes.data(), 6);

@@ -26,12 +26,12 @@ class Dispatcher : public request::Test {};
 
 // ---- Rows -------------------------------------------------------------------------------------
 
-/// What the protocol page says of a command.
+/// The protocol page's row of a command.
 struct Row {
     std::string code;
     std::vector<unsigned> counts; ///< empty: any count
     std::uint32_t wrongCountCode;
-    char exit; ///< as the page names it; ' ' where no count is wrong
+    char exit; ///< as the page names it; ' ' if no count is wrong
 };
 
 const std::vector<Row> kRows = {
@@ -75,7 +75,7 @@ Lines wrongCountCalls(const Row& row, std::uint32_t count)
 
 constexpr int kNewNumber = 8;
 
-/// The path of an answer that no request before has left.
+/// The path of an answer that no earlier request has left.
 std::string newAnswerPath()
 {
     const std::string path = "/tmp/outbuf" + std::to_string(kNewNumber);
@@ -83,7 +83,7 @@ std::string newAnswerPath()
     return path;
 }
 
-/// The answer is still being written: so much of it waits in its stream, and its file is empty.
+/// Expects that the answer is open: WRITTEN bytes are in its stream, and its file is empty.
 void expectOpenAndEmpty(const std::string& path, long written)
 {
     ASSERT_NE(fout_buf, nullptr) << path;
@@ -92,7 +92,7 @@ void expectOpenAndEmpty(const std::string& path, long written)
     EXPECT_EQ(root::readFile(path), "");
 }
 
-TEST_F(Dispatcher, wrongCountIsAnsweredByEachRowInItsWay)
+TEST_F(Dispatcher, wrongCountIsAnsweredAsEachRowSays)
 {
     for (const Row& row : kRows) {
         for (const std::uint32_t count : {0U, 1U, 2U, 3U, 4U, 5U, 255U, 0x101U, 0x104U}) {
@@ -141,7 +141,7 @@ TEST_F(Dispatcher, rightCountRunsTheCommand)
     }
 }
 
-TEST_F(Dispatcher, wrongCountGivesBackTheResultOfItsLastTrace)
+TEST_F(Dispatcher, wrongCountReturnsTheResultOfItsLastTrace)
 {
     for (const Row& row : kRows) {
         if (row.exit == ' ') {
@@ -211,7 +211,7 @@ TEST_F(Dispatcher, unknownCodeLeavesTheAnswerOpenAndEmpty)
     expectOpenAndEmpty(path, 0);
 }
 
-TEST_F(Dispatcher, answerOfNothingIsAnEmptyFile)
+TEST_F(Dispatcher, ignoredCommandLeavesAnEmptyAnswer)
 {
     for (const std::string& request :
          {frame("gubs", 0), frame("dscr", 0), frame("ipcf", 0), frame("rtov", 2)}) {
@@ -243,7 +243,7 @@ TEST_F(Dispatcher, lineIsTracedByteByByteBeforeItsCountIsChecked)
 
 // ---- Frames -----------------------------------------------------------------------------------
 
-TEST_F(Dispatcher, newlineEndsTheLineWhereverItStands)
+TEST_F(Dispatcher, newlineEndsTheLineInEveryPlace)
 {
     // A count of ten ends the line within the count.
     const Outcome outcome = process("rtov " + le32(10));
@@ -252,7 +252,7 @@ TEST_F(Dispatcher, newlineEndsTheLineWhereverItStands)
     EXPECT_EQ(process("\nrtov" + le32(2)).result, -1);
 }
 
-TEST_F(Dispatcher, shortLineShowsNothingOfTheOneBefore)
+TEST_F(Dispatcher, shortLineShowsNothingOfThePreviousOne)
 {
     EXPECT_EQ(process(frame("gubs", 0x05040302)).result, 0);
     const Outcome outcome = process("rtov\n");
@@ -277,7 +277,7 @@ TEST_F(Dispatcher, lineWithoutANewlineIsReadUpToFourThousandNinetyFourBytes)
 
 TEST_F(Dispatcher, framesOfEveryLengthAreSafe)
 {
-    // Traces are not run here: four thousand shells would tell nothing more.
+    // Traces are not run here: four thousand shells would take long and show nothing more.
     for (const char fill : {'\0', '\xFF', 'g', '\n'}) {
         for (std::size_t size = 0; size <= 4096; size += (size < 64 || size > 4080) ? 1 : 97) {
             request::load(std::string(size, fill));

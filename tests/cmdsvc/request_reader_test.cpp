@@ -40,7 +40,7 @@ std::string padded(std::string text)
     return text;
 }
 
-TEST(RequestReader, firstLineHasZerosBehindIt)
+TEST(RequestReader, firstLineHasZerosAfterIt)
 {
     EXPECT_EQ(firstLine(RequestReader("lstu\nmore")), padded("lstu\n"));
     EXPECT_EQ(firstLine(RequestReader("lstu")), padded("lstu"));
@@ -56,7 +56,7 @@ TEST(RequestReader, firstLineKeepsItsZeroBytes)
     EXPECT_EQ(reader.takeLine(100), "anna\n");
 }
 
-TEST(RequestReader, firstLineTakesAllButTwoBytesAtMost)
+TEST(RequestReader, firstLineTakesAllExceptTwoBytesAtMost)
 {
     const std::string request = std::string(4094, 'a') + "bc";
     RequestReader reader(request);
@@ -81,7 +81,7 @@ TEST(RequestReader, longLineIsTakenInPieces)
     EXPECT_EQ(reader.takeLine(3), "g\n") << "it just fits";
 }
 
-TEST(RequestReader, zerosBehindTheRequestBelongToItsLastLine)
+TEST(RequestReader, zerosAfterTheRequestBelongToItsLastLine)
 {
     RequestReader reader("x\nanna");
     const std::string_view line = reader.takeLine(VOK_REQUEST_SIZE - 1);
@@ -90,7 +90,7 @@ TEST(RequestReader, zerosBehindTheRequestBelongToItsLastLine)
     EXPECT_EQ(reader.rest(), "");
 }
 
-TEST(RequestReader, behindTheEndThereIsNothing)
+TEST(RequestReader, nothingIsTakenAfterTheEnd)
 {
     RequestReader reader("x\n" + std::string(4093, 'a') + "b");
     EXPECT_EQ(reader.takeLine(5000).size(), 4094U);
@@ -108,7 +108,7 @@ TEST(RequestReader, bytesAreTakenOneByOne)
     EXPECT_EQ(reader.takeLine(100), "b\n");
 }
 
-TEST(RequestReader, restIsAllThatIsLeftWithTheZeros)
+TEST(RequestReader, restIncludesTheZeros)
 {
     RequestReader reader("x\nanna\nbob\n");
     EXPECT_EQ(reader.rest().size(), std::size_t{VOK_REQUEST_SIZE - 2});
@@ -117,7 +117,7 @@ TEST(RequestReader, restIsAllThatIsLeftWithTheZeros)
     EXPECT_EQ(reader.rest().size(), std::size_t{VOK_REQUEST_SIZE - 7}) << "looking takes nothing";
 }
 
-TEST(RequestReader, asManyBytesAreTakenAsThereAre)
+TEST(RequestReader, fewerBytesAreTakenAtTheEnd)
 {
     RequestReader reader("x\nab\ncd");
     EXPECT_EQ(reader.takeBytes(4), "ab\nc");
@@ -145,14 +145,14 @@ TEST(RequestReader, textEndsWithTheRequest)
     EXPECT_EQ(reader.takeText(), "");
 }
 
-TEST(RequestReader, parametersAreAllThatFollowsTheFirstLine)
+TEST(RequestReader, parametersAreAllBytesAfterTheFirstLine)
 {
     RequestReader reader("x\nanna\nbob");
     reader.takeLine(100);
     EXPECT_EQ(reader.parameters(), "anna\nbob" + std::string(VOK_REQUEST_SIZE - 10, '\0'));
 }
 
-TEST(RequestReader, firstLineWithAnotherLengthThan10IsComplete)
+TEST(RequestReader, firstLineIsCompleteUnlessTheLengthIs10)
 {
     RequestReader reader("gspc \x05Media\nmore\n");
     EXPECT_EQ(reader.completeFirstLine(cmdsvc::parameter("gspc", "share")),
@@ -160,7 +160,7 @@ TEST(RequestReader, firstLineWithAnotherLengthThan10IsComplete)
     EXPECT_EQ(reader.takeLine(100), "more\n");
 }
 
-TEST(RequestReader, lineThatALengthOf10HasEndedGoesOnInTheNext)
+TEST(RequestReader, lineEndedByALengthOf10ContinuesInTheNext)
 {
     RequestReader share("gspc \nMedia\nmore\n");
     EXPECT_EQ(share.completeFirstLine(cmdsvc::parameter("gspc", "share")), padded("gspc Media\n"))
@@ -196,7 +196,7 @@ TEST(RequestReader, codeAndCountAreLittleEndianAndZeroIfTheyAreMissing)
     EXPECT_EQ(cmdsvc::codeOf(""), 0U);
 }
 
-TEST(RequestReader, bufferHoldsTheRequestAndZerosOrWhatFits)
+TEST(RequestReader, bufferHoldsTheRequestAndZerosOrIsCut)
 {
     const cmdsvc::RequestBuffer buffer = cmdsvc::bufferOf("ab");
     EXPECT_EQ(std::string(buffer.data(), buffer.size()), padded("ab"));
@@ -220,7 +220,7 @@ TEST(RequestReader, textEndsAtItsFirstZero)
     EXPECT_EQ(textOf(""), "");
 }
 
-/// Takes the same things off a request as the handlers do, with what the C library gives them.
+/// Takes a request apart with the C library's functions, as handlers could.
 class HandlersReader {
   public:
     explicit HandlersReader(const std::string& request)
@@ -255,7 +255,7 @@ class HandlersReader {
     std::unique_ptr<FILE, Closer> stream_;
 };
 
-TEST(RequestReader, takesApartWhateverComesAsTheHandlersDo)
+TEST(RequestReader, takesRandomRequestsApartAsTheHandlersDo)
 {
     constexpr auto kSizes =
         std::to_array<std::size_t>({2, 3, 10, 255, 256, VOK_REQUEST_SIZE - 1, VOK_REQUEST_SIZE});

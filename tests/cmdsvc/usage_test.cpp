@@ -43,7 +43,7 @@ class Usage : public root::Test {
         std::memcpy(table.bytes, content.data(), content.size());
     }
 
-    /// A table with all codes; one slot counts so much.
+    /// A table with all codes and a count in one slot.
     static std::string tableWith(std::size_t slot, std::uint32_t count)
     {
         std::string content;
@@ -67,7 +67,7 @@ class Usage : public root::Test {
         root::Test::TearDown();
     }
 
-    /// Counts one command at a time of the clock, when the last save was at another.
+    /// Counts one command at a time of the clock, after a last save at another time.
     void countAt(std::int64_t clock, std::int32_t saved)
     {
         setBytes(tableWith(kNoSlot, 0));
@@ -126,7 +126,7 @@ TEST_F(Usage, countersOfANewTableAreNotTouched)
     EXPECT_EQ(bytes(), expected + std::string(8, '\x05'));
 }
 
-TEST_F(Usage, preparedTableIsLeftAlone)
+TEST_F(Usage, preparedTableIsNotChanged)
 {
     const std::string content = "crat" + std::string(164, 'x');
     setBytes(content);
@@ -144,7 +144,7 @@ TEST_F(Usage, tableIsReadFromItsFile)
     EXPECT_EQ(watch::calls(), Lines{trace("init_cmd_buffer() -- read from file " + kFile)});
 }
 
-TEST_F(Usage, nothingBehindTheTableIsTouched)
+TEST_F(Usage, nothingAfterTheTableIsTouched)
 {
     std::array<CommandUsage, 2> tables{};
     root::writeFile(kFile, std::string(2 * sizeof(CommandUsage), 'z'));
@@ -153,7 +153,7 @@ TEST_F(Usage, nothingBehindTheTableIsTouched)
               std::string(168, 'z') + std::string(168, '\0'));
 }
 
-TEST_F(Usage, fileThatHoldsNoCodesIsReadAllTheSame)
+TEST_F(Usage, fileWithoutCodesIsRead)
 {
     for (const std::string& content : {std::string(), std::string(168, 'z'), std::string("x")}) {
         table = {};
@@ -256,7 +256,7 @@ constexpr std::int32_t kToday = 1800000000;
 /// The first second that 32 signed bits do not hold, in 2038.
 constexpr std::int64_t kBehindLast = std::int64_t{kLast} + 1;
 
-TEST_F(Usage, saveIsDueBehindFiveMinutes)
+TEST_F(Usage, saveIsDueAfterFiveMinutes)
 {
     expectNoSave(kToday, kToday);
     expectNoSave(kToday, kToday - 299);
@@ -298,7 +298,7 @@ TEST_F(Usage, lastSaveInTheFutureIsNotDue)
     expectSave(kLast, kLast - 301, kLast);
 }
 
-TEST_F(Usage, savesGoOnWhereTheClockLeavesThirtyTwoBits)
+TEST_F(Usage, savesContinueWhenTheClockExceedsThirtyTwoBits)
 {
     expectNoSave(kBehindLast, kLast);
     expectNoSave(kBehindLast, kLast - 299);
@@ -312,7 +312,7 @@ TEST_F(Usage, savesGoOnWhereTheClockLeavesThirtyTwoBits)
     expectSave(kBehindLast + 1000, 0, kFirst + 1000);
 }
 
-TEST_F(Usage, fileIsWholeWhenItsSaveIsTracedAndTheTimeKeptAfterThat)
+TEST_F(Usage, fileIsWholeBeforeItsSaveIsTracedAndTheTimeIsSetAfterThat)
 {
     setBytes(tableWith(kNoSlot, 0));
     root::clock = kToday;

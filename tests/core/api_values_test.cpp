@@ -38,7 +38,7 @@ class ApiValues : public root::Test {
     }
 };
 
-TEST_F(ApiValues, valueStandsBehindTheKey)
+TEST_F(ApiValues, valueIsAfterTheKey)
 {
     expectValue("<xml>\n  <key>tower</key>\n</xml>\n", "tower");
     expectValue("<key></key>\n", "");
@@ -116,7 +116,7 @@ TEST_F(ApiValues, eachAccessorHasABufferOfItsOwn)
     EXPECT_STREQ(first, "2");
 }
 
-TEST_F(ApiValues, anyCommandIsAskedAndReportsInComments)
+TEST_F(ApiValues, anyCommandIsRunAndMessagesAreComments)
 {
     watch::mayBeStrange("tool");
     root::stub("tool", "echo \"<key>$1</key>\" >\"$2\"");
@@ -129,7 +129,7 @@ TEST_F(ApiValues, anyCommandIsAskedAndReportsInComments)
     EXPECT_FALSE(root::exists(output));
 }
 
-TEST_F(ApiValues, commandsFailuresAreComments)
+TEST_F(ApiValues, failuresOfACommandAreComments)
 {
     watch::mayBeStrange("");
     testing::internal::CaptureStdout();
@@ -171,7 +171,7 @@ TEST_F(ApiValues, outputIsClosedAndRemovedBeforeTheValueIsTraced)
     EXPECT_FALSE(isOpen);
 }
 
-TEST_F(ApiValues, commandsCommentsAreOutAtOnce)
+TEST_F(ApiValues, commentsAreFlushedAtOnce)
 {
     watch::mayBeStrange("t");
     root::stub("tool", "echo \"<key>x</key>\" >\"$1\"");
@@ -194,7 +194,7 @@ class SetApiValue : public root::Test {
     const std::string line = "sudo /usr/bin/php /etc/inc/api_system.php tovSet a value > " + output;
 };
 
-TEST_F(SetApiValue, argumentGoesToTheScriptAsItStands)
+TEST_F(SetApiValue, argumentReachesTheScriptUnchanged)
 {
     root::stub("php", "echo \"$#:$*\" >/tmp/seen; echo printed");
     EXPECT_EQ(setSysVar("a value", "tovSet"), 0);
@@ -203,7 +203,7 @@ TEST_F(SetApiValue, argumentGoesToTheScriptAsItStands)
     EXPECT_FALSE(root::exists(output));
 }
 
-TEST_F(SetApiValue, outputIsThereUntilTheResultIsTraced)
+TEST_F(SetApiValue, outputIsRemovedAfterTheResultIsTraced)
 {
     root::stub("php", "echo printed");
     std::string atTheTrace;

@@ -25,7 +25,7 @@ class BuildInfo : public root::Test {
     }
 };
 
-TEST_F(BuildInfo, firstLineWithoutItsNewline)
+TEST_F(BuildInfo, resultIsTheFirstLineWithoutItsNewline)
 {
     expectInfo("Tower 1.2.3 (build 45)\nsecond\n", "Tower 1.2.3 (build 45)");
 }
@@ -41,7 +41,7 @@ TEST_F(BuildInfo, carriageReturnStays)
     expectInfo("1.2\r3\n", "1.2\r3");
 }
 
-TEST_F(BuildInfo, emptyFirstLineAndEmptyFileAreEmpty)
+TEST_F(BuildInfo, resultIsEmptyForAnEmptyFirstLineOrFile)
 {
     expectInfo("\nx", "");
     expectInfo("", "");
@@ -52,7 +52,7 @@ TEST_F(BuildInfo, longLineIsCut)
     expectInfo(std::string(600, 'x') + "\n", std::string(511, 'x'));
 }
 
-TEST_F(BuildInfo, missingFileIsEmptyEvenAfterAGoodOne)
+TEST_F(BuildInfo, missingFileIsEmptyEvenAfterAnEarlierResult)
 {
     expectInfo("1.2.3\n", "1.2.3");
     std::filesystem::remove(kFile);

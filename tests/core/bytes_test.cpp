@@ -25,7 +25,7 @@ TEST(Bytes, thirtyTwoBitsAreLeastSignificantFirst)
     EXPECT_EQ(core::u32Bytes(0xF1E2D3C4), out);
 }
 
-TEST(Bytes, limitsComeBack)
+TEST(Bytes, limitsAreDecodedAsEncoded)
 {
     for (const std::uint32_t value : {0U, 1U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
         std::array<char, 4> out{};
@@ -51,7 +51,7 @@ TEST(Bytes, missingBytesOfAWordAreZero)
     EXPECT_EQ(core::u32At("", 0), 0U);
 }
 
-TEST(Bytes, alphanumericIsWhatTheCLocaleSaysForEveryByte)
+TEST(Bytes, alphanumericAgreesWithTheCLocaleForEveryByte)
 {
     for (int value = 0; value < 256; ++value) {
         EXPECT_EQ(core::isAsciiAlphanumeric(static_cast<std::uint8_t>(value)),
@@ -60,7 +60,7 @@ TEST(Bytes, alphanumericIsWhatTheCLocaleSaysForEveryByte)
     }
 }
 
-TEST(Bytes, upperCaseIsWhatTheCLocaleSaysForEveryByte)
+TEST(Bytes, upperCaseAgreesWithTheCLocaleForEveryByte)
 {
     for (int value = 0; value < 256; ++value) {
         EXPECT_EQ(core::byteOf(core::toAsciiUpper(static_cast<char>(value))), std::toupper(value))

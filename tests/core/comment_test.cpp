@@ -36,7 +36,7 @@ TEST(Comment, isFlushedAtOnce)
     });
 }
 
-TEST(Comment, errnoIsLeftAsItWasEvenWhereNothingCanBePrinted)
+TEST(Comment, errnoIsNotChangedEvenIfNothingCanBePrinted)
 {
     root::inChild([] {
         ASSERT_NE(std::freopen("/dev/full", "w", stdout), nullptr);

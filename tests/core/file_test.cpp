@@ -18,7 +18,7 @@ using Lines = std::vector<std::string>;
 
 class File : public root::Test {};
 
-TEST_F(File, linesLongerThanTheBufferComeInPieces)
+TEST_F(File, linesLongerThanTheBufferAreReadInPieces)
 {
     root::writeFile("/tmp/in", "abcdefg\nxy\n\nlast");
     const core::File file = core::openFile("/tmp/in", "r");
@@ -81,7 +81,7 @@ TEST_F(File, failureToOpenSetsErrno)
     EXPECT_EQ(errno, EISDIR);
 }
 
-TEST_F(File, shellLinesDoNotHoldItOpen)
+TEST_F(File, shellLinesDoNotInheritIt)
 {
     watch::mayBeStrange("[ !");
     root::writeFile("/tmp/in", "");
@@ -92,7 +92,7 @@ TEST_F(File, shellLinesDoNotHoldItOpen)
     EXPECT_FALSE(root::exists("/tmp/out"));
 }
 
-TEST_F(File, numberIsTheFirstLines)
+TEST_F(File, numberIsReadFromTheFirstLine)
 {
     const auto expectNumber = [](const std::string& content, std::int32_t number) {
         root::writeFile("/tmp/in", content);
@@ -115,7 +115,7 @@ TEST_F(File, folderHoldsNoNumber)
     EXPECT_EQ(core::readNumber(core::openFile("/tmp", "r").get(), 77), 77);
 }
 
-TEST_F(File, workFilesCarryTheIdOfTheProcessThatWritesThem)
+TEST_F(File, workFileNamesEndInTheProcessId)
 {
     EXPECT_EQ(core::workFileName("share_info").data(), root::workFile("share_info"));
     root::inChild([] {

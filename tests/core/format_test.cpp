@@ -13,7 +13,7 @@ TEST(FormatBounded, textThatFitsIsWhole)
     EXPECT_STREQ(out.data(), "abcd-42");
 }
 
-TEST(FormatBounded, longerTextIsCutAndNothingBehindIsTouched)
+TEST(FormatBounded, longerTextIsCutAndBytesAfterTheBufferStay)
 {
     std::array<char, 12> out;
     out.fill('#');
@@ -21,7 +21,7 @@ TEST(FormatBounded, longerTextIsCutAndNothingBehindIsTouched)
     EXPECT_EQ(std::string_view(out.data(), out.size()), std::string_view("abcdefg\0####", 12));
 }
 
-TEST(FormatBounded, smallestBuffers)
+TEST(FormatBounded, smallestBuffersHoldATerminatorOrNothing)
 {
     std::array<char, 2> out = {'#', '#'};
     core::formatBounded(std::span(out).first(0), "%s", "text");

@@ -40,7 +40,7 @@ TEST(Languages, areFoundByTheWholeCodeOrName)
     }
 }
 
-TEST(Languages, ofAShareNameAreFiveInAnOrderOfTheirOwn)
+TEST(Languages, fiveHaveAShareNameInTheOrderOfTheSearch)
 {
     Strings codes;
     for (const core::Language* language : core::kShareNameLanguages) {

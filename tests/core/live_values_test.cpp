@@ -14,7 +14,7 @@ class LiveValues : public root::Test {
   protected:
     const std::string output = root::workFile("getsetvar");
 
-    /// Has the tool print a text and compares the value, the calls and what goes to standard error.
+    /// Makes the tool print a text, and compares the value, the calls and standard error.
     void expectValue(int kind, const std::string& line, const std::string& printed,
                      const std::string& value)
     {
@@ -52,7 +52,7 @@ const std::string kIfconfig = "eth0      Link encap:Ethernet  HWaddr 00:1A:2B:3C
                               "Mask:255.255.255.0\n"
                               "lo        inet addr:127.0.0.1  Mask:255.0.0.0\n";
 
-TEST_F(LiveValues, addressIsBehindAddr)
+TEST_F(LiveValues, addressIsAfterAddr)
 {
     expectAddress(kIfconfig, "192.168.1.20");
     expectAddress("addr:10.0.0.1", "10.0.0.1");
@@ -63,7 +63,7 @@ TEST_F(LiveValues, addressIsBehindAddr)
     expectAddress("addr:", "");
 }
 
-TEST_F(LiveValues, hardwareAddressIsBehindHwaddrAndABlank)
+TEST_F(LiveValues, hardwareAddressIsAfterHwaddrAndABlank)
 {
     expectHardwareAddress(kIfconfig, "00:1A:2B:3C:4D:5E");
     expectHardwareAddress("HWaddr 0a:1b", "0");
@@ -72,7 +72,7 @@ TEST_F(LiveValues, hardwareAddressIsBehindHwaddrAndABlank)
     expectHardwareAddress("HWaddr", "");
 }
 
-TEST_F(LiveValues, maskIsBehindMask)
+TEST_F(LiveValues, maskIsAfterMask)
 {
     expectMask(kIfconfig, "255.255.255.0");
     expectMask("Mask:255.0.0.0:24\n", "255.0.0.0");
@@ -80,7 +80,7 @@ TEST_F(LiveValues, maskIsBehindMask)
     expectMask("Masks Mask:1.2.3.4", "");
 }
 
-TEST_F(LiveValues, textThatIsAlmostAMarkIsPassedOver)
+TEST_F(LiveValues, textThatIsAlmostAMarkIsSkipped)
 {
     expectAddress("eth0 HWaddr 00:1A inet addr:10.0.0.1\n", "10.0.0.1");
     expectHardwareAddress("HWadd 12345 HWaddr 0A:1B\n", "0A:1B");
@@ -97,7 +97,7 @@ TEST_F(LiveValues, gatewayIsTheSecondColumn)
     expectGateway("0.0.0.0 UG none\n", "");
 }
 
-TEST_F(LiveValues, gatewayBeginsAtTheNinthCharacterAtTheEarliest)
+TEST_F(LiveValues, gatewayBeginsAtTheNinthCharacterOrLater)
 {
     expectGateway("0.0.0.07 UG\n", "");
     expectGateway("0.0.0.0 8 UG\n", "8");
@@ -134,7 +134,7 @@ TEST_F(LiveValues, longLineIsCutAndNeverReadPastItsEnd)
     expectHardwareAddress(std::string(504, ' ') + "HWaddr 12\n", "");
 }
 
-TEST_F(LiveValues, markThatTheEndOfALongLineCutsIsNone)
+TEST_F(LiveValues, markCutByTheEndOfALongLineIsNotFound)
 {
     expectAddress(std::string(507, '1') + "addr:2\n", "");
     expectHardwareAddress(std::string(505, '1') + "HWaddr 12\n", "");
@@ -142,7 +142,7 @@ TEST_F(LiveValues, markThatTheEndOfALongLineCutsIsNone)
     expectMask(std::string(508, '1') + "Mask:2\n", "");
 }
 
-TEST_F(LiveValues, toolThatCannotRunGivesNoOlderValue)
+TEST_F(LiveValues, valueIsEmptyIfTheToolCannotRun)
 {
     expectAddress(kIfconfig, "192.168.1.20");
     watch::restart();
@@ -184,7 +184,7 @@ TEST_F(LiveValues, missingOutputIsAnEmptyValue)
     EXPECT_STREQ(getSystemVar("", 1), "");
 }
 
-TEST_F(LiveValues, protocolAndUnknownKindsAskNobody)
+TEST_F(LiveValues, protocolAndUnknownKindsRunNothing)
 {
     testing::internal::CaptureStderr();
     EXPECT_STREQ(getSystemVar("", 3), "dhcp_client");

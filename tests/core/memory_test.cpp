@@ -31,7 +31,7 @@ TEST(Memory, copyEndsAtTheFirstZeroByte)
     EXPECT_STREQ(copy.get(), "ab");
 }
 
-TEST(Memory, copyIsItsOwn)
+TEST(Memory, copyDoesNotShareItsBytes)
 {
     std::string text = "anna";
     const core::Text copy = core::copyText(text.c_str());
@@ -42,7 +42,7 @@ TEST(Memory, copyIsItsOwn)
     EXPECT_EQ(text, "beth");
 }
 
-TEST(Memory, withoutMemoryThereIsNoCopyButAReason)
+TEST(Memory, withoutMemoryThereIsNoCopyAndErrnoIsSet)
 {
     const faults::Guard noMemory = faults::failStrdup();
     errno = 0;
@@ -51,7 +51,7 @@ TEST(Memory, withoutMemoryThereIsNoCopyButAReason)
     EXPECT_FALSE(copy);
 }
 
-TEST(Memory, copyIsGivenBackWithItsOwner)
+TEST(Memory, copyIsReleasedWithItsOwner)
 {
     const auto inUse = [] {
         const struct mallinfo2 heap = ::mallinfo2();

@@ -37,13 +37,13 @@ TEST(Number, sixtyFourBitsAreWhole)
     EXPECT_EQ(core::decimalNumber("-9223372036854775808"), Limits64::min());
 }
 
-TEST(Number, moreThanSixtyFourBitsStopAtTheirEnds)
+TEST(Number, numberBeyondSixtyFourBitsIsTheNearestWithin)
 {
     EXPECT_EQ(core::decimalNumber("9223372036854775808"), Limits64::max());
     EXPECT_EQ(core::decimalNumber("-9223372036854775809"), Limits64::min());
 }
 
-TEST(Number, thirtyTwoBitsAreTheLowOnes)
+TEST(Number, numberBeyondThirtyTwoBitsKeepsItsLowBits)
 {
     EXPECT_EQ(core::decimalInt("12 drives\n"), 12);
     EXPECT_EQ(core::decimalInt("2147483647"), 2147483647);

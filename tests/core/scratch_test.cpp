@@ -13,7 +13,7 @@ TEST(Scratch, requestBufferHoldsFourThousandNinetySixZeros)
     EXPECT_TRUE(std::ranges::all_of(fin_buf, [](char c) { return c == '\0'; }));
 }
 
-TEST(Scratch, thereIsNoAnswerWithoutARequest)
+TEST(Scratch, withoutARequestThereIsNoAnswer)
 {
     EXPECT_EQ(fout_buf, nullptr);
 }

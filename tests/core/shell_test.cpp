@@ -17,7 +17,7 @@ constexpr int exitStatus(int code)
     return code << 8;
 }
 
-TEST_F(Shell, lineReachesSystemAsItStands)
+TEST_F(Shell, lineReachesSystemUnchanged)
 {
     watch::mayBeStrange("printf");
     const std::string line = "printf '%s' \"two  blanks\" > /tmp/out; exit 3";
@@ -36,7 +36,7 @@ TEST_F(Shell, olderErrnoIsNeverJudged)
     EXPECT_FALSE(core::reapedElsewhere(run));
 }
 
-TEST_F(Shell, childThatSomebodyElseReapsIsToldApart)
+TEST_F(Shell, childReapedElsewhereIsRecognised)
 {
     watch::mayBeStrange("echo done");
     std::signal(SIGCHLD, SIG_IGN);
@@ -95,7 +95,7 @@ TEST_F(Shell, removeFileOfAPathWithABlankRemovesTwoPaths)
     EXPECT_EQ(root::list("/tmp"), Lines{"a b"});
 }
 
-TEST_F(Shell, removeFileGivesBackTheRawResult)
+TEST_F(Shell, removeFileReturnsTheResult)
 {
     watch::mayBeStrange("mkdir");
     EXPECT_EQ(removeFile("/tmp/missing"), 0);

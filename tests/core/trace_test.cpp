@@ -24,14 +24,14 @@ TEST_F(Trace, firstOneTruncatesTheFileAndLaterOnesAppend)
     EXPECT_EQ(root::readFile(root::kTraceFile), "one\ntwo 2\nthree\n");
 }
 
-TEST_F(Trace, everyNewProcessStartsTheFileAfresh)
+TEST_F(Trace, everyNewProcessEmptiesTheFile)
 {
     root::inChild([] { dbg_trace("first process"); });
     root::inChild([] { dbg_trace("second process"); });
     EXPECT_EQ(root::readFile(root::kTraceFile), "second process\n");
 }
 
-TEST_F(Trace, flagIsClearedEvenWhereTheFirstTraceIsLost)
+TEST_F(Trace, flagIsClearedEvenIfTheFirstTraceIsLost)
 {
     root::inChild([] {
         dbg_trace("unbalanced \" quote");
@@ -44,7 +44,7 @@ TEST_F(Trace, flagIsClearedEvenWhereTheFirstTraceIsLost)
 
 class LaterTrace : public root::Test {};
 
-TEST_F(LaterTrace, quotesAreTheShellsToInterpret)
+TEST_F(LaterTrace, shellInterpretsQuotes)
 {
     dbg_trace("before");
     dbg_trace("a \"quoted  word\" here");
@@ -61,14 +61,14 @@ TEST_F(LaterTrace, dollarAndBackquoteAreExpanded)
     EXPECT_EQ(root::readFile(root::kTraceFile), "home /root sum 5\n");
 }
 
-TEST_F(LaterTrace, backslashIsTheShellsToInterpret)
+TEST_F(LaterTrace, shellInterpretsBackslashes)
 {
     dbg_trace("%s", "a\\$HOME b");
     EXPECT_EQ(watch::calls(), Lines{root::trace("a\\$HOME b")});
     EXPECT_EQ(root::readFile(root::kTraceFile), "a$HOME b\n");
 }
 
-TEST_F(LaterTrace, messageOfOneThousandNineHundredNinetyNineCharactersIsWhole)
+TEST_F(LaterTrace, messageOf1999CharactersIsWhole)
 {
     const std::string message(1999, 'm');
     dbg_trace("%s", message.c_str());
@@ -76,7 +76,7 @@ TEST_F(LaterTrace, messageOfOneThousandNineHundredNinetyNineCharactersIsWhole)
     EXPECT_EQ(root::readFile(root::kTraceFile), message + "\n");
 }
 
-TEST_F(LaterTrace, longerMessageIsCutThere)
+TEST_F(LaterTrace, longerMessageIsCutAt1999Characters)
 {
     for (const std::size_t size : {2000U, 2001U, 2048U, 5000U, 100000U}) {
         watch::restart();
@@ -92,7 +92,7 @@ TEST_F(LaterTrace, emptyMessageIsAnEmptyLine)
     EXPECT_EQ(root::readFile(root::kTraceFile), "\n");
 }
 
-TEST_F(LaterTrace, givesBackTheRawResultOfItsLine)
+TEST_F(LaterTrace, returnsTheResultOfItsLine)
 {
     EXPECT_EQ(dbg_trace("good"), 0);
     watch::answer("echo", 0x1200, 0);
@@ -101,7 +101,7 @@ TEST_F(LaterTrace, givesBackTheRawResultOfItsLine)
     EXPECT_EQ(dbg_trace("not run"), -1);
 }
 
-TEST_F(LaterTrace, leavesErrnoAsItWas)
+TEST_F(LaterTrace, doesNotChangeErrno)
 {
     errno = ENOSPC;
     dbg_trace("good");
@@ -111,7 +111,7 @@ TEST_F(LaterTrace, leavesErrnoAsItWas)
     EXPECT_EQ(errno, ENOSPC);
 }
 
-TEST_F(LaterTrace, goesOnWhereTheFileCannotBeWritten)
+TEST_F(LaterTrace, succeedsEvenIfTheFileCannotBeWritten)
 {
     watch::mayBeStrange("mkdir");
     ASSERT_EQ(::system("mkdir /tmp/dbg_vokcontrol.txt"), 0);
@@ -119,7 +119,7 @@ TEST_F(LaterTrace, goesOnWhereTheFileCannotBeWritten)
     EXPECT_EQ(root::list("/tmp"), Lines{"dbg_vokcontrol.txt"});
 }
 
-TEST_F(LaterTrace, goesOnWhereTheDiskIsFull)
+TEST_F(LaterTrace, succeedsEvenIfTheDiskIsFull)
 {
     dbg_trace("kept");
     root::fillDisk("/tmp");

@@ -9,7 +9,7 @@ namespace {
 
 using core::valueOf;
 
-TEST(VariableLine, valueStandsBehindTheEqualsSign)
+TEST(VariableLine, valueIsAfterTheEqualsSign)
 {
     EXPECT_EQ(valueOf("name=5\n", "name"), "5");
     EXPECT_EQ(valueOf("name = 5\n", "name"), "5");
@@ -60,14 +60,14 @@ class VariableFile : public root::Test {
     }
 };
 
-TEST_F(VariableFile, linesComeOneByOne)
+TEST_F(VariableFile, linesAreReadOneByOne)
 {
     EXPECT_EQ(pieces("a=1\n\nb=2"),
               (std::vector<Piece>{{"a=1\n", true}, {"\n", true}, {"b=2", true}}));
     EXPECT_EQ(pieces(""), std::vector<Piece>{});
 }
 
-TEST_F(VariableFile, longLineComesInPiecesThatAreNoLines)
+TEST_F(VariableFile, piecesOfALongLineAreNoLines)
 {
     const std::string part(511, 'x');
     EXPECT_EQ(pieces(part + part + "tail=1\nnext=2\n"),
@@ -97,7 +97,7 @@ TEST_F(VariableFile, zeroByteEndsTheLineButNotThePiece)
     EXPECT_FALSE(reader.endsWithinLine());
 }
 
-TEST_F(VariableFile, endWithinALineIsSeen)
+TEST_F(VariableFile, endWithinALineIsRecognised)
 {
     for (const auto& [content, isWithin] :
          {std::pair{"", false}, std::pair{"a\n", false}, std::pair{"a", true}}) {

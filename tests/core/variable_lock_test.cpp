@@ -22,7 +22,7 @@ constexpr const char* kLockFile = "/etc/pelconfig/system_var_lck";
 
 class Lock : public root::Test {
   protected:
-    /// Whether somebody else could get a lock at this moment.
+    /// Whether another process could get a lock at this moment.
     static bool isFree(int operation)
     {
         const int file = ::open(kLockFile, O_RDONLY);
@@ -32,7 +32,7 @@ class Lock : public root::Test {
     }
 };
 
-TEST_F(Lock, writerCreatesTheFileAndKeepsEverybodyOut)
+TEST_F(Lock, writerCreatesTheFileAndExcludesAllOthers)
 {
     ::umask(0);
     {
@@ -90,7 +90,7 @@ TEST_F(Lock, signalDoesNotEndTheWait)
     ::sigaction(SIGUSR1, &before, nullptr);
 }
 
-TEST_F(Lock, firstDescriptorIsOneLikeTheOthers)
+TEST_F(Lock, descriptorZeroIsUsedLikeTheOthers)
 {
     root::writeFile(kLockFile, "");
     const int input = ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
@@ -107,7 +107,7 @@ TEST_F(Lock, firstDescriptorIsOneLikeTheOthers)
     ::close(input);
 }
 
-TEST_F(Lock, nobodyWaitsWithoutALockFile)
+TEST_F(Lock, withoutALockFileNothingWaits)
 {
     std::filesystem::permissions("/etc/pelconfig", std::filesystem::perms(0555));
     const VariableLock writer(VariableLock::Mode::kWrite);

@@ -20,7 +20,7 @@ constexpr const char* kFile = "/etc/pelconfig/system_var";
 constexpr const char* kNew = "/etc/pelconfig/system_var_tmp";
 constexpr const char* kBackup = "/etc/pelconfig/system_var_bak";
 
-/// What is said where the file cannot be opened.
+/// The comment if the file cannot be opened.
 const std::string kNoFile = "//<!-- getvar() - getsetvar failed open file: "
                             "/etc/pelconfig/system_var, syserr: No such file or directory-->\n";
 
@@ -39,7 +39,7 @@ class Variables : public root::Test {
         std::filesystem::remove_all("/etc/pelconfig/vokcontrol");
     }
 
-    /// Sets a variable in a file and compares what is left behind.
+    /// Sets a variable in a file and compares the files that this leaves.
     static void expectSet(const std::string& before, const char* name, const char* value,
                           const std::string& after)
     {
@@ -73,13 +73,13 @@ TEST_F(Variables, everyLineOfANameIsRewritten)
     expectSet("a=1\nb=2\na = 3\n", "a", "9", "a=9\nb=2\na=9\n");
 }
 
-TEST_F(Variables, likeNamesAreLeftAlone)
+TEST_F(Variables, similarNamesAreNotChanged)
 {
     const std::string others = "ab=1\n a=1\na b=1\nA=1\na\n=1\n";
     expectSet(others, "a", "2", others + "a=2\n");
 }
 
-TEST_F(Variables, lastLineWithoutItsNewlineIsEndedFirst)
+TEST_F(Variables, lastLineWithoutANewlineGetsOneBeforeAnAddedLine)
 {
     expectSet("a=1\nb=2", "c", "3", "a=1\nb=2\nc=3\n");
     expectSet("a=1\nb=2", "b", "3", "a=1\nb=3\n");
@@ -130,6 +130,25 @@ TEST_F(Variables, oldFileIsClosedBeforeAnythingIsReplaced)
                      "close system_var_lck"}));
 }
 
+TEST_F(Variables, newVersionHasTheOldOnesMode)
+{
+    for (const mode_t mask : {022U, 077U, 0U}) {
+        ::umask(mask);
+        for (const unsigned mode : {0600U, 0640U, 0644U, 0666U, 0400U, 02660U}) {
+            root::writeFile(kFile, "a=1\n");
+            std::filesystem::permissions(kFile, std::filesystem::perms(mode));
+            EXPECT_EQ(setvar("a", "2"), 0);
+            for (const char* path : {kFile, kBackup}) {
+                struct stat status = {};
+                EXPECT_EQ(::stat(path, &status), 0);
+                EXPECT_EQ(status.st_mode & 07777U, mode) << path;
+            }
+            std::filesystem::remove(kFile);
+        }
+    }
+    ::umask(022);
+}
+
 TEST_F(Variables, missingFileIsNotCreated)
 {
     EXPECT_EQ(setvar("a", "1"), -1);
@@ -144,7 +163,7 @@ TEST_F(Variables, copyThatCannotBeOpenedIsAFailure)
     EXPECT_EQ(root::readFile(kFile), "a=1\n");
 }
 
-TEST_F(Variables, staleCopyGoesEvenWhereTheFileIsMissing)
+TEST_F(Variables, oldCopyIsRemovedEvenIfTheFileIsMissing)
 {
     root::writeFile(kNew, "stale=1\n");
     EXPECT_EQ(setvar("a", "1"), -1);
@@ -153,7 +172,7 @@ TEST_F(Variables, staleCopyGoesEvenWhereTheFileIsMissing)
 
 TEST_F(Variables, copyThatCannotBeUnlinkedIsNeverTruncated)
 {
-    // After a good write the copy is the file itself under its other name.
+    // After a good write the copy is a link to the file itself.
     root::writeFile(kFile, "a=1\n");
     std::filesystem::create_hard_link(kFile, kNew);
     std::filesystem::permissions("/etc/pelconfig", std::filesystem::perms(0555));
@@ -281,14 +300,14 @@ TEST_F(Variables, resultCanBeTheNextName)
     EXPECT_STREQ(getvar(getvar("pointer")), "5");
 }
 
-TEST_F(Variables, unreadableFileIsToldInAComment)
+TEST_F(Variables, unreadableFileIsReportedInAComment)
 {
     testing::internal::CaptureStdout();
     EXPECT_STREQ(getvar("a"), "");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), kNoFile);
 }
 
-TEST_F(Variables, unreadableFileIsToldAtOnce)
+TEST_F(Variables, unreadableFileIsReportedAtOnce)
 {
     EXPECT_EQ(root::printedPieces([] {
                   getvar("a");
@@ -362,7 +381,7 @@ TEST_F(LiveVariables, machineNameAsksTheSystemScript)
     EXPECT_EQ(watch::calls(), Lines{scriptLine("tovGetNmbdSysname")});
 }
 
-TEST_F(LiveVariables, keysAreWholeOpeningTags)
+TEST_F(LiveVariables, keysIncludeTheBracketsOfTheTag)
 {
     answer("<nmbdSysname>tower</nmbdSysname>\n<old_nmbdSysname>attic</old_nmbdSysname>\n"
            "<nmbdSysnames>many</nmbdSysnames>\n");
@@ -394,7 +413,7 @@ TEST_F(LiveVariables, languageIsADigit)
 
 TEST_F(LiveVariables, languageIsItsWholeName)
 {
-    // Of two names the one that is tested first counts: "french" alone is found here.
+    // Only "french" is found here.
     expectLanguage("englis french", "2");
     expectLanguage("nglish french", "2");
     for (const std::string name :

@@ -15,7 +15,7 @@ using Lines = std::vector<std::string>;
 
 constexpr const char* kPath = "PATH=/stubs:/usr/bin";
 
-/// Its lines find stubs; refusals go to a file.
+/// The guard with stubs as programs, and refusals in a file.
 class Guard : public root::UntracedTest {
   protected:
     void SetUp() override
@@ -42,7 +42,7 @@ std::string logged()
     return root::readFile("/stubs/log");
 }
 
-TEST_F(Guard, aKnownLineRunsAsItStands)
+TEST_F(Guard, aKnownLineRunsUnchanged)
 {
     root::stub("du", "printf '%s|' \"$@\"; exit 3");
     EXPECT_EQ(guard::carryOut("du -sk \"/share/Tom & Jerry films\" > /tmp/pelsts1.tmp"), 3 << 8);
@@ -50,7 +50,7 @@ TEST_F(Guard, aKnownLineRunsAsItStands)
     EXPECT_EQ(logged(), "");
 }
 
-TEST_F(Guard, wordsReachTheScriptAsManyArguments)
+TEST_F(Guard, wordsReachTheScriptAsSeparateArguments)
 {
     root::stub("php", "printf '%s|' \"$@\"");
     EXPECT_EQ(guard::carryOut("sudo /usr/bin/php /etc/inc/api_system.php tovSetHostname my  nas > "
@@ -76,14 +76,14 @@ TEST_F(Guard, aLineWithoutAShapeDoesNotRunAndIsLoggedWithoutItsText)
                             start + "removing a file, its words\n");
 }
 
-TEST_F(Guard, theResultOfARefusalIsThatOfALineThatAShellCannotParse)
+TEST_F(Guard, aRefusalReturnsTheResultOfALineThatAShellCannotParse)
 {
     watch::mayBeStrange("du");
     EXPECT_EQ(guard::carryOut("du -sk \"/share/a\"b\" > /tmp/pelsts1.tmp"),
               ::system("du -sk \"/share/a\"b\" > /tmp/pelsts1.tmp 2>/dev/null"));
 }
 
-TEST_F(Guard, withoutALineItSaysThatThereIsAShell)
+TEST_F(Guard, withoutALineItReturnsThatThereIsAShell)
 {
     EXPECT_EQ(guard::carryOut(nullptr), 1);
 }

@@ -13,7 +13,7 @@ namespace {
 
 class GuardLog : public root::UntracedTest {};
 
-/// What a refusal leaves in the log.
+/// The log of a refusal.
 std::string logged(const guard::Verdict& verdict)
 {
     const int log = ::open("/stubs/log", O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
@@ -24,14 +24,14 @@ std::string logged(const guard::Verdict& verdict)
     return root::readFile("/stubs/log");
 }
 
-TEST_F(GuardLog, saysWhoRefusedWhatAndWhere)
+TEST_F(GuardLog, namesTheProgramTheOperationAndThePlace)
 {
     EXPECT_EQ(logged({false, "measuring a share", "share"}),
               std::string(::program_invocation_short_name) +
                   ": a shell line was refused: measuring a share, share\n");
 }
 
-TEST_F(GuardLog, aLineIsCutAtItsRoom)
+TEST_F(GuardLog, aLongLineIsCutToTheBuffer)
 {
     const std::string longest(300, 'x');
     const std::string line = logged({false, longest, "share"});
@@ -40,7 +40,7 @@ TEST_F(GuardLog, aLineIsCutAtItsRoom)
                         .substr(0, 256));
 }
 
-TEST_F(GuardLog, goesToStandardErrorUnlessToldOtherwise)
+TEST_F(GuardLog, goesToStandardErrorByDefault)
 {
     testing::internal::CaptureStderr();
     guard::logRefusal({false, "collecting", "its words"});

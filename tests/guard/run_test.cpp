@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Its lines find stubs.
+/// Shell lines with stubs as programs.
 class GuardRun : public root::UntracedTest {
   protected:
     void SetUp() override
@@ -43,7 +43,7 @@ TEST_F(GuardRun, theShellGetsACleanEnvironment)
     }
 }
 
-TEST_F(GuardRun, thePathIsTheProgramsOwn)
+TEST_F(GuardRun, thePathIsTheOneThatTheProgramSets)
 {
     std::filesystem::create_directories("/usr/local/bin");
     root::stub("pelstatus", "echo stub >/tmp/ran");
@@ -56,7 +56,7 @@ TEST_F(GuardRun, thePathIsTheProgramsOwn)
     std::filesystem::remove("/usr/local/bin/pelstatus");
 }
 
-TEST_F(GuardRun, theShellGetsNoDescriptorsButTheStandardOnes)
+TEST_F(GuardRun, theShellGetsNoDescriptorsExceptTheStandardOnes)
 {
     const int leak = ::open("/tmp", O_RDONLY);
     const int high = ::fcntl(leak, F_DUPFD, 200);
@@ -98,7 +98,7 @@ TEST_F(GuardRun, theShellIgnoresAndBlocksNoSignal)
               "SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n");
 }
 
-TEST_F(GuardRun, meanwhileInterruptAndQuitAreIgnoredAndEndOfChildrenWaits)
+TEST_F(GuardRun, whileItRunsSigintAndSigquitAreIgnoredAndSigchldIsBlocked)
 {
     const std::string before = signalsOf(root::readFile("/proc/self/status"));
     root::stub("pelstatus", "cat /proc/$PPID/status >/tmp/shell; "
@@ -111,7 +111,7 @@ TEST_F(GuardRun, meanwhileInterruptAndQuitAreIgnoredAndEndOfChildrenWaits)
     EXPECT_EQ(signalsOf(root::readFile("/proc/self/status")), before);
 }
 
-TEST_F(GuardRun, aShellThatASignalEndsSaysSo)
+TEST_F(GuardRun, theStatusOfAShellThatASignalEndsNamesTheSignal)
 {
     watch::mayBeStrange("exit");
     root::stub("pelstatus", "kill -9 $PPID; sleep 1");
@@ -119,7 +119,7 @@ TEST_F(GuardRun, aShellThatASignalEndsSaysSo)
     EXPECT_EQ(guard::runShell("du -sk \"/share/a\" > /tmp/pelsts1.tmp"), ::system("exit 137"));
 }
 
-TEST_F(GuardRun, aShellThatSomebodyElseReapsIsToldApart)
+TEST_F(GuardRun, aShellReapedElsewhereIsAFailure)
 {
     std::signal(SIGCHLD, SIG_IGN);
     root::stub("pelstatus", "echo ran >/tmp/ran");
@@ -129,7 +129,7 @@ TEST_F(GuardRun, aShellThatSomebodyElseReapsIsToldApart)
     EXPECT_EQ(root::readFile("/tmp/ran"), "ran\n");
 }
 
-TEST_F(GuardRun, errnoOfALineThatRanIsLeftAsItWas)
+TEST_F(GuardRun, errnoOfALineThatRanIsNotChanged)
 {
     root::stub("pelstatus", "exit 0");
     errno = ENOSPC;
@@ -137,7 +137,7 @@ TEST_F(GuardRun, errnoOfALineThatRanIsLeftAsItWas)
     EXPECT_EQ(errno, ENOSPC);
 }
 
-TEST_F(GuardRun, withoutAShellTheResultIsThatOfSystem)
+TEST_F(GuardRun, withoutAShellTheResultIsTheSameAsOfSystem)
 {
     std::filesystem::rename("/bin", "/bin.away");
     errno = 0;

@@ -34,7 +34,7 @@ TEST_F(GuardTrace, textIsAllBetweenTheFirstQuoteAndTheLast)
     }
 }
 
-TEST_F(GuardTrace, otherLinesAreNone)
+TEST_F(GuardTrace, otherLinesAreNoTraces)
 {
     for (const std::string line :
          {"", "echo", "echo \"", "echo \" > /tmp/dbg_vokcontrol.txt",
@@ -58,7 +58,7 @@ TEST_F(GuardTrace, firstEmptiesTheFileAndLaterOnesAppend)
     EXPECT_EQ(root::readFile(root::kTraceFile), "one\ntwo\n\nthr\nee\n");
 }
 
-/// What a line leaves: its result, errno, and what is in /tmp.
+/// The effect of a line: its result, errno, and the files in /tmp.
 std::string effectOf(int (*run)(const char*), const std::string& line, int& result)
 {
     errno = 0;
@@ -151,7 +151,7 @@ TEST_F(GuardTrace, doesWhatTheShellDoes)
     ::umask(022);
 }
 
-TEST_F(GuardTrace, everyPlainByteComesOutAsTheShellPrintsIt)
+TEST_F(GuardTrace, everyPlainByteIsWrittenAsTheShellPrintsIt)
 {
     for (int byte = 1; byte < 256; ++byte) {
         const char c = static_cast<char>(byte);
@@ -164,7 +164,7 @@ TEST_F(GuardTrace, everyPlainByteComesOutAsTheShellPrintsIt)
     }
 }
 
-TEST_F(GuardTrace, whatAShellWouldChangeIsWrittenAsItStands)
+TEST_F(GuardTrace, textThatAShellWouldChangeIsWrittenUnchanged)
 {
     const Lines texts = {
         "a \"quoted  word\" here", "half a \" quote",  "$HOME", "`touch /tmp/fire`",
@@ -179,7 +179,7 @@ TEST_F(GuardTrace, whatAShellWouldChangeIsWrittenAsItStands)
     EXPECT_EQ(root::list("/tmp"), Lines{"dbg_vokcontrol.txt"});
 }
 
-TEST_F(GuardTrace, leavesErrnoAsItWas)
+TEST_F(GuardTrace, doesNotChangeErrno)
 {
     errno = ENOSPC;
     EXPECT_EQ(guard::carryOut(root::trace("a").c_str()), 0);
@@ -192,7 +192,7 @@ TEST_F(GuardTrace, leavesErrnoAsItWas)
 
 TEST_F(GuardTrace, startsNoProcess)
 {
-    // A shell that somebody else reaps would give -1.
+    // With SIGCHLD ignored, a shell would return -1.
     std::signal(SIGCHLD, SIG_IGN);
     EXPECT_EQ(guard::carryOut(root::trace("a").c_str()), 0);
 }

@@ -40,7 +40,7 @@ std::string byte(int value)
     return std::string(1, static_cast<char>(value));
 }
 
-/// Fills what fin_buf holds of a frame up to its last byte.
+/// Fills a frame up to the last byte of fin_buf.
 std::string upToTheEnd(const std::string& start, char filler)
 {
     return start + std::string(4096 - start.size(), filler);
@@ -111,7 +111,7 @@ class VariableReport : public request::Test {
         EXPECT_EQ(root::readFile(kVariables), "a=b\n" + variable + "\n");
     }
 
-    /// A report whose line arrives in one piece.
+    /// Expects that a report is stored.
     void expectStored(int length, int state, const std::string& name, const std::string& variable)
     {
         expectStored(makeFrame(length, state, name), stored(received(name, length)), variable);
@@ -127,7 +127,7 @@ class VariableReport : public request::Test {
         EXPECT_EQ(root::list("/etc/pelconfig"), (Lines{"system_var", "vokcontrol"}));
     }
 
-    /// A report of state 3 for anna, with interventions of the test's own.
+    /// A report of state 3 for anna, after the test has changed how calls end.
     static Outcome report(const std::function<void()>& intervene = [] {})
     {
         request::load(makeFrame(6, 3, "anna\n"));
@@ -171,7 +171,7 @@ TEST_F(VariableReport, stateAndDateAreKeptUnderTheUsersName)
     EXPECT_EQ(root::list(kReportFolder), Lines{});
 }
 
-TEST_F(VariableReport, newReportReplacesTheOneBefore)
+TEST_F(VariableReport, newReportReplacesTheFormerOne)
 {
     for (const char* user : {"anna", "bob"}) {
         EXPECT_EQ(request::process(makeFrame(6, 3, std::string(user) + "\n")).answer,
@@ -207,21 +207,21 @@ TEST_F(VariableReport, otherLengthsAreRefused)
     }
 }
 
-TEST_F(VariableReport, lengthOfTenEndsTheLineAndTheRestIsReadBehindIt)
+TEST_F(VariableReport, lengthOfTenEndsTheLineAndTheNextLineIsReadIntoIt)
 {
     expectStored(makeFrame('\n', 3, "johannes\nmore\n"), stored(received("johannes\n", 10)),
                  "__bkjohannes=303072025");
-    // The length alone says so: nobody compares it with the name.
+    // Only the length decides: it is not compared with the name.
     expectStored(makeFrame('\n', 3, "anna\n"), stored(received("anna\n", 10)),
                  "__bkanna=303072025");
 }
 
-TEST_F(VariableReport, lengthOfTenWithNothingBehindItIsAnEmptyName)
+TEST_F(VariableReport, lengthOfTenAtTheEndGivesAnEmptyName)
 {
     expectStored("subs \n", stored(received("", 10)), "__bk=003072025");
 }
 
-TEST_F(VariableReport, lengthOfTenWithoutALinesEndBehindItReadsToTheEnd)
+TEST_F(VariableReport, lengthOfTenReadsToTheEndIfNoNewlineFollows)
 {
     const std::string seen(1999 - std::string("cmd_subs line: ").size(), 'n');
     Lines calls = received("", 10);
@@ -230,7 +230,7 @@ TEST_F(VariableReport, lengthOfTenWithoutALinesEndBehindItReadsToTheEnd)
                  "__bk" + std::string(64, 'n') + "=303072025");
 }
 
-TEST_F(VariableReport, lengthOfTenReadsOneLineMoreAsFarAsItHasRoom)
+TEST_F(VariableReport, lengthOfTenReadsOneMoreLineUpToTheEndOfTheBuffer)
 {
     EXPECT_EQ(request::process(makeFrame('\n', 3, "johannes\nmore\n")).answer, statusFrame(0));
     EXPECT_EQ(request::unread(), "more");
@@ -240,7 +240,7 @@ TEST_F(VariableReport, lengthOfTenReadsOneLineMoreAsFarAsItHasRoom)
     EXPECT_EQ(request::unread(), "more");
 }
 
-TEST_F(VariableReport, lineThatEndsAtTheLengthsNeighbourHasNeitherStateNorName)
+TEST_F(VariableReport, lineThatEndsAfterTheLengthHasNeitherStateNorName)
 {
     expectStored("subs \x06\n\x03"
                  "anna\n",
@@ -290,7 +290,7 @@ TEST_F(VariableReport, namesOfAllSizesAreTakenAndCutAtSixtyFourBytes)
     }
 }
 
-TEST_F(VariableReport, nameIsTakenAsItStands)
+TEST_F(VariableReport, nameIsTakenUnchanged)
 {
     expectStored(6, 3, "an\\na\n", "__bkan\\na=303072025");
     expectStored(6, 3, "\xC3\x89lise B\n", "__bk\xC3\x89lise B=303072025");
@@ -304,7 +304,7 @@ TEST_F(VariableReport, nameEndsAtAZeroByteOrTheLinesEnd)
     expectStored(makeFrame(6, 3, "anna"), stored(received("anna", 6)), "__bkanna=303072025");
 }
 
-TEST_F(VariableReport, lineWithoutAnEndIsAllName)
+TEST_F(VariableReport, lineWithoutANewlineIsOneName)
 {
     const std::string seen(1999 - std::string("cmd_subs line: ").size(), 'n');
     Lines calls = received("n", 66);
@@ -365,13 +365,13 @@ TEST_F(VariableReport, failureLeavesTheWorkFileAlone)
     EXPECT_EQ(root::readFile(kWorkFile), "old");
 }
 
-TEST_F(VariableReport, dateThatSomebodyElseReapedStoresNothing)
+TEST_F(VariableReport, dateReapedElsewhereStoresNothing)
 {
     expectNoDate(report([] { std::signal(SIGCHLD, SIG_IGN); }));
     EXPECT_EQ(root::readFile(kWorkFile), "03072025\n");
 }
 
-TEST_F(VariableReport, datesOutputThatIsGoneGivesZeros)
+TEST_F(VariableReport, missingOutputOfDateGivesZeros)
 {
     expectDate(report([] { watch::after("date", [] { fs::remove(kWorkFile); }); }), "00000000");
 }
@@ -427,7 +427,7 @@ TEST_F(VariableReport, emptyVariablesTakeTheirFirstLine)
     EXPECT_EQ(root::readFile(kVariables), "__bkanna=303072025\n");
 }
 
-TEST_F(VariableReport, variablesThatGoWhileTheDateIsTakenAreAFailedSave)
+TEST_F(VariableReport, variablesRemovedWhileDateRunsAreAFailedSave)
 {
     expectNotSaved(report([] { watch::after("date", [] { fs::remove(kVariables); }); }));
 }
@@ -455,7 +455,7 @@ class FileReport : public request::Test {
         return frame("sub1", 2, byte(state) + " " + name);
     }
 
-    /// The calls up to the date, for a name as it is kept.
+    /// The calls up to the date, for a name in its stored form.
     static Lines dated(const std::string& name)
     {
         return {trace("user name = __bk" + name),
@@ -469,7 +469,7 @@ class FileReport : public request::Test {
         return join({dated(name), {trace("return good 0")}});
     }
 
-    /// @param name  as it is kept
+    /// @param name  in its stored form
     static void expectStored(const std::string& request, const std::string& name,
                              const std::string& content)
     {
@@ -486,7 +486,7 @@ class FileReport : public request::Test {
         EXPECT_EQ(root::list(kReportFolder), Lines{});
     }
 
-    /// What is left to read of a request with this behind its state, when it has ended.
+    /// Sends a request with NAME after its state, and compares the bytes that it does not read.
     static void expectUnread(const std::string& name, const std::string& rest)
     {
         EXPECT_EQ(request::process(makeFrame(3, name)).result, 0);
@@ -529,7 +529,7 @@ TEST_F(FileReport, stateAndDateAreKeptInTheUsersFile)
     EXPECT_EQ(root::list("/etc/pelconfig"), Lines{"vokcontrol"});
 }
 
-TEST_F(FileReport, newReportReplacesTheOneBefore)
+TEST_F(FileReport, newReportReplacesTheFormerOne)
 {
     root::writeFile(file, "backup did not finish, and this is how far it came\n");
     root::writeFile(kReportFolder + "__bkbob", "112312026");
@@ -563,7 +563,7 @@ TEST_F(FileReport, firstDigitOfTheStateIsKept)
     }
 }
 
-TEST_F(FileReport, byteBehindTheStateIsIgnored)
+TEST_F(FileReport, byteAfterTheStateIsIgnored)
 {
     for (const char ignored : {'\0', '\n', '\\', '\xFF'}) {
         expectStored(frame("sub1", 2, "\x03" + std::string(1, ignored) + "anna\n"), "anna",
@@ -605,7 +605,7 @@ TEST_F(FileReport, zeroByteEndsTheName)
     expectStored(makeFrame(3, ""), "", "303072025");
 }
 
-TEST_F(FileReport, nameIsKeptAsItStands)
+TEST_F(FileReport, nameIsKeptUnchanged)
 {
     expectStored(makeFrame(3, "\xC3\x89lise B\n"), "\xC3\x89lise B", "303072025");
     expectStored(makeFrame(3, "%s%n\n"), "%s%n", "303072025");
@@ -632,7 +632,7 @@ TEST_F(FileReport, nameThatTheRequestsEndCutsOffIsRefused)
 
 TEST_F(FileReport, requestWithoutRoomForANameIsRefused)
 {
-    // Behind the longest line there are two bytes left: the state and the ignored one.
+    // After the longest line two bytes are left: the state and the ignored one.
     expectRefused(upToTheEnd("sub1 " + le32(2), ' '));
     const std::string line = "sub1 " + le32(2) + std::string(4084, ' ') + "\n";
     ASSERT_EQ(line.size(), 4094U);
@@ -690,12 +690,12 @@ TEST_F(FileReport, shellThatCannotStartStoresNothing)
     expectNoDate(report([] { watch::answer("date", -1, EAGAIN); }));
 }
 
-TEST_F(FileReport, dateThatSomebodyElseReapedStoresNothing)
+TEST_F(FileReport, dateReapedElsewhereStoresNothing)
 {
     expectNoDate(report([] { std::signal(SIGCHLD, SIG_IGN); }));
 }
 
-TEST_F(FileReport, datesOutputThatIsGoneGivesZeros)
+TEST_F(FileReport, missingOutputOfDateGivesZeros)
 {
     expectDate(report([] { watch::after("date", [] { fs::remove(kWorkFile); }); }), "00000000");
 }
@@ -746,7 +746,7 @@ TEST_F(FileReport, folderInTheFilesPlaceIsAFailedSave)
     expectNotSaved(report(), "21(Is a directory)");
 }
 
-TEST_F(FileReport, nameWithASlashLeadsToNoFile)
+TEST_F(FileReport, nameWithASlashIsAFailedSave)
 {
     const Outcome outcome = request::process(makeFrame(3, "../anna\n"));
     expectNotSaved(outcome, "2(No such file or directory)", "../anna");
@@ -768,7 +768,7 @@ class BackupTable : public request::Test {
 
     const std::string capacityBytes = le16(kCapacity);
 
-    /// What GetInternalDiskCap calls; learned once from itself, as its own test has them all.
+    /// The calls of GetInternalDiskCap, recorded once; its own test compares them.
     Lines capacityCalls;
 
     void SetUp() override
@@ -805,7 +805,7 @@ class BackupTable : public request::Test {
         root::writeFile(root::kStatusFile, image(payload));
     }
 
-    /// Has the daemon publish this when it is run.
+    /// Makes the collector publish this.
     static void publishOnRun(const std::string& payload, int exitCode = 0)
     {
         root::writeFile("/stubs/image", image(payload));
@@ -865,7 +865,7 @@ class BackupTable : public request::Test {
 
     static Lines daemonRun() { return {trace("cmd_gub1 -- sys_cmd = pelstatus"), "pelstatus"}; }
 
-    /// The traces of all bytes but the last. A zero byte ends its message.
+    /// The traces of all bytes except the last. A zero byte ends its message.
     static Lines dump(const std::string& bytes)
     {
         Lines calls = {trace("cmd_gub1()  ")};
@@ -907,7 +907,7 @@ class BackupTable : public request::Test {
         return request::run();
     }
 
-    /// A payload that was there, and the bytes that are dumped for it and written.
+    /// Expects the answer to a published payload: the bytes that are traced and written.
     void expectServed(const std::string& payload, unsigned count, const std::string& bytes)
     {
         publish(payload);
@@ -918,7 +918,7 @@ class BackupTable : public request::Test {
         EXPECT_EQ(root::readFile(kMark), le32(1));
     }
 
-    /// The daemon was run, and the status stays what it was at this look: none.
+    /// Expects that the collector ran and that there is still no status.
     void expectNone(const Outcome& outcome, const Lines& look) const
     {
         expectReply(outcome, header(0),
@@ -926,7 +926,7 @@ class BackupTable : public request::Test {
         EXPECT_FALSE(root::exists(kMark));
     }
 
-    /// A payload that was published by the run, likewise.
+    /// Expects the same for a payload that the request's own collection published.
     void expectFresh(const std::string& payload, unsigned count, const std::string& bytes)
     {
         fs::remove(root::kStatusFile);
@@ -943,7 +943,7 @@ class BackupTable : public request::Test {
     }
 };
 
-TEST_F(BackupTable, publishedRecordsAreAnsweredAsTheyStand)
+TEST_F(BackupTable, publishedRecordsAreAnsweredUnchanged)
 {
     const std::string records = record(12, "anna") + record(65535, "B\xC3\xA9"
                                                                    "a");
@@ -963,18 +963,18 @@ TEST_F(BackupTable, publishedCountIsNotCheckedAgainstTheRecords)
     expectServed(table(0xFFFF, ""), 0xFFFF, header(0xFFFF));
 }
 
-TEST_F(BackupTable, recordsThatNobodyCountedAreDumpedAndNotAnswered)
+TEST_F(BackupTable, recordsAreTracedButNotAnsweredIfTheCountIsZero)
 {
     expectServed(table(0, record(1, "anna")), 0, header(0) + record(1, "anna"));
 }
 
-TEST_F(BackupTable, tableWithoutSharesIsItsHeader)
+TEST_F(BackupTable, tableWithoutSharesIsOnlyAHeader)
 {
     expectServed(zeros(10), 0, header(0));
     expectServed(zeros(11), 0, header(0) + zeros(1));
 }
 
-TEST_F(BackupTable, shortStatusIsFilledUpWithZeros)
+TEST_F(BackupTable, shortStatusIsFilledWithZeros)
 {
     expectServed("abcde", 0, header(0));
     expectServed("a", 0, header(0));
@@ -994,7 +994,7 @@ TEST_F(BackupTable, largestStatusIsAnsweredWhole)
     expectServed(payload, 162, header(162) + records);
 }
 
-TEST_F(BackupTable, traceTellsHowMuchHasBeenWritten)
+TEST_F(BackupTable, traceHasTheNumberOfBytesWritten)
 {
     publish(table(1, record(1, "anna")));
     const Outcome outcome = ask([] { watch::after("echo \"cmd_gub1() ", request::loseAnswer); });
@@ -1008,7 +1008,7 @@ TEST_F(BackupTable, markIsReplaced)
     expectServed(zeros(10), 0, header(0));
 }
 
-TEST_F(BackupTable, markIsThereBeforeTheCountsAreTraced)
+TEST_F(BackupTable, markIsWrittenBeforeTheCountsAreTraced)
 {
     publish(table(1, record(1, "anna")));
     std::string mark;
@@ -1026,7 +1026,7 @@ TEST_F(BackupTable, markThatCannotBeWrittenIsNoFailure)
     EXPECT_EQ(ask().answer, header(1) + record(1, "anna"));
 }
 
-TEST_F(BackupTable, daemonIsStartedWhereItDoesNotRun)
+TEST_F(BackupTable, collectorIsStartedIfItDoesNotRun)
 {
     root::stub("ps", "echo 9 root grep pelstatus");
     root::stub("startapp", "echo \"$@\" >/stubs/started");
@@ -1054,7 +1054,7 @@ TEST_F(BackupTable, processesThatCannotBeListedAreNoFailure)
 
 // ---- gub1: no status --------------------------------------------------------------------------
 
-TEST_F(BackupTable, withoutStatusTheDaemonIsRunAndItsNewlinesAreCounted)
+TEST_F(BackupTable, withoutAStatusACollectionRunsAndItsNewlinesAreCounted)
 {
     const std::string records = record(12, "anna") + record(2, "bob") + record(3, "carl");
     expectFresh(table(3, records), 3, header(3) + records);
@@ -1081,13 +1081,13 @@ TEST_F(BackupTable, newlinesInAFreshHeaderCountToo)
     expectFresh(zeros(9) + "\n", 1, header(1));
 }
 
-TEST_F(BackupTable, shortFreshStatusIsFilledUpWithZeros)
+TEST_F(BackupTable, shortFreshStatusIsFilledWithZeros)
 {
     expectFresh("abcde", 0, header(0));
     expectFresh("\n\n\n\n\n", 5, header(5));
 }
 
-TEST_F(BackupTable, damagedStatusIsNone)
+TEST_F(BackupTable, damagedStatusCountsAsNoStatus)
 {
     const std::string payload = table(1, record(1, "anna"));
     std::string damaged = image(payload);
@@ -1096,26 +1096,26 @@ TEST_F(BackupTable, damagedStatusIsNone)
     expectNone(ask(), statusRead(payload, sum(payload) ^ 1U));
 }
 
-TEST_F(BackupTable, statusOfAFailedCollectionIsNone)
+TEST_F(BackupTable, statusOfAFailedCollectionCountsAsNoStatus)
 {
     publish("");
     expectNone(ask(), statusRead(""));
 }
 
-TEST_F(BackupTable, unreadableStatusIsNone)
+TEST_F(BackupTable, unreadableStatusCountsAsNoStatus)
 {
     publish(table(1, record(1, "anna")));
     fs::permissions(root::kStatusFile, fs::perms(0));
     expectNone(ask(), statusMissing("13(Permission denied)"));
 }
 
-TEST_F(BackupTable, folderInTheStatusPlaceIsNone)
+TEST_F(BackupTable, folderInTheStatusPlaceCountsAsNoStatus)
 {
     fs::create_directory(root::kStatusFile);
     EXPECT_EQ(ask().answer, header(0));
 }
 
-TEST_F(BackupTable, runThatPublishesNothingGivesAFreshEmptyTable)
+TEST_F(BackupTable, collectionThatPublishesNothingGivesAnEmptyTable)
 {
     for (const char* script : {"exit 0", "exit 1", "exit 127"}) {
         SCOPED_TRACE(script);
@@ -1124,20 +1124,20 @@ TEST_F(BackupTable, runThatPublishesNothingGivesAFreshEmptyTable)
     }
 }
 
-TEST_F(BackupTable, failingRunThatPublishesCounts)
+TEST_F(BackupTable, failingCollectorThatPublishesCounts)
 {
     publishOnRun(table(1, record(1, "anna")), 3);
     EXPECT_EQ(ask().answer, header(1) + record(1, "anna"));
 }
 
-TEST_F(BackupTable, publishedStatusThatIsGoneAgainIsNone)
+TEST_F(BackupTable, publishedStatusThatIsRemovedCountsAsNoStatus)
 {
     publishOnRun(table(1, record(1, "anna")));
     expectNone(ask([] { watch::after("pelstatus", [] { fs::remove(root::kStatusFile); }); }),
                statusMissing());
 }
 
-TEST_F(BackupTable, daemonThatCannotBeRunIsTracedAndStartedForTheNextTime)
+TEST_F(BackupTable, collectorThatCannotRunIsTracedAndStartedForTheNextTime)
 {
     const std::vector<std::pair<int, std::string>> reasons = {
         {EAGAIN, "Resource temporarily unavailable"}, {ECHILD, "No child processes"}};
@@ -1157,14 +1157,14 @@ TEST_F(BackupTable, daemonThatCannotBeRunIsTracedAndStartedForTheNextTime)
 
 // ---- gub1: the capacity -----------------------------------------------------------------------
 
-TEST_F(BackupTable, capacityIsTheMirrorsWhereThereAreTwoDrives)
+TEST_F(BackupTable, capacityIsTheMirrorsIfThereAreTwoDrives)
 {
     root::stub("pelparam", "echo 2");
     root::stub("mdadm", "echo '(931.51 GiB 1000.20 GB)'");
     EXPECT_EQ(ask().answer, "gubr " + le16(0) + le16(1000) + "\n");
 }
 
-TEST_F(BackupTable, capacityThatNothingTellsIsZero)
+TEST_F(BackupTable, unknownCapacityIsZero)
 {
     root::stub("fdisk", "exit 1");
     EXPECT_EQ(ask().answer, "gubr " + zeros(4) + "\n");
@@ -1221,7 +1221,7 @@ TEST_F(DriveCheck, commandThatHasRunAndFailedIsReadable)
     expectReadable("echo -1; exit 1");
 }
 
-TEST_F(DriveCheck, parameterCountIsNotLookedAt)
+TEST_F(DriveCheck, parameterCountIsNotChecked)
 {
     root::stub("pelparam", "echo 2");
     expectAnswer(ask(7), 0xD0000001, {countLine, removeLine});

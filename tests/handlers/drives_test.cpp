@@ -23,7 +23,7 @@ using root::trace;
 const std::string kWorkFile = "/tmp/vokcontrol2.tmp";
 const std::string kTraces = "dbg_vokcontrol.txt";
 
-/// A command that prints what stands in a file of the test's.
+/// Makes a command print a file of the test.
 void stubOutput(const std::string& command, const std::string& output)
 {
     root::writeFile("/stubs/" + command + ".out", output);
@@ -66,7 +66,7 @@ class DriveCount : public Drives {
     }
 };
 
-TEST_F(DriveCount, firstLinesNumberIsTheCount)
+TEST_F(DriveCount, countIsTheNumberInTheFirstLine)
 {
     expectCount("1\n", 1);
     expectCount("2\n", 2);
@@ -75,7 +75,7 @@ TEST_F(DriveCount, firstLinesNumberIsTheCount)
     expectCount("3\n1\n", 3);
 }
 
-TEST_F(DriveCount, numberIsReadAsDecimalConversionDoes)
+TEST_F(DriveCount, numberIsReadAsDecimal)
 {
     expectCount("12 drives\n", 12);
     expectCount("  \t5\n", 5);
@@ -88,7 +88,7 @@ TEST_F(DriveCount, numberIsReadAsDecimalConversionDoes)
     expectCount(std::string("2\0004\n", 4), 2);
 }
 
-TEST_F(DriveCount, numberBeyondThirtyTwoBitsKeepsItsLowerOnes)
+TEST_F(DriveCount, numberBeyondThirtyTwoBitsWrapsToTheLowBits)
 {
     expectCount("4294967298\n", 2);
     expectCount("2147483648\n", std::numeric_limits<int>::min());
@@ -109,13 +109,13 @@ TEST_F(DriveCount, onlyFiveHundredElevenCharactersOfTheLineCount)
     expectCount(std::string(511, ' ') + "12\n", 0);
 }
 
-TEST_F(DriveCount, askedForByTheDriveOption)
+TEST_F(DriveCount, pelparamGetsTheDriveOption)
 {
     root::stub("pelparam", "test \"$*\" = -d && echo 2");
     EXPECT_EQ(GetTovHDDS(), 2);
 }
 
-TEST_F(DriveCount, failureIsTheRawWaitStatusWhateverWasPrinted)
+TEST_F(DriveCount, failureIsTheWaitStatusWhateverWasPrinted)
 {
     root::stub("pelparam", "echo 2; exit 1");
     EXPECT_EQ(GetTovHDDS(), 256);
@@ -137,7 +137,7 @@ TEST_F(DriveCount, shellThatCannotStartIsTracedAndTheFileStays)
     EXPECT_EQ(root::readFile(countFile), "4");
 }
 
-TEST_F(DriveCount, countThatSomebodyElseReapedIsAFailureToo)
+TEST_F(DriveCount, countReapedElsewhereIsAFailureToo)
 {
     stubOutput("pelparam", "2\n");
     std::signal(SIGCHLD, SIG_IGN);
@@ -230,7 +230,7 @@ class DiskCapacity : public Drives {
         return trace("cannot remove file " + kWorkFile + ": " + reason);
     }
 
-    /// The calls up to the count, where fdisk has printed this line for the disk.
+    /// The calls up to the count, if fdisk has printed this line for the disk.
     [[nodiscard]] Lines asked(const std::string& output, int gigabytes,
                               const std::string& shown) const
     {
@@ -244,7 +244,7 @@ class DiskCapacity : public Drives {
 
     [[nodiscard]] Lines asked() const { return asked(disk, 500, disk.substr(disk.find("500.1"))); }
 
-    /// The calls up to the count, where no size was found in this output.
+    /// The calls up to the count, if no size was found in this output.
     [[nodiscard]] Lines askedInVain(const std::string& output) const
     {
         return {tracedLine(fdiskLine), fdiskLine, tracedOutput(output), countLine, removeLine};
@@ -296,7 +296,7 @@ TEST_F(DiskCapacity, twoDrivesAreAMirrorOfMdadmsSize)
     EXPECT_EQ(root::list("/tmp"), Lines{kTraces});
 }
 
-TEST_F(DiskCapacity, anyOtherCountLeavesFdisksFigure)
+TEST_F(DiskCapacity, withAnyOtherCountFdisksSizeCounts)
 {
     for (const char* count : {"0\n", "3\n", "4\n", "none\n"}) {
         watch::restart();
@@ -307,14 +307,14 @@ TEST_F(DiskCapacity, anyOtherCountLeavesFdisksFigure)
     }
 }
 
-TEST_F(DiskCapacity, failedCountIsNoneOfTheKnownCounts)
+TEST_F(DiskCapacity, withAFailedCountFdisksSizeCounts)
 {
     root::stub("pelparam", "echo 2; exit 1");
     EXPECT_EQ(GetInternalDiskCap(), 500);
     EXPECT_EQ(watch::calls(), join({asked(), {tracedSize(500)}}));
 }
 
-TEST_F(DiskCapacity, figureIsTheNumberBehindTheDisksName)
+TEST_F(DiskCapacity, sizeIsTheNumberAfterTheDisksName)
 {
     expectFigure("/dev/sda: 320 GB\n", 320);
     expectFigure("/dev/sda:   64 GB\n", 64);
@@ -325,7 +325,7 @@ TEST_F(DiskCapacity, figureIsTheNumberBehindTheDisksName)
     expectFigure("/dev/sdb: 3\n/dev/sda: 4\n", 4);
 }
 
-TEST_F(DiskCapacity, figureThatIsNoNumberIsZero)
+TEST_F(DiskCapacity, sizeOfFdiskWithoutANumberIsZero)
 {
     stubOutput("fdisk", "/dev/sda: unknown\n");
     EXPECT_EQ(GetInternalDiskCap(), 0);
@@ -359,7 +359,7 @@ TEST_F(DiskCapacity, numberIsSixteenBitsWide)
               join({asked("/dev/sda: 70000 GB\n", 70000, "70000 GB\n"), {tracedSize(70000)}}));
 }
 
-TEST_F(DiskCapacity, figureBeyondThirtyTwoBitsKeepsItsLowerOnes)
+TEST_F(DiskCapacity, sizeOfFdiskBeyondThirtyTwoBitsKeepsItsLowBits)
 {
     stubOutput("fdisk", "/dev/sda: 4294967796 GB\n");
     EXPECT_EQ(GetInternalDiskCap(), 500);
@@ -369,7 +369,7 @@ TEST_F(DiskCapacity, figureBeyondThirtyTwoBitsKeepsItsLowerOnes)
     expectFigure("/dev/sda: -99999999999999999999 GB\n", 0);
 }
 
-TEST_F(DiskCapacity, silentFdiskMeansZero)
+TEST_F(DiskCapacity, fdiskWithoutOutputMeansZero)
 {
     for (const char* script : {"exit 1", "exit 127", "echo Disk /dev/sdb: 500 GB"}) {
         root::stub("fdisk", script);
@@ -408,7 +408,7 @@ TEST_F(DiskCapacity, mirrorNeedsNoFdisk)
                                      tracedLine(mdadmLine), mdadmLine, tracedSize(1000)}));
 }
 
-TEST_F(DiskCapacity, everythingThatSomebodyElseReapsFails)
+TEST_F(DiskCapacity, everyLineReapedElsewhereFails)
 {
     stubOutput("pelparam", "2\n");
     std::signal(SIGCHLD, SIG_IGN);
@@ -475,14 +475,14 @@ class MirrorCapacity : public DiskCapacity {
         stubOutput("pelparam", "2\n");
     }
 
-    /// The calls of a mirror whose size came to this.
+    /// The calls for a mirror of this size.
     [[nodiscard]] Lines askedForMirror(int gigabytes) const
     {
         return join({asked(), {tracedLine(mdadmLine), mdadmLine, tracedSize(gigabytes)}});
     }
 };
 
-TEST_F(MirrorCapacity, sizeIsTheNumberFourCharactersBehindGiB)
+TEST_F(MirrorCapacity, sizeIsTheNumberFourCharactersAfterGiB)
 {
     expectMirror("(931.51 GiB 1000.20 GB)\n", 1000);
     expectMirror("(931.51 GiB, 1000.20 GB)\n", 1000);
@@ -492,7 +492,7 @@ TEST_F(MirrorCapacity, sizeIsTheNumberFourCharactersBehindGiB)
     expectMirror("1 GiB 65537 GB\n", 1);
 }
 
-TEST_F(MirrorCapacity, sizeBeyondThirtyTwoBitsKeepsItsLowerOnes)
+TEST_F(MirrorCapacity, sizeBeyondThirtyTwoBitsKeepsItsLowBits)
 {
     expectMirror("(1 GiB    4294967796 GB)\n", 500);
     expectMirror("(1 GiB    99999999999999999999 GB)\n", 65535);
@@ -514,7 +514,7 @@ TEST_F(MirrorCapacity, onlyTwoHundredFiftyFiveCharactersOfMdadmsLineCount)
     expectMirror(std::string(253, '#') + "GiB 12\n", 500);
 }
 
-TEST_F(MirrorCapacity, silentMdadmLeavesFdisksFigure)
+TEST_F(MirrorCapacity, mdadmWithoutOutputLeavesFdisksSize)
 {
     for (const char* script : {"exit 1", "exit 127", "echo 'Array Size : 976630464 KiB'"}) {
         root::stub("mdadm", script);
@@ -531,7 +531,7 @@ TEST_F(MirrorCapacity, failingMdadmThatPrintsASizeCounts)
     EXPECT_EQ(GetInternalDiskCap(), 1000);
 }
 
-TEST_F(MirrorCapacity, shellThatCannotStartForMdadmLeavesFdisksFigure)
+TEST_F(MirrorCapacity, shellThatCannotStartForMdadmLeavesFdisksSize)
 {
     for (const int error : {EAGAIN, ECHILD}) {
         watch::restart();
@@ -550,7 +550,7 @@ TEST_F(MirrorCapacity, fdisksOutputIsNeverTakenForMdadms)
     EXPECT_EQ(watch::calls().back(), tracedSize(500));
 }
 
-TEST_F(MirrorCapacity, mdadmsOutputThatCannotBeReadLeavesFdisksFigure)
+TEST_F(MirrorCapacity, unreadableOutputOfMdadmLeavesFdisksSize)
 {
     watch::after("mdadm", [] { close(kWorkFile); });
     EXPECT_EQ(GetInternalDiskCap(), 500);
@@ -558,7 +558,7 @@ TEST_F(MirrorCapacity, mdadmsOutputThatCannotBeReadLeavesFdisksFigure)
     EXPECT_FALSE(root::exists(kWorkFile));
 }
 
-TEST_F(MirrorCapacity, mdadmsOutputThatIsGoneLeavesFdisksFigureAndCannotBeRemoved)
+TEST_F(MirrorCapacity, missingOutputOfMdadmLeavesFdisksSizeAndCannotBeRemoved)
 {
     watch::after("mdadm", [] { fs::remove(kWorkFile); });
     EXPECT_EQ(GetInternalDiskCap(), 500);
@@ -643,7 +643,7 @@ TEST_F(ShareUsage, realShareIsMeasured)
     EXPECT_EQ(watch::calls().at(1), "du -sk \"/share/My Music\" > " + kWorkFile);
 }
 
-TEST_F(ShareUsage, silentDuIsAFailure)
+TEST_F(ShareUsage, duWithoutOutputIsAFailure)
 {
     for (const char* script : {"exit 0", "exit 1", "exit 127"}) {
         watch::restart();
@@ -670,7 +670,7 @@ TEST_F(ShareUsage, shellThatCannotStartIsAFailure)
     expectFailure();
 }
 
-TEST_F(ShareUsage, duThatSomebodyElseReapedCounts)
+TEST_F(ShareUsage, duReapedElsewhereCounts)
 {
     std::signal(SIGCHLD, SIG_IGN);
     expectUsage("21", 21, 'K');

@@ -37,10 +37,10 @@ std::string repeated(const std::string& text, int times)
     return all;
 }
 
-/// A query, with the work file of an earlier command in its place.
+/// Sends a request while a work file of an earlier command is in place.
 class Query : public request::Test {
   protected:
-    /// Has the loaded request processed, and compares all that it leaves.
+    /// Processes the loaded request, and compares all that it leaves.
     /// @param isGood  whether it ends without an error, and so without its exit
     /// @param printed  on standard output
     /// @param left  files besides the work file, which only an exit removes
@@ -61,7 +61,7 @@ class Query : public request::Test {
 
 class FirstTime : public Query {
   protected:
-    /// @param shown  the marker as it is traced
+    /// @param shown  the marker in the trace
     static void expectAnswer(std::uint32_t code, const std::string& shown,
                              const std::string& printed = "")
     {
@@ -81,7 +81,7 @@ class FirstTime : public Query {
     }
 };
 
-TEST_F(FirstTime, setupIsDoneWhereTheMarkerStartsWithZero)
+TEST_F(FirstTime, setupIsDoneIfTheMarkerStartsWithZero)
 {
     for (const std::string marker : {"0", "00", "01", "0x", "0 1", "0\xC3\xA9", "0\"$HOME"}) {
         expectMarker(marker, kSetupDone);
@@ -104,7 +104,7 @@ TEST_F(FirstTime, markerIsTracedUpToItsBuffersEnd)
     }
 }
 
-TEST_F(FirstTime, blanksAroundTheSignAreNotTheMarkers)
+TEST_F(FirstTime, blanksAroundTheEqualsSignAreIgnored)
 {
     for (const std::string line : {"firsttime = 0", "firsttime\t=\t 0", "firsttime=  0"}) {
         root::writeFile(kVariables, line + "\n");
@@ -124,7 +124,7 @@ TEST_F(FirstTime, onlyTheFirstOfSeveralMarkersCounts)
     expectAnswer(kSetupDone, "0");
 }
 
-TEST_F(FirstTime, likeNamesAreOtherVariables)
+TEST_F(FirstTime, similarNamesAreOtherVariables)
 {
     for (const std::string content :
          {"", "a=0\n", "firsttime2=0\n", " firsttime=0\n", "FIRSTTIME=0\n", "firsttime 0\n",
@@ -156,7 +156,7 @@ TEST_F(FirstTime, markerThatCannotBeReadIsAnEmptyOne)
     expectAnswer(kGood, "");
 }
 
-TEST_F(FirstTime, nothingBehindTheRequestLineIsRead)
+TEST_F(FirstTime, onlyTheFirstLineIsRead)
 {
     root::writeFile(kVariables, "firsttime=1\n");
     request::load(frame("frst", 0, "more\n"));
@@ -189,7 +189,7 @@ void stubLanguage(const std::string& output)
     root::stub("php", "[ $2 = tovGetLanguage ] && cat /stubs/language >\"$3\"");
 }
 
-/// An answer with a language's name behind its tag.
+/// An answer with a language's name after its tag.
 std::string tagged(const std::string& language)
 {
     return "<language>none</language>\n<languag>" + language + "</languag>\n";
@@ -272,7 +272,7 @@ TEST_F(QuickSetup, everyLanguageHasItsCodeAndVariable)
     }
 }
 
-TEST_F(QuickSetup, languageThatHoldsAKnownOneIsThatOne)
+TEST_F(QuickSetup, languageThatContainsAKnownNameIsThatLanguage)
 {
     root::writeFile(kVariables, "default_public_share_name_en=E\ndefault_public_share_name_fr=F\n"
                                 "default_public_share_name_ge=G\ndefault_public_share_name_it=I\n"
@@ -291,7 +291,7 @@ TEST_F(QuickSetup, languageThatHoldsAKnownOneIsThatOne)
     }
 }
 
-TEST_F(QuickSetup, firstRowOfTheTableWinsOverTheFirstWord)
+TEST_F(QuickSetup, orderOfTheTableDecidesNotTheOrderOfTheWords)
 {
     root::writeFile(kVariables, "default_public_share_name_en=E\ndefault_public_share_name_fr=F\n"
                                 "default_public_share_name_ge=G\ndefault_public_share_name_it=I\n"
@@ -325,7 +325,7 @@ TEST_F(QuickSetup, anyOtherLanguageHasNoCode)
 TEST_F(QuickSetup, longLanguageIsReadInPieces)
 {
     root::writeFile(kVariables, "default_public_share_name_en=Public\n");
-    // A line of the answer holds 511 bytes, the tag's nine among them.
+    // A line of the answer has at most 511 bytes, nine of them for the tag.
     const std::string fits = std::string(502 - 7, 'x') + "english";
     stubLanguage("<languag>" + fits + "</languag>\n");
     expectName(fits, "en", "Public");
@@ -391,7 +391,7 @@ TEST_F(QuickSetup, languageScriptThatFailsIsAnError)
     expectError(kNoLanguage, calls(0x7F00));
 }
 
-TEST_F(QuickSetup, languageScriptThatSomebodyElseReapedIsAnError)
+TEST_F(QuickSetup, languageScriptReapedElsewhereIsAnError)
 {
     stubLanguage(tagged("english"));
     std::signal(SIGCHLD, SIG_IGN);
@@ -417,7 +417,7 @@ TEST_F(QuickSetup, languageThatCannotBeReadIsAnError)
     expectError(kNoLanguage, calls("Permission denied"));
 }
 
-TEST_F(QuickSetup, shareNamesOfAnySize)
+TEST_F(QuickSetup, shareNamesOfAnySizeAreAnswered)
 {
     stubLanguage(tagged("english"));
     for (const std::size_t size : {1U, 2U, 31U, 32U, 33U, 63U, 64U, 65U, 70U, 400U, 481U}) {
@@ -437,7 +437,7 @@ TEST_F(QuickSetup, charactersAreBytes)
     }
 }
 
-TEST_F(QuickSetup, shareNamesGoInAsTheyAre)
+TEST_F(QuickSetup, shareNamesAreAnsweredUnchanged)
 {
     stubLanguage(tagged("english"));
     for (const std::string name : {"Our files", "a \"quoted\" b", "$HOME", "%s%n%d", "back\\slash",
@@ -478,7 +478,7 @@ TEST_F(QuickSetup, shareNameThatCannotBeReadIsAnError)
                 root::unreadVariable(root::kDenied));
 }
 
-TEST_F(QuickSetup, answerIsBuiltAnewForEachRequest)
+TEST_F(QuickSetup, answerDoesNotDependOnEarlierRequests)
 {
     stubLanguage(tagged("english"));
     root::writeFile(kVariables, "default_public_share_name_en=" + std::string(70, 'n') + "\n");

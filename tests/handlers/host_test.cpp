@@ -52,7 +52,7 @@ const std::string kBefore = "a=1\n";
 const std::string kEnglish = "language_current=en\n";
 const std::string kStartPage = "http_start_page=/real_index.asp\n";
 
-/// The appliance's scripts: they write down what they are asked to set.
+/// Stubs of the appliance's scripts: they record what they are asked to set.
 /// @param special  rows of a shell's "case" by function, before the common one
 void stubScripts(const std::string& special = "")
 {
@@ -64,7 +64,7 @@ std::string asked()
     return root::readFile("/stubs/asked");
 }
 
-/// How the scripts are asked to set one thing.
+/// The record of a script that is asked to set one value.
 std::string ask(const std::string& function, const std::string& value)
 {
     const bool isTime = function == "tovSetUtcSysTime";
@@ -88,7 +88,7 @@ std::string lines(const Parameters& p)
 
 // ---- Calls ------------------------------------------------------------------------------------
 
-/// The traces of what was read.
+/// The traces of the parameters.
 Lines read(const Parameters& p)
 {
     return {cutTrace("date=" + p.date), cutTrace("hostname=" + p.hostName),
@@ -108,7 +108,7 @@ Lines settingTime(const std::string& time, int result = 0, const std::string& er
                         " -- sys err: " + error)};
 }
 
-/// The calls that set one thing through the system script.
+/// The calls that set one value through the system script.
 Lines setting(const std::string& function, const std::string& value, int result = 0)
 {
     const std::string line =
@@ -154,7 +154,7 @@ class Host : public request::Test {
         stubScripts();
     }
 
-    /// Loads a request, with the work file of an earlier command in its place.
+    /// Loads a request, and puts a work file of an earlier command in place.
     static void loadFrame(const std::string& request)
     {
         fs::remove("/stubs/asked");
@@ -179,7 +179,7 @@ class Host : public request::Test {
 
     static void load(const Parameters& parameters) { load(lines(parameters)); }
 
-    /// Has the next line of a function fail in one of the ways.
+    /// Makes the next line of a function fail in one of the ways.
     static void fail(const Failure& failure, const std::string& function)
     {
         stubScripts(failure.script.empty() ? "" : function + ") " + failure.script + " ;;\n");
@@ -190,13 +190,13 @@ class Host : public request::Test {
         }
     }
 
-    /// The file that a line of the system script which failed so leaves.
+    /// The file that a line of the system script leaves after this failure.
     static Lines leftBy(const Failure& failure)
     {
         return failure.script.empty() ? Lines{} : Lines{root::workFile("setSysVar")};
     }
 
-    /// Has the request processed, and compares all that it leaves.
+    /// Processes the request, and compares all that it leaves.
     /// @param left  files besides the work file, which only an exit removes
     static void expectEnd(std::uint32_t code, const Lines& calls, const Lines& left = {})
     {
@@ -207,7 +207,7 @@ class Host : public request::Test {
         }
     }
 
-    /// The request ends before anything has been changed.
+    /// Expects that the request ends before anything is changed.
     static void expectRefused(std::uint32_t code, const Lines& calls)
     {
         expectEnd(code, calls);
@@ -222,7 +222,7 @@ class Host : public request::Test {
     }
 };
 
-TEST_F(Host, setsOneThingAfterTheOther)
+TEST_F(Host, settingsAreMadeInTheirOrder)
 {
     const Parameters p = {.hostName = "attic", .workGroup = "HOME"};
     load(p);
@@ -258,7 +258,7 @@ TEST_F(Host, everyTraceReachesTheFile)
     EXPECT_EQ(std::ranges::count(traces, '\n'), 13);
 }
 
-TEST_F(Host, eachScriptSeesWhatWasSetBefore)
+TEST_F(Host, eachScriptFindsTheEarlierSettings)
 {
     load(Parameters{.hostName = "attic", .workGroup = "HOME"});
     stubScripts("tovSetSysDate|tovSetLanguage|tovSetWorkgroup) "
@@ -270,7 +270,7 @@ TEST_F(Host, eachScriptSeesWhatWasSetBefore)
     EXPECT_EQ(root::readFile("/stubs/tovSetWorkgroup"), kBefore + kEnglish) << "no start page yet";
 }
 
-TEST_F(Host, oneRequestKeepsNothingForTheNext)
+TEST_F(Host, requestDoesNotDependOnAnEarlierOne)
 {
     load(Parameters{.hostName = "attic", .workGroup = "HOME", .language = "tc"});
     EXPECT_EQ(request::run().answer, le32(kGood));
@@ -320,9 +320,9 @@ TEST_F(Host, lineThatIsMissingIsMalformed)
     }
 }
 
-TEST_F(Host, lineBehindTheVeryEndOfTheRequestIsMalformed)
+TEST_F(Host, lineAfterTheEndOfTheRequestIsMalformed)
 {
-    // Not even a zero is left to read: the line is what was read before.
+    // Nothing is left, not even a zero: the previous line is taken.
     const Lines whole = {kDate + "\n", "attic\n", "HOME\n"};
     const Lines traces = read({.hostName = "attic", .workGroup = "HOME"});
     std::string before;
@@ -390,7 +390,7 @@ TEST_F(Host, carriageReturnIsPartOfTheLine)
     expectRefused(kUnknownLanguage, read(language));
 }
 
-TEST_F(Host, withoutMemoryForALine)
+TEST_F(Host, withoutMemoryForALineTheCommandFails)
 {
     const Parameters p = {.hostName = "attic", .workGroup = "HOME"};
     for (int copies = 0; copies < 4; ++copies) {
@@ -401,7 +401,7 @@ TEST_F(Host, withoutMemoryForALine)
     }
 }
 
-TEST_F(Host, lineIsCopiedBeforeItIsJudged)
+TEST_F(Host, lineIsCopiedBeforeItIsChecked)
 {
     const std::string name(33, 'n');
     const std::vector<Parameters> refused = {
@@ -417,7 +417,7 @@ TEST_F(Host, lineIsCopiedBeforeItIsJudged)
     }
 }
 
-TEST_F(Host, fourCopiesAreAllThatIsNeeded)
+TEST_F(Host, commandNeedsFourCopies)
 {
     const Parameters p = {.hostName = "attic", .workGroup = "HOME"};
     load(p);
@@ -429,7 +429,7 @@ TEST_F(Host, fourCopiesAreAllThatIsNeeded)
 
 // ---- Date and time ----------------------------------------------------------------------------
 
-TEST_F(Host, shortDateLeavesItsMissingCharactersOut)
+TEST_F(Host, missingCharactersOfAShortDateAreLeftOut)
 {
     const std::vector<std::pair<std::string, std::string>> clocks = {
         {"::", "//"},
@@ -461,7 +461,7 @@ TEST_F(Host, shortDateLeavesItsMissingCharactersOut)
     }
 }
 
-TEST_F(Host, charactersBehindADateAreIgnored)
+TEST_F(Host, charactersAfterADateAreIgnored)
 {
     for (const std::string& more :
          {std::string("0"), std::string(" GMT"), std::string(3985, '7')}) {
@@ -471,7 +471,7 @@ TEST_F(Host, charactersBehindADateAreIgnored)
     }
 }
 
-TEST_F(Host, dateIsTakenByPlacesAndNotValidated)
+TEST_F(Host, dateIsTakenByOffsetsAndNotValidated)
 {
     const std::vector<std::array<std::string, 3>> dates = {
         {"abcdefghijklmno", "ef:gh:no", "ab/cd/ijkl"},
@@ -490,7 +490,7 @@ TEST_F(Host, dateIsTakenByPlacesAndNotValidated)
     }
 }
 
-TEST_F(Host, dateIsTheShellsToInterpret)
+TEST_F(Host, shellInterpretsTheDate)
 {
     watch::mayBeStrange("sudo /usr/bin/php /etc/inc/");
     const Parameters p = {.date = "(((((((((((((((", .hostName = "attic"};
@@ -520,7 +520,7 @@ TEST_F(Host, timeThatCannotBeSetIsOnlyTraced)
     }
 }
 
-TEST_F(Host, reasonIsNeverAnOlderOne)
+TEST_F(Host, errnoIsNeverAnOlderOne)
 {
     const Parameters p;
     load(p);
@@ -549,7 +549,7 @@ TEST_F(Host, dateThatCannotBeSetEndsTheCommand)
     }
 }
 
-TEST_F(Host, childThatSomebodyElseReapedIsAFailureOfTheDate)
+TEST_F(Host, childReapedElsewhereIsAFailureOfTheDate)
 {
     std::signal(SIGCHLD, SIG_IGN);
     const Parameters p = {.hostName = "attic"};
@@ -625,7 +625,7 @@ TEST_F(Host, anyOtherLanguageIsRefusedBeforeTheTimeIsSet)
     }
 }
 
-/// How a variable cannot be written.
+/// The ways in which a variable cannot be written.
 const std::vector<std::function<void()>> kVariableTroubles = {
     [] { fs::remove(kVariables); },
     [] {
@@ -748,7 +748,7 @@ TEST_F(Host, charactersAreBytes)
     expectRefused(kWorkGroupTooLong, firstOf(read({.workGroup = tooLong}), 3));
 }
 
-TEST_F(Host, namesReachTheLineAsTheyStand)
+TEST_F(Host, namesAreOnTheLineUnchanged)
 {
     watch::mayBeStrange("sudo /usr/bin/php /etc/inc/api_system.php tovSet");
     const std::vector<std::pair<std::string, std::string>> names = {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Files of more than 2 GiB, which not every machine opens or measures by itself.
+// Files of more than 2 GiB, which need 64-bit file sizes on 32-bit machines.
 #include <array>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ const std::string kPrivateFile = "/etc/pelconfig/vokcontrol/vokcontrol-private.t
 
 constexpr std::uintmax_t kGibibyte = 1U << 30U;
 
-/// A file that begins with some text; zeros follow up to its size, and take no room.
+/// Makes a file that begins with a text; zeros follow up to its size, and take no space.
 void makeLarge(const std::string& path, const std::string& start, std::uintmax_t size)
 {
     root::writeFile(path, start);
@@ -43,7 +43,7 @@ class LargeFiles : public request::Test {
     }
 };
 
-TEST_F(LargeFiles, versionIsRefusedForItsSize)
+TEST_F(LargeFiles, tooLargeABuildFileIsRefused)
 {
     const std::vector<std::pair<std::uintmax_t, std::string>> sizes = {
         {2 * kGibibyte - 1, "2147483647"},
@@ -58,15 +58,15 @@ TEST_F(LargeFiles, versionIsRefusedForItsSize)
     }
 }
 
-/// The size goes out in 32 bits, and as much of the file goes with it.
-TEST_F(LargeFiles, privateFileIsSentAsFarAsItsSizeOnTheWire)
+/// The answer has the low 32 bits of the size, and that many bytes of the file.
+TEST_F(LargeFiles, privateFileIsSentUpToTheSizeInTheHeader)
 {
     makeLarge(kPrivateFile, "abcdef", 4 * kGibibyte + 3);
     expectEnd(request::process(frame("gpvt", 0)), "gprt " + le32(2) + "\n" + le32(3) + "\n" + "abc",
               {sizeTrace(kPrivateFile, "3"), trace("sending buffer abc")});
 }
 
-TEST_F(LargeFiles, publishedStatusIsReadWhateverComesBehindIt)
+TEST_F(LargeFiles, publishedStatusIsReadWhateverFollowsIt)
 {
     makeLarge(root::kStatusFile, le32(4) + "\x01\x02\x10\x03", 3 * kGibibyte);
     std::array<char, 4096> buffer{};

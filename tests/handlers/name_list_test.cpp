@@ -59,7 +59,7 @@ class NameList : public root::Test {
         return handlers::searchNameList(kList.c_str(), name.c_str(), how);
     }
 
-    /// Searches a list for a name as it stands, and compares all that this leaves.
+    /// Searches a list for exactly a name, and compares all that this leaves.
     static void expectFound(const std::string& list, const std::string& name, int result)
     {
         watch::restart();
@@ -70,7 +70,7 @@ class NameList : public root::Test {
         EXPECT_FALSE(root::exists(kList));
     }
 
-    /// The same, in either case; both texts are traced in upper case.
+    /// The same for letters of both cases; both texts are traced in upper case.
     static void expectFoundInAnyCase(const std::string& list, const std::string& name, int result,
                                      const std::string& upperList, const std::string& upperName)
     {
@@ -97,7 +97,7 @@ TEST_F(NameList, wholeNamesAreFound)
     expectFound(list, "return", 0);
 }
 
-TEST_F(NameList, caseCountsUnlessItIsIgnored)
+TEST_F(NameList, caseMattersUnlessItIsIgnored)
 {
     expectFound(R"(return ["anna"];)", "Anna", 0);
     expectFound(R"(return ["Anna"];)", "anna", 0);
@@ -128,7 +128,7 @@ TEST_F(NameList, everyCharacterOfAListHasItsCase)
     expectFoundInAnyCase(inQuotes(upper), list, 1, inQuotes(upper), upper);
 }
 
-TEST_F(NameList, quotesAreAllThatIsLookedAt)
+TEST_F(NameList, onlyQuotesSeparateNames)
 {
     expectFound(R"(return ["a""b"];)", "", 1);
     expectFound(R"(return ["a", "b"];)", "", 0);
@@ -201,7 +201,7 @@ TEST_F(NameList, missingListIsTraced)
               Lines{trace("probe() cannot stat file " + kList + ": No such file or directory")});
 }
 
-TEST_F(NameList, listThatCannotBeLookedAtIsTraced)
+TEST_F(NameList, listThatCannotBeMeasuredIsTraced)
 {
     root::writeFile(kList, "[]");
     EXPECT_EQ(handlers::searchNameList("/tmp/list/list", "a", kExact), -1);
@@ -210,7 +210,7 @@ TEST_F(NameList, listThatCannotBeLookedAtIsTraced)
     EXPECT_TRUE(root::exists(kList));
 }
 
-TEST_F(NameList, emptyListIsNone)
+TEST_F(NameList, emptyListIsAFailure)
 {
     root::writeFile(kList, "");
     EXPECT_EQ(search(""), -1);
@@ -228,7 +228,7 @@ TEST_F(NameList, unreadableListIsTracedAndStays)
     EXPECT_TRUE(root::exists(kList));
 }
 
-TEST_F(NameList, listThatIsRemovedInBetweenIsTraced)
+TEST_F(NameList, listRemovedBeforeItIsOpenedIsTraced)
 {
     root::writeFile(kList, R"(["a"])");
     watch::after("echo \"file ", [] { fs::remove(kList); });
@@ -249,7 +249,7 @@ TEST_F(NameList, folderHoldsNoLine)
     EXPECT_FALSE(root::exists(kList));
 }
 
-TEST_F(NameList, listThatIsEmptiedInBetweenHoldsNoLine)
+TEST_F(NameList, listEmptiedBeforeItIsReadHoldsNoLine)
 {
     root::writeFile(kList, R"(["a"])");
     watch::after("echo \"file ", [] { root::writeFile(kList, ""); });
@@ -258,7 +258,7 @@ TEST_F(NameList, listThatIsEmptiedInBetweenHoldsNoLine)
     EXPECT_FALSE(root::exists(kList));
 }
 
-TEST_F(NameList, listThatGrowsInBetweenIsReadFortyNineCharactersFurther)
+TEST_F(NameList, listThatGrowsBeforeItIsReadIsReadFortyNineCharactersFurther)
 {
     for (const std::size_t more : {49U, 50U}) {
         watch::restart();
@@ -272,7 +272,7 @@ TEST_F(NameList, listThatGrowsInBetweenIsReadFortyNineCharactersFurther)
     }
 }
 
-TEST_F(NameList, whatAListHasGrownByKeepsItsCase)
+TEST_F(NameList, bytesAddedToAListKeepTheirCase)
 {
     for (const char* name : {"late", "Late", "LATE"}) {
         watch::restart();
@@ -289,7 +289,7 @@ TEST_F(NameList, listThatMemoryCannotHoldIsTracedAndRemoved)
 {
     constexpr std::uintmax_t kHuge = std::uintmax_t{1} << 60U;
     constexpr std::uintmax_t kHalf = std::uintmax_t{1} << 31U;
-    // Cut to 32 bits, the first is as small as what the list holds, and the last leaves no room for
+    // Cut to 32 bits, the first is as small as the list's content, and the last leaves no room for
     // more.
     for (const std::uintmax_t more : {std::uintmax_t{5}, kHalf - 1, 2 * kHalf - 16}) {
         SCOPED_TRACE(more);
@@ -308,7 +308,7 @@ TEST_F(NameList, listThatMemoryCannotHoldIsTracedAndRemoved)
     }
 }
 
-TEST_F(NameList, listThatCannotBeRemovedIsAnsweredAllTheSame)
+TEST_F(NameList, listThatCannotBeRemovedIsAnsweredAnyway)
 {
     root::writeFile(kList, R"(["a"])");
     dbg_trace("so that there is a file to trace to");
@@ -320,7 +320,7 @@ TEST_F(NameList, listThatCannotBeRemovedIsAnsweredAllTheSame)
     EXPECT_TRUE(root::exists(kList));
 }
 
-TEST_F(NameList, listIsClosedAgain)
+TEST_F(NameList, listIsClosed)
 {
     const std::size_t before = root::list("/proc/self/fd").size();
     for (int i = 0; i < 10; ++i) {

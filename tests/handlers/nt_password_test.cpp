@@ -26,14 +26,14 @@ SmbPasswdEntry account(const std::string& name, const std::string& hash)
     return entry;
 }
 
-/// Checks a password against the hash of an account of its own.
+/// Checks a password against an account with this hash.
 int check(const std::string& hash, const std::string& password)
 {
     const SmbPasswdEntry entry = account("anna", hash);
     return checkNtPassword(&entry, "anna", password.c_str());
 }
 
-/// The hash of a password, each of whose bytes is a character.
+/// The hash of a password in ISO-8859-1.
 std::string hashOf(const std::string& password)
 {
     std::string wide;
@@ -63,7 +63,7 @@ class NtPassword : public root::Test {
 
 // ---- Hashes -----------------------------------------------------------------------------------
 
-TEST_F(NtPassword, publishedHashesAreMet)
+TEST_F(NtPassword, knownHashesMatchTheirPasswords)
 {
     struct Row {
         const char* password;
@@ -137,12 +137,12 @@ TEST_F(NtPassword, caseAndBlanksOfAPasswordCount)
     EXPECT_EQ(check(hashOf("password "), "password "), 0);
 }
 
-TEST_F(NtPassword, hashItselfIsNoPassword)
+TEST_F(NtPassword, hashItselfIsNotThePassword)
 {
     EXPECT_EQ(check(kPasswordHash, kPasswordHash), -1);
 }
 
-TEST_F(NtPassword, emptyPasswordIsOne)
+TEST_F(NtPassword, emptyPasswordIsAPassword)
 {
     EXPECT_EQ(check(kEmptyHash, ""), 0);
     EXPECT_EQ(check(kEmptyHash, " "), -1);

@@ -81,7 +81,7 @@ class Wall : public request::Test {
         request::Test::expectError(process(frame), "erro " + le32(code), code, {});
     }
 
-    /// A request without a byte to spare.
+    /// A request that fills all 4096 bytes.
     static std::string fullFrame(const std::string& rest) { return filledFrame("wall", 2, rest); }
 
     static std::size_t openFiles() { return root::list("/proc/self/fd").size(); }
@@ -148,7 +148,7 @@ TEST_F(Wall, flagsDoNotMatter)
     }
 }
 
-TEST_F(Wall, emptyPasswordIsOne)
+TEST_F(Wall, emptyPasswordIsAPassword)
 {
     setAccounts(line("anna", kEmpty) + line("bob", kOther));
     expectRight("anna\n\n");
@@ -207,7 +207,7 @@ TEST_F(Wall, lineThatIsNoAccountEndsTheSearch)
     }
 }
 
-TEST_F(Wall, lastLineWithoutNewlineNeedsACharacterBehindItsColon)
+TEST_F(Wall, lastLineWithoutANewlineNeedsACharacterAfterItsColon)
 {
     const std::string whole = line("bob", kOther);
     setAccounts(line("anna", kSecret) + whole.substr(0, whole.size() - 1));
@@ -258,7 +258,7 @@ TEST_F(Wall, passwordFileIsOnlyRead)
 
 // ---- The request ------------------------------------------------------------------------------
 
-TEST_F(Wall, absentLineReadsAsAnEmptyText)
+TEST_F(Wall, missingLineIsAnEmptyText)
 {
     setAccounts(line("anna", kEmpty) + line("bob", kOther) + line("", kEmpty));
     expectRight("anna\n");
@@ -309,7 +309,7 @@ TEST_F(Wall, lineThatEndsTheRequestIsNotMissing)
     EXPECT_EQ(process(fullFrame(std::string(256, 'n'))).answer, kRight);
 }
 
-TEST_F(Wall, newlineThatTheFirstLineLeavesOverIsALine)
+TEST_F(Wall, newlineAfterALongFirstLineIsALine)
 {
     setAccounts(line("", kSecret) + line("a", kEmpty));
     expectErrorTo(kWrong, fullFrame("\n"));
@@ -366,7 +366,7 @@ TEST_F(Wall, passwordHas255Characters)
     expectError(kWrong, password(256));
 }
 
-TEST_F(Wall, otherCountThanTwoIsRefusedWithoutALook)
+TEST_F(Wall, otherCountThanTwoIsRefusedBeforeTheFileIsRead)
 {
     for (const std::uint32_t count : {0U, 1U, 3U, 255U, 513U}) {
         const Outcome outcome = process(frame("wall", count, "anna\nsecret\n"));

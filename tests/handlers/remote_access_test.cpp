@@ -59,7 +59,7 @@ std::string withoutNewline(const std::string& text)
 
 // ---- Programs ---------------------------------------------------------------------------------
 
-/// Puts a program in its place; it writes down its arguments and then runs this.
+/// Installs a program that records its arguments and then runs SCRIPT.
 void place(const std::string& path, const std::string& script)
 {
     const std::string record = "printf '<%s>' \"$@\" >/stubs/asked-" + path.substr(9) + "\n";
@@ -68,7 +68,7 @@ void place(const std::string& path, const std::string& script)
     fs::permissions(path, fs::perms(0755));
 }
 
-/// What a program was called with.
+/// The arguments that a program recorded.
 std::string asked(const std::string& path)
 {
     return root::readFile("/stubs/asked-" + path.substr(9));
@@ -80,7 +80,7 @@ std::string registration(const std::string& user, const std::string& first,
     return "<registerUser><" + user + "><" + first + "><" + second + ">";
 }
 
-/// How there can be no program to start.
+/// The ways in which a program cannot be started.
 const std::vector<std::function<void(const std::string&)>> kUnstartable = {
     [](const std::string& path) { fs::remove(path); },
     [](const std::string& path) { fs::permissions(path, fs::perms(0644)); },
@@ -99,7 +99,7 @@ const std::vector<std::function<void(const std::string&)>> kUnstartable = {
     },
 };
 
-/// None that whoever runs the tests may have set to be ignored.
+/// Only signals that the caller of the tests does not set to be ignored.
 const std::vector<int> kSignals = {SIGKILL, SIGTERM, SIGSEGV, SIGABRT, SIGUSR1};
 
 std::string dieBy(int signal)
@@ -129,7 +129,7 @@ class RemoteAccess : public request::Test {
         request::Test::TearDown();
     }
 
-    /// Loads a request, with the work file of an earlier command in its place.
+    /// Loads a request, and puts a work file of an earlier command in place.
     void load(const std::string& request)
     {
         fs::remove("/stubs/asked-ractl");
@@ -139,10 +139,10 @@ class RemoteAccess : public request::Test {
         root::writeFile(kWorkFile, "work");
     }
 
-    /// Standard output is going to hold this when the request has ended.
+    /// Sets the expected standard output of the request.
     void expectPrinted(const std::string& text) { printed_ = text; }
 
-    /// The request ends well, and leaves the work file.
+    /// Expects that the request succeeds, and leaves the work file.
     void expectAnswer(const std::string& answer, const Lines& calls)
     {
         expectEnd(answer, calls, {kWorkFile}, printed_);
@@ -155,7 +155,7 @@ class RemoteAccess : public request::Test {
         expectNoChild();
     }
 
-    /// No program was started.
+    /// Expects that no program was started.
     static void expectNoProgram()
     {
         EXPECT_FALSE(root::exists("/stubs/asked-ractl"));
@@ -198,7 +198,7 @@ class Value : public RemoteAccess {
         expectError(code, {trace("key is " + std::to_string(key))});
     }
 
-    /// Both addresses are kept so; they are read as this.
+    /// Expects that an address in the variables, KEPT, is answered as VALUE.
     void expectAddresses(const std::string& kept, const std::string& value)
     {
         root::writeFile(kVariables, "ra_signUpUrl=" + kept + "\nra_signInUrl=other\n");
@@ -239,7 +239,7 @@ TEST_F(Value, addressesOfAnySize)
     }
 }
 
-TEST_F(Value, addressesGoInAsTheyAre)
+TEST_F(Value, addressesAreAnsweredUnchanged)
 {
     for (const std::string& text : kOddTexts) {
         // Blanks before a value are not part of it, nor is a carriage return.
@@ -312,7 +312,7 @@ TEST_F(Value, keyThatIsCutByTheRequestsEndIsMalformed)
     }
 }
 
-TEST_F(Value, keyIsAllThatIsRead)
+TEST_F(Value, onlyTheKeyIsRead)
 {
     load(frame("getv", 1, le32(3) + "\nmore\n"));
     expectAnswer(std::string("getv \3\0\0\0\n2\n", 12),
@@ -352,7 +352,7 @@ class Access : public RemoteAccess {
     }
 };
 
-TEST_F(Access, systemIsOnWhereItsVariableStartsWithOne)
+TEST_F(Access, systemIsOnIfItsVariableStartsWithOne)
 {
     root::writeFile(kVariables, "raclient_raenabled=1\n");
     load(frame("wags", 1, "system\n"));
@@ -436,7 +436,7 @@ TEST_F(Access, entityNeedsNoNewline)
 
 TEST_F(Access, entityThatCannotBeReadIsMalformed)
 {
-    // Every request leaves bytes behind its first line, so they are read here beforehand.
+    // Every request has bytes after its first line, so they are read here first.
     EXPECT_EQ(request::process(frame("wags", 1, "system\nanna\n")).result, 0);
     EXPECT_EQ(request::unread(), "anna");
     for (void (*const handler)() : {cmd_wags, +[] {
@@ -450,7 +450,7 @@ TEST_F(Access, entityThatCannotBeReadIsMalformed)
     }
 }
 
-TEST_F(Access, userIsAskedFor)
+TEST_F(Access, accessOfAUserIsAskedFor)
 {
     load(frame("wags", 2, "user\nanna\n"));
     expectAnswer("wags user\n\1\n",
@@ -485,7 +485,7 @@ TEST_F(Access, programThatIsKilledGivesNoAnswer)
         expectError(2, userCalls("anna"));
         EXPECT_EQ(asked(kSwitch), "<get><anna>");
     }
-    // However the shell tells it: as its own end, with a core dump, or as a status.
+    // In each form of the shell's status: its own end, with a core dump, or 128 and more.
     for (const int result : {9, 15, 11 | 0x80, 137 << 8}) {
         ask("anna");
         watch::answer(kSwitch, result, 0);
@@ -538,7 +538,7 @@ TEST_F(Access, lineForTheShellIsCutAt255Characters)
         EXPECT_EQ(userCalls(user)[1].size(), size + 26);
         EXPECT_EQ(asked(kSwitch), "<get><" + user + ">");
     }
-    // From here on the quote at the end is lost, and the shell refuses the line with status 2.
+    // From this size on the last quote is cut off, and the shell refuses the line with status 2.
     for (const std::size_t size : {230U, 231U, 250U, 4000U}) {
         const std::string user(size, 'n');
         ask(user);
@@ -561,7 +561,7 @@ TEST_F(Access, restOfALongUserIsNotRead)
 
 TEST_F(Access, restOfALongEntityIsTheUser)
 {
-    // Zeros make it long without being part of it.
+    // Zeros make the line long, but are not part of the text.
     for (std::size_t size = 253; size <= 257; ++size) {
         const std::string entity = "user" + std::string(size - 5, '\0') + "\n";
         load(frame("wags", 2, entity + "anna\n"));
@@ -590,7 +590,7 @@ TEST_F(Access, userNeedsNoNewline)
     expectUser(true, userCalls("anna"));
 }
 
-TEST_F(Access, userThatIsMissingIsAnEmptyOne)
+TEST_F(Access, missingUserIsAnEmptyName)
 {
     for (const std::string parameters : {"user", "user\n", "user\n\n"}) {
         load(frame("wags", 1, parameters));
@@ -599,7 +599,7 @@ TEST_F(Access, userThatIsMissingIsAnEmptyOne)
     }
 }
 
-TEST_F(Access, userBehindTheVeryEndOfTheRequestIsMalformed)
+TEST_F(Access, userAfterTheEndOfTheRequestIsMalformed)
 {
     for (const std::string end : {"user\n", "user"}) {
         load(filledFrame("wags", 2, end));
@@ -608,7 +608,7 @@ TEST_F(Access, userBehindTheVeryEndOfTheRequestIsMalformed)
     }
 }
 
-TEST_F(Access, userStandsBetweenDoubleQuotesAsItIs)
+TEST_F(Access, userIsBetweenDoubleQuotesUnchanged)
 {
     watch::mayBeStrange("/usr/bin/ra-enabled");
     const std::vector<std::pair<std::string, std::string>> users = {
@@ -645,7 +645,7 @@ class SigningUp : public RemoteAccess {
 
     void ask(const std::string& parameters) { load(frame("warp", 3, parameters)); }
 
-    /// The request ends well, and the program was given these.
+    /// Expects that the request succeeds, and that the program got these arguments.
     void expectRegistered(const std::string& user, const std::string& first,
                           const std::string& second)
     {
@@ -657,7 +657,7 @@ class SigningUp : public RemoteAccess {
     static const inline std::string kAnna = "anna\nanna@example.org\nsecret\n";
 };
 
-TEST_F(SigningUp, userLosesItsNewlineAndTheOthersKeepTheirs)
+TEST_F(SigningUp, userLosesItsNewlineButTheOtherTextsKeepTheirs)
 {
     ask("anna\nanna@example.org\nsecret\n");
     expectAnswer(std::string("warp \0\n\0\n", 9), {});
@@ -667,7 +667,7 @@ TEST_F(SigningUp, userLosesItsNewlineAndTheOthersKeepTheirs)
 
 TEST_F(SigningUp, programIsCalledByItsPath)
 {
-    // A shell that is called so reads its first argument; this tells the whole vector.
+    // A shell as the program runs its first argument, a script that records all arguments.
     fs::remove(kRegister);
     fs::create_symlink("/usr/bin/sh", kRegister);
     ASSERT_EQ(::chdir("/stubs"), 0);
@@ -678,7 +678,7 @@ TEST_F(SigningUp, programIsCalledByItsPath)
               std::string("/usr/bin/ractl\0registerUser\0anna\0b\n\0c\n\0", 39));
 }
 
-TEST_F(SigningUp, anyStatusButZeroIsARefusal)
+TEST_F(SigningUp, anyStatusExceptZeroIsARefusal)
 {
     for (const int status : {1, 2, 3, 126, 127, 128, 130, 255}) {
         place(kRegister, "exit " + std::to_string(status));
@@ -708,14 +708,14 @@ TEST_F(SigningUp, programThatCannotBeStartedRefuses)
         expectNoProgram();
         fs::remove(kRegister);
     }
-    // Nobody tries it as a shell script.
+    // It is not run as a shell script.
     root::writeFile(kRegister, "exit 0\n");
     fs::permissions(kRegister, fs::perms(0755));
     ask(kAnna);
     expectError(1, {});
 }
 
-TEST_F(SigningUp, processThatCannotBeHadIsAFailure)
+TEST_F(SigningUp, processThatCannotBeCreatedIsAFailure)
 {
     ask(kAnna);
     const faults::Guard noProcess = faults::failFork();
@@ -723,7 +723,7 @@ TEST_F(SigningUp, processThatCannotBeHadIsAFailure)
     expectNoProgram();
 }
 
-TEST_F(SigningUp, childThatSomebodyElseReapedIsAFailure)
+TEST_F(SigningUp, childReapedElsewhereIsAFailure)
 {
     std::signal(SIGCHLD, SIG_IGN);
     ask(kAnna);
@@ -731,7 +731,7 @@ TEST_F(SigningUp, childThatSomebodyElseReapedIsAFailure)
     EXPECT_EQ(asked(kRegister), registration("anna", "anna@example.org\n", "secret\n"));
 }
 
-TEST_F(SigningUp, answerComesWhenTheProgramHasEnded)
+TEST_F(SigningUp, programEndsBeforeTheAnswer)
 {
     place(kRegister, "sleep 0.2; wc -c </tmp/outbuf7 >/stubs/early; exit 0");
     ask(kAnna);
@@ -756,7 +756,7 @@ TEST_F(SigningUp, textsOfAnySize)
     EXPECT_EQ(request::unread(), std::string(4000 - 3 * 254, 'n'));
 }
 
-TEST_F(SigningUp, restOfALongLineIsTheNext)
+TEST_F(SigningUp, restOfALongLineIsTheNextLine)
 {
     for (std::size_t size = 253; size <= 257; ++size) {
         SCOPED_TRACE(size);
@@ -781,7 +781,7 @@ TEST_F(SigningUp, restOfALongLineIsTheNext)
     }
 }
 
-TEST_F(SigningUp, textsReachTheProgramAsTheyStand)
+TEST_F(SigningUp, textsReachTheProgramUnchanged)
 {
     for (const std::string& text : kOddTexts) {
         ask(text + "\n" + text + "\n" + text + "\n");
@@ -821,7 +821,7 @@ TEST_F(SigningUp, zeroByteEndsAText)
     expectRegistered("", "", "");
 }
 
-TEST_F(SigningUp, lineBehindTheVeryEndOfTheRequestIsAFailure)
+TEST_F(SigningUp, lineAfterTheEndOfTheRequestIsAFailure)
 {
     for (const std::string end : {"", "anna\n", "anna", "anna\nb\n", "anna\nb"}) {
         SCOPED_TRACE(end);
@@ -893,7 +893,7 @@ TEST_F(Switching, onRegistersTheUserWithoutNewlines)
 
 TEST_F(Switching, programIsCalledByItsPath)
 {
-    // A shell that is called so reads its first argument; this tells the whole vector.
+    // A shell as the program runs its first argument, a script that records all arguments.
     fs::remove(kRegister);
     fs::create_symlink("/usr/bin/sh", kRegister);
     ASSERT_EQ(::chdir("/stubs"), 0);
@@ -904,7 +904,7 @@ TEST_F(Switching, programIsCalledByItsPath)
               std::string("/usr/bin/ractl\0registerUser\0anna\0b\0c\0", 37));
 }
 
-TEST_F(Switching, anyStatusButZeroIsARefusalToSwitchOn)
+TEST_F(Switching, anyStatusExceptZeroIsARefusalToSwitchOn)
 {
     for (const int status : {1, 2, 3, 126, 127, 128, 130, 255}) {
         const std::string text = std::to_string(status);
@@ -947,7 +947,7 @@ TEST_F(Switching, programThatCannotBeStartedIsTracedByTheChild)
         << "the child goes on with the parent's traces";
 }
 
-TEST_F(Switching, processThatCannotBeHadDoesNotSwitchOn)
+TEST_F(Switching, processThatCannotBeCreatedDoesNotSwitchOn)
 {
     askForAnna('\1');
     const faults::Guard noProcess = faults::failFork();
@@ -955,7 +955,7 @@ TEST_F(Switching, processThatCannotBeHadDoesNotSwitchOn)
     expectNoProgram();
 }
 
-TEST_F(Switching, childThatSomebodyElseReapedDoesNotSwitchOn)
+TEST_F(Switching, childReapedElsewhereDoesNotSwitchOn)
 {
     std::signal(SIGCHLD, SIG_IGN);
     askForAnna('\1');
@@ -963,7 +963,7 @@ TEST_F(Switching, childThatSomebodyElseReapedDoesNotSwitchOn)
     expectAnnaRegistered();
 }
 
-TEST_F(Switching, onIsAnsweredWhenTheProgramHasEnded)
+TEST_F(Switching, programEndsBeforeOnIsAnswered)
 {
     place(kRegister, "sleep 0.2; wc -c </tmp/outbuf7 >/stubs/early; exit 0");
     askForAnna('\1');
@@ -1018,7 +1018,7 @@ class SwitchingOff : public Switching {
     void askFor(const std::string& user) { ask(user + "\nb\nc\n" + std::string("\0\n", 2)); }
 };
 
-TEST_F(SwitchingOff, offRunsTheSwitchProgramAlone)
+TEST_F(SwitchingOff, offRunsOnlyTheSwitchProgram)
 {
     ask(std::string("anna\nb\nc\n\0\n", 11));
     expectAnswer(std::string("wasu \0\n\0\n", 9),
@@ -1103,7 +1103,7 @@ TEST_F(SwitchingOff, lineForTheShellIsCutAt255Characters)
     }
     EXPECT_EQ(line(std::string(225, 'n')).size(), 255U);
     EXPECT_EQ(line(std::string(225, 'n')).substr(251), " off");
-    // From here on the quote is left open, and the shell refuses the line with status 2.
+    // From this size on the quote stays open, and the shell refuses the line with status 2.
     for (const std::size_t size : {230U, 231U, 254U}) {
         const std::string user(size, 'n');
         const std::string cut = kSwitch + " set \"" + std::string(230, 'n');
@@ -1114,7 +1114,7 @@ TEST_F(SwitchingOff, lineForTheShellIsCutAt255Characters)
     }
 }
 
-TEST_F(SwitchingOff, userStandsBetweenDoubleQuotesAsItIs)
+TEST_F(SwitchingOff, userIsBetweenDoubleQuotesUnchanged)
 {
     watch::mayBeStrange("/usr/bin/ra-enabled");
     const std::vector<std::pair<std::string, std::string>> users = {
@@ -1141,7 +1141,7 @@ TEST_F(SwitchingOff, userStandsBetweenDoubleQuotesAsItIs)
     }
 }
 
-TEST_F(SwitchingOff, quotesOfTheLineEndThoseOfItsTrace)
+TEST_F(SwitchingOff, quotesOfTheLineEndTheQuotesOfItsTrace)
 {
     askFor("a;true b");
     expectPrinted("wasu system /usr/bin/ra-enabled set a\n");
@@ -1149,7 +1149,7 @@ TEST_F(SwitchingOff, quotesOfTheLineEndThoseOfItsTrace)
     EXPECT_EQ(asked(kSwitch), "<set><a;true b><off>");
 }
 
-TEST_F(SwitchingOff, needsNoNewProcessOfItsOwn)
+TEST_F(SwitchingOff, offForksNoProcess)
 {
     const faults::Guard noProcess = faults::failFork();
     askFor("anna");
@@ -1184,7 +1184,7 @@ TEST_F(Switching, textsOfAnySize)
     expectMalformed(frame("wasu", 4, std::string(4000, 'n') + "\nb\nc\n\1\n"));
 }
 
-TEST_F(Switching, restOfALongLineIsTheNext)
+TEST_F(Switching, restOfALongLineIsTheNextLine)
 {
     for (std::size_t size = 253; size <= 257; ++size) {
         SCOPED_TRACE(size);
@@ -1209,7 +1209,7 @@ TEST_F(Switching, restOfALongLastLineIsTheFlag)
     const std::string text(255, 'n');
     ask("a\nb\n" + text + "\1\n");
     expectRegistered("a", "b", text);
-    // The flag is the newline, and the byte behind it is none.
+    // The flag is the newline, and the byte after it is no newline.
     expectMalformed(frame("wasu", 4, "a\nb\n" + text + "\n\1\n"));
     expectMalformed(frame("wasu", 4, "a\nb\n" + text + "nn\n\1\n"));
     ask("a\nb\n" + text + "n\n\1\n");
@@ -1225,7 +1225,7 @@ TEST_F(Switching, restOfALongFirstLineMovesTheFlag)
     expectNoProgram();
 }
 
-TEST_F(Switching, textsReachTheProgramAsTheyStand)
+TEST_F(Switching, textsReachTheProgramUnchanged)
 {
     for (const std::string& text : kOddTexts) {
         ask(text + "\n" + text + "\n" + text + "\n\1\n");
@@ -1257,7 +1257,7 @@ TEST_F(Switching, lineThatIsMissingIsMalformed)
     }
 }
 
-TEST_F(Switching, whateverStandsBehindTheVeryEndOfTheRequestIsMalformed)
+TEST_F(Switching, parametersAfterTheEndOfTheRequestAreMalformed)
 {
     for (const std::string end : {"", "anna\n", "anna", "anna\nb\n", "anna\nb", "anna\nb\nc\n",
                                   "anna\nb\nc", "anna\nb\nc\n\1"}) {
@@ -1271,7 +1271,7 @@ TEST_F(Switching, requestMayFillTheBufferToItsEnd)
     expectRegistered("anna", "b", "c");
 }
 
-TEST_F(Switching, nothingBehindTheFlagIsRead)
+TEST_F(Switching, nothingAfterTheFlagIsRead)
 {
     ask("anna\nb\nc\n\1\nmore\n");
     expectRegistered("anna", "b", "c");
@@ -1301,7 +1301,7 @@ class Children : public Switching, public testing::WithParamInterface<const char
     }
 };
 
-TEST_P(Children, childWritesNothingOfItsParents)
+TEST_P(Children, childFlushesNothingOfItsParent)
 {
     fs::remove(kRegister);
     std::FILE* other = std::fopen("/stubs/other", "w");
@@ -1322,7 +1322,7 @@ TEST_P(Children, childWritesNothingOfItsParents)
     EXPECT_EQ(root::readFile("/stubs/other"), "other");
 }
 
-TEST_P(Children, childRunsNothingThatIsDueAtItsParentsExit)
+TEST_P(Children, childRunsNoExitHandlerOfItsParent)
 {
     static pid_t parent = 0;
     parent = ::getpid();
@@ -1375,7 +1375,8 @@ TEST_P(Children, signalDoesNotEndTheWait)
 {
     static volatile std::sig_atomic_t signals = 0;
     signals = 0;
-    // It stays: after a wait that has ended early, signals come later. A program starts without it.
+    // The handler stays: a signal may come after a wait that ended early. A started program does
+    // not inherit it.
     struct sigaction counting = {};
     counting.sa_handler = [](int) { signals = signals + 1; };
     ::sigaction(SIGUSR1, &counting, nullptr);
@@ -1385,7 +1386,7 @@ TEST_P(Children, signalDoesNotEndTheWait)
     EXPECT_EQ(signals, 2);
 }
 
-TEST_P(Children, theirOwnChildrenAreLeftToRun)
+TEST_P(Children, childrenOfTheProgramKeepRunning)
 {
     place(kRegister, "sleep 30 >/dev/null 2>&1 & echo $! >/stubs/grandchild; exit 0");
     askForAnna();

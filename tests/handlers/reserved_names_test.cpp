@@ -41,7 +41,7 @@ TEST(IsNameAllowed, emptyNameIsNotReserved)
     EXPECT_EQ(isNameAllowed(""), 1);
 }
 
-TEST(IsNameAllowed, anySizeIsLookedAt)
+TEST(IsNameAllowed, namesOfAnySizeAreCompared)
 {
     for (const std::size_t size : kSizes) {
         EXPECT_EQ(isNameAllowed(std::string(size, 'n').c_str()), 1) << size;

@@ -101,7 +101,7 @@ Lines shareLookup(const Lines& shares, const std::string& name, int result)
                   trace("isShareNameExisted() return: " + std::to_string(result))}});
 }
 
-/// The calls that look a user up where no shell can be started.
+/// The calls that look a user up if no shell can be started.
 Lines failedUserLookup()
 {
     const std::string line = userFetch()[0];
@@ -134,7 +134,7 @@ Lines giving(const std::string& share, const std::string& user, int result = 0,
 
 // ---- Names and shell lines --------------------------------------------------------------------
 
-/// The scripts are in place; shares are made of nothing.
+/// Tests of single calls of the share script, which is a stub.
 class ShareScript : public request::Test {
   protected:
     void SetUp() override
@@ -143,7 +143,7 @@ class ShareScript : public request::Test {
         stubScripts({}, {});
     }
 
-    /// Starts anew, with a shell line that fails in one of its ways.
+    /// Starts again, with a shell line that fails in one of its ways.
     static void fail(const Failure& failure, const std::string& line, const std::string& function)
     {
         watch::restart();
@@ -155,7 +155,7 @@ class ShareScript : public request::Test {
     }
 };
 
-TEST_F(ShareScript, createsAShare)
+TEST_F(ShareScript, shareIsCreated)
 {
     for (const std::string property : {"public", "private", ""}) {
         watch::restart();
@@ -185,7 +185,7 @@ TEST_F(ShareScript, missingInterpreterIsAFailure)
     EXPECT_EQ(watch::calls(), giving("Media", "anna", 127 << 8));
 }
 
-TEST_F(ShareScript, childThatSomebodyElseReapedIsAFailure)
+TEST_F(ShareScript, childReapedElsewhereIsAFailure)
 {
     std::signal(SIGCHLD, SIG_IGN);
     EXPECT_EQ(create_shar("Media", "public"), -1);
@@ -196,7 +196,7 @@ TEST_F(ShareScript, childThatSomebodyElseReapedIsAFailure)
     EXPECT_EQ(watch::calls(), giving("Media", "anna", -1, "No child processes"));
 }
 
-TEST_F(ShareScript, givesAShareToAUser)
+TEST_F(ShareScript, userIsGivenAShare)
 {
     EXPECT_EQ(setUserPrivilege("anna", "Media"), 0);
     EXPECT_EQ(watch::calls(), giving("Media", "anna"));
@@ -213,7 +213,7 @@ TEST_F(ShareScript, givingThatFailsIsTracedWithItsReason)
     }
 }
 
-TEST_F(ShareScript, reasonIsNeverAnOlderOne)
+TEST_F(ShareScript, errnoIsNeverAnOlderOne)
 {
     fail({"exit 3", 0x300, 0, ""}, kGive, "tovSetUserSharePrivileges");
     errno = EACCES;
@@ -240,7 +240,7 @@ TEST_F(ShareScript, namesOfAnySize)
     }
 }
 
-TEST_F(ShareScript, namesReachTheScriptAsTheyStand)
+TEST_F(ShareScript, namesReachTheScriptUnchanged)
 {
     for (const std::string& name : kOddTexts) {
         watch::restart();
@@ -252,7 +252,7 @@ TEST_F(ShareScript, namesReachTheScriptAsTheyStand)
     }
 }
 
-TEST_F(ShareScript, singleQuotesAreTheShells)
+TEST_F(ShareScript, shellInterpretsSingleQuotes)
 {
     watch::mayBeStrange("sudo /usr/bin/php /etc/inc/");
     EXPECT_EQ(create_shar("a' 'b", "public"), 0);
@@ -275,7 +275,7 @@ class Creation : public creation::Test {
         line_ = request.substr(0, request.find('\n') + 1);
     }
 
-    /// The calls that "shar" has traced of its line before its count is checked come first.
+    /// Adds the traces that "shar" makes of its line before the count is checked.
     void expectEnd(std::uint32_t code, const Lines& calls, const Lines& left = {})
     {
         creation::Test::expectEnd(code, join({lineTraces(), calls}), left);
@@ -290,7 +290,7 @@ class Creation : public creation::Test {
     }
 };
 
-/// Every way in which the search for a share's name fails; the one share there is, is "Old".
+/// Every way in which the search for a share's name fails. The only share is "Old".
 std::vector<Trouble> shareTroubles()
 {
     const Lines shares = {"Old"};
@@ -327,7 +327,7 @@ std::vector<Trouble> shareTroubles()
         {[=] { script("echo >\"$3\"; chmod 000 \"$3\""); },
          join({start, {trace(unopened + "Permission denied)")}}),
          {list, listing}},
-        // The list that is made of it.
+        // The list made from the listing.
         {[=] {
              script("cat /stubs/listing >\"$3\"");
              fs::create_directory(list);
@@ -393,13 +393,13 @@ class PublicShare : public Creation {
     }
 };
 
-TEST_F(PublicShare, nameBehindGuestIsCreated)
+TEST_F(PublicShare, nameAfterGuestIsCreated)
 {
     ask("Media");
     expectCreated("Media");
 }
 
-TEST_F(PublicShare, nameThatStandsAloneLosesItsLastCharacter)
+TEST_F(PublicShare, nameWithoutGuestLosesItsLastCharacter)
 {
     for (const std::string name :
          {"Media", "Guest", "guests", "guest ", "guest\r", "m", "a\xC3\xA9"}) {
@@ -408,7 +408,7 @@ TEST_F(PublicShare, nameThatStandsAloneLosesItsLastCharacter)
     }
 }
 
-TEST_F(PublicShare, nothingStaysNothing)
+TEST_F(PublicShare, emptyNameStaysEmpty)
 {
     load(frame("pshr", 3, "\n"));
     expectCreated("");
@@ -416,14 +416,14 @@ TEST_F(PublicShare, nothingStaysNothing)
     expectCreated("");
 }
 
-TEST_F(PublicShare, emptyNameIsTakenWhereTheListHoldsTwoQuotesInARow)
+TEST_F(PublicShare, emptyNameIsTakenIfTheListHoldsTwoQuotesInARow)
 {
     stubScripts({"A", "B"}, {});
     ask("");
     expectEnd(kTaken, join({named(""), shareLookup({"A", "B"}, "", 1)}));
 }
 
-TEST_F(PublicShare, linesThatAreNotAskedForAreNotRead)
+TEST_F(PublicShare, furtherLinesAreNotRead)
 {
     load(frame("pshr", 3, "Medias\nmore\n"));
     expectCreated("Media");
@@ -453,9 +453,9 @@ TEST_F(PublicShare, lineWithAZeroByteIsMalformed)
     expectMalformed(std::string("guest\n\0\nMedia\n", 14));
 }
 
-TEST_F(PublicShare, guestAtTheVeryEndOfTheRequestIsMalformed)
+TEST_F(PublicShare, guestAtTheEndOfTheRequestIsMalformed)
 {
-    // Not even a zero is left to read: the name is what was read before.
+    // Nothing is left, not even a zero: the previous line is the name.
     load(filledFrame("pshr", 3, "guest\n"));
     expectEnd(kMalformed, {});
 }
@@ -480,7 +480,7 @@ TEST_F(PublicShare, namesOfAnySize)
     }
 }
 
-TEST_F(PublicShare, nameThatStandsAloneMayHaveOneCharacterMore)
+TEST_F(PublicShare, nameWithoutGuestMayHaveOneCharacterMore)
 {
     for (const std::size_t size : {64U, 65U, 66U, 4000U}) {
         const std::string name(size - 1, 'n');
@@ -505,7 +505,7 @@ TEST_F(PublicShare, charactersAreBytes)
     expectEnd(kTooLong, named(name + "n"));
 }
 
-TEST_F(PublicShare, oddNamesReachTheScriptAsTheyStand)
+TEST_F(PublicShare, oddNamesReachTheScriptUnchanged)
 {
     for (const std::string& name : kOddTexts) {
         ask(name);
@@ -522,7 +522,7 @@ TEST_F(PublicShare, singleQuoteBreaksTheLine)
     EXPECT_EQ(asked(), "");
 }
 
-TEST_F(PublicShare, withoutMemoryTheReasonIsTraced)
+TEST_F(PublicShare, missingMemoryIsTraced)
 {
     const faults::Guard noMemory = faults::failStrdup();
     ask("Media");
@@ -549,7 +549,7 @@ TEST_F(PublicShare, takenNameIsRefusedInAnyCase)
     }
 }
 
-TEST_F(PublicShare, namesThatAreOnlyLikeATakenOneAreFree)
+TEST_F(PublicShare, similarNamesAreFree)
 {
     const Lines shares = {"Media"};
     stubScripts(shares, {});
@@ -594,9 +594,9 @@ TEST_F(PublicShare, listingWithoutContentHoldsNoShares)
     }
 }
 
-TEST_F(PublicShare, listingThatSomebodyElseReapedCounts)
+TEST_F(PublicShare, listingReapedElsewhereCounts)
 {
-    // The list is taken as it is, but the share's own line is not.
+    // The list counts despite the lost status, but the share's own line does not.
     std::signal(SIGCHLD, SIG_IGN);
     ask("Media");
     expectEnd(kFailed,
@@ -621,7 +621,7 @@ TEST_F(PublicShare, creationThatFailsEndsTheCommand)
 
 class PrivateShare : public Creation {
   protected:
-    /// Loads a request; the traces of its line's bytes are told, but not run.
+    /// Loads a request; the traces of its line's bytes are recorded, but not run.
     void load(const std::string& request)
     {
         Creation::load(request);
@@ -660,7 +660,7 @@ class PrivateShare : public Creation {
                      giving(share, user)});
     }
 
-    /// What is traced where the user gets no access.
+    /// The trace if the user gets no access.
     static std::string notGiven(const std::string& share, const std::string& user)
     {
         return cutTrace("cmd_shar() failed setUserPrivilege for share: " + share +
@@ -712,7 +712,7 @@ TEST_F(PrivateShare, userLineWithoutItsNewlineIsTraced)
     EXPECT_EQ(asked(), "");
 }
 
-TEST_F(PrivateShare, shareLineWithoutItsNewlineIsTracedAsItWasRead)
+TEST_F(PrivateShare, shareLineWithoutItsNewlineIsTraced)
 {
     for (const std::string& text : {std::string(), std::string("Media"), std::string(4000, 'n')}) {
         load(frame("shar", 3, "anna\n" + text));
@@ -723,9 +723,9 @@ TEST_F(PrivateShare, shareLineWithoutItsNewlineIsTracedAsItWasRead)
     EXPECT_EQ(asked(), "");
 }
 
-TEST_F(PrivateShare, userAtTheVeryEndOfTheRequestIsMalformed)
+TEST_F(PrivateShare, userAtTheEndOfTheRequestIsMalformed)
 {
-    // Not even a zero is left to read: the share's line is what was read before.
+    // Nothing is left, not even a zero: the previous line is the share's.
     const std::string user(4000, 'u');
     load(filledFrame("shar", 3, user + "\n"));
     watch::answer(kUserScript, -1, EAGAIN);
@@ -740,14 +740,14 @@ TEST_F(PrivateShare, shareMayFillTheRequestToItsEnd)
     expectMade("Media", "anna", annaFound());
 }
 
-TEST_F(PrivateShare, withoutMemoryForTheUser)
+TEST_F(PrivateShare, withoutMemoryForTheUserTheCommandFails)
 {
     const faults::Guard noMemory = faults::failStrdup();
     ask("anna", "Media");
     expectEnd(kNoMemory, userNamed("anna"));
 }
 
-TEST_F(PrivateShare, withoutMemoryForTheShare)
+TEST_F(PrivateShare, withoutMemoryForTheShareTheCommandFails)
 {
     {
         const faults::Guard noMemory = faults::failStrdup(1);
@@ -775,7 +775,7 @@ TEST_F(PrivateShare, guestIsAUser)
     expectMade("Media", "guest", userFound("guest", {"anna"}));
 }
 
-TEST_F(PrivateShare, scriptThatKnowsNobodyRefusesEverybody)
+TEST_F(PrivateShare, everyUserIsRefusedIfTheScriptListsNobody)
 {
     for (const std::string action : {"exit 3", ": >\"$3\"", "mkdir \"$3\"", "mkdir \"$3\"2"}) {
         stubScripts({}, {"anna"}, "tovGetUsers) " + action + " ;;");
@@ -784,7 +784,7 @@ TEST_F(PrivateShare, scriptThatKnowsNobodyRefusesEverybody)
     }
 }
 
-TEST_F(PrivateShare, userWhoCannotBeLookedUpIsTakenToExist)
+TEST_F(PrivateShare, userCountsAsExistingIfTheSearchFails)
 {
     const Lines fetch = userFetch();
     const std::string answer = "/tmp/work/isUserExisted" + pid() + pid();
@@ -858,7 +858,7 @@ TEST_F(PrivateShare, usersOfAnySize)
 {
     for (const std::size_t size : kSizes) {
         const std::string user(size, 'u');
-        // The list of users holds lines of 511 characters, so that the last of these is not in it.
+        // Lines of the list of users have at most 511 characters, so the longest name is not in it.
         const Lines users = (size < 100) ? Lines{"anna", user} : Lines{"anna"};
         stubScripts({}, users);
         ask(user, "Media");
@@ -906,7 +906,7 @@ TEST_F(PrivateShare, sharesOfAnySize)
     }
 }
 
-TEST_F(PrivateShare, oddNamesReachTheScriptsAsTheyStand)
+TEST_F(PrivateShare, oddNamesReachTheScriptsUnchanged)
 {
     for (const std::string& name : kOddTexts) {
         stubScripts({}, {name});
@@ -951,7 +951,7 @@ TEST_F(PrivateShare, takenShareIsRefusedInAnyCase)
     expectEnd(kGood, join({annaFound(), made("Medi", "anna", shares)}));
 }
 
-TEST_F(PrivateShare, emptyShareIsTakenWhereTheListHoldsTwoQuotesInARow)
+TEST_F(PrivateShare, emptyShareIsTakenIfTheListHoldsTwoQuotesInARow)
 {
     const Lines shares = {"A", "B"};
     stubScripts(shares, {"anna"});
@@ -1035,9 +1035,9 @@ TEST_F(PrivateShare, shareThatCannotBeGivenStays)
     }
 }
 
-TEST_F(PrivateShare, childrenThatSomebodyElseReaps)
+TEST_F(PrivateShare, childrenReapedElsewhereAreFailures)
 {
-    // The user is taken to exist, the list of shares counts, but the share's own line does not.
+    // The user counts as existing and the list of shares is read, but the share's own line fails.
     std::signal(SIGCHLD, SIG_IGN);
     const std::string line = userFetch()[0];
     ask("bob", "Media");

@@ -72,7 +72,7 @@ Lines shareInfoFailure(int result, const std::string& why)
                   ") iRet:" + std::to_string(result) + " (error: " + why + ")")};
 }
 
-/// The list that share_info makes of these shares.
+/// The list that share_info makes for these shares.
 std::string shareList(const Lines& names)
 {
     std::string list;
@@ -123,7 +123,7 @@ TEST_F(PublicShare, namesOfAllSizes)
         setVariables("pel_pubshare_name=" + std::string(size, 'n') + "\n");
         expectName(std::string(size, 'n'));
     }
-    // A line of the variable file has 511 characters at most.
+    // A line of the variable file has at most 511 characters.
     const std::string longest(511 - 19, 'n');
     setVariables("pel_pubshare_name=" + longest + "\n");
     expectName(longest);
@@ -147,7 +147,7 @@ TEST_F(PublicShare, nameThatCannotBeReadIsAnEmptyLine)
     expectName("", root::unreadVariable(kDenied));
 }
 
-TEST_F(PublicShare, answerThatTheDiskHasNoRoomForIsLost)
+TEST_F(PublicShare, answerIsLostIfTheDiskIsFull)
 {
     setVariables("pel_pubshare_name=Public\n");
     request::load(frame("gps1", 0));
@@ -158,7 +158,7 @@ TEST_F(PublicShare, answerThatTheDiskHasNoRoomForIsLost)
     EXPECT_EQ(outcome.calls, request::opening("gps1", 0, {trace("cmd_gps1 fwrite 17: gpsr \x01")}));
 }
 
-TEST_F(PublicShare, olderQueryNeverTellsTheName)
+TEST_F(PublicShare, olderCommandDoesNotAnswerTheName)
 {
     setVariables("pel_pubshare_name=Public\n");
     expectNoName(frame("gpsn", 0), 0);
@@ -166,7 +166,7 @@ TEST_F(PublicShare, olderQueryNeverTellsTheName)
     expectNoName(frame("gpsn", 0), 0);
 }
 
-TEST_F(PublicShare, olderQueryTakesAnyCount)
+TEST_F(PublicShare, olderCommandTakesAnyCount)
 {
     setVariables("pel_pubshare_name=Public\n");
     expectNoName(frame("gpsn", 1, "x\n"), 1);
@@ -175,7 +175,7 @@ TEST_F(PublicShare, olderQueryTakesAnyCount)
     expectNoName("gpsn", 0);
 }
 
-TEST_F(PublicShare, olderQueryAsksForTheVariableAlone)
+TEST_F(PublicShare, olderCommandOnlyReadsTheVariable)
 {
     root::writeFile(kWorkFile, "pel_pubshare_name=Stale\n");
     expectEnd(request::process(frame("gpsn", 0)), "gpsn ", {trace("cmd_gpsn fwrite 5: gpsn ")},
@@ -189,13 +189,13 @@ class ListShares : public request::Test {
     const std::string listing = root::workFile("cmd_lsts");
     const std::string command = listingLine(listing);
 
-    /// The line behind its shell line, with what that came to.
+    /// The trace of the shell line, with its result.
     [[nodiscard]] std::string runTrace(int result) const
     {
         return trace("cmd_lsts: system(" + command + ") -- iRet: " + std::to_string(result));
     }
 
-    /// The calls up to the answer's header, where these shares are internal.
+    /// The calls up to the answer's header, if these shares are internal.
     [[nodiscard]] Lines headerCalls(const Lines& internal) const
     {
         return join({shareInfoCalls(internal), {command, runTrace(0)}, shareInfoCalls(internal)});
@@ -206,7 +206,7 @@ class ListShares : public request::Test {
         return "lsst " + le32(static_cast<std::uint32_t>(count)) + "\n";
     }
 
-    /// Compares all that a listing leaves: these internal shares, and this answer behind the
+    /// Compares all that a request leaves for a listing: internal shares, and the answer after the
     /// header.
     void expectShares(const std::string& text, const Lines& internal, const std::string& pairs)
     {
@@ -226,7 +226,7 @@ class ListShares : public request::Test {
         request::Test::expectError(outcome, before + "erro " + le32(code), code, calls, files);
     }
 
-    /// Lists one good share, with something happening once this command's shell line has run.
+    /// Lists one good share, and runs ACTION after this command's shell line.
     [[nodiscard]] Outcome listWhenRun(const std::function<void()>& action) const
     {
         root::stubListing(block("Music", "public"));
@@ -235,7 +235,7 @@ class ListShares : public request::Test {
         return request::run();
     }
 
-    /// The same, once the shares are counted.
+    /// The same, with ACTION after the shares are counted.
     [[nodiscard]] Outcome listWhenCounted(const std::function<void()>& action) const
     {
         return listWhenRun([&] { watch::after("echo \"share_info() return", action); });
@@ -300,7 +300,7 @@ TEST_F(ListShares, nameEndsAtTheFirstClosingTag)
     expectShares("x<sharename>A<B</sharename>x\n" + propertyLine("public"), {}, "A<B\npublic\n");
 }
 
-TEST_F(ListShares, closingTagAloneKeepsTheNameBefore)
+TEST_F(ListShares, closingTagAloneKeepsTheLastName)
 {
     expectShares(nameLine("Music") + "x</sharename>\n" + propertyLine("public"), {},
                  "Music\npublic\n");
@@ -321,7 +321,7 @@ TEST_F(ListShares, lineWithBothIsANameLine)
                  {}, "A\nprivate\n");
 }
 
-TEST_F(ListShares, propertyStandsWhereAnIndentOfTwoPutsIt)
+TEST_F(ListShares, propertyIsReadAtAnIndentOfTwo)
 {
     const auto property = [&](const std::string& line) { return nameLine("Music") + line + "\n"; };
     expectShares(property("<shareproperty>public</shareproperty>"), {}, "Music\nblic\n");
@@ -366,7 +366,7 @@ TEST_F(ListShares, namesInUtf8AreReported)
                  "\xC3\xA9t\xC3\xA9\npublic\n");
 }
 
-TEST_F(ListShares, namesGoOutAsTheyAre)
+TEST_F(ListShares, namesAreAnsweredUnchanged)
 {
     expectShares(block("100%s & \"more\"", "public", "external"), {}, "100%s & \"more\"\npublic\n");
 }
@@ -425,7 +425,7 @@ TEST_F(ListShares, secondRunOfTheScriptThatFailsIsAnError)
     }
 }
 
-TEST_F(ListShares, scriptThatSomebodyElseReapedIsAnErrorInTheSecondRun)
+TEST_F(ListShares, scriptReapedElsewhereIsAnErrorInTheSecondRun)
 {
     root::stubListing(block("Music", "public"));
     std::signal(SIGCHLD, SIG_IGN);
@@ -473,14 +473,14 @@ TEST_F(ListShares, listOfTheCountThatCannotBeWrittenIsAnError)
                 {listing, root::workFile("share_info")});
 }
 
-TEST_F(ListShares, listingThatIsRemovedInBetweenIsAnErrorBehindTheHeader)
+TEST_F(ListShares, listingThatIsRemovedInBetweenIsAnErrorAfterTheHeader)
 {
     expectError(listWhenCounted([&] { fs::remove(listing); }), header(1), request::kCannotOpen,
                 join({headerCalls({"Music"}), {problem("cannot open file", listing, kNotThere)}}),
                 {});
 }
 
-TEST_F(ListShares, unreadableListingIsAnErrorBehindTheHeaderAndIsRemoved)
+TEST_F(ListShares, unreadableListingIsAnErrorAfterTheHeaderAndIsRemoved)
 {
     expectError(listWhenCounted([&] { makeUnreadable(listing); }), header(1), request::kCannotOpen,
                 join({headerCalls({"Music"}), {problem("cannot open file", listing, kDenied)}}),
@@ -503,7 +503,7 @@ TEST_F(ListShares, folderInTheListingsPlaceReportsNothing)
     EXPECT_EQ(leftBehind(), Lines{kWorkFile});
 }
 
-TEST_F(ListShares, listingThatCannotBeClosedIsAnErrorBehindTheShares)
+TEST_F(ListShares, listingThatCannotBeClosedIsAnErrorAfterTheShares)
 {
     const faults::Guard fault = faults::failFclose(listing);
     expectError(listWhenRun([] {}), header(1) + "Music\npublic\n", request::kCannotClose,
@@ -601,7 +601,7 @@ class ShareNameExists : public request::Test {
         EXPECT_EQ(leftBehind(), Lines{});
     }
 
-    /// Searches for "Music", which is there, with something happening on the way.
+    /// Searches for "Music", which exists, and runs ACTION at a moment.
     void expectFailure(const std::string& moment, const std::function<void()>& action,
                        const Lines& calls, const Lines& files)
     {
@@ -618,7 +618,7 @@ class ShareNameExists : public request::Test {
     static constexpr std::size_t kMusicSize = 17;
 };
 
-TEST_F(ShareNameExists, lettersOfBothCasesAreTheSame)
+TEST_F(ShareNameExists, lettersOfBothCasesCountAsTheSame)
 {
     expectResult({"MEDIA"}, "Media", 1);
     expectResult({"media"}, "Media", 1);
@@ -653,7 +653,7 @@ TEST_F(ShareNameExists, namesOfAllSizes)
     expectResult({longer}, longer, 1);
 }
 
-TEST_F(ShareNameExists, longNameIsCutBeforeItIsLookedFor)
+TEST_F(ShareNameExists, longNameIsCutBeforeItIsSearchedFor)
 {
     const std::string name(4000, 'n');
     expectResult({"n"}, name, 0);
@@ -674,7 +674,7 @@ TEST_F(ShareNameExists, onlyInternalSharesHaveANameThatIsTaken)
     EXPECT_EQ(leftBehind(), Lines{});
 }
 
-TEST_F(ShareNameExists, manySharesAreAllSeen)
+TEST_F(ShareNameExists, manySharesAreAllFound)
 {
     Lines names;
     for (int i = 0; i < 150; ++i) {
@@ -684,7 +684,7 @@ TEST_F(ShareNameExists, manySharesAreAllSeen)
     expectResult(names, "share150", 0);
 }
 
-TEST_F(ShareNameExists, failedListIsNeitherYesNorNo)
+TEST_F(ShareNameExists, failedListIsAFailure)
 {
     root::stub("php", "exit 3");
     EXPECT_EQ(isShareNameExisted("Music"), -1);
@@ -696,7 +696,7 @@ TEST_F(ShareNameExists, failedListIsNeitherYesNorNo)
     EXPECT_EQ(leftBehind(), Lines{});
 }
 
-TEST_F(ShareNameExists, scriptThatSomebodyElseReapedCounts)
+TEST_F(ShareNameExists, scriptReapedElsewhereCounts)
 {
     std::signal(SIGCHLD, SIG_IGN);
     expectResult({"Music"}, "music", 1);
@@ -733,14 +733,14 @@ TEST_F(ShareNameExists, listThatIsTooLargeForTheMemoryIsTracedAndRemoved)
         {});
 }
 
-TEST_F(ShareNameExists, emptyListIsNeitherYesNorNo)
+TEST_F(ShareNameExists, emptyListIsAFailure)
 {
     expectFailure(kListed, [&] { root::writeFile(list, ""); }, {resultTrace(-1)}, {});
     expectFailure(kMeasured, [&] { root::writeFile(list, ""); },
                   {sizeTrace(kMusicSize), resultTrace(-1)}, {});
 }
 
-TEST_F(ShareNameExists, folderInTheListsPlaceIsNeitherYesNorNo)
+TEST_F(ShareNameExists, folderInTheListsPlaceIsAFailure)
 {
     const auto replace = [&] {
         fs::remove(list);
@@ -749,7 +749,7 @@ TEST_F(ShareNameExists, folderInTheListsPlaceIsNeitherYesNorNo)
     expectFailure(kMeasured, replace, {sizeTrace(kMusicSize), resultTrace(-1)}, {});
 }
 
-TEST_F(ShareNameExists, listThatDoesNotFitOnTheDiskIsNeitherYesNorNo)
+TEST_F(ShareNameExists, listThatDoesNotFitOnTheDiskIsAFailure)
 {
     expectFailure("sudo",
                   [] {
@@ -759,7 +759,7 @@ TEST_F(ShareNameExists, listThatDoesNotFitOnTheDiskIsNeitherYesNorNo)
                   {resultTrace(-1)}, {});
 }
 
-TEST_F(ShareNameExists, listThatCannotBeRemovedIsAnsweredAllTheSame)
+TEST_F(ShareNameExists, listThatCannotBeRemovedIsAnsweredAnyway)
 {
     stubShares({"Music"});
     watch::after(kListed, [] { closeFolder(); });

@@ -34,7 +34,7 @@ const std::string kFile = "/tmp/smbpasswd";
 const std::string kLm = "0123456789ABCDEF0123456789ABCDEF";
 const std::string kNt = "8846F7EAEE8FB117AD06BDD830B7586C";
 
-/// What a test changes of an account's line; the rest is in order.
+/// An account's line: a test changes some fields, the others are valid.
 struct Line {
     std::string name = "anna";
     std::string id = "1000";
@@ -61,7 +61,7 @@ class Reader {
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
 
-    /// Reads a line into an entry that is full of something else; errno is 0 before.
+    /// Reads a line into an entry that is filled with other bytes; sets errno to 0 before.
     [[nodiscard]] int read()
     {
         std::memset(&entry_, 'x', sizeof entry_);
@@ -102,10 +102,10 @@ class SmbPasswd : public root::Test {
         return reader.entry();
     }
 
-    /// The same for a line that is whole.
+    /// The same for a single line.
     static SmbPasswdEntry accountOf(const Line& line) { return firstAccount(line.text() + "\n"); }
 
-    /// A content that begins with a line that is no account.
+    /// Expects that the first line of a content is no account.
     static void expectFirstRejected(const std::string& content)
     {
         Reader(content).expectNoAccount(content);
@@ -134,7 +134,7 @@ TEST_F(SmbPasswd, accountHasAllItsFields)
     EXPECT_EQ(entry.lastChange, 0x5F3A2B1CU);
 }
 
-TEST_F(SmbPasswd, accountsComeInTheirOrder)
+TEST_F(SmbPasswd, accountsAreReadInTheirOrder)
 {
     Reader reader(Line{.name = "anna"}.text() + "\n" + Line{.name = "bob"}.text() + "\n" +
                   Line{.name = "anna", .id = "2"}.text() + "\n");
@@ -146,7 +146,7 @@ TEST_F(SmbPasswd, accountsComeInTheirOrder)
     reader.expectEnd();
 }
 
-TEST_F(SmbPasswd, entryHoldsNothingOfTheOneBefore)
+TEST_F(SmbPasswd, entryHoldsNothingOfThePreviousOne)
 {
     Reader reader(Line{.name = "annabel", .flags = "[NDXW]"}.text() + "\n" +
                   Line{.name = "bo", .lm = "", .nt = "A", .flags = "[U]", .change = "LCT-"}.text() +
@@ -180,14 +180,14 @@ TEST_F(SmbPasswd, commentBeginsWithTheFirstCharacter)
     EXPECT_STREQ(accountOf({.name = " #"}).name, " #");
 }
 
-TEST_F(SmbPasswd, whatFollowsTheSixthColonIsPassedOver)
+TEST_F(SmbPasswd, textAfterTheSixthColonIsIgnored)
 {
     for (const char* rest : {" ", "\r", ":", "::::", "anything: at all", "LCT-zz:"}) {
         EXPECT_STREQ(firstAccount(Line().text() + rest + "\n").name, "anna") << rest;
     }
 }
 
-TEST_F(SmbPasswd, lineThatIsNoAccountDoesNotHinderTheNext)
+TEST_F(SmbPasswd, lineAfterOneThatIsNoAccountIsRead)
 {
     Reader reader("broken\n" + Line().text() + "\n\n" + Line{.name = "bob"}.text() + "\n");
     reader.expectNoAccount("broken");
@@ -251,7 +251,7 @@ TEST_F(SmbPasswd, lastCharacterOfALineWithoutNewlineIsNotExamined)
 
 // ---- Long lines -------------------------------------------------------------------------------
 
-/// An account's line with so many characters, its newline counted.
+/// An account's line with SIZE characters, its newline included.
 std::string longLine(std::size_t size, const std::string& name = "anna")
 {
     const std::string text = Line{.name = name}.text();
@@ -266,7 +266,7 @@ TEST_F(SmbPasswd, lineOf1023CharactersIsWhole)
     reader.expectEnd();
 }
 
-TEST_F(SmbPasswd, whatALongerLineHasMoreIsALineOfItsOwn)
+TEST_F(SmbPasswd, restOfALongerLineIsALineOfItsOwn)
 {
     Reader reader(longLine(1024) + longLine(1500, "bob") + Line{.name = "carl"}.text() + "\n");
     reader.expectAccount("anna");
@@ -324,7 +324,7 @@ TEST_F(SmbPasswd, zeroByteEndsTheLine)
     Reader reader(zero + line + "\n" +                                 // nothing before it
                   line.substr(0, 40) + zero + line.substr(40) + "\n" + // in the LM hash
                   line + zero + "rest\n" +       // the sixth colon is the last character
-                  line + "x" + zero + "rest\n" + // behind it
+                  line + "x" + zero + "rest\n" + // after it
                   "#" + zero + line + "\n" +     // a comment
                   Line{.name = "bob"}.text() + "\n");
     reader.expectNoAccount("nothing before the zero byte");
@@ -337,7 +337,7 @@ TEST_F(SmbPasswd, zeroByteEndsTheLine)
 
 // ---- Names ------------------------------------------------------------------------------------
 
-TEST_F(SmbPasswd, nameIsTakenAsItStands)
+TEST_F(SmbPasswd, nameIsTakenUnchanged)
 {
     for (const char* name :
          {" ", "Anna Maria ", "ANNA", "\xC3\xA9lise", "\xE9lise", "box$", "[U]"}) {
@@ -371,7 +371,7 @@ TEST_F(SmbPasswd, idIsAnOptionalSignAndDigits)
     EXPECT_EQ(accountOf({.id = std::string(40, '0') + "12"}).uid, 12);
 }
 
-TEST_F(SmbPasswd, idBeyondItsRangeIsTheNextOneWithin)
+TEST_F(SmbPasswd, idOutsideItsRangeIsTheNearestInIt)
 {
     for (const char* id : {"2147483648", "4294967295", "4294967296", "9223372036854775808",
                            "999999999999999999999999", "+2147483648"}) {
@@ -393,7 +393,7 @@ TEST_F(SmbPasswd, idThatIsNoNumberIsNoAccount)
 
 // ---- Hashes -----------------------------------------------------------------------------------
 
-TEST_F(SmbPasswd, hashesAreTakenAsTheyStand)
+TEST_F(SmbPasswd, hashesAreTakenUnchanged)
 {
     for (const std::string& hash :
          {std::string(), std::string("8846f7eaee8fb117ad06bdd830b7586c"), std::string(31, 'A'),
@@ -406,7 +406,7 @@ TEST_F(SmbPasswd, hashesAreTakenAsTheyStand)
     }
 }
 
-TEST_F(SmbPasswd, longerHashIsCutAndAnNtHashShowsThatItWas)
+TEST_F(SmbPasswd, longerHashIsCutAndALongerNtHashHasNoTerminator)
 {
     for (const std::size_t size : {33U, 34U, 200U}) {
         const SmbPasswdEntry entry = accountOf(
@@ -441,7 +441,7 @@ TEST_F(SmbPasswd, eachFlagHasItsBit)
     EXPECT_EQ(accountOf({.flags = "[UUU]"}).flags, 0x01);
 }
 
-TEST_F(SmbPasswd, bracketsAndBlanksMeanNothing)
+TEST_F(SmbPasswd, bracketsAndBlanksAmongTheFlagsAreIgnored)
 {
     EXPECT_EQ(accountOf({.flags = ""}).flags, 0);
     EXPECT_EQ(accountOf({.flags = "[]"}).flags, 0);
@@ -449,7 +449,7 @@ TEST_F(SmbPasswd, bracketsAndBlanksMeanNothing)
     EXPECT_EQ(accountOf({.flags = "] D[[ U"}).flags, 0x05);
 }
 
-TEST_F(SmbPasswd, everyOtherCharacterAmongTheFlagsIsNoAccount)
+TEST_F(SmbPasswd, lineWithAnotherCharacterAmongTheFlagsIsNoAccount)
 {
     const std::string known = "UNDXW []";
     for (int value = 1; value < 256; ++value) {
@@ -490,7 +490,7 @@ TEST_F(SmbPasswd, lastChangeWithoutItsLabelIsNoAccount)
     }
 }
 
-TEST_F(SmbPasswd, lastChangeOfOtherThanDigitsIsNoAccount)
+TEST_F(SmbPasswd, lastChangeWithOtherCharactersIsNoAccount)
 {
     for (const char* change :
          {"LCT- ", "LCT- 1", "LCT-1 ", "LCT-1\r", "LCT-G", "LCT-12G4", "LCT-0x", "LCT-0x12",
@@ -610,7 +610,7 @@ TEST_F(SmbPasswd, rewindingGoesBackToTheFirstAccount)
     reader.expectAccount("anna");
 }
 
-TEST_F(SmbPasswd, readingRunsNothingAndLeavesTheFileAlone)
+TEST_F(SmbPasswd, readingRunsNothingAndDoesNotChangeTheFile)
 {
     const std::string content = Line().text() + "\n" + Line{.name = "bob"}.text() + "\n";
     {

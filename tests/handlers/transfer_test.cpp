@@ -43,14 +43,14 @@ std::string errorAnswer(std::uint32_t code)
     return "erro " + le32(code);
 }
 
-/// A trace of bytes as text: up to their first zero, and no message is longer than 1999 characters.
+/// The trace of bytes as text: up to their first zero, and at most 1999 characters.
 std::string traceBytes(const std::string& message)
 {
     constexpr std::size_t kLongestMessage = 1999;
     return trace(message.substr(0, std::min(message.find('\0'), kLongestMessage)));
 }
 
-/// Harmless text of a size, of which no two neighbouring chunks are the same.
+/// Harmless text of a size, in which two neighbouring chunks always differ.
 std::string text(std::size_t size)
 {
     std::string text;
@@ -60,7 +60,7 @@ std::string text(std::size_t size)
     return text;
 }
 
-/// Bytes of every value, a zero first, so that a trace shows none of them.
+/// Bytes of every value, a zero first, so that a trace shows no byte.
 std::string binary(std::size_t size)
 {
     std::string bytes;
@@ -135,7 +135,7 @@ TEST_F(Version, linesAreJoined)
     EXPECT_EQ(root::readFile(kBuildFile), "\n\n");
 }
 
-TEST_F(Version, everySizeUpToTheLargest)
+TEST_F(Version, everySizeUpToTheLargestIsAnswered)
 {
     for (const std::size_t size : {1U, 2U, 100U, 4084U, 4085U}) {
         expectLine(text(size), text(size));
@@ -153,7 +153,7 @@ TEST_F(Version, emptyAndTooLargeFilesAreRefused)
     }
 }
 
-TEST_F(Version, bytesComeAsTheyAre)
+TEST_F(Version, bytesAreAnsweredUnchanged)
 {
     std::string line = binary(255);
     line.erase(line.find('\n'), 1);
@@ -167,9 +167,9 @@ TEST_F(Version, byteOfAllOnesEndsTheLine)
     expectLine("1.0\xFF", "1.0");
 }
 
-/// What is answered is never longer than the buffer: the line is cut before the first character (or
-/// the first three, for a newline) that would not leave room for the last newline.
-TEST_F(Version, lineIsCutWhereNewlinesMakeItTooLong)
+/// The answer is never longer than the buffer: the line is cut before the first character (or the
+/// three for a newline) that would leave no room for the last newline.
+TEST_F(Version, lineIsCutIfNewlinesMakeItTooLong)
 {
     std::string hyphens;
     for (int i = 0; i < 1361; ++i) {
@@ -197,7 +197,7 @@ TEST_F(Version, fileThatGrowsAfterItWasMeasuredIsCut)
     expectReply(request::run(), answer(text(4085)), goodCalls(4, text(4085)));
 }
 
-TEST_F(Version, fileThatShrinksAfterItWasMeasuredIsAnsweredAsItIs)
+TEST_F(Version, fileThatShrinksAfterItWasMeasuredIsAnsweredShorter)
 {
     root::writeFile(kBuildFile, text(4000));
     request::load(frame("vers", 0));
@@ -213,19 +213,19 @@ TEST_F(Version, folderIsAnEmptyLine)
     expectReply(ask(), answer(""), goodCalls(sizeOf("/tmp/folder"), ""));
 }
 
-TEST_F(Version, earlierLongerAnswerLeavesNothingBehind)
+TEST_F(Version, earlierLongerAnswerLeavesNothing)
 {
     expectLine(text(4085), text(4085));
     expectLine("1", "1");
 }
 
-TEST_F(Version, missingFile)
+TEST_F(Version, missingFileIsAnError)
 {
     request::load(frame("vers", 0));
     expectError(0x40000003, {trace("cannot stat file " + kBuildFile)});
 }
 
-TEST_F(Version, unreadableFile)
+TEST_F(Version, unreadableFileIsAnError)
 {
     root::writeFile(kBuildFile, "1.0\n");
     fs::permissions(kBuildFile, fs::perms(0));
@@ -234,7 +234,7 @@ TEST_F(Version, unreadableFile)
                              trace("cannot open file " + kBuildFile + ": Permission denied")});
 }
 
-TEST_F(Version, fileThatIsGoneAfterItWasMeasured)
+TEST_F(Version, fileRemovedAfterItWasMeasuredIsAnError)
 {
     root::writeFile(kBuildFile, "1.0\n");
     request::load(frame("vers", 0));
@@ -310,7 +310,7 @@ TEST_F(Download, everySizeIsSentWhole)
     }
 }
 
-TEST_F(Download, fiveBytesMakeTwenty)
+TEST_F(Download, answerToFiveBytesHasTwenty)
 {
     expectSent("hello");
     EXPECT_EQ(ask().answer.size(), 20U);
@@ -331,7 +331,7 @@ TEST_F(Download, everyByteValueIsSent)
     expectSent(std::string("text\0more", 9));
 }
 
-TEST_F(Download, traceOfAShortChunkShowsNothingOfTheOneBefore)
+TEST_F(Download, traceOfAShortChunkShowsNothingOfThePreviousOne)
 {
     const std::string content = text(4096) + "end";
     expectSent(content);
@@ -381,7 +381,7 @@ TEST_F(Download, goodAnswerLeavesTheWorkFileAlone)
     EXPECT_EQ(root::readFile(kSavedFile), "somebody's");
 }
 
-TEST_F(Download, fileThatCannotBeClosedHasBeenSentAllTheSame)
+TEST_F(Download, fileThatCannotBeClosedIsSent)
 {
     root::writeFile(kPrivateFile, "hello");
     request::load(frame("gpvt", 0));
@@ -391,20 +391,20 @@ TEST_F(Download, fileThatCannotBeClosedHasBeenSentAllTheSame)
     expectReply(request::run(), head(5) + "hello", calls);
 }
 
-TEST_F(Download, missingFile)
+TEST_F(Download, missingFileIsAnError)
 {
     request::load(frame("gpvt", 0));
     expectError(0x70000001, {trace("cannot stat file " + kPrivateFile)});
 }
 
-TEST_F(Download, emptyFile)
+TEST_F(Download, emptyFileIsAnError)
 {
     root::writeFile(kPrivateFile, "");
     request::load(frame("gpvt", 0));
     expectError(0x70000002, {sizeTrace(kPrivateFile, 0)});
 }
 
-TEST_F(Download, unreadableFile)
+TEST_F(Download, unreadableFileIsAnError)
 {
     root::writeFile(kPrivateFile, "hello");
     fs::permissions(kPrivateFile, fs::perms(0));
@@ -413,7 +413,7 @@ TEST_F(Download, unreadableFile)
                              trace("cannot open file " + kPrivateFile + ": Permission denied")});
 }
 
-TEST_F(Download, fileThatIsGoneAfterItWasMeasured)
+TEST_F(Download, fileRemovedAfterItWasMeasuredIsAnError)
 {
     root::writeFile(kPrivateFile, "hello");
     request::load(frame("gpvt", 0));
@@ -464,7 +464,7 @@ class Upload : public Transfer {
 
     static void keepFormer() { root::writeFile(kPrivateFile, kFormer); }
 
-    /// What the folder of the private file holds, and what of its own an upload has left in /tmp.
+    /// Compares the files in the folder of the private file, and those that an upload left in /tmp.
     static void expectFiles(const Lines& kept, const Lines& saved)
     {
         Lines names = root::list(root::kStatusFolder);
@@ -473,7 +473,7 @@ class Upload : public Transfer {
         EXPECT_EQ(request::leftBehind(), saved);
     }
 
-    /// An upload that was good: the private file is the new one, and no other is left.
+    /// Expects a good upload: the private file is the new one, and no other file is left.
     static void expectStored(const Outcome& outcome, const std::string& content, const Lines& calls)
     {
         expectReply(outcome, le32(kGood), calls);
@@ -492,13 +492,13 @@ class Upload : public Transfer {
                            {writeTrace(content)}}));
     }
 
-    /// An upload that failed, with these calls before its last trace.
+    /// Expects a failed upload, with these calls before its last trace.
     static void expectFailure(const Outcome& outcome, std::uint32_t code, const Lines& calls)
     {
         expectReply(outcome, le32(code), join({calls, {exitTrace(code)}}));
     }
 
-    /// The same, and the former file is back.
+    /// The same, with the former file restored.
     static void expectRestored(const Outcome& outcome, std::uint32_t code, const Lines& calls)
     {
         expectFailure(outcome, code, calls);
@@ -533,7 +533,7 @@ TEST_F(Upload, everySizeIsStoredWhole)
     }
 }
 
-TEST_F(Upload, whatIsStoredComesBack)
+TEST_F(Upload, storedFileCanBeFetched)
 {
     const std::string content = binary(4070);
     expectUpload(content);
@@ -541,27 +541,27 @@ TEST_F(Upload, whatIsStoredComesBack)
               "gprt " + le32(2) + "\n" + le32(4070) + "\n" + content);
 }
 
-TEST_F(Upload, traceShowsNothingOfWhatWasInTheBufferBefore)
+TEST_F(Upload, traceShowsNothingOfAnEarlierRequest)
 {
     expectUpload(text(4070));
     expectUpload("x");
 }
 
-/// The size's first byte is a double quote here, and the shell cannot read the line with it.
+/// The size's first byte is a double quote here, and the shell cannot parse the line with it.
 TEST_F(Upload, lostTraceIsNoFailure)
 {
     expectUpload(text(34));
     EXPECT_EQ(root::readFile(root::kTraceFile).find("_spvt"), std::string::npos);
 }
 
-TEST_F(Upload, bytesBehindTheEndMarkAreNotRead)
+TEST_F(Upload, bytesAfterTheLastNewlineAreNotRead)
 {
     keepFormer();
     expectStored(request::process(upload("hello") + "more"), "hello",
                  join({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello")}}));
 }
 
-/// Neither mv, which has to copy here, nor this process may read it or write to it.
+/// Neither mv, which must copy here, nor this process may read or write it.
 TEST_F(Upload, unreadableFormerFileStays)
 {
     keepFormer();
@@ -583,7 +583,7 @@ TEST_F(Upload, savedFileOfAnEarlierCrashIsRemoved)
     expectUpload("hello again");
 }
 
-TEST_F(Upload, childrenThatSomebodyElseReapsAreNoFailure)
+TEST_F(Upload, childrenReapedElsewhereAreNoFailure)
 {
     keepFormer();
     std::signal(SIGCHLD, SIG_IGN);
@@ -605,7 +605,7 @@ TEST_F(Upload, sizeWithANewlineByteIsRefused)
     }
 }
 
-TEST_F(Upload, sizeThatNoNewlineFollowsIsRefused)
+TEST_F(Upload, sizeWithoutANewlineIsRefused)
 {
     const std::string five = le32(5);
     const Lines lines = {"",
@@ -629,13 +629,13 @@ TEST_F(Upload, sizeThatNoNewlineFollowsIsRefused)
 TEST_F(Upload, endlessSizeLineIsRefused)
 {
     keepFormer();
-    // The line is as long as a request lets it be.
+    // The longest line in a request.
     const std::string line(4086, 'x');
     expectRestored(request::process(frame("spvt", 2, line)), kMalformed,
                    {traceBytes("_spvt: " + line)});
 }
 
-TEST_F(Upload, refusalTakesTheSavedFileAway)
+TEST_F(Upload, refusalRemovesTheSavedFile)
 {
     root::writeFile(kSavedFile, "older");
     expectFailure(request::process(announce(10, "")), kMalformed, {trace("_spvt: \n")});
@@ -678,7 +678,7 @@ TEST_F(Upload, sizeBeyondTheRequestIsTooLittleData)
     }
 }
 
-TEST_F(Upload, withoutAFormerFileTheNewOneStaysAsFarAsItCame)
+TEST_F(Upload, withoutAFormerFileAnIncompleteNewOneStays)
 {
     expectFailure(
         request::process(announce(4082, "hello\n")), 0x60000004,
@@ -687,7 +687,7 @@ TEST_F(Upload, withoutAFormerFileTheNewOneStaysAsFarAsItCame)
     EXPECT_EQ(root::readFile(kPrivateFile), "");
 }
 
-TEST_F(Upload, anythingButANewlineBehindTheDataIsRefused)
+TEST_F(Upload, anyByteExceptANewlineAfterTheDataIsRefused)
 {
     for (const std::string& end : Lines{std::string(1, '\0'), "x", "\r\n", " \n", "\xFF\n"}) {
         keepFormer();
@@ -705,7 +705,7 @@ TEST_F(Upload, requestThatEndsWithTheDataIsRefused)
                          {kKeepTrace, kKeep, writeTrace(text(4081)), kNoEndTrace, kRestore}}));
 }
 
-/// Zeros follow what was sent, and so they are what comes where the data ends.
+/// Zeros follow the sent bytes, so a zero follows the data.
 TEST_F(Upload, sizeBeyondTheDataIsRefused)
 {
     keepFormer();
@@ -714,7 +714,7 @@ TEST_F(Upload, sizeBeyondTheDataIsRefused)
         join({sizeCalls(100), {kKeepTrace, kKeep, writeTrace("hello\n"), kNoEndTrace, kRestore}}));
 }
 
-TEST_F(Upload, withoutAFormerFileTheNewOneStaysWithoutItsEndMark)
+TEST_F(Upload, withoutAFormerFileTheNewOneStaysEvenIfItsNewlineIsMissing)
 {
     expectFailure(request::process(announce(5, "hellox")), 0x60000005,
                   join({sizeCalls(5), {writeTrace("hello"), kNoEndTrace, kRestore}}));
@@ -741,7 +741,7 @@ TEST_F(Upload, fileThatCannotBeCreatedIsAFailure)
     fs::create_directories(kDisk + "/__bksts");
 }
 
-TEST_F(Upload, formerFileIsBackWhereTheNewOneCannotBeCreated)
+TEST_F(Upload, formerFileIsBackIfTheNewOneCannotBeCreated)
 {
     keepFormer();
     request::load(upload("hello"));
@@ -753,8 +753,8 @@ TEST_F(Upload, formerFileIsBackWhereTheNewOneCannotBeCreated)
               {kKeepTrace, kKeep, reason("open", kPrivateFile, "Permission denied"), kRestore}}));
 }
 
-/// The disk fills up behind the former file's back.
-TEST_F(Upload, formerFileIsBackWhenTheDiskIsFullAtTheClose)
+/// The disk fills up after the former file has been moved away.
+TEST_F(Upload, formerFileIsBackIfTheDiskIsFullAtTheClose)
 {
     keepFormer();
     request::load(upload(text(4070)));
@@ -766,7 +766,7 @@ TEST_F(Upload, formerFileIsBackWhenTheDiskIsFullAtTheClose)
                           reason("close", kPrivateFile, "No space left on device"), kRestore}}));
 }
 
-TEST_F(Upload, formerFileIsBackWhenTheDiskIsFullAtTheWrite)
+TEST_F(Upload, formerFileIsBackIfTheDiskIsFullAtTheWrite)
 {
     keepFormer();
     request::load(upload(text(4070)));
@@ -777,7 +777,7 @@ TEST_F(Upload, formerFileIsBackWhenTheDiskIsFullAtTheWrite)
                           reason("write", kPrivateFile, "No space left on device"), kRestore}}));
 }
 
-TEST_F(Upload, formerFileIsBackWhenTheNewOneCannotBeClosed)
+TEST_F(Upload, formerFileIsBackIfTheNewOneCannotBeClosed)
 {
     keepFormer();
     request::load(upload("hello"));
@@ -788,7 +788,7 @@ TEST_F(Upload, formerFileIsBackWhenTheNewOneCannotBeClosed)
                           reason("close", kPrivateFile, root::kBadDescriptor), kRestore}}));
 }
 
-TEST_F(Upload, emptyFolderInTheFilesPlaceGoes)
+TEST_F(Upload, emptyFolderInTheFilesPlaceIsRemoved)
 {
     fs::create_directory(kPrivateFile);
     expectStored(request::process(upload("hello")), "hello",
@@ -847,7 +847,7 @@ TEST_F(Upload, folderInTheSavedFilesPlaceIsAFailure)
     EXPECT_EQ(root::readFile(kPrivateFile), "hello");
 }
 
-TEST_F(Upload, closeIsJudgedBeforeTheEndMark)
+TEST_F(Upload, closeIsCheckedBeforeTheLastNewline)
 {
     keepFormer();
     request::load(announce(5, "hellox"));
@@ -858,7 +858,7 @@ TEST_F(Upload, closeIsJudgedBeforeTheEndMark)
                           reason("close", kPrivateFile, root::kBadDescriptor), kRestore}}));
 }
 
-/// What was open each time that the former file was moved back.
+/// Records the open files each time the former file is moved back.
 class WayBack {
   public:
     WayBack()
@@ -871,7 +871,7 @@ class WayBack {
   private:
     std::vector<Lines> seen_;
 
-    /// Besides the answer.
+    /// Without the answer.
     static Lines filesOpen()
     {
         Lines paths = root::openFiles();
@@ -880,7 +880,7 @@ class WayBack {
     }
 };
 
-TEST_F(Upload, newFileIsClosedBeforeTheFormerOneComesBack)
+TEST_F(Upload, newFileIsClosedBeforeTheFormerOneIsRestored)
 {
     const std::vector<Lines> once = {{}};
     for (const std::string& request : {announce(4082, "hello\n"), announce(5, "hellox")}) {
@@ -893,7 +893,7 @@ TEST_F(Upload, newFileIsClosedBeforeTheFormerOneComesBack)
     }
 }
 
-TEST_F(Upload, newFileThatCannotBeWrittenIsClosedBeforeTheFormerOneComesBack)
+TEST_F(Upload, newFileThatCannotBeWrittenIsClosedBeforeTheFormerOneIsRestored)
 {
     keepFormer();
     request::load(upload(text(4070)));
@@ -906,8 +906,8 @@ TEST_F(Upload, newFileThatCannotBeWrittenIsClosedBeforeTheFormerOneComesBack)
 
 // ---- spvt: an mv that fails -------------------------------------------------------------------
 
-/// Each way in which mv leaves the former file where it is: what mv does, and what the way back
-/// makes of a new file "hello" then.
+/// Each way in which mv does not move the former file: what mv does, and the private file after mv
+/// was run again to restore it.
 struct FailingMove {
     std::string script;
     std::string broughtBack;
@@ -931,7 +931,7 @@ TEST_F(Upload, fileThatCannotBeMovedIsWrittenOver)
     }
 }
 
-TEST_F(Upload, fileIsWrittenOverWhereNoShellCanStart)
+TEST_F(Upload, fileIsWrittenOverIfNoShellCanStart)
 {
     keepFormer();
     request::load(upload("hello"));
@@ -940,7 +940,7 @@ TEST_F(Upload, fileIsWrittenOverWhereNoShellCanStart)
                  join({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello")}}));
 }
 
-TEST_F(Upload, wayBackIsMvAlone)
+TEST_F(Upload, formerFileIsRestoredOnlyByMv)
 {
     for (const FailingMove& move : kFailingMoves) {
         SCOPED_TRACE(move.script);
@@ -954,7 +954,7 @@ TEST_F(Upload, wayBackIsMvAlone)
     }
 }
 
-TEST_F(Upload, formerFileIsLostWhereTheWayBackFails)
+TEST_F(Upload, formerFileIsLostIfItCannotBeRestored)
 {
     root::stub("mv", "case $1 in /tmp/*) exit 1 ;; esac; exec /usr/bin/mv \"$@\"");
     keepFormer();
@@ -965,7 +965,7 @@ TEST_F(Upload, formerFileIsLostWhereTheWayBackFails)
     expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-TEST_F(Upload, savedFileOfAnEarlierCrashComesBackWithAFailure)
+TEST_F(Upload, savedFileOfAnEarlierCrashIsRestoredByAFailure)
 {
     root::writeFile(kSavedFile, "older");
     expectFailure(request::process(announce(5, "hellox")), 0x60000005,
@@ -976,7 +976,7 @@ TEST_F(Upload, savedFileOfAnEarlierCrashComesBackWithAFailure)
 
 // ---- spvt: something else in the file's place -------------------------------------------------
 
-/// What comes before the failure where what stands in the file's place cannot be opened.
+/// The calls before the failure if the private file cannot be opened.
 Lines cannotOpen(const std::string& error)
 {
     return {kKeepTrace, kKeep, trace("cannot open file " + kPrivateFile + ": " + error), kRestore};
@@ -992,8 +992,8 @@ TEST_F(Upload, folderThatCannotBeMovedStays)
     expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-/// The real mv puts no folder over a file, but a file into a folder.
-TEST_F(Upload, savedFileOfAnEarlierCrashEndsInAFolderInTheFilesPlace)
+/// The real mv moves no folder over a file, but moves a file into a folder.
+TEST_F(Upload, savedFileOfAnEarlierCrashIsMovedIntoAFolderInTheFilesPlace)
 {
     root::writeFile(kSavedFile, "older");
     fs::create_directory(kPrivateFile);
@@ -1003,7 +1003,8 @@ TEST_F(Upload, savedFileOfAnEarlierCrashEndsInAFolderInTheFilesPlace)
     expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-/// A socket is what can be made here without a right; no device that is missing opens either.
+/// A socket can be made here without privileges, and cannot be opened, like a device that is
+/// missing.
 TEST_F(Upload, deviceThatCannotBeMovedStays)
 {
     root::stub("mv", "exit 1");
@@ -1019,7 +1020,7 @@ TEST_F(Upload, deviceThatCannotBeMovedStays)
     expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-TEST_F(Upload, deviceTakesWhatItTakes)
+TEST_F(Upload, deviceThatCannotBeMovedIsWritten)
 {
     root::stub("mv", "exit 1");
     fs::create_symlink("/dev/full", kPrivateFile);
@@ -1031,7 +1032,7 @@ TEST_F(Upload, deviceTakesWhatItTakes)
     expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-TEST_F(Upload, linkIsReplacedAndWhatItLeadsToStays)
+TEST_F(Upload, linkIsReplacedAndItsTargetStays)
 {
     root::writeFile("/stubs/elsewhere", "somebody's");
     fs::create_symlink("/stubs/elsewhere", kPrivateFile);
@@ -1062,8 +1063,8 @@ TEST_F(Upload, linkThatCannotBeMovedIsWrittenThrough)
 
 // ---- spvt: two processes at once --------------------------------------------------------------
 
-/// Neither knows of the other: each goes through its steps with the files as it finds them.
-TEST_F(Upload, secondUploadDropsTheFormerFileOfTheFirst)
+/// Neither upload detects the other: each runs its steps with the files that it finds.
+TEST_F(Upload, secondUploadRemovesTheFormerFileOfTheFirst)
 {
     keepFormer();
     request::load(announce(5, "hellox"));
@@ -1083,7 +1084,7 @@ TEST_F(Upload, secondUploadDropsTheFormerFileOfTheFirst)
     expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-TEST_F(Upload, downloadLeavesAnUploadInAnotherProcessAlone)
+TEST_F(Upload, downloadDoesNotDisturbAnUploadInAnotherProcess)
 {
     keepFormer();
     request::load(upload("hello"));

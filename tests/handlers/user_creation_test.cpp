@@ -103,20 +103,20 @@ class NewUser : public creation::Test {
         EXPECT_EQ(asked(), "");
     }
 
-    /// The calls up to a name that nobody has.
+    /// The calls up to a free name.
     static Lines free(const std::string& name, const Lines& users = {"anna"})
     {
         return join({named(name), userLookup(users, name, 0)});
     }
 };
 
-TEST_F(NewUser, isAdded)
+TEST_F(NewUser, userIsAdded)
 {
     ask("bob", "secret");
     expectAdded("bob", "secret");
 }
 
-TEST_F(NewUser, everyTraceReachesTheFileThePasswordToo)
+TEST_F(NewUser, everyTraceReachesTheFileIncludingThePassword)
 {
     ask("bob", "secret");
     expectAdded("bob", "secret");
@@ -163,7 +163,7 @@ TEST_F(NewUser, namesOfAnySize)
         const std::string name(size, 'n');
         ask(name, "secret");
         for (std::size_t i = 0; i < size && size > 100; ++i) {
-            // So many shells would take their time.
+            // This many shells would take too long.
             watch::answer("echo \"0x", 0, 0);
         }
         if (size <= 32) {
@@ -186,14 +186,14 @@ TEST_F(NewUser, charactersOfANameAreBytes)
     expectRefused(kNameTooLong, named(name + "n"));
 }
 
-TEST_F(NewUser, emptyNameIsLookedUpAsAnyOther)
+TEST_F(NewUser, emptyNameIsLookedUpLikeAnyOther)
 {
     stubScripts({}, {""});
     ask("", "secret");
     expectRefused(kTaken, join({named(""), userLookup({""}, "", 1)}));
 }
 
-TEST_F(NewUser, oddNamesReachTheScriptAsTheyStand)
+TEST_F(NewUser, oddNamesReachTheScriptUnchanged)
 {
     for (const std::string& name : kOddTexts) {
         ask(name, "secret");
@@ -201,7 +201,7 @@ TEST_F(NewUser, oddNamesReachTheScriptAsTheyStand)
     }
 }
 
-TEST_F(NewUser, singleQuotesAreTheShells)
+TEST_F(NewUser, shellInterpretsSingleQuotes)
 {
     watch::mayBeStrange("sudo /usr/bin/php /etc/inc/api_user.php tovAddUser");
     ask("O'Brien", "secret");
@@ -226,7 +226,7 @@ TEST_F(NewUser, takenNameIsRefusedBeforeThePasswordIsRead)
     }
 }
 
-TEST_F(NewUser, namesThatAreOnlyLikeATakenOneAreFree)
+TEST_F(NewUser, similarNamesAreFree)
 {
     for (const std::string name : {"Anna", "ann", "nna", "anna2", "GUEST"}) {
         ask(name, "secret");
@@ -259,7 +259,7 @@ TEST_F(NewUser, reservedNameIsRefusedInBothCasesBeforeThePasswordIsRead)
 
 // ---- The search for the name ------------------------------------------------------------------
 
-/// Every way in which the search for a name fails; the one user there is, is anna.
+/// Every way in which the search for a name fails. The only user is anna.
 std::vector<Trouble> troubles()
 {
     const std::string name = "isUserExisted" + pid();
@@ -275,7 +275,7 @@ std::vector<Trouble> troubles()
     const std::string sizeOfList = "echo \"file " + name;
 
     return {
-        // The script, and the search in what it wrote.
+        // The script, and the search in its output.
         {[=] { watch::answer(kUserScript, -1, EAGAIN); },
          {fetch[0], trace("system(" + fetch[0] + again)},
          {}},
@@ -293,7 +293,7 @@ std::vector<Trouble> troubles()
         {[=] { watch::after("cat ", [=] { fs::permissions(names, fs::perms(0)); }); },
          fetch,
          {list, answer, names}},
-        // The list that is made of them.
+        // The list made from the names.
         {[=] { fs::create_directory(list); }, fetch, {list, answer, names}},
         {[=] { watch::after("cat ", [=] { fs::create_symlink(answer, list); }); },
          join(
@@ -336,7 +336,7 @@ TEST_F(NewUser, searchThatFailsEndsTheCommand)
     }
 }
 
-TEST_F(NewUser, searchWhoseShellsSomebodyElseReapsFails)
+TEST_F(NewUser, searchFailsIfItsShellsAreReapedElsewhere)
 {
     std::signal(SIGCHLD, SIG_IGN);
     const std::string line = userFetch()[0];
@@ -347,7 +347,7 @@ TEST_F(NewUser, searchWhoseShellsSomebodyElseReapsFails)
               {"/tmp/work/isUserExisted" + pid() + pid()});
 }
 
-TEST_F(NewUser, scriptThatKnowsNobodyHasEveryNameFree)
+TEST_F(NewUser, everyNameIsFreeIfTheScriptListsNobody)
 {
     for (const std::string action : {"exit 3", ": >\"$3\"", "mkdir \"$3\"", "mkdir \"$3\"2",
                                      "echo >\"$3\"; chmod 000 \"$3\""}) {
@@ -369,9 +369,9 @@ TEST_F(NewUser, passwordWithoutItsNewlineIsTracedAndMissing)
     expectRefused(kMalformed, join({free("bob"), {trace("Missing password: sec")}}));
 }
 
-TEST_F(NewUser, passwordThatHasNoPlaceInTheRequestIsMissing)
+TEST_F(NewUser, passwordIsMissingIfTheRequestEndsAfterTheName)
 {
-    // Not even a zero is left to read: the line is what was read before.
+    // Nothing is left, not even a zero: the previous line is taken.
     load(request::filledFrame("crat", 2, "bob\n"));
     expectRefused(kMalformed, join({free("bob"), {trace("Missing password: bob")}}));
 }
@@ -395,7 +395,7 @@ TEST_F(NewUser, passwordsOfAnySize)
     }
 }
 
-TEST_F(NewUser, oddPasswordsReachTheScriptAsTheyStand)
+TEST_F(NewUser, oddPasswordsReachTheScriptUnchanged)
 {
     for (const std::string& password : kOddTexts) {
         ask("bob", password);
@@ -413,7 +413,7 @@ TEST_F(NewUser, longestNameAndPasswordFitOneLine)
 
 // ---- Memory and the script --------------------------------------------------------------------
 
-TEST_F(NewUser, withoutMemoryForTheName)
+TEST_F(NewUser, withoutMemoryForTheNameTheCommandFails)
 {
     const faults::Guard noMemory = faults::failStrdup();
     ask("bob", "secret");
@@ -422,7 +422,7 @@ TEST_F(NewUser, withoutMemoryForTheName)
     expectRefused(kNameTooLong, named(std::string(33, 'n')));
 }
 
-TEST_F(NewUser, withoutMemoryForThePassword)
+TEST_F(NewUser, withoutMemoryForThePasswordTheCommandFails)
 {
     {
         const faults::Guard noMemory = faults::failStrdup(1);
@@ -448,7 +448,7 @@ TEST_F(NewUser, scriptThatFailsIsTraced)
     }
 }
 
-TEST_F(NewUser, missingInterpreterKnowsNobodyAndAddsNobody)
+TEST_F(NewUser, withoutTheInterpreterNobodyIsListedAndNobodyIsAdded)
 {
     fs::remove("/usr/bin/php");
     ask("anna", "secret");

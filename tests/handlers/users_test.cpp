@@ -96,7 +96,7 @@ TEST_F(UsersList, lineWithoutBothTagsIsSkipped)
     expectList("<username>a\nusername</x>\n</username name>x\n", "return [\"guest\"];");
 }
 
-TEST_F(UsersList, namesGoInAsTheyAre)
+TEST_F(UsersList, namesAreWrittenUnchanged)
 {
     expectList(userLines({"a \"b\"", "\xC3\xA9lise", "guest"}),
                "return [\"guest\", \"a \"b\"\", \"\xC3\xA9lise\", \"guest\"];");
@@ -143,7 +143,7 @@ TEST_F(UsersList, shellThatCannotStartIsTraced)
     EXPECT_FALSE(root::exists(kWorkFile));
 }
 
-TEST_F(UsersList, scriptThatSomebodyElseReapedIsAFailure)
+TEST_F(UsersList, scriptReapedElsewhereIsAFailure)
 {
     stubUsers(userLines({"anna"}));
     std::signal(SIGCHLD, SIG_IGN);
@@ -241,7 +241,7 @@ TEST_F(UserExists, separatorsOfTheListCanBeFound)
     expectFound({"anna"}, "", 0);
 }
 
-TEST_F(UserExists, manyUsersAreAllSeen)
+TEST_F(UserExists, manyUsersAreAllFound)
 {
     Lines users;
     for (int i = 0; i < 150; ++i) {
@@ -253,7 +253,7 @@ TEST_F(UserExists, manyUsersAreAllSeen)
     EXPECT_EQ(isUserExisted("user150"), 0);
 }
 
-TEST_F(UserExists, longNameIsCutBeforeItIsLookedFor)
+TEST_F(UserExists, longNameIsCutBeforeItIsSearchedFor)
 {
     const std::string name(4000, 'n');
     stubUsers("");
@@ -263,15 +263,15 @@ TEST_F(UserExists, longNameIsCutBeforeItIsLookedFor)
                                           std::string(510, 'n')));
 }
 
-TEST_F(UserExists, failedListIsNeitherYesNorNo)
+TEST_F(UserExists, failedListIsAFailure)
 {
     watch::answer("sudo", -1, EAGAIN);
     EXPECT_EQ(isUserExisted("anna"), -1);
 }
 
-TEST_F(UserExists, listThatIsLostIsNeitherYesNorNo)
+TEST_F(UserExists, lostListIsAFailure)
 {
-    // What is written to /dev/null is gone: the list has no size.
+    // A list written to /dev/null is lost: it has no size.
     stubUsers("");
     watch::after("cat", [&] { std::filesystem::create_symlink("/dev/null", list); });
     EXPECT_EQ(isUserExisted("anna"), -1);
@@ -281,7 +281,7 @@ TEST_F(UserExists, listThatIsLostIsNeitherYesNorNo)
     EXPECT_EQ(root::list("/tmp/work"), Lines{});
 }
 
-TEST_F(UserExists, listThatCannotBeLookedAtIsTraced)
+TEST_F(UserExists, listThatCannotBeMeasuredIsTraced)
 {
     // The list goes through a link into one of the work files, which is removed in the end.
     stubUsers("");
@@ -304,7 +304,7 @@ TEST_F(UserExists, listThatCannotBeOpenedIsTracedAndStays)
 
 TEST_F(UserExists, listThatIsTooLargeForTheMemoryIsTracedAndRemoved)
 {
-    // The list grows as its last work file goes.
+    // The list grows when its last work file is removed.
     stubUsers("");
     const std::uintmax_t size = (std::uintmax_t{1} << 60U) + 19;
     const faults::Guard growth =
@@ -349,7 +349,7 @@ TEST_F(ListUsers, withoutUsersTheCountIsZero)
               join({callsBefore(17), {trace("comparing user: guest"), trace("found 0 user(s)")}}));
 }
 
-TEST_F(ListUsers, guestIsLeftOutInThisSpellingAlone)
+TEST_F(ListUsers, onlyGuestInThisSpellingIsLeftOut)
 {
     stubUsers(userLines({"guest", "Guest", "guest2"}));
     EXPECT_EQ(list().answer, "lsut " + le32(2) + "\nGuest\nguest2\n");
@@ -358,7 +358,7 @@ TEST_F(ListUsers, guestIsLeftOutInThisSpellingAlone)
 TEST_F(ListUsers, quoteInANameSplitsIt)
 {
     stubUsers(userLines({"a\"b"}));
-    // The list ends in "a"b"]; and so the texts are: a, and what stands behind b up to the end.
+    // The list ends in "a"b"]; so the quoted texts are a, and everything after b.
     EXPECT_EQ(list().answer, "lsut " + le32(1) + "\na\n");
     stubUsers(userLines({"a\"b\"c"}));
     EXPECT_EQ(list().answer, "lsut " + le32(2) + "\na\nc\n");
@@ -382,7 +382,7 @@ TEST_F(ListUsers, byteOfAllOnesEndsTheList)
     EXPECT_EQ(list().answer, "lsut " + le32(1) + "\nanna\n");
 }
 
-TEST_F(ListUsers, twoHundredUsers)
+TEST_F(ListUsers, twoHundredUsersAreAnswered)
 {
     Lines users;
     std::string names;
@@ -394,7 +394,7 @@ TEST_F(ListUsers, twoHundredUsers)
     EXPECT_EQ(list().answer, "lsut " + le32(200) + "\n" + names);
 }
 
-TEST_F(ListUsers, staleListIsReadWhereANewOneCannotBeMade)
+TEST_F(ListUsers, oldListIsReadIfANewOneCannotBeMade)
 {
     root::writeFile(kWorkFile, "return [\"guest\", \"old\"];");
     request::load(frame("lstu", 0));
@@ -402,7 +402,7 @@ TEST_F(ListUsers, staleListIsReadWhereANewOneCannotBeMade)
     EXPECT_EQ(request::run().answer, "lsut " + le32(1) + "\nold\n");
 }
 
-/// A list that getUsersList could not make: its place is left as the test wants it.
+/// Tests in which getUsersList cannot make the list, and leaves its file unchanged.
 class ListUsersFails : public ListUsers {
   protected:
     static Outcome fail()
@@ -420,7 +420,7 @@ class ListUsersFails : public ListUsers {
         expectError(fail(), "erro " + le32(code), code, join({{line, trace(failed)}, calls}));
     }
 
-    /// The list of anna alone is good at first; something happens to it when a trace is made.
+    /// Lists anna as the only user, and runs ACTION at a trace.
     static Outcome listWhen(const std::string& traceStart, const std::function<void()>& action)
     {
         stubUsers(userLines({"anna"}));
@@ -429,7 +429,7 @@ class ListUsersFails : public ListUsers {
         return request::run();
     }
 
-    /// What happens when the list has been read once, and when it has been answered.
+    /// The traces after the first pass and after the second.
     static constexpr const char* kFound = "found 1 user(s)";
     static constexpr const char* kReported = "reporting user anna";
 
@@ -446,18 +446,18 @@ class ListUsersFails : public ListUsers {
     }
 };
 
-TEST_F(ListUsersFails, missingList)
+TEST_F(ListUsersFails, missingListIsAnError)
 {
     expectFailure(request::kCannotStat, {trace("cannot stat file " + kWorkFile)});
 }
 
-TEST_F(ListUsersFails, emptyList)
+TEST_F(ListUsersFails, emptyListIsAnError)
 {
     root::writeFile(kWorkFile, "");
     expectFailure(0x20000006, {sizeTrace(kWorkFile, 0)});
 }
 
-TEST_F(ListUsersFails, unreadableList)
+TEST_F(ListUsersFails, unreadableListIsAnError)
 {
     root::writeFile(kWorkFile, "x");
     root::makeUnreadable(kWorkFile);
@@ -466,7 +466,7 @@ TEST_F(ListUsersFails, unreadableList)
         {sizeTrace(kWorkFile, 1), trace("cannot open file " + kWorkFile + ": " + root::kDenied)});
 }
 
-TEST_F(ListUsersFails, listThatIsGoneForTheSecondPass)
+TEST_F(ListUsersFails, listMissingInTheSecondPassIsAnError)
 {
     const Outcome outcome = listWhen(kFound, [] { std::filesystem::remove(kWorkFile); });
     const Lines reason = {trace("cannot open file " + kWorkFile + ": " + root::kNotThere)};
@@ -474,7 +474,7 @@ TEST_F(ListUsersFails, listThatIsGoneForTheSecondPass)
                 request::kCannotOpen, join({callsOnceFound(), reason}));
 }
 
-TEST_F(ListUsersFails, listThatCannotBeRemoved)
+TEST_F(ListUsersFails, listThatCannotBeRemovedIsAnError)
 {
     const Outcome outcome = listWhen(kReported, [] { std::filesystem::remove(kWorkFile); });
     const Lines reason = {trace("cannot remove file " + kWorkFile + ": " + root::kNotThere)};
@@ -482,7 +482,7 @@ TEST_F(ListUsersFails, listThatCannotBeRemoved)
                 request::kCannotRemove, join({callsOnceReported(), reason}), {}, "anna\n");
 }
 
-TEST_F(ListUsersFails, listThatCannotBeClosed)
+TEST_F(ListUsersFails, listThatCannotBeClosedIsAnError)
 {
     const Lines reason = {trace("cannot close file " + kWorkFile + ": " + root::kBadDescriptor)};
     const std::string error = "erro " + le32(request::kCannotClose);
@@ -495,7 +495,7 @@ TEST_F(ListUsersFails, listThatCannotBeClosed)
                 request::kCannotClose, join({callsOnceReported(), reason}), {}, "anna\n");
 }
 
-TEST_F(ListUsersFails, tooLongANameIsCutAndNothingOverrun)
+TEST_F(ListUsersFails, tooLongANameIsCut)
 {
     root::writeFile(kWorkFile, "return [\"" + std::string(9000, 'n') + "\", \"anna\"];");
     const Outcome outcome = fail();

@@ -86,11 +86,11 @@ TEST_F(Program, withoutARequestItRefuses)
 TEST_F(Program, doesNotStartWithoutTheLibrary)
 {
     std::filesystem::create_directory("/tmp/libraries");
-    root::writeFile("/tmp/libraries/libvokcontrol.so", "");
+    root::writeFile("/tmp/libraries/libvokcontrol.so.0", "");
     const root::Ended ended = serve("LD_LIBRARY_PATH=/tmp/libraries vokpage </tmp/body");
     EXPECT_EQ(ended.exitCode, 127);
     EXPECT_EQ(ended.output, "");
-    EXPECT_TRUE(contains(ended.errors, "/tmp/libraries/libvokcontrol.so: file too short"))
+    EXPECT_TRUE(contains(ended.errors, "/tmp/libraries/libvokcontrol.so.0: file too short"))
         << ended.errors;
 }
 

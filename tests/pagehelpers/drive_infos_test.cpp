@@ -26,7 +26,7 @@ std::string text(const char (&field)[40])
     return all.substr(0, all.find_last_not_of('\0') + 1);
 }
 
-/// All of a record, to be read.
+/// A record as a text.
 std::string described(const DriveInfo& record)
 {
     return text(record.vendor) + "|" + text(record.model) + "|" + text(record.modelInfo) + "|" +
@@ -62,7 +62,7 @@ std::string printer(const std::string& values)
     return block("printerInfo", values);
 }
 
-/// What is said of a USB device's opening line.
+/// The message for a USB device's opening line.
 std::string usb(int record, int isUsb = 1)
 {
     return "found usb device:" + std::to_string(isUsb) + " index: " + std::to_string(record);
@@ -78,7 +78,7 @@ std::string modelInfo(const std::string& value, const std::string& serial = "")
     return "found modelInfo:" + value + " -- PrinterSn:" + serial;
 }
 
-/// What is said of a printer's name that goes to the record with its serial number.
+/// The messages for a printer's name that goes to the record with its serial number.
 Lines named(int record, const std::string& oldName, const std::string& name,
             const std::string& serial)
 {
@@ -116,7 +116,7 @@ class DriveInfos : public root::Test {
         clearRecords();
     }
 
-    /// The caller's four records and what stands behind them.
+    /// The caller's four records and the memory after them.
     std::array<DriveInfo, 4 + 6> records;
 
     void clearRecords()
@@ -131,7 +131,7 @@ class DriveInfos : public root::Test {
         root::stub("php", "cat /stubs/report >\"$3\"");
     }
 
-    /// Calls the function, and compares what it gives back, prints and runs.
+    /// Calls the function, and compares what it returns, prints and runs.
     void expectCall(int result, const Lines& messages, const Lines& calls)
     {
         testing::internal::CaptureStdout();
@@ -168,7 +168,7 @@ class DriveInfos : public root::Test {
     static constexpr unsigned char kBehind = 0xA5;
 };
 
-TEST(DriveInfo, fieldsStandOneBehindTheOther)
+TEST(DriveInfo, fieldsAreDirectlyAfterEachOther)
 {
     EXPECT_EQ(offsetof(DriveInfo, vendor), 0U);
     EXPECT_EQ(offsetof(DriveInfo, model), 40U);
@@ -230,7 +230,7 @@ TEST_F(DriveInfos, devicesFillTheRecordsInTheirOrder)
                  {"|||||1|0", "|||||2|1", "|||||3|0", "|||Inky||0|1"});
 }
 
-TEST_F(DriveInfos, fifthDeviceIsOnlyTold)
+TEST_F(DriveInfos, fifthDeviceIsOnlyPrinted)
 {
     const std::string four = internalDisk("") + usbDisk("") + printer("") + usbDisk("");
     const Lines fourUsb = {usb(1), usb(2), usb(3)};
@@ -260,7 +260,7 @@ TEST_F(DriveInfos, nineDevicesFillFourRecords)
                  {"|||||0|0", "|||||1|0", "|||||2|0", "|||||3|0"});
 }
 
-TEST_F(DriveInfos, linesAreCountedInAFifthBlockAlone)
+TEST_F(DriveInfos, linesAreCountedOnlyInAFifthBlock)
 {
     const std::string four =
         internalDisk("") + internalDisk("") + internalDisk("") + internalDisk("");
@@ -365,7 +365,7 @@ const std::array kValues = {
     Value{"printerName", "found printerName_index:", &DriveInfo::devName},
 };
 
-TEST_F(DriveInfos, valuesHave40CharactersAtMost)
+TEST_F(DriveInfos, valuesAreCutAt40Characters)
 {
     for (const Value& value : kValues) {
         for (const std::size_t size : {39U, 40U, 41U, 600U}) {
@@ -378,7 +378,7 @@ TEST_F(DriveInfos, valuesHave40CharactersAtMost)
     }
 }
 
-TEST_F(DriveInfos, shorterValueKeepsTheLongerOnesTail)
+TEST_F(DriveInfos, shorterValueKeepsTheTailOfALongerOne)
 {
     for (const Value& value : kValues) {
         DriveInfo expected = {};
@@ -403,7 +403,7 @@ TEST_F(DriveInfos, carriageReturnEndsAValue)
                  {"||ab|In||0|1"});
 }
 
-TEST_F(DriveInfos, modelInfoHas40CharactersAtMost)
+TEST_F(DriveInfos, modelInfoIsCutAt40Characters)
 {
     for (const std::size_t size : {39U, 40U, 41U, 600U}) {
         const std::string value(size, 's');
@@ -416,7 +416,7 @@ TEST_F(DriveInfos, modelInfoHas40CharactersAtMost)
     }
 }
 
-TEST_F(DriveInfos, fullFieldsDoNotRunIntoEachOther)
+TEST_F(DriveInfos, fullFieldsDoNotOverlap)
 {
     const std::string v(40, 'v');
     const std::string m(40, 'm');
@@ -511,7 +511,7 @@ TEST_F(Capacities, withoutAPointIsWhole)
     expectWhole(std::string(40, '1'));
 }
 
-TEST_F(Capacities, keepsTwoDigitsBehindThePoint)
+TEST_F(Capacities, keepsTwoDigitsAfterThePoint)
 {
     expectWhole("2.5");
     expectWhole("2.");
@@ -537,14 +537,14 @@ TEST_F(Capacities, latePointIsCutWithinTheField)
     expectCapacity(digits + "1111.2", digits + "1111", digits + "1111");
 }
 
-TEST_F(Capacities, longestOneLeavesTheIndexBehindIt)
+TEST_F(Capacities, longestOneDoesNotChangeTheIndex)
 {
     const std::string capacity = std::string(37, '1') + ".23";
     expectReport(internalDisk(tag("hddIndex", "7") + tag("modelCap", capacity)),
                  {index(7, 0), "found modelCap:" + capacity, kGood}, {"||||" + capacity + "|7|0"});
 }
 
-TEST_F(Capacities, pointOfALongerValueBeforeCounts)
+TEST_F(Capacities, pointOfALongerEarlierValueCounts)
 {
     expectReport(internalDisk(tag("modelCap", "10.25") + tag("modelCap", "7")),
                  {"found modelCap:10.25", "found modelCap:70.25", kGood}, {"||||70.25|0|0"});
@@ -598,7 +598,7 @@ TEST_F(Printers, serialsAreComparedWhole)
         {"||" + serial + "1|||0|1", "||" + serial + "2|Inky||0|1"});
 }
 
-TEST_F(Printers, nameKeepsALongerOldNamesTail)
+TEST_F(Printers, shorterNameKeepsTheTailOfALongerOne)
 {
     expectReport(usbDisk(tag("modelInfo", "S7") + tag("modelDevName", "printer")) +
                      printer(tag("modelInfo", "S7") + tag("printerName", "INK")),
@@ -609,7 +609,7 @@ TEST_F(Printers, nameKeepsALongerOldNamesTail)
                  {"||S7|INKnter||0|1", "||S7|||0|1"});
 }
 
-TEST_F(Printers, nameHas40CharactersAtMost)
+TEST_F(Printers, nameIsCutAt40Characters)
 {
     const std::string serial(40, 's');
     for (const std::size_t size : {39U, 40U, 41U, 600U}) {
@@ -624,7 +624,7 @@ TEST_F(Printers, nameHas40CharactersAtMost)
     }
 }
 
-TEST_F(Printers, withoutASerialTheNameStaysHere)
+TEST_F(Printers, withoutASerialTheNameStaysInThePrintersRecord)
 {
     expectReport(usbDisk(tag("modelInfo", "S7")) +
                      printer(tag("printerName", "Inky") + tag("modelInfo", "S7")),
@@ -636,7 +636,7 @@ TEST_F(Printers, withoutASerialTheNameStaysHere)
                  {usb(0), modelInfo("S7"), namedHere("Inky"), kGood}, {"||S7|Inky||0|1"});
 }
 
-TEST_F(Printers, serialWithoutAnEqualNamesThisRecord)
+TEST_F(Printers, nameGoesToThePrinterIfNoOtherRecordHasItsSerial)
 {
     // The record keeps the tail of its earlier text; the printer's serial number has none.
     expectReport(
@@ -646,7 +646,7 @@ TEST_F(Printers, serialWithoutAnEqualNamesThisRecord)
         {"||XYCD|Inky||0|1"});
 }
 
-TEST_F(Printers, serialIsSpentWithItsName)
+TEST_F(Printers, serialIsForgottenAfterItsName)
 {
     expectReport(usbDisk(tag("modelInfo", "S7")) +
                      printer(tag("modelInfo", "S7") + tag("printerName", "Inky") +
@@ -662,7 +662,7 @@ TEST_F(Printers, serialIsSpentWithItsName)
                  {"||ZYCD|Inky||0|1"});
 }
 
-TEST_F(Printers, shorterSerialKeepsTheLongerOnesTail)
+TEST_F(Printers, shorterSerialKeepsTheTailOfALongerOne)
 {
     expectReport(
         printer(tag("modelInfo", "SERIAL") + tag("modelInfo", "ab") + tag("printerName", "Inky")),
@@ -682,7 +682,7 @@ TEST_F(Printers, nextPrinterBeginsWithoutASerial)
                  {"||SERIAL|||0|1", "||ab|Inky||0|1"});
 }
 
-TEST_F(Printers, usbDiskLeavesThePrintersSerial)
+TEST_F(Printers, usbDiskDoesNotChangeThePrintersSerial)
 {
     expectReport(printer(tag("modelInfo", "S7")) +
                      usbDisk(tag("printerName", "Dry") + tag("modelInfo", "S8")),
@@ -696,7 +696,7 @@ TEST_F(Printers, usbDiskLeavesThePrintersSerial)
                  {"||S7|Inky||0|1", "||S8|||0|1"});
 }
 
-TEST_F(Printers, internalDiskLeavesThePrinterFlag)
+TEST_F(Printers, internalDiskDoesNotChangeThePrinterFlag)
 {
     expectReport(printer("") + internalDisk(tag("modelInfo", "S7")) +
                      usbDisk(tag("modelInfo", "S8")),
@@ -704,7 +704,7 @@ TEST_F(Printers, internalDiskLeavesThePrinterFlag)
                  {kEmptyUsb, "||S7|||0|0", "||S8|||0|1"});
 }
 
-TEST_F(Printers, printerBehindTheFourthRecordNamesNone)
+TEST_F(Printers, printerAfterTheFourthRecordNamesNone)
 {
     expectReport(usbDisk(tag("modelInfo", "S7")) + internalDisk("") + internalDisk("") +
                      internalDisk("") +
@@ -712,7 +712,7 @@ TEST_F(Printers, printerBehindTheFourthRecordNamesNone)
                  {usb(0), modelInfo("S7"), usb(4, 0), kTooMany}, {"||S7|||0|1"});
 }
 
-TEST_F(Printers, nextCallKnowsNoSerial)
+TEST_F(Printers, nextCallBeginsWithoutASerial)
 {
     expectReport(printer(tag("modelInfo", "S7")), {usb(0), modelInfo("S7", "S7"), kGood},
                  {"||S7|||0|1"});
@@ -739,7 +739,7 @@ TEST_F(MissingReport, failingScriptLeavesItsFile)
     EXPECT_EQ(root::readFile(output), usbDisk(""));
 }
 
-TEST_F(MissingReport, olderErrnoIsNotTold)
+TEST_F(MissingReport, olderErrnoIsNotPrinted)
 {
     root::stub("php", "exit 1");
     errno = EIO;
@@ -754,7 +754,7 @@ TEST_F(MissingReport, scriptThatCannotRunIsAFailure)
     EXPECT_TRUE(root::exists(output));
 }
 
-TEST_F(MissingReport, scriptThatSomebodyElseReapedIsAFailure)
+TEST_F(MissingReport, scriptReapedElsewhereIsAFailure)
 {
     stubReport(usbDisk(""));
     std::signal(SIGCHLD, SIG_IGN);
@@ -794,7 +794,7 @@ TEST_F(MissingReport, failingRemovalIsNoFailure)
     expectRecords({kEmptyUsb});
 }
 
-TEST_F(DriveInfos, eachCommentIsOutAtOnceAndTheLastBeforeTheRemoval)
+TEST_F(DriveInfos, eachCommentIsFlushedAtOnceAndTheLastBeforeTheRemoval)
 {
     stubReport(usbDisk(tag("hddIndex", "1") + tag("manufacturerVid", "V") +
                        tag("manufacturerPid", "M") + tag("modelInfo", "S") + tag("modelCap", "1") +
@@ -818,7 +818,7 @@ TEST_F(DriveInfos, eachCommentIsOutAtOnceAndTheLastBeforeTheRemoval)
     EXPECT_FALSE(isOpen);
 }
 
-TEST_F(MissingReport, isToldAtOnce)
+TEST_F(MissingReport, isPrintedAtOnce)
 {
     root::stub("php", "exit 0");
     root::stub("rm", "echo removing; /usr/bin/rm \"$@\"");

@@ -25,7 +25,7 @@ std::string comments(const Lines& messages)
     return text;
 }
 
-/// A rm that tells when it runs.
+/// An rm that prints when it runs.
 const std::string kTellingRemoval = "echo removing; /usr/bin/rm \"$@\"";
 
 void stubReport(const std::string& report)
@@ -79,13 +79,13 @@ class DiskNames : public Report {
     }
 };
 
-TEST_F(DiskNames, nameIsTheInternalDisks)
+TEST_F(DiskNames, nameIsOneOfAnInternalDisk)
 {
     expectNames(disk("0", "sda"), "sda");
     expectNames("<status>\n" + disk("0", "sda") + "</status>\n", "sda");
 }
 
-TEST_F(DiskNames, withoutInternalDisksThereIsNone)
+TEST_F(DiskNames, withoutInternalDisksTheNamesAreEmpty)
 {
     expectNames("", "");
     expectNames("<status>\n</status>\n", "");
@@ -121,7 +121,7 @@ TEST_F(DiskNames, onlyANameClosesADisk)
                 "sda");
 }
 
-TEST_F(DiskNames, diskMayFollowItsForerunnersNameAtOnce)
+TEST_F(DiskNames, diskMayFollowThePreviousNameAtOnce)
 {
     expectNames("<HDDInfo>\n<modelDevName>sda</modelDevName>\n<HDDInfo>\n"
                 "<modelDevName>sdb</modelDevName>\n",
@@ -131,7 +131,7 @@ TEST_F(DiskNames, diskMayFollowItsForerunnersNameAtOnce)
                 "sdasdc");
 }
 
-TEST_F(DiskNames, nameOnTheOpeningLineIsNotLookedAt)
+TEST_F(DiskNames, nameOnTheOpeningLineIsIgnored)
 {
     expectNames("<HDDInfo><modelDevName>sda</modelDevName>\n<modelDevName>sdb</modelDevName>\n",
                 "sdb");
@@ -140,7 +140,7 @@ TEST_F(DiskNames, nameOnTheOpeningLineIsNotLookedAt)
                 "sda");
 }
 
-TEST_F(DiskNames, nameStandsBeforeItsClosingTag)
+TEST_F(DiskNames, nameIsTheTextBeforeTheClosingTag)
 {
     expectNames("<HDDInfo>\nold > <b>sd>a</modelDevName>x></modelDevName>\n", "a");
     expectNames("<HDDInfo>\n<modelDevName></modelDevName>\n", "");
@@ -149,7 +149,7 @@ TEST_F(DiskNames, nameStandsBeforeItsClosingTag)
     expectNames("<HDDInfo>\n<modelDevName>sda</modelDevName>", "sda");
 }
 
-TEST_F(DiskNames, textThatIsAlmostAClosingTagIsNone)
+TEST_F(DiskNames, textThatIsAlmostAClosingTagIsIgnored)
 {
     expectNames("<HDDInfo>\n<modelDevName>sda</modelDevNames>\n<modelDevName>sdb</modelDevName>\n",
                 "sdb");
@@ -179,7 +179,7 @@ TEST_F(DiskNames, namesAreCutAt511Characters)
                 std::string(511, 'n'));
 }
 
-TEST_F(DiskNames, namesOfAnEarlierCallAreGone)
+TEST_F(DiskNames, namesOfAnEarlierCallAreNotKept)
 {
     expectNames(disk("0", "sda") + disk("1", "sdb"), "sdasdb");
     expectNames(disk("0", "sdc"), "sdc");
@@ -195,7 +195,7 @@ TEST_F(DiskNames, resultIsAlwaysTheSameBuffer)
     testing::internal::GetCapturedStdout();
 }
 
-TEST_F(DiskNames, failingScriptGivesNone)
+TEST_F(DiskNames, failingScriptGivesNoNames)
 {
     expectNames(disk("0", "sda"), "sda");
     watch::restart();
@@ -204,7 +204,7 @@ TEST_F(DiskNames, failingScriptGivesNone)
                  {fetch, removal});
 }
 
-TEST_F(DiskNames, scriptThatCannotRunGivesNone)
+TEST_F(DiskNames, scriptThatCannotRunGivesNoNames)
 {
     root::writeFile(output, disk("0", "sda"));
     watch::answer("sudo /usr/bin/php", -1, EAGAIN);
@@ -212,7 +212,7 @@ TEST_F(DiskNames, scriptThatCannotRunGivesNone)
                  {fetch, removal});
 }
 
-TEST_F(DiskNames, scriptThatSomebodyElseReapedGivesNone)
+TEST_F(DiskNames, scriptReapedElsewhereGivesNoNames)
 {
     stubReport(disk("0", "sda"));
     std::signal(SIGCHLD, SIG_IGN);
@@ -220,7 +220,7 @@ TEST_F(DiskNames, scriptThatSomebodyElseReapedGivesNone)
                  {fetch, removal});
 }
 
-TEST_F(DiskNames, missingReportGivesNone)
+TEST_F(DiskNames, missingReportGivesNoNames)
 {
     root::stub("php", "exit 0");
     expectAnswer(
@@ -229,7 +229,7 @@ TEST_F(DiskNames, missingReportGivesNone)
         {fetch, removal});
 }
 
-TEST_F(DiskNames, unreadableReportGivesNone)
+TEST_F(DiskNames, unreadableReportGivesNoNames)
 {
     root::stub("php", "cat /stubs/report >\"$3\"; chmod 000 \"$3\"");
     root::writeFile("/stubs/report", disk("0", "sda"));
@@ -238,7 +238,7 @@ TEST_F(DiskNames, unreadableReportGivesNone)
                  {fetch, removal});
 }
 
-TEST_F(DiskNames, resultIsToldBeforeTheReportIsRemoved)
+TEST_F(DiskNames, resultIsPrintedBeforeTheReportIsRemoved)
 {
     stubReport(disk("0", "sda"));
     root::stub("rm", kTellingRemoval);
@@ -247,7 +247,7 @@ TEST_F(DiskNames, resultIsToldBeforeTheReportIsRemoved)
     EXPECT_FALSE(root::exists(output));
 }
 
-TEST_F(DiskNames, failureIsToldAtOnce)
+TEST_F(DiskNames, failureIsPrintedAtOnce)
 {
     root::stub("php", "exit 3");
     root::stub("rm", kTellingRemoval);
@@ -273,7 +273,7 @@ class DiskIndices : public Report {
   protected:
     using Indices = std::array<std::int32_t, 3>;
 
-    /// Two slots of the caller, and what stands behind them.
+    /// The caller's two slots, and the memory after them.
     static constexpr Indices kBefore = {-77, -88, -99};
 
     static std::string found(int index, int place)
@@ -333,7 +333,7 @@ TEST_F(DiskIndices, slotWithoutADiskKeepsItsValue)
     expectIndices(disk("3", "sda"), {3, -88, -99}, {found(3, 0)});
 }
 
-TEST_F(DiskIndices, furtherDisksAreOnlyTold)
+TEST_F(DiskIndices, furtherDisksAreOnlyPrinted)
 {
     std::string report;
     Lines messages;
@@ -360,7 +360,7 @@ TEST_F(DiskIndices, onlyAnIndexClosesADisk)
                   {4, -88, -99}, {found(4, 0)});
 }
 
-TEST_F(DiskIndices, indexMayStandOnTheOpeningLine)
+TEST_F(DiskIndices, indexMayBeOnTheOpeningLine)
 {
     expectIndices("<HDDInfo><hddIndex>4</hddIndex></HDDInfo>\n<hddIndex>5</hddIndex>\n",
                   {4, -88, -99}, {found(4, 0)});
@@ -399,7 +399,7 @@ TEST_F(DiskIndices, scriptThatCannotRunIsAFailure)
     expectFailure("-1");
 }
 
-TEST_F(DiskIndices, scriptThatSomebodyElseReapedIsAFailure)
+TEST_F(DiskIndices, scriptReapedElsewhereIsAFailure)
 {
     stubReport(disk("3", "sda"));
     std::signal(SIGCHLD, SIG_IGN);
@@ -422,7 +422,7 @@ TEST_F(DiskIndices, unreadableReportIsNoFailure)
                {"getInternalHDDIndex() failed open file " + output + ", syserr:Permission denied"});
 }
 
-TEST_F(DiskIndices, eachIsToldAtOnceAndAllBeforeTheReportIsRemoved)
+TEST_F(DiskIndices, eachIsPrintedAtOnceAndAllBeforeTheReportIsRemoved)
 {
     stubReport(disk("3", "sda") + disk("5", "sdb"));
     root::stub("rm", kTellingRemoval);
@@ -436,7 +436,7 @@ TEST_F(DiskIndices, eachIsToldAtOnceAndAllBeforeTheReportIsRemoved)
     EXPECT_FALSE(root::exists(output));
 }
 
-TEST_F(DiskIndices, missingReportIsToldAtOnceToo)
+TEST_F(DiskIndices, missingReportIsPrintedAtOnceToo)
 {
     root::stub("php", "exit 0");
     root::stub("rm", kTellingRemoval);
@@ -537,7 +537,7 @@ TEST_F(DriveCount, outputIsClosedAndRemovedBeforeTheScriptIsPrinted)
     EXPECT_FALSE(isOpen);
 }
 
-TEST_F(DriveCount, failuresAreToldAtOnceAndBeforeTheRemoval)
+TEST_F(DriveCount, failuresArePrintedAtOnceAndBeforeTheRemoval)
 {
     root::stub("rm", kTellingRemoval);
     watch::after(ask, [this] { fs::remove(output); });
@@ -552,7 +552,7 @@ TEST_F(DriveCount, failuresAreToldAtOnceAndBeforeTheRemoval)
                      script("1")}));
 }
 
-TEST_F(DriveCount, failingToolsOutputCountsAllTheSame)
+TEST_F(DriveCount, outputOfAFailingToolCounts)
 {
     root::stub("pelparam", "echo 3; exit 2");
     expect(512, script("3"), {ask, removal});
@@ -573,7 +573,7 @@ TEST_F(DriveCount, toolThatCannotRunGivesOne)
     EXPECT_EQ(root::readFile(output), "7\n");
 }
 
-TEST_F(DriveCount, toolThatSomebodyElseReapedGivesOne)
+TEST_F(DriveCount, toolReapedElsewhereGivesOne)
 {
     root::stub("pelparam", "echo 2");
     std::signal(SIGCHLD, SIG_IGN);

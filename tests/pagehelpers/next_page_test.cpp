@@ -13,7 +13,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// What the page engine below holds and was asked.
+/// The form field of the page engine below, and the calls that it got.
 struct Engine {
     std::optional<std::string> field;
     Lines questions;
@@ -89,7 +89,7 @@ TEST_F(NextPage, numberBeyondThirtyTwoBitsKeepsItsLowBits)
     expectPage("99999999999", 1215752191);
 }
 
-TEST_F(NextPage, numberMayStandBeforeOrBehindOtherThings)
+TEST_F(NextPage, numberMayHaveTextBeforeOrAfterIt)
 {
     expectPage(" 7", 7);
     expectPage("7 of 9", 7);
@@ -98,7 +98,7 @@ TEST_F(NextPage, numberMayStandBeforeOrBehindOtherThings)
     expectPage("2.9", 2);
 }
 
-TEST_F(NextPage, whatIsNoNumberIsZero)
+TEST_F(NextPage, textWithoutANumberIsZero)
 {
     expectPage("x", 0);
     expectPage("x3", 0);
@@ -127,7 +127,7 @@ TEST_F(NextPage, fieldThatWasCutBeginsWithZero)
     expectPage(std::string(253, '0') + "1234", 12);
 }
 
-TEST_F(NextPage, scriptIsOutBeforeTheFunctionReturns)
+TEST_F(NextPage, scriptIsPrintedBeforeTheFunctionReturns)
 {
     engine.field = "3";
     testing::internal::CaptureStdout();

@@ -60,7 +60,7 @@ class SyncDaemon : public root::Test {
         return comment("tideWaveFunc(" + on + "),cmd: " + line + ", iRet: " + result);
     }
 
-    /// Switches, and compares everything that can be seen of it.
+    /// Switches, and compares result, output and calls.
     void expect(std::uint32_t on, int result, const std::string& output, const Lines& calls)
     {
         testing::internal::CaptureStdout();
@@ -70,7 +70,7 @@ class SyncDaemon : public root::Test {
         EXPECT_FALSE(root::exists(found));
     }
 
-    /// Switches on with these processes; the daemon is started or left alone.
+    /// Switches on with these processes, and compares whether the daemon is started.
     void expectStarted(const std::string& listing, const std::string& searchResult = "0")
     {
         watch::restart();
@@ -89,13 +89,13 @@ class SyncDaemon : public root::Test {
     }
 };
 
-TEST_F(SyncDaemon, isStartedWhenItDoesNotRun)
+TEST_F(SyncDaemon, isStartedIfItDoesNotRun)
 {
     expectStarted("  1 root  init\n 90 root  crond\n", "256");
     expectStarted("", "256");
 }
 
-TEST_F(SyncDaemon, isLeftAloneWhenItRuns)
+TEST_F(SyncDaemon, isNotStartedIfItRuns)
 {
     expectLeftAlone(" 90 root  /usr/sbin/tidewaved -n 3\n");
     expectLeftAlone("  1 root  init\n 90 root  tidewaved\n 91 root  grep tidewave\n");
@@ -145,14 +145,14 @@ TEST_F(SyncDaemon, unreadableOutputStays)
     EXPECT_TRUE(root::exists(found));
 }
 
-TEST_F(SyncDaemon, olderOutputOfASearchThatCannotRunIsBelieved)
+TEST_F(SyncDaemon, olderOutputIsReadIfTheSearchCannotRun)
 {
     root::writeFile(found, "tidewaved\n");
     watch::answer("sudo ps", -1, ENOMEM);
     expect(1, 0, told(search, "-1, sysErr: Cannot allocate memory"), {search, removal});
 }
 
-TEST_F(SyncDaemon, startIsJudgedByItsErrnoAlone)
+TEST_F(SyncDaemon, startIsJudgedOnlyByItsErrno)
 {
     stubDaemon("exit 3");
     expect(1, 0, told(search, "256, sysErr: Success") + told(kStart, "768, sysErr: Success"),
@@ -186,7 +186,7 @@ TEST_F(SyncDaemon, missingDaemonIsNoFailure)
            {search, removal, kStart});
 }
 
-TEST_F(SyncDaemon, startThatSomebodyElseReapedIsGood)
+TEST_F(SyncDaemon, startReapedElsewhereIsGood)
 {
     std::signal(SIGCHLD, SIG_IGN);
     expect(1, 0,
@@ -208,7 +208,7 @@ TEST_F(SyncDaemon, olderErrnoIsNotJudged)
               told(search, "256, sysErr: Success") + told(kStart, "0, sysErr: Success"));
 }
 
-TEST_F(SyncDaemon, everyValueButZeroStarts)
+TEST_F(SyncDaemon, everyValueExceptZeroStarts)
 {
     expect(2, 0,
            told(search, "256, sysErr: Success", "2") + told(kStart, "0, sysErr: Success", "2"),
@@ -219,7 +219,7 @@ TEST_F(SyncDaemon, everyValueButZeroStarts)
            {search, removal, kStart});
 }
 
-TEST_F(SyncDaemon, linesAreToldAtOnce)
+TEST_F(SyncDaemon, linesArePrintedAtOnce)
 {
     stubDaemon("echo the daemon speaks");
     expect(1, 0,
@@ -228,7 +228,7 @@ TEST_F(SyncDaemon, linesAreToldAtOnce)
            {search, removal, kStart});
 }
 
-TEST_F(SyncDaemon, eachLineIsAPieceOfItsOwn)
+TEST_F(SyncDaemon, eachLineIsFlushedSeparately)
 {
     EXPECT_EQ(root::printedPieces([] { tideWaveFunc(1); }),
               (Lines{told(search, "256, sysErr: Success"), told(kStart, "0, sysErr: Success")}));

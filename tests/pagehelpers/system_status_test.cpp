@@ -61,7 +61,7 @@ TEST(SystemStatus, valueEndsWithItsLine)
     EXPECT_EQ(valueBehind(line("<tag>\n"), "<tag>"), "");
 }
 
-TEST(SystemStatus, valueHas40CharactersAtMost)
+TEST(SystemStatus, valueIsCutAt40Characters)
 {
     for (const std::size_t size : {39U, 40U, 41U, 400U, 600U}) {
         const std::string value(size, 'v');
@@ -89,7 +89,7 @@ TEST(SystemStatus, numberBeyondThirtyTwoBitsKeepsItsLowBits)
     EXPECT_EQ(numberBehind(line("<tag>99999999999</tag>\n"), "<tag>"), 1215752191);
 }
 
-TEST(SystemStatus, whatIsNoNumberIsZero)
+TEST(SystemStatus, textWithoutANumberIsZero)
 {
     for (const char* value : {"", "x", "x1", "-", "</tag>", "</tag>5", "<b>5</b>"}) {
         EXPECT_EQ(numberBehind(line(std::string("<tag>") + value), "<tag>"), 0) << value;

@@ -43,6 +43,8 @@ enum class Place {
     kSingleQuotes,
     kName,
     kUserName,    ///< a name that is to be a new user's
+    kShareName,   ///< a name that is to be a new share's
+    kAlone,       ///< the same without its last character, if it is not "guest"
     kEscapedName, ///< a name whose backslashes are dropped first
     kWord,
     kClock
@@ -88,10 +90,10 @@ const std::vector<Parameter>& parameters()
          lines("host", 4, "112115302026.45\nnas\n", "\nen\n")},
         {"host", "language", Place::kWord, le32(0xFF000003),
          lines("host", 4, "112115302026.45\nnas\nhome\n", "\n")},
-        {"pshr", "guest", Place::kName, le32(0xFF000003), lines("pshr", 3, "", "\nMusic\n")},
-        {"pshr", "share", Place::kName, le32(0xFF000003), lines("pshr", 3, "guest\n", "\n")},
+        {"pshr", "guest", Place::kAlone, le32(0xFF000003), lines("pshr", 3, "", "x\nMusic\n")},
+        {"pshr", "share", Place::kShareName, le32(0xFF000003), lines("pshr", 3, "guest\n", "\n")},
         {"shar", "user", Place::kName, le32(0xFF000003), lines("shar", 3, "", "\nMusic\n")},
-        {"shar", "share", Place::kName, le32(0xFF000003), lines("shar", 3, "anna\n", "\n")},
+        {"shar", "share", Place::kShareName, le32(0xFF000003), lines("shar", 3, "anna\n", "\n")},
         {"spvt", "content", Place::kQuotedLine, le32(0xFF000003), spvt},
         {"sub1", "user", Place::kEscapedName, le32(0xFF000003), lines("sub1", 2, "\1\n", "\n")},
         {"subs", "user", Place::kName, status("subs", 0xFF000003),
@@ -135,12 +137,17 @@ std::string refusedFor(const std::string& request)
     return std::string(examine(request).value_or(Refusal{}).parameter);
 }
 
-void expectRefused(const Parameter& parameter, const std::string& text)
+void expectRefused(const Parameter& parameter, const std::string& text, const std::string& name)
 {
     const std::optional<Refusal> refusal = examine(parameter.make(text));
     ASSERT_TRUE(refusal) << show(parameter, text);
-    EXPECT_EQ(refusal->parameter, parameter.name) << show(parameter, text);
+    EXPECT_EQ(refusal->parameter, name) << show(parameter, text);
     EXPECT_EQ(refusal->answer, parameter.answer) << show(parameter, text);
+}
+
+void expectRefused(const Parameter& parameter, const std::string& text)
+{
+    expectRefused(parameter, text, parameter.name);
 }
 
 // ---- Each parameter ---------------------------------------------------------------------------
@@ -166,7 +173,10 @@ bool isPlainIn(Place place, char c)
     case Place::kEscapedName:
         return c == '\\' || isPlainIn(Place::kName, c);
     case Place::kUserName:
-        return byte != 0xFF && isPlainIn(Place::kName, c);
+        return byte != 0xFF && isPlainIn(Place::kShareName, c);
+    case Place::kShareName:
+    case Place::kAlone:
+        return !isOneOf(":,=%") && isPlainIn(Place::kName, c);
     case Place::kName:
         return isAlphanumeric || byte >= 0x80 || isOneOf(" .,_-+@%=:");
     case Place::kWord:
@@ -190,7 +200,9 @@ TEST(Gate, everyByteOfEveryParameterIsJudgedByItsPlace)
             if (isPlainIn(parameter.place, c)) {
                 EXPECT_TRUE(passes(parameter.make(text))) << show(parameter, text);
             } else {
-                expectRefused(parameter, text);
+                const bool isOfShare =
+                    parameter.place == Place::kAlone && isPlainIn(Place::kName, c);
+                expectRefused(parameter, text, isOfShare ? "share" : parameter.name);
             }
         }
     }
@@ -238,6 +250,8 @@ TEST(Gate, everyWayOutOfAWordIsRefused)
             ways.emplace_back("\xFF");
             [[fallthrough]];
         case Place::kName:
+        case Place::kShareName:
+        case Place::kAlone:
             ways.emplace_back("\\");
             [[fallthrough]];
         case Place::kEscapedName:
@@ -247,8 +261,10 @@ TEST(Gate, everyWayOutOfAWordIsRefused)
         }
         for (const std::string& way : ways) {
             const bool isFolder = way == "." || way == "..";
-            if (!isFolder || parameter.place == Place::kName ||
-                parameter.place == Place::kUserName) {
+            const bool isName = parameter.place == Place::kName ||
+                                parameter.place == Place::kUserName ||
+                                parameter.place == Place::kShareName;
+            if (!isFolder || isName) {
                 expectRefused(parameter, way);
             }
         }
@@ -258,10 +274,13 @@ TEST(Gate, everyWayOutOfAWordIsRefused)
 TEST(Gate, whatPeopleUsePasses)
 {
     const std::vector<std::string> names = {"anna",        "Élise",       "Family Videos",
-                                            "J. R. Smith", "日本語 2026", "a+b@example.org",
-                                            "50% = half"};
+                                            "J. R. Smith", "日本語 2026", "a+b@example.org"};
     for (const Parameter& parameter : parameters()) {
         std::vector<std::string> texts = names;
+        if (parameter.place == Place::kName) {
+            texts.insert(texts.end(),
+                         {"50% = half", "@staff", ".hidden", " anna ", "homes", "root"});
+        }
         if (parameter.place == Place::kWord) {
             texts = {"nas-1", "WORKGROUP", "my host", "a.b_c", "en"};
         } else if (parameter.place == Place::kClock) {
@@ -291,6 +310,181 @@ TEST(Gate, firstParameterThatDoesNotPassIsTheOneThatIsNamed)
     EXPECT_EQ(refusedFor(frame("crat", 2, "`\n`\n")), "user");
     EXPECT_EQ(refusedFor(frame("host", 4, "1\na\n`\n`\n")), "work group");
     EXPECT_EQ(refusedFor(frame("wasu", 4, "a\n`\n`\n`\n")), "first value");
+}
+
+// ---- New names --------------------------------------------------------------------------------
+
+/// The requests that make a user or a share, with a name for it.
+struct Creation {
+    std::string show;
+    std::string parameter;
+    std::uint32_t taken;
+    std::function<std::string(const std::string& name)> make;
+};
+
+const std::vector<Creation>& creations()
+{
+    static const std::vector<Creation> all = {
+        {"crat", "user", 0x10000001,
+         [](const std::string& name) { return frame("crat", 2, name + "\nword\n"); }},
+        {"pshr", "share", 0x20000001,
+         [](const std::string& name) { return frame("pshr", 3, "guest\n" + name + "\n"); }},
+        {"pshr alone", "share", 0x20000001,
+         [](const std::string& name) { return frame("pshr", 3, name + "x\n"); }},
+        {"shar", "share", 0x20000001,
+         [](const std::string& name) { return frame("shar", 3, "anna\n" + name + "\n"); }},
+    };
+    return all;
+}
+
+class NewNames : public root::Test {
+  protected:
+    void SetUp() override
+    {
+        root::Test::SetUp();
+        for (const char* path : {"/etc/passwd", "/etc/group"}) {
+            kept_.push_back(root::readFile(path));
+        }
+        root::writeFile("/etc/passwd", "root:x:0:0:root:/root:/bin/sh\n"
+                                       "sshd:x:104:65534::/run/sshd:/usr/sbin/nologin\n"
+                                       "anna:x:1000:1000::/home/anna:/bin/sh\n"
+                                       "last:x:59999:100::/:/bin/sh\n"
+                                       "beyond:x:60000:100::/:/bin/sh\n"
+                                       "below:x:999:100::/:/bin/sh\n"
+                                       "odd:x:many:100::/:/bin/sh\n"
+                                       "short:x\n"
+                                       "cut");
+        root::writeFile("/etc/group", "root:x:0:\nvokcontrol:x:998:anna\nfriends:x:1001:anna\n");
+    }
+
+    void TearDown() override
+    {
+        root::writeFile("/etc/passwd", kept_[0]);
+        root::writeFile("/etc/group", kept_[1]);
+        root::Test::TearDown();
+    }
+
+    static void expectAnswer(const Creation& creation, const std::string& name, std::uint32_t code)
+    {
+        const std::optional<Refusal> refusal = examine(creation.make(name));
+        ASSERT_TRUE(refusal) << creation.show << ": " << name;
+        EXPECT_EQ(refusal->parameter, creation.parameter) << creation.show << ": " << name;
+        EXPECT_EQ(refusal->answer, le32(code)) << creation.show << ": " << name;
+    }
+
+  private:
+    std::vector<std::string> kept_;
+};
+
+TEST_F(NewNames, whatTheNextReaderWouldTakeForSomethingElseIsMalformed)
+{
+    for (const Creation& creation : creations()) {
+        for (const char* name :
+             {"a:b",   ":",     "b:",     "a,b", ",",       "a=b",    "=b",      "a%b",
+              "%S",    "50%",   "@staff", "@",   "+staff",  "+",      ".hidden", "...",
+              " anna", "anna ", " ",      "  ",  " global", "Family "}) {
+            expectAnswer(creation, name, 0xFF000003);
+        }
+    }
+}
+
+TEST_F(NewNames, sectionsOfTheFileServerAreReserved)
+{
+    for (const Creation& creation : creations()) {
+        for (const char* name : {"global", "homes", "printers", "Global", "HOMES", "pRINTERs"}) {
+            expectAnswer(creation, name, creation.taken);
+        }
+        for (const char* name : {"globals", "home", "printer", "my homes", "global-1"}) {
+            EXPECT_TRUE(passes(creation.make(name))) << creation.show << ": " << name;
+        }
+    }
+}
+
+TEST_F(NewNames, accountsOfTheSystemAreReservedForUsersAlone)
+{
+    for (const Creation& creation : creations()) {
+        for (const char* name : {"root", "Root", "daemon", "NOBODY", "sshd", "SSHD", "below",
+                                 "beyond", "odd", "short", "vokcontrol"}) {
+            if (creation.parameter == "user") {
+                expectAnswer(creation, name, creation.taken);
+            } else {
+                EXPECT_TRUE(passes(creation.make(name))) << creation.show << ": " << name;
+            }
+        }
+        // Accounts of people are the module's to find.
+        for (const char* name : {"anna", "last", "friends", "ssh", "sshd2", "x", "104", "cut"}) {
+            EXPECT_TRUE(passes(creation.make(name))) << creation.show << ": " << name;
+        }
+    }
+}
+
+TEST_F(NewNames, withoutAPasswordFileTheAccountsThatEverySystemHasAreReserved)
+{
+    std::filesystem::remove("/etc/passwd");
+    std::filesystem::remove("/etc/group");
+    const Creation& user = creations()[0];
+    for (const char* name : {"root", "daemon", "nobody"}) {
+        expectAnswer(user, name, user.taken);
+    }
+    EXPECT_TRUE(passes(user.make("sshd")));
+}
+
+TEST_F(NewNames, otherPunctuationPasses)
+{
+    for (const Creation& creation : creations()) {
+        for (const char* name :
+             {"a.b", "a.", "a+b", "a+", "a@b.org", "a@", "_x", "a b", "a-", "1"}) {
+            EXPECT_TRUE(passes(creation.make(name))) << creation.show << ": " << name;
+        }
+    }
+}
+
+TEST_F(NewNames, emptyNameIsTheCommandsToJudge)
+{
+    for (const Creation& creation : creations()) {
+        EXPECT_TRUE(passes(creation.make(""))) << creation.show;
+    }
+}
+
+TEST_F(NewNames, nameThatStandsAloneIsJudgedWithoutItsLastCharacter)
+{
+    EXPECT_TRUE(passes(frame("pshr", 3, "Music:\n")));
+    EXPECT_TRUE(passes(frame("pshr", 3, "global\n"))) << "this makes \"globa\"";
+    EXPECT_EQ(refusedFor(frame("pshr", 3, "Music \n")), "");
+    EXPECT_EQ(refusedFor(frame("pshr", 3, "Music :\n")), "share") << "this makes \"Music \"";
+    EXPECT_EQ(refusedFor(frame("pshr", 3, "Guest\nhomes\n")), "") << "this makes \"Gues\"";
+    EXPECT_TRUE(passes(frame("pshr", 3, "guest\n")));
+}
+
+TEST_F(NewNames, namesThatAreThereAlreadyMayBeAnything)
+{
+    for (const char* name : {"a:b", "@staff", ".hidden", " anna ", "global", "root", "50%"}) {
+        const std::string text = name;
+        EXPECT_TRUE(passes(frame("shar", 3, text + "\nMusic\n"))) << name;
+        EXPECT_TRUE(passes(frame("gsp1", 1, text + "\n"))) << name;
+        EXPECT_TRUE(passes("gspc " + std::string(1, static_cast<char>(text.size())) + text + "\n"));
+        EXPECT_TRUE(passes(frame("sub1", 2, "\1\n" + text + "\n"))) << name;
+        EXPECT_TRUE(passes(std::string("subs \7\0\1", 8) + text + "\n")) << name;
+        EXPECT_TRUE(passes(frame("wags", 2, "user\n" + text + "\n"))) << name;
+        EXPECT_TRUE(passes(frame("wall", 2, text + "\nword\n"))) << name;
+    }
+}
+
+TEST_F(NewNames, firstFaultOfANameIsTheOneThatIsAnswered)
+{
+    const auto answerTo = [](const std::string& name) {
+        return examine(frame("crat", 2, name + "\n'\n")).value_or(Refusal{}).answer;
+    };
+    EXPECT_EQ(answerTo(std::string(33, ':')), le32(0x10000002)) << "too long, and misread";
+    EXPECT_EQ(answerTo(std::string(32, ':')), le32(0xFF000003));
+    EXPECT_EQ(answerTo("`" + std::string(33, ':')), le32(0xFF000003)) << "not safe, and too long";
+}
+
+TEST_F(NewNames, wrongCountIsTheDispatchersToAnswer)
+{
+    EXPECT_TRUE(passes(frame("crat", 1, "root\nword\n")));
+    EXPECT_TRUE(passes(frame("pshr", 2, "guest\nglobal\n")));
+    EXPECT_TRUE(passes(frame("shar", 2, "anna\n.hidden\n")));
 }
 
 // ---- Requests of other shapes -----------------------------------------------------------------

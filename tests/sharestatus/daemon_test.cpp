@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The executable, from its start to its end.
+// The collector, from its start to its end.
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -59,7 +59,8 @@ class Daemon : public root::UntracedTest {
         EXPECT_EQ(ended.output, "");
     }
 
-    /// The daemon works in a process that it starts itself: its work files tell its number.
+    /// The collector works in a process that it starts itself; its work files have that process's
+    /// id.
     [[nodiscard]] static std::string listingOf(const Lines& calls)
     {
         for (const std::string& call : calls) {
@@ -129,7 +130,7 @@ TEST_F(Daemon, withoutSharesTheHeaderIsPublished)
     expectCalls({"nice(-16)", "daemon(0, 1)"}, emptyCollection(listingOf(watch::calls())));
 }
 
-TEST_F(Daemon, failedCollectionIsPublishedAsOne)
+TEST_F(Daemon, failedCollectionPublishesAnEmptyPayload)
 {
     root::stub("php", "exit 1");
     runDaemon();
@@ -150,7 +151,7 @@ TEST_F(Daemon, startAtBootWithAStatusFileEndsAtOnce)
 
 TEST_F(Daemon, startAtBootWithoutAStatusFileWaitsTenSeconds)
 {
-    // One that cannot be read is as good as none. It is made readable during the wait, to see it
+    // An unreadable file counts as none. It is made readable during the wait, to see that it is
     // rewritten.
     root::writeFile(root::kStatusFile, "unreadable");
     std::filesystem::permissions(root::kStatusFile, std::filesystem::perms(0));
@@ -167,7 +168,7 @@ TEST_F(Daemon, startAtBootWithoutAStatusFileWaitsTenSeconds)
                 emptyCollection(listingOf(watch::calls())));
 }
 
-TEST_F(Daemon, moreArgumentsAreNoStartAtBoot)
+TEST_F(Daemon, moreThanOneArgumentIsNoStartAtBoot)
 {
     root::writeFile(root::kStatusFile, "old");
     runDaemon({"one", "two"});
@@ -187,7 +188,7 @@ TEST_F(Daemon, leavesItsStarterAtOnceAndKeepsItsStreams)
 
 TEST_F(Daemon, endsWithZero)
 {
-    // What loses its parent becomes this process's child.
+    // A process that loses its parent becomes this process's child.
     if (::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0) != 0) {
         ASSERT_EQ(errno, EINVAL) << "qemu-user does not know this call";
         std::puts("left out: an emulated process adopts nobody");
@@ -207,7 +208,7 @@ TEST_F(Daemon, worksInTheRootFolder)
     EXPECT_EQ(root::readFile("/tmp/folder"), "/\n");
 }
 
-TEST_F(Daemon, freshBusyMarkEndsItAtOnce)
+TEST_F(Daemon, endsAtOnceIfTheBusyMarkIsFresh)
 {
     const std::string mark = std::string("\x01\0", 2) + le32(now() - 7190);
     root::writeFile(root::kSemaphoreFile, mark);
@@ -217,7 +218,7 @@ TEST_F(Daemon, freshBusyMarkEndsItAtOnce)
     EXPECT_FALSE(root::exists(root::kStatusFile));
 }
 
-TEST_F(Daemon, staleBusyMarkIsOvertaken)
+TEST_F(Daemon, oldBusyMarkIsReplaced)
 {
     root::writeFile(root::kSemaphoreFile, std::string("\x01\0", 2) + le32(now() - 7200));
     runDaemon();
@@ -235,9 +236,9 @@ TEST_F(Daemon, markIsBusyWhileTheCollectionRuns)
     expectIdle();
 }
 
-TEST_F(Daemon, secondStartDuringACollectionEndsAtOnce)
+TEST_F(Daemon, endsAtOnceDuringAnotherCollection)
 {
-    // The first one's collection goes on until the second start has ended.
+    // The first collection runs until the second start has ended.
     root::stub("php",
                "echo run >>/tmp/runs; while [ ! -e /stubs/go ]; do sleep 0.01; done; : >\"$3\"");
     root::Program first({program});
@@ -259,15 +260,15 @@ TEST_F(Daemon, twoStartedTogetherLeaveAWholeStatusAndAnIdleMark)
         root::Program second({program});
         EXPECT_EQ(first.wait().exitCode, 0);
         EXPECT_EQ(second.wait().exitCode, 0);
-        // Both may collect, and then they share their work file: one can find the other's list
-        // gone. Whatever each of them found out, what is published is whole.
+        // Both may collect with the same work file, so one may miss its list. In any case the
+        // published status is whole.
         const std::string status = root::readFile(root::kStatusFile);
         EXPECT_TRUE(status == kNoShares || status == kNoList);
         expectIdle();
     }
 }
 
-TEST_F(Daemon, killedOneLeavesItsMarkAndIsOvertakenAfterTwoHours)
+TEST_F(Daemon, markOfAKilledCollectionIsReplacedAfterTwoHours)
 {
     root::stub("php", "killall -9 vokcontrol");
     runDaemon();
@@ -284,7 +285,7 @@ TEST_F(Daemon, killedOneLeavesItsMarkAndIsOvertakenAfterTwoHours)
     expectIdle();
 }
 
-TEST_F(Daemon, missingFolderIsPassedOver)
+TEST_F(Daemon, missingFolderIsIgnored)
 {
     std::filesystem::remove_all(root::kStatusFolder);
     runDaemon();
@@ -292,7 +293,7 @@ TEST_F(Daemon, missingFolderIsPassedOver)
     EXPECT_FALSE(root::exists(root::kStatusFolder));
 }
 
-TEST_F(Daemon, readOnlyFolderIsPassedOver)
+TEST_F(Daemon, readOnlyFolderIsIgnored)
 {
     std::filesystem::permissions(root::kStatusFolder, std::filesystem::perms(0555));
     runDaemon();
@@ -300,7 +301,7 @@ TEST_F(Daemon, readOnlyFolderIsPassedOver)
     EXPECT_EQ(root::list(root::kStatusFolder), Lines{"__bksts"});
 }
 
-TEST_F(Daemon, fullDiskKeepsEarlierFilesInUse)
+TEST_F(Daemon, fullDiskDoesNotPreventANewStatus)
 {
     runDaemon();
     root::stubListing(root::shareBlock("Music"));
@@ -319,7 +320,7 @@ TEST_F(Daemon, missingShellToolsEndInAnEmptyStatus)
     expectIdle();
 }
 
-TEST_F(Daemon, closedStreamsDoNoHarm)
+TEST_F(Daemon, worksWithClosedStreams)
 {
     ASSERT_EQ(root::run({"/usr/bin/sh", "-c", program + " <&- >&- 2>&-; sleep 1"}).exitCode, 0);
     EXPECT_EQ(root::readFile(root::kStatusFile), kNoShares);

@@ -19,12 +19,12 @@ Names walk(std::string line)
     return found;
 }
 
-TEST(FragmentWalk, namesStandBackToBack)
+TEST(FragmentWalk, namesNeedNoSeparatorsBesidesTheirQuotes)
 {
     EXPECT_EQ(walk("return [\"Music\"\"Photos\"\"a\"];"), (Names{"Music", "Photos", "a"}));
 }
 
-TEST(FragmentWalk, emptyListHoldsNone)
+TEST(FragmentWalk, emptyListHoldsNoNames)
 {
     EXPECT_EQ(walk("return [];\n"), Names{});
     EXPECT_EQ(walk("return [\"\"];"), Names{});
@@ -32,12 +32,12 @@ TEST(FragmentWalk, emptyListHoldsNone)
     EXPECT_EQ(walk(""), Names{});
 }
 
-TEST(FragmentWalk, textWithoutABracketHoldsNone)
+TEST(FragmentWalk, textWithoutABracketHoldsNoNames)
 {
     EXPECT_EQ(walk("return \"Music\";"), Names{});
 }
 
-TEST(FragmentWalk, textWithoutABracketStaysAsItIs)
+TEST(FragmentWalk, textWithoutABracketIsNotChanged)
 {
     std::string line = "return,\"Music\"];";
     EXPECT_EQ(sharestatus::FragmentWalk(line.data()).next(), nullptr);
@@ -65,7 +65,7 @@ TEST(FragmentWalk, underscoreDigitsAndLettersStartAName)
     EXPECT_EQ(walk("[\"_x\"\"9y\"\"Zz\"\"az\"];"), (Names{"_x", "9y", "Zz", "az"}));
 }
 
-TEST(FragmentWalk, everyFirstByteIsJudgedAlike)
+TEST(FragmentWalk, everyFirstByteIsJudgedByTheSameRule)
 {
     for (int first = 1; first < 256; ++first) {
         for (const int second : {0x7F, 0x80, 0xBF, 0xC0}) {
@@ -96,7 +96,7 @@ TEST(FragmentWalk, accentedLetterStartsAName)
                     "conomies"});
 }
 
-TEST(FragmentWalk, leadByteAtTheEndOfTheLineStartsNone)
+TEST(FragmentWalk, leadByteAtTheEndOfTheLineStartsNoName)
 {
     EXPECT_EQ(walk("[\xC3"), Names{});
 }
@@ -116,13 +116,13 @@ TEST(FragmentWalk, restOfAVeryLongNameIsCutAgain)
     EXPECT_EQ(walk("[\"" + name + "\"];"), (Names{name, name.substr(66), name.substr(132)}));
 }
 
-TEST(FragmentWalk, characterBehindALoneSeparatorIsSwallowed)
+TEST(FragmentWalk, characterAfterASingleSeparatorIsSkipped)
 {
     EXPECT_EQ(walk("[one,two,three]"), (Names{"one", "wo", "hree"}));
     EXPECT_EQ(walk("[\"one\",\"two\"]"), (Names{"one", "two"}));
 }
 
-TEST(FragmentWalk, bracketEndsANameAndTextBehindItIsWalked)
+TEST(FragmentWalk, bracketEndsANameAndTextAfterItIsWalked)
 {
     EXPECT_EQ(walk("[\"a]b\"];tail"), (Names{"a", "tail"}));
     EXPECT_EQ(walk("[\"a]-b\"];\n"), (Names{"a", "b"}));

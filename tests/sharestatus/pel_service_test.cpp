@@ -56,26 +56,26 @@ class PelStatus : public root::Test {
     }
 };
 
-TEST_F(PelStatus, runningServiceIsLeftAlone)
+TEST_F(PelStatus, runningCollectorIsNotStartedAgain)
 {
     expectNoStart("  12 root  pelstatus\n");
     expectNoStart("  1 root init\n  12 root  /usr/bin/pelstatus --x\n");
     expectNoStart("   9 root grep pelstatus\n  12 root  pelstatus\n");
 }
 
-TEST_F(PelStatus, searchItselfIsNoService)
+TEST_F(PelStatus, searchItselfIsNoCollector)
 {
     expectStart("   9 root grep pelstatus\n");
     expectStart("   8 root sh -c ps | grep pelstatus> /tmp/x\n   9 root grep pelstatus\n");
 }
 
-TEST_F(PelStatus, partsOfTheSearchsNameAreNotTheSearch)
+TEST_F(PelStatus, similarNamesAreNotTheSearch)
 {
     expectNoStart("  12 root  pelstatus --green\n");
     expectNoStart("  12 root  pelstatus --report\n");
 }
 
-TEST_F(PelStatus, listingIsThereUntilItsResultIsTraced)
+TEST_F(PelStatus, listingIsRemovedAfterItsResultIsTraced)
 {
     listProcesses("  12 root  pelstatus\n");
     std::string atTheTrace;
@@ -86,7 +86,7 @@ TEST_F(PelStatus, listingIsThereUntilItsResultIsTraced)
     EXPECT_FALSE(root::exists(listing));
 }
 
-TEST_F(PelStatus, listingIsGoneBeforeTheServiceIsStarted)
+TEST_F(PelStatus, listingIsRemovedBeforeTheCollectorIsStarted)
 {
     bool isThere = true;
     bool isOpenAtTheStart = true;
@@ -100,7 +100,7 @@ TEST_F(PelStatus, listingIsGoneBeforeTheServiceIsStarted)
     EXPECT_FALSE(isOpenAtTheStart);
 }
 
-TEST_F(PelStatus, unreadableListingIsTracedRemovedAndOnlyThenTheServiceStarted)
+TEST_F(PelStatus, unreadableListingIsTracedAndRemovedBeforeTheCollectorIsStarted)
 {
     bool isThereAtTheTrace = false;
     bool isThereAtTheStart = true;
@@ -133,7 +133,7 @@ TEST_F(PelStatus, shellThatCannotStartIsAFailure)
                                    ") -- syserr:Resource temporarily unavailable")}));
 }
 
-TEST_F(PelStatus, searchThatSomebodyElseReapedIsAFailure)
+TEST_F(PelStatus, searchReapedElsewhereIsAFailure)
 {
     listProcesses("  12 root  pelstatus\n");
     std::signal(SIGCHLD, SIG_IGN);
@@ -142,7 +142,7 @@ TEST_F(PelStatus, searchThatSomebodyElseReapedIsAFailure)
                                                    ") -- syserr:No child processes")}));
 }
 
-TEST_F(PelStatus, listingThatIsGoneIsTracedAndTheServiceStarted)
+TEST_F(PelStatus, missingListingIsTracedAndTheCollectorStarted)
 {
     listProcesses("  12 root  pelstatus\n");
     watch::after("ps", [this] { std::filesystem::remove(listing); });
@@ -153,7 +153,7 @@ TEST_F(PelStatus, listingThatIsGoneIsTracedAndTheServiceStarted)
                                      start, started}));
 }
 
-TEST_F(PelStatus, unreadableListingIsTracedRemovedAndTheServiceStarted)
+TEST_F(PelStatus, unreadableListingIsTracedAndRemovedAndTheCollectorStarted)
 {
     listProcesses("  12 root  pelstatus\n");
     watch::after("ps",
@@ -197,7 +197,7 @@ TEST_F(PelStatus, startThatCannotRunIsTracedWithItsReason)
 
 TEST_F(PelStatus, longLinesAreJudgedPieceByPiece)
 {
-    // 511 characters a piece: the service's name is in the first, the search's in the second.
+    // Pieces have 511 characters: "pelstatus" is in the first, the search's name in the second.
     expectNoStart("pelstatus" + std::string(511 - 9, ' ') + "grep\n");
     expectStart("pelstatus" + std::string(511 - 9 - 4, ' ') + "grep\n");
     expectStart("pelstatu" + std::string(0, ' ') + "\n" + std::string(503, ' ') +
@@ -207,7 +207,7 @@ TEST_F(PelStatus, longLinesAreJudgedPieceByPiece)
     expectStart(std::string(511 - 8, ' ') + "pelstatus\n");
 }
 
-TEST_F(PelStatus, realProcessListingShowsTheSearchAlone)
+TEST_F(PelStatus, realProcessListingShowsOnlyTheSearch)
 {
     startPelStatus();
     EXPECT_EQ(watch::calls(), (Lines{search, start, started}));

@@ -21,13 +21,13 @@ Semaphore markedAt(std::uint32_t time)
     return {.busy = 1, .reserved = 0, .time = time};
 }
 
-TEST(SemaphoreFormat, sixBytesInOrder)
+TEST(SemaphoreFormat, encodedMarkHasSixBytesInOrder)
 {
     EXPECT_EQ(encoded({.busy = 1, .reserved = 0xEE, .time = 0x87654321}),
               "\x01\xEE\x21\x43\x65\x87");
 }
 
-TEST(SemaphoreFormat, bytesComeBackAndMoreOfThemAreIgnored)
+TEST(SemaphoreFormat, bytesAreDecodedAsEncodedAndMoreAreIgnored)
 {
     const Semaphore semaphore = decodeSemaphore("\x02\x80\xFF\xFE\xFD\xFC-and more");
     EXPECT_EQ(semaphore.busy, 2);
@@ -58,14 +58,14 @@ TEST(SemaphoreFormat, markFromTheFutureIsFresh)
     EXPECT_TRUE(markedAt(now + 1000000).isBusyAt(now));
 }
 
-TEST(SemaphoreFormat, ageHoldsAcrossTheEndOfTheClocksRange)
+TEST(SemaphoreFormat, ageIsRightAcrossTheEndOfTheClocksRange)
 {
     EXPECT_TRUE(markedAt(0xFFFFFFF0U).isBusyAt(7199 - 16));
     EXPECT_FALSE(markedAt(0xFFFFFFF0U).isBusyAt(7200 - 16));
     EXPECT_TRUE(markedAt(0x7FFFFFF0U).isBusyAt(0x7FFFFFF0U + 7199U));
 }
 
-TEST(SemaphoreFormat, anyFlagButZeroIsBusy)
+TEST(SemaphoreFormat, anyFlagExceptZeroIsBusy)
 {
     for (const int flag : {1, 2, 0x31, 0x80, 0xFF}) {
         EXPECT_TRUE((Semaphore{static_cast<std::uint8_t>(flag), 0, 5}).isBusyAt(5)) << flag;

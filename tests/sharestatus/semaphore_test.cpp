@@ -26,7 +26,7 @@ class Semaphore : public root::Test {
         root::Test::TearDown();
     }
 
-    /// Compares the file's flag, reserved byte and rest, and that its stamp is of this moment.
+    /// Compares the file's flag, reserved byte and rest, and expects the present time in it.
     static void expectStampedNow(const std::string& flags, const std::string& rest = "")
     {
         const std::string content = root::readFile(kSemaphoreFile);
@@ -49,13 +49,13 @@ class Semaphore : public root::Test {
 const std::string kBusy("\x01\0", 2);
 const std::string kIdle("\0\0", 2);
 
-TEST_F(Semaphore, missingOneIsCreatedBusy)
+TEST_F(Semaphore, missingMarkIsCreatedBusy)
 {
     EXPECT_TRUE(sharestatus::claimSemaphore());
     expectStampedNow(kBusy);
 }
 
-TEST_F(Semaphore, idleOneIsClaimedWhateverItsTime)
+TEST_F(Semaphore, idleMarkOfAnyTimeIsClaimed)
 {
     for (const std::uint32_t time : {0U, now() - 10, now(), now() + 1000, 0xFFFFFFFFU}) {
         expectClaimed(kIdle + le32(time), kBusy);
@@ -64,8 +64,8 @@ TEST_F(Semaphore, idleOneIsClaimedWhateverItsTime)
 
 TEST_F(Semaphore, freshBusyMarkIsRespected)
 {
-    // The clock may pass a second between stamp and claim, so the last one is a second younger than
-    // the limit; the limit itself is tested on values alone.
+    // The clock may reach the next second between mark and claim, so the last age is a second below
+    // the limit; the test of the format tests the limit itself.
     for (const std::uint32_t age : {0U, 1U, 7000U, 7198U}) {
         const std::string content = kBusy + le32(now() - age);
         root::writeFile(kSemaphoreFile, content);
@@ -74,7 +74,7 @@ TEST_F(Semaphore, freshBusyMarkIsRespected)
     }
 }
 
-TEST_F(Semaphore, staleBusyMarkIsOvertaken)
+TEST_F(Semaphore, oldBusyMarkIsReplaced)
 {
     for (const std::uint32_t age : {7200U, 7201U, 1000000U}) {
         expectClaimed(kBusy + le32(now() - age), kBusy);
@@ -94,21 +94,21 @@ TEST_F(Semaphore, reservedByteIsKeptByAClaimAndClearedByARelease)
     expectStampedNow(kIdle);
 }
 
-TEST_F(Semaphore, shortOneIsFilledUp)
+TEST_F(Semaphore, shortMarkIsCompleted)
 {
     expectClaimed("", kBusy);
     expectClaimed(std::string("\0", 1), kBusy);
-    expectClaimed("\x01", kBusy); // no time: a mark of long ago
+    expectClaimed("\x01", kBusy); // no time: an old mark
 }
 
-TEST_F(Semaphore, bytesBehindTheSixStay)
+TEST_F(Semaphore, bytesAfterTheMarkStay)
 {
     expectClaimed(kIdle + le32(1) + "tail", kBusy, "tail");
     sharestatus::releaseSemaphore();
     expectStampedNow(kIdle, "tail");
 }
 
-TEST_F(Semaphore, unreadableOneIsReplaced)
+TEST_F(Semaphore, unreadableMarkIsReplaced)
 {
     root::writeFile(kSemaphoreFile, kBusy + le32(now()) + "tail");
     std::filesystem::permissions(kSemaphoreFile, std::filesystem::perms(0200));
@@ -117,7 +117,7 @@ TEST_F(Semaphore, unreadableOneIsReplaced)
     expectStampedNow(kBusy);
 }
 
-TEST_F(Semaphore, collectionGoesOnWhereThereCanBeNone)
+TEST_F(Semaphore, collectionRunsIfTheMarkCannotBeCreated)
 {
     std::filesystem::remove_all(root::kStatusFolder);
     EXPECT_TRUE(sharestatus::claimSemaphore());
@@ -125,7 +125,7 @@ TEST_F(Semaphore, collectionGoesOnWhereThereCanBeNone)
     EXPECT_FALSE(root::exists(root::kStatusFolder));
 }
 
-TEST_F(Semaphore, collectionGoesOnWhereItCannotBeWritten)
+TEST_F(Semaphore, collectionRunsIfTheMarkCannotBeWritten)
 {
     const std::string content = kIdle + le32(1);
     root::writeFile(kSemaphoreFile, content);
@@ -135,7 +135,7 @@ TEST_F(Semaphore, collectionGoesOnWhereItCannotBeWritten)
     EXPECT_EQ(root::readFile(kSemaphoreFile), content);
 }
 
-TEST_F(Semaphore, folderInItsPlaceIsPassedOver)
+TEST_F(Semaphore, folderInItsPlaceIsIgnored)
 {
     std::filesystem::create_directory(kSemaphoreFile);
     EXPECT_TRUE(sharestatus::claimSemaphore());
@@ -143,7 +143,7 @@ TEST_F(Semaphore, folderInItsPlaceIsPassedOver)
     EXPECT_TRUE(std::filesystem::is_directory(kSemaphoreFile));
 }
 
-TEST_F(Semaphore, missingOneIsNotCreatedByARelease)
+TEST_F(Semaphore, missingMarkIsNotCreatedByARelease)
 {
     sharestatus::releaseSemaphore();
     EXPECT_FALSE(root::exists(kSemaphoreFile));

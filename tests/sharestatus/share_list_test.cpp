@@ -23,7 +23,7 @@ class ShareList : public root::Test {
     const std::string command =
         "sudo /usr/bin/php /etc/inc/api_share.php tovGetShareList " + listing;
 
-    /// The calls of a run that gets as far as the listing.
+    /// The calls of share_info up to the listing.
     [[nodiscard]] Lines callsWith(const Lines& names, int count) const
     {
         Lines calls = {trace("share_info sys(" + command + ")"), command};
@@ -46,13 +46,13 @@ class ShareList : public root::Test {
     }
 };
 
-TEST_F(ShareList, quotedNamesStandBackToBack)
+TEST_F(ShareList, quotedNamesHaveNoSeparators)
 {
     expectFragment(root::shareBlock("Music") + root::shareBlock("My Photos"),
                    {"Music", "My Photos"}, "return [\"Music\"\"My Photos\"];");
 }
 
-TEST_F(ShareList, textThatIsAlmostATagIsNone)
+TEST_F(ShareList, textThatIsAlmostATagIsIgnored)
 {
     expectFragment("<sharename>A</sharenames>\n<sharelocation>int\n", {""}, "return [\"\"];");
     expectFragment("<sharename>A</sharename>\n<sharelocation>inside\n"
@@ -119,7 +119,7 @@ TEST_F(ShareList, textOutsideTheElementIsLeftOut)
                    "return [\"A B\"];");
 }
 
-TEST_F(ShareList, closingTagBeforeTheOpeningOneCutsNothingOff)
+TEST_F(ShareList, closingTagBeforeTheOpeningOneIsIgnored)
 {
     expectFragment("</sharename><sharename>A\n<sharelocation>int\n", {"A\n"}, "return [\"A\n\"];");
 }
@@ -137,7 +137,7 @@ TEST_F(ShareList, zeroByteEndsItsLinesText)
 
 TEST_F(ShareList, longLinesAreReadInPieces)
 {
-    // 2047 characters a piece: the tags of the first line end up in two of them.
+    // Pieces have 2047 characters: the tags of the first line are in two of them.
     const std::string padding(2047 - 4, ' ');
     expectFragment(padding + "<sharename>A</sharename>\n<sharelocation>int\n", {""},
                    "return [\"\"];");
@@ -185,7 +185,7 @@ TEST_F(ShareList, shellThatCannotStartIsAFailure)
                                            ") iRet:-1 (error: Resource temporarily unavailable)"));
 }
 
-TEST_F(ShareList, scriptThatSomebodyElseReapedCounts)
+TEST_F(ShareList, scriptReapedElsewhereCounts)
 {
     root::stubListing(root::shareBlock("A"));
     std::signal(SIGCHLD, SIG_IGN);
@@ -280,7 +280,7 @@ TEST_F(ShareList, fullDiskLeavesAFragmentThatIsCutButNoCrash)
     EXPECT_LT(root::readFile(kFragment).size(), whole.size());
 }
 
-TEST_F(ShareList, failureWithTheReasonOfACollectedChildCounts)
+TEST_F(ShareList, failureWithErrnoEchildCountsAsSuccess)
 {
     watch::mayBeStrange("sudo /usr/bin/php /etc/inc/api_share.php tovGetShareList");
     root::stubListing(root::shareBlock("A"));
@@ -291,7 +291,7 @@ TEST_F(ShareList, failureWithTheReasonOfACollectedChildCounts)
     EXPECT_EQ(root::readFile(kFragment), "return [\"A\"];");
 }
 
-TEST_F(ShareList, reasonOfTheTargetIsTracedWhereBothCannotBeOpened)
+TEST_F(ShareList, reasonOfTheTargetIsTracedIfBothCannotBeOpened)
 {
     root::stub("php", "exit 0");
     EXPECT_EQ(share_info("/tmp"), -1);
@@ -299,7 +299,7 @@ TEST_F(ShareList, reasonOfTheTargetIsTracedWhereBothCannotBeOpened)
                                            " or file: /tmp (error: Is a directory)"));
 }
 
-TEST_F(ShareList, targetIsEmptiedEvenWhereTheListingIsMissing)
+TEST_F(ShareList, targetIsEmptiedEvenIfTheListingIsMissing)
 {
     root::stub("php", "exit 0");
     root::writeFile(kFragment, "old");
@@ -324,7 +324,7 @@ TEST_F(ShareList, listingIsGoneBeforeTheCountIsTraced)
     EXPECT_FALSE(isThere);
 }
 
-TEST_F(ShareList, emptyNameIsToldByTheMiddleOfItsElement)
+TEST_F(ShareList, emptyNameIsRecognisedByTheMiddleOfItsElement)
 {
     expectFragment("<sharename>A</sharename>\n<sharename>B</sharename><name></share>\n"
                    "<sharelocation>int\n",

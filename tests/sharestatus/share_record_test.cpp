@@ -19,7 +19,7 @@ using Lines = std::vector<std::string>;
 using root::le16;
 using root::trace;
 
-/// A record that shows every byte that is touched.
+/// A record that shows every byte that is written.
 class ShareRecord : public root::Test {
   protected:
     sharestatus::WorkRecord record{};
@@ -190,7 +190,7 @@ TEST_F(CapUsage, shellThatCannotStartIsAFailureAndTheFileStays)
     EXPECT_EQ(root::readFile(root::kCollectorFile), "55");
 }
 
-TEST_F(CapUsage, duThatSomebodyElseReapedCounts)
+TEST_F(CapUsage, duReapedElsewhereCounts)
 {
     root::stubUsage("Music", "21");
     std::signal(SIGCHLD, SIG_IGN);
@@ -234,7 +234,7 @@ TEST_F(CapUsage, outputThatCannotBeRemovedIsTraced)
                                            "Permission denied")}));
 }
 
-TEST_F(CapUsage, outputIsThereWhenItsFigureIsTraced)
+TEST_F(CapUsage, sizeIsTracedBeforeTheOutputIsRemoved)
 {
     root::stubUsage("Music", "2000000");
     std::string atTheTrace;
@@ -270,10 +270,10 @@ TEST_F(CapUsage, onlyTwoHundredFiftyFiveCharactersOfTheLineCount)
     expectUsage(std::string(255, ' ') + "12", 0, 'K');
 }
 
-TEST_F(CapUsage, nameThatTheShellCannotParseFindsAnOlderFilesNumber)
+TEST_F(CapUsage, olderOutputIsReadIfTheShellCannotParseTheName)
 {
     watch::mayBeStrange("du");
-    // The shell stops before it opens the file, so what stood there is taken for du's output.
+    // The shell stops before it opens the file, so the old content is read as du's output.
     root::writeFile(root::kCollectorFile, "return [\"x\"];");
     EXPECT_EQ(GetUserCapUsage(record.data(), "x`y"), 0);
     EXPECT_EQ(bytes(), le16(0) + "K" + untouched(3));
@@ -326,7 +326,7 @@ TEST_F(BackupStatus, newlineCountsAsTheNinthCharacter)
     expectRecord("31121202\n", "1121202\n3", "31121202\n");
 }
 
-TEST_F(BackupStatus, whatAMalformedLineSaysIsTakenAsItStands)
+TEST_F(BackupStatus, malformedLineIsTakenUnchanged)
 {
     expectRecord("no backup yet\n", "o backupn", "no backup yet\n");
 }
@@ -349,7 +349,7 @@ TEST_F(BackupStatus, longLineIsReadUpToItsBuffer)
     expectRecord("4" + std::string(300, '7'), "777777774", "4" + std::string(254, '7'));
 }
 
-TEST_F(BackupStatus, fileIsOpenedAfterItsNameIsTracedAndClosedInTheEnd)
+TEST_F(BackupStatus, fileIsOpenedAfterItsNameIsTracedAndClosedAtTheEnd)
 {
     watch::after("echo \"filename", [this] { root::writeFile(path, "311212026"); });
     GetUserBkStatus(record.data(), "Music");
@@ -357,14 +357,14 @@ TEST_F(BackupStatus, fileIsOpenedAfterItsNameIsTracedAndClosedInTheEnd)
     EXPECT_FALSE(root::isOpen(path));
 }
 
-TEST_F(BackupStatus, missingFileLeavesTheRecord)
+TEST_F(BackupStatus, missingFileDoesNotChangeTheRecord)
 {
     GetUserBkStatus(record.data(), "Music");
     EXPECT_EQ(bytes(), untouched(0));
     EXPECT_EQ(watch::calls(), Lines{trace("filename = " + path)});
 }
 
-TEST_F(BackupStatus, unreadableFileLeavesTheRecord)
+TEST_F(BackupStatus, unreadableFileDoesNotChangeTheRecord)
 {
     root::writeFile(path, "311212026");
     std::filesystem::permissions(path, std::filesystem::perms(0));
@@ -373,14 +373,14 @@ TEST_F(BackupStatus, unreadableFileLeavesTheRecord)
     EXPECT_EQ(watch::calls(), Lines{trace("filename = " + path)});
 }
 
-TEST_F(BackupStatus, missingFolderLeavesTheRecord)
+TEST_F(BackupStatus, missingFolderDoesNotChangeTheRecord)
 {
     std::filesystem::remove_all("/etc/pelconfig/vokcontrol");
     GetUserBkStatus(record.data(), "Music");
     EXPECT_EQ(bytes(), untouched(0));
 }
 
-TEST_F(BackupStatus, folderInTheFilesPlaceLeavesTheRecord)
+TEST_F(BackupStatus, folderInTheFilesPlaceDoesNotChangeTheRecord)
 {
     std::filesystem::create_directory(path);
     GetUserBkStatus(record.data(), "Music");
@@ -388,7 +388,7 @@ TEST_F(BackupStatus, folderInTheFilesPlaceLeavesTheRecord)
     EXPECT_EQ(watch::calls(), (Lines{trace("filename = " + path), trace("GetUserBkStatus  ")}));
 }
 
-TEST_F(BackupStatus, nameOfAnyLengthNamesItsOwnFileOnly)
+TEST_F(BackupStatus, nameOfAnyLengthReadsOnlyItsOwnFile)
 {
     const std::string name(4000, 'n');
     GetUserBkStatus(record.data(), name.c_str());

@@ -70,7 +70,7 @@ TEST(StatusFormat, roomIsForTheLongestRecord)
     EXPECT_FALSE(table.hasRoom());
 }
 
-TEST(StatusFormat, countTakesBothItsBytes)
+TEST(StatusFormat, countHasTwoBytes)
 {
     std::array<char, kMaxPayloadSize> buffer;
     TableWriter table(buffer);
@@ -87,7 +87,7 @@ TEST(StatusFormat, countTakesBothItsBytes)
     EXPECT_TRUE(reader.isWhole());
 }
 
-TEST(StatusFormat, tableComesBack)
+TEST(StatusFormat, tableIsReadAsWritten)
 {
     std::array<char, kMaxPayloadSize> buffer;
     TableWriter writer(buffer);
@@ -115,7 +115,7 @@ TEST(StatusFormat, tableComesBack)
     EXPECT_TRUE(reader.isWhole());
 }
 
-TEST(StatusFormat, usageOfTenIsNotTakenForANewline)
+TEST(StatusFormat, sizeOfTenIsNotTakenForANewline)
 {
     std::array<char, kMaxPayloadSize> buffer;
     TableWriter writer(buffer);
@@ -145,7 +145,7 @@ TEST(StatusFormat, tableCutAtAnyLengthIsNotWhole)
     }
 }
 
-TEST(StatusFormat, tableWithBytesBehindItsRecordsIsNotWhole)
+TEST(StatusFormat, tableWithBytesAfterItsRecordsIsNotWhole)
 {
     std::array<char, kMaxPayloadSize> buffer;
     TableWriter writer(buffer);
@@ -157,7 +157,7 @@ TEST(StatusFormat, tableWithBytesBehindItsRecordsIsNotWhole)
     EXPECT_FALSE(reader.isWhole());
 }
 
-TEST(StatusFormat, endIsReachedOnceNothingStandsBehindWhatWasRead)
+TEST(StatusFormat, endIsReachedIfNoBytesFollow)
 {
     std::array<char, kMaxPayloadSize> buffer;
     TableWriter writer(buffer);
@@ -191,7 +191,7 @@ TEST(StatusFormat, endDoesNotDependOnTheHeadersCount)
     EXPECT_FALSE(tooFew.isWhole());
 }
 
-TEST(StatusFormat, endIsNotReachedWhereARecordIsCut)
+TEST(StatusFormat, endIsNotReachedIfARecordIsCut)
 {
     const std::string record = zeros(12) + "Music\n";
     for (std::size_t size = 1; size < record.size(); ++size) {
@@ -202,7 +202,7 @@ TEST(StatusFormat, endIsNotReachedWhereARecordIsCut)
     }
 }
 
-TEST(StatusFormat, endOfAPayloadWithoutAHeaderIsItsOwn)
+TEST(StatusFormat, payloadWithoutAHeaderIsAtItsEndOnlyIfItIsEmpty)
 {
     EXPECT_TRUE(TableReader("").isAtEnd());
     for (std::size_t size = 1; size < 10; ++size) {
@@ -247,7 +247,7 @@ TEST(StatusFormat, imageIsLengthPayloadAndCheck)
     EXPECT_EQ(encodeStatus(largest).text(), le32(4097) + largest + zeros(1));
 }
 
-TEST(StatusFormat, imageComesBackAtEverySize)
+TEST(StatusFormat, imageOfEverySizeIsReadAsWritten)
 {
     std::string payload;
     for (std::size_t size = 0; size <= 4096; ++size) {
@@ -260,7 +260,7 @@ TEST(StatusFormat, imageComesBackAtEverySize)
     }
 }
 
-TEST(StatusFormat, zerosBehindTheCheckAreIgnored)
+TEST(StatusFormat, zerosAfterTheCheckAreIgnored)
 {
     const std::string image = le32(3) + "ab" + "\x03" + zeros(100);
     const StatusReading reading = decodeStatus(image);
@@ -297,7 +297,7 @@ TEST(StatusFormat, lengthOutsideItsBoundsIsNoData)
     EXPECT_TRUE(decodeStatus(le32(4097) + zeros(4097)).isGood());
 }
 
-TEST(StatusFormat, everyOtherCheckByteIsWrong)
+TEST(StatusFormat, everyOtherChecksumIsWrong)
 {
     const std::string payload = "\x01\x02\x04";
     for (int check = 0; check < 256; ++check) {
@@ -309,7 +309,7 @@ TEST(StatusFormat, everyOtherCheckByteIsWrong)
     }
 }
 
-TEST(Units, areFoundByTheirLettersAlone)
+TEST(Units, areFoundOnlyByTheirLetters)
 {
     EXPECT_EQ(sharestatus::findUnit('K')->kibibytes, 1U);
     EXPECT_EQ(sharestatus::findUnit('M')->kibibytes, 1000U);

@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include "sharestatus/status_format.h"
+#include "tests/support/collector.h"
 #include "tests/support/root.h"
 
 namespace {
@@ -213,17 +214,88 @@ TEST_F(ThePublishedStatus, readsThatNeverAgreeAreDamage)
     EXPECT_GE(reads, 4);
 }
 
-TEST_F(ThePublishedStatus, semaphoreTellsWhetherOneRuns)
+// ---- The mark of a collection -----------------------------------------------------------------
+
+/// What is said of a collection: whether one runs, whether one was interrupted, and when it began.
+struct Marked {
+    bool isCollecting;
+    bool isInterrupted;
+    std::optional<long> age; ///< in seconds
+
+    bool operator==(const Marked&) const = default;
+};
+
+void PrintTo(const Marked& marked, std::ostream* out)
+{
+    *out << marked.isCollecting << marked.isInterrupted << " " << marked.age.value_or(-1);
+}
+
+Marked readMark()
+{
+    const PublishedStatus status = readPublishedStatus();
+    std::optional<long> age;
+    if (status.collectingSince) {
+        // The clock may have gone on by a second since the mark was set.
+        age = (std::time(nullptr) - *status.collectingSince) / 5 * 5;
+    }
+    return {status.isCollecting, status.isInterrupted, age};
+}
+
+TEST_F(ThePublishedStatus, markWithItsCollectorIsARunningCollection)
+{
+    const root::IdleCollector collector;
+    mark('\1', 5);
+    EXPECT_EQ(readMark(), (Marked{true, false, 5}));
+    mark('\1', 7300);
+    EXPECT_EQ(readMark(), (Marked{true, false, 7300})) << "one that takes more than two hours";
+    mark('\0', 5);
+    EXPECT_EQ(readMark(), (Marked{false, false, {}})) << "one that has ended";
+    root::writeFile(root::kSemaphoreFile, "");
+    EXPECT_EQ(readMark(), (Marked{false, false, {}}));
+    EXPECT_EQ(readPublishedStatus().semaphoreError, 0);
+}
+
+TEST_F(ThePublishedStatus, markWithoutItsCollectorIsAnInterruptedCollection)
 {
     mark('\1', 5);
-    EXPECT_TRUE(readPublishedStatus().isCollecting);
+    EXPECT_EQ(readMark(), (Marked{false, true, 5}));
+    mark('\1', 7300);
+    EXPECT_EQ(readMark(), (Marked{false, true, 7300}));
     mark('\0', 5);
-    EXPECT_FALSE(readPublishedStatus().isCollecting);
-    mark('\1', 7201);
-    EXPECT_FALSE(readPublishedStatus().isCollecting);
-    root::writeFile(root::kSemaphoreFile, "");
-    EXPECT_FALSE(readPublishedStatus().isCollecting);
-    EXPECT_EQ(readPublishedStatus().semaphoreError, 0);
+    EXPECT_EQ(readMark(), (Marked{false, false, {}}));
+}
+
+TEST_F(ThePublishedStatus, collectorThatIsEndedIsInterrupted)
+{
+    root::IdleCollector collector;
+    mark('\1', 0);
+    EXPECT_EQ(readMark(), (Marked{true, false, 0}));
+    collector.end();
+    EXPECT_EQ(readMark(), (Marked{false, true, 0}));
+}
+
+TEST_F(ThePublishedStatus, collectionThatBeganAfter2038HasItsTime)
+{
+    root::writeFile(root::kSemaphoreFile, "\1" + zeros(1) + le32(0x80000010U));
+    EXPECT_EQ(readPublishedStatus().collectingSince, std::time_t{0x80000010});
+}
+
+// ---- Reports that the collection has not read -------------------------------------------------
+
+TEST_F(ThePublishedStatus, sharesWithoutAReportAreLookedFor)
+{
+    const std::string record = le16(1) + "K" + zeros(9);
+    publish(fileOf(table(4, kRecord + record + "Newer\n" + record + "Odd\n" + record + "None\n")));
+    for (const char* name : {"Newer", "Documents"}) {
+        root::writeFile("/etc/pelconfig/vokcontrol/__bksts/__bk" + std::string(name), "111192026");
+    }
+    root::writeFile("/etc/pelconfig/vokcontrol/__bksts/__bkOdd", "1");
+    std::vector<view::BackupReport> reports;
+    for (const view::ShareRow& share : readPublishedStatus().shares) {
+        reports.push_back(share.report);
+    }
+    using enum view::BackupReport;
+    EXPECT_EQ(reports, (std::vector<view::BackupReport>{kRead, kNewer, kUnreadable, kNone}));
 }
 
 TEST_F(ThePublishedStatus, semaphoreThatCannotBeReadTellsOfNoCollection)

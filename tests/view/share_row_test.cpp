@@ -196,4 +196,23 @@ TEST(ShareRows, spaceAddsUp)
     EXPECT_EQ(view::totalUsed({}), 0U);
 }
 
+// ---- Reports ----------------------------------------------------------------------------------
+
+TEST(BackupReport, isReadIfItHasADay)
+{
+    using view::BackupReport;
+    const auto reportOf = [](const std::string& dateAndState) {
+        const std::string record = root::le16(1) + "K" + dateAndState + "x\n";
+        return view::readTable(std::string(5, '\0') + root::le16(1) + std::string(3, '\0') + record)
+            ->front()
+            .report;
+    };
+    EXPECT_EQ(reportOf("111820261"), BackupReport::kRead);
+    EXPECT_EQ(reportOf("11182026?"), BackupReport::kRead);
+    EXPECT_EQ(reportOf(std::string(9, '\0')), BackupReport::kNone);
+    EXPECT_EQ(reportOf("000000001"), BackupReport::kUnreadable) << "the date was not to be had";
+    EXPECT_EQ(reportOf(std::string(8, '\0') + "1"), BackupReport::kUnreadable);
+    EXPECT_EQ(reportOf("1" + std::string(8, '\0')), BackupReport::kUnreadable);
+}
+
 } // namespace

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#include "view/capacity.h"
+
+#include <algorithm>
+#include <string_view>
+#include <sys/statvfs.h>
+
+#include "view/wording.h"
+
+namespace view {
+namespace {
+
+/// "312 of 500 GB", or "900 MB of 1.4 GB" if the units differ.
+std::string formatPair(std::uint64_t part, std::uint64_t whole)
+{
+    std::string words = formatKibibytes(part);
+    const std::string of = formatKibibytes(whole);
+    const std::size_t unit = words.rfind(' ');
+    if (of.ends_with(std::string_view(words).substr(unit))) {
+        words.resize(unit);
+    }
+    return words + " of " + of;
+}
+
+} // namespace
+
+unsigned Capacity::percentFull() const
+{
+    // Ten binary digits fewer keep the product within 64 bits.
+    const bool isHuge = used + free > (std::uint64_t{1} << 56);
+    const std::uint64_t part = isHuge ? used >> 10 : used;
+    const std::uint64_t whole = std::max<std::uint64_t>(part + (isHuge ? free >> 10 : free), 1);
+    const auto percent = static_cast<unsigned>((part * 100 + whole - 1) / whole);
+    return (percent == 100 && free > 0) ? 99 : percent;
+}
+
+std::optional<Capacity> readCapacity(const char* folder)
+{
+    struct statvfs status = {};
+    if (::statvfs(folder, &status) != 0 || status.f_blocks == 0) {
+        return std::nullopt;
+    }
+    const auto kibibytes = [unit = std::uint64_t{status.f_frsize}](std::uint64_t blocks) {
+        return blocks / 1024 * unit + blocks % 1024 * unit / 1024;
+    };
+    return Capacity{.total = kibibytes(status.f_blocks),
+                    .used = kibibytes(status.f_blocks - status.f_bfree),
+                    .free = kibibytes(status.f_bavail)};
+}
+
+std::string formatCapacity(const Capacity& capacity)
+{
+    return formatPair(capacity.used, capacity.total) + " used, " + formatKibibytes(capacity.free) +
+           " free";
+}
+
+} // namespace view

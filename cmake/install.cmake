@@ -63,14 +63,18 @@ if(TARGET vokctl)
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME vokctl)
 endif()
 if(TARGET vokpage)
-  install(TARGETS vokpage RUNTIME DESTINATION lib/cgi-bin)
+  # Not where a web server would run it unasked.
+  install(TARGETS vokpage RUNTIME DESTINATION lib/vokcontrol)
+  install(FILES ${packaging}/man/vokpage.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+  install(DIRECTORY ${packaging}/web-server DESTINATION ${CMAKE_INSTALL_DOCDIR} USE_SOURCE_PERMISSIONS)
+  install(FILES docs/web-server.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
   install(DIRECTORY page/static/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol/www)
 endif()
 
 # The system's own folder of libraries is searched anyway, and its programs look nowhere else.
 install(CODE "if(CMAKE_INSTALL_PREFIX STREQUAL /usr)
   file(GLOB programs \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_BINDIR}/vok* \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_SBINDIR}/vok*
-       \$ENV{DESTDIR}/usr/lib/cgi-bin/vok* \$ENV{DESTDIR}/usr/lib/vokcontrol/vok* \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_LIBDIR}/libvokcontrol.so.*)
+       \$ENV{DESTDIR}/usr/lib/vokcontrol/vok* \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_LIBDIR}/libvokcontrol.so.*)
   foreach(program \${programs})
     file(RPATH_REMOVE FILE \${program})
   endforeach()

@@ -146,7 +146,7 @@ service: another process
 socket: the same' "$(inside '
     exec 2>&1
     cp -p /usr/bin/pelparam /tmp/pelparam
-    printf "#!/bin/sh\nsleep 4\necho 2\n" >/usr/bin/pelparam
+    printf "#!/bin/sh\nuntil [ -e /run/go-on ]; do sleep 0.1; done\necho 2\n" >/usr/bin/pelparam
     before=$(systemctl show -P MainPID vokserve.service)
     socket=$(stat -c %i /run/vokcontrol.sock)
     vokctl drives check >/tmp/before 2>&1 &
@@ -157,8 +157,11 @@ socket: the same' "$(inside '
         [ "$state" = active ] || break
         state=$(systemctl is-active vokserve.service)
     done
-    vokctl version >/tmp/meanwhile 2>&1
+    vokctl version >/tmp/meanwhile 2>&1 &
+    sleep 1
+    : >/run/go-on
     wait
+    rm /run/go-on
     cp -p /tmp/pelparam /usr/bin/pelparam
     dpkg-query -W -f "\${db:Status-Abbrev} \${Package} \${Version}\n" vokcontrol
     echo "before: $(cat /tmp/before)"

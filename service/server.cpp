@@ -16,7 +16,6 @@
 #include <limits>
 #include <optional>
 #include <poll.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <tuple>
 
@@ -70,17 +69,6 @@ bool hasLeft(Socket& socket)
 {
     pollfd connection = {socket.native_handle(), 0, 0};
     return ::poll(&connection, 1, 0) == 1 && (connection.revents & (POLLHUP | POLLERR)) != 0;
-}
-
-/// So many clients leave room for the service's own descriptors, and for those of a request.
-int countMostClients()
-{
-    constexpr rlim_t kReserve = 32;
-    constexpr rlim_t kPlenty = 100'000;
-    rlimit limit = {};
-    ::getrlimit(RLIMIT_NOFILE, &limit);
-    return static_cast<int>(std::min(limit.rlim_cur, kPlenty + kReserve) -
-                            std::min(limit.rlim_cur - 1, kReserve));
 }
 
 asio::awaitable<void> discard(Socket& socket)

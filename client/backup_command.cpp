@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <array>
 #include <iostream>
 
@@ -8,7 +9,9 @@
 #include "client/status_report.h"
 #include "client/subcommands.h"
 #include "core/bytes.h"
+#include "view/share_folders.h"
 #include "view/share_row.h"
+#include "view/terminal_text.h"
 
 namespace client {
 namespace {
@@ -49,11 +52,24 @@ Request makeFileReport(const Options& options)
     return {cmdsvc::command("sub1"), {options.state, std::uint32_t{kIgnored}, options.user}};
 }
 
+/// Whether no share has a user's name; false if that cannot be told. The appliance drops
+/// backslashes.
+bool isNoShare(std::string user)
+{
+    std::erase(user, '\\');
+    const std::optional<std::vector<std::string>> shares = view::listShareFolders();
+    return shares && std::ranges::find(*shares, user) == shares->end();
+}
+
 void report(const Options& options)
 {
     askToDo(options.connection,
             options.asVariable ? makeVariableReport(options) : makeFileReport(options));
     std::cerr << "vokctl: the report was kept\n";
+    if (!options.asVariable && isNoShare(options.user)) {
+        std::cerr << "vokctl: warning: there is no share " << view::makePrintable(options.user).text
+                  << ", so no collection reads this report\n";
+    }
 }
 
 void addReportOptions(CLI::App& command, Options& options)

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <iostream>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "client/check_report.h"
 #include "client/commands.h"
@@ -21,6 +23,36 @@ int finishOutput(int exitCode)
     }
     std::cerr << "vokctl: cannot write to standard output\n";
     return client::kFailed;
+}
+
+/// How many words of the command line an option before the command takes; 0 if it is none that
+/// commands have in common.
+std::size_t wordsOf(std::string_view word)
+{
+    constexpr auto kWithValue =
+        std::to_array<std::string_view>({"--socket", "--timeout", "--config"});
+    constexpr auto kAlone = std::to_array<std::string_view>({"--json", "--any-server"});
+    const std::string_view name = word.substr(0, word.find('='));
+    if (std::ranges::find(kWithValue, name) != kWithValue.end()) {
+        return (name.size() < word.size()) ? 1 : 2;
+    }
+    return (std::ranges::find(kAlone, word) != kAlone.end()) ? 1 : 0;
+}
+
+/// The command line with the options before the command moved to its end, where the command has
+/// them. After "--" there are no options, so they stay in front of that.
+std::vector<char*> withCommandFirst(std::span<char* const> arguments)
+{
+    std::size_t start = std::min<std::size_t>(arguments.size(), 1);
+    while (start < arguments.size() && wordsOf(arguments[start]) > 0) {
+        start = std::min(start + wordsOf(arguments[start]), arguments.size());
+    }
+    std::vector<char*> words(arguments.begin(), arguments.end());
+    const auto end = std::find_if(words.begin(), words.end(),
+                                  [](const char* word) { return std::string_view(word) == "--"; });
+    std::rotate(words.begin() + std::min<std::ptrdiff_t>(1, std::ssize(words)),
+                words.begin() + static_cast<std::ptrdiff_t>(start), end);
+    return words;
 }
 
 /// All options of all subcommands take longer to build than a status takes to show. Only what the
@@ -45,10 +77,14 @@ int run(int argc, char** argv)
 {
     CLI::App program("Talks to the appliance's control module.", "vokctl");
     program.set_version_flag("--version", "vokctl " VOKCTL_VERSION);
-    program.footer("\"vokctl COMMAND --help\" tells more about a command.");
-    addSubcommands(program, std::span(argv, static_cast<std::size_t>(argc)));
+    program.footer(
+        "\"vokctl COMMAND --help\" tells more about a command. Its options --socket, --timeout,\n"
+        "--config, --any-server and --json may stand before it, too.");
+    const std::vector<char*> words =
+        withCommandFirst(std::span(argv, static_cast<std::size_t>(argc)));
+    addSubcommands(program, words);
     try {
-        program.parse(argc, argv);
+        program.parse(argc, words.data());
     } catch (const CLI::ParseError& error) {
         const bool isHelp = program.exit(error) == 0;
         return finishOutput(isHelp ? client::kGood : usageCode(program));

@@ -17,6 +17,7 @@ struct Options {
     Connection connection;
     std::string name;
     bool json = false;
+    bool emptyPassword = false;
 };
 
 // ---- list -------------------------------------------------------------------------------------
@@ -42,13 +43,30 @@ void listUsers(const Options& options)
     std::cout << (options.json ? renderJson(json) : renderText(lines));
 }
 
+// ---- Passwords --------------------------------------------------------------------------------
+
+/// An empty line is a slip more often than a password.
+std::string checkedPassword(const Options& options, std::string password)
+{
+    if (password.empty() && !options.emptyPassword) {
+        throw Failure(kWrongUsage, "the password is empty; if it is meant to be: --empty-password");
+    }
+    return password;
+}
+
+void addPasswordOption(CLI::App& command, Options& options)
+{
+    command.add_flag("--empty-password", options.emptyPassword, "Take an empty password, too");
+}
+
 // ---- create -----------------------------------------------------------------------------------
 
 void createUser(const Options& options)
 {
     // Before anybody types a password for it.
     checkedLine(options.name);
-    askToDo(options.connection, {cmdsvc::command("crat"), {options.name, readNewPassword()}});
+    askToDo(options.connection,
+            {cmdsvc::command("crat"), {options.name, checkedPassword(options, readNewPassword())}});
     std::cerr << "vokctl: the user " << view::makePrintable(options.name).text << " was created\n";
 }
 
@@ -59,6 +77,7 @@ void addNewName(CLI::App& command, Options& options)
         .add_option("NAME", options.name,
                     "The user's name, at most " + std::to_string(kLongest) + " bytes")
         ->required();
+    addPasswordOption(command, options);
 }
 
 // ---- verify -----------------------------------------------------------------------------------
@@ -66,7 +85,8 @@ void addNewName(CLI::App& command, Options& options)
 void verifyUser(const Options& options)
 {
     checkedLine(options.name);
-    const Request request = {cmdsvc::command("wall"), {options.name, readPassword()}};
+    const Request request = {cmdsvc::command("wall"),
+                             {options.name, checkedPassword(options, readPassword())}};
     if (!askForBytes(options.connection, request, "\n").empty()) {
         throw Failure(kUnreadableAnswer, "the answer is longer than it can be");
     }
@@ -76,6 +96,7 @@ void verifyUser(const Options& options)
 void addName(CLI::App& command, Options& options)
 {
     command.add_option("NAME", options.name, "The user's name")->required();
+    addPasswordOption(command, options);
 }
 
 // ---- Adding them ------------------------------------------------------------------------------

@@ -3,19 +3,21 @@
 
 #include <charconv>
 #include <dirent.h>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <string_view>
 
+#include "view/file_start.h"
+
 namespace view {
 namespace {
 
-std::string readWhole(const std::string& path)
+/// The start of a process's file, long enough for what is looked for in it; empty if the process
+/// has ended, even while it was read.
+std::string readFile(const std::string& folder, const char* name)
 {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    constexpr std::size_t kMost = 4096;
+    return readFileStart(("/proc/" + folder + name).c_str(), kMost).bytes;
 }
 
 /// Words that each end with a zero byte.
@@ -43,12 +45,12 @@ int parentIn(std::string_view status)
 
 std::optional<Process> readProcess(const std::string& folder)
 {
-    const std::string command = readWhole("/proc/" + folder + "/cmdline");
+    const std::string command = readFile(folder, "/cmdline");
     if (command.empty()) {
         return std::nullopt;
     }
     return Process{.id = std::stoi(folder),
-                   .parent = parentIn(readWhole("/proc/" + folder + "/stat")),
+                   .parent = parentIn(readFile(folder, "/stat")),
                    .command = splitWords(command)};
 }
 

@@ -38,8 +38,24 @@ std::string statusFrame(std::uint32_t code)
     return "subs " + le32(code) + std::string(1, '\0');
 }
 
+/// The folders of the shares that these tests report on.
+void makeShares()
+{
+    for (const std::string& name :
+         {std::string("anna"), std::string("Family Videos"), std::string("\xC3\x89lise"),
+          std::string("ab"), std::string(60, 'n'), std::string(61, 'n')}) {
+        std::filesystem::create_directory("/share/" + name);
+    }
+}
+
 class BackupExchange : public root::UntracedTest {
   protected:
+    void SetUp() override
+    {
+        root::UntracedTest::SetUp();
+        makeShares();
+    }
+
     static void expectKept(const std::vector<std::string>& arguments, const std::string& answer,
                            const std::string& frame)
     {
@@ -162,6 +178,7 @@ class BackupCommand : public root::ServedTest {
     void SetUp() override
     {
         root::ServedTest::SetUp();
+        makeShares();
         root::stub("date", "echo 03072025");
         root::stub("fdisk", "echo 'Disk /dev/sda: 320.1 GB'");
         root::stub("pelparam", "echo 1");
@@ -199,6 +216,17 @@ TEST_F(BackupCommand, reportIsKeptForTheCollection)
     expectKept(vokctl({"backup", "report", "Family Videos", "--state", "10"}));
     EXPECT_EQ(root::readFile(kReportFolder + "__bkFamily Videos"), "103072025");
     EXPECT_EQ(root::readFile(kVariableFile), "a=b\n");
+}
+
+TEST_F(BackupCommand, reportOnWhatIsNoShareIsKeptWithAWarning)
+{
+    expectEnd(vokctl({"backup", "report", "Fam\xFFVideos", "--state", "3"}), 0, "",
+              "vokctl: the report was kept\n"
+              "vokctl: warning: there is no share Fam\\xffVideos, so no collection reads this "
+              "report\n");
+    std::filesystem::permissions("/share", std::filesystem::perms(0));
+    expectKept(vokctl({"backup", "report", "nobody", "--state", "3"}));
+    std::filesystem::permissions("/share", std::filesystem::perms(0755));
 }
 
 TEST_F(BackupCommand, reportIsKeptAsAVariable)

@@ -43,7 +43,8 @@ std::string help()
         name.resize(28, ' ');
         text += "  " + name + each.purpose + "\n";
     }
-    return text + "\n\"vokctl COMMAND --help\" tells more about a command.\n";
+    return text + "\n\"vokctl COMMAND --help\" tells more about a command. Its options --socket, "
+                  "--timeout,\n--config, --any-server and --json may stand before it, too.\n";
 }
 
 TEST_F(Client, helpGoesToStandardOutput)
@@ -195,6 +196,30 @@ TEST_F(Client, commandBehindAnotherHasItsOptionsToo)
     EXPECT_EQ(ended.errors,
               "vokctl: cannot reach the service at /tmp/none: No such file or directory. Is "
               "vokserve running?\n");
+}
+
+TEST_F(Client, optionsOfCommandsMayStandBeforeThem)
+{
+    const std::string away = "vokctl: cannot reach the service at /tmp/none: No such file or "
+                             "directory. Is vokserve running?\n";
+    const std::vector<std::vector<std::string>> lines = {
+        {"--socket", "/tmp/none", "users", "list"},
+        {"--socket=/tmp/none", "--json", "users", "list"},
+        {"--json", "--timeout", "5", "--any-server", "--socket", "/tmp/none", "users", "list"},
+        {"--timeout=5", "users", "list", "--json", "--socket", "/tmp/none"},
+        {"--socket", "/tmp/none", "shares", "show", "--", "--json"},
+    };
+    for (const std::vector<std::string>& line : lines) {
+        const root::Ended ended = vokctl(line);
+        EXPECT_EQ(ended.exitCode, 3) << testing::PrintToString(line);
+        EXPECT_EQ(ended.output, "");
+        EXPECT_EQ(ended.errors, away);
+    }
+    EXPECT_EQ(vokctl({"--socket"}).exitCode, 2);
+    EXPECT_EQ(vokctl({"--socket", "/tmp/none"}).exitCode, 2);
+    EXPECT_EQ(vokctl({"--timeout", "soon", "users", "list"}).exitCode, 2);
+    EXPECT_EQ(vokctl({"--json", "drives", "check"}).exitCode, 2) << "it has no such option";
+    EXPECT_EQ(vokctl({"--unknown", "users", "list"}).exitCode, 2);
 }
 
 TEST_F(Client, failureIsOneSentenceOnStandardErrorAndAnExitCode)

@@ -33,12 +33,21 @@ class UsersCommand : public root::ServedTest {
 
     /// Calls "vokctl users" with these bytes on standard input.
     static root::Ended call(const std::string& command, const std::string& name,
-                            const std::string& input)
+                            const std::string& input, const std::vector<std::string>& options = {})
     {
         root::writeFile("/stubs/input", input);
-        return root::run({"/usr/bin/sh", "-c", "exec \"$@\" </stubs/input", "sh",
-                          root::built("vokctl"), "users", command, name, "--socket",
-                          "/tmp/socket"});
+        std::vector<std::string> words = {"/usr/bin/sh",
+                                          "-c",
+                                          "exec \"$@\" </stubs/input",
+                                          "sh",
+                                          root::built("vokctl"),
+                                          "users",
+                                          command,
+                                          name,
+                                          "--socket",
+                                          "/tmp/socket"};
+        words.insert(words.end(), options.begin(), options.end());
+        return root::run(words);
     }
 
     static root::Ended create(const std::string& name, const std::string& input)
@@ -124,10 +133,15 @@ TEST_F(UsersCommand, nameAndPasswordReachTheScriptByteForByte)
               "</etc/inc/api_user.php><tovAddUser><" + name + "><" + password + ">");
 }
 
-TEST_F(UsersCommand, emptyPasswordIsAPassword)
+TEST_F(UsersCommand, emptyPasswordIsOneOnlyIfThatIsSaid)
 {
     stubUsers({"anna"});
-    EXPECT_EQ(create("carla", "\n").exitCode, 0);
+    for (const char* command : {"create", "verify"}) {
+        expectEnd(call(command, "carla", "\n"), 2, "",
+                  "vokctl: the password is empty; if it is meant to be: --empty-password\n");
+    }
+    EXPECT_FALSE(root::exists(kDone));
+    EXPECT_EQ(call("create", "carla", "\n", {"--empty-password"}).exitCode, 0);
     EXPECT_EQ(root::readFile(kDone), "</etc/inc/api_user.php><tovAddUser><carla><>");
 }
 
@@ -205,7 +219,7 @@ TEST_F(UsersVerify, rightPasswordIsSaidToBeRight)
     const std::string good = "vokctl: the password is right\n";
     expectEnd(call("verify", "carla", "password\nanother line\n"), 0, "", good);
     expectEnd(call("verify", "CARLA", "password"), 0, "", good);
-    expectEnd(call("verify", "empty", "\n"), 0, "", good);
+    expectEnd(call("verify", "empty", "\n", {"--empty-password"}), 0, "", good);
 }
 
 TEST_F(UsersVerify, wrongPasswordIsNotToldFromAnUnknownUser)
@@ -213,7 +227,7 @@ TEST_F(UsersVerify, wrongPasswordIsNotToldFromAnUnknownUser)
     const std::string refusal = "vokctl: the password is not this user's, or there is no such "
                                 "user, or no password file (0x00000001)\n";
     expectEnd(call("verify", "carla", "Password\n"), 1, "", refusal);
-    expectEnd(call("verify", "carla", "\n"), 1, "", refusal);
+    expectEnd(call("verify", "carla", "\n", {"--empty-password"}), 1, "", refusal);
     expectEnd(call("verify", "nobody", "password\n"), 1, "", refusal);
     std::filesystem::remove(kPasswordFile);
     expectEnd(call("verify", "carla", "password\n"), 1, "", refusal);

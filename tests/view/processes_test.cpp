@@ -55,6 +55,27 @@ TEST_F(TheProcesses, thatHaveEndedAreNoneOfThem)
     ::waitpid(ended, nullptr, 0);
 }
 
+/// Processes end while they are read.
+TEST_F(TheProcesses, areListedWhileOthersComeAndGo)
+{
+    const pid_t maker = ::fork();
+    if (maker == 0) {
+        while (::getppid() != 1) {
+            const pid_t child = ::fork();
+            if (child == 0) {
+                ::_exit(0);
+            }
+            ::waitpid(child, nullptr, 0);
+        }
+        ::_exit(0);
+    }
+    for (int i = 0; i < 2000; ++i) {
+        EXPECT_EQ(find(listProcesses(), ::getpid()).parent, ::getppid());
+    }
+    ::kill(maker, SIGKILL);
+    ::waitpid(maker, nullptr, 0);
+}
+
 TEST(Program, isTheFirstWordWithoutItsFolders)
 {
     EXPECT_TRUE(isProgram({.command = {"du"}}, "du"));

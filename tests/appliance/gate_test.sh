@@ -88,7 +88,6 @@ expect 'some attempts are good names, of shares and of backup reports' yes "$(
 )"
 expect 'beside those no file has come or gone, but for the module'"'"'s own' \
     '+/etc/pelconfig/system_var_bak
-+/etc/pelconfig/system_var_lck
 +/etc/pelconfig/system_var_tmp
 +/etc/pelconfig/vokcontrol/vokcontrol-private.txt' "$(sed 1,2d <<<"$files")"
 expect 'the log holds no text of theirs, only the service'"'"'s own lines, and no process that failed' \

@@ -41,7 +41,7 @@ expect 'its path is printed last' "$clone/build/package/$architecture/vokcontrol
 expect 'made anew it has the same bytes' '' "$(cmp "$(make)" "$package" 2>&1)"
 expect 'lintian has nothing to say' '' "$(lintian --fail-on none --allow-root "$package" 2>&1)"
 expect 'it wants what the module calls' \
-    'libc6, libgcc-s1, libssl3, libstdc++6, passwd, php-cli, sudo' \
+    'libc6, libgcc-s1, libinih1, libssl3, libstdc++6, passwd, php-cli, sudo' \
     "$(dpkg-deb -f "$package" Depends | sed 's/ ([^)]*)//g')"
 
 # A root with busybox, dpkg, and the few real tools that dpkg and the package's scripts insist on.

@@ -63,8 +63,8 @@ class Service {
     {
         if (pid_ == 0) {
             [[maybe_unused]] const FILE* log = std::freopen("/dev/null", "w", stderr);
-            ::execlp("vokserve", "vokserve", "--socket", kSocket, "--path", std::getenv("PATH"),
-                     nullptr);
+            ::execlp("vokserve", "vokserve", "--shared-tmp", "--socket", kSocket, "--path",
+                     std::getenv("PATH"), nullptr);
             ::_exit(127);
         }
         constexpr int kTries = 500;

@@ -12,6 +12,9 @@ namespace client {
 /// "vokctl status": the published share status.
 void buildStatusCommand(CLI::App& command);
 
+/// "vokctl check": one line and an exit code for a monitoring system.
+void buildCheckCommand(CLI::App& command);
+
 /// "vokctl shares": what shares there are, and new ones.
 void buildSharesCommand(CLI::App& command);
 
@@ -53,7 +56,8 @@ struct Subcommand {
 
 /// In the order of the help.
 inline constexpr auto kSubcommands = std::to_array<Subcommand>({
-    {"status", "Show every share's space and last backup, as last published", buildStatusCommand},
+    {"status", "Show the disk, every share and what needs attention", buildStatusCommand},
+    {"check", "Say in one line and an exit code whether all is well", buildCheckCommand},
     {"shares", "The appliance's shares", buildSharesCommand},
     {"users", "The appliance's accounts", buildUsersCommand},
     {"backup", "What backup clients report", buildBackupCommand},

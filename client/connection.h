@@ -3,7 +3,6 @@
 // connection.h: the way to the command service: a request's bytes go there, the answer's come back.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -14,16 +13,13 @@
 
 namespace client {
 
-/// How to reach the service, if not as the configuration file says; every subcommand that needs the
-/// service takes these options.
+/// How to reach the service, if not as the configuration file says.
 struct Connection {
     std::optional<std::string> socket = {};
     std::optional<unsigned> timeout = {}; ///< seconds
     std::string file = config::kDefaultFile;
     bool anyServer = false; ///< ask whoever serves, also if it is neither root nor oneself
 };
-
-void addConnectionOptions(CLI::App& command, Connection& connection);
 
 /// The answer, or why there is none.
 struct Reply {

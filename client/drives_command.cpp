@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "client/commands.h"
+#include "client/connection_options.h"
 #include "client/exchange.h"
 
 void client::buildDrivesCommand(CLI::App& drives)

@@ -22,4 +22,9 @@ class Failure : public std::runtime_error {
     ExitCode code_;
 };
 
+/// Ends the command with a code of its own: all that there is to say went to standard output.
+struct ExitWith {
+    int code;
+};
+
 } // namespace client

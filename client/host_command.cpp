@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "client/commands.h"
+#include "client/connection_options.h"
 #include "client/exchange.h"
 #include "client/failure.h"
 #include "core/languages.h"

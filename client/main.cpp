@@ -5,6 +5,7 @@
 #include <span>
 #include <string_view>
 
+#include "client/check_report.h"
 #include "client/commands.h"
 #include "client/failure.h"
 #include "config/configuration.h"
@@ -34,6 +35,12 @@ void addSubcommands(CLI::App& program, std::span<char* const> arguments)
     }
 }
 
+/// To a monitoring system the usual code would be a critical state.
+int usageCode(const CLI::App& program)
+{
+    return program.got_subcommand("check") ? client::kCheckUnknown : client::kWrongUsage;
+}
+
 int run(int argc, char** argv)
 {
     CLI::App program("Talks to the appliance's control module.", "vokctl");
@@ -44,7 +51,9 @@ int run(int argc, char** argv)
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         const bool isHelp = program.exit(error) == 0;
-        return finishOutput(isHelp ? client::kGood : client::kWrongUsage);
+        return finishOutput(isHelp ? client::kGood : usageCode(program));
+    } catch (const client::ExitWith& end) {
+        return finishOutput(end.code);
     }
     if (program.get_subcommands().empty()) {
         std::cerr << program.help();

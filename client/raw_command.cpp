@@ -6,7 +6,7 @@
 
 #include "client/answer.h"
 #include "client/commands.h"
-#include "client/connection.h"
+#include "client/connection_options.h"
 #include "client/failure.h"
 #include "client/frame.h"
 #include "cmdsvc/request_reader.h"

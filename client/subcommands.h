@@ -8,7 +8,7 @@
 #include <memory>
 #include <span>
 
-#include "client/connection.h"
+#include "client/connection_options.h"
 
 namespace client {
 

@@ -27,7 +27,7 @@ set(LIBRARY_FOLDER ${CMAKE_INSTALL_LIBDIR})
 set(HEADER_FOLDER ${CMAKE_INSTALL_INCLUDEDIR})
 set(PROGRAM_FOLDER ${CMAKE_INSTALL_SBINDIR})")
 install_configured(vokcontrol.pc ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/glossary.md
+install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/glossary.md docs/install.md
         docs/protocol.md docs/security.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES ${packaging}/man/vokcontrol.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES ${packaging}/man/vokcontrol-protocol.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
@@ -52,6 +52,8 @@ if(TARGET vokserve)
   install(FILES ${packaging}/man/vokserve.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
   install(FILES ${packaging}/systemd/vokserve.socket DESTINATION ${unit_folder})
   install_configured(systemd/vokserve.service ${unit_folder})
+  # For other systems; where systemd is, a script in /etc/init.d would be started as well.
+  install(PROGRAMS ${packaging}/init/vokcontrol DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol/init)
 endif()
 
 if(TARGET vokctl)
@@ -61,14 +63,18 @@ if(TARGET vokctl)
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME vokctl)
 endif()
 if(TARGET vokpage)
-  install(TARGETS vokpage RUNTIME DESTINATION lib/cgi-bin)
+  # Not where a web server would run it unasked.
+  install(TARGETS vokpage RUNTIME DESTINATION lib/vokcontrol)
+  install(FILES ${packaging}/man/vokpage.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+  install(DIRECTORY ${packaging}/web-server DESTINATION ${CMAKE_INSTALL_DOCDIR} USE_SOURCE_PERMISSIONS)
+  install(FILES docs/web-server.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
   install(DIRECTORY page/static/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol/www)
 endif()
 
 # The system's own folder of libraries is searched anyway, and its programs look nowhere else.
 install(CODE "if(CMAKE_INSTALL_PREFIX STREQUAL /usr)
   file(GLOB programs \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_BINDIR}/vok* \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_SBINDIR}/vok*
-       \$ENV{DESTDIR}/usr/lib/cgi-bin/vok* \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_LIBDIR}/libvokcontrol.so.*)
+       \$ENV{DESTDIR}/usr/lib/vokcontrol/vok* \$ENV{DESTDIR}/usr/${CMAKE_INSTALL_LIBDIR}/libvokcontrol.so.*)
   foreach(program \${programs})
     file(RPATH_REMOVE FILE \${program})
   endforeach()

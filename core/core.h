@@ -57,7 +57,7 @@ using CommandLine = std::array<char, kCommandSize>;
 // ---- Formatting -------------------------------------------------------------------------------
 
 /// Formats as printf does into a fixed buffer. Text that does not fit is cut; the result always
-/// ends in a NUL (an empty buffer is left alone).
+/// ends in a NUL (an empty buffer is not changed).
 [[gnu::format(printf, 2, 3)]] void formatBounded(std::span<char> out, const char* format, ...);
 
 /// The same with a list of arguments.

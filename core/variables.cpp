@@ -6,8 +6,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <optional>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -22,6 +24,8 @@ namespace {
 constexpr const char* kVariableFile = "/etc/pelconfig/system_var";
 constexpr const char* kNewFile = "/etc/pelconfig/system_var_tmp";
 constexpr const char* kBackupFile = "/etc/pelconfig/system_var_bak";
+
+constexpr mode_t kModeBits = 07777;
 
 std::array<char, kValueSize> result;
 
@@ -107,6 +111,29 @@ bool copyWith(FILE* from, FILE* to, const char* name, const char* value)
     return std::ferror(from) == 0;
 }
 
+/// Makes the file that replaces an old one. It has the old one's owner and mode before anything is
+/// written, as far as this process may set them. A copy that could not be removed may be a link to
+/// the old file, so it is never truncated.
+File createLike(FILE* old)
+{
+    constexpr mode_t kOwnersOnly = 0600;
+    const int made = ::open(kNewFile, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnersOnly);
+    if (made < 0) {
+        return nullptr;
+    }
+    struct stat status = {};
+    if (::fstat(::fileno(old), &status) == 0) {
+        // The owner first: changing it may take bits of the mode away.
+        [[maybe_unused]] const int owned = ::fchown(made, status.st_uid, status.st_gid);
+        ::fchmod(made, status.st_mode & kModeBits);
+    }
+    File file(::fdopen(made, "w"));
+    if (!file) {
+        ::close(made);
+    }
+    return file;
+}
+
 /// Closes a file that has been written.
 /// @return whether everything was written
 bool finish(File file)
@@ -138,8 +165,7 @@ int setvar(const char* name, const char* value)
     const VariableLock lock(VariableLock::Mode::kWrite);
     ::unlink(kNewFile);
     File oldFile = openFile(kVariableFile, "r");
-    // A copy that could not be removed may be a link to the file itself, so it is never truncated.
-    File newFile = oldFile ? openFile(kNewFile, "wx") : nullptr;
+    File newFile = oldFile ? createLike(oldFile.get()) : nullptr;
     if (!newFile) {
         return -1;
     }

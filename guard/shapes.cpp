@@ -65,7 +65,7 @@ struct Place {
     std::string_view name;
 };
 
-/// What may stand in a place.
+/// The values that a place may hold.
 struct Kind {
     char sign;
     char quote; ///< around the place; 0 for none

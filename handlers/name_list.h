@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// name_list.h: looks a name up in a one-line list of quoted names, such as return ["guest",
+// name_list.h: looks a name up in a list, which is one line of quoted names: return ["guest",
 // "anna"];
 #pragma once
 

@@ -7,7 +7,7 @@
 extern "C" {
 
 /// "gsp1": answers the header "gspr" with 1, then one byte and a newline: 1 for a private share, 2
-/// for a public one, 3 if there is no such share. Its parameter is a line, the share's name.
+/// for a public one, 3 if no property is found. Its parameter is a line, the share's name.
 ///
 /// The name is found anywhere in a line of the listing; if several shares' blocks hold it, the last
 /// one counts. Ends with the bare word 0xC1000003 for a name that is empty or longer than 64

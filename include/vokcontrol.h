@@ -31,8 +31,8 @@ extern "C" {
 /*
  * Removes files that belong to root.
  *
- *   path    NUL-terminated, put on the shell line as it stands and unquoted: a blank in it names
- *           two files. The whole line is cut at 511 characters.
+ *   path    NUL-terminated, put on the shell line unchanged and unquoted: a blank in it names two
+ *           files. The whole line is cut at 511 characters.
  *   result  what system() returned, unchanged: 0 if rm succeeded, a wait status otherwise, -1 if
  *           the shell could not be started.
  *   runs    sudo rm -f PATH
@@ -99,7 +99,8 @@ const char* getvar(const char* name);
  *           the variables are then unchanged (the copy and a new backup may stay)
  *   locks   /etc/pelconfig/system_var_lck, exclusively; creates it
  *   writes  /etc/pelconfig/system_var, which must exist; system_var_tmp beside it stays as a second
- *           link to the new version, system_var_bak is the version before
+ *           link to the new version, system_var_bak is the previous version. The new version has the
+ *           owner and the mode of the previous one, as far as the process may set them
  */
 int setvar(const char* name, const char* value);
 
@@ -119,7 +120,7 @@ const char* getSystemVar(const char* ignored, int kind);
  * "<" or the end of the line with its newline. If several lines hold the key, the last one counts.
  *
  *   runs    sudo /usr/bin/php /etc/inc/api_system.php FUNCTION /tmp/getSysVarPID
- *   traces  (getSysVar alone) the line and its result, and the value; or what failed
+ *   traces  only getSysVar: the line and its result, and the value; or what failed
  */
 const char* getSysVar(const char* key, const char* apiFunction);
 const char* kytegetSysVar(const char* key, const char* apiFunction);
@@ -160,10 +161,10 @@ extern char fin_buf[VOK_REQUEST_SIZE];
  * Runs the request in fin_buf.
  *
  *   number  names the answer file; callers that run at the same time need different numbers
- *   result  0 if the command was run or is one that is ignored, whatever it answered; -1 for an
- *           unknown command, an answer file that cannot be opened, and a wrong parameter count of
- *           getv, wags, wall, warp and wasu; for a wrong count of the others, what the shell
- *           returned for the last trace (usually 0)
+ *   result  0 if the command was run, even if it answered an error, or is one that is ignored; -1
+ *           for an unknown command, an answer file that cannot be opened, and a wrong parameter
+ *           count of getv, wags, wall, warp and wasu; for a wrong count of the others, what the
+ *           shell returned for the last trace (usually 0)
  *   writes  /tmp/outbufNUMBER. It is empty if the command was ignored, is not known or failed
  *           before it answered. After a wrong count or an unknown command it is complete only when
  *           the process has ended through exit() or the next request has begun.

@@ -38,11 +38,18 @@ Html scripts(const Frame& frame, const Script& script)
     return out;
 }
 
+/// The pages that the visitor may read.
 Html navigation(const Frame& frame)
 {
+    if (frame.visitor.account.empty()) {
+        return {};
+    }
     Html out;
     out << R"(<nav aria-label="Pages"><ul>)";
     for (const PageEntry& entry : frame.pages) {
+        if (!entry.isListed || !entry.read || !admits(*entry.read, frame.visitor)) {
+            continue;
+        }
         out << R"(<li><a href=")" << kProgramUrl << Text{entry.path} << R"(")";
         if (entry.path == frame.path) {
             out << R"( aria-current="page")";
@@ -50,6 +57,21 @@ Html navigation(const Frame& frame)
         out << ">" << entry.label << "</a></li>";
     }
     out << "</ul></nav>\n";
+    return out;
+}
+
+/// Who has logged in, and the way out of a session of ours.
+Html login(const Frame& frame)
+{
+    Html out;
+    if (frame.visitor.hasSession) {
+        out << openForm(frame.token, "/logout") << R"(<p class="who"><bdi>)"
+            << Text{frame.visitor.account} << R"(</bdi> <button>Log out</button></p>
+</form>
+)";
+    } else if (!frame.visitor.account.empty()) {
+        out << R"(<p class="who"><bdi>)" << Text{frame.visitor.account} << "</bdi></p>\n";
+    }
     return out;
 }
 
@@ -65,7 +87,7 @@ Html banner(const Frame& frame)
     } else {
         out << Text{frame.applianceName};
     }
-    out << "</bdi></p>\n" << navigation(frame) << "</div></header>\n";
+    out << "</bdi></p>\n" << navigation(frame) << login(frame) << "</div></header>\n";
     return out;
 }
 
@@ -80,11 +102,11 @@ Html layOut(const Frame& frame, const Page& page, const Script& script)
                   << page.body << "</main>\n</body>\n</html>\n";
 }
 
-Html openForm(const Visit& visit, Literal path)
+Html openForm(std::string_view token, Literal path)
 {
     return Html() << R"(<form method="post" action=")" << kProgramUrl << path << R"(">
 <input type="hidden" name="token" value=")"
-                  << Text{visit.token} << "\">\n";
+                  << Text{token} << "\">\n";
 }
 
 Html fact(Literal label, std::string_view value)
@@ -104,6 +126,36 @@ Html badge(Literal colour, Literal sign, Literal word)
 {
     return Html() << R"(<span class="badge )" << colour << R"("><span aria-hidden="true">)" << sign
                   << "</span> " << word << "</span>";
+}
+
+Html setupSteps(bool isFirstTime)
+{
+    return Html() << R"(<ol class="steps">)"
+                  << (isFirstTime ? Literal("\n<li aria-current=\"step\">Administrator</li>")
+                                  : Literal(""))
+                  << R"(
+<li data-step="0">Name and language</li>
+<li data-step="1">Public share</li>
+<li data-step="2">Check</li>
+</ol>
+)";
+}
+
+Html complaint(Literal id, std::string_view words)
+{
+    if (words.empty()) {
+        return {};
+    }
+    return Html() << R"(<p class="complaint" id=")" << id
+                  << R"("><span aria-hidden="true">&#10005;</span> )" << Text{words} << "</p>\n";
+}
+
+Html invalidMark(Literal id, std::string_view words)
+{
+    if (words.empty()) {
+        return {};
+    }
+    return Html() << R"( aria-invalid="true" aria-describedby=")" << id << R"(")";
 }
 
 Html notice(Mood mood, const Html& content)

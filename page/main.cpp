@@ -4,15 +4,45 @@
 #include <csignal>
 #include <cstdio>
 #include <string>
+#include <unistd.h>
 
+#include "page/deadline.h"
+#include "page/log.h"
+#include "page/own_tmp.h"
 #include "page/routes.h"
+
+namespace {
+
+std::string makeAnswer(const page::Variables& variables)
+{
+    page::endAfter(
+        page::kDeadline,
+        page::refuse(variables, page::kTookTooLong,
+                     "The appliance did not get ready in time. What you asked for may be "
+                     "done in part."));
+    try {
+        page::requireOwnTmp();
+    } catch (const std::exception& failure) {
+        page::log(failure.what());
+        return page::refuse(
+            variables, page::kFailure,
+            "Others on this appliance can write to its /tmp, and so could forge what "
+            "the pages show and do. Nothing was done. The web server's log tells "
+            "more.");
+    }
+    return page::answer(variables, STDIN_FILENO);
+}
+
+} // namespace
 
 int main()
 {
     // A server that ignores the end of its children hands that down, and the module's shell lines
     // would lose their results.
     std::signal(SIGCHLD, SIG_DFL);
-    const std::string out = page::answer(stdin);
+    const page::Variables variables = page::Variables::ofEnvironment();
+    page::cleanEnvironment();
+    const std::string out = makeAnswer(variables);
     const bool isWritten = std::fwrite(out.data(), 1, out.size(), stdout) == out.size();
     return (isWritten && std::fflush(stdout) == 0) ? 0 : 1;
 }

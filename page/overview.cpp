@@ -349,7 +349,8 @@ Page makeOverview(Visit& visit)
     const Facts facts = gather(visit.script);
     Page page;
     page.title = "Overview";
-    page.body << (facts.isSetUp ? Html() : setupHint()) << tiles(facts) << shareSection(facts)
+    const bool isHinted = !facts.isSetUp && visit.visitor.isAdministrator;
+    page.body << (isHinted ? setupHint() : Html()) << tiles(facts) << shareSection(facts)
               << R"(<div class="columns">)" << deviceSection(facts) << R"(<div>)"
               << networkSection(facts) << systemSection(facts) << "</div></div>\n";
     return page;

@@ -4,8 +4,14 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <array>
+#include <cerrno>
 #include <charconv>
-#include <cstdlib>
+#include <chrono>
+#include <optional>
+#include <poll.h>
+#include <span>
+#include <system_error>
+#include <unistd.h>
 
 #include "core/bytes.h"
 #include "page/token.h"
@@ -13,17 +19,13 @@
 namespace page {
 namespace {
 
-std::string_view variable(const char* name)
-{
-    const char* value = std::getenv(name);
-    return (value != nullptr) ? value : "";
-}
+/// How long a browser may take to send its form.
+constexpr std::chrono::seconds kBodyPatience{10};
 
 // ---- Body -------------------------------------------------------------------------------------
 
-std::size_t bodySize()
+std::size_t sizeOf(std::string_view text)
 {
-    const std::string_view text = variable("CONTENT_LENGTH");
     const char* end = text.data() + text.size();
     std::size_t size = 0;
     const auto read = std::from_chars(text.data(), end, size);
@@ -36,18 +38,35 @@ std::size_t bodySize()
     return size;
 }
 
-Form readForm(std::FILE* body)
+/// Reads what is there by now.
+/// @return the number of bytes; 0 at the end
+std::size_t readSome(int body, std::span<char> rest)
 {
-    constexpr std::string_view kFormType = "application/x-www-form-urlencoded";
-    const std::string_view type = variable("CONTENT_TYPE");
-    if (type.substr(0, type.find(';')) != kFormType) {
-        throw Refusal(kWrongType, "This is not a form.");
+    const ssize_t size = ::read(body, rest.data(), rest.size());
+    if (size < 0 && errno != EINTR && errno != EAGAIN) {
+        throw std::system_error(errno, std::generic_category(), "cannot read the form");
     }
-    std::string text(bodySize(), '\0');
-    if (std::fread(text.data(), 1, text.size(), body) != text.size()) {
+    if (size == 0) {
         throw Refusal(kBadRequest, "The form is not complete.");
     }
-    return Form(text);
+    return (size > 0) ? static_cast<std::size_t>(size) : 0;
+}
+
+std::string readBody(int body, std::size_t size)
+{
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point deadline = Clock::now() + kBodyPatience;
+    std::string text(size, '\0');
+    std::span<char> rest(text);
+    while (!rest.empty()) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+        pollfd waiting = {body, POLLIN, 0};
+        if (left.count() <= 0 || ::poll(&waiting, 1, static_cast<int>(left.count())) == 0) {
+            throw Refusal(kTooLate, "The form did not come in time.");
+        }
+        rest = rest.subspan(readSome(body, rest));
+    }
+    return text;
 }
 
 // ---- Headers ----------------------------------------------------------------------------------
@@ -71,54 +90,82 @@ bool isAddress(const std::string& host)
     return ::inet_pton(AF_INET, host.c_str(), address.data()) == 1;
 }
 
+/// The value of a cookie that holds a token; empty if there is none, or something else in it.
+std::string_view tokenIn(std::string_view cookies, std::string_view name)
+{
+    const std::string_view value = cookieValue(cookies, name);
+    return isToken(value) ? value : std::string_view();
+}
+
+/// What servers say in "HTTPS".
+bool isOn(std::string_view value)
+{
+    return !value.empty() && value != "off";
+}
+
 } // namespace
 
 std::string_view cookieValue(std::string_view header, std::string_view name)
 {
+    std::optional<std::string_view> value;
     while (!header.empty()) {
         const std::size_t end = std::min(header.find(';'), header.size());
         const std::string_view cookie = trim(header.substr(0, end));
         if (cookie.starts_with(name) && cookie.substr(name.size()).starts_with('=')) {
-            return cookie.substr(name.size() + 1);
+            if (value) {
+                throw Refusal(kBadRequest, "Your browser has two cookies of one name, and one of "
+                                           "them is not ours. Delete the cookies of this "
+                                           "appliance, and log in again.");
+            }
+            value = cookie.substr(name.size() + 1);
         }
         header.remove_prefix(std::min(end + 1, header.size()));
     }
-    return {};
+    return value.value_or("");
 }
 
-Request readRequest(std::FILE* body)
+std::string Request::host() const
+{
+    return std::string(hostName(authority));
+}
+
+Request readHead(const Variables& variables)
 {
     Request request;
-    request.method = variable("REQUEST_METHOD");
-    request.path = variable("PATH_INFO");
-    request.host = hostName(variable("HTTP_HOST"));
-    const std::string_view token = cookieValue(variable("HTTP_COOKIE"), kTokenCookie);
-    request.token = isToken(token) ? token : "";
-    if (request.isPost()) {
-        request.form = readForm(body);
-    } else if (request.method != "GET" && request.method != "HEAD") {
+    request.method = variables["REQUEST_METHOD"];
+    request.path = variables["PATH_INFO"];
+    request.authority = variables["HTTP_HOST"];
+    request.origin = variables["HTTP_ORIGIN"];
+    request.fetchSite = variables["HTTP_SEC_FETCH_SITE"];
+    request.remoteUser = variables["REMOTE_USER"];
+    request.address = variables["REMOTE_ADDR"];
+    request.isSecure = isOn(variables["HTTPS"]) || variables["REQUEST_SCHEME"] == "https";
+    request.session = tokenIn(variables["HTTP_COOKIE"], kSessionCookie);
+    request.token = tokenIn(variables["HTTP_COOKIE"], kTokenCookie);
+    if (!request.isPost() && request.method != "GET" && request.method != "HEAD") {
         throw Refusal(kMethodNotAllowed, "Pages are read or sent a form; nothing else.");
     }
     return request;
 }
 
-void checkToken(const Request& request)
+Form readForm(const Variables& variables, int body)
 {
-    if (request.isPost() && !isSameToken(request.form.value(kTokenField), request.token)) {
-        throw Refusal(kForbidden,
-                      "This form does not come from a page of this appliance, or its page "
-                      "is too old. Nothing was changed. Open the page again and repeat "
-                      "what you did; your browser must accept its cookie.");
+    constexpr std::string_view kFormType = "application/x-www-form-urlencoded";
+    const std::string_view type = variables["CONTENT_TYPE"];
+    if (type.substr(0, type.find(';')) != kFormType) {
+        throw Refusal(kWrongType, "This is not a form.");
     }
+    return Form(readBody(body, sizeOf(variables["CONTENT_LENGTH"])));
 }
 
 void checkHost(const Request& request, std::span<const std::string> furtherNames,
                std::string (*ownName)())
 {
-    const auto isMeant = [&](const std::string& name) {
-        return core::equalIgnoringCase(request.host, name);
+    const std::string host = request.host();
+    const auto isMeant = [&host](const std::string& name) {
+        return core::equalIgnoringCase(host, name);
     };
-    if (isAddress(request.host) || isMeant("localhost") ||
+    if (isAddress(host) || isMeant("localhost") ||
         std::any_of(furtherNames.begin(), furtherNames.end(), isMeant)) {
         return;
     }

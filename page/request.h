@@ -4,13 +4,14 @@
 // on standard input.
 #pragma once
 
-#include <cstdio>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "page/form.h"
+#include "page/variables.h"
 
 namespace page {
 
@@ -18,6 +19,7 @@ namespace page {
 inline constexpr std::size_t kMaxBodySize = 16384;
 
 inline constexpr std::string_view kTokenCookie = "vokpage_token";
+inline constexpr std::string_view kSessionCookie = "vokpage_session";
 inline constexpr std::string_view kTokenField = "token";
 
 /// The statuses of requests that are not served.
@@ -26,9 +28,13 @@ enum RefusalStatus {
     kForbidden = 403,
     kNotFound = 404,
     kMethodNotAllowed = 405,
+    kTooLate = 408,
     kTooLarge = 413,
     kWrongType = 415,
+    kTooMany = 429,
     kFailure = 500,
+    kBusy = 503,
+    kTookTooLong = 504,
 };
 
 /// A request that is not served, with the status that says so and the reason in words.
@@ -44,21 +50,30 @@ class Refusal : public std::runtime_error {
 
 struct Request {
     std::string method;
-    std::string path;  ///< what stands behind the program's own name: "", "/setup" and so on
-    std::string host;  ///< as the browser named it, without the port
-    std::string token; ///< the browser's; empty where it showed none, or something else
-    Form form;         ///< of a POST
+    std::string path;       ///< what stands behind the program's own name: "", "/setup" and so on
+    std::string authority;  ///< host and port, as the browser named them
+    std::string origin;     ///< of the page that sent a form; empty if the browser does not say
+    std::string fetchSite;  ///< how far that page is from here; empty if the browser does not say
+    std::string remoteUser; ///< whom the web server says that it has asked for a login
+    std::string address;    ///< whence the request came, for the log
+    std::string session;    ///< the token of a session that the browser shows; empty if it has none
+    std::string token;      ///< the browser's while it has no session; empty if it has none
+    bool isSecure = false;  ///< whether it came over TLS
+    Form form;              ///< of a POST
 
     [[nodiscard]] bool isPost() const { return method == "POST"; }
+
+    /// As the browser named it, without the port.
+    [[nodiscard]] std::string host() const;
 };
 
-/// Reads a request from the environment and a stream. Refuses methods other than GET, HEAD and
-/// POST, and bodies that are too large, cut short or no form.
-[[nodiscard]] Request readRequest(std::FILE* body);
+/// Reads what the variables say. Refuses methods other than GET, HEAD and POST, and two cookies of
+/// one name.
+[[nodiscard]] Request readHead(const Variables& variables);
 
-/// Refuses a POST whose form does not carry the token that the browser keeps: it may come from a
-/// page of somebody else.
-void checkToken(const Request& request);
+/// Reads the form of a POST. Refuses bodies that are too large, cut short, late or no form.
+/// @param body  a descriptor
+[[nodiscard]] Form readForm(const Variables& variables, int body);
 
 /// Refuses a request that names a host which is neither an address, nor "localhost", nor the
 /// appliance itself (NAME or NAME.local), nor one of its further names: somebody may have made a
@@ -67,7 +82,8 @@ void checkToken(const Request& request);
 void checkHost(const Request& request, std::span<const std::string> furtherNames,
                std::string (*ownName)());
 
-/// The value of a cookie in a "Cookie" header; empty where there is none.
+/// The value of a cookie in a "Cookie" header; empty where there is none. Refuses a request with
+/// two of that name: one of them was put there by somebody else.
 [[nodiscard]] std::string_view cookieValue(std::string_view header, std::string_view name);
 
 } // namespace page

@@ -16,12 +16,17 @@ struct Status {
 
 constexpr auto kStatuses = std::to_array<Status>({
     {200, "200 OK"},
+    {kSeeOther, "303 See Other"},
     {kBadRequest, "400 Bad Request"},
     {kForbidden, "403 Forbidden"},
     {kNotFound, "404 Not Found"},
     {kMethodNotAllowed, "405 Method Not Allowed"},
+    {kTooLate, "408 Request Timeout"},
     {kTooLarge, "413 Content Too Large"},
     {kWrongType, "415 Unsupported Media Type"},
+    {kTooMany, "429 Too Many Requests"},
+    {kBusy, "503 Service Unavailable"},
+    {kTookTooLong, "504 Gateway Timeout"},
     {kFailure, "500 Internal Server Error"},
 });
 
@@ -46,10 +51,39 @@ std::string securityPolicy(std::string_view nonce)
     return policy;
 }
 
-std::string tokenCookie(std::string_view token)
+/// No script of any page reads it, no page of another site sends it along, and it ends with the
+/// browser.
+std::string cookieText(const Cookie& cookie, bool isSecure)
 {
-    std::string cookie(kTokenCookie);
-    return cookie.append("=").append(token).append("; Path=/; HttpOnly; SameSite=Strict");
+    std::string text(cookie.name);
+    text.append("=").append(cookie.value).append("; Path=/; HttpOnly; SameSite=Strict");
+    return text.append(isSecure ? "; Secure" : "")
+        .append(cookie.value.empty() ? "; Max-Age=0" : "");
+}
+
+/// What keeps an answer to itself: every answer has these.
+void addSecurityHeaders(std::string& out, std::string_view nonce)
+{
+    addHeader(out, "Content-Security-Policy", securityPolicy(nonce));
+    addHeader(out, "X-Content-Type-Options", "nosniff");
+    addHeader(out, "X-Frame-Options", "DENY");
+    addHeader(out, "Referrer-Policy", "same-origin");
+    addHeader(out, "Cross-Origin-Resource-Policy", "same-origin");
+    addHeader(out, "Cache-Control", "no-store");
+}
+
+/// What some statuses say besides.
+void addStatusHeaders(std::string& out, const Response& response)
+{
+    if (!response.location.empty()) {
+        addHeader(out, "Location", response.location);
+    }
+    if (!response.allowed.empty()) {
+        addHeader(out, "Allow", response.allowed);
+    }
+    if (response.retryAfter.count() > 0) {
+        addHeader(out, "Retry-After", std::to_string(response.retryAfter.count()));
+    }
 }
 
 } // namespace
@@ -59,16 +93,10 @@ std::string render(const Response& response, bool isHeadOnly)
     std::string out;
     addHeader(out, "Status", wordsOf(response.status));
     addHeader(out, "Content-Type", "text/html; charset=utf-8");
-    addHeader(out, "Content-Security-Policy", securityPolicy(response.nonce));
-    addHeader(out, "X-Content-Type-Options", "nosniff");
-    addHeader(out, "X-Frame-Options", "DENY");
-    addHeader(out, "Referrer-Policy", "same-origin");
-    addHeader(out, "Cache-Control", "no-store");
-    if (response.status == kMethodNotAllowed) {
-        addHeader(out, "Allow", "GET, HEAD");
-    }
-    if (!response.newToken.empty()) {
-        addHeader(out, "Set-Cookie", tokenCookie(response.newToken));
+    addSecurityHeaders(out, response.nonce);
+    addStatusHeaders(out, response);
+    for (const Cookie& cookie : response.cookies) {
+        addHeader(out, "Set-Cookie", cookieText(cookie, response.isSecure));
     }
     out += "\r\n";
     if (!isHeadOnly) {

@@ -3,22 +3,33 @@
 
 #include <algorithm>
 #include <array>
-#include <iostream>
 
 #include "config/configuration.h"
-#include "page/layout.h"
+#include "page/log.h"
+#include "page/origin.h"
 #include "page/response.h"
+#include "page/slots.h"
 #include "page/token.h"
 #include "vokcontrol.h"
 
 namespace page {
 namespace {
 
+using enum Level;
+
+constexpr std::chrono::seconds kRetryAfter{2};
+
+// clang-format off
 constexpr auto kPages = std::to_array<PageEntry>({
-    {"", "Overview", makeOverview, false},
-    {"/setup", "Setup", makeSetup, true},
-    {"/sync", "Sync", makeSync, true},
+    // path                   label            page                    read            write           listed
+    {"",                      "Overview",      makeOverview,           kAccount,       std::nullopt,   true},
+    {"/setup",                "Setup",         makeSetup,              kAdministrator, kAdministrator, true},
+    {"/setup/administrator",  "Administrator", makeFirstAdministrator, kNewcomer,      kNewcomer,      false},
+    {"/sync",                 "Sync",          makeSync,               kAccount,       kAdministrator, true},
+    {"/login",                "Log in",        makeLogin,              kAnybody,       kAnybody,       false},
+    {"/logout",               "Log out",       makeLogout,             std::nullopt,   kAccount,       false},
 });
+// clang-format on
 
 std::string applianceName()
 {
@@ -33,72 +44,163 @@ const PageEntry& findPage(const Request& request)
     if (entry == kPages.end()) {
         throw Refusal(kNotFound, "There is no such page.");
     }
-    if (request.isPost() && !entry->takesForms) {
-        throw Refusal(kMethodNotAllowed, "This page takes no forms.");
-    }
     return *entry;
 }
 
-Response answerGood(std::FILE* body)
+/// Who may send what was asked for.
+Level levelOf(const PageEntry& entry, const Request& request)
 {
-    const config::Configuration settings = config::read();
-    const Request request = readRequest(body);
-    checkHost(request, settings.hosts, applianceName);
-    const PageEntry& entry = findPage(request);
-    checkToken(request);
+    const std::optional<Level> level = request.isPost() ? entry.write : entry.read;
+    if (!level) {
+        throw Refusal(kMethodNotAllowed, request.isPost() ? "This page takes no forms."
+                                                          : "This page takes forms alone.");
+    }
+    return *level;
+}
 
+/// The page for who may not have the one that was asked for.
+Page turnAway(const Request& request, const Visitor& visitor)
+{
+    if (!visitor.account.empty()) {
+        throw Refusal(kForbidden, "Only an administrator may do this.");
+    }
+    if (request.isPost()) {
+        throw Refusal(kForbidden,
+                      "You are not logged in, or your login has ended. Nothing was changed. "
+                      "Log in and repeat what you did.");
+    }
+    Page page;
+    page.next = visitor.mayBegin ? "/setup/administrator" : "/login";
+    return page;
+}
+
+Page makePage(const PageEntry& entry, Visit& visit)
+{
+    const Level level = levelOf(entry, visit.request);
+    if (!admits(level, visit.visitor)) {
+        return turnAway(visit.request, visit.visitor);
+    }
+    checkToken(visit.request, visit.visitor);
+    if (visit.request.isPost() && !visit.visitor.account.empty()) {
+        log(quoted(visit.visitor.account) + " sends a form to " + quoted(visit.request.path));
+    }
+    return entry.make(visit);
+}
+
+Response respond(const Page& page, const Frame& frame, const Script& script)
+{
     Response response;
-    response.nonce = makeToken();
-    response.newToken = request.token.empty() ? makeToken() : "";
-    Script script;
-    Visit visit{request, request.token + response.newToken, script};
-    const Page page = entry.make(visit);
-    // The name comes last: the page may just have changed it.
-    response.page = layOut({kPages, entry.path, response.nonce, applianceName()}, page, script);
+    response.nonce = frame.nonce;
+    response.cookies = page.cookies;
+    response.status = page.next ? kSeeOther : page.status;
+    response.retryAfter = page.retryAfter;
+    if (page.next) {
+        response.location.append(kProgramUrl.view()).append(*page.next);
+    } else {
+        response.page = layOut(frame, page, script);
+    }
     return response;
 }
 
-Response answerBad(int status, const std::string& reason)
+/// Few pages are made at a time.
+Descriptor requireSlot(const Visitor& visitor)
+{
+    std::optional<Descriptor> slot = takeSlot(visitor.account.empty());
+    if (!slot) {
+        throw Refusal(kBusy, "The appliance is busy with other requests. Try again.");
+    }
+    return *std::move(slot);
+}
+
+Response answerGood(const Variables& variables, int body)
+{
+    const config::Configuration settings = config::read();
+    Request request = readHead(variables);
+    Script script;
+    const Visitor visitor = identify(request, settings, script);
+    const Descriptor slot = requireSlot(visitor);
+    checkHost(request, settings.hosts, applianceName);
+    checkOrigin(request);
+    const PageEntry& entry = findPage(request);
+    if (request.isPost()) {
+        request.form = readForm(variables, body);
+    }
+    const std::string newToken = visitor.formToken.empty() ? makeToken() : "";
+    Visit visit{request, settings, visitor, visitor.formToken + newToken, script};
+    Page page = makePage(entry, visit);
+    if (!newToken.empty()) {
+        page.cookies.push_back({kTokenCookie, newToken});
+    }
+    // The name comes last: the page may just have changed it.
+    Response response = respond(
+        page, {kPages, entry.path, makeToken(), applianceName(), visitor, visit.token}, script);
+    response.isSecure = request.isSecure;
+    return response;
+}
+
+/// The methods that the page at a path takes.
+std::string allowedAt(std::string_view path)
+{
+    const auto* entry = std::ranges::find(kPages, path, &PageEntry::path);
+    const bool isForFormsAlone = entry != kPages.end() && !entry->read;
+    return isForFormsAlone ? "POST" : "GET, HEAD";
+}
+
+Response answerBad(const Variables& variables, int status, const std::string& reason)
 {
     Response response;
     response.status = status;
     response.nonce = makeToken();
+    if (status == kMethodNotAllowed) {
+        response.allowed = allowedAt(variables["PATH_INFO"]);
+    }
+    if (status == kBusy) {
+        response.retryAfter = kRetryAfter;
+    }
     const Page page = {
         .title = "That did not work",
-        .body = notice(Mood::kBad, Html() << "<p>" << Text{reason} << "</p>"),
+        .body = Html() << notice(Mood::kBad, Html() << "<p>" << Text{reason} << "</p>")
+                       << R"(<p class="buttons"><a class="button" href=")" << kProgramUrl
+                       << R"(">To the overview</a></p>
+)",
     };
-    response.page = layOut({kPages, "-", response.nonce, ""}, page, Script());
+    response.page = layOut({kPages, "-", response.nonce, "", {}, ""}, page, Script());
     return response;
 }
 
-Response makeResponse(std::FILE* body)
+Response makeResponse(const Variables& variables, int body)
 {
     try {
-        return answerGood(body);
+        return answerGood(variables, body);
     } catch (const Refusal& refusal) {
-        return answerBad(refusal.status(), refusal.what());
+        return answerBad(variables, refusal.status(), refusal.what());
     } catch (const config::BadConfiguration& failure) {
-        std::cerr << "vokpage: " << failure.what() << "\n";
-        return answerBad(kFailure,
+        log(failure.what());
+        return answerBad(variables, kFailure,
                          "The appliance's settings cannot be read, so nothing was done. The "
                          "web server's log tells what has to be mended.");
     } catch (const std::exception& failure) {
-        std::cerr << "vokpage: " << failure.what() << "\n";
-        return answerBad(kFailure, "The page could not be made. The web server's log tells why.");
+        log(failure.what());
+        return answerBad(variables, kFailure,
+                         "The page could not be made. The web server's log tells why.");
     }
-}
-
-bool wantsHeadersOnly()
-{
-    const char* method = std::getenv("REQUEST_METHOD");
-    return method != nullptr && std::string_view(method) == "HEAD";
 }
 
 } // namespace
 
-std::string answer(std::FILE* body)
+std::span<const PageEntry> pages()
 {
-    return render(makeResponse(body), wantsHeadersOnly());
+    return kPages;
+}
+
+std::string refuse(const Variables& variables, int status, const std::string& reason)
+{
+    return render(answerBad(variables, status, reason), variables["REQUEST_METHOD"] == "HEAD");
+}
+
+std::string answer(const Variables& variables, int body)
+{
+    return render(makeResponse(variables, body), variables["REQUEST_METHOD"] == "HEAD");
 }
 
 } // namespace page

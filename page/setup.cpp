@@ -70,16 +70,6 @@ Setup currentStep(Visit& visit)
 
 // ---- Parts ------------------------------------------------------------------------------------
 
-Html stepList()
-{
-    return Html() << R"(<ol class="steps">
-<li data-step="0">Name and language</li>
-<li data-step="1">Public share</li>
-<li data-step="2">Check</li>
-</ol>
-)";
-}
-
 Html hidden(Literal name, std::string_view value)
 {
     return Html() << R"(<input type="hidden" name=")" << name << R"(" value=")" << Text{value}
@@ -97,24 +87,6 @@ Html buttons(Literal next, Literal nextLabel, Literal back)
     }
     out << "</p>\n</form>\n";
     return out;
-}
-
-/// What is wrong with a field, for the place right below it.
-Html complaint(Literal id, std::string_view words)
-{
-    if (words.empty()) {
-        return {};
-    }
-    return Html() << R"(<p class="complaint" id=")" << id
-                  << R"("><span aria-hidden="true">&#10005;</span> )" << Text{words} << "</p>\n";
-}
-
-Html invalidMark(Literal id, std::string_view words)
-{
-    if (words.empty()) {
-        return {};
-    }
-    return Html() << R"( aria-invalid="true" aria-describedby=")" << id << R"(")";
 }
 
 Html languageField(const Setup& setup)
@@ -183,14 +155,14 @@ Html summaryFacts(const SetupValues& values)
 Html naming(const Visit& visit, const Setup& setup)
 {
     return Html() << "<h2>Step 1 of 3: name and language</h2>\n"
-                  << openForm(visit, kUrl) << languageField(setup) << hostNameField(setup)
+                  << openForm(visit.token, kUrl) << languageField(setup) << hostNameField(setup)
                   << hidden("share_name", setup.values.shareName) << buttons("1", "Next", "");
 }
 
 Html sharing(const Visit& visit, const Setup& setup)
 {
     return Html() << "<h2>Step 2 of 3: public share</h2>\n"
-                  << openForm(visit, kUrl) << shareNameField(setup)
+                  << openForm(visit.token, kUrl) << shareNameField(setup)
                   << hidden("language", setup.values.language)
                   << hidden("host_name", setup.values.hostName) << buttons("2", "Next", "0");
 }
@@ -199,7 +171,7 @@ Html summary(const Visit& visit, const Setup& setup)
 {
     return Html()
            << "<h2>Step 3 of 3: check</h2>\n<p>Nothing has been changed yet. Is this right?</p>\n"
-           << summaryFacts(setup.values) << openForm(visit, kUrl)
+           << summaryFacts(setup.values) << openForm(visit.token, kUrl)
            << hidden("language", setup.values.language)
            << hidden("host_name", setup.values.hostName)
            << hidden("share_name", setup.values.shareName) << buttons("3", "Apply", "1");
@@ -249,7 +221,7 @@ Page makeSetup(Visit& visit)
     const Setup setup = currentStep(visit);
     Page page;
     page.title = "Setup";
-    page.body << stepList() << R"(<section class="card narrow">)" << content(visit, setup)
+    page.body << setupSteps(false) << R"(<section class="card narrow">)" << content(visit, setup)
               << "</section>\n";
     return page;
 }

@@ -62,7 +62,10 @@ Html state(bool isOn)
 
 Html switchForm(const Visit& visit, bool isOn)
 {
-    return Html() << openForm(visit, "/sync")
+    if (!visit.visitor.isAdministrator) {
+        return Html() << "<p>Only an administrator can switch it.</p>\n";
+    }
+    return Html() << openForm(visit.token, "/sync")
                   << R"(<p class="buttons"><button class="main" name="switch" value=")"
                   << (isOn ? Literal("off") : Literal("on")) << R"(">)"
                   << (isOn ? Literal("Switch off") : Literal("Switch on"))

@@ -59,7 +59,7 @@ class Mutant:
 
 
 def tokens_of(source):
-    """The tokens that carry code, static assertions left out."""
+    """The tokens of code, without static assertions."""
     tokens = [Token(match.lastgroup if match.lastgroup != 'suffix' else 'number', match[0], match.start())
               for match in TOKEN.finditer(source)]
     tokens = [token for token in tokens
@@ -76,7 +76,7 @@ def tokens_of(source):
 
 
 def end_of_statement(tokens, first):
-    """The position of the semicolon that ends a statement, or None where it is none."""
+    """The position of the semicolon that ends a statement, or None if there is no statement."""
     depth = 0
     for position in range(first, len(tokens)):
         text = tokens[position].text
@@ -94,7 +94,7 @@ def end_of_statement(tokens, first):
 
 
 def string_changes(token):
-    """Without its last character; a word or a format without its first, too; an empty one gets one."""
+    """A text without its last character; a word or format also without its first; an empty text with one."""
     prefix, body = re.fullmatch(r'(\w*)"(.*)"', token.text, re.DOTALL).groups()
     units = re.findall(r'\\x[0-9a-fA-F]+|\\[0-7]{1,3}|\\.|[^\\]', body, re.DOTALL)
     if not units:
@@ -130,7 +130,7 @@ def changes_of(token):
 
 
 def is_deletable(tokens, first, last):
-    """Whether a statement is a jump without a value, a call, or an assignment, and no declaration."""
+    """Whether a statement is a jump without a value, a call, or an assignment, but not a declaration."""
     words = [token.text for token in tokens[first:last]]
     if not words or words[0] in NO_STATEMENT:
         return False

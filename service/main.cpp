@@ -3,14 +3,18 @@
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
 #include <csignal>
+#include <optional>
 #include <string>
 #include <sys/resource.h>
 
 #include "config/configuration.h"
 #include "guard/guard.h"
+#include "service/background.h"
 #include "service/child.h"
+#include "service/kept_files.h"
 #include "service/listener.h"
 #include "service/log.h"
+#include "service/own_tmp.h"
 #include "service/peer.h"
 #include "service/server.h"
 #include "service/service_lock.h"
@@ -27,6 +31,10 @@ struct Options {
     config::Configuration settings;
     service::GroupName members;
     service::GroupName viewers;
+    bool isTmpShared = false;
+    bool isInBackground = false;
+    std::string pidFile;
+    std::string log;
 };
 
 /// A thousand clients at once are a thousand descriptors.
@@ -39,7 +47,16 @@ void raiseDescriptorLimit()
     }
 }
 
-int serve(const Options& options)
+/// What others see of a service that listens: its log, and that whoever started it goes on.
+void show(const Options& options, service::Background& background)
+{
+    if (!options.log.empty()) {
+        service::logTo(options.log);
+    }
+    background.ready(!options.log.empty());
+}
+
+int serve(const Options& options, service::Background& background)
 {
     const config::Configuration& settings = options.settings;
     // A client that leaves before its answer must not end the service.
@@ -52,16 +69,46 @@ int serve(const Options& options)
     const service::Admission admission(options.members, options.viewers);
     // It is released last, when the socket is gone.
     const service::ServiceLock lock;
+    if (!options.isTmpShared) {
+        service::useOwnTmp(settings.socket);
+    }
+    service::protectVariableLock();
+    // A service that was killed may have left the password of a new user there.
+    service::emptyTraces();
     service::Listener listener(context, settings.socket, admission.group(), admission.socketMode());
     service::Server server(context, listener, stop, admission,
                            {.send = std::chrono::seconds(settings.deadline),
                             .request = std::chrono::seconds(settings.timeout),
                             .passwordPause = std::chrono::seconds(settings.passwordPause)},
                            settings.path);
+    const service::PidFile pidFile(options.pidFile);
+    show(options, background);
     service::log("ready");
     server.run();
     service::log("stopped");
     return 0;
+}
+
+int start(const Options& options)
+{
+    service::Background background;
+    if (options.isInBackground) {
+        if (const std::optional<int> code = background.enter()) {
+            return *code;
+        }
+    }
+    return serve(options, background);
+}
+
+void addBackgroundOptions(CLI::App& program, Options& options)
+{
+    program.add_flag("--background", options.isInBackground,
+                     "Go on in a process of its own when it listens");
+    program
+        .add_option("--pidfile", options.pidFile, "Keep the process's number here while it runs")
+        ->type_name("PATH");
+    program.add_option("--log", options.log, "Append what it logs to this file when it listens")
+        ->type_name("PATH");
 }
 
 CLI::Option* addSeconds(CLI::App& program, const char* name, unsigned& number, const char* purpose)
@@ -99,6 +146,8 @@ void addOptions(CLI::App& program, Options& options)
     program.add_option("--path", settings.path, "Where requests find the appliance's programs")
         ->type_name("FOLDERS")
         ->capture_default_str();
+    program.add_flag("--shared-tmp", options.isTmpShared,
+                     "Use everybody's /tmp for work files, instead of /run/vokcontrol/tmp");
 }
 
 /// What the command line says wins over the file, which it may name: so it is read, too, after the
@@ -124,15 +173,16 @@ int main(int argc, char** argv)
     CLI::App program("Carries requests to the appliance's control module.", "vokserve");
     program.set_version_flag("--version", "vokserve " VOKSERVE_VERSION);
     addOptions(program, options);
+    addBackgroundOptions(program, options);
     program.footer("Options win over the configuration file, vokcontrol.conf(5).\n\n"
                    "A client sends one request frame, shuts its sending side down and reads the\n"
                    "answer up to its end. SIGTERM finishes the request in hand, tells the clients\n"
-                   "that wait, and ends the service with 0. Ends with 1 when it cannot listen, 2 "
-                   "on wrong usage\n"
-                   "or a configuration that it does not understand, 3 if another service runs.");
+                   "that wait, and ends the service with 0. Ends with 1 when it cannot listen or\n"
+                   "have a /tmp of its own, 2 on wrong usage or a configuration that it does not\n"
+                   "understand, 3 if another service runs.");
     try {
         readSettings(program, argc, argv, options);
-        return serve(options);
+        return start(options);
     } catch (const CLI::ParseError& error) {
         return (program.exit(error) == 0) ? 0 : kWrongUsage;
     } catch (const config::BadConfiguration& failure) {

@@ -142,11 +142,14 @@ std::string realPath()
 
 bool complete(const std::string& fresh)
 {
+    constexpr mode_t kOthersBits = 077;
     const std::string path = realPath();
     const std::string made = beside(path);
     std::error_code ignored;
     fs::remove_all(made, ignored);
+    const mode_t before = ::umask(kOthersBits);
     std::ofstream file(made, std::ios::binary | std::ios::trunc);
+    ::umask(before);
     file << fresh;
     file.close();
     if (!file || !flush(made) || !moveInto(made, path)) {

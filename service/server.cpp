@@ -16,13 +16,14 @@
 #include <limits>
 #include <optional>
 #include <poll.h>
-#include <sys/resource.h>
+#include <sys/stat.h>
 #include <tuple>
 
 #include "cmdsvc/commands.h"
 #include "cmdsvc/protocol.h"
 #include "cmdsvc/request_reader.h"
 #include "service/gate.h"
+#include "service/kept_files.h"
 #include "service/log.h"
 
 namespace service {
@@ -68,17 +69,6 @@ bool hasLeft(Socket& socket)
 {
     pollfd connection = {socket.native_handle(), 0, 0};
     return ::poll(&connection, 1, 0) == 1 && (connection.revents & (POLLHUP | POLLERR)) != 0;
-}
-
-/// So many clients leave room for the service's own descriptors, and for those of a request.
-int countMostClients()
-{
-    constexpr rlim_t kReserve = 32;
-    constexpr rlim_t kPlenty = 100'000;
-    rlimit limit = {};
-    ::getrlimit(RLIMIT_NOFILE, &limit);
-    return static_cast<int>(std::min(limit.rlim_cur, kPlenty + kReserve) -
-                            std::min(limit.rlim_cur - 1, kReserve));
 }
 
 asio::awaitable<void> discard(Socket& socket)
@@ -349,15 +339,19 @@ asio::awaitable<Outcome> Server::runInChild(const std::string& request, int numb
         dispatch(request, number);
     };
     Child child(task, number, path_);
-    co_return co_await child.finish(limits_.request);
+    Outcome outcome = co_await child.finish(limits_.request);
+    emptyTracesAfter(request);
+    co_return outcome;
 }
 
 /// The same for an upload that was noted. Unless it ends by itself, what it leaves is repaired.
 asio::awaitable<Outcome> Server::runUpload(const std::string& request, int number)
 {
+    constexpr mode_t kPrivately = 077;
     const auto task = [&] {
         Upload::claim(Child::kKept);
         usage_.count(request);
+        ::umask(kPrivately);
         dispatch(request, number);
     };
     Child child(task, number, path_, upload_.descriptor());
@@ -368,6 +362,8 @@ asio::awaitable<Outcome> Server::runUpload(const std::string& request, int numbe
     } else {
         static_cast<void>(upload_.repair());
     }
+    // Where mv has failed, the module writes into the former file, which keeps its mode.
+    closePrivateFile();
     co_return outcome;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "service/visits.h"
 
+#include <algorithm>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace service {
@@ -21,6 +23,16 @@ void Visits::leave(uid_t user)
     if (--found->second == 0) {
         connections_.erase(found);
     }
+}
+
+int countMostClients()
+{
+    constexpr rlim_t kReserve = 32;
+    constexpr rlim_t kPlenty = 100'000;
+    rlimit limit = {};
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    return static_cast<int>(std::min(limit.rlim_cur, kPlenty + kReserve) -
+                            std::min(limit.rlim_cur - 1, kReserve));
 }
 
 } // namespace service

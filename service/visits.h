@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// visits.h: how many connections each user has, so that one of them cannot fill the service.
+// visits.h: how many connections the service takes, in all and from each user, so that one user cannot fill
+// it.
 #pragma once
 
 #include <map>
@@ -31,5 +32,9 @@ class Visits {
   private:
     std::map<uid_t, unsigned> connections_;
 };
+
+/// How many clients may be connected at a time: the rest of the process's descriptors is for the
+/// service itself and for a request.
+[[nodiscard]] int countMostClients();
 
 } // namespace service

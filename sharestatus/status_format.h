@@ -130,7 +130,7 @@ class TableReader {
     /// empty payload (no share list could be made) is whole too.
     [[nodiscard]] bool isWhole() const;
 
-    /// Whether no bytes follow what has been read, whatever number the header counts.
+    /// Whether no bytes follow what has been read, even if the header counts more records.
     [[nodiscard]] bool isAtEnd() const { return rest_.empty(); }
 
   private:

@@ -3,18 +3,18 @@
 #
 # usage: completion_test.sh BUILD
 #
-# What bash offers after the words of a vokctl line.
+# Tests the words that bash offers after the words of a vokctl line.
 set -eu
 PATH=$(cd "$1" && pwd):$PATH
 # shellcheck source=packaging/vokctl.bash-completion
 . "$(dirname "$0")/../packaging/vokctl.bash-completion"
 failures=0
 
-# compopt works only while bash completes; here it says which line was left to bash.
+# compopt works only while bash completes; here it records that bash completes file names.
 # shellcheck disable=SC2317  # the completion calls it
 compopt() { COMPREPLY=(files); }
 
-# expect OFFERED WORD...: what is offered for the last of the words.
+# expect OFFERED WORD...: compares the words offered for the last of the words.
 expect() {
     local offered=$1
     shift

@@ -97,6 +97,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/lib/libvokcontrol.so
 /usr/lib/libvokcontrol.so.0
 /usr/lib/MACHINE/pkgconfig/vokcontrol.pc
+/usr/lib/vokcontrol/vokpage
 /usr/sbin/vokcollect
 /usr/sbin/vokcontrol
 /usr/sbin/vokserve
@@ -107,8 +108,16 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/changelog.gz
 /usr/share/doc/vokcontrol/copyright
 /usr/share/doc/vokcontrol/glossary.md.gz
+/usr/share/doc/vokcontrol/install.md.gz
 /usr/share/doc/vokcontrol/protocol.md.gz
 /usr/share/doc/vokcontrol/security.md.gz
+/usr/share/doc/vokcontrol/web-server.md.gz
+/usr/share/doc/vokcontrol/web-server/lighttpd.conf
+/usr/share/doc/vokcontrol/web-server/nginx.conf
+/usr/share/doc/vokcontrol/web-server/stunnel.conf
+/usr/share/doc/vokcontrol/web-server/vokpage.service
+/usr/share/doc/vokcontrol/web-server/vokpage.sh
+/usr/share/doc/vokcontrol/web-server/vokpage.socket
 /usr/share/lintian/overrides/vokcontrol
 /usr/share/man/man1/pelstatus.1.gz
 /usr/share/man/man1/vokctl.1.gz
@@ -116,7 +125,8 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/man/man7/vokcontrol-protocol.7.gz
 /usr/share/man/man8/vokcollect.8.gz
 /usr/share/man/man8/vokcontrol.8.gz
-/usr/share/man/man8/vokserve.8.gz' "$(listing | grep -vE '^/usr/(lib/cgi-bin|share/vokcontrol)' |
+/usr/share/man/man8/vokpage.8.gz
+/usr/share/man/man8/vokserve.8.gz' "$(listing | grep -vE '^/usr/share/vokcontrol' |
     sed "s/$(dpkg-architecture -q DEB_HOST_MULTIARCH)/MACHINE/")"
 
 expect 'no file names the folder that it was built in' '' "$(
@@ -134,7 +144,7 @@ prefix=/usr' "$(
 )"
 expect 'programs look for the library where the system does' '' "$(
     cd "$root/unpacked/usr"
-    readelf -d bin/vokctl sbin/vok* lib/cgi-bin/vokpage lib/libvokcontrol.so.0 | grep -E 'RPATH|RUNPATH' || true
+    readelf -d bin/vokctl sbin/vok* lib/vokcontrol/vokpage lib/libvokcontrol.so.0 | grep -E 'RPATH|RUNPATH' || true
 )"
 
 # dpkg unpacks into /usr/lib, which is the host's in such a root: this one has a folder of its own there,
@@ -182,7 +192,7 @@ kept: report system_var' "$(in_root '
     echo "installed: $(status)"
     echo groups: $(grep vokcontrol /etc/group)
     echo "lock file: $(stat -c %a /etc/pelconfig/system_var_lck)"
-    LD_LIBRARY_PATH=/usr/lib vokserve 2>/tmp/serve.log &
+    LD_LIBRARY_PATH=/usr/lib vokserve --shared-tmp 2>/tmp/serve.log &
     service=$!
     for i in 1 2 3 4 5 6 7 8 9 10; do [ -S /run/vokcontrol.sock ] || usleep 100000; done
     echo "users: $(vokctl users list)"

@@ -3,9 +3,9 @@
 #
 # usage: samba_test.sh BUILD
 #
-# Passwords as a file server's own tool stores them: Samba's smbpasswd makes each account's line in
-# a throwaway root that knows no other users, and the service is asked there whether the password is
-# right. Nothing needs root: inside, everybody is.
+# Tests passwords that a file server's own tool stores: Samba's smbpasswd makes each account's line in a
+# throwaway root without other users, and the service there checks the password. It needs no privileges:
+# inside, every user is root.
 set -euo pipefail
 here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
 # shellcheck source=tests/appliance/lib.sh
@@ -48,8 +48,8 @@ passwords=(
     'Password'
     'secret12345678'          # 14 characters
     'secret123456789'         # 15 characters
-    "$(repeat 27 'x')"        # as long as one block of the hash takes,
-    "$(repeat 28 'x')"        # and as that takes no more
+    "$(repeat 27 'x')"        # the longest password in one block of the hash,
+    "$(repeat 28 'x')"        # and the first that needs two blocks
     "$(repeat 50 'Ab')"
     "$(repeat 100 'ü')"
     "$(repeat 254 'p')"       # a whole line of a request
@@ -68,7 +68,7 @@ passwords=(
 )
 count=${#passwords[@]}
 
-# frame FILE NAME PASSWORD: a request. A password goes out in ISO-8859-1.
+# frame FILE NAME PASSWORD: a request. The password is sent in ISO-8859-1.
 frame() {
     {
         printf 'wall \002\000\000\000\n%s\n' "$2"
@@ -85,7 +85,7 @@ for ((i = 0; i < count; i++)); do
     frame "$i.right" "user$i" "$password"
     frame "$i.longer" "user$i" "${password}x"
     frame "$i.next" "user$i" "$next"
-    # The same bytes that the tool was given, which above 0x7F are other characters here.
+    # The same bytes that the tool got; above 0x7F they are other characters here.
     printf 'wall \002\000\000\000\nuser%d\n%s\n' "$i" "$password" >"$root/work/$i.bytes"
 done
 for name in disabled none; do
@@ -114,7 +114,7 @@ mkdir "$root/var/samba"
 cat >"$root/work/ask" <<'TEXT'
 set -eu
 cd /work
-# samba [OPTION...] NAME: -L allows what changes the entries of others.
+# samba [OPTION...] NAME: -L allows it to change the entries of other users.
 samba() {
     smbpasswd -L -c /etc/samba/smb.conf "$@" >said 2>&1 || {
         cat said >&2
@@ -131,7 +131,7 @@ samba -s -a disabled <secret.twice
 samba -d disabled
 samba -n -a none
 
-vokserve --password-pause 0 2>log </dev/null >&2 &
+vokserve --shared-tmp --password-pause 0 2>log </dev/null >&2 &
 tries=0
 until [ -S /run/vokcontrol.sock ] || [ "$tries" -ge 300 ]; do
     tries=$((tries + 1))
@@ -153,7 +153,7 @@ wrong='65 72 72 6f 20 01 00 00 00'
 frames=()
 answers=
 
-# will ANSWER FRAME: one more request, and what must come.
+# will ANSWER FRAME: adds a request and its expected answer.
 will() {
     frames+=("$2")
     answers+="$2: $1"$'\n'
@@ -165,7 +165,7 @@ for ((i = 0; i < count; i++)); do
     will "$wrong" "$i.next"
     case ${passwords[i]} in *[!$'\001'-$'\177']*) will "$wrong" "$i.bytes" ;; esac
 done
-# A disabled account keeps its password; one without a password has no hash that anything meets.
+# A disabled account keeps its password; an account without a password has a hash that no password matches.
 will "$right" disabled.secret
 will "$wrong" disabled.empty
 will "$wrong" none.empty

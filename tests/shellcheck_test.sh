@@ -5,7 +5,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-# A script is what begins with "#!/" and a shell, and what is sourced by one.
+# Scripts are the files that begin with "#!/" and a shell, and the files that they source.
 scripts=$(find . \( -path ./build -o -path ./.git \) -prune -o -type f -print)
 checked=0
 for file in $scripts; do

@@ -3,9 +3,9 @@
 #
 # usage: tree_test.sh BUILD
 #
-# The tests mirror the sources: each source file of the module, its guard, client, pages, view and configuration has its test,
-# each test file is built into a test, and none is switched off. And no folder includes what the table in
-# docs/architecture.md does not allow it.
+# Tests that the tests match the sources: each source file of the module, guard, client, pages, view and configuration
+# has its test, each test file is built into a test, and none is disabled. Also tests that no folder includes a
+# header that the table in docs/architecture.md does not allow.
 set -eu
 build=$(cd "$1" && pwd)
 cd "$(dirname "$0")/.."
@@ -19,7 +19,7 @@ complain() {
 
 for source in guard/*.cpp core/*.cpp sharestatus/*.cpp cmdsvc/*.cpp handlers/*.cpp pagehelpers/*.cpp service/*.cpp \
     client/*.cpp config/*.cpp page/*.cpp view/*.cpp; do
-    # These are wiring: daemon_test, server_test and guard_test.sh run the programs.
+    # These only connect other files: daemon_test, server_test and guard_test.sh run the programs.
     case $source in sharestatus/main.cpp | service/main.cpp | guard/system.cpp) continue ;; esac
     test=tests/${source%.cpp}_test.cpp
     [ -f "$test" ] || complain "$source has no $test"

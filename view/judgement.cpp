@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <utility>
 
 #include "sharestatus/semaphore_format.h"
@@ -60,6 +62,13 @@ void judgeCapacity(const Situation& situation, const Configuration& configuratio
 void judgeResult(const PublishedStatus& status, Findings& out)
 {
     using enum PublishedStatus::Result;
+    if (status.error != 0 && status.error != ENOENT) {
+        out.push_back({.level = Level::kWarning,
+                       .kind = "status-unreadable",
+                       .sentence = std::string("The share status cannot be read: ") +
+                                   std::strerror(status.error) + "."});
+        return;
+    }
     switch (status.result) {
     case kNone:
         out.push_back({.level = Level::kWarning,

@@ -192,23 +192,29 @@ std::vector<Parameter> allParameters()
 
 // ---- Attempts ---------------------------------------------------------------------------------
 
-/// Whether anything has left a canary.
+/// What attempts have left in /tmp: in the service's, as others see that, or in everybody's.
+std::vector<std::filesystem::path> findCanaries()
+{
+    std::vector<std::filesystem::path> found;
+    for (const char* folder : {"/run/vokcontrol/tmp", "/tmp"}) {
+        std::error_code isMissing;
+        for (const auto& entry : std::filesystem::directory_iterator(folder, isMissing)) {
+            if (entry.path().filename().string().starts_with("canary")) {
+                found.push_back(entry.path());
+            }
+        }
+    }
+    return found;
+}
+
 bool hasCanary()
 {
-    return std::ranges::any_of(std::filesystem::directory_iterator("/tmp"), [](const auto& entry) {
-        return entry.path().filename().string().starts_with("canary");
-    });
+    return !findCanaries().empty();
 }
 
 void removeCanaries()
 {
-    std::vector<std::filesystem::path> found;
-    for (const auto& entry : std::filesystem::directory_iterator("/tmp")) {
-        if (entry.path().filename().string().starts_with("canary")) {
-            found.push_back(entry.path());
-        }
-    }
-    for (const auto& path : found) {
+    for (const auto& path : findCanaries()) {
         std::filesystem::remove_all(path);
     }
 }

@@ -22,7 +22,7 @@ chmod +x "$state/usr/bin/fire" "$state/usr/bin/f"
 
 found=$(appliance --state "$state" sh -c '
     everything() {
-        find / \( -path /proc -o -path /dev -o -path /tmp \) -prune -o -print | sort
+        find / \( -path /proc -o -path /dev -o -path /tmp -o -path /run/vokcontrol/tmp \) -prune -o -print | sort
     }
     section() { echo "== $1"; }
 

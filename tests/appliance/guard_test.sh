@@ -45,10 +45,10 @@ inside='
     }
     # used WHAT: tells which canaries are there, and takes them away.
     used() {
-        for canary in /tmp/canary-*; do
-            [ ! -e "$canary" ] || echo "$1: ${canary#/tmp/canary-}"
+        for canary in /tmp/canary-* /run/vokcontrol/tmp/canary-*; do
+            [ ! -e "$canary" ] || echo "$1: ${canary##*/canary-}"
         done
-        rm -f /tmp/canary-*
+        rm -f /tmp/canary-* /run/vokcontrol/tmp/canary-*
     }
     serve() {
         rm -f /etc/pelconfig/vokcontrol/__shrStatus
@@ -69,10 +69,19 @@ inside='
         ask wags 2 user anna && used wags
         ask subs 0 && used subs
     }
+    # The administrator has logged in just now.
+    token=0123456789abcdef0123456789abcdef
+    log_in() {
+        now=$(cut -d. -f1 /proc/uptime)
+        session=/run/vokpage/sessions/$(printf %s "$token" | sha256sum | cut -d" " -f1)
+        (umask 077 && mkdir -p "${session%/*}" &&
+            printf "%012d\n%012d\n%s\nanna\n" "$now" "$now" "$token" >"$session")
+    }
     visit() {
+        log_in
         for place in "" /setup /sync; do
-            env -i PATH=/usr/bin LD_LIBRARY_PATH=/usr/local/lib REQUEST_METHOD=GET HTTP_HOST=127.0.0.1 \
-                PATH_INFO="$place" /www/cgi-bin/vokpage >>/tmp/pages 2>/dev/null
+            env -i PATH=/usr/bin REQUEST_METHOD=GET HTTP_HOST=127.0.0.1 PATH_INFO="$place" \
+                HTTP_COOKIE="vokpage_session=$token" /www/cgi-bin/vokpage >>/tmp/pages
             used "page"
         done
     }

@@ -96,7 +96,8 @@ struct CommandHelp {
 TEST_F(Client, everyCommandHasHelpWithExamples)
 {
     const std::vector<CommandHelp> commands = {
-        {{"status"}, {"--json", "--max-age SECONDS", "--wait SECONDS"}},
+        {{"status"}, {"--json", "--max-age SECONDS", "--wait SECONDS", "--watch", "--config PATH"}},
+        {{"check"}, {"--full PERCENT", "--backup-age DAYS", "--stale HOURS", "--config PATH"}},
         {{"shares", "list"}, {"--json", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
         {{"shares", "show"},
          {"NAME", "--json", "--socket PATH", "--timeout SECONDS", "--config PATH"}},

@@ -24,7 +24,7 @@ cmdsvc::Channel& channel()
     return cmdsvc::channel();
 }
 
-/// A request is in hand.
+/// A channel with a current request.
 class Channel : public root::Test {
   protected:
     void SetUp() override
@@ -178,7 +178,7 @@ TEST_F(Channel, failedCloseIsReturnedAndClearsTheSlot)
 
 TEST_F(Channel, olderFileOfTheSlotDoesNotChangeTheReasonOfAFailedOpen)
 {
-    // Closing this one fails for want of space.
+    // Closing this file fails because the device is full.
     FILE* file = channel().openFile("/dev/full", "w");
     ASSERT_NE(std::fputs("x", file), EOF);
     errno = 0;
@@ -225,8 +225,8 @@ TEST_F(Channel, exitThatKeepsItsFileOnlyRemovesItIfOneIsOpen)
     EXPECT_EQ(answer(), le32(3) + le32(3));
 }
 
-/// What happens in /tmp during an exit with a file open in the slot. The answer is not buffered, so
-/// that its writing shows.
+/// The events in /tmp during an exit with a file open in the slot. The answer is not buffered, so
+/// that its writes are seen.
 template <class Exit> Lines eventsOf(Exit exit)
 {
     root::writeFile(cmdsvc::kWorkFile, "x");
@@ -270,7 +270,7 @@ class ParameterLine : public Channel {
         ASSERT_TRUE(channel().open(7));
     }
 
-    /// Takes the next line; what it holds as text.
+    /// Takes the next line. Returns its text.
     static std::string next(const cmdsvc::Parameter& parameter = kLine)
     {
         return channel().takeLine(parameter).text();
@@ -287,7 +287,7 @@ class ParameterLine : public Channel {
         return text;
     }
 
-    /// Cuts a newline, and compares what is left, zeros and all.
+    /// Cuts a newline, and compares the rest, zeros included.
     static void expectCut(std::string_view bytes, bool isCut, std::string_view left)
     {
         cmdsvc::ParameterLine line;
@@ -318,7 +318,7 @@ TEST_F(ParameterLine, lineIsACopyWithZerosAfterIt)
 
 TEST_F(ParameterLine, missingLineIsAnEmptyText)
 {
-    // Zeros are in the buffer after a request; they are bytes, too.
+    // The zeros after a request are part of its last line.
     put("anna\n");
     EXPECT_EQ(next(), "anna\n");
     const cmdsvc::ParameterLine line = channel().takeLine(kLine);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The commands' rows against docs/protocol.md, whose table is written by hand.
+// Compares the commands' rows with docs/protocol.md, whose table is written by hand.
 #include "cmdsvc/commands.h"
 
 #include <algorithm>
@@ -21,7 +21,7 @@ using cmdsvc::RefusalShape;
 using cmdsvc::Status;
 using Strings = std::vector<std::string>;
 
-/// A text of the source tree, as the build folder has it.
+/// The build folder's copy of a text from the source tree.
 std::string readText(const std::string& name)
 {
     const std::string text = root::readFile("/build/texts/" + name);
@@ -29,7 +29,7 @@ std::string readText(const std::string& name)
     return text;
 }
 
-/// What the pattern's group stands for, wherever the pattern fits; "^" is the start of a line.
+/// The pattern's group in each match; "^" is the start of a line.
 Strings findAll(const std::string& text, const std::string& pattern)
 {
     const std::regex expression(pattern, std::regex::ECMAScript | std::regex::multiline);
@@ -168,7 +168,7 @@ std::string tableRow(const Command& row)
 
 // ---- Tests ------------------------------------------------------------------------------------
 
-/// The codes of the commands that this is true of.
+/// The codes of the commands for which this is true.
 Strings codesIf(bool (*isWanted)(const Command& row))
 {
     Strings codes;

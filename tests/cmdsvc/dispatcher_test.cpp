@@ -26,12 +26,12 @@ class Dispatcher : public request::Test {};
 
 // ---- Rows -------------------------------------------------------------------------------------
 
-/// What the protocol page says of a command.
+/// The protocol page's row of a command.
 struct Row {
     std::string code;
     std::vector<unsigned> counts; ///< empty: any count
     std::uint32_t wrongCountCode;
-    char exit; ///< as the page names it; ' ' where no count is wrong
+    char exit; ///< as the page names it; ' ' if no count is wrong
 };
 
 const std::vector<Row> kRows = {
@@ -75,7 +75,7 @@ Lines wrongCountCalls(const Row& row, std::uint32_t count)
 
 constexpr int kNewNumber = 8;
 
-/// The path of an answer that no request before has left.
+/// The path of an answer that no earlier request has left.
 std::string newAnswerPath()
 {
     const std::string path = "/tmp/outbuf" + std::to_string(kNewNumber);
@@ -83,7 +83,7 @@ std::string newAnswerPath()
     return path;
 }
 
-/// The answer is still being written: so much of it waits in its stream, and its file is empty.
+/// Expects that the answer is open: WRITTEN bytes are in its stream, and its file is empty.
 void expectOpenAndEmpty(const std::string& path, long written)
 {
     ASSERT_NE(fout_buf, nullptr) << path;
@@ -277,7 +277,7 @@ TEST_F(Dispatcher, lineWithoutANewlineIsReadUpToFourThousandNinetyFourBytes)
 
 TEST_F(Dispatcher, framesOfEveryLengthAreSafe)
 {
-    // Traces are not run here: four thousand shells would tell nothing more.
+    // Traces are not run here: four thousand shells would take long and show nothing more.
     for (const char fill : {'\0', '\xFF', 'g', '\n'}) {
         for (std::size_t size = 0; size <= 4096; size += (size < 64 || size > 4080) ? 1 : 97) {
             request::load(std::string(size, fill));

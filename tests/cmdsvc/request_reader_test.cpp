@@ -220,7 +220,7 @@ TEST(RequestReader, textEndsAtItsFirstZero)
     EXPECT_EQ(textOf(""), "");
 }
 
-/// Takes the same things off a request as the handlers do, with what the C library gives them.
+/// Takes a request apart with the C library's functions, as handlers could.
 class HandlersReader {
   public:
     explicit HandlersReader(const std::string& request)

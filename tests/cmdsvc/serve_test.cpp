@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// How what a handler returns is answered: for each row of the protocol, a good status and one that
-// refuses.
+// The answer to a handler's status: for each row of the protocol, good and one that refuses.
 #include "cmdsvc/serve.h"
 
 #include <algorithm>
@@ -22,7 +21,7 @@ using root::trace;
 
 const std::string kZero(1, '\0');
 
-/// What the handler returns; a plain function has no other way to learn it.
+/// The status that the handler returns; a plain function cannot get it in another way.
 Status returned = cmdsvc::kGood;
 
 Status returnIt(cmdsvc::Channel& channel)

@@ -43,7 +43,7 @@ class Usage : public root::Test {
         std::memcpy(table.bytes, content.data(), content.size());
     }
 
-    /// A table with all codes; one slot counts so much.
+    /// A table with all codes and a count in one slot.
     static std::string tableWith(std::size_t slot, std::uint32_t count)
     {
         std::string content;
@@ -67,7 +67,7 @@ class Usage : public root::Test {
         root::Test::TearDown();
     }
 
-    /// Counts one command at a time of the clock, when the last save was at another.
+    /// Counts one command at a time of the clock, after a last save at another time.
     void countAt(std::int64_t clock, std::int32_t saved)
     {
         setBytes(tableWith(kNoSlot, 0));

@@ -14,7 +14,7 @@ class LiveValues : public root::Test {
   protected:
     const std::string output = root::workFile("getsetvar");
 
-    /// Has the tool print a text and compares the value, the calls and what goes to standard error.
+    /// Makes the tool print a text, and compares the value, the calls and standard error.
     void expectValue(int kind, const std::string& line, const std::string& printed,
                      const std::string& value)
     {

@@ -22,7 +22,7 @@ constexpr const char* kLockFile = "/etc/pelconfig/system_var_lck";
 
 class Lock : public root::Test {
   protected:
-    /// Whether somebody else could get a lock at this moment.
+    /// Whether another process could get a lock at this moment.
     static bool isFree(int operation)
     {
         const int file = ::open(kLockFile, O_RDONLY);

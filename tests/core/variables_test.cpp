@@ -20,7 +20,7 @@ constexpr const char* kFile = "/etc/pelconfig/system_var";
 constexpr const char* kNew = "/etc/pelconfig/system_var_tmp";
 constexpr const char* kBackup = "/etc/pelconfig/system_var_bak";
 
-/// What is said where the file cannot be opened.
+/// The comment if the file cannot be opened.
 const std::string kNoFile = "//<!-- getvar() - getsetvar failed open file: "
                             "/etc/pelconfig/system_var, syserr: No such file or directory-->\n";
 
@@ -39,7 +39,7 @@ class Variables : public root::Test {
         std::filesystem::remove_all("/etc/pelconfig/vokcontrol");
     }
 
-    /// Sets a variable in a file and compares what is left behind.
+    /// Sets a variable in a file and compares the files that this leaves.
     static void expectSet(const std::string& before, const char* name, const char* value,
                           const std::string& after)
     {
@@ -130,6 +130,25 @@ TEST_F(Variables, oldFileIsClosedBeforeAnythingIsReplaced)
                      "close system_var_lck"}));
 }
 
+TEST_F(Variables, newVersionHasTheOldOnesMode)
+{
+    for (const mode_t mask : {022U, 077U, 0U}) {
+        ::umask(mask);
+        for (const unsigned mode : {0600U, 0640U, 0644U, 0666U, 0400U, 02660U}) {
+            root::writeFile(kFile, "a=1\n");
+            std::filesystem::permissions(kFile, std::filesystem::perms(mode));
+            EXPECT_EQ(setvar("a", "2"), 0);
+            for (const char* path : {kFile, kBackup}) {
+                struct stat status = {};
+                EXPECT_EQ(::stat(path, &status), 0);
+                EXPECT_EQ(status.st_mode & 07777U, mode) << path;
+            }
+            std::filesystem::remove(kFile);
+        }
+    }
+    ::umask(022);
+}
+
 TEST_F(Variables, missingFileIsNotCreated)
 {
     EXPECT_EQ(setvar("a", "1"), -1);
@@ -153,7 +172,7 @@ TEST_F(Variables, oldCopyIsRemovedEvenIfTheFileIsMissing)
 
 TEST_F(Variables, copyThatCannotBeUnlinkedIsNeverTruncated)
 {
-    // After a good write the copy is the file itself under its other name.
+    // After a good write the copy is a link to the file itself.
     root::writeFile(kFile, "a=1\n");
     std::filesystem::create_hard_link(kFile, kNew);
     std::filesystem::permissions("/etc/pelconfig", std::filesystem::perms(0555));
@@ -394,7 +413,7 @@ TEST_F(LiveVariables, languageIsADigit)
 
 TEST_F(LiveVariables, languageIsItsWholeName)
 {
-    // Of two names the one that is tested first counts: "french" alone is found here.
+    // Only "french" is found here.
     expectLanguage("englis french", "2");
     expectLanguage("nglish french", "2");
     for (const std::string name :

@@ -2,17 +2,16 @@
 //
 // usage: guard_compare bare|guarded COUNT SEED SHELL
 //
-// Sends random requests with harmless values to the module, and prints a digest of what each
-// hundred of them came to: results, answers, the trace file's bytes, and all files that are left.
-// "bare" hands every line to the shell; "guarded" has the guard look at it first. Both have to
-// print the same.
+// Sends random requests with harmless values to the module, and prints a digest for each hundred of
+// them: of results, answers, the trace file's bytes, and all files that are left. "bare" hands
+// every line to the shell; "guarded" has the guard check it first. Both must print the same.
 //
-// One long-lived shell runs the lines, with functions in place of the appliance's programs, so that
-// a million requests take minutes. It is told each line by eval, and gives back the exit code; a
-// line that ends it (one that it cannot parse) is an exit with 2, as for system(), and another one
-// is started. Process ids and the clock stand still.
+// One shell runs all lines, with functions in place of the appliance's programs, so that a million
+// requests take minutes. It gets each line by eval, and returns the exit code. If a line ends the
+// shell (because it cannot parse it), that is an exit with 2, as for system(), and a new shell is
+// started. Process ids and the clock do not change.
 //
-// It wants a root of its own (compare_test.sh).
+// It needs a root of its own (compare_test.sh).
 #include <algorithm>
 #include <array>
 #include <csignal>
@@ -80,7 +79,7 @@ class Shell {
   public:
     explicit Shell(std::string program) : program_(std::move(program)) { start(); }
 
-    /// @return what system() would
+    /// @return like system()
     int run(const std::string& line)
     {
         const std::string text = "eval " + quote(line) + "\nprintf '%s\\n' \"$?\" >&9\n";
@@ -181,7 +180,7 @@ const std::vector<std::string> kNames = {"anna",  "bob",          "guest", "Docu
                                          "Music", "Tom & Jerry",  "a",     "nas-2",
                                          "1",     "\xC3\xA9lise", "..",    "config"};
 
-/// Characters that mean nothing between quotes of either kind, nor to echo.
+/// Characters that mean only themselves between quotes of either kind, and to echo.
 std::string randomText(std::size_t longest)
 {
     std::string text;
@@ -334,7 +333,7 @@ std::string variables()
            "\nprocess=" + Shell::quote(pick({"pelstatus", "grep pelstatus"})) + "\n";
 }
 
-/// Every hundred requests begin with the same files, but for what they say.
+/// Every hundred requests begin with the same files with new content.
 void change()
 {
     shell->set(variables());
@@ -349,7 +348,7 @@ void change()
         << "\nraclient_raenabled=" << roll(2) << "\n";
 }
 
-// ---- What a request comes to ------------------------------------------------------------------
+// ---- The result of a request ------------------------------------------------------------------
 
 class Digest {
   public:
@@ -404,8 +403,8 @@ void process(const std::string& request, Digest& digest)
 constexpr std::string_view kTraceStart = "echo \"";
 constexpr std::string_view kTraceEnd = "\" >> /tmp/dbg_vokcontrol.txt";
 
-/// The text of a trace that a shell would change: the one thing that is meant to differ. It is
-/// taken as it stands here, too.
+/// The text of a trace that a shell would change: the only intended difference. The bare module
+/// writes it unchanged here, too.
 std::string changedText(std::string_view line)
 {
     if (!line.starts_with(kTraceStart) || !line.ends_with(kTraceEnd)) {
@@ -474,7 +473,7 @@ int main(int argc, char** argv)
     fs::current_path("/tmp");
     Shell theShell(argv[4]);
     shell = &theShell;
-    // What commands print on the way is nobody's.
+    // The output of commands is not compared.
     std::FILE* out = ::fdopen(::dup(STDOUT_FILENO), "w");
     if (std::freopen("/dev/null", "w", stdout) == nullptr) {
         return 1;

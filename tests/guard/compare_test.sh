@@ -3,8 +3,8 @@
 #
 # usage: compare_test.sh BUILD [COUNT [SEED]]
 #
-# Random requests through the module with the guard before its shell, and through the bare module: the
-# same answers, files and traces (compare.cpp). Each has a root of its own, and both run at once.
+# Sends random requests through the module with the guard and without: answers, files and traces must be the
+# same (compare.cpp). Each has a root of its own, and both run at once.
 set -euo pipefail
 here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
 clone=${here%/tests/guard}
@@ -33,9 +33,9 @@ run guarded "${@:2}"
 wait "$bare"
 
 if ! cmp "$work/bare.digests" "$work/guarded.digests"; then
-    echo "the requests before these numbers came to something else:"
+    echo "the requests before these numbers ended differently:"
     diff "$work/bare.digests" "$work/guarded.digests" | head -n 4
     exit 1
 fi
-echo "$(tail -n 1 "$work/guarded.digests" | cut -d ' ' -f 1) requests came to the same," \
+echo "$(tail -n 1 "$work/guarded.digests" | cut -d ' ' -f 1) requests ended the same," \
     "$(grep -c 'was refused' "$work/guarded.log" || true) lines were refused"

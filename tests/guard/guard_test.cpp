@@ -15,7 +15,7 @@ using Lines = std::vector<std::string>;
 
 constexpr const char* kPath = "PATH=/stubs:/usr/bin";
 
-/// Its lines find stubs; refusals go to a file.
+/// The guard with stubs as programs, and refusals in a file.
 class Guard : public root::UntracedTest {
   protected:
     void SetUp() override

@@ -2,13 +2,12 @@
 //
 // usage: guard_lines COUNT SEED SHELL...
 //
-// Makes random lines out of the guard's shapes, with values that try to leave their places, until
-// the guard has let COUNT of them pass. Each of these is run by each shell, with functions in place
-// of the appliance's programs. Their arguments have to be just what stands on the line, nothing
-// else may have run, and no other file may have changed. Ends with 1 and the line where that is not
-// so.
+// Makes random lines from the guard's shapes, with values that try to leave their places, until the
+// guard has accepted COUNT of them. Each shell runs each of these, with functions in place of the
+// appliance's programs. Their arguments must be exactly those on the line, nothing else may run,
+// and no other file may change. Otherwise it prints the line and ends with 1.
 //
-// It wants a root of its own (lines_test.sh).
+// It needs a root of its own (lines_test.sh).
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -54,7 +53,7 @@ std::size_t roll(std::size_t sides)
 
 // ---- Lines ------------------------------------------------------------------------------------
 
-/// What tries to leave a place, to be taken for something else, or only looks like it.
+/// Texts that try to leave a place or to mean something else, and texts that only look so.
 const Words kPieces = {"fire",
                        ";fire;",
                        "|fire",
@@ -175,7 +174,7 @@ const Words kPieces = {"fire",
                        "\xFF",
                        "\xA0"};
 
-/// Whether a place with this sign may hold a character, by a rule of this test's own.
+/// Whether a place with this sign may hold a character, by this test's own rule.
 bool mayHold(char sign, char c)
 {
     const bool isDigit = c >= '0' && c <= '9';
@@ -200,8 +199,8 @@ const std::string& choosePiece()
     return kPieces[roll(kPieces.size())];
 }
 
-/// Half of the values are harmless in their place, so that their lines run. Most others have just
-/// one piece in them that may not be.
+/// Half of the values are harmless in their place, so that their lines run. Most others have only
+/// one piece that is not allowed.
 std::string makeValue(char sign)
 {
     std::string value = (sign == '/') ? "/" : (sign == '#' || sign == '_') ? "1" : "";
@@ -233,7 +232,7 @@ std::string fill(std::string_view words)
     return line;
 }
 
-/// Changes a line in one place, wherever that is.
+/// Changes a line in one random place.
 void damage(std::string& line)
 {
     const std::size_t at = roll(line.size() + 1);
@@ -267,14 +266,13 @@ std::string makeLine()
 
 // ---- What a line may do -----------------------------------------------------------------------
 
-/// The programs that a line names with their arguments, in order of their bytes; and the files that
-/// it writes.
+/// The programs that a line names with their arguments, sorted; and the files that it writes.
 struct Effect {
     std::vector<Words> programs;
     std::set<std::string> files;
 };
 
-/// Reads a line as if no character but the shapes' own meant anything.
+/// Reads a line as if only the characters of the shapes had a meaning.
 class LineReader {
   public:
     Effect read(const std::string& line)
@@ -352,7 +350,7 @@ const Words kPrograms = {"sudo",  "ifconfig", "grep",      "route", "du",
                          "ps",    "startapp", "echo",      "cat",   "date",
                          "fdisk", "mdadm",    "pelstatus", "mv",    "runwebhooks"};
 
-/// A program of a full path is none of the shell's functions.
+/// A program with a full path cannot be a function of the shell.
 void makeProgram(const std::string& path)
 {
     std::ofstream(path) << "#!/bin/sh\nprintf '%s\\0' $(($# + 1)) \"$0\" \"$@\" >>" << kRecord
@@ -374,7 +372,7 @@ void writeScript(const Words& lines)
     }
 }
 
-/// Every file's size and time, but for those of the tool itself.
+/// Every file's size and time, except the tool's own files.
 std::map<std::string, std::string> everything()
 {
     std::map<std::string, std::string> files;
@@ -413,7 +411,7 @@ std::string readAll(const char* path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// The programs of one line as the shell has run them.
+/// The programs that the shell has run for one line.
 std::optional<std::vector<Words>> readNext(std::istream& record)
 {
     std::vector<Words> programs;
@@ -462,7 +460,7 @@ bool haveRun(const std::string& shell, const Words& lines)
     return readNext(record).has_value() ? complain(shell, "more has run") : true;
 }
 
-/// Whether no file has changed but those that the lines write; these are removed.
+/// Whether only the files that the lines write have changed. Removes these.
 bool areFilesKept(const std::string& shell, const std::map<std::string, std::string>& before,
                   const Words& lines)
 {

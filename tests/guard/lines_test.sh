@@ -3,8 +3,8 @@
 #
 # usage: lines_test.sh BUILD [COUNT [SEED]]
 #
-# Random lines that the guard lets pass, in the shells that an appliance may have (lines.cpp). The
-# figure in docs/security.md is of COUNT 200000.
+# Runs random lines that the guard accepts in the shells that an appliance may have (lines.cpp). The figure
+# in docs/security.md is from COUNT 200000.
 set -euo pipefail
 here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
 clone=${here%/tests/guard}

@@ -13,7 +13,7 @@ namespace {
 
 class GuardLog : public root::UntracedTest {};
 
-/// What a refusal leaves in the log.
+/// The log of a refusal.
 std::string logged(const guard::Verdict& verdict)
 {
     const int log = ::open("/stubs/log", O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);

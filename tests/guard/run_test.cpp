@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Its lines find stubs.
+/// Shell lines with stubs as programs.
 class GuardRun : public root::UntracedTest {
   protected:
     void SetUp() override

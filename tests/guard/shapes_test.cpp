@@ -16,7 +16,7 @@ std::string replaceAll(std::string text, const std::string& from, const std::str
     return text;
 }
 
-/// A place of a shape, as it stands there.
+/// A place of a shape.
 struct Place {
     std::string text; ///< with its braces
     char sign;
@@ -37,7 +37,7 @@ const std::map<char, std::string> kPlain = {
     {'"', "Tom & Jerry films"}, {'\'', "pa$$ \"w`ord\\"},   {'#', "4711"},
     {'_', "tovGet_1"},          {'=', "my nas-2 12:3.4/5"}, {'/', "/tmp/a /tmp/b"}};
 
-/// A shape with plain values, but for one place.
+/// A shape's line with plain values, and another text in one place.
 std::string fill(const guard::Shape& shape, const Place* other = nullptr,
                  const std::string& value = "")
 {
@@ -69,7 +69,7 @@ TEST(Shapes, aLineThatIsCutIsNotKnown)
 {
     for (const guard::Shape& shape : guard::shapes()) {
         const std::string line = fill(shape);
-        // Where a value comes last, a part of it is one, too.
+        // If a value is last, a part of it is a value, too.
         const std::size_t last =
             shape.words.ends_with('}') ? kPlain.at(placesOf(shape.words).back().sign).size() : 0;
         for (std::size_t size = 0; size < line.size() - last; ++size) {
@@ -134,7 +134,7 @@ TEST(Shapes, eachByteIsAllowedWhereAShellDoesNotInterpretIt)
             for (int byte = 1; byte < 256; ++byte) {
                 const char c = static_cast<char>(byte);
                 const std::string line = fill(shape, &place, plain + c + plain);
-                // Behind a function's name a blank begins the value.
+                // After a function's name a blank begins the value.
                 const bool isTwoPlaces =
                     c == ' ' && place.sign == '_' &&
                     shape.words.find("{_function} {=value}") != std::string_view::npos;
@@ -145,7 +145,7 @@ TEST(Shapes, eachByteIsAllowedWhereAShellDoesNotInterpretIt)
     }
 }
 
-/// The operation of the first shape that is the same up to a place.
+/// The operation of the first shape that is equal up to a place.
 std::string_view firstLike(const guard::Shape& shape, const Place& place)
 {
     const std::string_view start = shape.words.substr(0, shape.words.find(place.text));

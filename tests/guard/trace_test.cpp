@@ -58,7 +58,7 @@ TEST_F(GuardTrace, firstEmptiesTheFileAndLaterOnesAppend)
     EXPECT_EQ(root::readFile(root::kTraceFile), "one\ntwo\n\nthr\nee\n");
 }
 
-/// What a line leaves: its result, errno, and what is in /tmp.
+/// The effect of a line: its result, errno, and the files in /tmp.
 std::string effectOf(int (*run)(const char*), const std::string& line, int& result)
 {
     errno = 0;
@@ -192,7 +192,7 @@ TEST_F(GuardTrace, doesNotChangeErrno)
 
 TEST_F(GuardTrace, startsNoProcess)
 {
-    // A shell that somebody else reaps would give -1.
+    // With SIGCHLD ignored, a shell would return -1.
     std::signal(SIGCHLD, SIG_IGN);
     EXPECT_EQ(guard::carryOut(root::trace("a").c_str()), 0);
 }

@@ -40,7 +40,7 @@ std::string byte(int value)
     return std::string(1, static_cast<char>(value));
 }
 
-/// Fills what fin_buf holds of a frame up to its last byte.
+/// Fills a frame up to the last byte of fin_buf.
 std::string upToTheEnd(const std::string& start, char filler)
 {
     return start + std::string(4096 - start.size(), filler);
@@ -111,7 +111,7 @@ class VariableReport : public request::Test {
         EXPECT_EQ(root::readFile(kVariables), "a=b\n" + variable + "\n");
     }
 
-    /// A report whose line arrives in one piece.
+    /// Expects that a report is stored.
     void expectStored(int length, int state, const std::string& name, const std::string& variable)
     {
         expectStored(makeFrame(length, state, name), stored(received(name, length)), variable);
@@ -127,7 +127,7 @@ class VariableReport : public request::Test {
         EXPECT_EQ(root::list("/etc/pelconfig"), (Lines{"system_var", "vokcontrol"}));
     }
 
-    /// A report of state 3 for anna, with interventions of the test's own.
+    /// A report of state 3 for anna, after the test has changed how calls end.
     static Outcome report(const std::function<void()>& intervene = [] {})
     {
         request::load(makeFrame(6, 3, "anna\n"));
@@ -211,7 +211,7 @@ TEST_F(VariableReport, lengthOfTenEndsTheLineAndTheNextLineIsReadIntoIt)
 {
     expectStored(makeFrame('\n', 3, "johannes\nmore\n"), stored(received("johannes\n", 10)),
                  "__bkjohannes=303072025");
-    // The length alone says so: nobody compares it with the name.
+    // Only the length decides: it is not compared with the name.
     expectStored(makeFrame('\n', 3, "anna\n"), stored(received("anna\n", 10)),
                  "__bkanna=303072025");
 }
@@ -455,7 +455,7 @@ class FileReport : public request::Test {
         return frame("sub1", 2, byte(state) + " " + name);
     }
 
-    /// The calls up to the date, for a name as it is kept.
+    /// The calls up to the date, for a name in its stored form.
     static Lines dated(const std::string& name)
     {
         return {trace("user name = __bk" + name),
@@ -469,7 +469,7 @@ class FileReport : public request::Test {
         return join({dated(name), {trace("return good 0")}});
     }
 
-    /// @param name  as it is kept
+    /// @param name  in its stored form
     static void expectStored(const std::string& request, const std::string& name,
                              const std::string& content)
     {
@@ -486,7 +486,7 @@ class FileReport : public request::Test {
         EXPECT_EQ(root::list(kReportFolder), Lines{});
     }
 
-    /// What is left to read of a request with this behind its state, when it has ended.
+    /// Sends a request with NAME after its state, and compares the bytes that it does not read.
     static void expectUnread(const std::string& name, const std::string& rest)
     {
         EXPECT_EQ(request::process(makeFrame(3, name)).result, 0);
@@ -632,7 +632,7 @@ TEST_F(FileReport, nameThatTheRequestsEndCutsOffIsRefused)
 
 TEST_F(FileReport, requestWithoutRoomForANameIsRefused)
 {
-    // Behind the longest line there are two bytes left: the state and the ignored one.
+    // After the longest line two bytes are left: the state and the ignored one.
     expectRefused(upToTheEnd("sub1 " + le32(2), ' '));
     const std::string line = "sub1 " + le32(2) + std::string(4084, ' ') + "\n";
     ASSERT_EQ(line.size(), 4094U);
@@ -768,7 +768,7 @@ class BackupTable : public request::Test {
 
     const std::string capacityBytes = le16(kCapacity);
 
-    /// What GetInternalDiskCap calls; learned once from itself, as its own test has them all.
+    /// The calls of GetInternalDiskCap, recorded once; its own test compares them.
     Lines capacityCalls;
 
     void SetUp() override
@@ -805,7 +805,7 @@ class BackupTable : public request::Test {
         root::writeFile(root::kStatusFile, image(payload));
     }
 
-    /// Has the daemon publish this when it is run.
+    /// Makes the collector publish this.
     static void publishOnRun(const std::string& payload, int exitCode = 0)
     {
         root::writeFile("/stubs/image", image(payload));
@@ -865,7 +865,7 @@ class BackupTable : public request::Test {
 
     static Lines daemonRun() { return {trace("cmd_gub1 -- sys_cmd = pelstatus"), "pelstatus"}; }
 
-    /// The traces of all bytes but the last. A zero byte ends its message.
+    /// The traces of all bytes except the last. A zero byte ends its message.
     static Lines dump(const std::string& bytes)
     {
         Lines calls = {trace("cmd_gub1()  ")};
@@ -907,7 +907,7 @@ class BackupTable : public request::Test {
         return request::run();
     }
 
-    /// A payload that was there, and the bytes that are dumped for it and written.
+    /// Expects the answer to a published payload: the bytes that are traced and written.
     void expectServed(const std::string& payload, unsigned count, const std::string& bytes)
     {
         publish(payload);
@@ -918,7 +918,7 @@ class BackupTable : public request::Test {
         EXPECT_EQ(root::readFile(kMark), le32(1));
     }
 
-    /// The daemon was run, and the status stays what it was at this look: none.
+    /// Expects that the collector ran and that there is still no status.
     void expectNone(const Outcome& outcome, const Lines& look) const
     {
         expectReply(outcome, header(0),
@@ -926,7 +926,7 @@ class BackupTable : public request::Test {
         EXPECT_FALSE(root::exists(kMark));
     }
 
-    /// A payload that was published by the run, likewise.
+    /// Expects the same for a payload that the request's own collection published.
     void expectFresh(const std::string& payload, unsigned count, const std::string& bytes)
     {
         fs::remove(root::kStatusFile);

@@ -23,7 +23,7 @@ using root::trace;
 const std::string kWorkFile = "/tmp/vokcontrol2.tmp";
 const std::string kTraces = "dbg_vokcontrol.txt";
 
-/// A command that prints what stands in a file of the test's.
+/// Makes a command print a file of the test.
 void stubOutput(const std::string& command, const std::string& output)
 {
     root::writeFile("/stubs/" + command + ".out", output);
@@ -230,7 +230,7 @@ class DiskCapacity : public Drives {
         return trace("cannot remove file " + kWorkFile + ": " + reason);
     }
 
-    /// The calls up to the count, where fdisk has printed this line for the disk.
+    /// The calls up to the count, if fdisk has printed this line for the disk.
     [[nodiscard]] Lines asked(const std::string& output, int gigabytes,
                               const std::string& shown) const
     {
@@ -244,7 +244,7 @@ class DiskCapacity : public Drives {
 
     [[nodiscard]] Lines asked() const { return asked(disk, 500, disk.substr(disk.find("500.1"))); }
 
-    /// The calls up to the count, where no size was found in this output.
+    /// The calls up to the count, if no size was found in this output.
     [[nodiscard]] Lines askedInVain(const std::string& output) const
     {
         return {tracedLine(fdiskLine), fdiskLine, tracedOutput(output), countLine, removeLine};
@@ -475,7 +475,7 @@ class MirrorCapacity : public DiskCapacity {
         stubOutput("pelparam", "2\n");
     }
 
-    /// The calls of a mirror whose size came to this.
+    /// The calls for a mirror of this size.
     [[nodiscard]] Lines askedForMirror(int gigabytes) const
     {
         return join({asked(), {tracedLine(mdadmLine), mdadmLine, tracedSize(gigabytes)}});

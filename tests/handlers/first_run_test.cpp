@@ -37,10 +37,10 @@ std::string repeated(const std::string& text, int times)
     return all;
 }
 
-/// A query, with the work file of an earlier command in its place.
+/// Sends a request while a work file of an earlier command is in place.
 class Query : public request::Test {
   protected:
-    /// Has the loaded request processed, and compares all that it leaves.
+    /// Processes the loaded request, and compares all that it leaves.
     /// @param isGood  whether it ends without an error, and so without its exit
     /// @param printed  on standard output
     /// @param left  files besides the work file, which only an exit removes
@@ -61,7 +61,7 @@ class Query : public request::Test {
 
 class FirstTime : public Query {
   protected:
-    /// @param shown  the marker as it is traced
+    /// @param shown  the marker in the trace
     static void expectAnswer(std::uint32_t code, const std::string& shown,
                              const std::string& printed = "")
     {
@@ -189,7 +189,7 @@ void stubLanguage(const std::string& output)
     root::stub("php", "[ $2 = tovGetLanguage ] && cat /stubs/language >\"$3\"");
 }
 
-/// An answer with a language's name behind its tag.
+/// An answer with a language's name after its tag.
 std::string tagged(const std::string& language)
 {
     return "<language>none</language>\n<languag>" + language + "</languag>\n";
@@ -325,7 +325,7 @@ TEST_F(QuickSetup, anyOtherLanguageHasNoCode)
 TEST_F(QuickSetup, longLanguageIsReadInPieces)
 {
     root::writeFile(kVariables, "default_public_share_name_en=Public\n");
-    // A line of the answer holds 511 bytes, the tag's nine among them.
+    // A line of the answer has at most 511 bytes, nine of them for the tag.
     const std::string fits = std::string(502 - 7, 'x') + "english";
     stubLanguage("<languag>" + fits + "</languag>\n");
     expectName(fits, "en", "Public");

@@ -52,7 +52,7 @@ const std::string kBefore = "a=1\n";
 const std::string kEnglish = "language_current=en\n";
 const std::string kStartPage = "http_start_page=/real_index.asp\n";
 
-/// The appliance's scripts: they write down what they are asked to set.
+/// Stubs of the appliance's scripts: they record what they are asked to set.
 /// @param special  rows of a shell's "case" by function, before the common one
 void stubScripts(const std::string& special = "")
 {
@@ -64,7 +64,7 @@ std::string asked()
     return root::readFile("/stubs/asked");
 }
 
-/// How the scripts are asked to set one thing.
+/// The record of a script that is asked to set one value.
 std::string ask(const std::string& function, const std::string& value)
 {
     const bool isTime = function == "tovSetUtcSysTime";
@@ -88,7 +88,7 @@ std::string lines(const Parameters& p)
 
 // ---- Calls ------------------------------------------------------------------------------------
 
-/// The traces of what was read.
+/// The traces of the parameters.
 Lines read(const Parameters& p)
 {
     return {cutTrace("date=" + p.date), cutTrace("hostname=" + p.hostName),
@@ -108,7 +108,7 @@ Lines settingTime(const std::string& time, int result = 0, const std::string& er
                         " -- sys err: " + error)};
 }
 
-/// The calls that set one thing through the system script.
+/// The calls that set one value through the system script.
 Lines setting(const std::string& function, const std::string& value, int result = 0)
 {
     const std::string line =
@@ -154,7 +154,7 @@ class Host : public request::Test {
         stubScripts();
     }
 
-    /// Loads a request, with the work file of an earlier command in its place.
+    /// Loads a request, and puts a work file of an earlier command in place.
     static void loadFrame(const std::string& request)
     {
         fs::remove("/stubs/asked");
@@ -179,7 +179,7 @@ class Host : public request::Test {
 
     static void load(const Parameters& parameters) { load(lines(parameters)); }
 
-    /// Has the next line of a function fail in one of the ways.
+    /// Makes the next line of a function fail in one of the ways.
     static void fail(const Failure& failure, const std::string& function)
     {
         stubScripts(failure.script.empty() ? "" : function + ") " + failure.script + " ;;\n");
@@ -190,13 +190,13 @@ class Host : public request::Test {
         }
     }
 
-    /// The file that a line of the system script which failed so leaves.
+    /// The file that a line of the system script leaves after this failure.
     static Lines leftBy(const Failure& failure)
     {
         return failure.script.empty() ? Lines{} : Lines{root::workFile("setSysVar")};
     }
 
-    /// Has the request processed, and compares all that it leaves.
+    /// Processes the request, and compares all that it leaves.
     /// @param left  files besides the work file, which only an exit removes
     static void expectEnd(std::uint32_t code, const Lines& calls, const Lines& left = {})
     {
@@ -207,7 +207,7 @@ class Host : public request::Test {
         }
     }
 
-    /// The request ends before anything has been changed.
+    /// Expects that the request ends before anything is changed.
     static void expectRefused(std::uint32_t code, const Lines& calls)
     {
         expectEnd(code, calls);
@@ -322,7 +322,7 @@ TEST_F(Host, lineThatIsMissingIsMalformed)
 
 TEST_F(Host, lineAfterTheEndOfTheRequestIsMalformed)
 {
-    // Not even a zero is left to read: the line is what was read before.
+    // Nothing is left, not even a zero: the previous line is taken.
     const Lines whole = {kDate + "\n", "attic\n", "HOME\n"};
     const Lines traces = read({.hostName = "attic", .workGroup = "HOME"});
     std::string before;
@@ -625,7 +625,7 @@ TEST_F(Host, anyOtherLanguageIsRefusedBeforeTheTimeIsSet)
     }
 }
 
-/// How a variable cannot be written.
+/// The ways in which a variable cannot be written.
 const std::vector<std::function<void()>> kVariableTroubles = {
     [] { fs::remove(kVariables); },
     [] {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Files of more than 2 GiB, which not every machine opens or measures by itself.
+// Files of more than 2 GiB, which need 64-bit file sizes on 32-bit machines.
 #include <array>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ const std::string kPrivateFile = "/etc/pelconfig/vokcontrol/vokcontrol-private.t
 
 constexpr std::uintmax_t kGibibyte = 1U << 30U;
 
-/// A file that begins with some text; zeros follow up to its size, and take no room.
+/// Makes a file that begins with a text; zeros follow up to its size, and take no space.
 void makeLarge(const std::string& path, const std::string& start, std::uintmax_t size)
 {
     root::writeFile(path, start);
@@ -58,7 +58,7 @@ TEST_F(LargeFiles, tooLargeABuildFileIsRefused)
     }
 }
 
-/// The size goes out in 32 bits, and as much of the file goes with it.
+/// The answer has the low 32 bits of the size, and that many bytes of the file.
 TEST_F(LargeFiles, privateFileIsSentUpToTheSizeInTheHeader)
 {
     makeLarge(kPrivateFile, "abcdef", 4 * kGibibyte + 3);

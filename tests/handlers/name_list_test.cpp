@@ -59,7 +59,7 @@ class NameList : public root::Test {
         return handlers::searchNameList(kList.c_str(), name.c_str(), how);
     }
 
-    /// Searches a list for a name as it stands, and compares all that this leaves.
+    /// Searches a list for exactly a name, and compares all that this leaves.
     static void expectFound(const std::string& list, const std::string& name, int result)
     {
         watch::restart();
@@ -70,7 +70,7 @@ class NameList : public root::Test {
         EXPECT_FALSE(root::exists(kList));
     }
 
-    /// The same, in either case; both texts are traced in upper case.
+    /// The same for letters of both cases; both texts are traced in upper case.
     static void expectFoundInAnyCase(const std::string& list, const std::string& name, int result,
                                      const std::string& upperList, const std::string& upperName)
     {
@@ -289,7 +289,7 @@ TEST_F(NameList, listThatMemoryCannotHoldIsTracedAndRemoved)
 {
     constexpr std::uintmax_t kHuge = std::uintmax_t{1} << 60U;
     constexpr std::uintmax_t kHalf = std::uintmax_t{1} << 31U;
-    // Cut to 32 bits, the first is as small as what the list holds, and the last leaves no room for
+    // Cut to 32 bits, the first is as small as the list's content, and the last leaves no room for
     // more.
     for (const std::uintmax_t more : {std::uintmax_t{5}, kHalf - 1, 2 * kHalf - 16}) {
         SCOPED_TRACE(more);

@@ -26,14 +26,14 @@ SmbPasswdEntry account(const std::string& name, const std::string& hash)
     return entry;
 }
 
-/// Checks a password against the hash of an account of its own.
+/// Checks a password against an account with this hash.
 int check(const std::string& hash, const std::string& password)
 {
     const SmbPasswdEntry entry = account("anna", hash);
     return checkNtPassword(&entry, "anna", password.c_str());
 }
 
-/// The hash of a password, each of whose bytes is a character.
+/// The hash of a password in ISO-8859-1.
 std::string hashOf(const std::string& password)
 {
     std::string wide;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// In which order handlers trace, answer and put their work files away. Other tests compare all
-// traces and the whole answer; this one looks at the answer and at the files when a trace is made.
+// The order in which handlers trace, answer, and close and remove their work files. Other tests
+// compare all traces and the whole answer; this one reads the answer and the files at the moment of
+// a trace.
 #include <cstdio>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -25,7 +26,7 @@ using request::Lines;
 const std::string kSwitch = "/usr/bin/ra-enabled";
 const std::string kReport = "/etc/pelconfig/vokcontrol/__bksts/__bkanna";
 
-/// An appliance on which every request ends well.
+/// An appliance on which every request succeeds.
 class Order : public request::Test {
   protected:
     void SetUp() override
@@ -56,8 +57,8 @@ esac)");
         request::Test::TearDown();
     }
 
-    /// Has a request processed, and looks at something when the first trace that starts so is made.
-    /// @return nothing where no such trace is made
+    /// Processes a request, and calls LOOK at the first trace with this start.
+    /// @return nothing if there is no such trace
     template <class Look>
     static auto lookAt(const std::string& traceStart, const std::string& request, Look look)
     {
@@ -68,14 +69,14 @@ esac)");
         return seen;
     }
 
-    /// How many bytes have been answered when a trace is made.
+    /// Compares the number of bytes answered before a trace.
     static void expectAnswered(long size, const std::string& traceStart, const std::string& request)
     {
         EXPECT_EQ(lookAt(traceStart, request, [] { return std::ftell(fout_buf); }), size)
             << traceStart;
     }
 
-    /// Whether a file is still there when a trace is made.
+    /// Compares whether a file exists at a trace.
     static void expectThere(bool isThere, const std::string& path, const std::string& traceStart,
                             const std::string& request)
     {
@@ -83,8 +84,8 @@ esac)");
             << traceStart;
     }
 
-    /// A request writes this work file, reads it, closes it and then removes it. Each read closes
-    /// it; some files are written more than once.
+    /// Expects that a request writes a work file, reads it, closes it and then removes it. Each
+    /// read closes it; some files are written more than once.
     static void expectPutAway(const std::string& name, const std::string& request,
                               const Lines& before = {"write", "close", "close"})
     {
@@ -100,7 +101,7 @@ esac)");
         EXPECT_EQ(kinds, root::join({before, {"remove"}})) << name << ", " << request;
     }
 
-    /// Whether a file is still open when a trace is made.
+    /// Compares whether a file is open at a trace.
     static void expectOpen(bool isOpen, const std::string& path, const std::string& traceStart,
                            const std::string& request)
     {

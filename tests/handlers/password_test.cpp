@@ -81,7 +81,7 @@ class Wall : public request::Test {
         request::Test::expectError(process(frame), "erro " + le32(code), code, {});
     }
 
-    /// A request without a byte to spare.
+    /// A request that fills all 4096 bytes.
     static std::string fullFrame(const std::string& rest) { return filledFrame("wall", 2, rest); }
 
     static std::size_t openFiles() { return root::list("/proc/self/fd").size(); }

@@ -59,7 +59,7 @@ std::string withoutNewline(const std::string& text)
 
 // ---- Programs ---------------------------------------------------------------------------------
 
-/// Puts a program in its place; it writes down its arguments and then runs this.
+/// Installs a program that records its arguments and then runs SCRIPT.
 void place(const std::string& path, const std::string& script)
 {
     const std::string record = "printf '<%s>' \"$@\" >/stubs/asked-" + path.substr(9) + "\n";
@@ -68,7 +68,7 @@ void place(const std::string& path, const std::string& script)
     fs::permissions(path, fs::perms(0755));
 }
 
-/// What a program was called with.
+/// The arguments that a program recorded.
 std::string asked(const std::string& path)
 {
     return root::readFile("/stubs/asked-" + path.substr(9));
@@ -80,7 +80,7 @@ std::string registration(const std::string& user, const std::string& first,
     return "<registerUser><" + user + "><" + first + "><" + second + ">";
 }
 
-/// How there can be no program to start.
+/// The ways in which a program cannot be started.
 const std::vector<std::function<void(const std::string&)>> kUnstartable = {
     [](const std::string& path) { fs::remove(path); },
     [](const std::string& path) { fs::permissions(path, fs::perms(0644)); },
@@ -99,7 +99,7 @@ const std::vector<std::function<void(const std::string&)>> kUnstartable = {
     },
 };
 
-/// None that whoever runs the tests may have set to be ignored.
+/// Only signals that the caller of the tests does not set to be ignored.
 const std::vector<int> kSignals = {SIGKILL, SIGTERM, SIGSEGV, SIGABRT, SIGUSR1};
 
 std::string dieBy(int signal)
@@ -129,7 +129,7 @@ class RemoteAccess : public request::Test {
         request::Test::TearDown();
     }
 
-    /// Loads a request, with the work file of an earlier command in its place.
+    /// Loads a request, and puts a work file of an earlier command in place.
     void load(const std::string& request)
     {
         fs::remove("/stubs/asked-ractl");
@@ -139,10 +139,10 @@ class RemoteAccess : public request::Test {
         root::writeFile(kWorkFile, "work");
     }
 
-    /// Standard output is going to hold this when the request has ended.
+    /// Sets the expected standard output of the request.
     void expectPrinted(const std::string& text) { printed_ = text; }
 
-    /// The request ends well, and leaves the work file.
+    /// Expects that the request succeeds, and leaves the work file.
     void expectAnswer(const std::string& answer, const Lines& calls)
     {
         expectEnd(answer, calls, {kWorkFile}, printed_);
@@ -155,7 +155,7 @@ class RemoteAccess : public request::Test {
         expectNoChild();
     }
 
-    /// No program was started.
+    /// Expects that no program was started.
     static void expectNoProgram()
     {
         EXPECT_FALSE(root::exists("/stubs/asked-ractl"));
@@ -198,7 +198,7 @@ class Value : public RemoteAccess {
         expectError(code, {trace("key is " + std::to_string(key))});
     }
 
-    /// Both addresses are kept so; they are read as this.
+    /// Expects that an address in the variables, KEPT, is answered as VALUE.
     void expectAddresses(const std::string& kept, const std::string& value)
     {
         root::writeFile(kVariables, "ra_signUpUrl=" + kept + "\nra_signInUrl=other\n");
@@ -436,7 +436,7 @@ TEST_F(Access, entityNeedsNoNewline)
 
 TEST_F(Access, entityThatCannotBeReadIsMalformed)
 {
-    // Every request leaves bytes behind its first line, so they are read here beforehand.
+    // Every request has bytes after its first line, so they are read here first.
     EXPECT_EQ(request::process(frame("wags", 1, "system\nanna\n")).result, 0);
     EXPECT_EQ(request::unread(), "anna");
     for (void (*const handler)() : {cmd_wags, +[] {
@@ -485,7 +485,7 @@ TEST_F(Access, programThatIsKilledGivesNoAnswer)
         expectError(2, userCalls("anna"));
         EXPECT_EQ(asked(kSwitch), "<get><anna>");
     }
-    // However the shell tells it: as its own end, with a core dump, or as a status.
+    // In each form of the shell's status: its own end, with a core dump, or 128 and more.
     for (const int result : {9, 15, 11 | 0x80, 137 << 8}) {
         ask("anna");
         watch::answer(kSwitch, result, 0);
@@ -538,7 +538,7 @@ TEST_F(Access, lineForTheShellIsCutAt255Characters)
         EXPECT_EQ(userCalls(user)[1].size(), size + 26);
         EXPECT_EQ(asked(kSwitch), "<get><" + user + ">");
     }
-    // From here on the quote at the end is lost, and the shell refuses the line with status 2.
+    // From this size on the last quote is cut off, and the shell refuses the line with status 2.
     for (const std::size_t size : {230U, 231U, 250U, 4000U}) {
         const std::string user(size, 'n');
         ask(user);
@@ -561,7 +561,7 @@ TEST_F(Access, restOfALongUserIsNotRead)
 
 TEST_F(Access, restOfALongEntityIsTheUser)
 {
-    // Zeros make it long without being part of it.
+    // Zeros make the line long, but are not part of the text.
     for (std::size_t size = 253; size <= 257; ++size) {
         const std::string entity = "user" + std::string(size - 5, '\0') + "\n";
         load(frame("wags", 2, entity + "anna\n"));
@@ -645,7 +645,7 @@ class SigningUp : public RemoteAccess {
 
     void ask(const std::string& parameters) { load(frame("warp", 3, parameters)); }
 
-    /// The request ends well, and the program was given these.
+    /// Expects that the request succeeds, and that the program got these arguments.
     void expectRegistered(const std::string& user, const std::string& first,
                           const std::string& second)
     {
@@ -667,7 +667,7 @@ TEST_F(SigningUp, userLosesItsNewlineButTheOtherTextsKeepTheirs)
 
 TEST_F(SigningUp, programIsCalledByItsPath)
 {
-    // A shell that is called so reads its first argument; this tells the whole vector.
+    // A shell as the program runs its first argument, a script that records all arguments.
     fs::remove(kRegister);
     fs::create_symlink("/usr/bin/sh", kRegister);
     ASSERT_EQ(::chdir("/stubs"), 0);
@@ -708,7 +708,7 @@ TEST_F(SigningUp, programThatCannotBeStartedRefuses)
         expectNoProgram();
         fs::remove(kRegister);
     }
-    // Nobody tries it as a shell script.
+    // It is not run as a shell script.
     root::writeFile(kRegister, "exit 0\n");
     fs::permissions(kRegister, fs::perms(0755));
     ask(kAnna);
@@ -893,7 +893,7 @@ TEST_F(Switching, onRegistersTheUserWithoutNewlines)
 
 TEST_F(Switching, programIsCalledByItsPath)
 {
-    // A shell that is called so reads its first argument; this tells the whole vector.
+    // A shell as the program runs its first argument, a script that records all arguments.
     fs::remove(kRegister);
     fs::create_symlink("/usr/bin/sh", kRegister);
     ASSERT_EQ(::chdir("/stubs"), 0);
@@ -1103,7 +1103,7 @@ TEST_F(SwitchingOff, lineForTheShellIsCutAt255Characters)
     }
     EXPECT_EQ(line(std::string(225, 'n')).size(), 255U);
     EXPECT_EQ(line(std::string(225, 'n')).substr(251), " off");
-    // From here on the quote is left open, and the shell refuses the line with status 2.
+    // From this size on the quote stays open, and the shell refuses the line with status 2.
     for (const std::size_t size : {230U, 231U, 254U}) {
         const std::string user(size, 'n');
         const std::string cut = kSwitch + " set \"" + std::string(230, 'n');
@@ -1209,7 +1209,7 @@ TEST_F(Switching, restOfALongLastLineIsTheFlag)
     const std::string text(255, 'n');
     ask("a\nb\n" + text + "\1\n");
     expectRegistered("a", "b", text);
-    // The flag is the newline, and the byte behind it is none.
+    // The flag is the newline, and the byte after it is no newline.
     expectMalformed(frame("wasu", 4, "a\nb\n" + text + "\n\1\n"));
     expectMalformed(frame("wasu", 4, "a\nb\n" + text + "nn\n\1\n"));
     ask("a\nb\n" + text + "n\n\1\n");
@@ -1375,7 +1375,8 @@ TEST_P(Children, signalDoesNotEndTheWait)
 {
     static volatile std::sig_atomic_t signals = 0;
     signals = 0;
-    // It stays: after a wait that has ended early, signals come later. A program starts without it.
+    // The handler stays: a signal may come after a wait that ended early. A started program does
+    // not inherit it.
     struct sigaction counting = {};
     counting.sa_handler = [](int) { signals = signals + 1; };
     ::sigaction(SIGUSR1, &counting, nullptr);

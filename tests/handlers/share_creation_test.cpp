@@ -101,7 +101,7 @@ Lines shareLookup(const Lines& shares, const std::string& name, int result)
                   trace("isShareNameExisted() return: " + std::to_string(result))}});
 }
 
-/// The calls that look a user up where no shell can be started.
+/// The calls that look a user up if no shell can be started.
 Lines failedUserLookup()
 {
     const std::string line = userFetch()[0];
@@ -134,7 +134,7 @@ Lines giving(const std::string& share, const std::string& user, int result = 0,
 
 // ---- Names and shell lines --------------------------------------------------------------------
 
-/// The scripts are in place; shares are made of nothing.
+/// Tests of single calls of the share script, which is a stub.
 class ShareScript : public request::Test {
   protected:
     void SetUp() override
@@ -143,7 +143,7 @@ class ShareScript : public request::Test {
         stubScripts({}, {});
     }
 
-    /// Starts anew, with a shell line that fails in one of its ways.
+    /// Starts again, with a shell line that fails in one of its ways.
     static void fail(const Failure& failure, const std::string& line, const std::string& function)
     {
         watch::restart();
@@ -275,7 +275,7 @@ class Creation : public creation::Test {
         line_ = request.substr(0, request.find('\n') + 1);
     }
 
-    /// The calls that "shar" has traced of its line before its count is checked come first.
+    /// Adds the traces that "shar" makes of its line before the count is checked.
     void expectEnd(std::uint32_t code, const Lines& calls, const Lines& left = {})
     {
         creation::Test::expectEnd(code, join({lineTraces(), calls}), left);
@@ -290,7 +290,7 @@ class Creation : public creation::Test {
     }
 };
 
-/// Every way in which the search for a share's name fails; the one share there is, is "Old".
+/// Every way in which the search for a share's name fails. The only share is "Old".
 std::vector<Trouble> shareTroubles()
 {
     const Lines shares = {"Old"};
@@ -327,7 +327,7 @@ std::vector<Trouble> shareTroubles()
         {[=] { script("echo >\"$3\"; chmod 000 \"$3\""); },
          join({start, {trace(unopened + "Permission denied)")}}),
          {list, listing}},
-        // The list that is made of it.
+        // The list made from the listing.
         {[=] {
              script("cat /stubs/listing >\"$3\"");
              fs::create_directory(list);
@@ -455,7 +455,7 @@ TEST_F(PublicShare, lineWithAZeroByteIsMalformed)
 
 TEST_F(PublicShare, guestAtTheEndOfTheRequestIsMalformed)
 {
-    // Not even a zero is left to read: the name is what was read before.
+    // Nothing is left, not even a zero: the previous line is the name.
     load(filledFrame("pshr", 3, "guest\n"));
     expectEnd(kMalformed, {});
 }
@@ -596,7 +596,7 @@ TEST_F(PublicShare, listingWithoutContentHoldsNoShares)
 
 TEST_F(PublicShare, listingReapedElsewhereCounts)
 {
-    // The list is taken as it is, but the share's own line is not.
+    // The list counts despite the lost status, but the share's own line does not.
     std::signal(SIGCHLD, SIG_IGN);
     ask("Media");
     expectEnd(kFailed,
@@ -621,7 +621,7 @@ TEST_F(PublicShare, creationThatFailsEndsTheCommand)
 
 class PrivateShare : public Creation {
   protected:
-    /// Loads a request; the traces of its line's bytes are told, but not run.
+    /// Loads a request; the traces of its line's bytes are recorded, but not run.
     void load(const std::string& request)
     {
         Creation::load(request);
@@ -660,7 +660,7 @@ class PrivateShare : public Creation {
                      giving(share, user)});
     }
 
-    /// What is traced where the user gets no access.
+    /// The trace if the user gets no access.
     static std::string notGiven(const std::string& share, const std::string& user)
     {
         return cutTrace("cmd_shar() failed setUserPrivilege for share: " + share +
@@ -725,7 +725,7 @@ TEST_F(PrivateShare, shareLineWithoutItsNewlineIsTraced)
 
 TEST_F(PrivateShare, userAtTheEndOfTheRequestIsMalformed)
 {
-    // Not even a zero is left to read: the share's line is what was read before.
+    // Nothing is left, not even a zero: the previous line is the share's.
     const std::string user(4000, 'u');
     load(filledFrame("shar", 3, user + "\n"));
     watch::answer(kUserScript, -1, EAGAIN);
@@ -858,7 +858,7 @@ TEST_F(PrivateShare, usersOfAnySize)
 {
     for (const std::size_t size : kSizes) {
         const std::string user(size, 'u');
-        // The list of users holds lines of 511 characters, so that the last of these is not in it.
+        // Lines of the list of users have at most 511 characters, so the longest name is not in it.
         const Lines users = (size < 100) ? Lines{"anna", user} : Lines{"anna"};
         stubScripts({}, users);
         ask(user, "Media");
@@ -1037,7 +1037,7 @@ TEST_F(PrivateShare, shareThatCannotBeGivenStays)
 
 TEST_F(PrivateShare, childrenReapedElsewhereAreFailures)
 {
-    // The user is taken to exist, the list of shares counts, but the share's own line does not.
+    // The user counts as existing and the list of shares is read, but the share's own line fails.
     std::signal(SIGCHLD, SIG_IGN);
     const std::string line = userFetch()[0];
     ask("bob", "Media");

@@ -73,7 +73,7 @@ class ShareProperty : public request::Test {
         return {trace("get share property enter..0"), cutTrace("cmd_gspc pShareName: " + name)};
     }
 
-    /// The calls behind a shell line that gives this result, with that line and the name.
+    /// The calls for a name up to the shell line, which has this result, and then MORE.
     [[nodiscard]] Lines callsWith(const std::string& name, int result, const Lines& more) const
     {
         const std::string run =
@@ -98,7 +98,7 @@ class ShareProperty : public request::Test {
         return "gspr " + le32(1) + "\n" + static_cast<char>(property) + "\n";
     }
 
-    /// Compares all that a request for a name leaves when it is answered, with these finds.
+    /// Compares all that an answered request for a name leaves, with the traces of these lines.
     void expectProperty(const std::string& text, const std::string& name, int property,
                         const Lines& finds)
     {
@@ -109,7 +109,7 @@ class ShareProperty : public request::Test {
                   callsWith(name, 0, join({finds, {answerTrace(property)}})), {kWorkFile});
     }
 
-    /// The same where it is enough to know the answer.
+    /// Compares only the answer.
     static void expectAnswer(const std::string& text, const std::string& name, int property)
     {
         root::stubListing(text);
@@ -123,14 +123,14 @@ class ShareProperty : public request::Test {
         request::Test::expectError(outcome, "erro " + le32(code), code, calls, files);
     }
 
-    /// The name does not have 1 to 64 bytes.
+    /// Expects the refusal of a name that does not have 1 to 64 bytes.
     static void expectBadName(const Outcome& outcome, const std::string& name)
     {
         SCOPED_TRACE(name.size());
         request::Test::expectError(outcome, le32(0xC1000003), 0xC1000003, nameCalls(name));
     }
 
-    /// Asks for "Music" of a good listing, with something happening on the way.
+    /// Asks for "Music" in a good listing, and runs ACTION at a moment.
     static Outcome askWhen(const std::string& moment, const std::function<void()>& action)
     {
         root::stubListing(block("Music", "public"));
@@ -211,7 +211,7 @@ TEST_F(ShareProperty, longLinesAreReadInPieces)
 {
     const std::string piece = std::string(506, ' ') + "Music";
     expectProperty(piece + "</shareinfo>\n" + propertyLine("public"), "Music", 3, {found(piece)});
-    // The name falls into two pieces.
+    // The name is in two pieces.
     expectProperty(' ' + piece + '\n' + propertyLine("public"), "Music", 3, {});
     expectAnswer("Music\n" + std::string(500, ' ') + "<shareproperty>public\n", "Music", 3);
 }
@@ -441,7 +441,7 @@ class SharePropertyByPlace : public request::Test {
         root::stub("php", "cat /stubs/users >\"$3\"");
     }
 
-    /// A list of users of which the first fills it up to this many characters.
+    /// A list of users with this many characters: the first name fills it.
     static Lines usersUpTo(std::size_t size)
     {
         const std::size_t frameSize = std::string_view("return [\"guest\", \"\"").size();
@@ -457,7 +457,7 @@ class SharePropertyByPlace : public request::Test {
         return list + "];";
     }
 
-    /// A request with a name behind its length.
+    /// A request with a length and a name.
     static std::string requestFor(const std::string& name)
     {
         return "gspc " + std::string(1, static_cast<char>(name.size())) + name + "\n";
@@ -486,20 +486,20 @@ class SharePropertyByPlace : public request::Test {
                      std::to_string(property) + " - return 10");
     }
 
-    /// A request whose name is not in the hook's list.
+    /// Expects the answer for a name that is not in the hook's list.
     void expectNone(const std::string& request, const std::string& name)
     {
         expectEnd(request::process(request), answerOf(3),
                   join({nameCalls(name), {hookLine, placeTrace(name, 0, 3), answerTrace(3)}}));
     }
 
-    /// A request that ends where its name is looked at.
+    /// Expects that a request is refused for its name.
     void expectRefused(const std::string& request, const std::string& name)
     {
         expectEnd(request::process(request), status, join({nameCalls(name), {statusTrace}}));
     }
 
-    /// A request for a share that has a place, and so comes to the end of a short user list.
+    /// Expects that a share has a position in the hook's list, beyond the end of a short user list.
     void expectPlace(const std::string& name, int standing)
     {
         const std::string request = requestFor(name);
@@ -510,8 +510,7 @@ class SharePropertyByPlace : public request::Test {
                         {statusTrace}}));
     }
 
-    /// A request for a share that has a place, with a user list that reaches as far. The line is
-    /// what is looked at.
+    /// Expects the answer for a share with a position, and a user list with that line.
     void expectProperty(const std::string& name, int standing, const std::string& line,
                         int property)
     {
@@ -523,7 +522,7 @@ class SharePropertyByPlace : public request::Test {
                         {trace("cmd_gspc " + line + ": "), answerTrace(property)}}));
     }
 
-    /// Asks for "Music", with something happening on the way.
+    /// Asks for "Music", and runs ACTION at a moment.
     static Outcome askWhen(const std::string& moment, const std::function<void()>& action)
     {
         request::load(requestFor("Music"));
@@ -917,7 +916,7 @@ TEST_F(SharePropertyByPlace, userListThatDoesNotFitOnTheDiskIsAFailure)
 
 TEST_F(SharePropertyByPlace, userListThatIsGoneIsAFailure)
 {
-    // The list goes through a link into one of the work files, which is removed in the end.
+    // The list is written through a link into a work file, which is removed at the end.
     const auto link = [&] { fs::create_symlink(fetchedFiles[0], kWorkFile); };
     expectEnd(askWhen("cat", link), status, musicCallsWithUsers({statusTrace}), {kWorkFile});
 }
@@ -933,7 +932,7 @@ TEST_F(SharePropertyByPlace, userListThatIsUnreadableIsAFailure)
 
 TEST_F(SharePropertyByPlace, userListThatIsLostIsAFailure)
 {
-    // What is written to /dev/null is gone: the first line is missing already.
+    // A list written to /dev/null is lost: even its first line is missing.
     stubUsers({std::string(300, 'n')});
     expectEnd(askWhen("cat", [] { fs::create_symlink("/dev/null", kWorkFile); }), status,
               musicCallsWithUsers({statusTrace}));

@@ -72,7 +72,7 @@ Lines shareInfoFailure(int result, const std::string& why)
                   ") iRet:" + std::to_string(result) + " (error: " + why + ")")};
 }
 
-/// The list that share_info makes of these shares.
+/// The list that share_info makes for these shares.
 std::string shareList(const Lines& names)
 {
     std::string list;
@@ -123,7 +123,7 @@ TEST_F(PublicShare, namesOfAllSizes)
         setVariables("pel_pubshare_name=" + std::string(size, 'n') + "\n");
         expectName(std::string(size, 'n'));
     }
-    // A line of the variable file has 511 characters at most.
+    // A line of the variable file has at most 511 characters.
     const std::string longest(511 - 19, 'n');
     setVariables("pel_pubshare_name=" + longest + "\n");
     expectName(longest);
@@ -189,13 +189,13 @@ class ListShares : public request::Test {
     const std::string listing = root::workFile("cmd_lsts");
     const std::string command = listingLine(listing);
 
-    /// The line behind its shell line, with what that came to.
+    /// The trace of the shell line, with its result.
     [[nodiscard]] std::string runTrace(int result) const
     {
         return trace("cmd_lsts: system(" + command + ") -- iRet: " + std::to_string(result));
     }
 
-    /// The calls up to the answer's header, where these shares are internal.
+    /// The calls up to the answer's header, if these shares are internal.
     [[nodiscard]] Lines headerCalls(const Lines& internal) const
     {
         return join({shareInfoCalls(internal), {command, runTrace(0)}, shareInfoCalls(internal)});
@@ -206,7 +206,7 @@ class ListShares : public request::Test {
         return "lsst " + le32(static_cast<std::uint32_t>(count)) + "\n";
     }
 
-    /// Compares all that a listing leaves: these internal shares, and this answer behind the
+    /// Compares all that a request leaves for a listing: internal shares, and the answer after the
     /// header.
     void expectShares(const std::string& text, const Lines& internal, const std::string& pairs)
     {
@@ -226,7 +226,7 @@ class ListShares : public request::Test {
         request::Test::expectError(outcome, before + "erro " + le32(code), code, calls, files);
     }
 
-    /// Lists one good share, with something happening once this command's shell line has run.
+    /// Lists one good share, and runs ACTION after this command's shell line.
     [[nodiscard]] Outcome listWhenRun(const std::function<void()>& action) const
     {
         root::stubListing(block("Music", "public"));
@@ -235,7 +235,7 @@ class ListShares : public request::Test {
         return request::run();
     }
 
-    /// The same, once the shares are counted.
+    /// The same, with ACTION after the shares are counted.
     [[nodiscard]] Outcome listWhenCounted(const std::function<void()>& action) const
     {
         return listWhenRun([&] { watch::after("echo \"share_info() return", action); });
@@ -601,7 +601,7 @@ class ShareNameExists : public request::Test {
         EXPECT_EQ(leftBehind(), Lines{});
     }
 
-    /// Searches for "Music", which is there, with something happening on the way.
+    /// Searches for "Music", which exists, and runs ACTION at a moment.
     void expectFailure(const std::string& moment, const std::function<void()>& action,
                        const Lines& calls, const Lines& files)
     {

@@ -34,7 +34,7 @@ const std::string kFile = "/tmp/smbpasswd";
 const std::string kLm = "0123456789ABCDEF0123456789ABCDEF";
 const std::string kNt = "8846F7EAEE8FB117AD06BDD830B7586C";
 
-/// What a test changes of an account's line; the rest is in order.
+/// An account's line: a test changes some fields, the others are valid.
 struct Line {
     std::string name = "anna";
     std::string id = "1000";
@@ -61,7 +61,7 @@ class Reader {
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
 
-    /// Reads a line into an entry that is full of something else; errno is 0 before.
+    /// Reads a line into an entry that is filled with other bytes; sets errno to 0 before.
     [[nodiscard]] int read()
     {
         std::memset(&entry_, 'x', sizeof entry_);
@@ -102,10 +102,10 @@ class SmbPasswd : public root::Test {
         return reader.entry();
     }
 
-    /// The same for a line that is whole.
+    /// The same for a single line.
     static SmbPasswdEntry accountOf(const Line& line) { return firstAccount(line.text() + "\n"); }
 
-    /// A content that begins with a line that is no account.
+    /// Expects that the first line of a content is no account.
     static void expectFirstRejected(const std::string& content)
     {
         Reader(content).expectNoAccount(content);
@@ -251,7 +251,7 @@ TEST_F(SmbPasswd, lastCharacterOfALineWithoutNewlineIsNotExamined)
 
 // ---- Long lines -------------------------------------------------------------------------------
 
-/// An account's line with so many characters, its newline counted.
+/// An account's line with SIZE characters, its newline included.
 std::string longLine(std::size_t size, const std::string& name = "anna")
 {
     const std::string text = Line{.name = name}.text();
@@ -324,7 +324,7 @@ TEST_F(SmbPasswd, zeroByteEndsTheLine)
     Reader reader(zero + line + "\n" +                                 // nothing before it
                   line.substr(0, 40) + zero + line.substr(40) + "\n" + // in the LM hash
                   line + zero + "rest\n" +       // the sixth colon is the last character
-                  line + "x" + zero + "rest\n" + // behind it
+                  line + "x" + zero + "rest\n" + // after it
                   "#" + zero + line + "\n" +     // a comment
                   Line{.name = "bob"}.text() + "\n");
     reader.expectNoAccount("nothing before the zero byte");

@@ -43,14 +43,14 @@ std::string errorAnswer(std::uint32_t code)
     return "erro " + le32(code);
 }
 
-/// A trace of bytes as text: up to their first zero, and no message is longer than 1999 characters.
+/// The trace of bytes as text: up to their first zero, and at most 1999 characters.
 std::string traceBytes(const std::string& message)
 {
     constexpr std::size_t kLongestMessage = 1999;
     return trace(message.substr(0, std::min(message.find('\0'), kLongestMessage)));
 }
 
-/// Harmless text of a size, of which no two neighbouring chunks are the same.
+/// Harmless text of a size, in which two neighbouring chunks always differ.
 std::string text(std::size_t size)
 {
     std::string text;
@@ -60,7 +60,7 @@ std::string text(std::size_t size)
     return text;
 }
 
-/// Bytes of every value, a zero first, so that a trace shows none of them.
+/// Bytes of every value, a zero first, so that a trace shows no byte.
 std::string binary(std::size_t size)
 {
     std::string bytes;
@@ -167,8 +167,8 @@ TEST_F(Version, byteOfAllOnesEndsTheLine)
     expectLine("1.0\xFF", "1.0");
 }
 
-/// What is answered is never longer than the buffer: the line is cut before the first character (or
-/// the first three, for a newline) that would not leave room for the last newline.
+/// The answer is never longer than the buffer: the line is cut before the first character (or the
+/// three for a newline) that would leave no room for the last newline.
 TEST_F(Version, lineIsCutIfNewlinesMakeItTooLong)
 {
     std::string hyphens;
@@ -464,7 +464,7 @@ class Upload : public Transfer {
 
     static void keepFormer() { root::writeFile(kPrivateFile, kFormer); }
 
-    /// What the folder of the private file holds, and what of its own an upload has left in /tmp.
+    /// Compares the files in the folder of the private file, and those that an upload left in /tmp.
     static void expectFiles(const Lines& kept, const Lines& saved)
     {
         Lines names = root::list(root::kStatusFolder);
@@ -473,7 +473,7 @@ class Upload : public Transfer {
         EXPECT_EQ(request::leftBehind(), saved);
     }
 
-    /// An upload that was good: the private file is the new one, and no other is left.
+    /// Expects a good upload: the private file is the new one, and no other file is left.
     static void expectStored(const Outcome& outcome, const std::string& content, const Lines& calls)
     {
         expectReply(outcome, le32(kGood), calls);
@@ -492,13 +492,13 @@ class Upload : public Transfer {
                            {writeTrace(content)}}));
     }
 
-    /// An upload that failed, with these calls before its last trace.
+    /// Expects a failed upload, with these calls before its last trace.
     static void expectFailure(const Outcome& outcome, std::uint32_t code, const Lines& calls)
     {
         expectReply(outcome, le32(code), join({calls, {exitTrace(code)}}));
     }
 
-    /// The same, and the former file is back.
+    /// The same, with the former file restored.
     static void expectRestored(const Outcome& outcome, std::uint32_t code, const Lines& calls)
     {
         expectFailure(outcome, code, calls);
@@ -547,7 +547,7 @@ TEST_F(Upload, traceShowsNothingOfAnEarlierRequest)
     expectUpload("x");
 }
 
-/// The size's first byte is a double quote here, and the shell cannot read the line with it.
+/// The size's first byte is a double quote here, and the shell cannot parse the line with it.
 TEST_F(Upload, lostTraceIsNoFailure)
 {
     expectUpload(text(34));
@@ -561,7 +561,7 @@ TEST_F(Upload, bytesAfterTheLastNewlineAreNotRead)
                  join({sizeCalls(5), {kKeepTrace, kKeep, writeTrace("hello")}}));
 }
 
-/// Neither mv, which has to copy here, nor this process may read it or write to it.
+/// Neither mv, which must copy here, nor this process may read or write it.
 TEST_F(Upload, unreadableFormerFileStays)
 {
     keepFormer();
@@ -629,7 +629,7 @@ TEST_F(Upload, sizeWithoutANewlineIsRefused)
 TEST_F(Upload, endlessSizeLineIsRefused)
 {
     keepFormer();
-    // The line is as long as a request lets it be.
+    // The longest line in a request.
     const std::string line(4086, 'x');
     expectRestored(request::process(frame("spvt", 2, line)), kMalformed,
                    {traceBytes("_spvt: " + line)});
@@ -705,7 +705,7 @@ TEST_F(Upload, requestThatEndsWithTheDataIsRefused)
                          {kKeepTrace, kKeep, writeTrace(text(4081)), kNoEndTrace, kRestore}}));
 }
 
-/// Zeros follow what was sent, and so they are what comes where the data ends.
+/// Zeros follow the sent bytes, so a zero follows the data.
 TEST_F(Upload, sizeBeyondTheDataIsRefused)
 {
     keepFormer();
@@ -753,7 +753,7 @@ TEST_F(Upload, formerFileIsBackIfTheNewOneCannotBeCreated)
               {kKeepTrace, kKeep, reason("open", kPrivateFile, "Permission denied"), kRestore}}));
 }
 
-/// The disk fills up behind the former file's back.
+/// The disk fills up after the former file has been moved away.
 TEST_F(Upload, formerFileIsBackIfTheDiskIsFullAtTheClose)
 {
     keepFormer();
@@ -858,7 +858,7 @@ TEST_F(Upload, closeIsCheckedBeforeTheLastNewline)
                           reason("close", kPrivateFile, root::kBadDescriptor), kRestore}}));
 }
 
-/// What was open each time that the former file was moved back.
+/// Records the open files each time the former file is moved back.
 class WayBack {
   public:
     WayBack()
@@ -871,7 +871,7 @@ class WayBack {
   private:
     std::vector<Lines> seen_;
 
-    /// Besides the answer.
+    /// Without the answer.
     static Lines filesOpen()
     {
         Lines paths = root::openFiles();
@@ -906,8 +906,8 @@ TEST_F(Upload, newFileThatCannotBeWrittenIsClosedBeforeTheFormerOneIsRestored)
 
 // ---- spvt: an mv that fails -------------------------------------------------------------------
 
-/// Each way in which mv leaves the former file where it is: what mv does, and what the way back
-/// makes of a new file "hello" then.
+/// Each way in which mv does not move the former file: what mv does, and the private file after mv
+/// was run again to restore it.
 struct FailingMove {
     std::string script;
     std::string broughtBack;
@@ -976,7 +976,7 @@ TEST_F(Upload, savedFileOfAnEarlierCrashIsRestoredByAFailure)
 
 // ---- spvt: something else in the file's place -------------------------------------------------
 
-/// What comes before the failure where what stands in the file's place cannot be opened.
+/// The calls before the failure if the private file cannot be opened.
 Lines cannotOpen(const std::string& error)
 {
     return {kKeepTrace, kKeep, trace("cannot open file " + kPrivateFile + ": " + error), kRestore};
@@ -992,7 +992,7 @@ TEST_F(Upload, folderThatCannotBeMovedStays)
     expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-/// The real mv puts no folder over a file, but a file into a folder.
+/// The real mv moves no folder over a file, but moves a file into a folder.
 TEST_F(Upload, savedFileOfAnEarlierCrashIsMovedIntoAFolderInTheFilesPlace)
 {
     root::writeFile(kSavedFile, "older");
@@ -1003,7 +1003,8 @@ TEST_F(Upload, savedFileOfAnEarlierCrashIsMovedIntoAFolderInTheFilesPlace)
     expectFiles({"vokcontrol-private.txt"}, {});
 }
 
-/// A socket is what can be made here without a right; no device that is missing opens either.
+/// A socket can be made here without privileges, and cannot be opened, like a device that is
+/// missing.
 TEST_F(Upload, deviceThatCannotBeMovedStays)
 {
     root::stub("mv", "exit 1");
@@ -1062,7 +1063,7 @@ TEST_F(Upload, linkThatCannotBeMovedIsWrittenThrough)
 
 // ---- spvt: two processes at once --------------------------------------------------------------
 
-/// Neither knows of the other: each goes through its steps with the files as it finds them.
+/// Neither upload detects the other: each runs its steps with the files that it finds.
 TEST_F(Upload, secondUploadRemovesTheFormerFileOfTheFirst)
 {
     keepFormer();

@@ -103,7 +103,7 @@ class NewUser : public creation::Test {
         EXPECT_EQ(asked(), "");
     }
 
-    /// The calls up to a name that nobody has.
+    /// The calls up to a free name.
     static Lines free(const std::string& name, const Lines& users = {"anna"})
     {
         return join({named(name), userLookup(users, name, 0)});
@@ -163,7 +163,7 @@ TEST_F(NewUser, namesOfAnySize)
         const std::string name(size, 'n');
         ask(name, "secret");
         for (std::size_t i = 0; i < size && size > 100; ++i) {
-            // So many shells would take their time.
+            // This many shells would take too long.
             watch::answer("echo \"0x", 0, 0);
         }
         if (size <= 32) {
@@ -259,7 +259,7 @@ TEST_F(NewUser, reservedNameIsRefusedInBothCasesBeforeThePasswordIsRead)
 
 // ---- The search for the name ------------------------------------------------------------------
 
-/// Every way in which the search for a name fails; the one user there is, is anna.
+/// Every way in which the search for a name fails. The only user is anna.
 std::vector<Trouble> troubles()
 {
     const std::string name = "isUserExisted" + pid();
@@ -275,7 +275,7 @@ std::vector<Trouble> troubles()
     const std::string sizeOfList = "echo \"file " + name;
 
     return {
-        // The script, and the search in what it wrote.
+        // The script, and the search in its output.
         {[=] { watch::answer(kUserScript, -1, EAGAIN); },
          {fetch[0], trace("system(" + fetch[0] + again)},
          {}},
@@ -293,7 +293,7 @@ std::vector<Trouble> troubles()
         {[=] { watch::after("cat ", [=] { fs::permissions(names, fs::perms(0)); }); },
          fetch,
          {list, answer, names}},
-        // The list that is made of them.
+        // The list made from the names.
         {[=] { fs::create_directory(list); }, fetch, {list, answer, names}},
         {[=] { watch::after("cat ", [=] { fs::create_symlink(answer, list); }); },
          join(
@@ -371,7 +371,7 @@ TEST_F(NewUser, passwordWithoutItsNewlineIsTracedAndMissing)
 
 TEST_F(NewUser, passwordIsMissingIfTheRequestEndsAfterTheName)
 {
-    // Not even a zero is left to read: the line is what was read before.
+    // Nothing is left, not even a zero: the previous line is taken.
     load(request::filledFrame("crat", 2, "bob\n"));
     expectRefused(kMalformed, join({free("bob"), {trace("Missing password: bob")}}));
 }

@@ -271,7 +271,7 @@ TEST_F(UserExists, failedListIsAFailure)
 
 TEST_F(UserExists, lostListIsAFailure)
 {
-    // What is written to /dev/null is gone: the list has no size.
+    // A list written to /dev/null is lost: it has no size.
     stubUsers("");
     watch::after("cat", [&] { std::filesystem::create_symlink("/dev/null", list); });
     EXPECT_EQ(isUserExisted("anna"), -1);
@@ -304,7 +304,7 @@ TEST_F(UserExists, listThatCannotBeOpenedIsTracedAndStays)
 
 TEST_F(UserExists, listThatIsTooLargeForTheMemoryIsTracedAndRemoved)
 {
-    // The list grows as its last work file goes.
+    // The list grows when its last work file is removed.
     stubUsers("");
     const std::uintmax_t size = (std::uintmax_t{1} << 60U) + 19;
     const faults::Guard growth =
@@ -358,7 +358,7 @@ TEST_F(ListUsers, onlyGuestInThisSpellingIsLeftOut)
 TEST_F(ListUsers, quoteInANameSplitsIt)
 {
     stubUsers(userLines({"a\"b"}));
-    // The list ends in "a"b"]; and so the texts are: a, and what stands behind b up to the end.
+    // The list ends in "a"b"]; so the quoted texts are a, and everything after b.
     EXPECT_EQ(list().answer, "lsut " + le32(1) + "\na\n");
     stubUsers(userLines({"a\"b\"c"}));
     EXPECT_EQ(list().answer, "lsut " + le32(2) + "\na\nc\n");
@@ -402,7 +402,7 @@ TEST_F(ListUsers, oldListIsReadIfANewOneCannotBeMade)
     EXPECT_EQ(request::run().answer, "lsut " + le32(1) + "\nold\n");
 }
 
-/// A list that getUsersList could not make: its place is left as the test wants it.
+/// Tests in which getUsersList cannot make the list, and leaves its file unchanged.
 class ListUsersFails : public ListUsers {
   protected:
     static Outcome fail()
@@ -420,7 +420,7 @@ class ListUsersFails : public ListUsers {
         expectError(fail(), "erro " + le32(code), code, join({{line, trace(failed)}, calls}));
     }
 
-    /// The list of anna alone is good at first; something happens to it when a trace is made.
+    /// Lists anna as the only user, and runs ACTION at a trace.
     static Outcome listWhen(const std::string& traceStart, const std::function<void()>& action)
     {
         stubUsers(userLines({"anna"}));
@@ -429,7 +429,7 @@ class ListUsersFails : public ListUsers {
         return request::run();
     }
 
-    /// What happens when the list has been read once, and when it has been answered.
+    /// The traces after the first pass and after the second.
     static constexpr const char* kFound = "found 1 user(s)";
     static constexpr const char* kReported = "reporting user anna";
 

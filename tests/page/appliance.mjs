@@ -7,6 +7,9 @@ import { fileURLToPath } from "node:url";
 
 const START = fileURLToPath(new URL("../../appliance/start", import.meta.url));
 
+/** The sample appliance's administrator. */
+export const ADMINISTRATOR = { name: "anna", password: "appliance" };
+
 export class Appliance {
     #process;
     #end;
@@ -43,6 +46,14 @@ export class Appliance {
             throw new Error(`this failed in the appliance: ${lines}\n${before}`);
         }
         return before;
+    }
+
+    /** Logs a browser in; ends when the page that follows is there. */
+    async logIn(browser, { name, password } = ADMINISTRATOR) {
+        await browser.visit(`${this.address}cgi-bin/vokpage/login`);
+        await browser.type("#name", name);
+        await browser.type("#password", password);
+        await browser.follow("button.main");
     }
 
     async stop() {

@@ -2,8 +2,6 @@
 //
 // usage: browser_test.mjs BUILD
 import assert from "node:assert/strict";
-import { once } from "node:events";
-import { createServer } from "node:http";
 import { after, before, test } from "node:test";
 
 import { Appliance } from "./appliance.mjs";
@@ -23,6 +21,7 @@ before(async () => {
     appliance = await Appliance.start(build);
     await appliance.run("startapp pelstatus && vokctl status --wait 120 >/dev/null");
     browser = await Browser.open();
+    await appliance.logIn(browser);
 });
 
 after(async () => {
@@ -295,57 +294,10 @@ test("a daemon that does not start is told of", async () => {
     await appliance.run("mv /tmp/tidewaved /usr/bin/");
 });
 
-// ---- Forged requests ----------------------------------------------------------------------------
-
-// A page of somebody else, on another site, that sends a form to the appliance.
-async function serveForgery() {
-    const server = createServer((request, response) => {
-        response.writeHead(200, { "Content-Type": "text/html" });
-        response.end(`<link rel="icon" href="data:,"><form method="post" action="${urlOf("/sync")}">
-            <input name="switch" value="on"><input name="token" value="${"0".repeat(32)}"><button>Win</button>
-            </form>`);
-    });
-    server.listen(0, "127.0.0.1");
-    await once(server, "listening");
-    return server;
-}
-
-test("a form of a foreign page is refused", async () => {
-    await visit("/sync"); // the browser has its cookie
-    const server = await serveForgery();
-    try {
-        await browser.visit(`http://localhost:${server.address().port}/`);
-        await browser.follow("button");
-        assert.equal(await browser.url(), urlOf("/sync"));
-        assert.equal(await browser.text("h1"), "That did not work");
-        assert.match(await browser.text(".notice.bad"), /does not come from a page of this appliance/);
-        const messages = await browser.consoleMessages();
-        assert.equal(messages.length, 1);
-        assert.match(messages[0], /status of 403/);
-        assert.equal(await syncState(), "off");
-    } finally {
-        server.closeAllConnections();
-        server.close();
-    }
-});
-
-test("a form needs the token of its own cookie", async () => {
-    const token = "0123456789abcdef0123456789abcdef";
-    const other = "0123456789abcdef0123456789abcdee";
-    const send = async (cookie, field) => (await fetch(urlOf("/sync"), {
-        method: "POST",
-        headers: cookie ? { Cookie: `vokpage_token=${cookie}` } : {},
-        body: new URLSearchParams({ switch: "off", ...(field && { token: field }) }),
-    })).status;
-    assert.equal(await send(token, token), 200);
-    assert.equal(await send(token, other), 403);
-    assert.equal(await send(token, ""), 403);
-    assert.equal(await send("", token), 403);
-    assert.equal(await send("", ""), 403);
-});
+// ---- Around the pages ---------------------------------------------------------------------------
 
 test("pages stay out of frames and of caches", async () => {
-    const { headers } = await fetch(urlOf());
+    const { headers } = await fetch(urlOf("/login"));
     assert.match(headers.get("content-security-policy"), /default-src 'none'.*frame-ancestors 'none'/);
     assert.equal(headers.get("x-content-type-options"), "nosniff");
     assert.equal(headers.get("cache-control"), "no-store");
@@ -359,8 +311,8 @@ test("the web server listens to this machine alone", async () => {
     assert.match(lines[0], new RegExp(` 127\\.0\\.0\\.1:${port} `));
 });
 
-test("the web server has nothing to complain of", async () => {
-    const known = /^(getSystemVar -- ptr:.*---|api_system\.php: "-x" cannot be .*|.*tidewaved.*)$/;
-    const log = (await appliance.run("cat /var/log/httpd.log")).split("\n");
+test("web server and pages have nothing to complain of", async () => {
+    const known = /^(vokpage: (logged in: "anna" from|"anna" sends a form to) ".*"|vokpage: a shell line was refused: asking for a setting, function|getSystemVar -- ptr:.*---|api_system\.php: "-x" cannot be .*|.*tidewaved.*)$/;
+    const log = (await appliance.run("cat /var/log/httpd.log /var/log/vokpage.log")).split("\n");
     assert.deepEqual(log.filter((line) => line !== "" && !known.test(line)), []);
 });

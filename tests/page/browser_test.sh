@@ -10,6 +10,7 @@ here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
 . "$here/../appliance/lib.sh" "$@"
 
 node "$here/browser_test.mjs" "$build" || failures=1
+node "$here/login_test.mjs" "$build" || failures=1
 expect 'nothing is left behind' '' "$(ls "$roots")"
 
 finish

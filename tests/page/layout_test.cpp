@@ -10,6 +10,7 @@
 namespace {
 
 using page::Html;
+using page::Level;
 using page::Mood;
 using page::Page;
 using page::Script;
@@ -23,9 +24,10 @@ page::Page makeNothing(page::Visit& /*visit*/)
 }
 
 constexpr auto kPages = std::to_array<page::PageEntry>({
-    {"", "Overview", makeNothing, false},
-    {"/setup", "Set <b>up</b>", makeNothing, true},
-    {"/sync", "Sync", makeNothing, true},
+    {"", "Overview", makeNothing, Level::kAccount, std::nullopt, true},
+    {"/setup", "Set <b>up</b>", makeNothing, Level::kAdministrator, Level::kAdministrator, true},
+    {"/sync", "Sync", makeNothing, Level::kAccount, Level::kAdministrator, true},
+    {"/login", "Log in", makeNothing, Level::kAnybody, Level::kAnybody, false},
 });
 
 Page somePage()
@@ -54,11 +56,41 @@ TEST(Layout, isAWholePage)
 
 TEST(Layout, marksThePageInTheNavigation)
 {
-    const std::string page = laidOut({kPages, "/setup", "abc", "box"});
+    const std::string page = laidOut({kPages, "/setup", "abc", "box", visits::administrator()});
     EXPECT_TRUE(contains(
         page, R"(<ul><li><a href="/cgi-bin/vokpage">Overview</a></li>)"
               R"(<li><a href="/cgi-bin/vokpage/setup" aria-current="page">Set <b>up</b></a></li>)"
               R"(<li><a href="/cgi-bin/vokpage/sync">Sync</a></li></ul>)"));
+}
+
+TEST(Layout, navigationHasWhatTheVisitorMayRead)
+{
+    page::Visitor visitor = visits::administrator();
+    visitor.isAdministrator = false;
+    EXPECT_TRUE(
+        contains(laidOut({kPages, "", "abc", "box", visitor}),
+                 R"(<ul><li><a href="/cgi-bin/vokpage" aria-current="page">Overview</a></li>)"
+                 R"(<li><a href="/cgi-bin/vokpage/sync">Sync</a></li></ul>)"));
+    EXPECT_FALSE(contains(laidOut({kPages, "", "abc", "box", visits::nobody()}), "<nav"));
+}
+
+TEST(Layout, whoHasLoggedInIsNamedAndMayLogOut)
+{
+    page::Visitor visitor = visits::administrator();
+    visitor.account = kHostile;
+    EXPECT_TRUE(
+        contains(laidOut({kPages, "", "abc", "box", visitor, visits::kToken}),
+                 "<form method=\"post\" action=\"/cgi-bin/vokpage/logout\">\n"
+                 "<input type=\"hidden\" name=\"token\" value=\"" +
+                     visits::kToken +
+                     "\">\n<p class=\"who\"><bdi>&quot;&gt;&lt;script&gt;alert(1)&lt;/script&gt;"
+                     "</bdi> <button>Log out</button></p>\n</form>\n"));
+    EXPECT_FALSE(contains(laidOut({kPages, "", "abc", "box"}), "logout"));
+    visitor.hasSession = false;
+    const std::string ofServer = laidOut({kPages, "", "abc", "box", visitor, visits::kToken});
+    EXPECT_FALSE(contains(ofServer, "logout"))
+        << "the web server has to log out whom it has let in";
+    EXPECT_TRUE(contains(ofServer, "<p class=\"who\"><bdi>&quot;"));
 }
 
 TEST(Layout, escapesTheNameOfTheAppliance)
@@ -88,10 +120,7 @@ TEST(Layout, carriesScriptWithItsNonceBeforeTheFileThatUsesIt)
 
 TEST(Parts, formsCarryTheToken)
 {
-    const page::Request request;
-    Script script;
-    const page::Visit visit{request, visits::kToken, script};
-    EXPECT_EQ(page::openForm(visit, "/sync").text(),
+    EXPECT_EQ(page::openForm(visits::kToken, "/sync").text(),
               "<form method=\"post\" action=\"/cgi-bin/vokpage/sync\">\n"
               "<input type=\"hidden\" name=\"token\" value=\"" +
                   visits::kToken + "\">\n");
@@ -103,6 +132,26 @@ TEST(Parts, factsAreEscapedOrNotKnown)
               "<div><dt>Label</dt><dd><bdi>&lt;b&gt;</bdi></dd></div>\n");
     EXPECT_EQ(page::fact("Label", "").text(),
               "<div><dt>Label</dt><dd><span class=\"quiet\">not known</span></dd></div>\n");
+}
+
+TEST(Parts, firstStepOfTheSetupComesOnce)
+{
+    const std::string others = "\n<li data-step=\"0\">Name and language</li>\n"
+                               "<li data-step=\"1\">Public share</li>\n"
+                               "<li data-step=\"2\">Check</li>\n</ol>\n";
+    EXPECT_EQ(page::setupSteps(false).text(), "<ol class=\"steps\">" + others);
+    EXPECT_EQ(page::setupSteps(true).text(),
+              "<ol class=\"steps\">\n<li aria-current=\"step\">Administrator</li>" + others);
+}
+
+TEST(Parts, complaintsBelongToTheirFields)
+{
+    EXPECT_EQ(page::complaint("id", "<bad>").text(),
+              "<p class=\"complaint\" id=\"id\"><span aria-hidden=\"true\">&#10005;</span> "
+              "&lt;bad&gt;</p>\n");
+    EXPECT_EQ(page::invalidMark("id", "bad").text(),
+              " aria-invalid=\"true\" aria-describedby=\"id\"");
+    EXPECT_EQ(page::complaint("id", "").text() + page::invalidMark("id", "").text(), "");
 }
 
 TEST(Parts, noticesTellTheirMood)

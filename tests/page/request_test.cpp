@@ -1,57 +1,51 @@
 // SPDX-License-Identifier: MIT
 #include "page/request.h"
 
-#include <cstdlib>
+#include <array>
+#include <chrono>
+#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <memory>
 #include <string>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
+#include "page/private_files.h"
 #include "tests/support/root.h"
 
 namespace {
 
 using page::cookieValue;
-using page::readRequest;
 using page::Refusal;
 using page::Request;
 
 const std::string kToken = "0123456789abcdef0123456789abcdef";
+const std::string kOther = "fedcba9876543210fedcba9876543210";
 constexpr const char* kFormType = "application/x-www-form-urlencoded";
 
-struct Closer {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-const std::vector<std::string> kFurtherNames = {"nas.example"};
+const std::vector<std::string> kFurtherNames = {"nas.example", "Backup.example"};
 
 class Requests : public root::Test {
   protected:
+    page::Variables variables;
+
     void SetUp() override
     {
         root::Test::SetUp();
-        for (const char* name : {"REQUEST_METHOD", "PATH_INFO", "HTTP_HOST", "HTTP_COOKIE",
-                                 "CONTENT_TYPE", "CONTENT_LENGTH"}) {
-            ::unsetenv(name);
-        }
-        ::setenv("REQUEST_METHOD", "GET", 1);
+        variables.set("REQUEST_METHOD", "GET");
     }
 
-    static Request read(const std::string& body = "")
-    {
-        root::writeFile("/tmp/body", body);
-        const std::unique_ptr<std::FILE, Closer> file(std::fopen("/tmp/body", "r"));
-        return readRequest(file.get());
-    }
+    [[nodiscard]] Request read() const { return page::readHead(variables); }
 
     /// Sends a body as a form, with a length and a type.
-    static Request post(const std::string& body, const std::string& length,
-                        const char* type = kFormType)
+    page::Form post(const std::string& body, const std::string& length,
+                    const char* type = kFormType)
     {
-        ::setenv("REQUEST_METHOD", "POST", 1);
-        ::setenv("CONTENT_TYPE", type, 1);
-        ::setenv("CONTENT_LENGTH", length.c_str(), 1);
-        return read(body);
+        variables.set("CONTENT_TYPE", type);
+        variables.set("CONTENT_LENGTH", length);
+        root::writeFile("/tmp/body", body);
+        const page::Descriptor file(::open("/tmp/body", O_RDONLY | O_CLOEXEC));
+        return page::readForm(variables, file.number());
     }
 
     template <class Work>
@@ -66,48 +60,80 @@ class Requests : public root::Test {
         }
     }
 
-    static std::string hostOf(const char* header)
+    std::string hostOf(const char* header)
     {
-        ::setenv("HTTP_HOST", header, 1);
-        return read().host;
+        variables.set("HTTP_HOST", header);
+        return read().host();
     }
 
-    static void checkHost(const char* header)
+    void checkHost(const char* header)
     {
-        ::setenv("HTTP_HOST", header, 1);
+        variables.set("HTTP_HOST", header);
         page::checkHost(read(), kFurtherNames, [] { return std::string("Storage-2"); });
     }
 };
 
-TEST_F(Requests, readsTheEnvironment)
+TEST_F(Requests, readsTheVariables)
 {
-    ::setenv("PATH_INFO", "/setup", 1);
-    ::setenv("HTTP_HOST", "127.0.0.1:8080", 1);
-    ::setenv("HTTP_COOKIE", ("a=b; vokpage_token=" + kToken).c_str(), 1);
+    variables.set("PATH_INFO", "/setup");
+    variables.set("HTTP_HOST", "127.0.0.1:8080");
+    variables.set("HTTP_ORIGIN", "http://127.0.0.1:8080");
+    variables.set("HTTP_SEC_FETCH_SITE", "same-origin");
+    variables.set("REMOTE_ADDR", "192.0.2.7");
+    variables.set("HTTP_COOKIE", "a=b; vokpage_token=" + kToken + "; vokpage_session=" + kOther);
     const Request request = read();
     EXPECT_EQ(request.method, "GET");
     EXPECT_EQ(request.path, "/setup");
-    EXPECT_EQ(request.host, "127.0.0.1");
+    EXPECT_EQ(request.authority, "127.0.0.1:8080");
+    EXPECT_EQ(request.host(), "127.0.0.1");
+    EXPECT_EQ(request.origin, "http://127.0.0.1:8080");
+    EXPECT_EQ(request.fetchSite, "same-origin");
+    EXPECT_EQ(request.address, "192.0.2.7");
     EXPECT_EQ(request.token, kToken);
+    EXPECT_EQ(request.session, kOther);
     EXPECT_FALSE(request.isPost());
+    EXPECT_FALSE(request.isSecure);
+}
+
+TEST_F(Requests, serversSayInTwoWaysThatTheyHaveTls)
+{
+    for (const char* value : {"on", "1"}) {
+        variables.set("HTTPS", value);
+        EXPECT_TRUE(read().isSecure) << value;
+    }
+    for (const char* value : {"off", ""}) {
+        variables.set("HTTPS", value);
+        EXPECT_FALSE(read().isSecure) << value;
+    }
+    variables.set("REQUEST_SCHEME", "https");
+    EXPECT_TRUE(read().isSecure);
 }
 
 TEST_F(Requests, whatIsMissingIsEmpty)
 {
     const Request request = read();
-    EXPECT_EQ(request.path, "");
-    EXPECT_EQ(request.host, "");
-    EXPECT_EQ(request.token, "");
+    EXPECT_EQ(request.path + request.host() + request.token + request.session, "");
 }
 
 TEST_F(Requests, cookieThatIsNoTokenIsNone)
 {
-    for (const std::string& cookie :
-         {std::string("vokpage_token="), "vokpage_token=" + kToken + "0",
-          "vokpage_token=<" + kToken.substr(1)}) {
-        ::setenv("HTTP_COOKIE", cookie.c_str(), 1);
-        EXPECT_EQ(read().token, "") << cookie;
+    for (const std::string& value : {std::string(), kToken + "0", "<" + kToken.substr(1)}) {
+        variables.set("HTTP_COOKIE", "vokpage_token=" + value + "; vokpage_session=" + value);
+        EXPECT_EQ(read().token + read().session, "") << value;
     }
+}
+
+TEST_F(Requests, twoCookiesOfOneNameAreRefused)
+{
+    const std::string words =
+        "Your browser has two cookies of one name, and one of them is not ours. "
+        "Delete the cookies of this appliance, and log in again.";
+    for (const std::string name : {"vokpage_token", "vokpage_session"}) {
+        variables.set("HTTP_COOKIE", name + "=" + kToken + "; a=b; " + name + "=");
+        expectRefusal(400, words, [this] { (void)read(); });
+    }
+    variables.set("HTTP_COOKIE", "a=1; a=2; vokpage_session=" + kToken);
+    EXPECT_EQ(read().session, kToken);
 }
 
 TEST_F(Requests, cookiesAreFoundByTheirWholeName)
@@ -117,52 +143,51 @@ TEST_F(Requests, cookiesAreFoundByTheirWholeName)
     EXPECT_EQ(cookieValue("a=1; b=2;c=3 ", "c"), "3");
     EXPECT_EQ(cookieValue("aa=1; xa=2", "a"), "");
     EXPECT_EQ(cookieValue("a", "a"), "");
-    EXPECT_EQ(cookieValue("a=1; a=2", "a"), "1");
     EXPECT_EQ(cookieValue(";;", "a"), "");
 }
 
 TEST_F(Requests, formIsReadToItsLength)
 {
-    EXPECT_EQ(post("a=1&b=2tail", "7").form.value("b"), "2");
-    EXPECT_EQ(post("", "0").form.find("a"), nullptr);
-    EXPECT_EQ(post("a=1", "3", "application/x-www-form-urlencoded; charset=utf-8").form.value("a"),
-              "1");
+    EXPECT_EQ(post("a=1&b=2tail", "7").value("b"), "2");
+    EXPECT_EQ(post("", "0").find("a"), nullptr);
+    EXPECT_EQ(post("a=1", "3", "application/x-www-form-urlencoded; charset=utf-8").value("a"), "1");
 }
 
 TEST_F(Requests, largestFormIsRead)
 {
     const std::string body = "a=" + std::string(page::kMaxBodySize - 2, 'x');
-    EXPECT_EQ(post(body, std::to_string(body.size())).form.value("a").size(), body.size() - 2);
+    EXPECT_EQ(post(body, std::to_string(body.size())).value("a").size(), body.size() - 2);
     expectRefusal(413, "The form is too large.",
                   [&] { (void)post(body + "x", std::to_string(body.size() + 1)); });
     expectRefusal(413, "The form is too large.",
-                  [] { (void)post("a=1", "99999999999999999999999"); });
+                  [this] { (void)post("a=1", "99999999999999999999999"); });
 }
 
 TEST_F(Requests, formWithoutAGoodLengthIsRefused)
 {
     for (const char* length : {"", "x", "-1", "3x", " 3"}) {
         expectRefusal(400, "The size of the form is missing.",
-                      [length] { (void)post("a=1", length); });
+                      [this, length] { (void)post("a=1", length); });
     }
-    expectRefusal(400, "The form is not complete.", [] { (void)post("a=1", "4"); });
+    expectRefusal(400, "The form is not complete.", [this] { (void)post("a=1", "4"); });
 }
 
 TEST_F(Requests, otherBodiesAreRefused)
 {
     for (const char* type : {"", "text/plain", "multipart/form-data; boundary=x",
                              "application/x-www-form-urlencodedx"}) {
-        expectRefusal(415, "This is not a form.", [type] { (void)post("a=1", "3", type); });
+        expectRefusal(415, "This is not a form.", [this, type] { (void)post("a=1", "3", type); });
     }
 }
 
 TEST_F(Requests, otherMethodsAreRefused)
 {
-    ::setenv("REQUEST_METHOD", "HEAD", 1);
+    variables.set("REQUEST_METHOD", "HEAD");
     EXPECT_EQ(read().method, "HEAD");
     for (const char* method : {"PUT", "DELETE", "get", ""}) {
-        ::setenv("REQUEST_METHOD", method, 1);
-        expectRefusal(405, "Pages are read or sent a form; nothing else.", [] { (void)read(); });
+        variables.set("REQUEST_METHOD", method);
+        expectRefusal(405, "Pages are read or sent a form; nothing else.",
+                      [this] { (void)read(); });
     }
 }
 
@@ -190,34 +215,51 @@ TEST_F(Requests, foreignNamesAreRefused)
           "127.0.0.1.evil.example", "storage-2.", "127.0.0.1x", "[evil]", "[::1", "[]"}) {
         expectRefusal(403,
                       "The appliance does not go by this name. Use its own name or its address.",
-                      [host] { checkHost(host); });
+                      [this, host] { checkHost(host); });
     }
 }
 
 TEST_F(Requests, applianceWithoutANameGoesByNone)
 {
-    ::setenv("HTTP_HOST", ".local", 1);
+    variables.set("HTTP_HOST", ".local");
     const Request request = read();
     EXPECT_THROW(page::checkHost(request, kFurtherNames, [] { return std::string(); }), Refusal);
 }
 
-TEST_F(Requests, postNeedsItsToken)
+TEST_F(Requests, bodyThatComesInPiecesIsRead)
 {
-    ::setenv("HTTP_COOKIE", ("vokpage_token=" + kToken).c_str(), 1);
-    const std::string good = "token=" + kToken;
-    EXPECT_NO_THROW(page::checkToken(post(good, std::to_string(good.size()))));
-    for (const std::string& body :
-         {std::string("a=1"), std::string("token="), "token=" + kToken.substr(1) + "0"}) {
-        EXPECT_THROW(page::checkToken(post(body, std::to_string(body.size()))), Refusal) << body;
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    const page::Descriptor body(ends[0]);
+    if (const pid_t child = ::fork(); child == 0) {
+        for (const char byte : std::string("a=1&b=2")) {
+            ::usleep(1000);
+            [[maybe_unused]] const ssize_t written = ::write(ends[1], &byte, 1);
+        }
+        ::_exit(0);
+    } else {
+        ::close(ends[1]);
+        variables.set("CONTENT_TYPE", kFormType);
+        variables.set("CONTENT_LENGTH", "7");
+        EXPECT_EQ(page::readForm(variables, body.number()).value("b"), "2");
+        ::waitpid(child, nullptr, 0);
     }
-    ::unsetenv("HTTP_COOKIE");
-    EXPECT_THROW(page::checkToken(post(good, std::to_string(good.size()))), Refusal);
-    EXPECT_THROW(page::checkToken(post("token=", "6")), Refusal) << "nothing is not the same token";
 }
 
-TEST_F(Requests, readingNeedsNoToken)
+TEST_F(Requests, bodyThatDoesNotComeIsNotWaitedForLong)
 {
-    EXPECT_NO_THROW(page::checkToken(read()));
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    const page::Descriptor body(ends[0]);
+    const page::Descriptor sender(ends[1]);
+    variables.set("CONTENT_TYPE", kFormType);
+    variables.set("CONTENT_LENGTH", "7");
+    const auto start = std::chrono::steady_clock::now();
+    expectRefusal(408, "The form did not come in time.",
+                  [&] { (void)page::readForm(variables, body.number()); });
+    const auto taken = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(taken, std::chrono::seconds(10));
+    EXPECT_LT(taken, std::chrono::seconds(20));
 }
 
 } // namespace

@@ -21,6 +21,7 @@ const std::string kHeaders =
     "X-Content-Type-Options: nosniff\r\n"
     "X-Frame-Options: DENY\r\n"
     "Referrer-Policy: same-origin\r\n"
+    "Cross-Origin-Resource-Policy: same-origin\r\n"
     "Cache-Control: no-store\r\n";
 
 TEST(Response, hasItsHeadersAndThePage)
@@ -33,13 +34,32 @@ TEST(Response, canBeItsHeadersAlone)
     EXPECT_EQ(render(response(), true), "Status: 200 OK\r\n" + kHeaders + "\r\n");
 }
 
-TEST(Response, givesTheBrowserItsToken)
+TEST(Response, givesTheBrowserItsCookies)
 {
     page::Response made = response();
-    made.newToken = "0123";
-    EXPECT_EQ(render(made, true), "Status: 200 OK\r\n" + kHeaders +
-                                      "Set-Cookie: vokpage_token=0123; Path=/; HttpOnly; "
-                                      "SameSite=Strict\r\n\r\n");
+    made.cookies = {{"vokpage_session", "0123"}, {"vokpage_token", ""}};
+    EXPECT_EQ(render(made, true),
+              "Status: 200 OK\r\n" + kHeaders +
+                  "Set-Cookie: vokpage_session=0123; Path=/; HttpOnly; SameSite=Strict\r\n"
+                  "Set-Cookie: vokpage_token=; Path=/; HttpOnly; SameSite=Strict; "
+                  "Max-Age=0\r\n\r\n");
+    made.isSecure = true;
+    EXPECT_EQ(render(made, true),
+              "Status: 200 OK\r\n" + kHeaders +
+                  "Set-Cookie: vokpage_session=0123; Path=/; HttpOnly; SameSite=Strict; "
+                  "Secure\r\n"
+                  "Set-Cookie: vokpage_token=; Path=/; HttpOnly; SameSite=Strict; Secure; "
+                  "Max-Age=0\r\n\r\n");
+}
+
+TEST(Response, leadsToAnotherPage)
+{
+    page::Response made;
+    made.nonce = "abc";
+    made.status = 303;
+    made.location = "/cgi-bin/vokpage/login";
+    EXPECT_EQ(render(made, false),
+              "Status: 303 See Other\r\n" + kHeaders + "Location: /cgi-bin/vokpage/login\r\n\r\n");
 }
 
 TEST(Response, saysItsStatusInWords)
@@ -47,9 +67,16 @@ TEST(Response, saysItsStatusInWords)
     page::Response made = response();
     made.status = 403;
     EXPECT_EQ(render(made, true), "Status: 403 Forbidden\r\n" + kHeaders + "\r\n");
+    made.status = 503;
+    made.retryAfter = std::chrono::seconds(2);
+    EXPECT_EQ(render(made, true),
+              "Status: 503 Service Unavailable\r\n" + kHeaders + "Retry-After: 2\r\n\r\n");
+    made = response();
     made.status = 405;
+    made.allowed = "GET, HEAD";
     EXPECT_EQ(render(made, true),
               "Status: 405 Method Not Allowed\r\n" + kHeaders + "Allow: GET, HEAD\r\n\r\n");
+    made = response();
     made.status = 599;
     EXPECT_EQ(render(made, true), "Status: 500 Internal Server Error\r\n" + kHeaders + "\r\n");
 }

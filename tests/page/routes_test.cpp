@@ -1,61 +1,86 @@
 // SPDX-License-Identifier: MIT
 #include "page/routes.h"
 
-#include <cstdio>
-#include <cstdlib>
+#include <array>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "config/configuration.h"
+#include "page/private_files.h"
+#include "page/slots.h"
 #include "tests/page/visits.h"
 
 namespace {
 
 using visits::contains;
 
-struct Closer {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 class Routes : public root::Test {
   protected:
     void SetUp() override
     {
         root::Test::SetUp();
+        visits::clearKept();
         visits::stubSystemScript();
         root::writeFile("/stubs/tovGetNmbdSysname", "<nmbdSysname>box</nmbdSysname>\n");
         root::writeFile("/stubs/tovGetLanguage", "<language>german</language>\n");
         root::writeFile("/stubs/tovGetSystemStatus", "");
         root::writeFile("/etc/pelconfig/system_var", "firsttime=1\n");
-        ::setenv("HTTP_HOST", "127.0.0.1:8080", 1);
-        ::setenv("CONTENT_TYPE", "application/x-www-form-urlencoded", 1);
-        ::unsetenv("HTTP_COOKIE");
+        configure("administrators = anna\n");
+        variables.set("HTTP_HOST", "127.0.0.1:8080");
+        variables.set("CONTENT_TYPE", "application/x-www-form-urlencoded");
+        testing::internal::CaptureStderr();
     }
 
     void TearDown() override
     {
+        testing::internal::GetCapturedStderr();
         std::filesystem::remove(config::kDefaultFile);
         root::Test::TearDown();
     }
 
-    static std::string ask(const char* method, const char* path, const std::string& body = "")
+    /// What the administrator has settled for the pages.
+    static void configure(const std::string& lines)
     {
-        ::setenv("REQUEST_METHOD", method, 1);
-        ::setenv("PATH_INFO", path, 1);
-        ::setenv("CONTENT_LENGTH", std::to_string(body.size()).c_str(), 1);
-        root::writeFile("/tmp/body", body);
-        const std::unique_ptr<std::FILE, Closer> file(std::fopen("/tmp/body", "r"));
-        return page::answer(file.get());
+        root::writeFile(config::kDefaultFile, "[pages]\n" + lines);
     }
 
-    static void showCookie()
+    std::string ask(const char* method, const char* path, const std::string& body = "")
     {
-        ::setenv("HTTP_COOKIE", ("vokpage_token=" + visits::kToken).c_str(), 1);
+        variables.set("REQUEST_METHOD", method);
+        variables.set("PATH_INFO", path);
+        variables.set("CONTENT_LENGTH", std::to_string(body.size()));
+        root::writeFile("/tmp/body", body);
+        const page::Descriptor file(::open("/tmp/body", O_RDONLY | O_CLOEXEC));
+        return page::answer(variables, file.number());
     }
+
+    /// Whatever follows is asked by somebody with this account.
+    void logIn(const std::string& account)
+    {
+        session = page::Sessions().begin(account, page::now());
+        formToken = page::Sessions().find(session, page::now())->formToken;
+        variables.set("HTTP_COOKIE", "vokpage_session=" + session);
+    }
+
+    /// Whatever follows is asked by a browser that has been here, but not logged in.
+    void showToken()
+    {
+        formToken = visits::kToken;
+        variables.set("HTTP_COOKIE", "vokpage_token=" + formToken);
+    }
+
+    static std::string statusOf(const std::string& answer)
+    {
+        return answer.substr(8, answer.find("\r\n") - 8);
+    }
+
+    page::Variables variables;
+    std::string session;
+    std::string formToken;
 
     /// What stands in an answer between two marks.
     static std::string between(const std::string& answer, const std::string& start,
@@ -66,8 +91,130 @@ class Routes : public root::Test {
     }
 };
 
+/// Each page's path, and what its reading and a form get for an administrator, for another account,
+/// for nobody, and for nobody where the appliance is new. A "303" leads to the page behind it.
+struct Row {
+    const char* path;
+    std::array<const char*, 4> read;
+    std::array<const char*, 4> written;
+};
+
+// clang-format off
+constexpr auto kRows = std::to_array<Row>({
+    // path                  read: administrator, account, nobody, newcomer             form: the same
+    {"",                     {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"405", "405", "405", "405"}},
+    {"/setup",               {"200",        "403",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
+    {"/setup/administrator", {"403",        "403",        "303 /login", "200"},                      {"403", "403", "403", "200"}},
+    {"/sync",                {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
+    {"/login",               {"303 ",       "303 ",       "200",        "303 /setup/administrator"}, {"303 ", "303 ", "403", "303 /setup/administrator"}},
+    {"/logout",              {"405",        "405",        "405",        "405"},                      {"303 /login", "303 /login", "403", "403"}},
+});
+// clang-format on
+
+class Access : public Routes {
+  protected:
+    /// The visitors, in the order of the table.
+    void become(std::size_t visitor)
+    {
+        configure((visitor == 3) ? "" : "administrators = anna\n");
+        if (visitor < 2) {
+            logIn(visitor == 0 ? "anna" : "bob");
+        } else {
+            showToken();
+        }
+    }
+
+    /// The status, and where a "303" leads.
+    static std::string outcomeOf(const std::string& answer)
+    {
+        const std::string status = statusOf(answer).substr(0, 3);
+        return (status == "303") ? "303 " + between(answer, "Location: /cgi-bin/vokpage", "\r\n")
+                                 : status;
+    }
+};
+
+TEST_F(Access, isAsTheTableSays)
+{
+    for (const Row& row : kRows) {
+        for (std::size_t visitor = 0; visitor < row.read.size(); ++visitor) {
+            become(visitor);
+            EXPECT_EQ(outcomeOf(ask("GET", row.path)), row.read.at(visitor))
+                << row.path << " " << visitor;
+            become(visitor);
+            EXPECT_EQ(outcomeOf(ask("POST", row.path, "switch=off&token=" + formToken)),
+                      row.written.at(visitor))
+                << row.path << " " << visitor;
+        }
+    }
+}
+
+TEST_F(Access, tableHasAllPages)
+{
+    std::vector<std::string_view> served;
+    for (const page::PageEntry& entry : page::pages()) {
+        served.push_back(entry.path);
+    }
+    std::vector<std::string_view> tested;
+    for (const Row& row : kRows) {
+        tested.emplace_back(row.path);
+    }
+    EXPECT_EQ(served, tested);
+}
+
+TEST_F(Routes, whoMayNotChangesNothing)
+{
+    logIn("bob");
+    const std::string answer =
+        ask("POST", "/setup",
+            "language=german&host_name=evil&share_name=x&next_page=3&token=" + formToken);
+    EXPECT_TRUE(contains(answer, "<p>Only an administrator may do this.</p>"));
+    EXPECT_FALSE(root::exists("/stubs/told"));
+    EXPECT_EQ(root::readFile("/etc/pelconfig/system_var"), "firsttime=1\n");
+}
+
+TEST_F(Routes, formOfALoginThatHasEndedChangesNothing)
+{
+    logIn("anna");
+    page::Sessions().end(session);
+    const std::string answer = ask("POST", "/sync", "switch=on&token=" + formToken);
+    EXPECT_EQ(statusOf(answer), "403 Forbidden");
+    EXPECT_TRUE(contains(answer, "your login has ended. Nothing was changed."));
+}
+
+TEST_F(Routes, formOfAnotherOriginIsRefused)
+{
+    logIn("anna");
+    variables.set("HTTP_ORIGIN", "http://127.0.0.1:8081");
+    const std::string answer = ask("POST", "/sync", "switch=off&token=" + formToken);
+    EXPECT_EQ(statusOf(answer), "403 Forbidden");
+    EXPECT_TRUE(contains(answer, "does not come from a page of this appliance"));
+}
+
+TEST_F(Routes, whoSendsAFormIsLogged)
+{
+    logIn("anna");
+    (void)ask("POST", "/setup", "token=" + formToken);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "vokpage: \"anna\" sends a form to \"/setup\"\n");
+    testing::internal::CaptureStderr();
+}
+
+TEST_F(Routes, cookiesAreForTlsAloneOverTls)
+{
+    variables.set("HTTPS", "on");
+    EXPECT_TRUE(contains(ask("GET", "/login"), "SameSite=Strict; Secure\r\n"));
+}
+
+TEST_F(Routes, twoSessionsOfOneBrowserAreRefused)
+{
+    logIn("anna");
+    variables.set("HTTP_COOKIE", "vokpage_session=" + session + "; vokpage_session=" + session);
+    EXPECT_EQ(statusOf(ask("GET", "")), "400 Bad Request");
+}
+
 TEST_F(Routes, everyPageIsServed)
 {
+    logIn("anna");
     const std::vector<std::pair<const char*, std::string>> pages = {
         {"", "Overview"}, {"/setup", "Setup"}, {"/sync", "Sync"}};
     for (const auto& [path, label] : pages) {
@@ -91,6 +238,7 @@ TEST_F(Routes, otherPathsAreNotFound)
 
 TEST_F(Routes, headersAloneAreServed)
 {
+    logIn("anna");
     const std::string answer = ask("HEAD", "/sync");
     EXPECT_TRUE(answer.starts_with("Status: 200 OK\r\n"));
     EXPECT_TRUE(answer.ends_with("\r\n\r\n"));
@@ -98,6 +246,7 @@ TEST_F(Routes, headersAloneAreServed)
 
 TEST_F(Routes, scriptHasTheNonceOfItsAnswer)
 {
+    logIn("anna");
     const std::string one = ask("GET", "/setup");
     const std::string nonce = between(one, "'nonce-", "'");
     EXPECT_EQ(nonce.size(), 32U);
@@ -107,7 +256,7 @@ TEST_F(Routes, scriptHasTheNonceOfItsAnswer)
 
 TEST_F(Routes, browserWithoutATokenGetsOneThatItsFormsCarry)
 {
-    const std::string answer = ask("GET", "/setup");
+    const std::string answer = ask("GET", "/login");
     const std::string token = between(answer, "Set-Cookie: vokpage_token=", ";");
     EXPECT_EQ(token.size(), 32U);
     EXPECT_TRUE(contains(answer, "name=\"token\" value=\"" + token + "\""));
@@ -115,18 +264,18 @@ TEST_F(Routes, browserWithoutATokenGetsOneThatItsFormsCarry)
 
 TEST_F(Routes, browserKeepsItsToken)
 {
-    showCookie();
-    const std::string answer = ask("GET", "/setup");
+    showToken();
+    const std::string answer = ask("GET", "/login");
     EXPECT_FALSE(contains(answer, "Set-Cookie"));
     EXPECT_TRUE(contains(answer, "name=\"token\" value=\"" + visits::kToken + "\""));
 }
 
 TEST_F(Routes, formWithItsTokenIsTaken)
 {
-    showCookie();
+    logIn("anna");
     const std::string answer =
         ask("POST", "/setup",
-            "language=german&host_name=new-box&share_name=x&next_page=3&token=" + visits::kToken);
+            "language=german&host_name=new-box&share_name=x&next_page=3&token=" + formToken);
     EXPECT_TRUE(answer.starts_with("Status: 200 OK\r\n"));
     EXPECT_TRUE(contains(answer, "The setup is done."));
     EXPECT_TRUE(root::exists("/stubs/told"));
@@ -140,47 +289,52 @@ TEST_F(Routes, forgedFormsChangeNothing)
         EXPECT_TRUE(answer.starts_with("Status: 403 Forbidden\r\n")) << token;
         EXPECT_TRUE(contains(answer, "does not come from a page of this appliance")) << token;
     };
-    expectRefused("");
-    expectRefused(visits::kToken);
-    showCookie();
-    expectRefused("");
-    expectRefused(std::string(32, '0'));
+    logIn("anna");
+    const std::string ofAnna = formToken;
+    logIn("anna");
+    for (const std::string& token :
+         {std::string(), std::string(32, '0'), visits::kToken, session, ofAnna}) {
+        expectRefused(token);
+    }
     EXPECT_FALSE(root::exists("/stubs/told"));
     EXPECT_EQ(root::readFile("/etc/pelconfig/system_var"), "firsttime=1\n");
 }
 
 TEST_F(Routes, pageWithoutFormsTakesNone)
 {
-    showCookie();
-    const std::string answer = ask("POST", "", "token=" + visits::kToken);
+    logIn("anna");
+    const std::string answer = ask("POST", "", "token=" + formToken);
     EXPECT_TRUE(answer.starts_with("Status: 405 Method Not Allowed\r\n"));
+    EXPECT_TRUE(contains(answer, "\r\nAllow: GET, HEAD\r\n"));
+    EXPECT_TRUE(contains(ask("GET", "/logout"), "\r\nAllow: POST\r\n"));
     EXPECT_TRUE(contains(answer, "<p>This page takes no forms.</p>"));
 }
 
 TEST_F(Routes, foreignNamesAreRefusedAndTheOwnIsNot)
 {
-    ::setenv("HTTP_HOST", "evil.example", 1);
+    logIn("anna");
+    variables.set("HTTP_HOST", "evil.example");
     EXPECT_TRUE(ask("GET", "").starts_with("Status: 403 Forbidden\r\n"));
-    ::setenv("HTTP_HOST", "Box.local:8080", 1);
+    variables.set("HTTP_HOST", "Box.local:8080");
     EXPECT_TRUE(ask("GET", "").starts_with("Status: 200 OK\r\n"));
 }
 
 TEST_F(Routes, settingsNameFurtherHosts)
 {
-    ::setenv("HTTP_HOST", "nas.example", 1);
-    EXPECT_TRUE(ask("GET", "").starts_with("Status: 403 Forbidden\r\n"));
-    root::writeFile(config::kDefaultFile, "[pages]\nhosts = nas.example\n");
-    EXPECT_TRUE(ask("GET", "").starts_with("Status: 200 OK\r\n"));
+    variables.set("HTTP_HOST", "nas.example");
+    EXPECT_EQ(statusOf(ask("GET", "/login")), "403 Forbidden");
+    configure("hosts = nas.example\nadministrators = anna\n");
+    EXPECT_EQ(statusOf(ask("GET", "/login")), "200 OK");
 }
 
 TEST_F(Routes, settingsThatAreNotUnderstoodAreToldInTheLog)
 {
-    root::writeFile(config::kDefaultFile, "[pages]\nhots = nas.example\n");
-    testing::internal::CaptureStderr();
+    configure("hots = nas.example\n");
     const std::string answer = ask("GET", "");
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "vokpage: /etc/vokcontrol.conf:2: \"hots\" is no key of [pages]; there are "
               "administrators, hosts and trust-web-server\n");
+    testing::internal::CaptureStderr();
     EXPECT_TRUE(answer.starts_with("Status: 500 Internal Server Error\r\n"));
     EXPECT_TRUE(contains(answer,
                          "<p>The appliance&#39;s settings cannot be read, so nothing was done. "
@@ -188,9 +342,37 @@ TEST_F(Routes, settingsThatAreNotUnderstoodAreToldInTheLog)
     EXPECT_FALSE(contains(answer, "hots"));
 }
 
+TEST_F(Routes, webServerMaySayWhoAsks)
+{
+    configure("administrators = anna\ntrust-web-server = yes\n");
+    EXPECT_TRUE(contains(ask("GET", ""), "<p>The web server has not said who you are."));
+    variables.set("REMOTE_USER", "anna");
+    EXPECT_EQ(statusOf(ask("GET", "/setup")), "200 OK");
+    showToken();
+    EXPECT_EQ(statusOf(ask("POST", "/setup", "token=" + formToken)), "200 OK");
+    EXPECT_EQ(statusOf(ask("POST", "/setup", "token=" + std::string(32, '0'))), "403 Forbidden");
+}
+
+TEST_F(Routes, fewPagesAreMadeAtATime)
+{
+    std::vector<page::Descriptor> taken;
+    while (std::optional<page::Descriptor> slot = page::takeSlot(true)) {
+        taken.push_back(*std::move(slot));
+    }
+    const std::string answer = ask("GET", "/login");
+    EXPECT_EQ(statusOf(answer), "503 Service Unavailable");
+    EXPECT_TRUE(contains(answer, "\r\nRetry-After: 2\r\n"));
+    EXPECT_TRUE(contains(answer, "<p>The appliance is busy with other requests. Try again.</p>"));
+    logIn("anna");
+    EXPECT_EQ(statusOf(ask("GET", "/setup")), "200 OK") << "strangers do not keep others out";
+    taken.clear();
+    showToken();
+    EXPECT_EQ(statusOf(ask("GET", "/login")), "200 OK");
+}
+
 TEST_F(Routes, newNameShowsAtOnce)
 {
-    showCookie();
+    logIn("anna");
     root::stub("php", "case $2 in\n"
                       "tovSetNmbdSysname) echo \"<nmbdSysname>$3</nmbdSysname>\" >/stubs/name ;;\n"
                       "tovGetNmbdSysname) cat /stubs/name >\"$3\" ;;\n"
@@ -198,12 +380,13 @@ TEST_F(Routes, newNameShowsAtOnce)
     root::writeFile("/stubs/name", "<nmbdSysname>box</nmbdSysname>\n");
     const std::string answer =
         ask("POST", "/setup",
-            "language=german&host_name=new-box&share_name=x&next_page=3&token=" + visits::kToken);
+            "language=german&host_name=new-box&share_name=x&next_page=3&token=" + formToken);
     EXPECT_TRUE(contains(answer, "<bdi>new-box</bdi></p>"));
 }
 
 TEST_F(Routes, nothingIsPrintedBeforeTheHeaders)
 {
+    logIn("anna");
     testing::internal::CaptureStdout();
     (void)ask("GET", "");
     (void)ask("GET", "/setup");

@@ -20,6 +20,7 @@ const WIDTHS = {
 async function picture(appliance, kind, extra = {}, suffix = "") {
     const browser = await Browser.open({ ...WIDTHS[kind], ...extra });
     try {
+        await appliance.logIn(browser);
         for (const [name, place] of Object.entries(PLACES)) {
             await browser.visit(`${appliance.address}cgi-bin/vokpage${place}`);
             const file = path.join(folder, `${name}-${kind}${suffix}.png`);

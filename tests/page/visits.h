@@ -3,15 +3,26 @@
 // visits.h: what tests of pages do: visit one, in a root where the appliance's scripts are stubs.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 
+#include "page/administrators.h"
 #include "page/pages.h"
+#include "page/sessions.h"
 #include "tests/support/root.h"
 
 namespace visits {
 
 inline const std::string kToken = "0123456789abcdef0123456789abcdef";
+
+/// Nobody has logged in and no administrator has been made.
+inline void clearKept()
+{
+    std::filesystem::remove_all(page::kKeptFolder);
+    std::filesystem::create_directories("/var/lib");
+    std::filesystem::remove_all(page::kStateFolder);
+}
 
 /// A page, and the script that came with it.
 struct Made {
@@ -20,10 +31,37 @@ struct Made {
     std::string script;
 };
 
-inline Made make(page::Page (*maker)(page::Visit&), const page::Request& request)
+inline page::Visitor administrator()
+{
+    return {.account = "anna",
+            .isAdministrator = true,
+            .hasSession = true,
+            .mayBegin = false,
+            .formToken = kToken};
+}
+
+inline page::Visitor nobody()
+{
+    page::Visitor visitor;
+    visitor.formToken = kToken;
+    return visitor;
+}
+
+/// What a page makes of itself for a visitor, whole.
+inline page::Page makeFor(const page::Visitor& visitor, page::Page (*maker)(page::Visit&),
+                          const page::Request& request, const config::Configuration& settings = {})
 {
     page::Script script;
-    page::Visit visit{request, kToken, script};
+    page::Visit visit{request, settings, visitor, kToken, script};
+    return maker(visit);
+}
+
+inline Made make(page::Page (*maker)(page::Visit&), const page::Request& request,
+                 const page::Visitor& visitor = administrator())
+{
+    const config::Configuration settings;
+    page::Script script;
+    page::Visit visit{request, settings, visitor, kToken, script};
     const page::Page made = maker(visit);
     return {made.title, made.body.text(), script.text()};
 }

@@ -26,7 +26,7 @@ std::string text(const char (&field)[40])
     return all.substr(0, all.find_last_not_of('\0') + 1);
 }
 
-/// All of a record, to be read.
+/// A record as a text.
 std::string described(const DriveInfo& record)
 {
     return text(record.vendor) + "|" + text(record.model) + "|" + text(record.modelInfo) + "|" +
@@ -62,7 +62,7 @@ std::string printer(const std::string& values)
     return block("printerInfo", values);
 }
 
-/// What is said of a USB device's opening line.
+/// The message for a USB device's opening line.
 std::string usb(int record, int isUsb = 1)
 {
     return "found usb device:" + std::to_string(isUsb) + " index: " + std::to_string(record);
@@ -78,7 +78,7 @@ std::string modelInfo(const std::string& value, const std::string& serial = "")
     return "found modelInfo:" + value + " -- PrinterSn:" + serial;
 }
 
-/// What is said of a printer's name that goes to the record with its serial number.
+/// The messages for a printer's name that goes to the record with its serial number.
 Lines named(int record, const std::string& oldName, const std::string& name,
             const std::string& serial)
 {
@@ -116,7 +116,7 @@ class DriveInfos : public root::Test {
         clearRecords();
     }
 
-    /// The caller's four records and what stands behind them.
+    /// The caller's four records and the memory after them.
     std::array<DriveInfo, 4 + 6> records;
 
     void clearRecords()
@@ -131,7 +131,7 @@ class DriveInfos : public root::Test {
         root::stub("php", "cat /stubs/report >\"$3\"");
     }
 
-    /// Calls the function, and compares what it gives back, prints and runs.
+    /// Calls the function, and compares what it returns, prints and runs.
     void expectCall(int result, const Lines& messages, const Lines& calls)
     {
         testing::internal::CaptureStdout();

@@ -25,7 +25,7 @@ std::string comments(const Lines& messages)
     return text;
 }
 
-/// A rm that tells when it runs.
+/// An rm that prints when it runs.
 const std::string kTellingRemoval = "echo removing; /usr/bin/rm \"$@\"";
 
 void stubReport(const std::string& report)
@@ -273,7 +273,7 @@ class DiskIndices : public Report {
   protected:
     using Indices = std::array<std::int32_t, 3>;
 
-    /// Two slots of the caller, and what stands behind them.
+    /// The caller's two slots, and the memory after them.
     static constexpr Indices kBefore = {-77, -88, -99};
 
     static std::string found(int index, int place)

@@ -13,7 +13,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// What the page engine below holds and was asked.
+/// The form field of the page engine below, and the calls that it got.
 struct Engine {
     std::optional<std::string> field;
     Lines questions;

@@ -60,7 +60,7 @@ class SyncDaemon : public root::Test {
         return comment("tideWaveFunc(" + on + "),cmd: " + line + ", iRet: " + result);
     }
 
-    /// Switches, and compares everything that can be seen of it.
+    /// Switches, and compares result, output and calls.
     void expect(std::uint32_t on, int result, const std::string& output, const Lines& calls)
     {
         testing::internal::CaptureStdout();
@@ -70,7 +70,7 @@ class SyncDaemon : public root::Test {
         EXPECT_FALSE(root::exists(found));
     }
 
-    /// Switches on with these processes; the daemon is started or left alone.
+    /// Switches on with these processes, and compares whether the daemon is started.
     void expectStarted(const std::string& listing, const std::string& searchResult = "0")
     {
         watch::restart();

@@ -73,8 +73,8 @@ class KilledUpload : public root::UntracedTest {
 
     void start(bool isBreakable = true, const std::string& timeout = "30")
     {
-        Lines command = {root::built("vokserve"), "--socket",  kSocket, "--path",
-                         std::getenv("PATH"),     "--timeout", timeout};
+        Lines command = {root::built("vokserve"), "--shared-tmp", "--socket", kSocket, "--path",
+                         std::getenv("PATH"),     "--timeout",    timeout};
         if (isBreakable) {
             command.insert(command.begin(), {"env", "LD_PRELOAD=" + root::built("libkiller.so")});
         }
@@ -238,7 +238,7 @@ TEST_F(KilledUpload, serviceAtEachStepOfARepair)
             }
             root::writeFile("/stubs/kill", "service " + std::to_string(step));
             service.emplace(Lines{"env", "LD_PRELOAD=" + root::built("libkiller.so"),
-                                  root::built("vokserve"), "--socket", kSocket});
+                                  root::built("vokserve"), "--shared-tmp", "--socket", kSocket});
             while (!isDead() && root::exists(std::string(kRunFolder) + "/upload")) {
                 ::usleep(1000);
             }

@@ -73,8 +73,8 @@ class Load : public root::UntracedTest {
         root::writeFile("/etc/buildinfo.txt", "vokcontrol 1.0");
         root::stub("php", "printf '%s\\n' '<username>anna</username>' '<username>Élise</username>'"
                           " >\"$3\"");
-        service.emplace(std::vector<std::string>{root::built("vokserve"), "--socket",
-                                                 socketclient::kSocket, "--path",
+        service.emplace(std::vector<std::string>{root::built("vokserve"), "--shared-tmp",
+                                                 "--socket", socketclient::kSocket, "--path",
                                                  std::getenv("PATH"), "--password-pause", "0"});
         socketclient::awaitService();
     }

@@ -117,6 +117,14 @@ TEST_F(FileRepair, savedFileOfAnotherContentDoesNotComeBack)
     expectRepaired(plan, Repair::kNewWhole, kNew);
 }
 
+TEST_F(FileRepair, newFileThatIsCompletedIsForItsUserAlone)
+{
+    const Plan plan = planOver("old");
+    root::writeFile(kPrivateFile, "the n");
+    expectRepaired(plan, Repair::kNewWhole, kNew);
+    EXPECT_EQ(fs::status(kPrivateFile).permissions(), fs::perms(0600));
+}
+
 TEST_F(FileRepair, newFileThatIsWholeStays)
 {
     const Plan plan = planOver("old");

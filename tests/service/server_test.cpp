@@ -52,16 +52,17 @@ class Server : public root::UntracedTest {
 
     void start(std::vector<std::string> options = {})
     {
-        options.insert(options.begin(), {root::built("vokserve"), "--socket", kSocket, "--path",
-                                         std::getenv("PATH")});
+        options.insert(options.begin(), {root::built("vokserve"), "--shared-tmp", "--socket",
+                                         kSocket, "--path", std::getenv("PATH")});
         launch(options);
     }
 
     /// Starts a service that meets the peer of the file /stubs/peer, where there is one.
     void startAmongStrangers(std::vector<std::string> options = {})
     {
-        options.insert(options.begin(), {"env", "LD_PRELOAD=" + root::built("libstranger.so"),
-                                         root::built("vokserve"), "--socket", kSocket});
+        options.insert(options.begin(),
+                       {"env", "LD_PRELOAD=" + root::built("libstranger.so"),
+                        root::built("vokserve"), "--shared-tmp", "--socket", kSocket});
         launch(options);
     }
 
@@ -244,8 +245,8 @@ TEST_F(Server, requestOfAClientThatLeavesBeforeItsTurnIsNotRun)
 TEST_F(Server, outOfDescriptorsClientsWaitAndAllAreAnswered)
 {
     constexpr std::size_t kClients = 100;
-    launch({"sh", "-c", "ulimit -n 48; exec \"$@\"", "sh", root::built("vokserve"), "--socket",
-            kSocket, "--deadline", "30"});
+    launch({"sh", "-c", "ulimit -n 48; exec \"$@\"", "sh", root::built("vokserve"), "--shared-tmp",
+            "--socket", kSocket, "--deadline", "30"});
     std::vector<std::unique_ptr<Client>> clients;
     for (std::size_t i = 0; i < kClients; ++i) {
         clients.push_back(std::make_unique<Client>());
@@ -413,7 +414,10 @@ TEST_F(Server, serviceItselfRunsNoShellLine)
     // Without the guard, whose system() would come before the watcher's.
     const std::vector<std::string> program = {"env",
                                               "LD_PRELOAD=" + root::built("libsystemwatch.so"),
-                                              root::built("bare_vokserve"), "--socket", kSocket};
+                                              root::built("bare_vokserve"),
+                                              "--shared-tmp",
+                                              "--socket",
+                                              kSocket};
     launch(program);
     EXPECT_EQ(exchange(""), "");
     stop();
@@ -708,8 +712,8 @@ TEST_F(Server, groupOfViewersThatIsAskedForMustBeThere)
 
 TEST_F(Server, groupThatIsAskedForMustBeThere)
 {
-    const root::Ended ended =
-        root::run({root::built("vokserve"), "--socket", kSocket, "--group", "nosuch"});
+    const root::Ended ended = root::run(
+        {root::built("vokserve"), "--shared-tmp", "--socket", kSocket, "--group", "nosuch"});
     EXPECT_EQ(ended.exitCode, 1);
     EXPECT_EQ(ended.errors,
               "vokserve: there is no group nosuch; make it (groupadd --system nosuch), "
@@ -763,6 +767,17 @@ TEST_F(Server, settingsThatOthersCanWriteAreNotBelieved)
               "only its owner may write it (chown root, chmod go-w)\n");
 }
 
+TEST_F(Server, ownTmpThatCannotBeHadEndsTheService)
+{
+    const root::Ended ended = root::run({root::built("vokserve"), "--socket", "/stubs/socket"});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(
+        ended.errors,
+        "vokserve: cannot have a /tmp of its own: mounts: Operation not permitted. Work files "
+        "in everybody's /tmp can be forged; --shared-tmp uses it all the same\n");
+    EXPECT_FALSE(root::exists("/stubs/socket"));
+}
+
 TEST_F(Server, socketIsForRootAndItsGroup)
 {
     start({"--group", "root"});
@@ -780,8 +795,8 @@ TEST_F(Server, whatTheServiceWasStartedWithReachesNoRequest)
     root::stub("php", "tr '\\0' '\\n' </proc/$$/environ | sort >/stubs/seen;"
                       " ls /proc/self/fd >>/stubs/seen; : >\"$3\"");
     launch({"env", "ENV=/stubs/evil", "SECRET=word", "LC_ALL=de_DE.UTF-8", "sh", "-c",
-            "exec 5</dev/null 7</dev/null; exec \"$@\"", "sh", root::built("vokserve"), "--socket",
-            kSocket, "--path", "/stubs:/usr/bin"});
+            "exec 5</dev/null 7</dev/null; exec \"$@\"", "sh", root::built("vokserve"),
+            "--shared-tmp", "--socket", kSocket, "--path", "/stubs:/usr/bin"});
     const Client other;
     EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(0) + "\n");
     EXPECT_EQ(root::readFile("/stubs/seen"), "HOME=/\nLC_ALL=C\nPATH=/stubs:/usr/bin\nPWD=/tmp\n"

@@ -2,6 +2,7 @@
 #include "service/visits.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
 
@@ -47,6 +48,21 @@ TEST(Visits, whoLeavesMakesRoom)
         visits.leave(1000);
     }
     EXPECT_EQ(enter(visits, 1000, 33), (std::vector<unsigned>{32, 1, 0}));
+}
+
+TEST(Visits, clientsLeaveThirtyTwoDescriptors)
+{
+    rlimit former = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &former), 0);
+    const auto count = [&](rlim_t limit) {
+        const rlimit changed = {limit, former.rlim_max};
+        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &changed), 0);
+        return service::countMostClients();
+    };
+    EXPECT_EQ(count(100), 68);
+    EXPECT_EQ(count(33), 1);
+    EXPECT_EQ(count(20), 1) << "fewer than are kept: one client is heard all the same";
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &former), 0);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// One collection, from its mark to its end.
+// One collection, from the start to the end of its mark.
 #include "sharestatus/daemon.h"
 
 #include <fcntl.h>
@@ -58,8 +58,7 @@ TEST_F(Collection, markHasTheTimeOfTheStartAndThenOfTheEnd)
 
 TEST_F(Collection, markIsReleasedWhenTheStatusIsPublished)
 {
-    // Whoever writes into a pipe waits for its reader: the mark is looked at while the status is
-    // on its way.
+    // A writer to a pipe waits for its reader, so the mark is read while the status is written.
     ASSERT_EQ(::mkfifo(root::kStatusFile, 0644), 0);
     std::string duringTheWrite;
     std::size_t size = 0;

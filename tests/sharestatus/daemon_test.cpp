@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The executable, from its start to its end.
+// The collector, from its start to its end.
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -59,7 +59,8 @@ class Daemon : public root::UntracedTest {
         EXPECT_EQ(ended.output, "");
     }
 
-    /// The daemon works in a process that it starts itself: its work files tell its number.
+    /// The collector works in a process that it starts itself; its work files have that process's
+    /// id.
     [[nodiscard]] static std::string listingOf(const Lines& calls)
     {
         for (const std::string& call : calls) {
@@ -150,7 +151,7 @@ TEST_F(Daemon, startAtBootWithAStatusFileEndsAtOnce)
 
 TEST_F(Daemon, startAtBootWithoutAStatusFileWaitsTenSeconds)
 {
-    // One that cannot be read is as good as none. It is made readable during the wait, to see it
+    // An unreadable file counts as none. It is made readable during the wait, to see that it is
     // rewritten.
     root::writeFile(root::kStatusFile, "unreadable");
     std::filesystem::permissions(root::kStatusFile, std::filesystem::perms(0));
@@ -187,7 +188,7 @@ TEST_F(Daemon, leavesItsStarterAtOnceAndKeepsItsStreams)
 
 TEST_F(Daemon, endsWithZero)
 {
-    // What loses its parent becomes this process's child.
+    // A process that loses its parent becomes this process's child.
     if (::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0) != 0) {
         ASSERT_EQ(errno, EINVAL) << "qemu-user does not know this call";
         std::puts("left out: an emulated process adopts nobody");
@@ -237,7 +238,7 @@ TEST_F(Daemon, markIsBusyWhileTheCollectionRuns)
 
 TEST_F(Daemon, endsAtOnceDuringAnotherCollection)
 {
-    // The first one's collection goes on until the second start has ended.
+    // The first collection runs until the second start has ended.
     root::stub("php",
                "echo run >>/tmp/runs; while [ ! -e /stubs/go ]; do sleep 0.01; done; : >\"$3\"");
     root::Program first({program});
@@ -259,8 +260,8 @@ TEST_F(Daemon, twoStartedTogetherLeaveAWholeStatusAndAnIdleMark)
         root::Program second({program});
         EXPECT_EQ(first.wait().exitCode, 0);
         EXPECT_EQ(second.wait().exitCode, 0);
-        // Both may collect, and then they share their work file: one can find the other's list
-        // gone. Whatever each of them found out, what is published is whole.
+        // Both may collect with the same work file, so one may miss its list. In any case the
+        // published status is whole.
         const std::string status = root::readFile(root::kStatusFile);
         EXPECT_TRUE(status == kNoShares || status == kNoList);
         expectIdle();

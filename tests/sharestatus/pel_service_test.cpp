@@ -197,7 +197,7 @@ TEST_F(PelStatus, startThatCannotRunIsTracedWithItsReason)
 
 TEST_F(PelStatus, longLinesAreJudgedPieceByPiece)
 {
-    // 511 characters a piece: the service's name is in the first, the search's in the second.
+    // Pieces have 511 characters: "pelstatus" is in the first, the search's name in the second.
     expectNoStart("pelstatus" + std::string(511 - 9, ' ') + "grep\n");
     expectStart("pelstatus" + std::string(511 - 9 - 4, ' ') + "grep\n");
     expectStart("pelstatu" + std::string(0, ' ') + "\n" + std::string(503, ' ') +

@@ -26,7 +26,7 @@ class Semaphore : public root::Test {
         root::Test::TearDown();
     }
 
-    /// Compares the file's flag, reserved byte and rest, and that its stamp is of this moment.
+    /// Compares the file's flag, reserved byte and rest, and expects the present time in it.
     static void expectStampedNow(const std::string& flags, const std::string& rest = "")
     {
         const std::string content = root::readFile(kSemaphoreFile);
@@ -64,8 +64,8 @@ TEST_F(Semaphore, idleMarkOfAnyTimeIsClaimed)
 
 TEST_F(Semaphore, freshBusyMarkIsRespected)
 {
-    // The clock may pass a second between stamp and claim, so the last one is a second younger than
-    // the limit; the limit itself is tested on values alone.
+    // The clock may reach the next second between mark and claim, so the last age is a second below
+    // the limit; the test of the format tests the limit itself.
     for (const std::uint32_t age : {0U, 1U, 7000U, 7198U}) {
         const std::string content = kBusy + le32(now() - age);
         root::writeFile(kSemaphoreFile, content);
@@ -98,7 +98,7 @@ TEST_F(Semaphore, shortMarkIsCompleted)
 {
     expectClaimed("", kBusy);
     expectClaimed(std::string("\0", 1), kBusy);
-    expectClaimed("\x01", kBusy); // no time: a mark of long ago
+    expectClaimed("\x01", kBusy); // no time: an old mark
 }
 
 TEST_F(Semaphore, bytesAfterTheMarkStay)

@@ -23,7 +23,7 @@ class ShareList : public root::Test {
     const std::string command =
         "sudo /usr/bin/php /etc/inc/api_share.php tovGetShareList " + listing;
 
-    /// The calls of a run that gets as far as the listing.
+    /// The calls of share_info up to the listing.
     [[nodiscard]] Lines callsWith(const Lines& names, int count) const
     {
         Lines calls = {trace("share_info sys(" + command + ")"), command};
@@ -137,7 +137,7 @@ TEST_F(ShareList, zeroByteEndsItsLinesText)
 
 TEST_F(ShareList, longLinesAreReadInPieces)
 {
-    // 2047 characters a piece: the tags of the first line end up in two of them.
+    // Pieces have 2047 characters: the tags of the first line are in two of them.
     const std::string padding(2047 - 4, ' ');
     expectFragment(padding + "<sharename>A</sharename>\n<sharelocation>int\n", {""},
                    "return [\"\"];");

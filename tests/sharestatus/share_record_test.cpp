@@ -19,7 +19,7 @@ using Lines = std::vector<std::string>;
 using root::le16;
 using root::trace;
 
-/// A record that shows every byte that is touched.
+/// A record that shows every byte that is written.
 class ShareRecord : public root::Test {
   protected:
     sharestatus::WorkRecord record{};
@@ -273,7 +273,7 @@ TEST_F(CapUsage, onlyTwoHundredFiftyFiveCharactersOfTheLineCount)
 TEST_F(CapUsage, olderOutputIsReadIfTheShellCannotParseTheName)
 {
     watch::mayBeStrange("du");
-    // The shell stops before it opens the file, so what stood there is taken for du's output.
+    // The shell stops before it opens the file, so the old content is read as du's output.
     root::writeFile(root::kCollectorFile, "return [\"x\"];");
     EXPECT_EQ(GetUserCapUsage(record.data(), "x`y"), 0);
     EXPECT_EQ(bytes(), le16(0) + "K" + untouched(3));

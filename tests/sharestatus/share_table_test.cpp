@@ -76,7 +76,7 @@ class ShareTable : public root::Test {
         root::stubListing(listing);
     }
 
-    /// Collects shares that du knows nothing of, and compares the whole buffer.
+    /// Collects shares that du cannot measure, and compares the whole buffer.
     void expectNames(const Lines& listed, const Lines& recorded)
     {
         listShares(listed);
@@ -133,7 +133,7 @@ TEST_F(ShareTable, withoutSharesTheHeaderIsAllZero)
 
 TEST_F(ShareTable, listIsRemovedBeforeTheLastTrace)
 {
-    // Without names nobody else removes the file.
+    // Without names no measurement removes the file.
     root::stubListing("");
     bool isThere = true;
     bool isOpenAtTheTrace = true;
@@ -219,7 +219,7 @@ TEST_F(ShareTable, nameOfSeventyCharactersIsTwoRecords)
 {
     const std::string head(64, 'h');
     expectNames({head + "abcdef"}, {head, "cdef"});
-    // Both are measured by the whole text that was found.
+    // Each is measured by the whole text from its start.
     const Lines calls = watch::calls();
     EXPECT_EQ(std::count(calls.begin(), calls.end(), duLine(head + "abcdef")), 1);
     EXPECT_EQ(std::count(calls.begin(), calls.end(), duLine("cdef")), 1);
@@ -237,7 +237,7 @@ TEST_F(ShareTable, shareThatCannotBeMeasuredIsStillListed)
 
 TEST_F(ShareTable, recordsStopIfTheLongestWouldNotFit)
 {
-    // The last place at which a record may begin is 4019; 13-byte names make 26 bytes each.
+    // The last offset at which a record may begin is 4019; a record with a name of 13 bytes has 26.
     Lines listed;
     Lines recorded;
     for (int i = 1000; i < 1200; ++i) {
@@ -272,8 +272,8 @@ TEST_F(ShareTable, lastRecordMayEndAtTheBuffersLastByte)
 TEST_F(ShareTable, listIsReadUpToItsBuffer)
 {
     // Names of mostly dashes make a long line and short records. "return [" and 26 names of 157
-    // characters with their quotes are 4142 characters; 4095 are read, which cuts the last name
-    // that is seen within its dashes, before its letter.
+    // characters with their quotes are 4142 characters. 4095 are read, which cuts the last name
+    // within its dashes, before its letter.
     Lines listed;
     Lines recorded;
     for (int i = 0; i < 26; ++i) {
@@ -284,7 +284,7 @@ TEST_F(ShareTable, listIsReadUpToItsBuffer)
     recorded.pop_back();
     expectNames(listed, recorded);
 
-    // One dash less in each brings the last letter to the 4095th place.
+    // With one dash less in each name, the last letter is the 4095th character.
     listed.clear();
     for (const char letter : std::string("abcdefghijklmnopqrstuvwxyz")) {
         listed.push_back(std::string(154, '-') + letter);

@@ -59,7 +59,7 @@ TEST_F(PublishStatus, largestPayloadIsPublished)
     EXPECT_EQ(root::readFile(root::kStatusFile), fileOf(payload, 0));
 }
 
-/// How many writes this process has asked the system for.
+/// The number of write calls that this process has made.
 unsigned long writes()
 {
     const std::string counts = root::readFile("/proc/self/io");
@@ -97,13 +97,13 @@ TEST_F(PublishStatus, fileIsRewrittenInPlace)
     const core::File reader = core::openFile(root::kStatusFile, "r");
     sharestatus::publishStatus("y");
     EXPECT_EQ(root::readFile(root::kStatusFile), fileOf("y", 9));
-    // A reader that had the file open keeps the one that is published.
+    // A reader that had the file open reads the new status.
     std::array<char, 6> seen{};
     EXPECT_EQ(std::fread(seen.data(), 1, seen.size(), reader.get()), 6U);
     EXPECT_EQ(std::string(seen.begin(), seen.end()), le32(2) + "y\x09");
 }
 
-/// How often this process has asked the system to write.
+/// The number of write calls that this process has made.
 long writeCalls()
 {
     std::ifstream counters("/proc/self/io");
@@ -115,7 +115,7 @@ long writeCalls()
     return count;
 }
 
-/// Any more writes would be moments at which a reader finds a status that is written by half.
+/// After each further write a reader could find a half-written status.
 TEST_F(PublishStatus, zerosAndStatusAreOneWriteEach)
 {
     for (const std::size_t size : {0U, 1U, 4091U, 4092U, 4096U}) {
@@ -198,8 +198,7 @@ class ReadStatus : public root::Test {
                 trace("Read_Status_file - len = " + length + " ")};
     }
 
-    /// Reads a file and compares result and traces. Sums stand in the last trace, where there is
-    /// one.
+    /// Reads a file and compares result and traces. The last trace has the sums, if there is one.
     void expectRead(const std::string& content, int result, const std::string& length,
                     const std::string& sums)
     {
@@ -255,9 +254,9 @@ TEST_F(ReadStatus, wrongChecksumIsNoData)
 {
     expectRead(fileOf("\x01\x02\x10", 4), 0, "4", "3 4");
     expectRead(fileOf("\x01\x02\x11", 3), 0, "4", "4 3");
-    // The check is four bits wide: a change by a multiple of 16 goes unseen.
+    // The checksum has four bits: a change by a multiple of 16 is not detected.
     expectRead(fileOf("\x01\x02\x20", 3), 3, "4", "3 3");
-    // All of the check byte counts.
+    // The whole checksum byte is compared.
     expectRead(fileOf("\x01\x02\x10", 0x13), 0, "4", "3 13");
 }
 
@@ -277,13 +276,13 @@ TEST_F(ReadStatus, fileCutShortIsNoData)
     expectRead(le32(11) + zeros(11), 10, "b", "0 0");
 }
 
-/// A file that a writer changes before each look, up to one of them.
+/// A file that a writer changes before each of the first reads.
 class ChangingFile : public root::Test {
   protected:
     sharestatus::StatusImage image{};
     int looks = 0;
 
-    /// @return what was read of it
+    /// @return the bytes that were read
     std::string read(int lastChange)
     {
         root::writeFile(root::kStatusFile, "0");
@@ -360,8 +359,8 @@ TEST_F(ReadStatus, everyLengthWordIsSafe)
 
 // ---- Both at once -----------------------------------------------------------------------------
 
-/// A payload that tells by itself whether it is whole: its size and all its bytes follow from the
-/// two bytes that it starts with.
+/// A payload that shows whether it is whole: its first two bytes determine its size and all its
+/// bytes.
 std::string numberedPayload(unsigned number)
 {
     const std::size_t size = 2 + (number * 379) % 4095;

@@ -3,7 +3,7 @@
 
 std::optional<std::time_t> root::clock;
 
-/// The C library's, unless the test sets the clock.
+/// The C library's time(), unless the test sets the clock.
 extern "C" std::time_t time(std::time_t* result) noexcept
 {
     std::timespec now{};

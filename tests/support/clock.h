@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// clock.h: what time() says in a test's program.
+// clock.h: sets what time() returns in a test's program.
 #pragma once
 
 #include <ctime>
@@ -8,7 +8,7 @@
 
 namespace root {
 
-/// The time that everybody in this program is told; without a value, the real one.
+/// What time() returns in this program; the real time if empty.
 extern std::optional<std::time_t> clock;
 
 } // namespace root

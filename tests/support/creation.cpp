@@ -92,7 +92,7 @@ void Test::load(const std::string& request)
 
 void Test::expectEnd(std::uint32_t code, const Lines& calls, const Lines& left)
 {
-    // A name may end the text of its trace, and then its shell line prints something.
+    // A quote in a name can end the text of its trace; then the shell line prints something.
     const request::Outcome outcome = request::run();
     const std::string answer = root::le32(code);
     if (code == request::kGood) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// emulated.c: stands in the build folder under the name of each program built for another machine,
-// and runs that program under qemu. It is linked statically, as qemu is, so that what a test
-// preloads is loaded into the emulated program alone.
+// emulated.c: a starter in the build folder for each program built for another machine: runs the
+// program of its own name under qemu. It is linked statically, as qemu is, so that a library that a
+// test preloads is loaded only into the emulated program.
 #include <errno.h>
 #include <limits.h>
 #include <stdio.h>
@@ -12,7 +12,7 @@
 
 int main(int count, char** arguments)
 {
-    // The name of the file itself: links to it, and what the caller says, may be others.
+    // The name of the file itself: a link to it, or argv[0], may have another name.
     char self[PATH_MAX] = "";
     if (readlink("/proc/self/exe", self, sizeof self - 1) < 0) {
         return 127;
@@ -21,7 +21,7 @@ int main(int count, char** arguments)
     char program[PATH_MAX + 32];
     char emulator[PATH_MAX + 32];
     snprintf(program, sizeof program, "/build/target/%s", name);
-    // Of the program's name, too: by that name it is found among the processes.
+    // The emulator has the program's name, too, so that the process is found by that name.
     snprintf(emulator, sizeof emulator, "/build/emulation/bin/%s", name);
 
     char* const start[] = {arguments[0], "-L", "/build/emulation", "-0", arguments[0], program};

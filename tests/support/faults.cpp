@@ -18,7 +18,7 @@ constexpr int kNoLimit = -1;
 
 int copies = kNoLimit;
 bool isNewFailing = false;
-int errorOnDelete = 0; ///< 0: errno is left alone
+int errorOnDelete = 0; ///< 0: errno is not changed
 
 std::string unclosable;
 std::string unwritable;
@@ -41,7 +41,7 @@ template <class Function> Function* real(const char* name)
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
 
-/// Whether a stream is one to the file of this path; none is to the file of an empty path.
+/// Whether a stream has the file of this path open; never for an empty path.
 bool leadsTo(FILE* file, const std::string& path)
 {
     std::error_code none;
@@ -138,7 +138,7 @@ std::string lastConversion()
 
 } // namespace faults
 
-// Each of these stands before the C library's.
+// These replace the functions of the C library.
 
 void* operator new(std::size_t size)
 {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// faults.h: faults of the C library, by name, and what happens right before one of its calls. Each
-// lasts as long as its guard:
+// faults.h: makes calls of the C library fail, or runs an action right before one. Each lasts as
+// long as its guard:
 //
 //     const faults::Guard noProcess = faults::failFork();
 //
-// Without a guard every call does what the C library's does.
+// Without a guard every call does the same as in the C library.
 #pragma once
 
 #include <functional>
@@ -14,7 +14,7 @@
 
 namespace faults {
 
-/// Ends a fault when it goes. An empty one has none to end; it can be given one later.
+/// Ends a fault in its destructor. An empty guard has no fault; it can get one later.
 class [[nodiscard]] Guard {
   public:
     Guard() = default;
@@ -41,30 +41,30 @@ class [[nodiscard]] Guard {
 // ---- Memory -----------------------------------------------------------------------------------
 
 /// strdup fails with ENOMEM.
-/// @param copies  that succeed before
+/// @param copies  the number of copies that succeed before
 Guard failStrdup(int copies = 0);
 
-/// How many copies are still to succeed.
+/// How many copies will still succeed.
 [[nodiscard]] int copiesLeft();
 
-/// The new that does not throw has no memory.
+/// new(std::nothrow) returns null.
 Guard failNew();
 
-/// delete leaves this in errno.
+/// delete sets errno to this.
 Guard setErrnoOnDelete(int error);
 
 // ---- Files ------------------------------------------------------------------------------------
 
-/// fclose of this file fails with EBADF; its descriptor is closed all the same.
+/// fclose of this file fails with EBADF, but closes its descriptor.
 Guard failFclose(const std::string& path);
 
 /// fwrite to this file writes nothing and fails with ENOSPC.
 Guard failFwrite(const std::string& path);
 
-/// Something happens right before remove of this file; once.
+/// Runs an action once, right before remove() of this file.
 Guard beforeRemove(const std::string& path, std::function<void()> action);
 
-/// Something happens right before each pread, which is told its number from 1.
+/// Runs an action right before each pread, with the call's number from 1 on.
 Guard beforePread(std::function<void(int)> action);
 
 // ---- Processes --------------------------------------------------------------------------------
@@ -72,12 +72,12 @@ Guard beforePread(std::function<void(int)> action);
 /// fork fails with EAGAIN.
 Guard failFork();
 
-/// Something happens right before each fork.
+/// Runs an action right before each fork.
 Guard beforeFork(std::function<void()> action);
 
 // ---- Encodings --------------------------------------------------------------------------------
 
-/// iconv_open knows no such encodings.
+/// iconv_open fails with EINVAL.
 Guard failIconvOpen();
 
 /// iconv fails with EILSEQ.
@@ -86,7 +86,7 @@ Guard failIconv();
 /// How many of iconv's converters are open.
 [[nodiscard]] int openConverters();
 
-/// What iconv_open was asked for last, as "FROM to TO".
+/// The encodings of the last iconv_open, as "FROM to TO".
 [[nodiscard]] std::string lastConversion();
 
 } // namespace faults

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// file_events.h: in which order a folder's files are written, closed and removed.
+// file_events.h: records the order in which a folder's files are written, closed and removed.
 #pragma once
 
 #include <array>
@@ -14,7 +14,7 @@
 
 namespace root {
 
-/// Watches a folder for as long as it lives.
+/// Watches a folder as long as the object exists.
 class FileEvents {
   public:
     explicit FileEvents(const std::string& folder)
@@ -28,8 +28,8 @@ class FileEvents {
     FileEvents(const FileEvents&) = delete;
     FileEvents& operator=(const FileEvents&) = delete;
 
-    /// What has happened since the last look, each as "write", "close" or "remove" and the file's
-    /// name. Writes that follow each other directly count once.
+    /// The events since the last call, each as "write", "close" or "remove" and the file's name.
+    /// Several writes in a row count once.
     [[nodiscard]] std::vector<std::string> happened() const
     {
         std::vector<std::string> events;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Only where coverage is measured: a process writes down what it has counted when it ends by
-// itself. Children of tests leave by _exit or kill themselves, and either would lose their counts.
+// Only for coverage: writes a process's counts when it ends by _exit or kills itself, as children
+// of tests do; otherwise their counts would be lost.
 #include <csignal>
 #include <sys/syscall.h>
 #include <unistd.h>

@@ -14,7 +14,7 @@
 namespace request {
 namespace {
 
-/// The frame in fin_buf, without the zeros behind it.
+/// The frame in fin_buf, without the zeros after it.
 std::string loaded;
 
 std::string hex(const char* format, std::uint32_t value)
@@ -24,7 +24,7 @@ std::string hex(const char* format, std::uint32_t value)
     return text.data();
 }
 
-/// The 32-bit number at a place of a line; a line that is too short has zeros there.
+/// The 32-bit number at an offset of a line; bytes after the line's end count as zero.
 std::uint32_t wordAt(const std::string& line, std::size_t place)
 {
     std::uint32_t word = 0;
@@ -34,12 +34,12 @@ std::uint32_t wordAt(const std::string& line, std::size_t place)
     return word;
 }
 
-/// The next piece of the request as "wags" reads it: a line, or 255 bytes of one.
-/// @return false when nothing is left
+/// Reads the next piece of the request as "wags" does: a line, or 255 bytes of one.
+/// @return false if nothing is left
 bool readPiece(std::string& piece)
 {
     watch::restart();
-    // Nobody reads these traces, and so no shell needs to run.
+    // No test reads these traces, so no shell needs to run.
     watch::answer("echo", 0, 0);
     watch::answer("echo", 0, 0);
     const std::string traced = call(cmd_wags).calls.at(0);

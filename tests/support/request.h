@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// request.h: what tests of the command service share: send a request through the dispatcher, and
-// compare all that it leaves.
+// request.h: sends a request through the dispatcher, and compares all that it leaves.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +14,7 @@ namespace request {
 
 using Lines = std::vector<std::string>;
 
-/// Where a command's shell line leaves its output. An error exit removes the file.
+/// The output of a command's shell line. An error exit removes the file.
 inline const std::string kWorkFile = "/tmp/vokcontrol.tmp";
 
 // Codes that more than one command answers.
@@ -40,15 +39,15 @@ extern const std::vector<Failure> kFailures;
 
 // ---- Requests ---------------------------------------------------------------------------------
 
-/// A request: code, blank, count, newline, and what follows.
+/// A request: code, blank, count, newline, and the bytes after them.
 [[nodiscard]] std::string frame(std::string_view code, std::uint32_t count,
                                 std::string_view rest = "");
 
-/// The same, but its first line is so long that the request takes all 4096 bytes: no zero follows.
+/// The same with a first line so long that the request has 4096 bytes: no zero follows.
 [[nodiscard]] std::string filledFrame(std::string_view code, std::uint32_t count,
                                       std::string_view rest);
 
-/// What a request has answered and asked of the system.
+/// A request's answer, result, output and calls.
 struct Outcome {
     int result;
     std::string answer;
@@ -56,34 +55,34 @@ struct Outcome {
     std::string printed; ///< to standard output
 };
 
-/// Puts a frame into fin_buf, zeros behind it, and starts a new list of calls. Interventions of the
-/// test's own can be made from here on.
+/// Puts a frame into fin_buf, zeros after it, and starts a new list of calls. After it a test can
+/// change how calls end.
 void load(std::string_view frame);
 
-/// Has the frame in fin_buf processed under a number. What an exit has left in an open stream
-/// counts as answered.
+/// Processes the frame in fin_buf under a number. Bytes that an exit left in an open stream count
+/// as answered.
 [[nodiscard]] Outcome run(int number = 7);
 
-/// Both at once.
+/// load() and run().
 [[nodiscard]] Outcome process(std::string_view frame, int number = 7);
 
-/// Calls a handler by its exported name: it reads on where the request before has been read to, and
-/// no dispatcher has traced anything.
+/// Calls a handler by its exported function: it reads the rest of the previous request, and the
+/// dispatcher traces nothing.
 [[nodiscard]] Outcome call(void (*handler)());
 
-/// From here on nothing can be written to the answer in hand.
+/// Makes all writes to the current answer fail.
 void loseAnswer();
 
-/// What the request before has left to read, without the newlines and zeros at its end; afterwards
-/// nothing is left. "wags" reads and traces it, and so the list of calls starts anew.
+/// Takes the rest of the previous request, without the newlines and zeros at its end. "wags" reads
+/// and traces it, so the list of calls starts again.
 [[nodiscard]] std::string unread();
 
 // ---- Calls ------------------------------------------------------------------------------------
 
-/// The calls that begin every request: the code and the count; more calls follow them.
+/// The calls that begin every request, the code and the count, and then MORE.
 [[nodiscard]] Lines opening(std::string_view code, std::uint32_t count, const Lines& more = {});
 
-/// The same for a frame, whatever its first line holds.
+/// The same for a frame with any first line.
 [[nodiscard]] Lines openingOf(std::string_view frame, const Lines& more = {});
 
 /// The traces of the first 30 bytes of a line, each as a number and as a character.
@@ -100,17 +99,17 @@ void loseAnswer();
 /// Tests of commands.
 class Test : public root::Test {
   protected:
-    /// Compares all that the loaded request leaves when its handler has run.
-    /// @param calls  that follow the dispatcher's two traces
+    /// Compares all that the loaded request leaves after its handler.
+    /// @param calls  after the dispatcher's two traces
     /// @param left  files, as leftBehind() names them
     static void expectEnd(const Outcome& outcome, const std::string& answer, const Lines& calls,
                           Lines left = {}, const std::string& printed = "");
 
-    /// Has the loaded request processed, and compares the same.
+    /// Processes the loaded request, and compares the same.
     static void expectEnd(const std::string& answer, const Lines& calls, const Lines& left = {},
                           const std::string& printed = "");
 
-    /// The same; which files are left, and what is printed, the test compares itself.
+    /// The same without files and output, which the test compares itself.
     static void expectReply(const Outcome& outcome, const std::string& answer, const Lines& calls);
 
     /// The request ends with an error; the exit's trace is the last call.

@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 namespace root {
 namespace {
 
-/// Empties a folder that tests may have closed to themselves.
+/// Empties a folder, even one without permissions.
 void emptyFolder(const fs::path& folder)
 {
     fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add);
@@ -48,7 +48,7 @@ void clear()
     watch::restart();
 }
 
-/// Every line that the module has sent to a shell is one that its own programs let run.
+/// Expects that the guard would run every line that the module has sent to a shell.
 void expectNothingStrange()
 {
     for (const std::string& line : watch::takeStrange()) {
@@ -99,7 +99,7 @@ std::string readFile(const std::string& path)
     if (fs::is_directory(path)) {
         return "";
     }
-    // Byte by byte, a status file's mebibyte would take an emulated test seconds.
+    // Reading a status file's mebibyte byte by byte would take an emulated test seconds.
     std::ostringstream content;
     content << std::ifstream(path, std::ios::binary).rdbuf();
     return content.str();
@@ -121,7 +121,7 @@ bool isOpen(const std::string& path)
 
 namespace {
 
-/// The files in the folders that tests use which this process has open.
+/// The open files of this process in the folders that tests use.
 std::vector<std::string> openPaths()
 {
     std::vector<std::string> paths;
@@ -135,7 +135,7 @@ std::vector<std::string> openPaths()
     return paths;
 }
 
-/// What whoever started the test has left open, such as the log of ctest.
+/// Files that the program that started the test left open, such as the log of ctest.
 const std::vector<std::string> kInherited = openPaths();
 
 } // namespace
@@ -172,7 +172,8 @@ void makeUnreadable(const std::string& path)
 
 std::string printed(const std::function<void()>& function)
 {
-    // Not a pipe, which fills up, and not a file, which needs room on a disk that a test may fill.
+    // Not a pipe, which can fill up, and not a file, which needs space on a disk that a test may
+    // fill.
     const int store = ::memfd_create("printed", MFD_CLOEXEC);
     EXPECT_GE(store, 0);
     std::fflush(stdout);
@@ -190,7 +191,7 @@ std::string printed(const std::function<void()>& function)
 
 std::vector<std::string> printedPieces(const std::function<void()>& function)
 {
-    // Each write to such a socket is a packet of its own.
+    // Each write to a socket of this type is a packet of its own.
     std::array<int, 2> ends{};
     EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
     std::fflush(stdout);
@@ -338,7 +339,7 @@ std::string upper(std::string text)
 Program::Program(const std::vector<std::string>& command, bool isWatched)
     : output_(workName("output")), errors_(workName("errors"))
 {
-    // Whatever the program leaves running holds the other end of this pipe.
+    // Processes that the program leaves running hold the other end of this pipe.
     std::array<int, 2> pipe{};
     EXPECT_EQ(::pipe(pipe.data()), 0);
     ::fcntl(pipe[0], F_SETFD, FD_CLOEXEC);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// root.h: what tests do with the root that they run in: files, stubs, programs, and the starting
-// point that every test finds.
+// root.h: for tests in their root: files, stubs, programs, and the state in which every test
+// starts.
 #pragma once
 
 #include <functional>
@@ -21,7 +21,7 @@ inline constexpr const char* kSemaphoreFile = "/etc/pelconfig/vokcontrol/__shrse
 inline constexpr const char* kCollectorFile = "/tmp/pelsts1.tmp";
 inline const std::string kVariables = "/etc/pelconfig/system_var";
 
-// What the C library calls these errors.
+// The C library's texts for these errors.
 inline const std::string kAgain = "Resource temporarily unavailable";
 inline const std::string kNoChild = "No child processes";
 inline const std::string kNotThere = "No such file or directory";
@@ -32,54 +32,54 @@ void writeFile(const std::string& path, std::string_view content);
 [[nodiscard]] std::string readFile(const std::string& path);
 [[nodiscard]] bool exists(const std::string& path);
 
-/// Whether this process has a file open, even one that was removed since.
+/// Whether this process has a file open, even a removed one.
 [[nodiscard]] bool isOpen(const std::string& path);
 
 /// The files of /tmp and /etc that this process has open.
 [[nodiscard]] std::vector<std::string> openFiles();
 
-/// Nothing can be created in a folder or removed from it, until it is opened again.
+/// Makes a folder read-only until openFolder().
 void closeFolder(const std::string& folder = "/tmp");
 void openFolder(const std::string& folder = "/tmp");
 
-/// Puts a folder, with something in it, in a file's place.
+/// Replaces a file by a folder that is not empty.
 void replaceByFolder(const std::string& path);
 
 void makeUnreadable(const std::string& path);
 
-/// What a function prints to standard output, what its shell lines print among it.
+/// What a function and its shell lines print to standard output.
 [[nodiscard]] std::string printed(const std::function<void()>& function);
 
-/// What a function prints to standard output, in the pieces in which it leaves the process: one for
-/// each flush. What shell lines print comes as pieces of its own.
+/// What a function prints to standard output, one piece per flush. Output of shell lines is in
+/// pieces of its own.
 [[nodiscard]] std::vector<std::string> printedPieces(const std::function<void()>& function);
 
 /// The names in a folder, in order.
 [[nodiscard]] std::vector<std::string> list(const std::string& folder);
 
-/// Puts a shell script in front of a command.
+/// Replaces a command by a shell script.
 void stub(const std::string& command, const std::string& script);
 
-/// Has the share script write this listing from now on.
+/// Makes the share script write this listing from now on.
 void stubListing(std::string_view listing);
 
 /// One block of the share script's listing.
 [[nodiscard]] std::string shareBlock(const std::string& name,
                                      const std::string& location = "internal");
 
-/// Has du print these kibibytes for a share; for other shares it fails as du does.
+/// Makes du print this size in KiB for a share; for other shares it fails as du does.
 void stubUsage(const std::string& share, const std::string& kibibytes);
 
-/// Fills the file system that a folder is on to the last byte, with a file in that folder.
+/// Fills the file system of a folder to the last byte, with a file in that folder.
 void fillDisk(const std::string& folder = "/tmp");
 /// Removes that file.
 void freeDisk(const std::string& folder = "/tmp");
 
-/// Two bytes of a number, least significant first; four likewise.
+/// The two or four bytes of a number, least significant first.
 [[nodiscard]] std::string le16(unsigned value);
 [[nodiscard]] std::string le32(std::uint32_t value);
 
-/// So many zero bytes.
+/// COUNT zero bytes.
 [[nodiscard]] std::string zeros(std::size_t count);
 
 /// The shell line of a trace that is not its process's first.
@@ -102,18 +102,18 @@ void freeDisk(const std::string& folder = "/tmp");
 /// This process's id, in decimal.
 [[nodiscard]] std::string pid();
 
-/// Lists, one behind the other.
+/// The lists in one list.
 [[nodiscard]] std::vector<std::string> join(const std::vector<std::vector<std::string>>& lists);
 
 /// ASCII letters in upper case.
 [[nodiscard]] std::string upper(std::string text);
 
-/// What the appliance lets nobody and nothing be called.
+/// The names that users and shares must not have.
 inline const std::vector<std::string> kReserved = {
     ".", "..", "config", "lost+found", "__mediabolic", "__mt-daapd", "__raclient", "__autoupdate"};
 
-/// Texts with characters that mean something to a shell, a list or a format, but leave a line
-/// between single quotes whole.
+/// Texts with characters that mean something to a shell, a list or a format, but not between single
+/// quotes.
 inline const std::vector<std::string> kOddTexts = {"\xC3\xA9lise \xE6\x97\xA5\xE6\x9C\xAC",
                                                    "a \"quoted\" b",
                                                    "%s%n%d",
@@ -126,19 +126,19 @@ inline const std::vector<std::string> kOddTexts = {"\xC3\xA9lise \xE6\x97\xA5\xE
                                                    "\xFF\x80"};
 
 struct Ended {
-    int exitCode; ///< 128 and the number where a signal ended it
+    int exitCode; ///< 128 and the number if a signal ended it
     std::string output;
     std::string errors;
 };
 
-/// A program that was started; both its output streams go to files of their own.
+/// A started program; each of its two output streams goes to a file.
 class Program {
   public:
     Program(const std::vector<std::string>& command, bool isWatched = false);
 
     [[nodiscard]] int pid() const { return pid_; }
 
-    /// Waits for the program and for everything it left behind that still holds its output open.
+    /// Waits for the program and for all processes that hold its output open.
     [[nodiscard]] Ended wait();
 
   private:
@@ -153,11 +153,11 @@ class Program {
 /// The path of a program of this build.
 [[nodiscard]] std::string built(const std::string& program);
 
-/// Runs a function in a child process, where nothing has been traced yet if nothing has been here.
+/// Runs a function in a child process. The child has not traced yet if this process has not.
 void inChild(const std::function<void()>& function);
 
-/// Clears the root and starts the watch. One trace has been made in the test's process, so that
-/// trace() tells every further one.
+/// Clears the root and starts the watch. The test's process has traced once, so that trace() gives
+/// the line of every further trace.
 class Test : public testing::Test {
   protected:
     void SetUp() override;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// scripted_service.h: a service that gives answers made up by a test.
+// scripted_service.h: a service whose answers the test chooses.
 #pragma once
 
 #include <string>
@@ -13,16 +13,16 @@ namespace root {
 /// A listening socket at a path.
 [[nodiscard]] int listenAt(const std::string& path);
 
-/// What comes over a connection, up to the end of what its other side sends.
+/// All bytes from a connection, up to its end.
 std::string receiveAll(int socket);
 
-/// What was sent to a service, one frame a connection, and how vokctl ended.
+/// The frames that a service received, one per connection, and how vokctl ended.
 struct Exchange {
     std::vector<std::string> frames;
     Ended ended;
 };
 
-/// Calls vokctl against a service that gives these answers, one a connection.
+/// Calls vokctl with a service that gives these answers, one per connection.
 [[nodiscard]] Exchange exchange(std::vector<std::string> arguments,
                                 const std::vector<std::string>& answers);
 

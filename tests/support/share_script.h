@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// share_script.h: the share script's listing of all shares, as tests lay it out and see it asked
-// for.
+// share_script.h: the share script's listing of all shares, and the calls that fetch it.
 #pragma once
 
 #include <array>
@@ -12,10 +11,10 @@
 
 namespace share_script {
 
-/// Sizes of names that are looked up, to the largest.
+/// Sizes of names that are looked up, up to the largest.
 inline constexpr auto kNameSizes = std::to_array<std::size_t>({1, 10, 31, 32, 33, 48, 63, 64});
 
-/// The trace of something that went wrong with a file.
+/// The trace of a failure with a file.
 inline std::string problem(const std::string& what, const std::string& path, const std::string& why)
 {
     return root::trace(what + " " + path + ": " + why);

@@ -53,7 +53,7 @@ std::optional<Intervention> takeIntervention(const char* line)
     return std::nullopt;
 }
 
-/// Each entry ends in a zero byte: lines may hold anything else.
+/// Each entry ends in a zero byte, because lines may hold all other bytes.
 void append(const char* path, const std::string& entry)
 {
     const int callersError = errno;
@@ -70,7 +70,7 @@ void record(const std::string& entry)
     append(kRecord, entry);
 }
 
-/// Whether the guard lets a line run; the shell lines of tests themselves do not count.
+/// Whether the guard refuses a line; shell lines of the tests themselves do not count.
 bool isStrange(const char* line)
 {
     return !guard::readTrace(line) && !guard::judge(line).isKnown;
@@ -91,7 +91,7 @@ template <class Function> Function* next(const char* name)
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
 
-/// What the watched program starts is not watched.
+/// Programs that the watched program starts are not watched.
 [[gnu::constructor]] void keepToOneProgram()
 {
     ::unsetenv("LD_PRELOAD");

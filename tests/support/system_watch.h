@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// system_watch.h: watches a program from outside. This library stands before the C library, by
-// being linked to a test or preloaded into a program, and writes down what the program asks of the
-// system: each line that reaches system() as it stands, and each call of nice, sleep and daemon.
-// Then it passes the call on.
+// system_watch.h: records a program's calls. This library comes before the C library, because it is
+// linked to a test or preloaded into a program. It records each line that reaches system(),
+// unchanged, and each call of nice, sleep and daemon. Then it makes the call.
 #pragma once
 
 #include <functional>
@@ -12,23 +11,23 @@
 
 namespace watch {
 
-/// What has been written down so far, by all processes of the root, in order.
+/// The calls recorded so far, from all processes of the root, in order.
 [[nodiscard]] std::vector<std::string> calls();
 
-/// Lines that start so need none of the guard's shapes: a test has its reason for them.
+/// Lines with this start need no shape of the guard; call it if a test has a reason for them.
 void mayBeStrange(const std::string& lineStart);
 
-/// The lines that the guard would not let run, since the last call of this, but for those above,
-/// which are forgotten.
+/// The lines that the guard would refuse, since the last call, except those allowed by
+/// mayBeStrange, which it forgets.
 [[nodiscard]] std::vector<std::string> takeStrange();
 
-/// Starts a new list, and forgets the two kinds of intervention below.
+/// Starts a new list, and forgets the calls of answer() and after().
 void restart();
 
-/// The next line that starts so is not run; its caller gets this result and errno.
+/// Does not run the next line with this start; its caller gets this result and errno.
 void answer(const std::string& lineStart, int result, int error);
 
-/// When the next line that starts so has run, the action happens before its caller goes on.
+/// Runs the action after the next line with this start, before its caller continues.
 void after(const std::string& lineStart, std::function<void()> action);
 
 } // namespace watch

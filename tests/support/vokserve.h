@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// vokserve.h: a running service for tests of its client.
+// vokserve.h: runs the service for tests of its client.
 #pragma once
 
 #include <csignal>
@@ -15,14 +15,14 @@
 
 namespace root {
 
-/// Runs vokserve at /tmp/socket for as long as a test lasts.
+/// Runs vokserve at /tmp/socket during a test.
 class ServedTest : public UntracedTest {
   protected:
     void SetUp() override
     {
         UntracedTest::SetUp();
-        service_.emplace(std::vector<std::string>{built("vokserve"), "--socket", "/tmp/socket",
-                                                  "--path", path()});
+        service_.emplace(std::vector<std::string>{built("vokserve"), "--shared-tmp", "--socket",
+                                                  "/tmp/socket", "--path", path()});
         for (int tries = 0; tries < 500 && !exists("/tmp/socket"); ++tries) {
             ::usleep(10000);
         }
@@ -52,14 +52,14 @@ class ServedTest : public UntracedTest {
     }
 
   private:
-    /// Where this root's stubs stand before its commands.
+    /// The PATH of this root, with the stubs before the commands.
     static std::string path() { return std::getenv("PATH"); }
 
     std::optional<Program> service_;
 };
 
-/// The same; the service has answered once. Then it is all there, and ends as it should however
-/// short a test is.
+/// The same, after the service has answered once: then it has started completely, and ends in order
+/// even after a short test.
 class AnsweringTest : public ServedTest {
   protected:
     void SetUp() override

@@ -153,6 +153,22 @@ TEST(Judgement, statusThatIsNotThereIsAskedFor)
                       "that the appliance's share script works, then start another one."});
 }
 
+TEST(Judgement, statusThatCannotBeReadIsNotMissing)
+{
+    Situation all = situation({});
+    all.status = {};
+    all.status.error = ENOENT;
+    EXPECT_EQ(judge(all, configuration()).at(0).kind, std::string("no-status"));
+    all.status.error = EACCES;
+    EXPECT_EQ(describe(all), Strings{"warning status-unreadable: The share status cannot be read: "
+                                     "Permission denied."});
+    all.status.error = EISDIR;
+    all.status.result = PublishedStatus::Result::kDamaged;
+    EXPECT_EQ(describe(all),
+              Strings{"warning status-unreadable: The share status cannot be read: Is "
+                      "a directory."});
+}
+
 TEST(Judgement, statusIsStaleWhenItIsOlderThanAllowed)
 {
     Situation all = situation();

@@ -84,6 +84,10 @@ $backups = [
 /** name => password */
 $users = ['anna' => 'appliance', 'bob' => 'storage', 'Élise' => 'network'];
 
+/** Of these accounts, the one that may change things on the web pages. */
+const ADMINISTRATOR = 'anna';
+const ADMINISTRATORS_FILE = '/var/lib/vokcontrol/administrators';
+
 /**
  * [kind, vendor, model, serial, capacity in GB, node]; a printer's model is what it is called. The printer
  * has a slot for memory cards, which is a disk of the same serial number.
@@ -117,6 +121,10 @@ mkdir(BACKUP_FOLDER, recursive: true);
 foreach ($backups as $name => $line) {
     file_put_contents(BACKUP_FOLDER . "/__bk$name", $line);
 }
+
+mkdir(dirname(ADMINISTRATORS_FILE), 0700, recursive: true);
+file_put_contents(ADMINISTRATORS_FILE, ADMINISTRATOR . "\n");
+chmod(ADMINISTRATORS_FILE, 0600);
 
 foreach ($variables as $name => $value) {
     file_put_contents(VARIABLE_FILE, "$name=$value\n", FILE_APPEND);

@@ -94,9 +94,9 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/bin/pelstatus
 /usr/bin/vokctl
 /usr/include/vokcontrol.h
+/usr/lib/MACHINE/pkgconfig/vokcontrol.pc
 /usr/lib/libvokcontrol.so
 /usr/lib/libvokcontrol.so.0
-/usr/lib/MACHINE/pkgconfig/vokcontrol.pc
 /usr/lib/vokcontrol/vokpage
 /usr/sbin/vokcollect
 /usr/sbin/vokcontrol
@@ -111,7 +111,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/install.md.gz
 /usr/share/doc/vokcontrol/protocol.md.gz
 /usr/share/doc/vokcontrol/security.md.gz
-/usr/share/doc/vokcontrol/web-server.md.gz
+/usr/share/doc/vokcontrol/web-server.md
 /usr/share/doc/vokcontrol/web-server/lighttpd.conf
 /usr/share/doc/vokcontrol/web-server/nginx.conf
 /usr/share/doc/vokcontrol/web-server/stunnel.conf
@@ -127,7 +127,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/man/man8/vokcontrol.8.gz
 /usr/share/man/man8/vokpage.8.gz
 /usr/share/man/man8/vokserve.8.gz' "$(listing | grep -vE '^/usr/share/vokcontrol' |
-    sed "s/$(dpkg-architecture -q DEB_HOST_MULTIARCH)/MACHINE/")"
+    sed "s/$(dpkg-architecture -q DEB_HOST_MULTIARCH)/MACHINE/" | LC_ALL=C sort)"
 
 expect 'no file names the folder that it was built in' '' "$(
     mkdir "$root/unpacked"

@@ -29,12 +29,12 @@ expect() {
 expect '--help --version' vokctl -
 expect 'shares' vokctl sh
 expect '--help list show public-name create' vokctl shares ''
-expect '--help --json --socket --timeout --config' vokctl shares list ''
-expect '--help --socket --timeout --config --public --for' vokctl shares create Music --public ''
-expect '--help --time --name --workgroup --language --socket --timeout --config' vokctl host set ''
+expect '--help --json --socket --timeout --config --any-server' vokctl shares list ''
+expect '--help --socket --timeout --config --any-server --public --for' vokctl shares create Music --public ''
+expect '--help --time --name --workgroup --language --socket --timeout --config --any-server' vokctl host set ''
 expect 'en fr ge sp it sc tc' vokctl host set --language ''
 expect '--json' vokctl status --wait 5 --j
-expect '--help --count --line --hex --frame --socket --timeout --config' vokctl raw lstu --
+expect '--help --count --line --hex --frame --socket --timeout --config --any-server' vokctl raw lstu --
 expect 'files' vokctl raw --frame ''
 expect 'files' vokctl private get ''
 

@@ -60,7 +60,7 @@ just now
 no password in the log' "$(appliance sh -c '
     create() {
         code=0
-        said=$(printf "$2" | vokctl users create "$1" 2>&1) || code=$?
+        said=$(printf "$2" | vokctl users create "$1" --empty-password 2>&1) || code=$?
         echo "$said = $code"
     }
     create carla "password\n"
@@ -108,7 +108,7 @@ anna bob Élise" "$(appliance sh -c '
         said=$("$@" 2>&1) || code=$?
         echo "$said = $code"
     }
-    create() { printf "$2" >/tmp/password; try vokctl users create "$1" </tmp/password; }
+    create() { printf "$2" >/tmp/password; try vokctl users create "$1" --empty-password </tmp/password; }
     api_user() { try sudo /usr/bin/php /etc/inc/api_user.php "$@"; }
     everything >/tmp/before
     long=$(printf "%033d" 0)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// visits.h: how many connections the service takes, in all and from each user, so that one user cannot fill
-// it.
+// visits.h: how many connections the service takes, in all and from each user, so that one user
+// cannot fill it.
 #pragma once
 
 #include <map>

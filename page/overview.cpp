@@ -186,6 +186,8 @@ Html collectionTime(const Facts& facts)
     }
     if (status.isCollecting) {
         out << R"(<strong data-collecting>A collection is running now.</strong>)";
+    } else if (status.isInterrupted) {
+        out << "The last collection was interrupted.";
     } else {
         out << "No collection is running.";
     }

@@ -99,7 +99,7 @@ expect 'a /tmp that is the folder already needs no right to mount' 'ready' "$(in
     mount -o bind $own /tmp
     mounts=$(wc -l </proc/self/mountinfo)
     vokserve --socket /run/other 2>/root/log &
-    until grep -q ready /root/log; do usleep 10000; done
+    until grep -qs ready /root/log; do usleep 10000; done
     [ "$(wc -l </proc/$!/mountinfo)" = "$mounts" ] && sed "s/vokserve: //" /root/log')"
 
 expect "a socket in everybody's /tmp is found there, and goes with the service" 'anna
@@ -108,7 +108,7 @@ gone
     killall vokserve
     while pidof vokserve >/dev/null; do usleep 10000; done
     vokserve --socket /tmp/socket 2>/root/log &
-    until grep -q ready /root/log; do usleep 10000; done
+    until grep -qs ready /root/log; do usleep 10000; done
     vokctl users list --socket /tmp/socket | head -n 1
     sed -n "s,^[^ ]* [^ ]* [^ ]* .*\(/vokcontrol/tmp\) /tmp .*,/run\1,p" /proc/$!/mountinfo >/root/mounted
     killall vokserve

@@ -183,7 +183,7 @@ no harm' "$(inside '
     try vokctl private put - </tmp/x
     try vokctl private get -
     ls /etc/pelconfig/vokcontrol | grep private
-    [ -e /tmp/vokcontrol.tmp ] || echo "no saved file"
+    [ -e /run/vokcontrol/tmp/vokcontrol.tmp ] || echo "no saved file"
     file=/etc/pelconfig/vokcontrol/vokcontrol-private.txt
     rm $file /tmp/back
     try vokctl private get /tmp/back
@@ -208,7 +208,7 @@ no harm' "$(inside '
     mkdir -p $file/inside
     try vokctl private put /etc/buildinfo.txt
     cmp $file /etc/buildinfo.txt && echo "the new one"
-    rm -r $file /tmp/vokcontrol.tmp
+    rm -r $file /run/vokcontrol/tmp/vokcontrol.tmp
     chmod 555 /etc/pelconfig/vokcontrol
     try vokctl private put /etc/buildinfo.txt
     chmod 755 /etc/pelconfig/vokcontrol

@@ -153,7 +153,8 @@ TEST_F(PrivateCommand, fileThatCannotBeWrittenIsAFailureAndStays)
     expectEnd(vokctl({"private", "get", "/etc/pelconfig/back"}), 8, "",
               "vokctl: cannot write /etc/pelconfig/back: No space left on device\n");
     EXPECT_EQ(root::readFile("/etc/pelconfig/back"), "old");
-    EXPECT_EQ(root::list("/etc/pelconfig"), (Strings{"back", "filler", "vokcontrol"}));
+    EXPECT_EQ(root::list("/etc/pelconfig"),
+              (Strings{"back", "filler", "system_var_lck", "vokcontrol"}));
 }
 
 /// Whoever runs it as root may run it in a folder that others can write.

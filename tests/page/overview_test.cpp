@@ -8,6 +8,7 @@
 
 #include "sharestatus/status_format.h"
 #include "tests/page/visits.h"
+#include "tests/support/collector.h"
 #include "view/wording.h"
 
 namespace {
@@ -133,9 +134,14 @@ TEST_F(OverviewPage, tellsWhenSharesWereMeasuredAndWhetherThatGoesOn)
     EXPECT_TRUE(contains(overview().body, "Measured just now ("));
     EXPECT_TRUE(contains(overview().body, "No collection is running."));
     const auto now = static_cast<std::uint32_t>(std::time(nullptr));
+    root::IdleCollector collector;
     root::writeFile(root::kSemaphoreFile, "\1" + zeros(1) + root::le32(now));
     EXPECT_TRUE(
         contains(overview().body, "<strong data-collecting>A collection is running now.</strong>"));
+    collector.end();
+    const std::string body = overview().body;
+    EXPECT_TRUE(contains(body, "The last collection was interrupted."));
+    EXPECT_FALSE(contains(body, "data-collecting"));
 }
 
 TEST_F(OverviewPage, tellsWhyThereAreNoShares)

@@ -46,4 +46,10 @@ expect 'an option without its value ends with 2' 2 "$(appliance --state 2>/dev/n
 expect 'missing programs are said' "start: there is no /nowhere/vokcontrol yet; run scripts/build first" \
     "$(appliance --build /nowhere true 2>&1 || true)"
 
+# A library's file and the target that makes it have different names.
+expect 'the demo builds every program that the appliance starts with' \
+    "$(sed -n 's/^for program in \(.*\); do$/\1/p' "$clone/appliance/start" | tr ' ' '\n' | sort)" \
+    "$(sed -n 's/^scripts\/build release \(.*\)/\1/p' "$clone/scripts/demo" |
+        sed 's/vokcontrol_library/libvokcontrol.so/' | tr ' ' '\n' | sort)"
+
 finish

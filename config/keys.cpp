@@ -247,10 +247,11 @@ bool take(const Key& key, std::string_view value, Configuration& configuration)
     return std::visit(
         [&](const auto& reading) {
             auto read = readValue(reading, value);
-            if (read) {
+            const bool isRead = read.has_value();
+            if (isRead) {
                 configuration.*reading.member = *std::move(read);
             }
-            return read.has_value();
+            return isRead;
         },
         key.reading);
 }

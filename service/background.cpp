@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "service/background.h"
 
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -58,8 +59,8 @@ Background::~Background()
 
 std::optional<int> Background::enter()
 {
-    int ends[2];
-    if (::pipe2(ends, O_CLOEXEC) != 0) {
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
         fail("a pipe");
     }
     const pid_t child = ::fork();

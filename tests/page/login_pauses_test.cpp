@@ -21,7 +21,7 @@ class Pauses : public root::Test {
     static LoginPauses pauses() { return LoginPauses("/tmp/state"); }
 
     /// How long an attempt has to wait, in seconds; 0 if it is made, and wrong.
-    static long attempt(const std::string& account, Time now)
+    static Time::rep attempt(const std::string& account, Time now)
     {
         return pauses().attempt(account, now).count();
     }
@@ -30,13 +30,13 @@ class Pauses : public root::Test {
 TEST_F(Pauses, eachWrongPasswordDoublesTheNextPause)
 {
     Time now = kStart;
-    std::vector<long> waits;
+    std::vector<Time::rep> waits;
     for (int count = 0; count < 9; ++count) {
         EXPECT_EQ(attempt("anna", now), 0);
         waits.push_back(attempt("anna", now));
         now += Time(waits.back());
     }
-    EXPECT_EQ(waits, (std::vector<long>{1, 2, 4, 8, 16, 32, 64, 64, 64}));
+    EXPECT_EQ(waits, (std::vector<Time::rep>{1, 2, 4, 8, 16, 32, 64, 64, 64}));
 }
 
 TEST_F(Pauses, attemptThatHasToWaitDoesNotMakeItLonger)
@@ -71,13 +71,13 @@ TEST_F(Pauses, manyWrongPasswordsSlowEverybodyDown)
     EXPECT_EQ(attempt("account 11", kStart), 0) << "ten are free";
     EXPECT_EQ(attempt("account 12", kStart), 1);
     Time now = kStart + Time(1);
-    std::vector<long> waits;
+    std::vector<Time::rep> waits;
     for (int count = 0; count < 6; ++count) {
         EXPECT_EQ(attempt("further " + std::to_string(count), now), 0);
         waits.push_back(attempt("last", now));
         now += Time(waits.back());
     }
-    EXPECT_EQ(waits, (std::vector<long>{2, 4, 8, 16, 16, 16}));
+    EXPECT_EQ(waits, (std::vector<Time::rep>{2, 4, 8, 16, 16, 16}));
 }
 
 TEST_F(Pauses, rightPasswordsSlowNobodyDown)

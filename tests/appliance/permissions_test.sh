@@ -65,6 +65,7 @@ flock: cannot open lock file '"$beside/lock: Permission denied" "$(lock "$beside
     . "$clone/appliance/sandbox.sh"
     libraries=(--ro-bind /usr/lib /usr/lib)
     [ ! -d /usr/lib64 ] || libraries+=(--ro-bind /usr/lib64 /usr/lib64)
+    [ ! -d "$build/emulation" ] || libraries+=(--ro-bind "$build" /build)
     chown 1000:100 "$state/$kept/system_var" && chmod 640 "$state/$kept/system_var"
     expect 'an owner that is not root keeps the variables' '1000 100 640' "$(
         bwrap --unshare-pid --unshare-net --unshare-ipc --die-with-parent --bind "$state" / "${libraries[@]}" \
@@ -74,7 +75,11 @@ flock: cannot open lock file '"$beside/lock: Permission denied" "$(lock "$beside
             --cap-add CAP_FOWNER --cap-add CAP_DAC_OVERRIDE --clearenv --setenv PATH /usr/bin \
             --setenv LD_LIBRARY_PATH /usr/local/lib sh -c '
             vokserve --shared-tmp 2>/root/log &
-            until [ -S /run/vokcontrol.sock ]; do usleep 10000; done
+            tries=0
+            until [ -S /run/vokcontrol.sock ] || [ "$tries" -ge 3000 ]; do
+                tries=$((tries + 1))
+                usleep 10000
+            done
             vokctl host set --language sp --time 2030-12-31T23:59:58 2>/dev/null
             grep -q language_current=sp /etc/pelconfig/system_var &&
                 stat -c "%u %g %a" /etc/pelconfig/system_var')"

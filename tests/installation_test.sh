@@ -10,22 +10,13 @@
 # shellcheck disable=SC2016  # what stands in single quotes is for the other Debian's shell to expand
 set -euo pipefail
 here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
+# shellcheck source=tests/support/expect.sh
+. "$here/support/expect.sh"
 clone=${here%/*}
-failures=0
 if [ "$(id -u)" -ne 0 ]; then
     echo "skipped: this needs root"
     exit 0
 fi
-
-# expect WHAT EXPECTED ACTUAL
-expect() {
-    if [ "$2" = "$3" ]; then
-        printf 'ok: %s\n' "$1"
-    else
-        printf 'FAILED: %s\n--- expected\n%s\n--- found\n%s\n' "$1" "$2" "$3"
-        failures=$((failures + 1))
-    fi
-}
 
 # make_debian: what the package depends on, and systemd, as an archive to unpack for each test.
 make_debian() {
@@ -215,4 +206,4 @@ run: ' "$(inside '
     echo "run: $(find /run /var/lib -name "*vok*" -not -path "/var/lib/dpkg/*" | sort)"
 ')"
 
-exit $((failures > 0))
+finish

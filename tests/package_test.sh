@@ -10,21 +10,12 @@
 # shellcheck disable=SC2016  # what stands in single quotes is for the root's shell to expand
 set -euo pipefail
 here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
+# shellcheck source=tests/support/expect.sh
+. "$here/support/expect.sh"
 build=$(cd -- "$1" && pwd)
 clone=${here%/*}
 # shellcheck source=appliance/sandbox.sh
 . "$clone/appliance/sandbox.sh"
-failures=0
-
-# expect WHAT EXPECTED ACTUAL
-expect() {
-    if [ "$2" = "$3" ]; then
-        printf 'ok: %s\n' "$1"
-    else
-        printf 'FAILED: %s\n--- expected\n%s\n--- found\n%s\n' "$1" "$2" "$3"
-        failures=$((failures + 1))
-    fi
-}
 
 root=$(sandbox_new_root "$clone")
 trap 'rm -rf "$root"' EXIT
@@ -218,4 +209,4 @@ kept: report system_var' "$(in_root '
     echo kept: $(find /etc/pelconfig -type f -exec basename {} \; | sort)
 ')"
 
-exit $((failures > 0))
+finish

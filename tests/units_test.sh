@@ -5,22 +5,13 @@
 # as there is a reason beside it.
 set -euo pipefail
 here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
+# shellcheck source=tests/support/expect.sh
+. "$here/support/expect.sh"
 units=${here%/*}/packaging/systemd
 # The marks in what systemd-analyze prints are no letters.
 export LC_ALL=C.UTF-8
-failures=0
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
-
-# expect WHAT EXPECTED ACTUAL
-expect() {
-    if [ "$2" = "$3" ]; then
-        printf 'ok: %s\n' "$1"
-    else
-        printf 'FAILED: %s\n--- expected\n%s\n--- found\n%s\n' "$1" "$2" "$3"
-        failures=$((failures + 1))
-    fi
-}
 
 # judge UNIT: what systemd-analyze says of it, with its complaints. The program need not be installed.
 judge() {
@@ -46,4 +37,4 @@ for unit in vokserve.service vokcontrol-boot.service vokcontrol-collect.service;
     done)"
 done
 
-exit $((failures > 0))
+finish

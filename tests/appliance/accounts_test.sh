@@ -24,7 +24,7 @@ accounts=$inside_helpers'
     # Starts the service anew, which looks up its groups then.
     restart() {
         killall vokserve
-        while [ -e /run/vokcontrol.sock ]; do usleep 10000; done
+        while pidof vokserve >/dev/null; do usleep 10000; done
         vokserve "$@" 2>>/var/log/vokserve.log &
         until [ -S /run/vokcontrol.sock ]; do usleep 10000; done
         stat -c "%A %u %g" /run/vokcontrol.sock
@@ -67,6 +67,8 @@ vokserve: uid=1003 pid=N: is not permitted to ask; it was refused
 vokserve: uid=1003 pid=N: is not permitted to ask; it was refused
 Mine" "$(appliance --accounts sh -c "$accounts"'
     echo "vokcontrol-view:x:4002:viewer" >>/etc/group
+    # The socket is there before the service says that it is ready.
+    until grep -q ready /var/log/vokserve.log; do usleep 10000; done
     : >/var/log/vokserve.log
     restart >/tmp/socket
     cat /tmp/socket

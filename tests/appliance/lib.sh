@@ -5,7 +5,8 @@
 
 build=$(cd -- "$1" && pwd)
 clone=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd)
-failures=0
+# shellcheck source=tests/support/expect.sh
+. "$clone/tests/support/expect.sh"
 
 # A folder for roots of this test's own, so that it sees what is left behind.
 mkdir -p "$clone/build/roots"
@@ -16,20 +17,6 @@ export VOKCONTROL_ROOTS=$roots
 appliance() {
     local -a options=(--build "$build")
     "$clone/appliance/start" "${options[@]}" "$@"
-}
-
-# expect WHAT EXPECTED ACTUAL
-expect() {
-    if [ "$2" = "$3" ]; then
-        printf 'ok: %s\n' "$1"
-    else
-        printf 'FAILED: %s\n--- expected\n%s\n--- found\n%s\n' "$1" "$2" "$3"
-        failures=$((failures + 1))
-    fi
-}
-
-finish() {
-    exit $((failures > 0))
 }
 
 # Functions for a shell inside the appliance.

@@ -101,9 +101,16 @@ TEST_F(GuardRun, theShellIgnoresAndBlocksNoSignal)
 TEST_F(GuardRun, whileItRunsSigintAndSigquitAreIgnoredAndSigchldIsBlocked)
 {
     const std::string before = signalsOf(root::readFile("/proc/self/status"));
-    root::stub("pelstatus", "cat /proc/$PPID/status >/tmp/shell; "
-                            "cat /proc/" +
-                                root::pid() + "/status >/tmp/status");
+    // The shell may run before this process, which blocks every signal until the shell has started;
+    // SIGTERM, bit 14, is one of them. So the shell waits until that has passed.
+    const std::string status = "/proc/" + root::pid() + "/status";
+    root::stub("pelstatus", "for attempt in $(seq 100); do\n"
+                            "  cat " +
+                                status +
+                                " >/tmp/status\n"
+                                "  grep -q '^SigBlk:.*[4-7c-f]...$' /tmp/status || break\n"
+                                "  sleep 0.1\n"
+                                "done");
     EXPECT_EQ(guard::runShell("pelstatus"), 0);
     // Signals 2 and 3 are bits 1 and 2; 17 is bit 16.
     EXPECT_EQ(signalsOf(root::readFile("/tmp/status")),

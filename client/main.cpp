@@ -10,6 +10,7 @@
 #include "client/check_report.h"
 #include "client/commands.h"
 #include "client/failure.h"
+#include "client/wrong_usage.h"
 #include "config/configuration.h"
 
 namespace {
@@ -86,8 +87,12 @@ int run(int argc, char** argv)
     try {
         program.parse(argc, words.data());
     } catch (const CLI::ParseError& error) {
-        const bool isHelp = program.exit(error) == 0;
-        return finishOutput(isHelp ? client::kGood : usageCode(program));
+        if (error.get_exit_code() == 0) {
+            program.exit(error); // prints the help or the version
+            return finishOutput(client::kGood);
+        }
+        std::cerr << client::wrongUsage(program, error);
+        return usageCode(program);
     } catch (const client::ExitWith& end) {
         return finishOutput(end.code);
     }

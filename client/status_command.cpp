@@ -12,9 +12,9 @@
 #include "client/commands.h"
 #include "client/failure.h"
 #include "client/status_report.h"
-#include "view/wording.h"
 #include "sharestatus/semaphore_format.h"
 #include "sharestatus/status_format.h"
+#include "view/wording.h"
 
 namespace client {
 namespace {

@@ -80,7 +80,8 @@ int run(int argc, char** argv)
     program.set_version_flag("--version", "vokctl " VOKCTL_VERSION);
     program.footer(
         "\"vokctl COMMAND --help\" tells more about a command. Its options --socket, --timeout,\n"
-        "--config, --any-server and --json may stand before it, too.");
+        "--config, --any-server and --json may stand before it, too.\n"
+        "What to do about a message: /usr/share/doc/vokcontrol/troubleshooting.md");
     const std::vector<char*> words =
         withCommandFirst(std::span(argv, static_cast<std::size_t>(argc)));
     addSubcommands(program, words);

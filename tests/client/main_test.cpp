@@ -44,7 +44,8 @@ std::string help()
         text += "  " + name + each.purpose + "\n";
     }
     return text + "\n\"vokctl COMMAND --help\" tells more about a command. Its options --socket, "
-                  "--timeout,\n--config, --any-server and --json may stand before it, too.\n";
+                  "--timeout,\n--config, --any-server and --json may stand before it, too.\n"
+                  "What to do about a message: /usr/share/doc/vokcontrol/troubleshooting.md\n";
 }
 
 TEST_F(Client, helpGoesToStandardOutput)

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "client/exit_codes.h"
+#include "cmdsvc/protocol.h"
 
 namespace client {
 
@@ -20,6 +21,19 @@ class Failure : public std::runtime_error {
 
   private:
     ExitCode code_;
+};
+
+/// The command has answered a status code that refuses; whoever asked may know what it is about.
+class Refused : public Failure {
+  public:
+    Refused(cmdsvc::Status status, const std::string& sentence)
+        : Failure(kRefused, sentence), status_(status)
+    {}
+
+    [[nodiscard]] cmdsvc::Status status() const { return status_; }
+
+  private:
+    cmdsvc::Status status_;
 };
 
 /// Ends the command with a code of its own: all that there is to say went to standard output.

@@ -205,6 +205,17 @@ TEST_F(Exchange, refusalIsSaidInTheWordsOfItsCommand)
     }
 }
 
+TEST_F(Exchange, refusalHasItsStatus)
+{
+    answer({le32(0x20000006)});
+    try {
+        client::askToDo(connection(), kCreate);
+        ADD_FAILURE() << "it was not refused";
+    } catch (const client::Refused& refusal) {
+        EXPECT_EQ(refusal.status(), cmdsvc::kNoSuchUser);
+    }
+}
+
 // ---- Asking for lines -------------------------------------------------------------------------
 
 TEST_F(Exchange, linesFollowTheirHeader)

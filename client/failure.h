@@ -5,6 +5,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "client/exit_codes.h"
 #include "cmdsvc/protocol.h"
@@ -23,16 +24,21 @@ class Failure : public std::runtime_error {
     ExitCode code_;
 };
 
-/// The command has answered a status code that refuses; whoever asked may know what it is about.
+/// A status code instead of a good answer: a command's own refusal (kRefused), or that of the
+/// service itself. Whoever asked may know more to say about it.
 class Refused : public Failure {
   public:
-    Refused(cmdsvc::Status status, const std::string& sentence)
-        : Failure(kRefused, sentence), status_(status)
+    /// @param command  a code of cmdsvc/commands.h, or cmdsvc::kServiceCode
+    Refused(ExitCode exitCode, std::string_view command, cmdsvc::Status status,
+            const std::string& sentence)
+        : Failure(exitCode, sentence), command_(command), status_(status)
     {}
 
+    [[nodiscard]] std::string_view command() const { return command_; }
     [[nodiscard]] cmdsvc::Status status() const { return status_; }
 
   private:
+    std::string_view command_;
     cmdsvc::Status status_;
 };
 

@@ -43,6 +43,7 @@ struct Page {
 };
 
 [[nodiscard]] Page makeOverview(Visit& visit);
+[[nodiscard]] Page makeShares(Visit& visit);
 [[nodiscard]] Page makeUsers(Visit& visit);
 [[nodiscard]] Page makeSetup(Visit& visit);
 [[nodiscard]] Page makeSync(Visit& visit);

@@ -43,6 +43,8 @@ struct Page {
 };
 
 [[nodiscard]] Page makeOverview(Visit& visit);
+[[nodiscard]] Page makeShares(Visit& visit);
+[[nodiscard]] Page makeUsers(Visit& visit);
 [[nodiscard]] Page makeSetup(Visit& visit);
 [[nodiscard]] Page makeSync(Visit& visit);
 [[nodiscard]] Page makeLogin(Visit& visit);

@@ -20,19 +20,19 @@ struct ArrayTask {
     };
 
     Kind kind = Kind::kCheck;
-    bool isWaiting = false;             ///< it begins later
-    unsigned percent = 0;               ///< done, cut off
-    std::optional<unsigned> minutes{};  ///< that remain, by the kernel's guess, rounded up
+    bool isWaiting = false;               ///< it begins later
+    unsigned percent = 0;                 ///< done, cut off
+    std::optional<unsigned> minutes = {}; ///< that remain, by the kernel's guess, rounded up
 };
 
 struct DiskArray {
-    std::string name;  ///< "md0"
-    std::string level; ///< "raid1"; empty if the array does not run
+    std::string name;       ///< "md0"
+    std::string level = {}; ///< "raid1"; empty if the kernel does not say
     bool isRunning = false;
-    unsigned wanted = 0;              ///< disks that it is made for; 0 if it does without spare data
-    unsigned working = 0;             ///< those of them that work
-    std::vector<std::string> failed{}; ///< the disks that have failed, such as "sdb1"
-    std::optional<ArrayTask> task{};
+    unsigned wanted = 0;  ///< disks that it is made for; 0 if it does without spare data
+    unsigned working = 0; ///< those of them that work
+    std::vector<std::string> failed = {}; ///< the disks that have failed, such as "sdb1"
+    std::optional<ArrayTask> task = {};
 
     /// Whether another disk must not fail, as it lacks one already.
     [[nodiscard]] bool isDegraded() const { return working < wanted; }

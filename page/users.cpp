@@ -71,8 +71,8 @@ Html creation(const Visit& visit, const Complaints& complaints)
 {
     return Html() << R"(<section class="card narrow" aria-labelledby="create">
 <h2 id="create">Create a user</h2>
-<p class="quiet">The name has at most 32 letters, digits, blanks and signs such as . _ - and the password 8 to 32
-characters. Users log in on these pages with it, and open their shares from other computers.</p>
+<p class="quiet">The name has at most 32 letters, digits, blanks, dots, hyphens and underscores, the
+password 8 to 32 characters. With both the user logs in on these pages and opens shares from other computers.</p>
 )" << openForm(visit.token, kUrl)
                   << nameField(visit.request.form.value("name"), complaints.about("name"))
                   << passwordField("password", "Password", "new-password",

@@ -64,10 +64,10 @@ Html accessFields(const NewShare& share, const Candidates& candidates, const Com
 {
     const std::string_view words = complaints.about("everybody");
     return Html() << "<fieldset>\n<legend>Who may read and write what is in it</legend>\n"
+                  << complaint("access-complaint", words)
                   << accessChoice("everybody", "Everybody in the network",
                                   share.access == Access::kEverybody, words)
-                  << privateChoice(share, candidates, complaints) << "</fieldset>\n"
-                  << complaint("access-complaint", words);
+                  << privateChoice(share, candidates, complaints) << "</fieldset>\n";
 }
 
 } // namespace

@@ -96,6 +96,8 @@ TEST(ShareForm, choiceThatIsMissingIsSaidAtBothButtons)
     const std::string mark = " aria-invalid=\"true\" aria-describedby=\"access-complaint\"";
     EXPECT_EQ(formOf("name=Music", {.users = {"anna"}, .failure = {}}, complaints),
               kStart + nameField("Music") + kLegend +
+                  "<p class=\"complaint\" id=\"access-complaint\"><span aria-hidden=\"true\">"
+                  "&#10005;</span> Choose.</p>\n"
                   "<p class=\"choice\"><label for=\"everybody\"><input id=\"everybody\" "
                   "name=\"access\" value=\"everybody\" type=\"radio\" required" +
                   mark +
@@ -107,9 +109,7 @@ TEST(ShareForm, choiceThatIsMissingIsSaidAtBothButtons)
                   "<p class=\"field\"><label for=\"user\">This user</label>\n"
                   "<select id=\"user\" name=\"user\"><option value=\"\">choose one</option>"
                   "<option value=\"anna\">anna</option></select></p>\n"
-                  "</fieldset>\n"
-                  "<p class=\"complaint\" id=\"access-complaint\"><span aria-hidden=\"true\">"
-                  "&#10005;</span> Choose.</p>\n" +
+                  "</fieldset>\n" +
                   kEnd);
 }
 

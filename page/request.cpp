@@ -134,6 +134,7 @@ Request readHead(const Variables& variables)
     Request request;
     request.method = variables["REQUEST_METHOD"];
     request.path = variables["PATH_INFO"];
+    request.query = Form(variables["QUERY_STRING"]);
     request.authority = variables["HTTP_HOST"];
     request.origin = variables["HTTP_ORIGIN"];
     request.fetchSite = variables["HTTP_SEC_FETCH_SITE"];

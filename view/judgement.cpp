@@ -111,15 +111,15 @@ void judgeAge(const Situation& situation, const Configuration& configuration, Fi
 void judgeInterruption(const Situation& situation, Findings& out)
 {
     const PublishedStatus& status = situation.status;
-    if (!status.isInterrupted || !status.collectingSince) {
+    const std::optional<std::time_t> end = blockedUntil(status);
+    if (!end) {
         return;
     }
-    const std::time_t end = *status.collectingSince + sharestatus::kBusySeconds;
     const std::string advice =
-        (situation.now >= end)
+        (situation.now >= *end)
             ? ": start another one."
             : ". Another one can start in " +
-                  formatCount(static_cast<std::uint64_t>(end - situation.now) / 60 + 1, "minute",
+                  formatCount(static_cast<std::uint64_t>(*end - situation.now) / 60 + 1, "minute",
                               "minutes") +
                   ", or at once if root first removes " + sharestatus::kSemaphoreFile + ".";
     out.push_back({.level = Level::kWarning,

@@ -363,7 +363,7 @@ TEST_F(Exchange, serviceThatIsAwayClosedOrSilentIsAFailure)
                   "root.");
     answer({});
     EXPECT_EQ(failureOf([] { static_cast<void>(client::askForBytes(connection(1), kPublicName)); }),
-              "5: the service has not answered within 1 seconds. It may be busy; try again, or "
+              "5: the service has not answered within 1 second. It may be busy; try again, or "
               "raise --timeout.");
 }
 

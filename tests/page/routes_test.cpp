@@ -110,6 +110,7 @@ constexpr auto kRows = std::to_array<Row>({
     {"",                     {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"405", "405", "405", "405"}},
     {"/shares",              {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/users",               {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
+    {"/collection",          {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"503", "403", "403", "403"}},
     {"/setup",               {"200",        "403",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/setup/administrator", {"403",        "403",        "303 /login", "200"},                      {"403", "403", "403", "200"}},
     {"/sync",                {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
@@ -235,6 +236,15 @@ TEST_F(Routes, everyPageIsServed)
         EXPECT_TRUE(contains(answer, R"(aria-current="page">)" + label + "</a>")) << path;
     }
     EXPECT_TRUE(contains(ask("GET", "/"), "<h1>Overview</h1>"));
+}
+
+TEST_F(Routes, fragmentComesWithoutAFrame)
+{
+    logIn("anna");
+    const std::string answer = ask("GET", "/collection");
+    EXPECT_EQ(answer.substr(answer.find("\r\n\r\n")),
+              "\r\n\r\n<p class=\"quiet\">No collection is running.</p>\n");
+    EXPECT_EQ(watch::calls(), std::vector<std::string>{}) << "it is asked for often";
 }
 
 TEST_F(Routes, otherPathsAreNotFound)

@@ -17,6 +17,8 @@ inside=$inside_helpers$(
 printf 'vokcontrol:x:4001:\nvokcontrol-view:x:4002:\n' >>/etc/group
 printf '[thresholds]\nfull-warning = 100\nfull-critical = 100\n' >/etc/vokcontrol.conf
 vokctl collect --wait 60 2>/dev/null
+# It ends after it has published.
+vokctl status --wait 60 >/dev/null
 
 # What these change comes back when the case is over.
 keep() { mkdir -p "/keep${1%/*}" && cp -a "$1" "/keep$1"; }

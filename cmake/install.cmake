@@ -28,7 +28,7 @@ set(HEADER_FOLDER ${CMAKE_INSTALL_INCLUDEDIR})
 set(PROGRAM_FOLDER ${CMAKE_INSTALL_SBINDIR})")
 install_configured(vokcontrol.pc ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/glossary.md docs/install.md
-        docs/protocol.md docs/security.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+        docs/protocol.md docs/security.md docs/troubleshooting.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES ${packaging}/man/vokcontrol.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES ${packaging}/man/vokcontrol-protocol.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
 

@@ -45,6 +45,8 @@ struct Page {
 };
 
 [[nodiscard]] Page makeOverview(Visit& visit);
+[[nodiscard]] Page makeShares(Visit& visit);
+[[nodiscard]] Page makeUsers(Visit& visit);
 [[nodiscard]] Page makeCollection(Visit& visit);
 [[nodiscard]] Page makeSetup(Visit& visit);
 [[nodiscard]] Page makeSync(Visit& visit);

@@ -143,6 +143,7 @@ Request readHead(const Variables& variables)
     request.isSecure = isOn(variables["HTTPS"]) || variables["REQUEST_SCHEME"] == "https";
     request.session = tokenIn(variables["HTTP_COOKIE"], kSessionCookie);
     request.token = tokenIn(variables["HTTP_COOKIE"], kTokenCookie);
+    request.deed = cookieValue(variables["HTTP_COOKIE"], kDeedCookie);
     if (!request.isPost() && request.method != "GET" && request.method != "HEAD") {
         throw Refusal(kMethodNotAllowed, "Pages are read or sent a form; nothing else.");
     }

@@ -20,6 +20,8 @@ inline constexpr std::size_t kMaxBodySize = 16384;
 
 inline constexpr std::string_view kTokenCookie = "vokpage_token";
 inline constexpr std::string_view kSessionCookie = "vokpage_session";
+/// What the form before has done, for the page that follows it.
+inline constexpr std::string_view kDeedCookie = "vokpage_deed";
 inline constexpr std::string_view kTokenField = "token";
 
 /// The statuses of requests that are not served.
@@ -59,6 +61,7 @@ struct Request {
     std::string address;    ///< whence the request came, for the log
     std::string session;    ///< the token of a session that the browser shows; empty if it has none
     std::string token;      ///< the browser's while it has no session; empty if it has none
+    std::string deed;       ///< what the form before has done (deed.h); empty if there is nothing
     bool isSecure = false;  ///< whether it came over TLS
     Form form;              ///< of a POST
 

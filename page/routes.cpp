@@ -23,6 +23,8 @@ constexpr std::chrono::seconds kRetryAfter{2};
 constexpr auto kPages = std::to_array<PageEntry>({
     // path                   label            page                    read            write           listed
     {"",                      "Overview",      makeOverview,           kAccount,       std::nullopt,   true},
+    {"/shares",               "Shares",        makeShares,             kAccount,       kAdministrator, true},
+    {"/users",                "Users",         makeUsers,              kAccount,       kAdministrator, true},
     {"/collection",           "Collection",    makeCollection,         kAccount,       kAdministrator, false},
     {"/setup",                "Setup",         makeSetup,              kAdministrator, kAdministrator, true},
     {"/setup/administrator",  "Administrator", makeFirstAdministrator, kNewcomer,      kNewcomer,      false},

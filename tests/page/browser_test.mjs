@@ -88,8 +88,8 @@ test("a drive that does not answer is told of", async () => {
 });
 
 test("the navigation leads to each page, and no console has an error", async () => {
-    for (const [number, title] of [[2, "Setup"], [3, "Sync"], [1, "Overview"]]) {
-        await browser.follow(`nav li:nth-child(${number}) a`);
+    for (const [place, title] of [["/shares", "Shares"], ["/users", "Users"], ["/setup", "Setup"], ["/sync", "Sync"], ["", "Overview"]]) {
+        await browser.follow(`nav a[href$="vokpage${place}"]`);
         assert.equal(await browser.text("h1"), title);
         assert.deepEqual(await browser.texts("nav a[aria-current]"), [title]);
         assert.deepEqual(await browser.consoleMessages(), []);
@@ -99,7 +99,7 @@ test("the navigation leads to each page, and no console has an error", async () 
 test("a narrow window needs no scrolling to the side", async () => {
     await browser.devtools("Emulation.setDeviceMetricsOverride",
         { width: 360, height: 640, deviceScaleFactor: 1, mobile: true });
-    for (const place of ["", "/setup", "/sync"]) {
+    for (const place of ["", "/shares", "/users", "/setup", "/sync"]) {
         await visit(place);
         assert.deepEqual(await browser.evaluate(() =>
             [innerWidth, document.documentElement.scrollWidth]), [360, 360], place);

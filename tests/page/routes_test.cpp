@@ -103,6 +103,8 @@ struct Row {
 constexpr auto kRows = std::to_array<Row>({
     // path                  read: administrator, account, nobody, newcomer             form: the same
     {"",                     {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"405", "405", "405", "405"}},
+    {"/shares",              {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
+    {"/users",               {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/collection",          {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"503", "403", "403", "403"}},
     {"/setup",               {"200",        "403",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/setup/administrator", {"403",        "403",        "303 /login", "200"},                      {"403", "403", "403", "200"}},
@@ -216,8 +218,11 @@ TEST_F(Routes, twoSessionsOfOneBrowserAreRefused)
 TEST_F(Routes, everyPageIsServed)
 {
     logIn("anna");
-    const std::vector<std::pair<const char*, std::string>> pages = {
-        {"", "Overview"}, {"/setup", "Setup"}, {"/sync", "Sync"}};
+    const std::vector<std::pair<const char*, std::string>> pages = {{"", "Overview"},
+                                                                    {"/shares", "Shares"},
+                                                                    {"/users", "Users"},
+                                                                    {"/setup", "Setup"},
+                                                                    {"/sync", "Sync"}};
     for (const auto& [path, label] : pages) {
         const std::string answer = ask("GET", path);
         EXPECT_TRUE(answer.starts_with("Status: 200 OK\r\n")) << path;

@@ -64,10 +64,10 @@ Html accessFields(const NewShare& share, const Candidates& candidates, const Com
 {
     const std::string_view words = complaints.about("everybody");
     return Html() << "<fieldset>\n<legend>Who may read and write what is in it</legend>\n"
+                  << complaint("access-complaint", words)
                   << accessChoice("everybody", "Everybody in the network",
                                   share.access == Access::kEverybody, words)
-                  << privateChoice(share, candidates, complaints) << "</fieldset>\n"
-                  << complaint("access-complaint", words);
+                  << privateChoice(share, candidates, complaints) << "</fieldset>\n";
 }
 
 } // namespace
@@ -110,8 +110,8 @@ Html shareForm(const Visit& visit, const Candidates& candidates, const Complaint
     const NewShare share = readNewShare(visit.request.form);
     return Html() << R"(<section class="card narrow" aria-labelledby="create">
 <h2 id="create">Create a share</h2>
-<p class="quiet">The name has at most 64 letters, digits, blanks and signs such as . _ - only. These pages
-cannot rename or delete a share later.</p>
+<p class="quiet">The name has at most 64 letters, digits, blanks, dots, hyphens and underscores.
+These pages cannot rename or delete a share later.</p>
 )" << openForm(visit.token, "/shares")
                   << nameField(share, complaints) << accessFields(share, candidates, complaints)
                   << R"(<p class="buttons"><button class="main">Create</button></p>

@@ -14,6 +14,7 @@
 #include "page/deed.h"
 #include "page/layout.h"
 #include "page/log.h"
+#include "page/new_account.h"
 #include "page/pages.h"
 #include "page/service.h"
 #include "view/wording.h"
@@ -27,42 +28,22 @@ constexpr auto kDeeds = std::to_array<DeedSentence>({
     {"user", "The user {} was created."},
 });
 
-/// The page has checked the password by then, so what is malformed is the name.
-constexpr auto kBlamed = std::to_array<BlamedField>({
-    {cmdsvc::kMalformed, "name"},
-    {cmdsvc::kUserNameTaken, "name"},
-    {cmdsvc::kUserNameTooLong, "name"},
-    {cmdsvc::kUserNotCreated, "name"},
-    {cmdsvc::kPasswordTooLong, "password"},
-});
-
 // ---- Creating ---------------------------------------------------------------------------------
-
-Complaints complaintsOf(const Form& form)
-{
-    const Credentials credentials = readCredentials(form);
-    Complaints complaints;
-    complaints.add("name", credentials.name.empty() ? "Give the user a name." : "");
-    complaints.add("password", complainOfNewPassword(credentials.password));
-    if (complaints.about("password").empty() && form.value("repeated") != credentials.password) {
-        complaints.add("repeated", "The two passwords differ.");
-    }
-    return complaints;
-}
 
 /// Creates the user that a form asks for.
 Complaints create(const Visit& visit)
 {
-    Complaints complaints = complaintsOf(visit.request.form);
+    const Credentials credentials = readCredentials(visit.request.form);
+    Complaints complaints = complaintsOfAccount(
+        visit.request.form, credentials.name.empty() ? "Give the user a name." : "");
     if (!complaints.areNone()) {
         return complaints;
     }
-    const Credentials credentials = readCredentials(visit.request.form);
     try {
         createAccount(visit.settings, credentials);
         log(quoted(visit.visitor.account) + " has created the user " + quoted(credentials.name));
     } catch (const client::Failure& failure) {
-        complaints.add(failure, kBlamed);
+        complaints.add(failure, kBlamedInAccount);
     }
     return complaints;
 }
@@ -71,14 +52,10 @@ Html creation(const Visit& visit, const Complaints& complaints)
 {
     return Html() << R"(<section class="card narrow" aria-labelledby="create">
 <h2 id="create">Create a user</h2>
-<p class="quiet">The name has at most 32 letters, digits, blanks and signs such as . _ - and the password 8 to 32
-characters. Users log in on these pages with it, and open their shares from other computers.</p>
+<p class="quiet">The name has at most 32 letters, digits, blanks, dots, hyphens and underscores, the
+password 8 to 32 characters. With both the user logs in on these pages and opens shares from other computers.</p>
 )" << openForm(visit.token, kUrl)
-                  << nameField(visit.request.form.value("name"), complaints.about("name"))
-                  << passwordField("password", "Password", "new-password",
-                                   complaints.about("password"))
-                  << passwordField("repeated", "The password once more", "new-password",
-                                   complaints.about("repeated"))
+                  << accountFields(visit.request.form, complaints)
                   << R"(<p class="buttons"><button class="main">Create</button></p>
 </form>
 </section>

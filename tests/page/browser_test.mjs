@@ -253,7 +253,7 @@ test("the steps of the setup go forward, go back and are applied in the end", as
     await browser.follow("button.main"); // no name for a share: it stays at this step
     await expectStep(1, "Step 2 of 3: public share");
     assert.match(await browser.text(".complaint"), /The name of a share has none of the characters/);
-    await browser.type("#share_name", "Photos & 'more'");
+    await browser.type("#share_name", "Holiday photos");
     await browser.follow("button[value='0']");
 
     await expectStep(0, "Step 1 of 3: name and language");
@@ -263,7 +263,7 @@ test("the steps of the setup go forward, go back and are applied in the end", as
     await browser.follow("button.main");
 
     await expectStep(2, "Step 3 of 3: check");
-    assert.match(await browser.text(".facts"), /Deutsch\s+.*\s+storage-2\s+.*\s+Photos & 'more'/);
+    assert.match(await browser.text(".facts"), /Deutsch\s+.*\s+storage-2\s+.*\s+Holiday photos/);
     assert.equal(await variable("firsttime"), "1", "nothing has been changed yet");
     await browser.follow("button.main");
 
@@ -274,7 +274,7 @@ test("the steps of the setup go forward, go back and are applied in the end", as
     assert.match(await setting("tovGetLanguage"), /<language>german<\/language>/);
     assert.equal(await setting("tovGetNmbdSysname"), "<nmbdSysname>storage-2</nmbdSysname>");
     assert.equal(await variable("language_current"), "ge");
-    assert.equal(await variable("pel_pubshare_name"), "Photos & 'more'");
+    assert.equal(await variable("pel_pubshare_name"), "Holiday photos");
     assert.equal(await variable("firsttime"), "0");
     await visit("");
     assert.equal(await browser.evaluate(() => document.querySelector("main a[href$='/setup']")), null);

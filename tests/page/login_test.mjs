@@ -80,7 +80,7 @@ test("a wrong password is refused, and the next attempt has to wait", async () =
 
 test("other accounts may look and change nothing", async () => {
     await appliance.logIn(browser, BOB);
-    assert.deepEqual(await browser.texts("nav a"), ["Overview", "Sync"]);
+    assert.deepEqual(await browser.texts("nav a"), ["Overview", "Shares", "Users", "Sync"]);
     await browser.visit(urlOf("/sync"));
     assert.deepEqual(await browser.texts("main button"), []);
     await browser.visit(urlOf("/setup"));

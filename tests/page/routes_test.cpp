@@ -12,11 +12,15 @@
 #include "config/configuration.h"
 #include "page/private_files.h"
 #include "page/slots.h"
+#include "tests/page/service.h"
 #include "tests/page/visits.h"
 
 namespace {
 
 using visits::contains;
+
+/// The public share that the setup is to make exists already.
+const std::string kShareIsThere = "lsst " + root::le32(1) + "\nx\npublic\n";
 
 class Routes : public root::Test {
   protected:
@@ -45,7 +49,8 @@ class Routes : public root::Test {
     /// What the administrator has settled for the pages.
     static void configure(const std::string& lines)
     {
-        root::writeFile(config::kDefaultFile, "[pages]\n" + lines);
+        root::writeFile(config::kDefaultFile,
+                        "[pages]\n" + lines + "[service]\nsocket = " + FakeService::kSocket + "\n");
     }
 
     std::string ask(const char* method, const char* path, const std::string& body = "")
@@ -308,6 +313,7 @@ TEST_F(Routes, browserKeepsItsToken)
 
 TEST_F(Routes, formWithItsTokenIsTaken)
 {
+    const FakeService service({kShareIsThere});
     logIn("anna");
     const std::string answer =
         ask("POST", "/setup",
@@ -408,6 +414,7 @@ TEST_F(Routes, fewPagesAreMadeAtATime)
 
 TEST_F(Routes, newNameShowsAtOnce)
 {
+    const FakeService service({kShareIsThere});
     logIn("anna");
     root::stub("php", "case $2 in\n"
                       "tovSetNmbdSysname) echo \"<nmbdSysname>$3</nmbdSysname>\" >/stubs/name ;;\n"

@@ -29,8 +29,8 @@ std::string formOf(const std::string& fields, const Candidates& candidates,
 const std::string kStart =
     "<section class=\"card narrow\" aria-labelledby=\"create\">\n"
     "<h2 id=\"create\">Create a share</h2>\n"
-    "<p class=\"quiet\">The name has at most 64 letters, digits, blanks and signs such as . _ - "
-    "only. These pages\ncannot rename or delete a share later.</p>\n"
+    "<p class=\"quiet\">The name has at most 64 letters, digits, blanks, dots, hyphens and "
+    "underscores.\nThese pages cannot rename or delete a share later.</p>\n"
     "<form method=\"post\" action=\"/cgi-bin/vokpage/shares\">\n"
     "<input type=\"hidden\" name=\"token\" value=\"" +
     visits::kToken + "\">\n<p class=\"field\"><label for=\"name\">Name</label>\n";
@@ -96,6 +96,8 @@ TEST(ShareForm, choiceThatIsMissingIsSaidAtBothButtons)
     const std::string mark = " aria-invalid=\"true\" aria-describedby=\"access-complaint\"";
     EXPECT_EQ(formOf("name=Music", {.users = {"anna"}, .failure = {}}, complaints),
               kStart + nameField("Music") + kLegend +
+                  "<p class=\"complaint\" id=\"access-complaint\"><span aria-hidden=\"true\">"
+                  "&#10005;</span> Choose.</p>\n"
                   "<p class=\"choice\"><label for=\"everybody\"><input id=\"everybody\" "
                   "name=\"access\" value=\"everybody\" type=\"radio\" required" +
                   mark +
@@ -107,9 +109,7 @@ TEST(ShareForm, choiceThatIsMissingIsSaidAtBothButtons)
                   "<p class=\"field\"><label for=\"user\">This user</label>\n"
                   "<select id=\"user\" name=\"user\"><option value=\"\">choose one</option>"
                   "<option value=\"anna\">anna</option></select></p>\n"
-                  "</fieldset>\n"
-                  "<p class=\"complaint\" id=\"access-complaint\"><span aria-hidden=\"true\">"
-                  "&#10005;</span> Choose.</p>\n" +
+                  "</fieldset>\n" +
                   kEnd);
 }
 

@@ -35,7 +35,7 @@ std::uint64_t sizeOf(const ShareRow& share)
 
 std::vector<ShareRow> largestFirst(std::vector<ShareRow> shares)
 {
-    std::erase_if(shares, [](const ShareRow& share) { return sizeOf(share) == 0; });
+    std::erase_if(shares, [](const ShareRow& share) { return !share.used; });
     std::ranges::stable_sort(shares, std::ranges::greater(), sizeOf);
     return shares;
 }
@@ -88,6 +88,9 @@ Html bar(const std::vector<Part>& parts, std::uint64_t whole)
         << R"(preserveAspectRatio="none">)";
     std::uint64_t start = 0;
     for (const Part& part : parts) {
+        if (part.size == 0) {
+            continue;
+        }
         const std::uint64_t width =
             std::max(part.size * kSteps / std::max(whole, part.size), kSmallest);
         out << rectangle(part, start, width - kGap);

@@ -74,8 +74,8 @@ std::vector<ShareRow> sorted(std::vector<ShareRow> shares, const ShareOrder& ord
     sortBy(shares, order.column == Column::kName && order.isDescending, foldedName);
     if (order.column == Column::kUsed) {
         sortBy(shares, order.isDescending, sizeOf);
-        std::ranges::stable_partition(shares,
-                                      [](const ShareRow& share) { return share.used.has_value(); });
+        std::stable_partition(shares.begin(), shares.end(),
+                              [](const ShareRow& share) { return share.used.has_value(); });
     } else if (order.column == Column::kBackup) {
         sortBy(shares, order.isDescending, dayOf);
     }

@@ -5,12 +5,12 @@
 #include <array>
 
 #include "config/configuration.h"
+#include "page/appliance_name.h"
 #include "page/log.h"
 #include "page/origin.h"
 #include "page/response.h"
 #include "page/slots.h"
 #include "page/token.h"
-#include "vokcontrol.h"
 
 namespace page {
 namespace {
@@ -33,12 +33,6 @@ constexpr auto kPages = std::to_array<PageEntry>({
     {"/logout",               "Log out",       makeLogout,             std::nullopt,   kAccount,       false},
 });
 // clang-format on
-
-std::string applianceName()
-{
-    Script unused;
-    return unused.run([] { return std::string(::getvar("machine_name")); });
-}
 
 const PageEntry& findPage(const Request& request)
 {
@@ -97,7 +91,7 @@ Html finish(const Page& page, const PageEntry& entry, const Visit& visit, const 
     if (page.isFragment) {
         return page.body;
     }
-    return layOut({kPages, entry.path, nonce, applianceName(), visit.visitor, visit.token}, page,
+    return layOut({kPages, entry.path, nonce, askApplianceName(), visit.visitor, visit.token}, page,
                   visit.script);
 }
 
@@ -134,7 +128,7 @@ Response answerGood(const Variables& variables, int body)
     Script script;
     const Visitor visitor = identify(request, settings, script);
     const Descriptor slot = requireSlot(visitor);
-    checkHost(request, settings.hosts, applianceName);
+    checkHost(request, settings.hosts, [] { return askApplianceName(); });
     checkOrigin(request);
     const PageEntry& entry = findPage(request);
     if (request.isPost()) {
@@ -175,7 +169,8 @@ Response answerBad(const Variables& variables, int status, const std::string& re
                        << R"(">To the overview</a></p>
 )",
     };
-    response.page = layOut({kPages, "-", response.nonce, "", {}, ""}, page, Script());
+    response.page =
+        layOut({kPages, "-", response.nonce, lastApplianceName(), {}, ""}, page, Script());
     return response;
 }
 

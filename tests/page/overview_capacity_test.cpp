@@ -45,7 +45,7 @@ TEST(CapacityCard, showsTheLargestSharesAndAllElse)
 <li><span class="swatch part2"></span><bdi>&lt;b&gt;</bdi> 50 GB</li>
 <li><span class="swatch part3"></span><bdi>e</bdi> 3.0 GB</li>
 <li><span class="swatch part4"></span><bdi>d</bdi> 2.0 GB</li>
-<li><span class="swatch part5"></span>2 other shares 1.5 GB</li>
+<li><span class="swatch part5"></span>3 other shares 1.5 GB</li>
 <li><span class="swatch part6"></span>Other data 155 GB</li>
 <li><span class="swatch rest"></span>Free 180 GB</li>
 </ul>
@@ -63,6 +63,20 @@ TEST(CapacityCard, doesWithoutTheCapacity)
 <ul class="legend">
 <li><span class="swatch part1"></span><bdi>a</bdi> 3.0 MB</li>
 <li><span class="swatch part2"></span><bdi>b</bdi> 1.0 MB</li>
+</ul>
+</section>
+)");
+}
+
+TEST(CapacityCard, emptyShareIsNamedButNotDrawn)
+{
+    EXPECT_EQ(card({share("a", Space{0, 'K'})}, std::nullopt),
+              R"(<section class="card" aria-labelledby="capacity">
+<div class="head"><h2 id="capacity">0 KB in shares; the disk&#39;s capacity is not known</h2>
+</div>
+<svg class="stack" role="img" aria-labelledby="capacity" viewBox="0 0 1000 10" preserveAspectRatio="none"></svg>
+<ul class="legend">
+<li><span class="swatch part1"></span><bdi>a</bdi> 0 KB</li>
 </ul>
 </section>
 )");

@@ -256,6 +256,27 @@ TEST_F(Routes, otherPathsAreNotFound)
     }
 }
 
+TEST_F(Routes, errorsKeepTheNameAndLeadOn)
+{
+    logIn("anna");
+    (void)ask("GET", "/sync");
+    watch::restart();
+    const auto expectNamed = [](const std::string& answer, const std::string& status) {
+        EXPECT_EQ(statusOf(answer), status);
+        EXPECT_TRUE(contains(answer, "<title>That did not work &middot; box</title>")) << status;
+        EXPECT_TRUE(contains(answer, "<bdi>box</bdi></p>")) << status;
+        EXPECT_TRUE(contains(answer, "<a class=\"button\" href=\"/cgi-bin/vokpage\">To the "
+                                     "overview</a>"))
+            << status;
+    };
+    expectNamed(ask("GET", "/none"), "404 Not Found");
+    expectNamed(ask("POST", "/sync", "switch=on"), "403 Forbidden");
+    expectNamed(page::refuse(variables, 504, "late"), "504 Gateway Timeout");
+    EXPECT_EQ(watch::calls(), std::vector<std::string>{}) << "nothing may work any more";
+    configure("x = y\n");
+    expectNamed(ask("GET", "/sync"), "500 Internal Server Error");
+}
+
 TEST_F(Routes, headersAloneAreServed)
 {
     logIn("anna");

@@ -48,6 +48,7 @@ struct Page {
 [[nodiscard]] Page makeShares(Visit& visit);
 [[nodiscard]] Page makeUsers(Visit& visit);
 [[nodiscard]] Page makeCollection(Visit& visit);
+[[nodiscard]] Page makePasswordCheck(Visit& visit);
 [[nodiscard]] Page makeSetup(Visit& visit);
 [[nodiscard]] Page makeSync(Visit& visit);
 [[nodiscard]] Page makeLogin(Visit& visit);

@@ -25,6 +25,7 @@ constexpr auto kPages = std::to_array<PageEntry>({
     {"",                      "Overview",      makeOverview,           kAccount,       std::nullopt,   true},
     {"/shares",               "Shares",        makeShares,             kAccount,       kAdministrator, true},
     {"/users",                "Users",         makeUsers,              kAccount,       kAdministrator, true},
+    {"/users/check",          "Password",      makePasswordCheck,      kAdministrator, kAdministrator, false},
     {"/collection",           "Collection",    makeCollection,         kAccount,       kAdministrator, false},
     {"/setup",                "Setup",         makeSetup,              kAdministrator, kAdministrator, true},
     {"/setup/administrator",  "Administrator", makeFirstAdministrator, kNewcomer,      kNewcomer,      false},

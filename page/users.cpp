@@ -26,6 +26,7 @@ constexpr Literal kUrl = "/users";
 
 constexpr auto kDeeds = std::to_array<DeedSentence>({
     {"user", "The user {} was created."},
+    {"checked", "The password is right: {} can log in with it."},
 });
 
 // ---- Creating ---------------------------------------------------------------------------------
@@ -120,7 +121,9 @@ Page show(const Visit& visit, const Complaints& complaints)
     page.body << tellDeed(visit.request, kDeeds, page.cookies) << complaints.summary()
               << list(visit);
     if (visit.visitor.isAdministrator) {
-        page.body << creation(visit, complaints);
+        page.body << creation(visit, complaints) << R"(<p><a href=")" << kProgramUrl
+                  << R"(/users/check">Check the password of a user</a></p>
+)";
     } else {
         page.body << "<p>Only an administrator can create users.</p>\n";
     }

@@ -24,6 +24,9 @@ TEST(Complaints, firstSentenceAboutAFieldCounts)
     complaints.add("name", "Too short.");
     EXPECT_FALSE(complaints.areNone());
     EXPECT_EQ(complaints.about("name"), "Too long.");
+    EXPECT_EQ(complaints.summary().text(),
+              "<div class=\"notice bad\" role=\"alert\"><p>That did not work:</p>\n<ul>"
+              "<li><a href=\"#name\">Too long.</a></li></ul></div>\n");
     EXPECT_EQ(complaints.about("user"), "");
 }
 

@@ -98,6 +98,13 @@ TEST_F(Requests, readsTheVariables)
     EXPECT_FALSE(request.isSecure);
 }
 
+TEST_F(Requests, deedIsACookieToo)
+{
+    EXPECT_EQ(read().deed, "");
+    variables.set("HTTP_COOKIE", "vokpage_deed=kind=%78&0=%79; a=b");
+    EXPECT_EQ(read().deed, "kind=%78&0=%79");
+}
+
 TEST_F(Requests, serversSayInTwoWaysThatTheyHaveTls)
 {
     for (const char* value : {"on", "1"}) {

@@ -110,6 +110,7 @@ constexpr auto kRows = std::to_array<Row>({
     {"",                     {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"405", "405", "405", "405"}},
     {"/shares",              {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/users",               {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
+    {"/users/check",         {"200",        "403",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/collection",          {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"503", "403", "403", "403"}},
     {"/setup",               {"200",        "403",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/setup/administrator", {"403",        "403",        "303 /login", "200"},                      {"403", "403", "403", "200"}},

@@ -175,6 +175,7 @@ TEST_F(SetupPage, lastStepKeepsAShareThatIsThere)
     EXPECT_TRUE(contains(made.body, "The setup is done."));
     EXPECT_TRUE(contains(
         made.body, "<p>The public share <bdi>our SHARE</bdi> exists already and stays as it is."));
+    EXPECT_TRUE(contains(made.body, "<dt>Public share</dt><dd><bdi>our SHARE</bdi></dd>"));
     EXPECT_EQ(FakeService::frames(), kAskForShares);
     EXPECT_EQ(root::readFile(kVariables),
               "pel_pubshare_name=our SHARE\nfirsttime=0\nlanguage_current=ge\n");

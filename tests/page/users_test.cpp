@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "page/deed.h"
 #include "page/pages.h"
 #include "tests/page/service.h"
 #include "tests/page/visits.h"
@@ -75,7 +76,8 @@ std::string formWith(const std::string& name, const Wrong& wrong = {})
            wordsOf(wrong.name, "name-complaint") +
            passwordField("password", "Password", wrong.password) +
            passwordField("repeated", "The password once more", wrong.repeated) +
-           "<p class=\"buttons\"><button class=\"main\">Create</button></p>\n</form>\n</section>\n";
+           "<p class=\"buttons\"><button class=\"main\">Create</button></p>\n</form>\n</section>\n"
+           "<p><a href=\"/cgi-bin/vokpage/users/check\">Check the password of a user</a></p>\n";
 }
 
 std::string summaryOf(const std::string& items)
@@ -178,6 +180,17 @@ TEST_F(Users, userIsCreatedAndToldOnTheNextPage)
                   kListStart + kTable + kSectionEnd + formWith(""));
     ASSERT_EQ(shown.cookies.size(), 1U);
     EXPECT_EQ(shown.cookies[0].value, "");
+}
+
+TEST_F(Users, passwordThatWasRightIsTold)
+{
+    const FakeService service({kTwoUsers});
+    page::Request request = visits::get();
+    request.deed = page::cookieOf({"checked", {"bob"}}).value;
+    EXPECT_EQ(make(request).body.text(),
+              "<div class=\"notice good\" role=\"status\"><p>The password is right: "
+              "<bdi>bob</bdi> can log in with it.</p></div>\n" +
+                  kListStart + kTable + kSectionEnd + formWith(""));
 }
 
 TEST_F(Users, refusalIsSaidBesideItsField)

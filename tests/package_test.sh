@@ -102,6 +102,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/examples/vokcontrol.py
 /usr/share/doc/vokcontrol/glossary.md.gz
 /usr/share/doc/vokcontrol/install.md.gz
+/usr/share/doc/vokcontrol/porting.md.gz
 /usr/share/doc/vokcontrol/programs.md.gz
 /usr/share/doc/vokcontrol/protocol.md.gz
 /usr/share/doc/vokcontrol/security.md.gz

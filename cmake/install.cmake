@@ -61,8 +61,8 @@ endif()
 if(TARGET vokctl)
   install(TARGETS vokctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(FILES ${packaging}/man/vokctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-  install(FILES ${packaging}/vokctl.bash-completion
-          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME vokctl)
+  # For bash, zsh and fish; its folders are those of share.
+  install(DIRECTORY ${packaging}/completion/ DESTINATION ${CMAKE_INSTALL_DATADIR} USE_SOURCE_PERMISSIONS)
 endif()
 if(TARGET vokpage)
   # Not where a web server would run it unasked.

@@ -113,6 +113,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/web-server/vokpage.service
 /usr/share/doc/vokcontrol/web-server/vokpage.sh
 /usr/share/doc/vokcontrol/web-server/vokpage.socket
+/usr/share/fish/vendor_completions.d/vokctl.fish
 /usr/share/lintian/overrides/vokcontrol
 /usr/share/man/man1/pelstatus.1.gz
 /usr/share/man/man1/vokctl.1.gz
@@ -121,7 +122,8 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/man/man8/vokcollect.8.gz
 /usr/share/man/man8/vokcontrol.8.gz
 /usr/share/man/man8/vokpage.8.gz
-/usr/share/man/man8/vokserve.8.gz' "$(listing | grep -vE '^/usr/share/vokcontrol' |
+/usr/share/man/man8/vokserve.8.gz
+/usr/share/zsh/vendor-completions/_vokctl' "$(listing | grep -vE '^/usr/share/vokcontrol' |
     sed "s/$(dpkg-architecture -q DEB_HOST_MULTIARCH)/MACHINE/" | LC_ALL=C sort)"
 
 expect 'no file names the folder that it was built in' '' "$(

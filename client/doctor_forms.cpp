@@ -101,8 +101,12 @@ std::string misreadIn(std::string_view line, ShareBlock& block)
         return between(line, "<sharename>", "</sharename>") ? "" : "has no </sharename>";
     }
     if (has("<shareproperty>")) {
+        const bool isNext = block.hasName && !block.hasProperty && !block.hasLocation;
         block.hasProperty = true;
-        return block.hasName ? "" : "has a property before the name";
+        if (!isNext) {
+            return "has a property that does not follow the name";
+        }
+        return line.starts_with("  <shareproperty>") ? "" : "does not begin with two blanks";
     }
     if (has("<sharelocation>")) {
         block.hasLocation = true;

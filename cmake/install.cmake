@@ -28,7 +28,7 @@ set(HEADER_FOLDER ${CMAKE_INSTALL_INCLUDEDIR})
 set(PROGRAM_FOLDER ${CMAKE_INSTALL_SBINDIR})")
 install_configured(vokcontrol.pc ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/glossary.md docs/install.md
-        docs/programs.md docs/protocol.md docs/security.md docs/troubleshooting.md
+        docs/porting.md docs/programs.md docs/protocol.md docs/security.md docs/troubleshooting.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} USE_SOURCE_PERMISSIONS)
 install(DIRECTORY docs/json DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol)
@@ -62,8 +62,8 @@ endif()
 if(TARGET vokctl)
   install(TARGETS vokctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(FILES ${packaging}/man/vokctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-  install(FILES ${packaging}/vokctl.bash-completion
-          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME vokctl)
+  # For bash, zsh and fish; its folders are those of share.
+  install(DIRECTORY ${packaging}/completion/ DESTINATION ${CMAKE_INSTALL_DATADIR} USE_SOURCE_PERMISSIONS)
 endif()
 if(TARGET vokpage)
   # Not where a web server would run it unasked.

@@ -102,6 +102,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/examples/vokcontrol.py
 /usr/share/doc/vokcontrol/glossary.md.gz
 /usr/share/doc/vokcontrol/install.md.gz
+/usr/share/doc/vokcontrol/porting.md.gz
 /usr/share/doc/vokcontrol/programs.md.gz
 /usr/share/doc/vokcontrol/protocol.md.gz
 /usr/share/doc/vokcontrol/security.md.gz
@@ -112,6 +113,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/web-server/vokpage.service
 /usr/share/doc/vokcontrol/web-server/vokpage.sh
 /usr/share/doc/vokcontrol/web-server/vokpage.socket
+/usr/share/fish/vendor_completions.d/vokctl.fish
 /usr/share/lintian/overrides/vokcontrol
 /usr/share/man/man1/pelstatus.1.gz
 /usr/share/man/man1/vokctl.1.gz
@@ -120,7 +122,8 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/man/man8/vokcollect.8.gz
 /usr/share/man/man8/vokcontrol.8.gz
 /usr/share/man/man8/vokpage.8.gz
-/usr/share/man/man8/vokserve.8.gz' "$(listing | grep -vE '^/usr/share/vokcontrol' |
+/usr/share/man/man8/vokserve.8.gz
+/usr/share/zsh/vendor-completions/_vokctl' "$(listing | grep -vE '^/usr/share/vokcontrol' |
     sed "s/$(dpkg-architecture -q DEB_HOST_MULTIARCH)/MACHINE/" | LC_ALL=C sort)"
 
 expect 'no file names the folder that it was built in' '' "$(

@@ -64,7 +64,9 @@ expect 'missing programs are said' "start: there is no /nowhere/vokcontrol yet; 
 # A library's file and the target that makes it have different names.
 expect 'the demo builds every program that the appliance starts with' \
     "$(sed -n 's/^for program in \(.*\); do$/\1/p' "$clone/appliance/start" | tr ' ' '\n' | sort)" \
-    "$(sed -n 's/^scripts\/build release \(.*\)/\1/p' "$clone/scripts/demo" |
+    "$(sed -n 's/^ *add_custom_target(appliance_programs DEPENDS \(.*\))/\1/p' "$clone/CMakeLists.txt" |
         sed 's/vokcontrol_library/libvokcontrol.so/' | tr ' ' '\n' | sort)"
+expect 'and that target is what it builds' 'appliance_programs' \
+    "$(sed -n 's/^scripts\/build --progress release \(.*\)/\1/p' "$clone/scripts/demo")"
 
 finish

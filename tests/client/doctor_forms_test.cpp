@@ -13,7 +13,7 @@ struct Case {
     const char* reason; ///< with "!" in front if it is wrong
 };
 
-const char* const kShare = "<sharename>A</sharename>\n<shareproperty>public</shareproperty>\n"
+const char* const kShare = "<sharename>A</sharename>\n  <shareproperty>public</shareproperty>\n"
                            "<sharelocation>internal</sharelocation>\n</shareinfo>\n";
 
 const Case kCases[] = {
@@ -21,7 +21,12 @@ const Case kCases[] = {
     {judgeShareList, "<sharelist>\n</sharelist>\n", "It lists 0 shares, 0 of them internal."},
     {judgeShareList, kShare, "It lists 1 share, 1 of them internal."},
     {judgeShareList, "<sharename>A\n", "!Line 1 has no </sharename>."},
-    {judgeShareList, "<x>\n<shareproperty>public\n", "!Line 2 has a property before the name."},
+    {judgeShareList, "<x>\n<shareproperty>public\n",
+     "!Line 2 has a property that does not follow the name."},
+    {judgeShareList, "<sharename>A</sharename>\n<sharelocation>int\n  <shareproperty>public\n",
+     "!Line 3 has a property that does not follow the name."},
+    {judgeShareList, "<sharename>A</sharename>\n<shareproperty>public\n",
+     "!Line 2 does not begin with two blanks."},
     {judgeShareList, "<sharelocation>int\n", "!Line 1 has a location before the name."},
     {judgeShareList, "<sharename>A</sharename>\n</shareinfo>\n",
      "!Line 2 ends a share without name, property or location."},

@@ -12,13 +12,13 @@
 
 namespace client {
 
-/// "Measuring Media, 3 of 8 shares, since 18:56:02", local time; what is not known is left out. The
+/// "Measuring Media, 3 of 8 shares, since 18:56:02", local time; unknown parts are left out. The
 /// shares are measured in the order of the last status.
 [[nodiscard]] std::string formatProgress(const view::Collector& collector,
                                          const view::PublishedStatus& status);
 
-/// A line on standard error that is written again and again, if that is a terminal. It is blank at
-/// the end.
+/// A line on standard error that is overwritten each time, if that is a terminal. It is blank after
+/// this object is destroyed.
 class ProgressLine {
   public:
     ProgressLine();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// failure.h: why a command of vokctl ends without doing what it was asked for.
+// failure.h: why a command of vokctl has failed.
 #pragma once
 
 #include <stdexcept>
@@ -22,7 +22,7 @@ class Failure : public std::runtime_error {
     ExitCode code_;
 };
 
-/// Ends the command with a code of its own: all that there is to say went to standard output.
+/// Ends the command with an exit code; the output has been written already.
 struct ExitWith {
     int code;
 };

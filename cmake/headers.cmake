@@ -13,7 +13,7 @@ file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
      ${PROJECT_SOURCE_DIR}/handlers/*.h ${PROJECT_SOURCE_DIR}/pagehelpers/*.h
      ${PROJECT_SOURCE_DIR}/service/*.h ${PROJECT_SOURCE_DIR}/client/*.h
      ${PROJECT_SOURCE_DIR}/page/*.h ${PROJECT_SOURCE_DIR}/view/*.h
-     ${PROJECT_SOURCE_DIR}/config/*.h)
+     ${PROJECT_SOURCE_DIR}/config/*.h ${PROJECT_SOURCE_DIR}/history/*.h)
 add_library(headers_alone OBJECT EXCLUDE_FROM_ALL)
 target_link_libraries(headers_alone PRIVATE CLI11::CLI11 vok_service)
 foreach(header ${headers})

@@ -3,7 +3,7 @@
 #
 # usage: tree_test.sh BUILD
 #
-# Tests that the tests match the sources: each source file of the module, guard, client, pages, view and configuration
+# Tests that the tests match the sources: each source file of the module, guard, client, pages, view, history and configuration
 # has its test, each test file is built into a test, and none is disabled. Also tests that no folder includes a
 # header that the table in docs/architecture.md does not allow.
 set -eu
@@ -18,7 +18,7 @@ complain() {
 }
 
 for source in guard/*.cpp core/*.cpp sharestatus/*.cpp cmdsvc/*.cpp handlers/*.cpp pagehelpers/*.cpp service/*.cpp \
-    client/*.cpp config/*.cpp page/*.cpp view/*.cpp; do
+    client/*.cpp config/*.cpp history/*.cpp page/*.cpp view/*.cpp; do
     # These only connect other files: daemon_test, server_test and guard_test.sh run the programs.
     case $source in sharestatus/main.cpp | service/main.cpp | guard/system.cpp) continue ;; esac
     test=tests/${source%.cpp}_test.cpp

@@ -10,6 +10,7 @@
 #include <poll.h>
 #include <random>
 #include <set>
+#include <sstream>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -202,6 +203,24 @@ TEST_F(Exchange, refusalIsSaidInTheWordsOfItsCommand)
         answer({le32(0xFF000003)});
         EXPECT_EQ(failureOf([&request = request] { client::askToDo(connection(), request); }),
                   sentence);
+    }
+}
+
+TEST_F(Exchange, refusalSaysWhoseStatusItIs)
+{
+    const std::vector<std::pair<std::string, std::string>> refusals = {
+        {le32(0x20000006), "shar 0x20000006"},
+        {"serv " + le32(0x53000006) + kZero, "serv 0x53000006"}};
+    for (const auto& [bytes, expected] : refusals) {
+        answer({bytes});
+        try {
+            client::askToDo(connection(), kCreate);
+            ADD_FAILURE() << "it was not refused";
+        } catch (const client::Refused& refusal) {
+            std::ostringstream said;
+            said << refusal.command() << " 0x" << std::hex << cmdsvc::wordOf(refusal.status());
+            EXPECT_EQ(said.str(), expected);
+        }
     }
 }
 

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#include "history/reader.h"
+
+#include "tests/history/entries.h"
+
+namespace {
+
+using entries::entry;
+using entries::kDay;
+using entries::kFile;
+using entries::kMonday;
+using entries::share;
+using history::Extent;
+using history::Reader;
+using history::Store;
+
+class HistoryReader : public root::UntracedTest {
+  protected:
+    static void remember(const history::Entry& what)
+    {
+        EXPECT_EQ(Store(kFile).remember(what, kMonday), history::Remembered::kNew);
+    }
+};
+
+TEST_F(HistoryReader, saysThatThereIsNoHistory)
+{
+    const auto failure = entries::failureOf([] { const Reader reader(kFile); });
+    EXPECT_EQ(failure->kind(), history::DatabaseError::Kind::kNoDatabase);
+    { // Killed before the first entry.
+        const Store store(kFile);
+    }
+    root::writeFile(kFile, "");
+    const auto empty = entries::failureOf([] { const Reader reader(kFile); });
+    EXPECT_EQ(empty->kind(), history::DatabaseError::Kind::kNoDatabase);
+}
+
+TEST_F(HistoryReader, readsOnlySinceATime)
+{
+    for (const std::time_t time : {0, 1, 2}) {
+        remember(entry(kMonday + time, {share("Media", 5)}));
+    }
+    const Reader reader(kFile);
+    ASSERT_EQ(reader.points("Media", kMonday + 1).size(), 2U);
+    EXPECT_EQ(reader.points("Media", kMonday + 1)[0].published, kMonday + 1);
+    ASSERT_EQ(reader.diskPoints(kMonday + 2).size(), 1U);
+    EXPECT_EQ(reader.diskPoints(kMonday + 2)[0].published, kMonday + 2);
+    EXPECT_TRUE(reader.points("media", 0).empty());
+}
+
+TEST_F(HistoryReader, findsAShareByItsName)
+{
+    remember(entry(kMonday, {share("Media", 5), share("Music", 5)}));
+    remember(entry(kMonday + 9, {share("Music", 5)}));
+    const Reader reader(kFile);
+    EXPECT_EQ(reader.share("Media")->last, kMonday);
+    EXPECT_EQ(reader.share("Music")->name, "Music");
+    EXPECT_EQ(reader.share("Music")->last, kMonday + 9);
+    EXPECT_FALSE(reader.share("None"));
+}
+
+TEST_F(HistoryReader, knowsItsExtent)
+{
+    remember(entry(kMonday, {}));
+    history::Entry noList = entry(kMonday + 5, {});
+    noList.hasList = false;
+    remember(noList);
+    const Extent extent = Reader(kFile).extent();
+    EXPECT_EQ(extent.first, kMonday);
+    EXPECT_EQ(extent.last, kMonday + 5);
+    EXPECT_EQ(extent.lastList, kMonday);
+    EXPECT_EQ(extent.begunAnew, std::nullopt);
+}
+
+TEST_F(HistoryReader, readsWhileAnotherWrites)
+{
+    remember(entry(kMonday, {share("Media", 5)}));
+    const history::Database writer(kFile, history::Database::Access::kWrite);
+    const history::Transaction transaction(writer);
+    writer.run("DELETE FROM size");
+    EXPECT_EQ(entries::points("Media"), entries::Lines{"0 5 M - -"});
+}
+
+} // namespace

@@ -24,8 +24,8 @@ class Failure : public std::runtime_error {
     ExitCode code_;
 };
 
-/// A status code instead of a good answer: a refusal of the command (kRefused) or of the service. The
-/// caller may know a better sentence for it.
+/// A status code instead of a good answer: a refusal of the command (kRefused) or of the service.
+/// The caller may know a better sentence for it.
 class Refused : public Failure {
   public:
     /// @param command  a code of cmdsvc/commands.h, or cmdsvc::kServiceCode

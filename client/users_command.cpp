@@ -99,9 +99,9 @@ void addName(CLI::App& command, Options& options)
 // ---- Adding them ------------------------------------------------------------------------------
 
 constexpr auto kActions = std::to_array<Action<Options>>({
-    {"list", "List the names of all accounts, one a line", listUsers,
+    {"list", "List the names of all accounts, one per line", listUsers,
      "Examples:\n"
-     "  vokctl users list          one name a line\n"
+     "  vokctl users list          one name per line\n"
      "  vokctl users list --json   for programs",
      addJson},
     {"create", "Create an account", createUser,

@@ -1,12 +1,11 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash
 #
-# sandbox.sh: a throwaway root of our own, for the sample appliance and for the tests. Source it.
+# sandbox.sh: makes a throwaway root, for the sample appliance and for the tests. To be sourced.
 #
-# A plain folder becomes the root of a bubblewrap sandbox with process, network, host-name and IPC
-# spaces of its own. busybox gives it its commands; the host's libraries are bound into it,
-# read-only. Nothing else of the host is visible from inside, and nothing needs root where user
-# namespaces are allowed.
+# A plain folder becomes the root of a bubblewrap sandbox with its own processes, network, host name
+# and IPC. Its commands are busybox's; the host's libraries are bound into it, read-only. Nothing else
+# of the host is visible from inside. It needs no root if user namespaces are allowed.
 
 die() {
     printf '%s: %s\n' "${0##*/}" "$1" >&2
@@ -28,7 +27,7 @@ sandbox_new_root() {
     mktemp -d "$roots/root.XXXXXX"
 }
 
-# sandbox_lay_out ROOT: the folders and links that any root needs, and busybox's commands in it.
+# sandbox_lay_out ROOT: makes the folders and links that every root needs, and busybox's commands.
 sandbox_lay_out() {
     local root=$1 folder
     for folder in dev etc proc root run share tmp usr/bin usr/lib usr/private usr/share var; do
@@ -47,9 +46,9 @@ sandbox_lay_out() {
     sandbox_run "$root" -- /usr/bin/busybox --install -s /usr/bin
 }
 
-# sandbox_run ROOT [BWRAP-OPTION...] -- COMMAND...: runs a command in a root; its exit code is the
-# command's. With sandbox_accounts=yes commands can become other accounts than root, which takes root on
-# the host: a user space of its own would have one account only.
+# sandbox_run ROOT [BWRAP-OPTION...] -- COMMAND...: runs a command in a root, and returns its exit code.
+# With sandbox_accounts=yes commands can become other accounts than root. That needs root on the host,
+# because a separate user space would have only one account.
 sandbox_run() {
     local root=$1 bwrap busybox
     local -a spaces=(--unshare-all --cap-drop ALL)

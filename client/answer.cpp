@@ -39,8 +39,8 @@ bool isError(std::string_view bytes)
     return bytes.size() == kErrorTag.size() + kWordSize && bytes.starts_with(kErrorTag);
 }
 
-/// Whether the bytes are a status. No status code holds a newline; that tells one from other bytes
-/// that begin with the same name.
+/// Whether the bytes are a status. Other bytes can begin with the same name, but no status code
+/// contains a newline.
 bool isStatus(std::string_view code, std::string_view bytes)
 {
     return bytes.size() == kHeaderSize && bytes.starts_with(code) && bytes[kCodeSize] == ' ' &&
@@ -62,14 +62,14 @@ Answer refusal(Status status)
     return {.verdict = Verdict::kRefused, .status = status};
 }
 
-/// The status code of a command that says with one whether all went well.
+/// The status code of an answer that is only a status code.
 Answer judge(const Command& command, Status status)
 {
     const bool isGood = status == command.answer.code;
     return {.verdict = isGood ? Verdict::kGood : Verdict::kRefused, .status = status};
 }
 
-/// Whether a command that answers no word if all goes well may answer this one.
+/// Whether a command whose good answer is not a word may answer this word.
 bool refusesByWord(const Command& command, Status status)
 {
     const cmdsvc::Refusals& refusals = command.refusals;
@@ -98,8 +98,8 @@ MaybeAnswer readError(const Command& command, std::string_view bytes)
     return refusal(statusAt(bytes, kErrorTag.size()));
 }
 
-/// A command that answers a status can answer two: a report that could not be kept is followed by
-/// the good one. The first one counts.
+/// Takes the first of two statuses: if a report could not be stored, "subs" answers an error and
+/// then a good status.
 std::string_view firstStatus(const Command& command, std::string_view bytes)
 {
     const bool isPair = command.answer.shape == AnswerShape::kStatus &&
@@ -147,7 +147,7 @@ Answer readNothing(const Command& command)
     return {.verdict = isGood ? Verdict::kGood : Verdict::kEmpty};
 }
 
-/// No bytes fit two of them, but for gspc's: there a status comes before the bytes.
+/// Only bytes of "gspc" can fit two shapes: there the status is tried first.
 constexpr auto kReaders = std::to_array({readWord, readError, readStatus, readHeader, readBytes});
 
 std::vector<std::string> splitLines(std::string_view text)
@@ -161,7 +161,7 @@ std::vector<std::string> splitLines(std::string_view text)
     return lines;
 }
 
-// ---- Saying it --------------------------------------------------------------------------------
+// ---- Descriptions -----------------------------------------------------------------------------
 
 std::string quote(std::string_view text)
 {
@@ -192,7 +192,7 @@ std::string describeGood(const Command& command, const Answer& answer)
 {
     switch (command.answer.shape) {
     case AnswerShape::kNone:
-        return "empty, which is all that this command answers";
+        return "empty, as always for this command";
     case AnswerShape::kWord:
     case AnswerShape::kStatus:
         return "status " + view::explainStatus(command.code, answer.status);
@@ -256,12 +256,12 @@ std::string describeAnswer(const Command& command, const Answer& answer)
     case Verdict::kUnreadable:
         break;
     }
-    return "of no shape that this client knows";
+    return "of a shape that this client does not know";
 }
 
 std::string describeServiceStatus(Status status)
 {
-    return "a status of the service's own, " + view::explainStatus(cmdsvc::kServiceCode, status);
+    return "a status of the service, " + view::explainStatus(cmdsvc::kServiceCode, status);
 }
 
 std::string hexdump(std::string_view bytes)

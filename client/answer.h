@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// answer.h: what the bytes of an answer mean. Whoever reads one knows which command it answers; the
-// command's row says which shapes it can have. Values in, values out.
+// answer.h: reads the bytes of an answer. The row of the command says which shapes the answer can
+// have. These functions only compute on values.
 #pragma once
 
 #include <cstdint>
@@ -16,23 +16,23 @@ namespace client {
 
 enum class Verdict {
     kGood,       ///< the good answer of the command
-    kRefused,    ///< a status code that says why not
-    kNotServed,  ///< a status code of the service's own; the command has not answered
-    kEmpty,      ///< nothing, although the command has a good answer
-    kUnreadable, ///< bytes that the command never answers
+    kRefused,    ///< a status code of the command that refuses
+    kNotServed,  ///< a status code of the service; the command has not answered
+    kEmpty,      ///< no bytes, although the command has a good answer
+    kUnreadable, ///< bytes that are no answer of the command
 };
 
 struct Answer {
     Verdict verdict = Verdict::kUnreadable;
     cmdsvc::Status status = cmdsvc::kGood; ///< the status code, if the answer is one
     std::uint32_t count = 0;               ///< of a header
-    std::string body = {};                 ///< what follows a header or a tag
+    std::string body = {};                 ///< the bytes after a header or a tag
 };
 
 /// Reads an answer to a command.
 [[nodiscard]] Answer readAnswer(const cmdsvc::Command& command, std::string_view bytes);
 
-/// Reads a status of the service's own. It can come instead of any answer.
+/// Reads a status of the service, which can come instead of any answer.
 [[nodiscard]] std::optional<cmdsvc::Status> readServiceStatus(std::string_view bytes);
 
 /// Lines of text, without their newlines, and the error that can follow them.
@@ -41,17 +41,17 @@ struct TextLines {
     std::optional<cmdsvc::Status> error;
 };
 
-/// Reads the body of a header as text. Lines end in a newline and no status code holds one, so what
-/// follows the last newline is an error if it looks like one.
+/// Reads the body of a header as text. Each line ends in a newline, and no status code contains
+/// one, so the bytes after the last newline can be an error.
 [[nodiscard]] TextLines readLines(const cmdsvc::Command& command, std::string_view body);
 
-/// An answer to a command in words.
+/// Describes an answer to a command.
 [[nodiscard]] std::string describeAnswer(const cmdsvc::Command& command, const Answer& answer);
 
-/// A status of the service's own in words.
+/// Describes a status of the service.
 [[nodiscard]] std::string describeServiceStatus(cmdsvc::Status status);
 
-/// The bytes of an answer, sixteen a line, by number and by character.
+/// The bytes of an answer, sixteen per line, as numbers and as characters.
 [[nodiscard]] std::string hexdump(std::string_view bytes);
 
 } // namespace client

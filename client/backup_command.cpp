@@ -26,11 +26,11 @@ struct Options {
 
 // ---- report -----------------------------------------------------------------------------------
 
-/// The appliance does not look at the byte that stands beside a state.
+/// The byte beside a state; the appliance ignores it.
 constexpr char kIgnored = ' ';
 
-/// A report for the variable file. Everything stands in the first line; a byte that is not looked
-/// at and the state come before the name.
+/// A report for the variable file. All of it is in the first line: an ignored byte, the state, and
+/// the name.
 Request makeVariableReport(const Options& options)
 {
     // The user's name is also the share's.
@@ -41,7 +41,7 @@ Request makeVariableReport(const Options& options)
     }
     if (options.state == '\n') {
         throw Failure(kWrongUsage,
-                      "with --as-variable the state 10 cannot be told from the line's end");
+                      "with --as-variable the state cannot be 10, because that byte ends the line");
     }
     const auto state = static_cast<char>(options.state);
     return {cmdsvc::command("subs"), {std::string{kIgnored, state} + options.user}};
@@ -52,8 +52,7 @@ Request makeFileReport(const Options& options)
     return {cmdsvc::command("sub1"), {options.state, std::uint32_t{kIgnored}, options.user}};
 }
 
-/// Whether no share has a user's name; false if that cannot be told. The appliance drops
-/// backslashes.
+/// Whether no share has a user's name; false if that is not known. The appliance drops backslashes.
 bool isNoShare(std::string user)
 {
     std::erase(user, '\\');
@@ -65,7 +64,7 @@ void report(const Options& options)
 {
     askToDo(options.connection,
             options.asVariable ? makeVariableReport(options) : makeFileReport(options));
-    std::cerr << "vokctl: the report was kept\n";
+    std::cerr << "vokctl: the report was stored\n";
     if (!options.asVariable && isNoShare(options.user)) {
         std::cerr << "vokctl: warning: there is no share " << view::makePrintable(options.user).text
                   << ", so no collection reads this report\n";
@@ -78,12 +77,12 @@ void addReportOptions(CLI::App& command, Options& options)
         ->required();
     command
         .add_option("--state", options.state,
-                    "The state, 0 to 255; of its digits the appliance keeps the first")
+                    "The state, 0 to 255; the appliance keeps only its first digit")
         ->required()
         ->type_name("N")
         ->check(CLI::Range(0U, 255U));
     command.add_flag("--as-variable", options.asVariable,
-                     "Keep it as a variable, not as the file that the collection reads");
+                     "Store it as a variable, not in the file that collections read");
 }
 
 // ---- list -------------------------------------------------------------------------------------
@@ -117,10 +116,11 @@ void list(const Options& options)
             Json{{"capacity_gb", table.capacity}, {"shares", makeJson(table.shares)}});
     } else if (!table.shares.empty()) {
         std::cout << renderShares(table.shares, config::read(options.connection.file))
-                  << "\nThe internal disk holds " << table.capacity << " GB.\n";
+                  << "\nThe internal disk has " << table.capacity << " GB.\n";
     }
     if (table.shares.empty()) {
-        throw Failure(kNoData, "the appliance has no share status yet; try again in a minute");
+        throw Failure(kNoData, "no share status has been published yet; start a collection with "
+                               "\"vokctl collect\", then try again");
     }
 }
 
@@ -137,8 +137,8 @@ constexpr auto kActions = std::to_array<Action<Options>>({
      "  vokctl backup list\n"
      "  vokctl backup list --json\n"
      "\n"
-     "It takes the appliance a while: it traces every byte of its answer. Ends with\n"
-     "6 when there is no share status.",
+     "This takes a while, because the appliance traces each byte of its answer. Ends\n"
+     "with 6 if there is no share status.",
      addJson},
 });
 

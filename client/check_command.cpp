@@ -20,7 +20,7 @@ struct CheckOptions {
     std::optional<unsigned> stale;
 };
 
-/// What the command line says wins over the file.
+/// Takes the thresholds from the command line, and the others from the file.
 config::Configuration readSettings(const CheckOptions& options)
 {
     config::Configuration settings = config::read(options.file);
@@ -31,7 +31,7 @@ config::Configuration readSettings(const CheckOptions& options)
     return settings;
 }
 
-/// To a monitoring system whatever fails is a state that is not known.
+/// Every failure is an unknown state for a monitoring system.
 CheckReport check(const CheckOptions& options)
 {
     try {
@@ -53,7 +53,7 @@ void runCheck(const CheckOptions& options)
 void buildCheckCommand(CLI::App& command)
 {
     const auto options = std::make_shared<CheckOptions>();
-    command.add_option("--full", options->full, "Warn if the disk is so full or fuller")
+    command.add_option("--full", options->full, "Warn if at least this much of the disk is used")
         ->type_name("PERCENT")
         ->check(CLI::Range(1U, 100U));
     command.add_option("--backup-age", options->backupAge, "Warn if a backup is older than this")
@@ -62,7 +62,7 @@ void buildCheckCommand(CLI::App& command)
     command.add_option("--stale", options->stale, "Warn if the status is older than this")
         ->type_name("HOURS")
         ->check(CLI::Range(0U, 8760U));
-    command.add_option("--config", options->file, "Where the settings are read")
+    command.add_option("--config", options->file, "The file with the settings")
         ->type_name("PATH")
         ->capture_default_str();
     command.footer(
@@ -70,9 +70,9 @@ void buildCheckCommand(CLI::App& command)
         "  vokctl check\n"
         "  vokctl check --full 80 --backup-age 2 --stale 26\n"
         "\n"
-        "One line, with figures after a bar, and an exit code as monitoring plug-ins\n"
-        "have them: 0 all is well, 1 warning, 2 critical, 3 not known. What is critical,\n"
-        "and the thresholds without options, the settings say.");
+        "Prints one line, with figures after a bar, and ends with the exit code of a\n"
+        "monitoring plug-in: 0 all is well, 1 warning, 2 critical, 3 not known. Options\n"
+        "that are not given, and what is critical, are in the settings.");
     command.callback([options] { runCheck(*options); });
 }
 

@@ -33,7 +33,7 @@ bool isStatusKnown(const Situation& situation)
     return situation.status.result == kComplete || situation.status.result == kNoList;
 }
 
-/// Whether a finding says that there is nothing to judge.
+/// Whether a finding says that there is no status to judge.
 bool tellsOfIgnorance(const Finding& finding)
 {
     constexpr auto kKinds =

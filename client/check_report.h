@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// check_report.h: the judgement as a monitoring plug-in says it. Values in, values out.
+// check_report.h: the judgement as the output of a monitoring plug-in. Computes only on values.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@
 
 namespace client {
 
-/// How "vokctl check" ends. What is worse stands further down, but for its number.
+/// The exit codes of "vokctl check", from good to bad.
 inline constexpr int kCheckOk = 0;
 inline constexpr int kCheckUnknown = 3; ///< nothing is known to be wrong, but not all is known
 inline constexpr int kCheckWarning = 1;
@@ -21,9 +21,9 @@ struct CheckReport {
     std::string line; ///< with its newline
 };
 
-/// "VOKCONTROL WARNING - SENTENCES | FIGURES": the sentences of all that was found, the worst
-/// first, or how full the disk is. Figures that are not known are left out. No name can break the
-/// line or bring in a bar.
+/// "VOKCONTROL WARNING - SENTENCES | FIGURES": the sentences of all findings, the worst first; if
+/// there are none, how full the disk is. Unknown figures are left out. Newlines and bars in names
+/// are escaped.
 [[nodiscard]] CheckReport renderCheck(const view::Situation& situation,
                                       const config::Configuration& configuration);
 

@@ -37,10 +37,11 @@ void start(const Connection& connection)
 bool isPublishedSince(const PublishedStatus& status, std::int64_t written)
 {
     using enum PublishedStatus::Result;
-    return view::lastWritten() != written && (status.result == kComplete || status.result == kNoList);
+    return view::lastWritten() != written &&
+           (status.result == kComplete || status.result == kNoList);
 }
 
-/// The mark that an interrupted collection has left keeps others from starting.
+/// Fails if the mark of an interrupted collection prevents a new one.
 void expectNoMark(const PublishedStatus& status)
 {
     if (view::blockedUntil(status).value_or(0) > std::time(nullptr)) {
@@ -51,7 +52,7 @@ void expectNoMark(const PublishedStatus& status)
     }
 }
 
-/// Reads the status again and again, and shows meanwhile how far the collection is.
+/// Reads the status repeatedly, and shows meanwhile how far the collection is.
 template <class Condition>
 PublishedStatus await(Clock::time_point end, ProgressLine& progress, Condition isSo)
 {
@@ -64,21 +65,20 @@ PublishedStatus await(Clock::time_point end, ProgressLine& progress, Condition i
         }
         if (Clock::now() >= end) {
             throw Failure(kNoAnswer,
-                          "the collection has not ended in time; \"vokctl status --wait\" "
-                          "waits on");
+                          "the collection has not ended in time; to wait longer: \"vokctl status "
+                          "--wait SECONDS\"");
         }
         progress.show(status);
         std::this_thread::sleep_for(kPause);
     }
 }
 
-/// Waits for a status that was begun after the call. One that runs may have begun before, and a
-/// start does nothing while it does; so it is awaited first. What is written after that is what is
-/// wanted.
+/// Waits for the status of a collection that began after the call. If a collection runs already, a
+/// start does nothing; so this waits for its end first, and then starts another one.
 void collectAnew(const CollectOptions& options)
 {
-    // The process of a collection that has ended may be there for a moment yet, so that a start
-    // does nothing, too.
+    // The process of a collection may run for a moment after its end; until then a start does
+    // nothing, too.
     constexpr std::chrono::seconds kPatience{1};
     const auto end = Clock::now() + std::chrono::seconds(options.wait);
     ProgressLine progress;
@@ -105,7 +105,7 @@ void collect(const CollectOptions& options)
 {
     if (options.wait == 0) {
         start(options.connection);
-        std::cerr << "vokctl: the status service was started, unless it was running already\n";
+        std::cerr << "vokctl: a collection was started, unless one was running already\n";
         return;
     }
     collectAnew(options);
@@ -118,19 +118,17 @@ void buildCollectCommand(CLI::App& command)
 {
     const auto options = std::make_shared<CollectOptions>();
     command
-        .add_option(
-            "--wait", options->wait,
-            "Wait at most so long until a status is published that was begun after the call")
+        .add_option("--wait", options->wait,
+                    "Wait at most this long until a collection begun after the call is published")
         ->type_name("SECONDS");
     addConnectionOptions(command, options->connection);
-    command.footer(
-        "Examples:\n"
-        "  vokctl collect                             start one, and do not wait\n"
-        "  vokctl collect --wait 600 && vokctl status\n"
-        "\n"
-        "While it waits at a terminal it shows which share is being measured. Ends with 5\n"
-        "when the time runs out, and with 6 when the collection gets no list of shares or\n"
-        "an interrupted one keeps it from starting.");
+    command.footer("Examples:\n"
+                   "  vokctl collect                             start one, and do not wait\n"
+                   "  vokctl collect --wait 600 && vokctl status\n"
+                   "\n"
+                   "On a terminal it shows which share is being measured. Ends with 5 if the time\n"
+                   "runs out, and with 6 if the collection gets no list of shares, or if an\n"
+                   "interrupted collection prevents it.");
     command.callback([options] { collect(*options); });
 }
 

@@ -10,11 +10,11 @@
 
 namespace client {
 
-/// "Measuring Media, 3 of 8 shares, since 18:56:02", local time; what is not known is left out.
+/// "Measuring Media, 3 of 8 shares, since 18:56:02", local time; unknown parts are left out.
 [[nodiscard]] std::string formatProgress(const view::Progress& progress);
 
-/// A line on standard error that is written again and again, if that is a terminal. It is blank at
-/// the end.
+/// A line on standard error that is overwritten each time, if that is a terminal. It is blank after
+/// this object is destroyed.
 class ProgressLine {
   public:
     ProgressLine();

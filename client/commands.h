@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// commands.h: the subcommands of vokctl. Each function gives one its options, its help and what it
-// does; a command that does not succeed ends with a Failure.
+// commands.h: the subcommands of vokctl. Each function adds the options, the help and the action of
+// one; a command that fails throws a Failure.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -21,10 +21,10 @@ void buildDoctorCommand(CLI::App& command);
 /// "vokctl collect": measures the shares; "vokctl service restart" does the same.
 void buildCollectCommand(CLI::App& command);
 
-/// "vokctl shares": what shares there are, and new ones.
+/// "vokctl shares": lists and creates shares.
 void buildSharesCommand(CLI::App& command);
 
-/// "vokctl users": the appliance's accounts, and new ones.
+/// "vokctl users": lists, creates and checks accounts.
 void buildUsersCommand(CLI::App& command);
 
 /// "vokctl backup": what backup clients report.
@@ -36,22 +36,22 @@ void buildDrivesCommand(CLI::App& command);
 /// "vokctl host": the appliance's names, its clock and its language.
 void buildHostCommand(CLI::App& command);
 
-/// "vokctl version": what build runs on the appliance.
+/// "vokctl version": the appliance's build.
 void buildVersionCommand(CLI::App& command);
 
 /// "vokctl private": the private file that clients keep on the appliance.
 void buildPrivateCommand(CLI::App& command);
 
-/// "vokctl setup": what a setup program asks first.
+/// "vokctl setup": whether the first setup is pending, and the language.
 void buildSetupCommand(CLI::App& command);
 
-/// "vokctl remote": reaching the appliance from outside.
+/// "vokctl remote": access to the appliance from outside.
 void buildRemoteCommand(CLI::App& command);
 
-/// "vokctl service": the service that collects the share status.
+/// "vokctl service restart": an older name of "vokctl collect".
 void buildServiceCommand(CLI::App& command);
 
-/// "vokctl raw": any request at all.
+/// "vokctl raw": any request.
 void buildRawCommand(CLI::App& command);
 
 struct Subcommand {
@@ -65,17 +65,17 @@ inline constexpr auto kSubcommands = std::to_array<Subcommand>({
     {"status", "Show the disk, every share and what needs attention", buildStatusCommand},
     {"check", "Say in one line and an exit code whether all is well", buildCheckCommand},
     {"doctor", "Find out what is wrong with the appliance, and say what to do", buildDoctorCommand},
-    {"collect", "Measure the shares and publish their status anew", buildCollectCommand},
+    {"collect", "Measure the shares and publish their status", buildCollectCommand},
     {"shares", "The appliance's shares", buildSharesCommand},
     {"users", "The appliance's accounts", buildUsersCommand},
     {"backup", "What backup clients report", buildBackupCommand},
     {"drives", "The appliance's disks", buildDrivesCommand},
     {"host", "The appliance's names, clock and language", buildHostCommand},
-    {"version", "Tell what build the appliance runs", buildVersionCommand},
+    {"version", "Show the appliance's build", buildVersionCommand},
     {"private", "The file that clients keep on the appliance", buildPrivateCommand},
-    {"setup", "What a setup program asks first", buildSetupCommand},
-    {"remote", "Reaching the appliance from outside", buildRemoteCommand},
-    {"service", "The service that collects the status", buildServiceCommand},
+    {"setup", "Whether the first setup is pending, and the language", buildSetupCommand},
+    {"remote", "Access to the appliance from outside", buildRemoteCommand},
+    {"service", "An older name: \"service restart\" is \"collect\"", buildServiceCommand},
     {"raw", "Send any request and show the bytes of the answer", buildRawCommand},
 });
 

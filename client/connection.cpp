@@ -21,13 +21,13 @@ Reply complain(ExitCode code, std::string complaint)
     return {.code = code, .bytes = {}, .complaint = std::move(complaint)};
 }
 
-/// Where the service is, and how long it may take.
+/// The service's socket, and how long an answer may take.
 struct Way {
     std::string socket;
     unsigned timeout;
 };
 
-/// What the command line says wins over the file.
+/// Takes the settings from the command line, and the others from the file.
 Way findWay(const Connection& connection)
 {
     const config::Configuration settings = config::read(connection.file);
@@ -50,7 +50,7 @@ Reply complainOf(const asio::error_code& error, const Way& way)
     return complain(kUnreachable, reason + ". Is vokserve running?");
 }
 
-/// The user who made the socket listen; nothing if the kernel does not tell.
+/// The user who made the socket listen; nothing if the kernel does not report it.
 std::optional<uid_t> serverOf(int socket)
 {
     ucred credentials = {};
@@ -61,7 +61,7 @@ std::optional<uid_t> serverOf(int socket)
     return credentials.uid;
 }
 
-/// Somebody else at the socket would be told passwords, and could answer anything.
+/// Refuses a service of another user: it would get passwords, and could answer anything.
 std::optional<Reply> complainOfServer(int socket, const std::string& path)
 {
     const std::optional<uid_t> server = serverOf(socket);
@@ -71,11 +71,11 @@ std::optional<Reply> complainOfServer(int socket, const std::string& path)
     const std::string who = server ? "user " + std::to_string(*server) : "an unknown user";
     return complain(kNotPermitted,
                     "the service at " + path + " is run by " + who +
-                        ", neither by root nor by you, so it is not asked. To ask it "
-                        "all the same: --any-server");
+                        ", neither by root nor by you, so nothing was sent. To use it "
+                        "anyway: --any-server");
 }
 
-/// Reads to the end, or one byte more than is allowed. An answer can have come although the request
+/// Reads to the end, or one byte more than is allowed. There can be an answer even if the request
 /// could not be sent whole.
 std::string readAnswer(std::streambuf& source, std::size_t longest)
 {
@@ -90,8 +90,8 @@ std::string readAnswer(std::streambuf& source, std::size_t longest)
     return answer;
 }
 
-/// Whether an answer has come to its end. A service that turns a request down need not have read
-/// all of it; then the connection breaks off after the answer.
+/// Whether an answer is complete. If the service refuses a request before it has read all of it,
+/// the connection is reset after the answer.
 bool endsWhole(const asio::error_code& error, std::string_view answer)
 {
     return !error || error == asio::error::eof ||
@@ -123,7 +123,7 @@ Reply sendRequest(const Connection& connection, std::string_view frame, std::siz
     reply.bytes = readAnswer(*stream.rdbuf(), longest);
     if (reply.bytes.size() > longest) {
         return complain(kUnreadableAnswer, "the answer is longer than " + std::to_string(longest) +
-                                               " bytes, which no good answer is");
+                                               " bytes, more than a good answer can have");
     }
     if (!endsWhole(stream.error(), reply.bytes)) {
         return complainOf(stream.error(), way);

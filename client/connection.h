@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// connection.h: the way to the command service: a request's bytes go there, the answer's come back.
+// connection.h: sends a request's bytes to the service and receives those of the answer.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +18,7 @@ struct Connection {
     std::optional<std::string> socket = {};
     std::optional<unsigned> timeout = {}; ///< seconds
     std::string file = config::kDefaultFile;
-    bool anyServer = false; ///< ask whoever serves, also if it is neither root nor oneself
+    bool anyServer = false; ///< send the request even if neither root nor this user serves
 };
 
 /// The answer, or why there is none.
@@ -28,14 +28,13 @@ struct Reply {
     std::string complaint;
 };
 
-/// The longest answers: of any command, and of a command that answers no file.
+/// The longest answers: of any command, and of a command whose answer is not a file.
 inline constexpr std::size_t kLongestAnswer = std::size_t{16} << 20;
 inline constexpr std::size_t kLongestTextAnswer = std::size_t{1} << 20;
 
-/// Sends a frame and waits for the whole answer. Nothing is sent unless root or oneself serves (of
-/// a socket that systemd listens at, that is systemd) or the connection allows for any server.
-/// Throws config::BadConfiguration.
-/// @param longest  the size in bytes above which there is no answer but a complaint
+/// Sends a request and waits for the whole answer. Sends nothing if neither root nor this user
+/// serves (if systemd listens on the socket, its user counts), unless anyServer is set.
+/// @param longest  a longer answer, in bytes, is a failure
 /// @throws config::BadConfiguration
 [[nodiscard]] Reply sendRequest(const Connection& connection, std::string_view frame,
                                 std::size_t longest = kLongestAnswer);

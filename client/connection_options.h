@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// connection_options.h: the options that say how to reach the service.
+// connection_options.h: the options for the connection to the service.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -11,22 +11,22 @@
 
 namespace client {
 
-/// Adds them to a subcommand that asks the service.
+/// Adds them to a subcommand that sends requests.
 inline void addConnectionOptions(CLI::App& command, Connection& connection)
 {
     const config::Configuration defaults;
-    command.add_option("--socket", connection.socket, "Where the service listens")
+    command.add_option("--socket", connection.socket, "The service's socket")
         ->type_name("PATH")
         ->default_str(defaults.socket);
-    command.add_option("--timeout", connection.timeout, "Wait at most so long for the answer")
+    command.add_option("--timeout", connection.timeout, "Wait at most this long for the answer")
         ->type_name("SECONDS")
         ->check(CLI::PositiveNumber)
         ->default_str(std::to_string(defaults.clientTimeout));
-    command.add_option("--config", connection.file, "Where the settings are read")
+    command.add_option("--config", connection.file, "The file with the settings")
         ->type_name("PATH")
         ->capture_default_str();
     command.add_flag("--any-server", connection.anyServer,
-                     "Ask also if neither root nor you run the service");
+                     "Use the service even if neither root nor you run it");
 }
 
 } // namespace client

@@ -7,7 +7,7 @@
 namespace client {
 namespace {
 
-/// How vokctl ends if the service has no answer of the command's to give.
+/// The exit code of vokctl for a status of the service.
 ExitCode exitCodeOf(cmdsvc::Status status)
 {
     switch (status) {
@@ -22,7 +22,7 @@ ExitCode exitCodeOf(cmdsvc::Status status)
     }
 }
 
-/// The longest answer of a command, its refusals among them.
+/// The longest answer of a command, including its refusals.
 std::size_t longestAnswer(const cmdsvc::Command& command)
 {
     // A command can answer two status codes.

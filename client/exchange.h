@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// exchange.h: one request and its answer, for commands that know what they expect. Whatever else
-// comes back is a Failure: a refusal in the words of that command, or an answer that cannot be
-// read.
+// exchange.h: sends one request and returns its good answer. Any other answer throws a Failure: the
+// command's refusal as a sentence, or that the answer cannot be read.
 #pragma once
 
 #include <string>
@@ -22,12 +21,12 @@ struct Request {
     std::vector<Value> values = {};
 };
 
-/// Sends a request. A command that answers codes alone may answer 20 bytes, one that answers text 1
-/// MiB, and the private file 16 MiB; more cannot be read.
+/// Sends a request. An answer may have 20 bytes if it is only codes, 16 MiB if it is the private
+/// file, and else 1 MiB; a longer one is a failure.
 /// @return its good answer
 [[nodiscard]] Answer ask(const Connection& connection, const Request& request);
 
-/// Sends a request whose good answer says no more than that all went well.
+/// Sends a request whose good answer contains nothing else.
 void askToDo(const Connection& connection, const Request& request);
 
 /// A good answer, and its body as lines.
@@ -39,16 +38,16 @@ struct Listing {
 /// Sends a request whose good answer is a header with lines of text.
 [[nodiscard]] Listing askForLines(const Connection& connection, const Request& request);
 
-/// Sends a request whose good answer begins so, after its tag.
+/// Sends a request whose good answer begins with these bytes, after its tag.
 /// @return the bytes that follow
 [[nodiscard]] std::string askForBytes(const Connection& connection, const Request& request,
                                       std::string_view start = "");
 
-/// What an answer's bytes hold for a command that asks for its good answer.
+/// Reads an answer's bytes. Throws a Failure if they are not the good answer.
 /// @return the good answer
 [[nodiscard]] Answer acceptAnswer(const cmdsvc::Command& command, std::string_view bytes);
 
-/// The failure of an answer that makes no sense.
+/// Throws the Failure for an answer that cannot be read.
 [[noreturn]] void failUnreadable(const Request& request, const Answer& answer);
 
 } // namespace client

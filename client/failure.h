@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// failure.h: why a command of vokctl ends without doing what it was asked for.
+// failure.h: why a command of vokctl has failed.
 #pragma once
 
 #include <stdexcept>
@@ -24,8 +24,8 @@ class Failure : public std::runtime_error {
     ExitCode code_;
 };
 
-/// A status code instead of a good answer: a command's own refusal (kRefused), or that of the
-/// service itself. Whoever asked may know more to say about it.
+/// A status code instead of a good answer: a refusal of the command (kRefused) or of the service.
+/// The caller may know a better sentence for it.
 class Refused : public Failure {
   public:
     /// @param command  a code of cmdsvc/commands.h, or cmdsvc::kServiceCode
@@ -42,7 +42,7 @@ class Refused : public Failure {
     cmdsvc::Status status_;
 };
 
-/// Ends the command with a code of its own: all that there is to say went to standard output.
+/// Ends the command with an exit code; the output has been written already.
 struct ExitWith {
     int code;
 };

@@ -19,7 +19,7 @@ std::string byteOf(std::uint32_t value)
     return std::string(1, static_cast<char>(value));
 }
 
-/// A value in the first line, and its length before it.
+/// A value in the first line, after its length.
 std::string inFirstLine(const Parameter& parameter, const std::string& value)
 {
     constexpr std::size_t kStart = cmdsvc::RequestReader::kLengthOffset + 1;
@@ -46,7 +46,7 @@ std::string layOut(const Parameter& parameter, const Value& value)
     return std::get<std::string>(value) + "\n";
 }
 
-/// The request as far as it holds no value. A value in the first line takes the count's place.
+/// The request before its values. A value in the first line replaces the count.
 std::string startOf(const Command& command, std::size_t values)
 {
     if (command.parameters.slots.front().layout == Layout::kInFirstLine) {
@@ -73,7 +73,7 @@ std::string wordBytes(std::uint32_t value)
 const std::string& checkedLine(const std::string& text)
 {
     if (text.find_first_of(std::string_view("\n\0", 2)) != std::string::npos) {
-        throw Failure(kWrongUsage, "a name or a value cannot hold a newline or a zero byte");
+        throw Failure(kWrongUsage, "a name or a value cannot contain a newline or a zero byte");
     }
     return text;
 }
@@ -86,7 +86,7 @@ std::string makeFrame(const Command& command, const std::vector<Value>& values)
         frame += layOut(*parameter, value);
         ++parameter;
     }
-    // Nothing but a byte lacks its newline; as the last value it has one, too.
+    // Only a byte has no newline yet; the request must end with one.
     return frame.ends_with('\n') ? frame : frame + "\n";
 }
 

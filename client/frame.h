@@ -19,18 +19,18 @@ using Value = std::variant<std::string, std::uint32_t>;
 /// A request's first line: code, blank, count and newline.
 [[nodiscard]] std::string firstLine(std::string_view code, std::uint32_t count);
 
-/// A 32-bit number as it travels.
+/// The bytes of a 32-bit number in a request.
 [[nodiscard]] std::string wordBytes(std::uint32_t value);
 
-/// A text that may be a parameter line.
+/// Checks that a text can be a parameter line.
 /// @return the same text
-/// @throws Failure of wrong usage if it holds a newline or a zero byte
+/// @throws Failure of wrong usage if it contains a newline or a zero byte
 const std::string& checkedLine(const std::string& text);
 
-/// A whole request. The row says how many parameters it announces and how each value is laid out.
-/// A value in the first line is all that follows its length there.
+/// Makes a whole request. The row has the parameter count and the layout of each value. A value in
+/// the first line is a length and the text.
 /// @param values  in the order of the row's parameters; those at its end may be left out
-/// @throws Failure of wrong usage if a text cannot be sent as what it is
+/// @throws Failure of wrong usage if a text cannot be sent unchanged
 [[nodiscard]] std::string makeFrame(const cmdsvc::Command& command,
                                     const std::vector<Value>& values);
 

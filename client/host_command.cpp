@@ -23,7 +23,7 @@ struct Options {
     std::string language;
 };
 
-/// A time as people write it, or the present one; in UTC.
+/// The time of the option, or the present time; in UTC.
 std::tm readTime(const std::string& text)
 {
     std::tm time = {};
@@ -36,19 +36,19 @@ std::tm readTime(const std::string& text)
     constexpr std::size_t kSize = std::string_view("2026-11-21T18:30:00").size();
     std::istringstream in(text);
     in >> std::get_time(&time, kForm);
-    // A day that is none, and a form that is only like this one, would come out otherwise.
+    // A day that does not exist, or a similar form, would be printed differently.
     std::tm normal = time;
     const std::time_t seconds = ::timegm(&normal);
     ::gmtime_r(&seconds, &normal);
     std::ostringstream again;
     again << std::put_time(&normal, kForm);
     if (in.fail() || text.size() != kSize || again.str() != text) {
-        throw Failure(kWrongUsage, "--time takes the form 2026-11-21T18:30:00, in UTC");
+        throw Failure(kWrongUsage, "--time needs the form 2026-11-21T18:30:00, in UTC");
     }
     return time;
 }
 
-/// The same as the appliance takes it.
+/// The same in the form of the appliance.
 std::string formatTime(const std::tm& time)
 {
     return view::formatTime("%m%d%H%M%Y.%S", time);
@@ -73,7 +73,7 @@ std::string listLanguages()
     return list;
 }
 
-/// What the longest of these names has, in bytes.
+/// The longest names, in bytes.
 constexpr std::size_t kLongestHostName = cmdsvc::parameter("host", "host name").limit.longest;
 constexpr std::size_t kLongestWorkGroup = cmdsvc::parameter("host", "work group").limit.longest;
 
@@ -82,17 +82,17 @@ constexpr std::size_t kLongestWorkGroup = cmdsvc::parameter("host", "work group"
 void buildHostCommand(CLI::App& host)
 {
     host.require_subcommand(1);
-    CLI::App* set = host.add_subcommand("set", "Set them");
+    CLI::App* set = host.add_subcommand("set", "Set clock, names and language");
     const auto options = std::make_shared<Options>();
     set->add_option("--time", options->time, "The time in UTC, 2026-11-21T18:30:00 (default: now)")
         ->type_name("TIME");
     set->add_option("--name", options->name,
                     "The host name, 2 to " + std::to_string(kLongestHostName) +
-                        " bytes; without it, the name stays as it is")
+                        " bytes; if it is not given, the name is not changed")
         ->type_name("NAME");
     set->add_option("--workgroup", options->workGroup,
                     "The work group, 2 to " + std::to_string(kLongestWorkGroup) +
-                        " bytes; without it, the group stays as it is")
+                        " bytes; if it is not given, the group is not changed")
         ->type_name("NAME");
     set->add_option("--language", options->language, "One of " + listLanguages())
         ->type_name("CODE")

@@ -11,7 +11,7 @@ namespace client {
 /// Keeps the order in which members were added.
 using Json = nlohmann::ordered_json;
 
-/// Indented by two, in ASCII alone, a newline at the end. Bytes that are no UTF-8 become U+FFFD.
+/// Indented by two, only ASCII, with a newline at the end. Bytes that are not UTF-8 become U+FFFD.
 [[nodiscard]] inline std::string renderJson(const Json& json)
 {
     return json.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";

@@ -15,7 +15,7 @@
 
 namespace {
 
-/// Standard output may lead to a full disk; an answer cut short must not pass for a whole one.
+/// Checks that all output was written: standard output may be a file on a full disk.
 int finishOutput(int exitCode)
 {
     std::cout.flush();
@@ -26,8 +26,8 @@ int finishOutput(int exitCode)
     return client::kFailed;
 }
 
-/// How many words of the command line an option before the command takes; 0 if it is none that
-/// commands have in common.
+/// How many words of the command line an option before the command takes; 0 if it is not one of the
+/// options that all commands have.
 std::size_t wordsOf(std::string_view word)
 {
     constexpr auto kWithValue =
@@ -40,8 +40,8 @@ std::size_t wordsOf(std::string_view word)
     return (std::ranges::find(kAlone, word) != kAlone.end()) ? 1 : 0;
 }
 
-/// The command line with the options before the command moved to its end, where the command has
-/// them. After "--" there are no options, so they stay in front of that.
+/// The command line with the options before the command moved to its end, because they belong to
+/// the command. After "--" there are no options, so they are put before it.
 std::vector<char*> withCommandFirst(std::span<char* const> arguments)
 {
     std::size_t start = std::min<std::size_t>(arguments.size(), 1);
@@ -56,8 +56,8 @@ std::vector<char*> withCommandFirst(std::span<char* const> arguments)
     return words;
 }
 
-/// All options of all subcommands take longer to build than a status takes to show. Only what the
-/// command line names can be asked for; of the others their names and purposes are enough.
+/// Builds only the subcommand that the command line names; the others have only name and purpose.
+/// Building the options of all takes longer than showing a status.
 void addSubcommands(CLI::App& program, std::span<char* const> arguments)
 {
     for (const client::Subcommand& each : client::kSubcommands) {
@@ -68,7 +68,7 @@ void addSubcommands(CLI::App& program, std::span<char* const> arguments)
     }
 }
 
-/// To a monitoring system the usual code would be a critical state.
+/// For "check", a monitoring system would take the usual exit code for a critical state.
 int usageCode(const CLI::App& program)
 {
     return program.got_subcommand("check") ? client::kCheckUnknown : client::kWrongUsage;
@@ -79,8 +79,8 @@ int run(int argc, char** argv)
     CLI::App program("Talks to the appliance's control module.", "vokctl");
     program.set_version_flag("--version", "vokctl " VOKCTL_VERSION);
     program.footer(
-        "\"vokctl COMMAND --help\" tells more about a command. Its options --socket, --timeout,\n"
-        "--config, --any-server and --json may stand before it, too.\n"
+        "\"vokctl COMMAND --help\" explains a command. The options --socket, --timeout, --config,\n"
+        "--any-server and --json can be before the command, too.\n"
         "What to do about a message: /usr/share/doc/vokcontrol/troubleshooting.md");
     const std::vector<char*> words =
         withCommandFirst(std::span(argv, static_cast<std::size_t>(argc)));

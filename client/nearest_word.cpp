@@ -14,9 +14,9 @@ constexpr std::size_t kMostMistakes = 2;
 
 using Row = std::vector<std::size_t>;
 
-/// How many letters have to be changed, added, taken out or swapped with their neighbour to make
-/// one word of the other. Each row has the figures for one more letter of the first word; a swap
-/// looks back to the row before the last.
+/// How many letters have to be changed, added, removed or swapped with their neighbour to turn one
+/// word into the other. Each row has the figures for one more letter of the first word; a swap
+/// needs the row before the last one.
 std::size_t mistakesBetween(std::string_view first, std::string_view second)
 {
     Row beforeLast;

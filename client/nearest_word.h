@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// nearest_word.h: what somebody has probably meant by a mistyped word.
+// nearest_word.h: the word that was probably meant by a mistyped one.
 #pragma once
 
 #include <span>
@@ -9,9 +9,9 @@
 
 namespace client {
 
-/// The word of a list that a mistyped one is most like: at most a third of its letters, and never
-/// more than two, are wrong, missing, too many or in each other's place.
-/// @return "" if none is like it; of several, the first
+/// Finds the word of a list that is most like a mistyped one. At most a third of its letters, and
+/// at most two, may be wrong, missing, too many or swapped.
+/// @return "" if there is no such word; the first one of several
 [[nodiscard]] std::string nearestWord(std::string_view mistyped,
                                       std::span<const std::string> words);
 

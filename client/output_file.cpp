@@ -16,7 +16,7 @@
 namespace client {
 namespace {
 
-/// An open file, and whether all went well with it so far.
+/// An open file, and whether it has had no error.
 class Descriptor {
   public:
     explicit Descriptor(int number) : number_(number) {}
@@ -32,7 +32,7 @@ class Descriptor {
     [[nodiscard]] int number() const { return number_; }
     [[nodiscard]] bool isOpen() const { return number_ >= 0; }
 
-    /// A full disk may show only now.
+    /// Closing may be the first call that fails on a full disk.
     [[nodiscard]] bool close() { return ::close(std::exchange(number_, -1)) == 0; }
 
   private:
@@ -47,11 +47,11 @@ class Descriptor {
 [[noreturn]] void refuseTerminal()
 {
     throw Failure(kWrongUsage,
-                  "these are bytes, and no text for a terminal; name a file, or send them "
-                  "to a file or into a pipe");
+                  "the private file may not be text, so it is not written to a terminal; name a "
+                  "file, or redirect the output");
 }
 
-/// What is there, the link itself if it is one; nothing if nothing is.
+/// The status of what is at a path (of a link itself); nothing if there is nothing.
 std::optional<struct stat> lookAt(const std::string& path)
 {
     struct stat status = {};
@@ -75,8 +75,7 @@ bool writeAll(int file, std::string_view bytes)
     return true;
 }
 
-/// Writes into a device or a FIFO. Something else may have come into its place since it was looked
-/// at.
+/// Writes to a device or a FIFO. Checks again what it is, because it may have been replaced.
 void writeInto(const std::string& path, std::string_view bytes)
 {
     Descriptor file(::open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));

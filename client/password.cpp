@@ -11,7 +11,7 @@
 namespace client {
 namespace {
 
-/// The terminal's settings, for when the prompt is over.
+/// The terminal's settings, to restore them after the prompt.
 termios before = {};
 
 void restoreTerminal()
@@ -19,8 +19,7 @@ void restoreTerminal()
     ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before);
 }
 
-/// Nobody is to be left with a terminal that shows nothing: the echo is on again before the signal
-/// ends the program.
+/// Restores the terminal's echo before the signal ends the program.
 extern "C" void restoreAndEnd(int number)
 {
     restoreTerminal();
@@ -67,7 +66,7 @@ std::string readInput()
 {
     std::string line;
     if (!std::getline(std::cin, line)) {
-        throw Failure(kWrongUsage, "no password came on standard input");
+        throw Failure(kWrongUsage, "there is no password on standard input");
     }
     return line;
 }

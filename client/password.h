@@ -8,10 +8,10 @@
 
 namespace client {
 
-/// Asks at a terminal, otherwise takes the first line of standard input.
+/// Asks for it on a terminal; otherwise returns the first line of standard input.
 [[nodiscard]] std::string readPassword();
 
-/// The same, asking twice at a terminal, so that nobody locks themselves out by a slip.
+/// The same, but asks twice on a terminal, because a mistyped password would lock the user out.
 [[nodiscard]] std::string readNewPassword();
 
 } // namespace client

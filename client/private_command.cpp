@@ -40,7 +40,7 @@ std::string fetchFile(const Connection& connection)
 
 void get(const Options& options)
 {
-    // Before anything is fetched for a place that would not take it.
+    // A target that cannot be written is refused before the file is fetched.
     checkTarget(options.path);
     writeTarget(options.path, fetchFile(options.connection));
 }
@@ -55,13 +55,13 @@ constexpr std::size_t kLargest = 4070;
                                    " bytes; this one has " + std::to_string(size));
 }
 
-/// Reads a file, unless it is too large to be sent: it may be larger than memory.
+/// Reads a file, but not one that is too large to be sent: it may be larger than memory.
 std::string readFile(const std::string& path)
 {
     if (path == kStandardStream) {
         return {std::istreambuf_iterator<char>(std::cin), {}};
     }
-    // A folder opens, too, and only fails when it is read.
+    // A folder can be opened, too; only reading it fails.
     std::ifstream in(path, std::ios::binary);
     if (in && std::filesystem::is_regular_file(path) &&
         std::filesystem::file_size(path) > kLargest) {
@@ -88,8 +88,8 @@ void put(const Options& options)
     const auto size = static_cast<std::uint32_t>(content.size());
     if (wordBytes(size).find('\n') != std::string::npos) {
         throw Failure(kWrongUsage, "a file of " + std::to_string(content.size()) +
-                                       " bytes cannot be sent: its size holds a newline byte. Make "
-                                       "it longer or shorter.");
+                                       " bytes cannot be sent, because its size contains a newline "
+                                       "byte. Make it longer or shorter.");
     }
     askToDo(options.connection, {cmdsvc::command("spvt"), {size, content}});
     std::cerr << "vokctl: the private file was replaced\n";
@@ -99,30 +99,32 @@ void put(const Options& options)
 
 void addTarget(CLI::App& command, Options& options)
 {
-    command.add_option("FILE", options.path, "Where to; \"-\" is standard output")->required();
+    command.add_option("FILE", options.path, "The file to write; \"-\" is standard output")
+        ->required();
 }
 
 void addSource(CLI::App& command, Options& options)
 {
-    command.add_option("FILE", options.path, "Where from; \"-\" is standard input")->required();
+    command.add_option("FILE", options.path, "The file to send; \"-\" is standard input")
+        ->required();
 }
 
 constexpr auto kActions = std::to_array<Action<Options>>({
-    {"get", "Fetch it", get,
+    {"get", "Fetch the private file", get,
      "Examples:\n"
      "  vokctl private get settings.bin\n"
      "  vokctl private get - | sha256sum\n"
      "\n"
-     "A file that is there keeps its permissions; a new one is its owner's alone.\n"
-     "Devices and FIFOs are written straight into. A symbolic link is refused, and so\n"
-     "is a terminal.",
+     "An existing file keeps its permissions; only its owner can read a new one.\n"
+     "Devices and FIFOs are written directly. Symbolic links and terminals are\n"
+     "refused.",
      addTarget},
-    {"put", "Replace it", put,
+    {"put", "Replace the private file", put,
      "Examples:\n"
      "  vokctl private put settings.bin\n"
      "\n"
-     "A file has 1 to 4070 bytes; sizes that hold a byte 0x0A (10, 266, 2560 to 2815\n"
-     "and so on) cannot be sent.",
+     "A file has 1 to 4070 bytes. Sizes that contain a byte 0x0A (10, 266, 2560 to\n"
+     "2815 and so on) cannot be sent.",
      addSource},
 });
 

@@ -24,7 +24,7 @@ struct RawOptions {
     std::string framePath;
 };
 
-/// Pairs of hexadecimal digits; blanks between them are passed over.
+/// Reads pairs of hexadecimal digits; blanks are ignored.
 std::string readHex(const std::string& text)
 {
     std::string digits = text;
@@ -45,7 +45,7 @@ std::string readHex(const std::string& text)
 std::string readFrame(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
-    // One byte more than a request may have, which then is refused for its size.
+    // At most one byte more than a request may have: then it is refused for its size.
     std::string frame(VOK_REQUEST_SIZE + 1, '\0');
     file.read(frame.data(), static_cast<std::streamsize>(frame.size()));
     if (!file.is_open() || file.bad()) {
@@ -71,7 +71,7 @@ std::string buildFrame(const RawOptions& options)
     return frame + readHex(options.hex);
 }
 
-/// What an answer to a frame means, as far as this client knows the command.
+/// Describes an answer to a frame, if this client knows the command.
 std::string tellAnswer(std::string_view frame, std::string_view bytes)
 {
     const cmdsvc::Command* command = cmdsvc::findCommand(cmdsvc::codeOf(frame));
@@ -82,7 +82,7 @@ std::string tellAnswer(std::string_view frame, std::string_view bytes)
         return "Read as " + describeServiceStatus(*status);
     }
     const std::string code = view::makePrintable(frame.substr(0, cmdsvc::kCodeSize)).text;
-    return "Not read: this client knows no command \"" + code + "\"" +
+    return "Not read: this client does not know the command \"" + code + "\"" +
            (bytes.empty() ? "; the answer is empty" : "");
 }
 
@@ -104,15 +104,15 @@ void buildRawCommand(CLI::App& raw)
     CLI::Option* code = raw.add_option("CODE", options->code, "The command, four characters");
     CLI::Option* count =
         raw.add_option("--count", options->count, "The parameter count (default: 0)");
-    CLI::Option* line = raw.add_option("--line", options->lines,
-                                       "A line of text after the request's first; may be repeated")
-                            ->type_name("TEXT")
-                            ->expected(1)
-                            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-                            ->allow_extra_args(false);
-    CLI::Option* hex =
-        raw.add_option("--hex", options->hex, "Bytes after the lines")->type_name("BYTES");
-    raw.add_option("--frame", options->framePath, "Send this file's bytes and nothing else")
+    CLI::Option* line =
+        raw.add_option("--line", options->lines, "A parameter line; can be given several times")
+            ->type_name("TEXT")
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+            ->allow_extra_args(false);
+    CLI::Option* hex = raw.add_option("--hex", options->hex, "Bytes after the parameter lines")
+                           ->type_name("BYTES");
+    raw.add_option("--frame", options->framePath, "Send only the bytes of this file")
         ->type_name("FILE")
         ->excludes(code)
         ->excludes(count)
@@ -122,10 +122,10 @@ void buildRawCommand(CLI::App& raw)
     raw.footer("Examples:\n"
                "  vokctl raw lstu                             the users\n"
                "  vokctl raw gsp1 --count 1 --line Documents  a command with a parameter line\n"
-               "  vokctl raw sub1 --count 2 --hex '01 00'     bytes that are no text\n"
-               "  vokctl raw --frame request.bin              a frame that was kept\n"
+               "  vokctl raw sub1 --count 2 --hex '01 00'     bytes that are not text\n"
+               "  vokctl raw --frame request.bin              a whole request from a file\n"
                "\n"
-               "Ends with 0 when an answer came, whatever it says.");
+               "Ends with 0 if there is an answer, even if it is an error.");
     raw.callback([options] { sendRaw(*options); });
 }
 

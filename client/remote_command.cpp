@@ -47,8 +47,8 @@ void showUrls(const Options& options)
 
 // ---- Names and values -------------------------------------------------------------------------
 
-/// What the strictest of these commands takes of a line, without its newline and its terminator.
-/// The rest of a longer one would be the next line.
+/// The longest line of the strictest of these commands, without newline and terminator. The rest of
+/// a longer line would be the next line.
 constexpr std::size_t kLongestText = cmdsvc::parameter("warp", "user").room - 2;
 
 const std::string& remoteText(const std::string& text)
@@ -62,7 +62,7 @@ const std::string& remoteText(const std::string& text)
 
 // ---- status -----------------------------------------------------------------------------------
 
-/// Remote access as answers carry it.
+/// Whether remote access is on, in an answer.
 constexpr std::string_view kOff("\0\n", 2);
 constexpr std::string_view kOn("\1\n", 2);
 
@@ -89,7 +89,7 @@ void showStatus(const Options& options)
 
 constexpr std::string_view kDone("\0\n\0\n", 4);
 
-/// Sends a request whose answer has nothing to tell.
+/// Sends a request and checks that it is done.
 void askAndCheck(const Connection& connection, const Request& request)
 {
     if (askForBytes(connection, request) != kDone) {
@@ -141,16 +141,18 @@ void addUserOrNone(CLI::App& command, Options& options)
 void addRegistration(CLI::App& command, Options& options)
 {
     addUser(command, options);
-    command.add_option("FIRST", options.first, "What the service wants to know")->required();
-    command.add_option("SECOND", options.second, "And what else")->required();
+    command.add_option("FIRST", options.first, "The first value that the provider needs")
+        ->required();
+    command.add_option("SECOND", options.second, "The second value that the provider needs")
+        ->required();
 }
 
-constexpr Action<Options> kUrls = {"urls", "Tell where users sign up and sign in", showUrls,
+constexpr Action<Options> kUrls = {"urls", "Show where users sign up and sign in", showUrls,
                                    "Examples:\n"
                                    "  vokctl remote urls"};
 
 constexpr auto kActions = std::to_array<Action<Options>>({
-    {"status", "Tell whether remote access is on, for all or for one user", showStatus,
+    {"status", "Show whether remote access is on, for all or for one user", showStatus,
      "Examples:\n"
      "  vokctl remote status\n"
      "  vokctl remote status anna",
@@ -163,7 +165,7 @@ constexpr auto kActions = std::to_array<Action<Options>>({
      "Examples:\n"
      "  vokctl remote disable anna",
      addUser},
-    {"register", "Sign a user up with the service", registerUser,
+    {"register", "Sign a user up with the provider of remote access", registerUser,
      "Examples:\n"
      "  vokctl remote register anna anna@example.org Anna",
      addRegistration},
@@ -173,7 +175,7 @@ constexpr auto kActions = std::to_array<Action<Options>>({
 
 void buildRemoteCommand(CLI::App& remote)
 {
-    // Here "--json" stands behind the options of the connection.
+    // The help of this action lists "--json" after the options of the connection.
     Options& urls = addAction(remote, kUrls);
     addJson(*remote.get_subcommand(kUrls.name), urls);
     addActions<Options>(remote, kActions);

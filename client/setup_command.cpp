@@ -38,12 +38,12 @@ void showQuickSetup(const Options& options)
 }
 
 constexpr auto kActions = std::to_array<Action<Options>>({
-    {"pending", "Tell whether the first setup is to be done", tellPending,
+    {"pending", "Show whether the first setup is pending", tellPending,
      "Examples:\n"
      "  vokctl setup pending && echo 'set it up first'\n"
      "\n"
-     "Ends with 0 when it is, and with 1 when it has been done."},
-    {"quick", "Tell the language, and what the public share is called in it", showQuickSetup,
+     "Ends with 0 if it is pending, and with 1 if it has been done."},
+    {"quick", "Show the language, and the public share's name in it", showQuickSetup,
      "Examples:\n"
      "  vokctl setup quick\n"
      "  vokctl setup quick --json",

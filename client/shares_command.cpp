@@ -51,7 +51,7 @@ void listShares(const Options& options)
 
 // ---- show -------------------------------------------------------------------------------------
 
-/// Whether the appliance has any share whose name holds this one.
+/// Whether the appliance has a share whose name contains this one.
 bool mayExist(const Options& options)
 {
     constexpr char kNone = 3;
@@ -63,7 +63,7 @@ bool mayExist(const Options& options)
     return lines[0][0] != kNone;
 }
 
-/// The share itself. The question above also finds shares whose names are longer.
+/// The share with exactly this name: the function above also finds longer names.
 Share findShare(const Options& options)
 {
     if (mayExist(options)) {
@@ -75,7 +75,7 @@ Share findShare(const Options& options)
         }
     }
     throw Failure(kRefused, "there is no share " + view::makePrintable(options.name).text +
-                                "; \"vokctl shares list\" shows which there are");
+                                "; \"vokctl shares list\" shows all shares");
 }
 
 void showShare(const Options& options)
@@ -129,7 +129,7 @@ void addNameAndOwner(CLI::App& command, Options& options)
         ->required();
     CLI::Option_group* owner = command.add_option_group("For whom");
     owner->add_flag("--public", options.isPublic, "For everybody");
-    owner->add_option("--for", options.user, "For this user alone")->type_name("USER");
+    owner->add_option("--for", options.user, "Only for this user")->type_name("USER");
     owner->require_option(1);
 }
 
@@ -139,17 +139,17 @@ constexpr auto kActions = std::to_array<Action<Options>>({
      "  vokctl shares list          a table\n"
      "  vokctl shares list --json   for programs",
      addJson},
-    {"show", "Tell whether a share is public or private", showShare,
+    {"show", "Show whether a share is public or private", showShare,
      "Examples:\n"
      "  vokctl shares show 'Family Videos'\n"
      "\n"
-     "Ends with 1 when there is no such share.",
+     "Ends with 1 if there is no such share.",
      addNameAndJson},
-    {"public-name", "Tell the name of the public share", showPublicName,
+    {"public-name", "Show the name of the public share", showPublicName,
      "Examples:\n"
      "  vokctl shares public-name\n"
      "\n"
-     "Ends with 6 when the appliance has no such name."},
+     "Ends with 6 if the appliance has no such name."},
     {"create", "Create a share for everybody or for a user", createShare,
      "Examples:\n"
      "  vokctl shares create Music --public\n"

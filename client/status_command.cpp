@@ -32,7 +32,7 @@ struct StatusOptions {
     unsigned wait = 0;
 };
 
-/// Why there is nothing to show; kGood if there is.
+/// Why there is nothing to show; kGood if there is a status.
 struct Complaint {
     ExitCode code = kGood;
     std::string words;
@@ -75,7 +75,7 @@ Complaint judge(const PublishedStatus& status, const StatusOptions& options)
     return judgeAge(status.published, options.maxAge);
 }
 
-/// Why a status is not what was waited for; kGood if it is.
+/// Why --wait has to go on; kGood if it is over.
 Complaint judgeWaitedFor(const PublishedStatus& status, const StatusOptions& options)
 {
     Complaint complaint = judge(status, options);
@@ -87,7 +87,7 @@ Complaint judgeWaitedFor(const PublishedStatus& status, const StatusOptions& opt
     return complaint;
 }
 
-/// Reads until there is a status and, if waiting was asked for, no collection is running.
+/// With --wait, reads until there is a status and no collection runs; otherwise reads once.
 PublishedStatus awaitStatus(const StatusOptions& options)
 {
     constexpr std::chrono::milliseconds kPause{20};
@@ -106,7 +106,7 @@ PublishedStatus awaitStatus(const StatusOptions& options)
     }
 }
 
-/// A text in the place of the last one: each line is cleared to its end, and so is what follows.
+/// A text that overwrites the last one: each line is cleared to its end, and then the rest.
 std::string redraw(const std::string& text)
 {
     std::string out = "\x1B[H";
@@ -116,7 +116,7 @@ std::string redraw(const std::string& text)
     return out + "\x1B[J";
 }
 
-/// What there is to see at this moment.
+/// The output of --watch at this moment.
 std::string renderNow(const StatusOptions& options, const config::Configuration& configuration)
 {
     const view::Situation situation = view::readSituation();
@@ -129,7 +129,7 @@ std::string renderNow(const StatusOptions& options, const config::Configuration&
 {
     constexpr std::chrono::seconds kPause{1};
     if (::isatty(STDOUT_FILENO) == 0) {
-        throw Failure(kWrongUsage, "--watch redraws a terminal, and standard output is none");
+        throw Failure(kWrongUsage, "--watch needs a terminal as standard output");
     }
     const config::Configuration configuration = config::read(options.file);
     std::cout << "\x1B[2J";
@@ -161,15 +161,15 @@ void buildStatusCommand(CLI::App& command)
     CLI::Option* json = command.add_flag("--json", options->json, "Print JSON for programs");
     command
         .add_option("--max-age", options->maxAge,
-                    "End with 6 when the status was published longer ago than this")
+                    "End with 6 if the status was published longer ago than this")
         ->type_name("SECONDS");
     command
         .add_option("--wait", options->wait,
-                    "Wait at most so long for a status and for a running collection to end")
+                    "Wait at most this long for a status and for the end of a collection")
         ->type_name("SECONDS");
-    command.add_flag("--watch", options->watch, "Show it anew each second, until it is ended")
+    command.add_flag("--watch", options->watch, "Show it again each second, until you end it")
         ->excludes(json);
-    command.add_option("--config", options->file, "Where the settings are read")
+    command.add_option("--config", options->file, "The file with the settings")
         ->type_name("PATH")
         ->capture_default_str();
     command.footer(
@@ -179,11 +179,10 @@ void buildStatusCommand(CLI::App& command)
         "  vokctl status --watch          as it changes\n"
         "  vokctl status --json           for programs\n"
         "\n"
-        "STATE is the digit that the backup client reported, with the word that the\n"
-        "settings have for it; \"-\" stands for what is not known. What needs attention\n"
-        "stands at the end. Ends with 0 when there is a status, 4 when the files may not\n"
-        "be read, 5 when --wait has run out, 6 when there is no status, or a damaged or\n"
-        "too old one.");
+        "STATE is the digit that the backup client reported, with its word from the\n"
+        "settings; \"-\" means not known. What needs attention is at the end. Ends with 0 if\n"
+        "there is a status, 4 if you may not read the files, 5 if the time of --wait runs\n"
+        "out, 6 if there is no status, or if it is damaged or too old.");
     command.callback([options] { runStatus(*options); });
 }
 

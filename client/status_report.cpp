@@ -152,7 +152,7 @@ const char* wordOf(view::Obstacle obstacle)
     return kWords.at(static_cast<std::size_t>(obstacle));
 }
 
-/// Null if it is not known which shares there are.
+/// Null if the list of shares is not known.
 Json makeUnmeasured(const Situation& situation)
 {
     if (situation.status.result != PublishedStatus::Result::kComplete) {

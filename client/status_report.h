@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// status_report.h: the published share status, and what is to be said of it, as people and programs
-// read it. Values in, text out; nothing here touches a file.
+// status_report.h: the published share status and its findings, as text for people and as JSON for
+// programs. Computes only on values.
 #pragma once
 
 #include <string>
@@ -13,25 +13,24 @@
 
 namespace client {
 
-/// One line a share under a heading. A state has the configuration's word for it beside its digit.
+/// A heading and one line per share. A state is its digit and its word from the configuration.
 [[nodiscard]] std::string renderShares(const std::vector<view::ShareRow>& shares,
                                        const config::Configuration& configuration);
 
-/// The same for programs. A share uses "used_kib" KiB or more, but less than "unit_kib" more.
+/// The same for programs. A share uses at least "used_kib" KiB, and less than "unit_kib" more.
 [[nodiscard]] Json makeJson(const std::vector<view::ShareRow>& shares);
 
 /// A finding's sentence on a terminal.
 [[nodiscard]] std::string renderSentence(const view::Finding& finding);
 
-/// How full the disk is, a line each share under a heading, when it was published (in local time)
-/// and whether a collection is running, and then what there is to say of it all, a line each. Of a
-/// status that could be read.
+/// How full the disk is, the shares, when the status was published (in local time), whether a
+/// collection runs, and the findings, one line each. The status must have been readable.
 [[nodiscard]] std::string renderTable(const view::Situation& situation,
                                       const config::Configuration& configuration);
 
-/// The same for programs: one JSON object in ASCII. Absent values are null, and so is the list of
-/// shares if the collection got none. A name that is no UTF-8 has its bytes in "name_hex", too; a
-/// share that has to be renamed before it is measured has "must_be_renamed".
+/// The same for programs: one JSON object in ASCII. Unknown values are null, and so is the list of
+/// shares if the collection got none. "name_hex" has the bytes of a name that is not UTF-8;
+/// "must_be_renamed" marks a share that cannot be measured under its name.
 [[nodiscard]] std::string renderJson(const view::Situation& situation,
                                      const config::Configuration& configuration);
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// subcommands.h: how the subcommands that ask the service are put together. Each has a row, which
-// says what it is called, what it does and what its help ends with.
+// subcommands.h: adds the subcommands that send requests. Each is a row with its name, its purpose,
+// its function and the end of its help.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -12,24 +12,24 @@
 
 namespace client {
 
-/// A subcommand that asks the service. What the command line says goes into Options, which have a
-/// member "connection".
+/// A subcommand that sends requests. The values of the command line are stored in Options, which
+/// has a member "connection".
 template <class Options> struct Action {
     const char* name;
     const char* purpose;
     void (*run)(const Options& options);
-    const char* footer;                                                ///< the help's last words
-    void (*addOptions)(CLI::App& command, Options& options) = nullptr; ///< those of its own
+    const char* footer;                                                ///< the end of the help
+    void (*addOptions)(CLI::App& command, Options& options) = nullptr; ///< the action's own
 };
 
-/// Adds "--json" to a command whose Options have a member "json".
+/// Adds "--json" to a command whose Options has a member "json".
 template <class Options> void addJson(CLI::App& command, Options& options)
 {
     command.add_flag("--json", options.json, "Print JSON for programs");
 }
 
-/// Adds a subcommand. The options of its own stand in the help before those of the connection.
-/// @return what its command line says; it lives as long as the subcommand
+/// Adds a subcommand. Its own options are in the help before those of the connection.
+/// @return the values of its command line; they exist as long as the subcommand
 template <class Options> Options& addAction(CLI::App& parent, const Action<Options>& action)
 {
     CLI::App* command = parent.add_subcommand(action.name, action.purpose);

@@ -16,8 +16,8 @@ enum class Align { kLeft, kRight };
 /// A row has as many cells as there are columns.
 using TableRow = std::vector<view::TerminalText>;
 
-/// The rows as lines, each column as wide as its widest cell, two blanks apart. Nothing is behind
-/// the last cell of a line.
+/// The rows as lines. Each column is as wide as its widest cell; columns are two blanks apart. A
+/// line ends after its last cell, without blanks.
 [[nodiscard]] std::string layOutTable(std::span<const Align> columns,
                                       const std::vector<TableRow>& rows);
 

@@ -42,7 +42,7 @@ void listUsers(const Options& options)
 
 // ---- Passwords --------------------------------------------------------------------------------
 
-/// An empty line is a slip more often than a password.
+/// Refuses an empty password without --empty-password: it is more often a mistake.
 std::string checkedPassword(const Options& options, std::string password)
 {
     if (password.empty() && !options.emptyPassword) {
@@ -53,14 +53,14 @@ std::string checkedPassword(const Options& options, std::string password)
 
 void addPasswordOption(CLI::App& command, Options& options)
 {
-    command.add_flag("--empty-password", options.emptyPassword, "Take an empty password, too");
+    command.add_flag("--empty-password", options.emptyPassword, "Allow an empty password");
 }
 
 // ---- create -----------------------------------------------------------------------------------
 
 void createUser(const Options& options)
 {
-    // Before anybody types a password for it.
+    // Checked before a password is typed for it.
     checkedLine(options.name);
     askToDo(options.connection,
             {cmdsvc::command("crat"), {options.name, checkedPassword(options, readNewPassword())}});
@@ -99,9 +99,9 @@ void addName(CLI::App& command, Options& options)
 // ---- Adding them ------------------------------------------------------------------------------
 
 constexpr auto kActions = std::to_array<Action<Options>>({
-    {"list", "List the names of all accounts, one a line", listUsers,
+    {"list", "List the names of all accounts, one per line", listUsers,
      "Examples:\n"
-     "  vokctl users list          one name a line\n"
+     "  vokctl users list          one name per line\n"
      "  vokctl users list --json   for programs",
      addJson},
     {"create", "Create an account", createUser,
@@ -109,15 +109,15 @@ constexpr auto kActions = std::to_array<Action<Options>>({
      "  vokctl users create carla            asks for the password, twice\n"
      "  vokctl users create carla <secret    takes a file's first line as password\n"
      "\n"
-     "A password never stands on the command line, where others could read it.",
+     "A password is never given on the command line, where others could read it.",
      addNewName},
     {"verify", "Check a user's password", verifyUser,
      "Examples:\n"
      "  vokctl users verify carla            asks for the password\n"
      "  vokctl users verify carla <secret    takes a file's first line as password\n"
      "\n"
-     "Ends with 0 when the password is right and with 1 when it is not. The appliance\n"
-     "does not tell a wrong password from an unknown user.",
+     "Ends with 0 if the password is right, and with 1 if it is wrong or if there is no\n"
+     "such user: the appliance answers both in the same way.",
      addName},
 });
 

@@ -9,7 +9,7 @@
 namespace client {
 namespace {
 
-/// The command that the line names last, such as "list" of "shares list", with its whole name.
+/// The last command on the line, such as "list" of "shares list", with its whole name.
 struct Named {
     const CLI::App* command;
     std::string name;
@@ -59,7 +59,7 @@ std::string joined(const std::vector<std::string>& words)
     return text;
 }
 
-/// Ends a sentence about a word that is not known.
+/// Ends a sentence about an unknown word: with the word that was probably meant, if there is one.
 std::string withGuess(const std::string& sentence, const std::string& word,
                       const std::vector<std::string>& known)
 {
@@ -98,8 +98,8 @@ std::string explain(const CLI::App& program, const Named& named, const CLI::Pars
 std::string wrongUsage(const CLI::App& program, const CLI::ParseError& error)
 {
     const Named named = lastNamed(program);
-    return "vokctl: " + explain(program, named, error) + "\n" + quoted(named.name + " --help") +
-           " tells more.\n";
+    return "vokctl: " + explain(program, named, error) + "\nSee " + quoted(named.name + " --help") +
+           ".\n";
 }
 
 } // namespace client

@@ -9,7 +9,7 @@
 namespace client {
 
 /// @param program  after its parse() has thrown
-/// @param error    what it has thrown, and not a request for help
+/// @param error    the exception; not one for --help or --version
 /// @return sentences for standard error, each with its newline
 [[nodiscard]] std::string wrongUsage(const CLI::App& program, const CLI::ParseError& error);
 

@@ -38,7 +38,7 @@ class Descriptor {
     int descriptor_;
 };
 
-/// Whoever can write the file decides what a service of root's does.
+/// Refuses a file that other accounts can write: the service does what it says as root.
 void checkFile(int file, const std::string& path)
 {
     struct stat status = {};
@@ -79,7 +79,7 @@ std::string readAll(int file, const std::string& path)
 
 Configuration read(const std::string& path)
 {
-    // A FIFO in the file's place must not make anybody wait.
+    // O_NONBLOCK: opening a FIFO would wait for a writer.
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file.isOpen() && errno == ENOENT && path == kDefaultFile) {
         return {};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// configuration.h: what an administrator can settle in /etc/vokcontrol.conf, for service, client
-// and pages. vokcontrol.conf(5) tells what each key means.
+// configuration.h: the settings of service, client and pages, which an administrator can change in
+// /etc/vokcontrol.conf. vokcontrol.conf(5) explains each key.
 #pragma once
 
 #include <array>
@@ -12,15 +12,14 @@
 namespace config {
 
 inline constexpr const char* kDefaultFile = "/etc/vokcontrol.conf";
-/// Where the appliance's programs are looked for.
+/// The folders with the appliance's programs.
 inline constexpr const char* kDefaultPath =
     "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
 
-/// The settings, each with the value that it has unless the file says otherwise. The table in
-/// keys.cpp says where in the file each of them stands.
+/// The settings, with their defaults. The table in keys.cpp has the section and key of each.
 struct Configuration {
     // [service]
-    std::string socket = "/run/vokcontrol.sock"; ///< where the service listens, and vokctl asks
+    std::string socket = "/run/vokcontrol.sock"; ///< of the service; vokctl and the pages use it
     std::string group = "vokcontrol";
     std::string viewGroup = "vokcontrol-view";
     unsigned timeout = 60;       ///< seconds
@@ -34,7 +33,7 @@ struct Configuration {
     // [pages]
     std::vector<std::string> administrators = {}; ///< accounts of the appliance
     std::vector<std::string> hosts = {}; ///< further names that browsers may call the appliance
-    bool trustWebServer = false;         ///< whether REMOTE_USER says who asks
+    bool trustWebServer = false;         ///< whether REMOTE_USER is the user who is logged in
 
     // [thresholds]
     unsigned fullWarning = 90;  ///< percent
@@ -44,24 +43,24 @@ struct Configuration {
 
     // [backup]
     std::string goodStates = {};            ///< digits
-    std::string failedStates = {};          ///< digits, none of them among the good ones
-    std::array<std::string, 10> words = {}; ///< of each state; empty if nobody has explained it
+    std::string failedStates = {};          ///< digits that are not among goodStates
+    std::array<std::string, 10> words = {}; ///< the meaning of each state; empty if unknown
 
     bool operator==(const Configuration&) const = default;
 };
 
-/// What is wrong with a file: its name, the number of the line if one is to blame, and a sentence
-/// for the administrator. It holds no value of any key.
+/// What is wrong with a file: its name, the number of the line if one is wrong, and a sentence for
+/// the administrator. The message never contains a key's value.
 class BadConfiguration : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// Reads a file of at most 64 KiB. Throws BadConfiguration if it cannot be read, is no plain file,
-/// does not belong to root or to this process's own user, can be written by anybody else, or holds
+/// Reads a file of at most 64 KiB. Throws BadConfiguration if it cannot be read, is not a plain
+/// file, belongs to neither root nor this process's user, can be written by other accounts, or has
 /// a line that is not understood.
-/// @param path  the default file may be missing, which leaves everything at its default; any other
-///              has been named by somebody, and must be there
+/// @param path  if this is the default file and it does not exist, all settings are the defaults;
+///              any other file must exist
 [[nodiscard]] Configuration read(const std::string& path = kDefaultFile);
 
 } // namespace config

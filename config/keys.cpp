@@ -19,7 +19,7 @@ std::string_view trim(std::string_view text)
     return text.substr(start, text.find_last_not_of(kBlanks) + 1 - start);
 }
 
-/// What stands before, between and after the separators, without the blanks around it.
+/// The parts of a text before, between and after the separators, without the blanks around them.
 std::vector<std::string_view> split(std::string_view text, char separator)
 {
     std::vector<std::string_view> parts;
@@ -66,7 +66,7 @@ bool isAbsolute(std::string_view path)
     return path.starts_with('/') && std::none_of(path.begin(), path.end(), isControl);
 }
 
-/// The service makes its socket under the name with a "~" first, which must fit with its zero.
+/// The service first makes its socket at this path and "~", which must fit with a zero byte.
 bool isSocketPath(std::string_view path)
 {
     return isAbsolute(path) && path.size() <= 106;
@@ -177,7 +177,8 @@ std::optional<std::string> readValue(const Digits& /*reading*/, std::string_view
     return digits;
 }
 
-/// Puts a word in its digit's place, if there is none yet.
+/// Adds a digit's word. Returns false if one of them is not allowed or the digit has a word
+/// already.
 bool addWord(std::array<std::string, 10>& words, std::string_view digit, std::string_view word)
 {
     if (!isDigit(digit) || !isWord(word)) {

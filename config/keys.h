@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// keys.h: the keys that the configuration file may have. A new key is a member of Configuration and
-// a row of the table in keys.cpp; vokcontrol.conf(5) and the file in packaging/ name it, too.
+// keys.h: the keys of the configuration file. A new key needs a member of Configuration, a row of
+// the table in keys.cpp, and a line in vokcontrol.conf(5) and in packaging/vokcontrol.conf.
 #pragma once
 
 #include <array>
@@ -15,7 +15,7 @@
 
 namespace config {
 
-/// What a text must be like, and how a person is told so.
+/// A check of a text, and the words in which a message says what is allowed.
 struct Rule {
     bool (*holds)(std::string_view text);
     const char* words; ///< "the name of a group"
@@ -27,7 +27,7 @@ struct Text {
     const Rule& rule;
 };
 
-/// Texts with commas between them; none at all if the value is empty.
+/// Texts with commas between them; an empty value is an empty list.
 struct List {
     std::vector<std::string> Configuration::*member;
     const Rule& rule;
@@ -67,7 +67,7 @@ struct Key {
 [[nodiscard]] std::span<const Key> keys();
 
 /// Reads a value.
-/// @return false if the value is not allowed; the configuration has not changed then
+/// @return false if the value is not allowed; then the configuration is not changed
 [[nodiscard]] bool take(const Key& key, std::string_view value, Configuration& configuration);
 
 /// What the value of a key must be: "a whole number from 1 to 100".

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r";
 
-/// Foreign text in a complaint: what would not print is a question mark.
+/// Text of the file, for a complaint. A byte that is not printable ASCII becomes a question mark.
 std::string quote(std::string_view text)
 {
     std::string quoted = "\"" + std::string(text) + "\"";
@@ -66,9 +66,9 @@ std::size_t findKey(std::string_view section, std::string_view name)
     return static_cast<std::size_t>(key - all.begin());
 }
 
-/// A file's content on its way through the parser, which asks for one line after the other and
-/// hands back the key and value of each. The parser cuts what it has no room for and passes over
-/// what it does not know: both are found here, before and after it.
+/// Reads a file's content with the parser, which takes the lines one by one and returns the key and
+/// value of each. The parser cuts long lines and accepts unknown sections and keys, so lines are
+/// checked here before it gets them, and keys afterwards.
 class File {
   public:
     File(std::string name, std::string_view content) : name_(std::move(name)), rest_(content) {}
@@ -90,7 +90,8 @@ class File {
     }
 
   private:
-    /// A line with its newline, as fgets() would give it; null at the end, and after a complaint.
+    /// Stores the next line in out, as fgets() does; returns null at the end, and after a
+    /// complaint.
     static char* nextLine(char* out, int size, void* file)
     {
         return static_cast<File*>(file)->next(out, static_cast<std::size_t>(size));
@@ -116,8 +117,8 @@ class File {
         return out;
     }
 
-    /// A line without the blanks around it: for the parser, those before it would make it a part of
-    /// the value above.
+    /// Takes a line, without the blanks around it: the parser would take a line that begins with
+    /// blanks for a part of the value above.
     std::string_view cutLine()
     {
         const std::size_t end = std::min(rest_.find('\n'), rest_.size());
@@ -138,7 +139,7 @@ class File {
             return complain("the line is longer than " + std::to_string(most) + " bytes");
         }
         if (line.find('\0') != std::string_view::npos) {
-            return complain("the line has a zero byte in it");
+            return complain("the line contains a zero byte");
         }
         return !line.starts_with('[') || isGoodHeading(line);
     }
@@ -147,7 +148,7 @@ class File {
     {
         const std::vector<std::string> names = sectionNames();
         return std::find(names.begin(), names.end(), line) != names.end() ||
-               complain(quote(line) + " is no section; there are " + enumerate(names));
+               complain(quote(line) + " is not a section; known sections: " + enumerate(names));
     }
 
     bool take(std::string_view section, std::string_view name, std::string_view value)
@@ -159,8 +160,8 @@ class File {
         }
         int& line = lines_[place];
         if (line > 0) {
-            return complain(std::string(name) + " stands in line " + std::to_string(line) +
-                            " already; remove one of the two");
+            return complain(std::string(name) + " is set in line " + std::to_string(line) +
+                            " already; remove one of the two lines");
         }
         line = line_;
         return config::take(all[place], value, configuration_) ||
@@ -170,13 +171,14 @@ class File {
     bool complainOfKey(std::string_view section, std::string_view name)
     {
         if (section.empty()) {
-            return complain("the key " + quote(name) + " stands before the first section");
+            return complain("the key " + quote(name) +
+                            " is before the first section; move it into a section");
         }
-        return complain(quote(name) + " is no key of [" + std::string(section) + "]; there are " +
-                        enumerate(keyNames(section)));
+        return complain(quote(name) + " is not a key of [" + std::string(section) +
+                        "]; known keys: " + enumerate(keyNames(section)));
     }
 
-    /// What keys must be like to go together. The later of two lines is to blame.
+    /// Checks keys that depend on each other. A complaint names the later of the two lines.
     void checkTogether()
     {
         const Configuration& all = configuration_;
@@ -186,7 +188,7 @@ class File {
         }
         if (all.goodStates.find_first_of(all.failedStates) != std::string::npos) {
             complainOfTwo("backup", "good-states", "failed-states",
-                          "a state cannot be among good-states and failed-states");
+                          "a state cannot be in both good-states and failed-states");
         }
     }
 
@@ -206,7 +208,7 @@ class File {
     std::string name_;
     std::string_view rest_;
     int line_ = 0;
-    std::vector<int> lines_ = std::vector<int>(keys().size()); ///< of each key; 0 without one
+    std::vector<int> lines_ = std::vector<int>(keys().size()); ///< of each key; 0 if it is not set
     Configuration configuration_;
     std::string complaint_;
 };

@@ -10,9 +10,9 @@
 
 namespace config {
 
-/// The settings that the content of a file makes. Throws BadConfiguration for the first line that
+/// Reads the settings from the content of a file. Throws BadConfiguration for the first line that
 /// is not understood.
-/// @param file  its name, for that complaint
+/// @param file  its name, for the message
 [[nodiscard]] Configuration readLines(const std::string& file, std::string_view content);
 
 } // namespace config

@@ -20,7 +20,7 @@ constexpr mode_t kPidFileMode = 0644;
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-/// Waits for a byte from the new process, or for its end.
+/// Waits for a byte from the new process, or for its end, and returns the exit code.
 int awaitReady(int notice, pid_t child)
 {
     char byte = 0;
@@ -37,7 +37,7 @@ int awaitReady(int notice, pid_t child)
     return WIFEXITED(status) ? WEXITSTATUS(status) : kFailed;
 }
 
-/// Puts a file in the place of a standard stream.
+/// Opens a file as a standard stream.
 void replace(int stream, const char* path, int flags, mode_t mode)
 {
     const int file = ::open(path, flags | O_CLOEXEC, mode);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// background.h: a service that whoever starts it does not wait for, as init scripts want it.
+// background.h: a service that goes on after the program that started it, as init scripts expect.
 #pragma once
 
 #include <optional>
@@ -8,7 +8,7 @@
 
 namespace service {
 
-/// A process of the service's own, and the one that started it, which waits until that serves.
+/// Two processes: a new one that serves, and the first one, which waits until the new one serves.
 class Background {
   public:
     Background() = default;
@@ -16,23 +16,23 @@ class Background {
     Background(const Background&) = delete;
     Background& operator=(const Background&) = delete;
 
-    /// Forks. The new process, in a session of its own, gets nothing. The one that was there waits
-    /// until the new one is ready or ends, and gets what it has to end with: 0, or what the new one
-    /// ended with (1 if a signal ended it). Throws std::system_error if there can be no new
-    /// process. Comes before whatever belongs to one process alone: locks, event loops.
+    /// Forks. Returns nothing in the new process, which has a session of its own. The first process
+    /// waits until the new one is ready or ends; there this returns its exit code: 0, or that of
+    /// the new process (1 if a signal ended it). Throws std::system_error if it cannot fork.
+    /// To be called before anything that a forked process does not have: locks, event loops.
     [[nodiscard]] std::optional<int> enter();
 
-    /// Whoever waits ends. Standard input and output are /dev/null from now on, and standard error,
-    /// too, unless that is a log. Does nothing in a process that has not entered the background.
+    /// Ends the process that waits. Standard input and output are /dev/null from now on, and
+    /// standard error, too, unless it is a log. Does nothing if enter() was not called.
     void ready(bool isLogged);
 
   private:
     int notice_ = -1;
 };
 
-/// The number of this process in a file, on a line of its own, for as long as it runs. Throws
-/// std::system_error if the file cannot be written. A link in its place is not followed. An empty
-/// path is no file.
+/// A file with the number of this process on one line; it is removed with this object. Throws
+/// std::system_error if the file cannot be written. A link at the path is not followed. An empty
+/// path means no file.
 class PidFile {
   public:
     explicit PidFile(const std::string& path);
@@ -44,8 +44,8 @@ class PidFile {
     std::string path_;
 };
 
-/// Appends to a file what this process, and what it starts, writes to standard error from now on. A
-/// new file has the mode 0640. Throws std::system_error if it cannot be opened.
+/// From now on, what this process and those that it starts write to standard error is appended to a
+/// file. A new file has the mode 0640. Throws std::system_error if it cannot be opened.
 void logTo(const std::string& path);
 
 } // namespace service

@@ -26,62 +26,63 @@ namespace {
 
 constexpr int kLifeline = 3;
 constexpr int kLog = 4;
-constexpr int kBehindThem = kLog + 1;
+constexpr int kFirstFree = kLog + 1;
 constexpr int kCannotStart = 127;
 constexpr int kNone = -1;
 
-/// Closes every descriptor from one on.
+/// Closes this descriptor and all with higher numbers.
 void closeFrom(int first)
 {
     if (::close_range(static_cast<unsigned>(first), ~0U, 0) == 0) {
         return;
     }
-    // Kernels before 5.9 want it done one by one.
+    // Kernels before 5.9 have no such call.
     const long most = ::sysconf(_SC_OPEN_MAX);
     for (int descriptor = first; descriptor < most; ++descriptor) {
         ::close(descriptor);
     }
 }
 
-/// Nothing of what the service was started with reaches a shell.
+/// Replaces the environment that the service was started with; a shell must not read that one.
 bool cleanEnvironment(const std::string& path)
 {
     return ::clearenv() == 0 && ::setenv("PATH", path.c_str(), 1) == 0 &&
            ::setenv("HOME", "/", 1) == 0 && ::setenv("LC_ALL", "C", 1) == 0;
 }
 
-/// A child without its service would work beside those of the next one.
+/// Ends this child with the service. Otherwise it could run while a child of the next service does.
 bool dieWithService(pid_t service)
 {
     return ::prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && ::getppid() == service;
 }
 
-/// Where a child comes from, and what it takes along.
+/// The process that starts a child, and the descriptors that the child gets.
 struct Start {
     pid_t service;
     int lifeline;
     int kept;
 };
 
-/// Gives descriptors their places: the lifeline's, the log's where there is one, and that of one to
-/// keep. What the child starts in turn must not hold the lifeline: it may well outlive the request.
+/// Gives the lifeline, the log (if there is one) and the kept descriptor their numbers, and closes
+/// all others. What the child starts does not get the lifeline, because it may outlive the request.
 bool placeDescriptors(const Start& start, int log)
 {
-    const int line = ::fcntl(start.lifeline, F_DUPFD, kBehindThem);
-    const int kept = (start.kept == kNone) ? kNone : ::fcntl(start.kept, F_DUPFD, kBehindThem);
+    const int line = ::fcntl(start.lifeline, F_DUPFD, kFirstFree);
+    const int kept = (start.kept == kNone) ? kNone : ::fcntl(start.kept, F_DUPFD, kFirstFree);
     const bool isLineSet =
         ::dup2(line, kLifeline) == kLifeline && ::fcntl(kLifeline, F_SETFD, FD_CLOEXEC) == 0;
     if (::dup3(log, kLog, O_CLOEXEC) != kLog) {
-        ::close(kLog); // whatever this was, it is not the child's
+        ::close(kLog); // there is no log; this number may have been another descriptor's
     }
     const bool isKeptSet = start.kept == kNone || ::dup2(kept, Child::kKept) == Child::kKept;
-    closeFrom(kBehindThem);
-    // The guard tells the log of lines that it refuses; without a log it has nobody to tell.
+    closeFrom(kFirstFree);
+    // The guard logs the lines that it refuses.
     guard::logTo(kLog);
     return isLineSet && isKeptSet;
 }
 
-/// Brings the child into the state that a request finds, whatever the service has open or handles.
+/// Gives the child the state in which every request runs, whatever files the service has open and
+/// whatever signals it handles.
 bool prepare(const Start& start, const std::string& path)
 {
     ::setpgid(0, 0);
@@ -91,7 +92,7 @@ bool prepare(const Start& start, const std::string& path)
     for (const int number : {SIGTERM, SIGINT, SIGPIPE, SIGCHLD, SIGHUP}) {
         std::signal(number, SIG_DFL);
     }
-    const int log = ::fcntl(STDERR_FILENO, F_DUPFD, kBehindThem);
+    const int log = ::fcntl(STDERR_FILENO, F_DUPFD, kFirstFree);
     const int nowhere = ::open("/dev/null", O_RDWR);
     const bool areStreamsSet = nowhere >= 0 && ::dup2(nowhere, STDIN_FILENO) >= 0 &&
                                ::dup2(nowhere, STDOUT_FILENO) >= 0 &&
@@ -100,8 +101,8 @@ bool prepare(const Start& start, const std::string& path)
            ::chdir("/tmp") == 0;
 }
 
-/// The child's whole life. It ends through exit(), which completes an answer that is still open,
-/// and never comes back.
+/// Runs the child from its start to its end. It ends with exit(), which flushes an answer file that
+/// is still open.
 [[noreturn]] void runChild(const Task& task, const Start& start, const std::string& path)
 {
     if (!prepare(start, path)) {
@@ -143,7 +144,7 @@ void dispatch(std::string_view request, int number)
 Child::Child(const Task& task, int number, const std::string& path, int kept)
     : answerPath_(VOK_ANSWER_FILE + std::to_string(number))
 {
-    // An answer of an earlier service's request must never pass for this one's.
+    // An earlier service may have left an answer under the same number.
     ::unlink(answerPath_.c_str());
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
@@ -171,7 +172,7 @@ Child::~Child()
 
 void Child::kill() const
 {
-    // The group may not exist yet, so that the child is named, too.
+    // The group may not exist yet, so the child itself gets the signal, too.
     ::kill(-pid_, SIGKILL);
     ::kill(pid_, SIGKILL);
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// child.h: a request runs in a process of its own, so that whatever its handler does, the service
-// goes on.
+// child.h: a request runs in a process of its own. Whatever its handler does, the service goes on.
 #pragma once
 
 #include <asio/awaitable.hpp>
@@ -14,43 +13,45 @@
 
 namespace service {
 
-/// How a child came to its end.
+/// How a child ended.
 enum class Ending {
-    kFinished,   ///< it has answered whatever it had to answer
+    kFinished,   ///< its answer is complete
     kFailed,     ///< a signal, an exit code other than 0, or no answer that can be read
     kTimedOut,   ///< it took too long, and was killed with all that it had started
     kNotStarted, ///< there was no process or no descriptor left for it
-    kRefused     ///< it was never started, for what its request holds
+    kRefused     ///< the gate refused its request, so it was not started
 };
 
 struct Outcome {
     Ending ending;
-    std::string answer; ///< the command's, or a status of the service's own
+    std::string answer; ///< from the command, or a status from the service
 };
 
-/// How a request ended that its command has not answered.
+/// The outcome of a request that its command has not answered: the service's status for this
+/// ending.
 [[nodiscard]] Outcome makeOutcome(Ending ending);
 
 /// What a child does.
 using Task = std::function<void()>;
 
-/// Has the module process a request of at most 4096 bytes under a number. For a child: the module
-/// has one buffer for requests, and traces.
+/// Has the module process a request of at most 4096 bytes under a number. Only for a child, because
+/// the module has one buffer for requests, and traces.
 void dispatch(std::string_view request, int number);
 
 /// A child that runs one request.
 class Child {
   public:
-    /// The descriptor that a child keeps, as the child and all that it starts have it. It takes the
-    /// place of standard input, which nothing reads: shells get no descriptors but the three.
+    /// The number that the kept descriptor has in the child and in all that it starts. It replaces
+    /// standard input, which nothing reads, because shells get only the three standard descriptors.
     static constexpr int kKept = 0;
 
-    /// Starts a child that does its task for the request of a number. It is a process group of its
-    /// own, its three streams lead nowhere, it works in /tmp, its environment is PATH, HOME and the
-    /// C locale, and it inherits nothing else but one descriptor where it is to keep one. It is
-    /// killed when the service ends before it. Check hasStarted() afterwards.
+    /// Starts a child that does a task for the request with this number. It has a process group of
+    /// its own, /dev/null as its three streams, /tmp as its folder, and PATH, HOME and the C locale
+    /// as its environment. It inherits at most one descriptor. It is killed if the service ends
+    /// before it. Check hasStarted() afterwards.
     ///
-    /// @param kept  what it keeps, or -1
+    /// @param path  its PATH
+    /// @param kept  the descriptor that it inherits, or -1
     Child(const Task& task, int number, const std::string& path = config::kDefaultPath,
           int kept = -1);
     ~Child();
@@ -59,8 +60,8 @@ class Child {
 
     [[nodiscard]] bool hasStarted() const { return pid_ > 0; }
 
-    /// Waits for the child's end, kills it where that takes too long, and collects the answer; the
-    /// answer file is gone afterwards. A child without an answer file that can be read has failed.
+    /// Waits for the child's end, kills it if that takes too long, reads the answer, and removes
+    /// the answer file. A child whose answer file cannot be read has failed.
     [[nodiscard]] asio::awaitable<Outcome> finish(std::chrono::seconds timeout);
 
   private:
@@ -69,7 +70,7 @@ class Child {
 
     std::string answerPath_;
     int pid_ = -1;
-    int lifeline_ = -1; ///< reads as ended once the child has
+    int lifeline_ = -1; ///< a pipe from the child; it is at its end when the child has ended
 };
 
 } // namespace service

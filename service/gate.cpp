@@ -21,7 +21,7 @@ using cmdsvc::Parameter;
 using cmdsvc::RequestReader;
 using cmdsvc::Status;
 
-// ---- A parameter as its handler takes it ------------------------------------------------------
+// ---- Parameters, taken in the same way as their handlers do -----------------------------------
 
 /// A parameter of text ends at its first zero byte.
 std::string_view take(RequestReader& reader, const Parameter& parameter)
@@ -45,15 +45,15 @@ std::string_view take(RequestReader& reader, const Parameter& parameter)
     return {};
 }
 
-// ---- What the handlers look at when it is too late --------------------------------------------
+// ---- What the handlers check too late ---------------------------------------------------------
 //
-// A check of the gate's own looks at the parameters as a whole, after one of them has been found
-// harmless. With another count no handler sees them, and the dispatcher answers.
+// A late check gets all parameters, after one of them has been found harmless. It is not made if
+// the count is wrong: then the dispatcher answers, and no handler runs.
 
 /// @return kGood, or the code that refuses the request
 using Check = Status (*)(std::string_view parameters);
 
-/// A parameter's line; the first has the number 0.
+/// The line with this number among the parameters; the first has the number 0.
 std::string_view lineOf(std::string_view parameters, int number)
 {
     for (; number > 0; --number) {
@@ -63,8 +63,8 @@ std::string_view lineOf(std::string_view parameters, int number)
     return cmdsvc::textOf(parameters.substr(0, parameters.find('\n')));
 }
 
-/// The command's answer to a new name. A name that is there already is not judged, so that its
-/// owner can still get rid of it.
+/// The code that answers a new name. Only new names are judged: a user or share that has such a
+/// name already can still be removed.
 Status answerTo(NewName verdict, Status reserved)
 {
     switch (verdict) {
@@ -78,8 +78,7 @@ Status answerTo(NewName verdict, Status reserved)
     return cmdsvc::kGood;
 }
 
-/// The handler traces each byte of the name with a shell line of its own before it looks at its
-/// size.
+/// The handler traces each byte of the name, with one shell line each, before it checks the length.
 Status checkUser(std::string_view parameters)
 {
     const std::string_view name = lineOf(parameters, 0);
@@ -88,7 +87,8 @@ Status checkUser(std::string_view parameters)
                : answerTo(judgeNewUser(name), cmdsvc::kUserNameTaken);
 }
 
-/// The share's name follows a line "guest". One that stands alone loses its last character.
+/// The share's name follows a line "guest". Without that line, the handler cuts off the name's last
+/// character.
 Status checkPublicShare(std::string_view parameters)
 {
     const std::string_view first = lineOf(parameters, 0);
@@ -102,10 +102,10 @@ Status checkPrivateShare(std::string_view parameters)
     return answerTo(judgeNewShare(lineOf(parameters, 1)), cmdsvc::kShareNameTaken);
 }
 
-/// Where an upload's content starts; its size stands before it.
+/// An upload begins with its size and a newline; its content starts here.
 constexpr std::size_t kContentStart = cmdsvc::kWordSize + 1;
 
-/// The size that an upload says; 0 for one that the handler refuses before it touches any file.
+/// The size in an upload; 0 for one that the handler refuses before it touches any file.
 std::int32_t sizeOfUpload(std::string_view upload)
 {
     if (upload.size() < kContentStart || upload[cmdsvc::kWordSize] != '\n') {
@@ -114,7 +114,7 @@ std::int32_t sizeOfUpload(std::string_view upload)
     return static_cast<std::int32_t>(core::getU32(std::span(upload).first<cmdsvc::kWordSize>()));
 }
 
-// If there was no private file before, the handler leaves what came of one that is not whole.
+// If there was no private file before, the handler keeps the incomplete content as the new file.
 
 Status checkContent(std::string_view upload)
 {
@@ -134,7 +134,7 @@ Status checkEndMark(std::string_view upload)
 struct LateCheck {
     std::string_view command;
     std::string_view after; ///< the parameter after which it is made
-    std::string_view name;  ///< what the log calls it
+    std::string_view name;  ///< the name in the log
     Check check;
 };
 
@@ -146,7 +146,7 @@ constexpr auto kLateChecks = std::to_array<LateCheck>({
     {"spvt", "content", "end mark", checkEndMark},
 });
 
-/// A late check that a request has failed, and the code of its answer.
+/// A late check that has refused a request, and the code of the answer.
 struct Failed {
     std::string_view name;
     Status code;

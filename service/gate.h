@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// gate.h: what may pass from a client to the module. The module hands names to the shell as they
-// stand; here every request is looked at first, and one that could make the shell do anything of
-// its sender's choosing is never dispatched.
+// gate.h: checks each request before the module gets it. The module puts names into shell lines
+// unchanged, so a request that could make the shell do what its sender chooses is refused here.
 #pragma once
 
 #include <optional>
@@ -11,14 +10,14 @@
 
 namespace service {
 
-/// Why a request does not pass.
+/// Why a request is refused.
 struct Refusal {
-    std::string_view parameter; ///< which one it is; never its text
-    std::string answer;         ///< the command's own answer to malformed parameters
+    std::string_view parameter; ///< its name, never its text
+    std::string answer;         ///< the same as the command's answer to malformed parameters
 };
 
 /// @param request  at most 4096 bytes
-/// @return nothing for a request that passes; unknown commands do, for the dispatcher to answer
+/// @return nothing for a request that passes. Unknown commands pass; the dispatcher answers them
 [[nodiscard]] std::optional<Refusal> examine(std::string_view request);
 
 } // namespace service

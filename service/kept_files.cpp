@@ -18,7 +18,7 @@ namespace {
 constexpr mode_t kMode = 0600;
 constexpr mode_t kModeBits = 07777;
 
-/// A regular file that is there, open, and what it is. No FIFO holds anybody up.
+/// An open file and its properties. Opening does not wait, even at a FIFO.
 class OpenFile {
   public:
     OpenFile(const std::string& path, int flags)
@@ -49,7 +49,7 @@ class OpenFile {
     struct stat status_ = {};
 };
 
-/// Waits for who holds a lock, but not for somebody who means to keep it.
+/// Waits until a file's lock is free, but at most a second: its holder may mean to keep it.
 void awaitHolder(int file)
 {
     constexpr int kTries = 100;
@@ -70,8 +70,8 @@ bool replace(const std::string& path)
 
 void complain(const std::string& path, const char* reason)
 {
-    log("cannot keep others from locking " + path + " (" + reason +
-        "); whoever does stops all that reads or writes variables");
+    log("cannot keep other accounts from locking " + path + " (" + reason +
+        "); while it is locked, no program can read or write variables");
 }
 
 } // namespace
@@ -82,7 +82,7 @@ void protectVariableLock(const std::string& path)
     if (file.descriptor() < 0) {
         complain(path, std::strerror(errno));
     } else if (!file.isRegular()) {
-        complain(path, "it is no regular file");
+        complain(path, "it is not a regular file");
     } else if (!file.isOurs() || !file.isClosed()) {
         awaitHolder(file.descriptor());
         if (!replace(path)) {

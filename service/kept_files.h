@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// kept_files.h: files that the module makes open to all accounts, and that the service keeps closed
-// to all but its own user. What stands at their paths is never followed if it is a link, and left
-// alone if it is no regular file.
+// kept_files.h: files that the module makes open to all accounts; the service closes them to all
+// accounts except its own. A link at their paths is not followed, and anything that is not a
+// regular file is not changed.
 #pragma once
 
 #include <string>
@@ -10,23 +10,23 @@
 
 namespace service {
 
-/// Who may open this file can lock it, and so stop everybody who reads or writes variables.
+/// An account that can open this file can lock it, and then no program can read or write variables.
 inline constexpr const char* kVariableLock = "/etc/pelconfig/system_var_lck";
 
 inline constexpr const char* kTraceFile = "/tmp/dbg_vokcontrol.txt";
 
-/// Makes the variables' lock with mode 0600. One that has another mode or owner is replaced, as
-/// somebody may have it open still: once its holder has finished, or after a second. What cannot be
-/// done is logged.
+/// Makes the variables' lock with mode 0600. A file with another mode or owner is replaced, because
+/// another account may have it open: when nothing holds its lock any more, or after one second.
+/// Failures are logged.
 void protectVariableLock(const std::string& path = kVariableLock);
 
-/// Gives the private file the mode 0600.
+/// Gives the private file the mode 0600, if there is one.
 void closePrivateFile();
 
-/// Empties the trace file, if it is this user's, and no other name of another file.
+/// Empties the trace file, if it belongs to this user and has no second name (hard link).
 void emptyTraces();
 
-/// The same if this request has traced a password: one that creates a user ("crat") does.
+/// The same if this request has traced a password: only "crat", which creates a user, does.
 void emptyTracesAfter(std::string_view request);
 
 } // namespace service

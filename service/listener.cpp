@@ -20,7 +20,7 @@ using Protocol = asio::local::stream_protocol;
 constexpr int kFirstHandedOver = 3;
 constexpr mode_t kAll = 0777;
 
-/// Whether systemd has started us with a socket for this very process.
+/// Whether systemd has started this process with one socket.
 bool isHandedOver()
 {
     const char* process = std::getenv("LISTEN_PID");
@@ -31,14 +31,14 @@ bool isHandedOver()
 
 Acceptor takeOver(asio::io_context& context)
 {
-    // What we start in turn was not handed anything.
+    // The processes that the service starts must not take these for theirs.
     ::unsetenv("LISTEN_PID");
     ::unsetenv("LISTEN_FDS");
     ::fcntl(kFirstHandedOver, F_SETFD, FD_CLOEXEC);
     return Acceptor(context, Protocol(), kFirstHandedOver);
 }
 
-/// A socket file that nobody listens on any more stays behind when a service is killed.
+/// Removes the socket file that a killed service has left. Throws if something listens on it.
 void removeStale(asio::io_context& context, const std::string& path)
 {
     asio::error_code error;
@@ -54,12 +54,12 @@ void removeStale(asio::io_context& context, const std::string& path)
     }
 }
 
-/// Gives a socket that listens its owner and its place. Nobody can see it before it is ready.
+/// Gives a socket that listens already its group and its path. No client sees it before.
 void publish(const std::string& unready, const std::string& path, std::optional<gid_t> group)
 {
     constexpr auto kSameUser = static_cast<uid_t>(-1);
     const bool isGiven = !group || ::chown(unready.c_str(), kSameUser, *group) == 0;
-    // Not a rename: that would replace a file that is no socket.
+    // Not rename(): that would replace a file that is not a socket.
     const bool isPlaced = isGiven && ::link(unready.c_str(), path.c_str()) == 0;
     const asio::error_code error(errno, asio::system_category());
     ::unlink(unready.c_str());
@@ -80,7 +80,7 @@ Acceptor openOwn(asio::io_context& context, const std::string& path, std::option
     Acceptor acceptor(context);
     asio::error_code error;
     acceptor.open(Protocol(), error);
-    // What outlives a service must not make it look alive.
+    // A process that outlives the service must not hold the socket, or it would seem to be served.
     ::fcntl(acceptor.native_handle(), F_SETFD, FD_CLOEXEC);
     const mode_t mask = ::umask(kAll & ~mode);
     acceptor.bind(Protocol::endpoint(unready), error);

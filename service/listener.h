@@ -12,14 +12,14 @@ namespace service {
 
 using Acceptor = asio::local::stream_protocol::acceptor;
 
-/// The socket that requests come through: the one that systemd has handed over (LISTEN_FDS), or one
-/// of our own at a path. Ours is removed with this object, unless another socket has taken its
-/// place.
+/// The socket that the service listens on: one that systemd has handed over (LISTEN_FDS), or its
+/// own at a path. The service's own socket is removed with this object, unless another file is at
+/// its path by then.
 class Listener {
   public:
-    /// Throws std::runtime_error with what to do about it where the socket cannot be had.
-    /// @param group  the group that a socket of our own is given to
-    /// @param mode   of a socket of our own
+    /// Throws std::runtime_error if it cannot listen; the message says what to do about it.
+    /// @param group  of the service's own socket
+    /// @param mode   of the service's own socket
     Listener(asio::io_context& context, std::string path, std::optional<gid_t> group = std::nullopt,
              mode_t mode = 0660);
     ~Listener();
@@ -28,17 +28,17 @@ class Listener {
 
     [[nodiscard]] Acceptor& acceptor() { return acceptor_; }
 
-    /// Whether clients that nobody has accepted stay at the socket for the next service.
+    /// Whether clients that are not yet accepted wait at the socket for the next service.
     [[nodiscard]] bool keepsClients() const { return ownPath_.empty(); }
 
   private:
     [[nodiscard]] bool isOwnSocketThere() const;
 
-    std::string ownPath_; ///< empty where the socket is systemd's
+    std::string ownPath_; ///< empty if the socket is systemd's
     Acceptor acceptor_;
-    struct stat own_ = {}; ///< our own socket's file
-    int folder_ = -1;      ///< of our own socket: its path may lead elsewhere when /tmp is replaced
-    std::string name_;     ///< in that folder
+    struct stat own_ = {}; ///< the file of the service's own socket
+    int folder_ = -1;  ///< that file's folder: its path may lead elsewhere after /tmp is replaced
+    std::string name_; ///< that file's name in the folder
 };
 
 } // namespace service

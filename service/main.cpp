@@ -25,7 +25,7 @@ constexpr int kCannotServe = 1;
 constexpr int kWrongUsage = 2;
 constexpr int kAnotherServes = 3;
 
-/// The settings: what the command line says, else what the configuration file says.
+/// The settings: from the command line, else from the configuration file.
 struct Options {
     std::string file = config::kDefaultFile;
     config::Configuration settings;
@@ -37,7 +37,7 @@ struct Options {
     std::string log;
 };
 
-/// A thousand clients at once are a thousand descriptors.
+/// Each client needs a descriptor, and there may be a thousand at once.
 void raiseDescriptorLimit()
 {
     rlimit limit = {};
@@ -47,7 +47,7 @@ void raiseDescriptorLimit()
     }
 }
 
-/// What others see of a service that listens: its log, and that whoever started it goes on.
+/// Opens the log, and ends the process that waits for this one to listen.
 void show(const Options& options, service::Background& background)
 {
     if (!options.log.empty()) {
@@ -59,7 +59,7 @@ void show(const Options& options, service::Background& background)
 int serve(const Options& options, service::Background& background)
 {
     const config::Configuration& settings = options.settings;
-    // A client that leaves before its answer must not end the service.
+    // A client that closes its connection before its answer must not end the service.
     std::signal(SIGPIPE, SIG_IGN);
     raiseDescriptorLimit();
     const std::string path = "PATH=" + settings.path;
@@ -67,15 +67,15 @@ int serve(const Options& options, service::Background& background)
     asio::io_context context(1);
     asio::signal_set stop(context, SIGTERM, SIGINT);
     const service::Admission admission(options.members, options.viewers);
-    // It is released last, when the socket is gone.
+    // Made before the socket, so that it is released after the socket was removed.
     const service::ServiceLock lock;
     service::Listener listener(context, settings.socket, admission.group(), admission.socketMode());
-    // After the socket, which may be in everybody's /tmp.
+    // After the socket, which may be in the /tmp of all programs.
     if (!options.isTmpShared) {
         service::useOwnTmp();
     }
     service::protectVariableLock();
-    // A service that was killed may have left the password of a new user there.
+    // A service that was killed may have left the password of a new user in the traces.
     service::emptyTraces();
     service::Server server(context, listener, stop, admission,
                            {.send = std::chrono::seconds(settings.deadline),
@@ -104,11 +104,12 @@ int start(const Options& options)
 void addBackgroundOptions(CLI::App& program, Options& options)
 {
     program.add_flag("--background", options.isInBackground,
-                     "Go on in a process of its own when it listens");
+                     "Serve in the background; the command ends when the service listens");
     program
-        .add_option("--pidfile", options.pidFile, "Keep the process's number here while it runs")
+        .add_option("--pidfile", options.pidFile,
+                    "Write the process's number into this file while it runs")
         ->type_name("PATH");
-    program.add_option("--log", options.log, "Append what it logs to this file when it listens")
+    program.add_option("--log", options.log, "Append log lines to this file after it listens")
         ->type_name("PATH");
 }
 
@@ -120,39 +121,40 @@ CLI::Option* addSeconds(CLI::App& program, const char* name, unsigned& number, c
 void addOptions(CLI::App& program, Options& options)
 {
     config::Configuration& settings = options.settings;
-    program.add_option("--config", options.file, "Read the settings here")
+    program.add_option("--config", options.file, "Read the settings from this file")
         ->type_name("PATH")
         ->capture_default_str();
     program
-        .add_option("--socket", settings.socket, "Listen here, unless systemd hands over a socket")
+        .add_option("--socket", settings.socket,
+                    "Listen on this socket, unless systemd hands one over")
         ->type_name("PATH")
         ->capture_default_str();
     addSeconds(program, "--timeout", settings.timeout, "End a request that runs longer than this")
         ->check(CLI::PositiveNumber);
     addSeconds(program, "--deadline", settings.deadline,
-               "Give a client so long to send its request, and so long to take its answer")
+               "Time for a client to send its request, and again to receive its answer")
         ->check(CLI::PositiveNumber);
     addSeconds(program, "--password-pause", settings.passwordPause,
-               "The longest pause of a user who asks for wrong passwords; 0 for none");
+               "The longest pause after wrong passwords; 0 for none");
     program
         .add_option("--group", settings.group,
-                    "Members of this group may ask for everything; root always may")
+                    "Members of this group may send every command; root always may")
         ->type_name("NAME")
         ->capture_default_str();
     program
         .add_option("--view-group", settings.viewGroup,
-                    "Members of this group may ask for what changes nothing")
+                    "Members of this group may send the commands that change nothing")
         ->type_name("NAME")
         ->capture_default_str();
-    program.add_option("--path", settings.path, "Where requests find the appliance's programs")
+    program.add_option("--path", settings.path, "The folders in which requests find programs")
         ->type_name("FOLDERS")
         ->capture_default_str();
     program.add_flag("--shared-tmp", options.isTmpShared,
-                     "Use everybody's /tmp for work files, instead of /run/vokcontrol/tmp");
+                     "Use the /tmp of all programs for work files, not /run/vokcontrol/tmp");
 }
 
-/// What the command line says wins over the file, which it may name: so it is read, too, after the
-/// file. A group that somebody has named must be there.
+/// Reads the command line, which may name the file, then the file, then the command line again,
+/// because its settings win. A group must exist if it is not the default one.
 void readSettings(CLI::App& program, int argc, char** argv, Options& options)
 {
     program.parse(argc, argv);
@@ -175,12 +177,13 @@ int main(int argc, char** argv)
     program.set_version_flag("--version", "vokserve " VOKSERVE_VERSION);
     addOptions(program, options);
     addBackgroundOptions(program, options);
-    program.footer("Options win over the configuration file, vokcontrol.conf(5).\n\n"
-                   "A client sends one request frame, shuts its sending side down and reads the\n"
-                   "answer up to its end. SIGTERM finishes the request in hand, tells the clients\n"
-                   "that wait, and ends the service with 0. Ends with 1 when it cannot listen or\n"
-                   "have a /tmp of its own, 2 on wrong usage or a configuration that it does not\n"
-                   "understand, 3 if another service runs.");
+    program.footer(
+        "Options win over the configuration file, vokcontrol.conf(5).\n\n"
+        "A client sends one request, shuts its sending side down and reads the answer\n"
+        "to its end. After SIGTERM the service finishes the request that runs, answers\n"
+        "all waiting clients that it stops, and ends.\n\n"
+        "Exit codes: 0 after SIGTERM; 1 if it cannot listen or cannot have a /tmp of its\n"
+        "own; 2 for wrong usage or a wrong configuration; 3 if another service runs.");
     try {
         readSettings(program, argc, argv, options);
         return start(options);

@@ -12,10 +12,10 @@
 namespace service {
 namespace {
 
-/// Sections of the file server's configuration that are no shares.
+/// Sections of the file server's configuration that are not shares.
 constexpr auto kSections = std::to_array<std::string_view>({"global", "homes", "printers"});
 
-/// Accounts that the file server and the shell count on, whatever the password file says.
+/// Accounts that the file server and the shell need, even if they are not in the password file.
 constexpr auto kSystemAccounts = std::to_array<std::string_view>({"root", "daemon", "nobody"});
 
 bool isOneOf(std::string_view name, const auto& names)
@@ -24,9 +24,9 @@ bool isOneOf(std::string_view name, const auto& names)
         names, [name](std::string_view each) { return core::equalIgnoringCase(name, each); });
 }
 
-/// ":" ends a field of the password file, "," a name in a list of users, "=" a setting's name, "%"
-/// begins a value that the file server puts in. "@" and "+" name groups, "." hides a folder. The
-/// file server drops blanks at both ends.
+/// ":" ends a field of the password file, "," ends a name in a list of users, "=" ends a setting's
+/// name, and "%" begins a variable of the file server. "@" and "+" name groups, "." hides a folder.
+/// The file server drops blanks at both ends.
 bool isMisread(std::string_view name)
 {
     constexpr std::string_view kNeverFirst = "@+. ";
@@ -35,8 +35,7 @@ bool isMisread(std::string_view name)
             (kNeverFirst.find(name.front()) != std::string_view::npos || name.back() == ' '));
 }
 
-/// Whether a number is one that people's accounts and groups have. What cannot be read as one is
-/// none of theirs.
+/// Whether this text begins with a number that people's accounts and groups have.
 bool isOfPeople(std::string_view text)
 {
     constexpr unsigned kFirst = 1000;
@@ -46,7 +45,7 @@ bool isOfPeople(std::string_view text)
     return number >= kFirst && number <= kLast;
 }
 
-/// Whether a line "NAME:PASSWORD:NUMBER:..." is about this name and the system's own.
+/// Whether a line "NAME:PASSWORD:NUMBER:..." has this name and is not a person's.
 bool isOwnLine(std::string_view line, std::string_view name)
 {
     const std::size_t nameEnd = line.find(':');

@@ -21,8 +21,8 @@ constexpr mode_t kWritableToOthers = S_IWGRP | S_IWOTH;
 [[noreturn]] void fail(const std::string& reason)
 {
     throw NoOwnTmp("cannot have a /tmp of its own: " + reason +
-                   ". Work files in everybody's /tmp can be forged; --shared-tmp uses it all the "
-                   "same");
+                   ". Other accounts can forge the work files in a shared /tmp; to use it anyway: "
+                   "--shared-tmp");
 }
 
 [[noreturn]] void failAt(const std::string& what)
@@ -43,7 +43,7 @@ class Folder {
         }
         if (status_.st_uid != ::geteuid() || (status_.st_mode & kWritableToOthers) != 0) {
             ::close(descriptor_);
-            fail(path + " belongs to somebody else, or others may write to it; remove it");
+            fail(path + " belongs to another account, or others may write to it; remove it");
         }
     }
 
@@ -51,7 +51,7 @@ class Folder {
     Folder(const Folder&) = delete;
     Folder& operator=(const Folder&) = delete;
 
-    /// Keeps everybody else out of it.
+    /// Closes it to all other accounts.
     void close() const { ::fchmod(descriptor_, kFolderMode); }
 
     [[nodiscard]] bool isAt(const char* path) const
@@ -74,8 +74,8 @@ bool isTmpClosed()
            (status.st_mode & kWritableToOthers) == 0;
 }
 
-/// Mounts of others go on arriving (a disk that is plugged in), so that shares on them are seen;
-/// ours reach nobody.
+/// Later mounts of others still arrive here (a disk that is plugged in), because there may be
+/// shares on them; mounts made here reach no other process.
 bool unshareMounts()
 {
     return ::unshare(CLONE_NEWNS) == 0 &&
@@ -87,8 +87,8 @@ bool unshareMounts()
 void useOwnTmp(const std::string& folder)
 {
     if (::geteuid() != 0) {
-        log("runs without root's rights, and so with everybody's /tmp, where work files can be "
-            "forged");
+        log("does not run as root, so it uses the shared /tmp, where other accounts can forge its "
+            "work files");
         return;
     }
     const std::string path = folder + kTmp;
@@ -102,7 +102,7 @@ void useOwnTmp(const std::string& folder)
         if (errno == EPERM && isTmpClosed()) {
             return;
         }
-        failAt("mounts");
+        failAt("unsharing mounts");
     }
     if (::mount(path.c_str(), kTmp, nullptr, MS_BIND, nullptr) != 0) {
         failAt(path);

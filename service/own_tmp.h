@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// own_tmp.h: a /tmp of the service's own. The module's work files have fixed names there, and
-// whoever can lay down a file, a link or a FIFO of such a name could put words into its mouth, or
-// stop it.
+// own_tmp.h: a /tmp for the service only. The module's work files have fixed names in /tmp. Another
+// account that makes a file, a link or a FIFO with such a name could forge answers or stop the
+// service.
 #pragma once
 
 #include <stdexcept>
@@ -12,25 +12,26 @@
 
 namespace service {
 
-/// There is no /tmp of the service's own. The message says why, and what to do about it.
+/// The service cannot have a /tmp of its own. The message says why, and what to do about it.
 class NoOwnTmp : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
 /// Gives this process, and all that it starts from now on, FOLDER/tmp as its /tmp: it unshares its
-/// mounts and binds that folder over /tmp. No other process sees that. What others mount later
-/// arrives here; what is mounted here stays here. If /tmp is FOLDER/tmp already, as systemd's units
-/// have it, nothing is done.
+/// mounts and binds that folder over /tmp. No other process sees that. This process sees what
+/// others mount later, but not the other way round. If /tmp is FOLDER/tmp already, as in systemd's
+/// units, nothing is done.
 ///
-/// Makes FOLDER and FOLDER/tmp if they do not exist, both with mode 0700. Each must be a folder
-/// and no link, belong to this user, and be closed to others' writing; FOLDER/tmp gets mode 0700.
+/// Makes FOLDER and FOLDER/tmp if they do not exist, both with mode 0700. Each must be a folder,
+/// not a link; it must belong to this user, and others must not be able to write to it. FOLDER/tmp
+/// gets mode 0700.
 ///
-/// A user who is not root cannot do that: then /tmp stays what it is, and the log says so. Root
-/// without the right to mount, as in a container, keeps a /tmp that only root can write to. Throws
-/// NoOwnTmp if others can write to it, or if a folder is not as it must be.
+/// If this user is not root, /tmp is not changed, and the log says so. If root may not mount, as in
+/// a container, /tmp is not changed either, if only root can write to it. Throws NoOwnTmp if others
+/// can write to it, or if one of the folders is not as described.
 ///
-/// A socket in /tmp has to be made before: afterwards no other process would find it.
+/// A socket in /tmp has to be made before: a later one would not be visible to other processes.
 void useOwnTmp(const std::string& folder = kRunFolder);
 
 } // namespace service

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// password_pauses.h: who asks for passwords ("wall") and is wrong has to wait before the next one,
-// each time longer.
+// password_pauses.h: after each wrong password ("wall") a user waits longer before the next check.
 #pragma once
 
 #include <chrono>
@@ -16,17 +15,17 @@ class PasswordPauses {
     using Clock = std::chrono::steady_clock;
 
     static constexpr std::chrono::milliseconds kFirst{500};
-    /// So long after the last wrong password a user begins anew.
+    /// After this time without a wrong password, a user's first pause is the shortest again.
     static constexpr std::chrono::minutes kMemory{5};
 
-    /// @param longest  no pause is longer; 0 for none at all
+    /// @param longest  the longest pause; 0 for none
     explicit PasswordPauses(std::chrono::milliseconds longest) : longest_(longest) {}
 
-    /// How long a user's next check has to wait; 0 if it need not.
+    /// How long a user's next check has to wait; 0 if it does not have to.
     [[nodiscard]] std::chrono::milliseconds remaining(uid_t user, Clock::time_point now) const;
 
-    /// Takes note of what a check of a user's was answered. A right password ends the user's
-    /// pauses, a wrong one doubles them; any other answer changes nothing.
+    /// Records the answer to a user's check. A right password ends the user's pauses, a wrong one
+    /// doubles them; any other answer changes nothing.
     void judge(uid_t user, std::string_view answer, Clock::time_point now);
 
   private:
@@ -38,7 +37,7 @@ class PasswordPauses {
     [[nodiscard]] const Failures* failuresOf(uid_t user, Clock::time_point now) const;
 
     std::chrono::milliseconds longest_;
-    std::map<uid_t, Failures> failures_; ///< of users that may ask, which are few
+    std::map<uid_t, Failures> failures_; ///< few, because strangers' requests are not run
 };
 
 /// Whether a request asks for a password to be checked.

@@ -11,13 +11,13 @@
 namespace service {
 namespace {
 
-/// The other groups of a peer; none on kernels that do not tell them.
+/// The other groups of a peer; none on kernels that do not report them.
 std::vector<gid_t> groupsOf(int socket)
 {
     std::vector<gid_t> groups(64);
     auto size = static_cast<socklen_t>(groups.size() * sizeof(gid_t));
     if (::getsockopt(socket, SOL_SOCKET, SO_PEERGROUPS, groups.data(), &size) != 0) {
-        // Too small, it tells the size that is needed.
+        // If there was too little room, size is now what is needed.
         groups.resize(size / sizeof(gid_t));
         if (::getsockopt(socket, SOL_SOCKET, SO_PEERGROUPS, groups.data(), &size) != 0) {
             return {};

@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::string_view kRegular = "file ";
 
-/// A digest of bytes that come piece by piece.
+/// A digest of bytes that are added piece by piece.
 class Digest {
   public:
     Digest() : context_(::EVP_MD_CTX_new(), ::EVP_MD_CTX_free)
@@ -38,7 +38,7 @@ class Digest {
         size_ += bytes.size();
     }
 
-    /// The line of a regular file with these bytes.
+    /// The line that describes a regular file with these bytes.
     [[nodiscard]] std::string line() const
     {
         std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
@@ -85,7 +85,7 @@ bool isRegular(const std::string& line)
     return line.starts_with(kRegular);
 }
 
-/// Writes what a name refers to out to the disk.
+/// Writes a file's content to the disk.
 bool flush(const std::string& path)
 {
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -100,7 +100,7 @@ bool isLink(const std::string& path)
     return fs::is_symlink(fs::symlink_status(path, ignored));
 }
 
-/// Gives a file that was made beside a path that path's name.
+/// Renames a file that was made beside a path to that path.
 bool moveInto(const std::string& made, const std::string& path)
 {
     return ::rename(made.c_str(), path.c_str()) == 0;
@@ -111,7 +111,7 @@ std::string beside(const std::string& path)
     return path + ".new";
 }
 
-/// Moves what was saved to a path on another file system.
+/// Moves the saved file back to the private file's path, which is on another file system.
 bool copyBack()
 {
     const std::string made = beside(kPrivateFile);
@@ -132,7 +132,7 @@ bool putBack()
     return ::rename(kSavedFile, kPrivateFile) == 0 || (errno == EXDEV && copyBack());
 }
 
-/// The path of the private file itself, which a link may lead to.
+/// The path that the private file's path leads to, if it is a link.
 std::string realPath()
 {
     std::error_code error;
@@ -159,7 +159,7 @@ bool complete(const std::string& fresh)
     return true;
 }
 
-/// Removes a part of a file, so that it is never sent; and its room may be what is needed.
+/// Removes an incomplete file: it must never be sent, and a repair may need its room.
 void removePart()
 {
     if (isRegular(describeFile(kPrivateFile, Links::kFollowed))) {
@@ -167,7 +167,7 @@ void removePart()
     }
 }
 
-/// The saved file is a work file; what else stands at its path is not.
+/// Removes the saved file. Anything else at its path is not a work file, and stays.
 void dropSaved()
 {
     std::error_code ignored;
@@ -177,7 +177,7 @@ void dropSaved()
     }
 }
 
-/// Whether what was saved can be copied; mv moves devices and sockets, too.
+/// Whether the saved file can be copied: mv may have moved a device or a socket there, too.
 bool canCopySaved()
 {
     std::error_code ignored;
@@ -186,7 +186,8 @@ bool canCopySaved()
            type == fs::file_type::directory;
 }
 
-/// Tries a way of repair; again where the disk was too full for a second file.
+/// Tries a way of repair. If it fails, the disk may be too full for a second file: it removes the
+/// incomplete one and tries again.
 bool isDone(const auto& way)
 {
     if (way()) {
@@ -196,7 +197,7 @@ bool isDone(const auto& way)
     return way();
 }
 
-/// The repair but for the saved file's removal.
+/// The repair, except the removal of the saved file.
 Repair decide(const Plan& plan)
 {
     const Seen now = inspect(kPrivateFile);

@@ -9,21 +9,22 @@
 
 namespace service {
 
-/// Requests run one at a time, first come, first served: the handlers share their work files.
+/// Requests run one at a time, in the order in which they came, because the handlers use the same
+/// work files.
 class RequestQueue {
   public:
-    /// Returns true when it is this request's turn, which ends with one release(); false if the
-    /// queue was closed before that.
+    /// Waits for this request's turn. Returns true when it begins; release() ends it. Returns false
+    /// if the queue is closed before.
     [[nodiscard]] asio::awaitable<bool> acquire();
 
-    /// Lets the request run that has waited longest.
+    /// Ends the turn; the request that has waited longest is next.
     void release();
 
-    /// From now on no request has its turn any more; the one that has keeps it.
+    /// From now on no turn begins; a turn that has begun goes on.
     void close();
 
   private:
-    /// A place in the queue; the timer never ends, and its cancellation is the call.
+    /// A place in the queue. The timer never ends; cancelling it wakes the request.
     struct Place {
         asio::steady_timer call;
         bool hasTurn = false;

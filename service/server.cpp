@@ -41,7 +41,7 @@ asio::awaitable<void> pause(std::chrono::milliseconds time)
     co_await timer.async_wait(kQuietly);
 }
 
-/// Reads up to the end of what the client sends. One byte more than a request may have tells that
+/// Reads what the client sends to its end, but at most one byte more than a request may have: then
 /// it is too long.
 asio::awaitable<std::string> readToEnd(Socket& socket)
 {
@@ -57,14 +57,14 @@ asio::awaitable<void> send(Socket& socket, std::string bytes, std::chrono::secon
     co_await (asio::async_write(socket, asio::buffer(bytes), kQuietly) || pause(time));
 }
 
-/// A status of the service's own.
+/// The bytes of a status that the service itself answers.
 std::string serviceStatus(cmdsvc::Status code)
 {
     const cmdsvc::StatusBytes status = cmdsvc::statusBytes(cmdsvc::kServiceCode, code);
     return {status.begin(), status.end()};
 }
 
-/// A client that has closed its connection. One that has only ended its request still listens.
+/// Whether a client has closed its connection, not only its sending side.
 bool hasLeft(Socket& socket)
 {
     pollfd connection = {socket.native_handle(), 0, 0};
@@ -119,13 +119,13 @@ asio::awaitable<void> Server::acceptClients()
         if (!error) {
             welcome(std::move(socket));
         } else if (!isStopping_) {
-            // No descriptor is left in the whole system: the client waits at the socket.
+            // No descriptor is left in the whole system; the client waits at the socket.
             co_await pause(kRest);
         }
     }
 }
 
-/// A socket of our own goes with the service, and with it the clients that wait there.
+/// Accepts the clients that wait at the service's own socket: it is removed with the service.
 void Server::acceptRemaining()
 {
     asio::error_code error;
@@ -141,7 +141,7 @@ void Server::acceptRemaining()
 
 void Server::welcome(Socket socket)
 {
-    // Nothing that is ever started from here is to hold it.
+    // The processes that the service starts must not hold it.
     ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
     const std::optional<Peer> peer = peerOf(socket.native_handle());
     const bool isKnown = peer && admission_.admits(*peer);
@@ -169,7 +169,8 @@ asio::awaitable<void> Server::untilStop()
     }
 }
 
-/// A client that is sent away has its time, but no more than a moment once the service stops.
+/// Waits as long as a client that is sent away may take: the usual time, but only a moment after
+/// the service has begun to stop.
 asio::awaitable<void> Server::untilPatienceEnds()
 {
     constexpr std::chrono::seconds kMoment{1};
@@ -179,8 +180,8 @@ asio::awaitable<void> Server::untilPatienceEnds()
     }
 }
 
-/// Sends a client away. What it still has to say is taken in for a while: a socket that is closed
-/// over bytes that nobody has read resets the connection, and the client would not learn why.
+/// Sends a client away with a status. The bytes that it still sends are read for a while: closing a
+/// socket with unread bytes resets the connection, and the client could not read the status.
 asio::awaitable<void> Server::turnAway(Socket& socket, cmdsvc::Status code)
 {
     co_await (send(socket, serviceStatus(code), limits_.send) || untilPatienceEnds());
@@ -189,7 +190,8 @@ asio::awaitable<void> Server::turnAway(Socket& socket, cmdsvc::Status code)
     co_await (discard(socket) || untilPatienceEnds());
 }
 
-/// The client's request; nothing if there is none, and the client has been told why.
+/// Receives the client's request. Returns nothing if there is none to run; the client has been sent
+/// the reason, unless it sent nothing or was too slow.
 asio::awaitable<std::optional<std::string>> Server::receive(Socket& socket, const Peer& peer)
 {
     auto first = co_await (readToEnd(socket) || pause(limits_.send) || untilStop());
@@ -198,7 +200,7 @@ asio::awaitable<std::optional<std::string>> Server::receive(Socket& socket, cons
         co_return std::nullopt;
     }
     if (first.index() == 1) {
-        log(peer, "sent no whole request in time");
+        log(peer, "did not send a whole request in time");
         co_return std::nullopt;
     }
     std::string& request = std::get<0>(first);
@@ -206,20 +208,20 @@ asio::awaitable<std::optional<std::string>> Server::receive(Socket& socket, cons
         co_return std::nullopt;
     }
     if (request.size() > VOK_REQUEST_SIZE) {
-        log(peer, "sent more than 4096 bytes; they were refused");
+        log(peer, "sent more than 4096 bytes; the request was refused");
         co_await turnAway(socket, cmdsvc::kRequestTooLong);
         co_return std::nullopt;
     }
     co_return std::move(request);
 }
 
-/// Whether the client may ask; a refusal is logged.
+/// Whether the client may use the service; a refusal is logged.
 bool Server::isAdmitted(const std::optional<Peer>& peer) const
 {
     if (peer && admission_.admits(*peer)) {
         return true;
     }
-    log(peer, "is not permitted to ask; it was refused");
+    log(peer, "may not use the service; the connection was refused");
     return false;
 }
 
@@ -229,7 +231,7 @@ bool Server::isPermitted(const std::string& request, const Peer& peer) const
     if (admission_.permits(peer, cmdsvc::findCommand(cmdsvc::codeOf(request)))) {
         return true;
     }
-    log(peer, "may only look, and not send " + describeCommand(request) + "; it was refused");
+    log(peer, "may only look, not send " + describeCommand(request) + "; the request was refused");
     return false;
 }
 
@@ -265,14 +267,14 @@ asio::awaitable<void> Server::serve(Socket& socket, const Peer& peer)
         co_return;
     }
     std::string bytes = co_await answer(std::move(*request), peer);
-    // From here on a slow client holds up nobody.
+    // Other requests need not wait until a slow client has received its answer.
     queue_.release();
     co_await send(socket, std::move(bytes), limits_.send);
 }
 
-/// Waits for a request's turn. Who has to pause does so without the turn, which others take then;
-/// whether a pause is over is known for certain only when it is the request's turn again.
-/// @return false once the service stops
+/// Waits for a request's turn. A request that has to pause gives its turn to others meanwhile.
+/// After the pause it waits for its next turn, and checks then whether it has to pause again.
+/// @return false if the service stops
 asio::awaitable<bool> Server::awaitTurn(const std::string& request, const Peer& peer)
 {
     while (co_await queue_.acquire()) {
@@ -286,7 +288,7 @@ asio::awaitable<bool> Server::awaitTurn(const std::string& request, const Peer& 
     co_return false;
 }
 
-/// Counts a request, has it run unless the gate keeps it out, and logs it.
+/// Counts a request, runs it unless the gate refuses it, and logs it.
 asio::awaitable<std::string> Server::answer(std::string request, const Peer& peer)
 {
     const auto start = Clock::now();
@@ -296,7 +298,7 @@ asio::awaitable<std::string> Server::answer(std::string request, const Peer& pee
     if (std::optional<Refusal> refusal = examine(request)) {
         co_await countRefused(request, number);
         log(peer, "request " + std::to_string(number) + ": its " + std::string(refusal->parameter) +
-                      " would not be safe");
+                      " was refused");
         outcome.answer = std::move(refusal->answer);
     } else {
         outcome = co_await runRequest(request, number);
@@ -310,7 +312,7 @@ asio::awaitable<std::string> Server::answer(std::string request, const Peer& pee
     co_return std::move(outcome.answer);
 }
 
-/// Counts a request that is not run; in a child all the same, for counting takes shell lines.
+/// Counts a request that is not run, in a child, because counting runs shell lines.
 asio::awaitable<void> Server::countRefused(const std::string& request, int number)
 {
     Child child([&] { usage_.count(request); }, number, path_);
@@ -344,7 +346,8 @@ asio::awaitable<Outcome> Server::runInChild(const std::string& request, int numb
     co_return outcome;
 }
 
-/// The same for an upload that was noted. Unless it ends by itself, what it leaves is repaired.
+/// The same for an upload whose note was written. If its process fails, the private file is
+/// repaired.
 asio::awaitable<Outcome> Server::runUpload(const std::string& request, int number)
 {
     constexpr mode_t kPrivately = 077;
@@ -362,7 +365,7 @@ asio::awaitable<Outcome> Server::runUpload(const std::string& request, int numbe
     } else {
         static_cast<void>(upload_.repair());
     }
-    // Where mv has failed, the module writes into the former file, which keeps its mode.
+    // If mv failed, the module has written into the former file, which has kept its mode.
     closePrivateFile();
     co_return outcome;
 }
@@ -386,7 +389,7 @@ void Server::endOne()
     endServing();
 }
 
-/// Ends the loop once every client has its answer.
+/// Ends the loop if the service stops and every client has its answer.
 void Server::endServing()
 {
     if (isStopping_ && busy_ == 0) {

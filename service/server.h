@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// server.h: takes requests, one a connection: the client sends the frame and shuts its sending side
-// down, the service answers with the bytes of the answer and closes.
+// server.h: serves one request per connection: the client sends the request and shuts its sending
+// side down; the service sends the answer and closes the connection.
 #pragma once
 
 #include <asio/awaitable.hpp>
@@ -26,21 +26,21 @@
 namespace service {
 
 struct Limits {
-    std::chrono::seconds send{10};    ///< for a client to send its request, and to take its answer
-    std::chrono::seconds request{60}; ///< for a request to run
-    std::chrono::seconds passwordPause{16}; ///< the longest after wrong passwords
+    std::chrono::seconds send{10};          ///< to send a request, and again to receive the answer
+    std::chrono::seconds request{60};       ///< for a request to run
+    std::chrono::seconds passwordPause{16}; ///< the longest pause after wrong passwords
 };
 
 class Server {
   public:
-    /// @param stop       ends the serving; waited for since before anybody can connect
-    /// @param admission  who may ask
-    /// @param path       where requests find programs
+    /// @param stop       the signals that end run(); to be made before the listener
+    /// @param admission  who may send which commands
+    /// @param path       the folders in which requests find programs
     Server(asio::io_context& context, Listener& listener, asio::signal_set& stop,
            Admission admission, Limits limits, std::string path = config::kDefaultPath);
 
-    /// Serves until it is told to stop. Then the request in hand is finished, all clients that wait
-    /// or still send are told (0x53000006), and the usage is saved.
+    /// Serves until a signal of stop. Then it finishes the request that runs, answers all clients
+    /// that wait or still send with 0x53000006, and saves the usage.
     void run();
 
   private:
@@ -76,14 +76,14 @@ class Server {
     Admission admission_;
     Limits limits_;
     std::string path_;
-    int mostClients_; ///< as many as leave enough descriptors for requests
+    int mostClients_; ///< limited, so that enough descriptors are left for requests
     Visits visits_;
     PasswordPauses pauses_;
     RequestQueue queue_;
     Usage usage_;
     Upload upload_;
     int lastNumber_ = 0;
-    int busy_ = 0; ///< clients that are connected, and the one that accepts them
+    int busy_ = 0; ///< the connected clients, and one for acceptClients()
     bool isStopping_ = false;
 };
 

@@ -15,8 +15,8 @@ namespace {
 constexpr mode_t kFolderMode = 0700;
 constexpr mode_t kFileMode = 0600;
 
-/// The whole file, for one process. A forked process does not have it: a request's process that
-/// outlives a killed service for a moment does not keep the next service out.
+/// A lock on the whole file. A forked process does not have it, so a child that outlives a killed
+/// service for a moment does not keep the next service from starting.
 struct flock wholeFile()
 {
     struct flock range = {};
@@ -25,7 +25,7 @@ struct flock wholeFile()
     return range;
 }
 
-/// Closes the file and throws.
+/// Throws AnotherService with the number of the process that holds the lock; closes the file.
 [[noreturn]] void failLocked(int file)
 {
     struct flock holder = wholeFile();
@@ -52,7 +52,7 @@ ServiceLock::ServiceLock(const std::string& folder)
         failLocked(file_);
     }
     log("cannot lock " + path + " (" + std::strerror(error) +
-        "); a second service would not be noticed");
+        "); make sure that no second service runs");
 }
 
 ServiceLock::~ServiceLock()

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// service_lock.h: one service at a time. The module's work files have fixed names, so two services
-// would spoil each other's answers, whatever sockets they listen on.
+// service_lock.h: allows one service at a time. The module's work files have fixed names, so two
+// services would overwrite each other's answers, even if they listen on different sockets.
 #pragma once
 
 #include <stdexcept>
@@ -17,14 +17,12 @@ class AnotherService : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The lock of the one service that runs: FOLDER/lock, mode 0600. It is held by this process alone,
-/// not by what it starts, and is free as soon as the process has ended, however that came. The file
-/// stays.
+/// The lock of the service: FOLDER/lock, mode 0600. Only this process holds it, not those that it
+/// starts; it is free as soon as the process has ended for any reason. The file stays.
 class ServiceLock {
   public:
-    /// Takes the lock; makes the folder (mode 0700) if there is none yet. If that cannot be done (a
-    /// service that is tried without root's rights has no place in /run), the service runs without
-    /// a lock, and the log says so.
+    /// Takes the lock; makes the folder (mode 0700) if it does not exist. If that fails (only root
+    /// can make files in /run), the service runs without a lock, and the log says so.
     /// Throws AnotherService if another process holds the lock.
     explicit ServiceLock(const std::string& folder = kRunFolder);
     ~ServiceLock();

@@ -36,29 +36,28 @@ bool isOneOf(char c, std::string_view set)
     return set.find(c) != std::string_view::npos;
 }
 
-/// What is a plain character even outside of quotes. A blank only separates arguments.
+/// Whether the shell reads a character as itself even outside of quotes, or as a blank that
+/// separates arguments.
 bool isPlain(char c)
 {
     return isAlphanumeric(c) || isBeyondAscii(c) || isOneOf(c, " .,_-+@%=:");
 }
 
-/// Whether a "$" begins something that can run a command, or an assignment. Parameters alone
-/// ("$HOME",
-/// "$$") are expanded and do nothing.
+/// Whether a "$" begins something that can run a command or assign a variable. A plain variable
+/// ("$HOME", "$$") is expanded and does nothing.
 bool beginsExpansion(std::string_view text)
 {
     std::size_t next = 1;
-    // The shell joins lines before it looks any further.
+    // The shell joins lines before it reads on.
     while (text.substr(next).starts_with("\\\n")) {
         next += 2;
     }
     return text[0] == '$' && next < text.size() && isOneOf(text[next], "({[");
 }
 
-/// Follows a text that begins between double quotes, through quotes of its own. Nothing in it may
-/// run a command wherever it is: between the quotes no back-quote and no "$(", outside of them
-/// nothing but plain characters. A quote that stays open leaves a line that the shell refuses as a
-/// whole.
+/// Checks a text that begins between double quotes and may contain quotes. Nothing in it may run a
+/// command: between the quotes no back-quote and no "$(", outside of them only plain characters. If
+/// a quote stays open, the shell refuses the whole line.
 bool isHarmlessInDoubleQuotes(std::string_view text)
 {
     bool isQuoted = true;
@@ -79,7 +78,7 @@ bool isHarmlessInDoubleQuotes(std::string_view text)
     return true;
 }
 
-/// Between single quotes, and traced, all on one line.
+/// Checks a text between single quotes, which is also traced. It must be one line.
 bool isHarmlessInSingleQuotes(std::string_view text)
 {
     const bool isOneLine = std::ranges::none_of(text, isControl);
@@ -105,13 +104,13 @@ bool isClock(std::string_view text)
     return std::ranges::all_of(text, [](char c) { return isDigit(c) || c == '.'; });
 }
 
-/// A user's name of the byte 0xFF would end every list of users at its place.
+/// A byte 0xFF in a user's name would end every list of users there.
 bool isNewUserName(std::string_view text)
 {
     return isName(text) && text.find('\xFF') == std::string_view::npos;
 }
 
-/// Some clients escape what a shell would read; the handler drops every backslash.
+/// Some clients escape special characters; the handler drops every backslash.
 bool isEscapedName(std::string_view text)
 {
     std::string kept(text);
@@ -119,8 +118,8 @@ bool isEscapedName(std::string_view text)
     return isName(kept);
 }
 
-/// A trace shows a size as text. One that a request can hold is two characters at most, which say
-/// nothing to the shell.
+/// A trace shows a size's bytes as text. A size below that of a request has at most two bytes that
+/// are not zero, and so few characters do nothing in the shell.
 bool isSize(std::string_view line)
 {
     const bool isWhole = line.size() > cmdsvc::kWordSize;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// shell_text.h: where a text meets a shell, and which texts can stand there without saying anything
-// to it. The module hands texts to the shell as they stand.
+// shell_text.h: which texts are safe in a shell line. The module puts texts into shell lines
+// unchanged.
 #pragma once
 
 #include <string_view>
@@ -10,8 +10,8 @@
 
 namespace service {
 
-/// Whether a parameter's text means nothing but itself to the shell in its context. A size is a
-/// line with its bytes; all other parameters have no zero byte.
+/// Whether the shell reads a parameter's text, in its place in the line, as this text and nothing
+/// else. The text of a size is a line with the size's bytes; all other texts have no zero byte.
 [[nodiscard]] bool isHarmless(std::string_view text, cmdsvc::ShellContext context);
 
 } // namespace service

@@ -26,8 +26,8 @@ namespace {
 
 // ---- The note's bytes -------------------------------------------------------------------------
 //
-// The group of the upload's process in ten digits, two lines with what stood at the path, and the
-// new file.
+// The group of the upload's process in ten digits, two lines that describe the former file, and the
+// bytes of the new file.
 
 constexpr std::size_t kGroupSize = 10;
 
@@ -57,7 +57,7 @@ std::optional<Plan> decode(std::string_view note)
     return Plan{{*itself, *content}, std::string(note)};
 }
 
-/// The group that has claimed a note, or 0.
+/// The group in a note, or 0 if its process has not claimed it yet.
 pid_t groupOf(int note)
 {
     std::array<char, kGroupSize> digits{};
@@ -77,8 +77,8 @@ bool writeOut(int file, std::string_view bytes)
     return written >= 0 && ::fsync(file) == 0;
 }
 
-/// Ends what still runs of a note's upload. The lock is held by one of that group, so that the
-/// group's number cannot have become another's.
+/// Ends the processes of a note's upload. While the lock is held, one process of the group runs, so
+/// no other group can have its number.
 bool endUpload(int note)
 {
     constexpr int kTries = 200;
@@ -105,7 +105,7 @@ std::string_view show(Repair repair)
     case Repair::kNewWhole:
         return "the new private file is whole";
     case Repair::kLeftAlone:
-        return "what stands in the private file's place was left alone";
+        return "the private file's path has something else than a file; it was not changed";
     case Repair::kFailed:
         break;
     }
@@ -155,7 +155,7 @@ bool Upload::begin(const std::string& fresh)
                          ::rename(made.c_str(), path_.c_str()) == 0;
     if (!isNoted) {
         log("cannot note an upload in " + path_ + ": " + std::strerror(errno) +
-            "; it was refused. Make room there, or see to its permissions");
+            "; the upload was refused. Make room there, or check the permissions");
         ::unlink(made.c_str());
         handOver();
     }
@@ -184,7 +184,7 @@ void Upload::end() const
 
 bool Upload::repair() const
 {
-    ::unlink(madePath().c_str()); // of a service that was killed before its note was whole
+    ::unlink(madePath().c_str()); // left by a service that was killed while it wrote a note
     const int note = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC);
     if (note < 0) {
         return true;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
 // upload.h: an upload of the private file ("spvt") moves the former file away before it makes the
-// new one, so that a process that is killed in between leaves a part of a file, or none. While an
-// upload is in hand, a note in the service's folder says so, from which the service repairs what
-// such a process has left: at once, or after its own next start.
+// new one. A process that is killed in between leaves an incomplete file, or none. So the service
+// writes a note before each upload and removes it afterwards. If the upload was cut off, the
+// service repairs the file from the note: at once, or at its own next start.
 #pragma once
 
 #include <optional>
@@ -12,17 +12,16 @@
 
 namespace service {
 
-/// The service's folder, mode 0700. It is gone after a restart of the appliance, as what uploads
-/// leave in /tmp is.
+/// The service's folder, mode 0700. A restart of the appliance removes it, and the files that
+/// uploads leave in /tmp, too.
 inline constexpr const char* kRunFolder = "/run/vokcontrol";
 
-/// The file that a request brings; nothing for a request that is no upload, or one that its handler
-/// refuses before it touches any file.
+/// The new private file in a request; nothing if the request is not an upload, or if its handler
+/// refuses it before it touches any file.
 [[nodiscard]] std::optional<std::string> uploadedFile(std::string_view request);
 
-/// The note of the upload in hand: FOLDER/upload. It is made whole or not at all. The process of
-/// the upload and what that starts hold a lock on it, so that nothing is repaired while one of them
-/// still runs.
+/// The note of an upload that runs: FOLDER/upload. It is never incomplete. The upload's process and
+/// those that it starts hold a lock on it; nothing is repaired while one of them runs.
 class Upload {
   public:
     explicit Upload(std::string folder = kRunFolder);
@@ -30,29 +29,30 @@ class Upload {
     Upload(const Upload&) = delete;
     Upload& operator=(const Upload&) = delete;
 
-    /// Notes that an upload is in hand; makes the folder where there is none yet.
-    /// @return false when it cannot be noted (logged): the upload must not run
+    /// Writes the note; makes the folder if it does not exist.
+    /// @return false if that fails (logged): the upload must not run
     [[nodiscard]] bool begin(const std::string& fresh);
 
-    /// What the process of the upload has to keep open, for it to hold the lock; -1 without one.
+    /// The descriptor that the upload's process must keep open, because it holds the lock; or -1.
     [[nodiscard]] int descriptor() const { return descriptor_; }
 
-    /// Writes this process's group into the note, by that descriptor as this process has it.
+    /// Writes this process's group into the note.
+    /// @param descriptor  of the note in this process
     static void claim(int descriptor);
 
-    /// Leaves the lock to the process that was started.
+    /// Closes the note here, so that only the upload's process holds the lock.
     void handOver();
 
-    /// The upload's process has ended by itself: removes the note.
+    /// Removes the note after the upload's process has ended without a failure.
     void end() const;
 
-    /// Where there is a note, ends what still runs of its upload, brings the private file into
-    /// order and removes the note; logs what was done.
-    /// @return false when that has failed (logged); the note stays
+    /// If there is a note, ends the processes of its upload, repairs the private file and removes
+    /// the note; logs what was done.
+    /// @return false if that fails (logged); the note stays
     [[nodiscard]] bool repair() const;
 
   private:
-    /// Where a note is written before it has its name.
+    /// The path at which a note is written before it is renamed.
     [[nodiscard]] std::string madePath() const;
 
     std::string folder_;

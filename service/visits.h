@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// visits.h: how many connections the service takes, in all and from each user, so that one user
-// cannot fill it.
+// visits.h: limits the connections of all clients together, and of each user, so that one user
+// cannot take all of them.
 #pragma once
 
 #include <map>
@@ -9,23 +9,25 @@
 
 namespace service {
 
-/// What a user's next connection may do.
+/// How the service treats a new connection.
 enum class Welcome {
     kServed,
-    kRefused, ///< it is told that the service has no room for it
-    kClosed   ///< not even that: the user has as many again that are being told
+    kRefused, ///< the user has too many; the client gets a status that says so
+    kClosed   ///< the user has twice as many; the connection is closed without a status
 };
 
 class Visits {
   public:
     static constexpr unsigned kMost = 32;
-    /// They count as one user: with a socket that lets everybody connect, one account may come as
-    /// many (a range of user numbers of its own).
+    /// All strangers count as one user, because one account may use many user numbers (a range of
+    /// subordinate ones), and every account can connect if there is a group of viewers.
     static constexpr auto kStrangers = static_cast<uid_t>(-1);
-    /// Web pages ask as root, or as the service's own user, for everybody who uses them.
+    /// For root and the service's own user: the web pages of all people are clients as one of
+    /// these.
     static constexpr unsigned kMostOfService = 1024;
 
-    /// One more connection of a user. Each enter(), whatever it gives, is followed by one leave().
+    /// Counts a new connection of a user. Each enter() is followed by one leave(), whatever it
+    /// returns.
     [[nodiscard]] Welcome enter(uid_t user);
     void leave(uid_t user);
 
@@ -33,7 +35,7 @@ class Visits {
     std::map<uid_t, unsigned> connections_;
 };
 
-/// How many clients may be connected at a time: the rest of the process's descriptors is for the
+/// How many clients may be connected at a time. The other descriptors of the process are for the
 /// service itself and for a request.
 [[nodiscard]] int countMostClients();
 

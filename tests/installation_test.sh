@@ -70,8 +70,8 @@ root=$folder/root
 make_debian
 mkdir "$root"
 tar -x -f "$archive" -C "$root"
-older=$(with_version 0.0.9)
-newer=$(with_version 0.1.0)
+older=$(with_version 0.1.0)
+newer=$(with_version 0.2.0)
 # The sample appliance's scripts, and its shares.
 cp -R "$clone/appliance/root/etc/inc" "$clone/appliance/root/etc/buildinfo.txt" "$root/etc/"
 cp "$clone"/appliance/root/usr/bin/{mdadm,pelparam,ra-enabled,ractl,runwebhooks,startapp} "$root/usr/bin/"
@@ -84,7 +84,7 @@ chroot "$root" php /etc/inc/seed.php
 start_systemd
 
 units='vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service'
-expect 'it is installed: units are enabled, the socket is there' "ii  vokcontrol 0.0.9
+expect 'it is installed: units are enabled, the socket is there' "ii  vokcontrol 0.1.0
 vokserve.socket enabled active
 vokcontrol-collect.timer enabled active
 vokcontrol-boot.service enabled inactive
@@ -107,7 +107,7 @@ vokctl: the number of drives can be read
 carla
 vokctl: the private file was replaced
 0
-vokctl: the status service was started, unless it was running already
+vokctl: a collection was started, unless one was running already
 Music 4 K' "$(inside '
     exec 2>&1
     echo sesame | vokctl users create carla
@@ -130,7 +130,7 @@ Music 4 K' "$(inside '
 ')"
 
 # A request in hand keeps the service from ending; another client comes meanwhile, and waits for the next one.
-expect 'upgraded: a client that connects during the restart is served' 'ii  vokcontrol 0.1.0
+expect 'upgraded: a client that connects during the restart is served' 'ii  vokcontrol 0.2.0
 before: vokctl: the number of drives can be read
 meanwhile, while it is deactivating: vokcontrol sample appliance 1.0
 service: another process
@@ -184,7 +184,7 @@ vokcontrol-boot.service disabled' "$(inside '
     done
 ')"
 
-expect 'removed: no unit, no process, no program; what was stored stays' 'rc  vokcontrol 0.1.0
+expect 'removed: no unit, no process, no program; what was stored stays' 'rc  vokcontrol 0.2.0
 processes: 0
 files: /etc/pelconfig/vokcontrol/vokcontrol-private.txt /etc/vokcontrol.conf /run/vokcontrol/tmp/dbg_vokcontrol.txt' "$(inside '
     systemctl start vokserve.socket

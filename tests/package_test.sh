@@ -28,7 +28,7 @@ architecture=$(dpkg --print-architecture)
 package=$root/vokcontrol.deb
 cp "$made" "$package"
 
-expect 'its path is printed last' "$clone/build/package/$architecture/vokcontrol_0.1.0_$architecture.deb" "$made"
+expect 'its path is printed last' "$clone/build/package/$architecture/vokcontrol_0.2.0_$architecture.deb" "$made"
 expect 'made anew it has the same bytes' '' "$(cmp "$(make)" "$package" 2>&1)"
 expect 'lintian has nothing to say' '' "$(lintian --fail-on none --allow-root "$package" 2>&1)"
 expect 'it wants what the module calls' \

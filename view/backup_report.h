@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// backup_report.h: the files in which backups are reported, as far as a collection has not read
-// them.
+// backup_report.h: looks for reports of backups that the published status does not contain.
 #pragma once
 
 #include <string>
@@ -10,9 +9,9 @@
 
 namespace view {
 
-/// Looks for the report of a share of which the status says nothing (sharestatus/share_record.h).
-/// @return kNone if there is no file; kNewer if there is one that the next collection will read;
-///         kUnreadable for one that it will not
+/// Looks for the report of a share without one in the status (sharestatus/share_record.h).
+/// @return kNone if there is no file; kNewer if the next collection will read it; kUnreadable if it
+///         cannot be read
 [[nodiscard]] BackupReport findReport(const std::string& share);
 
 } // namespace view

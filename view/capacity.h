@@ -9,20 +9,20 @@
 
 namespace view {
 
-/// Where the appliance keeps its shares, a folder each.
+/// The folder with the shares, one folder for each.
 inline constexpr const char* kShareFolder = "/share";
 
-/// A file system, in KiB. What the system keeps back for itself is part of the total alone.
+/// A file system, in KiB. The part that is reserved for the system counts only in the total.
 struct Capacity {
     std::uint64_t total = 0;
     std::uint64_t used = 0;
-    std::uint64_t free = 0; ///< what can still be written
+    std::uint64_t free = 0; ///< how much can still be written
 
-    /// How full it is, in percent, rounded up: it is 100 only if nothing more can be written.
+    /// How full it is, in percent, rounded up: 100 only if nothing more can be written.
     [[nodiscard]] unsigned percentFull() const;
 };
 
-/// Asks the kernel (statvfs) for the file system that holds a folder.
+/// Reads the size of a folder's file system (statvfs).
 /// @return nothing if that fails, or if the file system has no size
 [[nodiscard]] std::optional<Capacity> readCapacity(const char* folder = kShareFolder);
 

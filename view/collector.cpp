@@ -10,7 +10,7 @@
 namespace view {
 namespace {
 
-/// The daemon, the same with the guard, and what the appliance calls it.
+/// The names of the collector: without the guard, with it, and the appliance's own name.
 constexpr auto kCollectors = std::to_array<const char*>({"vokcontrol", "vokcollect", "pelstatus"});
 
 bool isCollector(const Process& process)

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// collector.h: whether a collection runs, and how far it is, by the processes that run. The
-// collector itself is asked nothing.
+// collector.h: finds out from the running processes whether a collection runs, and how far it is.
 #pragma once
 
 #include <string>
@@ -18,7 +17,7 @@ struct Collector {
     };
 
     State state = State::kUnknown;
-    std::string share = {}; ///< the one that is being measured, if any
+    std::string share = {}; ///< the share that is being measured, if any
 };
 
 [[nodiscard]] Collector findCollector(const Processes& processes);

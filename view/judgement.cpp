@@ -153,7 +153,7 @@ constexpr auto kObstacles = std::to_array<ObstacleWords>({
      "give shares shorter names, or have fewer"},
 });
 
-/// Each sentence tells of one share, or of the first of many; all of them are named.
+/// Each finding names all shares; its sentence names one share, or the first ones of many.
 std::string formatObstacle(const ObstacleWords& words, const Names& names)
 {
     const bool isOne = names.size() == 1;

@@ -17,7 +17,7 @@
 
 namespace view {
 
-/// How bad something is; what is worse stands further down.
+/// How bad something is, from good to bad.
 enum class Level { kFine, kWarning, kCritical };
 
 /// "fine", "warning", "critical"
@@ -26,38 +26,38 @@ enum class Level { kFine, kWarning, kCritical };
 struct Finding {
     Level level;
     const char* kind;                     ///< one word for programs, such as "no-backup"
-    std::vector<std::string> shares = {}; ///< those that it is about, if any: any bytes
-    std::string sentence; ///< for people, with what to do; names stand in it as they are
+    std::vector<std::string> shares = {}; ///< the shares with this finding; names are any bytes
+    std::string sentence; ///< for people, with what to do; names in it are unchanged bytes
 };
 
-/// All that is judged.
+/// Everything that is judged.
 struct Situation {
     PublishedStatus status;
     std::optional<Capacity> capacity;               ///< nothing if it is not known
-    std::optional<std::vector<std::string>> listed; ///< the shares that there are, if known
+    std::optional<std::vector<std::string>> listed; ///< the names of all shares, if known
     std::vector<DiskArray> arrays;                  ///< none if the disks form none
     std::time_t now = 0;
 };
 
-/// Looks at all of it; the status may have been read already.
+/// Reads all of it; the status may have been read already.
 [[nodiscard]] Situation readSituation(PublishedStatus status = readPublishedStatus());
 
-/// What there is to say, the worst first; nothing if all is well.
+/// The findings, the worst first; none if all is well.
 [[nodiscard]] std::vector<Finding> judge(const Situation& situation,
                                          const config::Configuration& configuration);
 
-/// The worst level of all; kFine if there is none.
+/// The worst level of some findings; kFine if there are none.
 [[nodiscard]] Level worstOf(const std::vector<Finding>& findings);
 
-/// What there is to say of one share's last backup. Whether a state is good the configuration says.
+/// The judgement of a share's last backup. The configuration says which states are good.
 enum class Backup {
     kNone,        ///< there never was one
-    kUnreadable,  ///< something was reported that cannot be read
+    kUnreadable,  ///< there is a report that cannot be read
     kNewer,       ///< one was reported after the collection
     kFailed,      ///< its state is one of those that have failed
-    kInFuture,    ///< its day is still to come, so it says nothing of its age
+    kInFuture,    ///< its day is in the future, so its age is not known
     kOld,         ///< it is older than is allowed
-    kUnexplained, ///< it is recent; nobody has said what its state means
+    kUnexplained, ///< it is recent; the configuration does not say what its state means
     kGood,        ///< it is recent, and its state is good
 };
 

@@ -12,15 +12,15 @@
 namespace view {
 namespace {
 
-/// The start of a process's file, long enough for what is looked for in it; empty if the process
-/// has ended, even while it was read.
+/// The start of a process's file, long enough for the values that are needed; empty if the process
+/// has ended, even during the read.
 std::string readFile(const std::string& folder, const char* name)
 {
     constexpr std::size_t kMost = 4096;
     return readFileStart(("/proc/" + folder + name).c_str(), kMost).bytes;
 }
 
-/// Words that each end with a zero byte.
+/// Splits words that each end with a zero byte.
 std::vector<std::string> splitWords(std::string_view text)
 {
     std::vector<std::string> words;
@@ -32,7 +32,8 @@ std::vector<std::string> splitWords(std::string_view text)
     return words;
 }
 
-/// The parent stands two words after the program's name, which is in parentheses and may hold any.
+/// The parent is two words after the program's name, which is in parentheses and may contain any
+/// characters.
 int parentIn(std::string_view status)
 {
     const std::size_t nameEnd = status.rfind(") ");
@@ -77,7 +78,7 @@ Processes listProcesses()
         std::optional<Process> process =
             isNumber(entry->d_name) ? readProcess(entry->d_name) : std::nullopt;
         if (process) {
-            // Where users see their own processes alone, the first one is hidden.
+            // If users see only their own processes, process 1 is hidden.
             processes.areVisible = processes.areVisible || process->id == 1;
             processes.all.push_back(*std::move(process));
         }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// processes.h: the processes that run, as /proc shows them.
+// processes.h: the running processes, from /proc.
 #pragma once
 
 #include <string>
@@ -16,15 +16,15 @@ struct Process {
 };
 
 struct Processes {
-    std::vector<Process> all; ///< a process that has ended is none of them, nor is the kernel's
-    bool areVisible = false;  ///< whether other users' processes would be seen, too
+    std::vector<Process> all; ///< without processes that have ended, and without the kernel's own
+    bool areVisible = false;  ///< whether other users' processes are included
 };
 
-/// Looks at each process in /proc. They come and go while it looks.
+/// Reads each process in /proc. Processes may begin and end meanwhile.
 [[nodiscard]] Processes listProcesses();
 
-/// Whether a process runs the program of this name, in whatever folder. Of a program that qemu
-/// runs, qemu is the first word and the program the second.
+/// Whether a process runs the program of this name, in any folder. If qemu runs the program, qemu
+/// is the first word and the program the second.
 [[nodiscard]] bool isProgram(const Process& process, std::string_view name);
 
 } // namespace view

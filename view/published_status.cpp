@@ -38,7 +38,7 @@ PublishedStatus decode(const FileStart& file)
     return status;
 }
 
-/// A collection leaves out a report that it cannot read, or that came later.
+/// Looks for reports that the status does not contain: unreadable ones, and newer ones.
 void lookForReports(std::vector<ShareRow>& shares)
 {
     for (ShareRow& share : shares) {
@@ -65,15 +65,15 @@ FileStart readSemaphore()
     return readFileStart(sharestatus::kSemaphoreFile, sharestatus::kSemaphoreSize);
 }
 
-/// The mark has 32 bits of the time, which run over in 2106.
+/// The mark has 32 bits of the time, which overflow in 2106.
 std::time_t timeOf(const Semaphore& mark, std::time_t now)
 {
     return now + static_cast<std::int32_t>(mark.time - static_cast<std::uint32_t>(now));
 }
 
-/// A collector takes its mark away before it ends: if it is gone while the mark stays, it was
-/// ended. The mark of another one that began in the same second looks alike, so it is looked for
-/// once more.
+/// A collector removes its mark before it ends: if no collector runs and there is still a mark, the
+/// collection was interrupted. Another collector's mark of the same second looks the same, so the
+/// processes are read a second time.
 Collector::State findMarker(const FileStart& semaphore)
 {
     constexpr std::chrono::milliseconds kPause{10};
@@ -103,7 +103,8 @@ void judgeMark(const FileStart& semaphore, PublishedStatus& status)
 
 PublishedStatus readOnce()
 {
-    // A collection publishes before it ends. In this order, one that has ended has its status read.
+    // A collection publishes before it ends. In this order, the status of one that has ended is
+    // read.
     const FileStart semaphore = readSemaphore();
     PublishedStatus status = readTwice();
     judgeMark(semaphore, status);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// share_folders.h: the folders that shares have.
+// share_folders.h: lists the folders of the shares.
 #pragma once
 
 #include <optional>
@@ -11,9 +11,8 @@
 
 namespace view {
 
-/// The folders in /share that may be internal shares, in the order of their bytes. Folders on
-/// another file system are those of external shares; a hidden folder and "lost+found" are no shares
-/// at all.
+/// The folders in /share that may be internal shares, in the order of their bytes. Left out are
+/// folders on another file system (external shares), hidden folders and "lost+found".
 /// @return nothing if /share cannot be read
 [[nodiscard]] std::optional<std::vector<std::string>>
 listShareFolders(const char* folder = kShareFolder);

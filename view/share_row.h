@@ -15,15 +15,15 @@
 
 namespace view {
 
-/// What is known of the report of a share's last backup.
+/// What is known about the report of a share's last backup.
 enum class BackupReport {
     kNone,       ///< there never was one
-    kRead,       ///< it has a day, at least
-    kUnreadable, ///< there is one, but it makes no sense or cannot be read
-    kNewer,      ///< there is one that came after the collection, which has not read it yet
+    kRead,       ///< it has at least a day
+    kUnreadable, ///< there is one that is malformed or cannot be read
+    kNewer,      ///< there is one that is newer than the collection
 };
 
-/// One share. What could not be measured, was never reported or makes no sense is absent.
+/// One share. Values that were not measured, never reported, or are malformed are absent.
 struct ShareRow {
     std::string name; ///< as it is on the disk: any bytes
     std::optional<Space> used;
@@ -32,15 +32,15 @@ struct ShareRow {
     BackupReport report = BackupReport::kNone;
 };
 
-/// What the bytes of a report's file say: a digit and eight digits of a day
+/// Reads the bytes of a report's file: a digit and eight digits of a day
 /// (sharestatus/share_record.h).
 [[nodiscard]] bool isReadableReport(std::string_view line);
 
-/// Takes the rows out of a payload; nothing if it is no table of records.
+/// Reads the rows of a payload; nothing if it is not a table of records.
 [[nodiscard]] std::optional<std::vector<ShareRow>> readTable(std::string_view payload);
 
-/// Takes the rows out of a payload whose header may count anything; nothing if its records do not
-/// end where it ends.
+/// Reads the rows of a payload without using the count in its header; nothing if the last record
+/// does not end at the payload's end.
 [[nodiscard]] std::optional<std::vector<ShareRow>> readRecords(std::string_view payload);
 
 /// The space that all shares use together, in KiB.

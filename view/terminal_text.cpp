@@ -15,7 +15,7 @@
 namespace view {
 namespace {
 
-/// Characters that take no place of their own but change how others are shown.
+/// Characters that are invisible but change how others are shown.
 bool isInvisibleControl(char32_t value)
 {
     constexpr auto kRanges = std::to_array<std::pair<char32_t, char32_t>>({
@@ -35,7 +35,7 @@ bool isInvisibleControl(char32_t value)
     });
 }
 
-/// The columns that a character takes; nothing where it must not reach a terminal.
+/// The columns that a character takes; nothing if it must not be sent to a terminal.
 std::optional<std::size_t> columnsOf(char32_t value)
 {
     const int columns = ::wcwidth(static_cast<wchar_t>(value));
@@ -75,7 +75,7 @@ void append(TerminalText& out, char32_t code, std::string_view bytes)
 
 TerminalText makePrintable(std::string_view text)
 {
-    // wcwidth() knows characters by locale; this one is part of the C library.
+    // wcwidth() depends on the locale; this one is part of the C library.
     std::setlocale(LC_CTYPE, "C.UTF-8");
 
     TerminalText out;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// terminal_text.h: text from the appliance's disks, made fit for a terminal. Names are whatever
-// somebody managed to call a share; none of them may move the cursor, recolour the screen or change
-// the order in which the rest of the line reads.
+// terminal_text.h: makes text from the appliance's disks safe for a terminal. A share's name may be
+// any bytes; it must not move the cursor, change colours, or change the order of the rest of the
+// line.
 #pragma once
 
 #include <cstddef>
@@ -18,8 +18,8 @@ struct TerminalText {
 };
 
 /// Keeps printable UTF-8. A control character, a bidirectional control or another invisible one
-/// becomes \u{HEX}, a byte that is no UTF-8 becomes \xHH, and a backslash is doubled, so that what
-/// is shown has one meaning.
+/// becomes \u{HEX}, a byte that is not UTF-8 becomes \xHH, and a backslash is doubled, so different
+/// texts are always shown differently.
 [[nodiscard]] TerminalText makePrintable(std::string_view text);
 
 } // namespace view

@@ -12,13 +12,13 @@
 namespace view {
 namespace {
 
-/// A name as the status has it.
+/// A name as it is written in the status.
 std::string_view cut(std::string_view name)
 {
     return name.substr(0, sharestatus::kMaxNameSize);
 }
 
-/// Whether the collector had to stop: a record of the longest name would not have fit any more.
+/// Whether the status is full: it has no room for a record with the longest name.
 bool isFull(const std::vector<ShareRow>& shares)
 {
     const std::size_t size =
@@ -29,7 +29,7 @@ bool isFull(const std::vector<ShareRow>& shares)
     return size + sharestatus::kWorkRecordSize >= sharestatus::kMaxPayloadSize;
 }
 
-/// What is wrong with a name, whatever became of it.
+/// What is wrong with a name, even if the share was measured.
 std::optional<Obstacle> obstacleIn(std::string_view name)
 {
     if (!guard::isMeasurable(name)) {
@@ -55,7 +55,7 @@ std::optional<Obstacle> obstacleOf(const std::string& name, const std::vector<Sh
     return isFull(shares) ? std::optional(Obstacle::kNoRoom) : std::nullopt;
 }
 
-/// Whether a row is accounted for by a listed name: it is its own, or a piece of it.
+/// Whether a row's name is a listed name or a piece of one.
 bool isOf(const ShareRow& row, const std::string& name)
 {
     const bool isInPieces = obstacleIn(name).has_value() || name.size() > cut(name).size();

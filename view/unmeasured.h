@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// unmeasured.h: the shares whose space a collection has not found out, and why.
+// unmeasured.h: the shares that a collection has not measured, and why.
 #pragma once
 
 #include <optional>
@@ -14,9 +14,9 @@ namespace view {
 /// What kept a share from being measured. The first that applies counts.
 enum class Obstacle {
     kShellCharacter, ///< its name could run in a shell, so the guard refuses it
-    kSeparator,      ///< its name holds a character that ends names in the list of shares
-    kFirstCharacter, ///< its name begins with one that the collector passes over
-    kFailed,         ///< du has told nothing of its folder
+    kSeparator,      ///< its name contains a character that ends names in the list of shares
+    kFirstCharacter, ///< its name begins with a character that the collector skips
+    kFailed,         ///< du has printed nothing for its folder
     kNoRoom,         ///< the status was full before its turn came
 };
 
@@ -25,10 +25,10 @@ struct Unmeasured {
     Obstacle obstacle;
 };
 
-/// Looks which shares have not been measured. Of names that are broken into pieces, the pieces are
-/// in the status; they are passed over if the whole name is known.
+/// Finds the shares that have not been measured. If a name was broken into pieces, the status
+/// contains the pieces; they are left out if the whole name is known.
 /// @param shares  the rows of a status
-/// @param listed  the names of the shares that there are, if they are known
+/// @param listed  the names of all shares, if they are known
 [[nodiscard]] std::vector<Unmeasured>
 findUnmeasured(const std::vector<ShareRow>& shares,
                const std::optional<std::vector<std::string>>& listed);

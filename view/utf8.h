@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// utf8.h: the characters of foreign text. A name or a value may be any bytes at all.
+// utf8.h: the characters of foreign text. A name or a value may be any bytes.
 #pragma once
 
 #include <cstddef>
@@ -14,8 +14,8 @@ struct Character {
     std::size_t size; ///< in bytes
 };
 
-/// The character that a text starts with; nothing if the text is empty or its first byte starts no
-/// character. Whoever goes through a text takes such a byte by itself.
+/// The first character of a text; nothing if the text is empty or does not begin with a valid
+/// character. Callers then take the first byte alone.
 [[nodiscard]] std::optional<Character> firstCharacter(std::string_view text);
 
 [[nodiscard]] bool isUtf8(std::string_view text);

@@ -22,7 +22,7 @@ struct Space {
 /// "604 KB"
 [[nodiscard]] std::string formatSpace(const Space& space);
 
-/// A sum of such sizes, with one decimal where it is small: "1.4 GB".
+/// A sum of such sizes, with one decimal if it is small: "1.4 GB".
 [[nodiscard]] std::string formatKibibytes(std::uint64_t kibibytes);
 
 /// A part of a whole: "78 %", "under 1 %".

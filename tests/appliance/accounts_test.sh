@@ -59,12 +59,12 @@ vokserve: uid=1001 pid=N: 2 shar count=3 answer=4 ms=N
 vokserve: uid=1002 pid=N: 3 lstu count=0 answer=26 ms=N
 vokserve: uid=1002 pid=N: 4 gsp1 count=1 answer=12 ms=N
 vokserve: uid=1002 pid=N: 5 lsts count=0 answer=173 ms=N
-vokserve: uid=1002 pid=N: may only look, and not send shar; it was refused
-vokserve: uid=1002 pid=N: may only look, and not send crat; it was refused
-vokserve: uid=1002 pid=N: may only look, and not send wall; it was refused
-vokserve: uid=1002 pid=N: may only look, and not send gpvt; it was refused
-vokserve: uid=1003 pid=N: is not permitted to ask; it was refused
-vokserve: uid=1003 pid=N: is not permitted to ask; it was refused
+vokserve: uid=1002 pid=N: may only look, not send shar; the request was refused
+vokserve: uid=1002 pid=N: may only look, not send crat; the request was refused
+vokserve: uid=1002 pid=N: may only look, not send wall; the request was refused
+vokserve: uid=1002 pid=N: may only look, not send gpvt; the request was refused
+vokserve: uid=1003 pid=N: may not use the service; the connection was refused
+vokserve: uid=1003 pid=N: may not use the service; the connection was refused
 Mine" "$(appliance --accounts sh -c "$accounts"'
     echo "vokcontrol-view:x:4002:viewer" >>/etc/group
     # The socket is there before the service says that it is ready.

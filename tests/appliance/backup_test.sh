@@ -22,12 +22,12 @@ without_sizes_and_days() {
     sed -E "s/ +[0-9]+ ([KMG])  / N \1  /; /^(Documents |__bk)/s/($first_days|$(days))\$/TODAY/"
 }
 
-expect 'what is reported is kept, collected and listed' 'vokctl: the report was kept
-vokctl: the report was kept
-vokctl: the report was kept
+expect 'what is reported is kept, collected and listed' 'vokctl: the report was stored
+vokctl: the report was stored
+vokctl: the report was stored
 __bkanna=1TODAY
 __bkjohannes=9TODAY
-vokctl: the status service was started, unless it was running already
+vokctl: a collection was started, unless one was running already
 SHARE           USED  STATE               LAST BACKUP
 Documents N K  3                   TODAY
 Photos N M  0                   2026-11-20
@@ -74,7 +74,7 @@ no disk: 0' "$(
 )"
 
 expect 'without a status the list starts a collection, for whoever asks next' '6
-vokctl: the appliance has no share status yet; try again in a minute
+vokctl: no share status has been published yet; start a collection with "vokctl collect", then try again
 8 shares' "$(
     appliance sh -c '
         code=0

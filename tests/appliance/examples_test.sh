@@ -60,7 +60,7 @@ vokcontrol sample appliance 1.0 - build 2026-11-21 -
 ['anna', 'bob', 'Élise', 'carla'] True False
 ('Refused', 1, 'a user of this name exists already, or the name is reserved (0x10000001)')
 {'name': 'Music', 'property': 'private'} {'name': 'Films', 'property': 'public'}
-('Refused', 1, 'there is no share --help; "vokctl shares list" shows which there are')
+('Refused', 1, 'there is no share --help; "vokctl shares list" shows all shares')
 3
 ['good', 'wrong']
 ('Unreachable', 3, 'cannot reach the service at /run/none: No such file or directory. Is vokserve running?')

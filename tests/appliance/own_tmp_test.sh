@@ -56,7 +56,7 @@ inside() {
 }
 
 expect 'what lies in /tmp beforehand changes nothing' 'the answers are the same
-vokctl: the status service was started, unless it was running already = 0
+vokctl: a collection was started, unless one was running already = 0
 Documents Photos Projects Media Empty Family Accounts
 the shares are the same
 what was planted is as it was

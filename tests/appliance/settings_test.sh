@@ -63,7 +63,7 @@ expect 'host settings are refused, and nothing or not all is kept' \
 vokctl: the work group'"'"'s name is longer than 32 bytes (0x50000004) = 1
 vokctl: the appliance knows no such language (0x50000006) = 1
 vokctl: a setting holds a character that the appliance does not take (0xFF000003) = 1
-vokctl: --time takes the form 2026-11-21T18:30:00, in UTC = 2
+vokctl: --time needs the form 2026-11-21T18:30:00, in UTC = 2
 hostname|appliance
 language|english
 nmbdSysname|appliance
@@ -162,7 +162,7 @@ vokctl: the appliance'"'"'s private file is empty (0x70000002) = 1
 vokctl: the appliance cannot read its private file (0x70000003) = 1
 vokctl: a private file has 1 to 4070 bytes; this one has 0 = 2
 vokctl: a private file has 1 to 4070 bytes; this one has 4071 = 2
-vokctl: a file of 10 bytes cannot be sent: its size holds a newline byte. Make it longer or shorter. = 2
+vokctl: a file of 10 bytes cannot be sent, because its size contains a newline byte. Make it longer or shorter. = 2
 vokctl: the appliance does not take a file of this size, or with this content (0xFF000003) = 1
 a refusal, 0x60000004: the file did not come whole; a former one stays as it was
 a refusal, 0x60000005: the file did not end where its size says; a former one stays as it was

@@ -39,7 +39,7 @@ Accounts       private
 USB Stick      public
 private = 0
 public = 0
-vokctl: there is no share Family; "vokctl shares list" shows which there are = 1
+vokctl: there is no share Family; "vokctl shares list" shows all shares = 1
 return ["Documents","Photos","Projects","Media","Empty","Family Videos","Économies","Accounts","USB Stick"];
 return ["Documents","Photos","Projects","Media","Empty","Family Videos","Économies","Accounts","USB Stick"];
 00000000  67 73 70 63 20 01 00 00 f0 00                    |gspc .....|
@@ -73,7 +73,7 @@ carla|Tax papers|full
 Tax papers|private|internal
 Music|public|internal
 755 755
-vokctl: the status service was started, unless it was running already = 0
+vokctl: a collection was started, unless one was running already = 0
 Tax papers N K  -                   -
 Music N K  -                   -' "$(inside '
     echo secret >/tmp/password

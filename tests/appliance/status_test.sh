@@ -92,7 +92,7 @@ expect 'a collection that cannot list the shares is published as one' \
     appliance sh -c 'rm /etc/inc/api_share.php; startapp pelstatus; vokctl status --wait 60' | sed -n 3p
 )"
 
-expect 'startapp knows its services' 'startapp: there is no service "nothing"' \
+expect 'startapp knows its programs' 'startapp: there is no program "nothing"' \
     "$(appliance startapp nothing 2>&1 || true)"
 
 finish

@@ -86,7 +86,7 @@ $character
 vokctl: the appliance's user script would not create this user (0x10000005) = 1
 $character
 $character
-vokctl: no password came on standard input = 2
+vokctl: there is no password on standard input = 2
 api_user.php: there is a user \"anna\" already = 1
 api_user.php: there is a user \"ANNA\" already = 1
 api_user.php: \"guest\" cannot be the name of a user = 1

@@ -247,7 +247,7 @@ TEST(Answer, isDescribedInWords)
 {
     EXPECT_EQ(describe(command("lstu"), ""),
               "empty: the command was ignored, is not known, or failed before it answered");
-    EXPECT_EQ(describe(command("gubs"), ""), "empty, which is all that this command answers");
+    EXPECT_EQ(describe(command("gubs"), ""), "empty, as always for this command");
     EXPECT_EQ(describe(command("crat"), le32(0)), "status 0x00000000: good");
     EXPECT_EQ(describe(command("grst"), le32(0xD0000001)),
               "status 0xD0000001: good: the number of drives can be read");
@@ -261,12 +261,12 @@ TEST(Answer, isDescribedInWords)
     EXPECT_EQ(describe(command("lstu"), error(0xABCDEF01)),
               "a refusal, 0xABCDEF01: this client does not know the answer's meaning");
     EXPECT_EQ(describe(command("lstu"), status("serv", 0x53000005)),
-              "a status of the service's own, 0x53000005: this account may not ask for "
+              "a status of the service, 0x53000005: this account may not ask for "
               "that; ask root to add you to the group vokcontrol, or to vokcontrol-view if you "
               "only want to look");
-    EXPECT_EQ(describe(command("lstu"), "abc"), "of no shape that this client knows");
+    EXPECT_EQ(describe(command("lstu"), "abc"), "of a shape that this client does not know");
     EXPECT_EQ(client::describeServiceStatus(cmdsvc::kRequestFailed),
-              "a status of the service's own, 0x53000002: the request's process failed before it "
+              "a status of the service, 0x53000002: the request's process failed before it "
               "answered");
 }
 

@@ -63,7 +63,7 @@ class BackupExchange : public root::UntracedTest {
         EXPECT_EQ(caught.frames.at(0), frame);
         EXPECT_EQ(caught.ended.exitCode, 0);
         EXPECT_EQ(caught.ended.output, "");
-        EXPECT_EQ(caught.ended.errors, "vokctl: the report was kept\n");
+        EXPECT_EQ(caught.ended.errors, "vokctl: the report was stored\n");
     }
 
     static void expectEnd(const std::vector<std::string>& arguments, const std::string& answer,
@@ -141,7 +141,7 @@ TEST_F(BackupExchange, answerThatMakesNoSenseIsSaid)
     const std::string start = "the answer cannot be read; it is ";
     const std::string empty =
         "empty: the command was ignored, is not known, or failed before it answered";
-    const std::string shapeless = "of no shape that this client knows";
+    const std::string shapeless = "of a shape that this client does not know";
     expectEnd({"report", "anna", "--state", "1"}, "", 7, start + empty);
     expectEnd({"report", "anna", "--state", "1"}, "abc", 7, start + shapeless);
     expectEnd({"list"}, "", 7, start + empty);
@@ -189,7 +189,7 @@ class BackupCommand : public root::ServedTest {
 
     static void expectKept(const Ended& ended)
     {
-        expectEnd(ended, 0, "", "vokctl: the report was kept\n");
+        expectEnd(ended, 0, "", "vokctl: the report was stored\n");
     }
 
     static void publish(const std::string& payload)
@@ -221,7 +221,7 @@ TEST_F(BackupCommand, reportIsKeptForTheCollection)
 TEST_F(BackupCommand, reportOnWhatIsNoShareIsKeptWithAWarning)
 {
     expectEnd(vokctl({"backup", "report", "Fam\xFFVideos", "--state", "3"}), 0, "",
-              "vokctl: the report was kept\n"
+              "vokctl: the report was stored\n"
               "vokctl: warning: there is no share Fam\\xffVideos, so no collection reads this "
               "report\n");
     std::filesystem::permissions("/share", std::filesystem::perms(0));
@@ -285,17 +285,18 @@ TEST_F(BackupCommand, whatCannotBeSentAsAVariableIsWrongUsage)
         expectEnd(report(std::string(size, 'n'), "1"), 2, "",
                   "vokctl: with --as-variable a user's name has 1 to 64 bytes\n");
     }
-    expectEnd(report("anna", "10"), 2, "",
-              "vokctl: with --as-variable the state 10 cannot be told from the line's end\n");
+    expectEnd(
+        report("anna", "10"), 2, "",
+        "vokctl: with --as-variable the state cannot be 10, because that byte ends the line\n");
     expectEnd(report("an\nna", "1"), 2, "",
-              "vokctl: a name or a value cannot hold a newline or a zero byte\n");
+              "vokctl: a name or a value cannot contain a newline or a zero byte\n");
     EXPECT_EQ(root::readFile(kVariableFile), "a=b\n");
 }
 
 TEST_F(BackupCommand, wrongUsageEndsWithTwo)
 {
     expectEnd(vokctl({"backup", "report", "an\nna", "--state", "1"}), 2, "",
-              "vokctl: a name or a value cannot hold a newline or a zero byte\n");
+              "vokctl: a name or a value cannot contain a newline or a zero byte\n");
     const std::vector<std::vector<std::string>> wrong = {
         {"backup"},
         {"backup", "report"},
@@ -364,8 +365,8 @@ TEST_F(BackupCommand, hostileNamesNeverReachTheTerminalRaw)
 
 TEST_F(BackupCommand, withoutSharesThereIsNoData)
 {
-    const std::string sentence =
-        "vokctl: the appliance has no share status yet; try again in a minute\n";
+    const std::string sentence = "vokctl: no share status has been published yet; start a "
+                                 "collection with \"vokctl collect\", then try again\n";
     expectEnd(vokctl({"backup", "list"}), 6, "", sentence);
     expectEnd(vokctl({"backup", "list", "--json"}), 6,
               "{\n  \"capacity_gb\": 320,\n  \"shares\": []\n}\n", sentence);

@@ -17,8 +17,7 @@ using root::exchange;
 using root::le32;
 using Strings = std::vector<std::string>;
 
-const std::string kStarted =
-    "vokctl: the status service was started, unless it was running already\n";
+const std::string kStarted = "vokctl: a collection was started, unless one was running already\n";
 const std::string kPublished = "vokctl: a new share status was published\n";
 const std::string kFrame = "sgss " + le32(0) + "\n";
 
@@ -110,8 +109,8 @@ TEST_F(CollectCommand, startThatDoesNothingIsRepeated)
 
 TEST_F(CollectCommand, timeRunsOut)
 {
-    const std::string late =
-        "vokctl: the collection has not ended in time; \"vokctl status --wait\" waits on\n";
+    const std::string late = "vokctl: the collection has not ended in time; to wait longer: "
+                             "\"vokctl status --wait SECONDS\"\n";
     expectEnd(exchange({"collect", "--wait", "1"}, {le32(0)}).ended, 5, late);
     const root::IdleCollector running;
     root::writeFile(root::kSemaphoreFile, mark('\1'));

@@ -111,7 +111,7 @@ TEST_F(Connected, longerAnswerIsNotTaken)
         EXPECT_EQ(reply.code, client::kUnreadableAnswer);
         EXPECT_EQ(reply.bytes, "");
         EXPECT_EQ(reply.complaint, "the answer is longer than " + std::to_string(size) +
-                                       " bytes, which no good answer is");
+                                       " bytes, more than a good answer can have");
         ::kill(service, SIGKILL);
         std::filesystem::remove(kSocket);
     }
@@ -127,7 +127,8 @@ TEST_F(Connected, answerWithoutAnEndDoesNotFillTheMemory)
     });
     const Reply reply = sendRequest(connection(), "x");
     EXPECT_EQ(reply.code, client::kUnreadableAnswer);
-    EXPECT_EQ(reply.complaint, "the answer is longer than 16777216 bytes, which no good answer is");
+    EXPECT_EQ(reply.complaint,
+              "the answer is longer than 16777216 bytes, more than a good answer can have");
 }
 
 // ---- Who serves -------------------------------------------------------------------------------
@@ -162,10 +163,9 @@ class ServedBy : public Connected {
         const Reply reply = sendRequest(connection(), "secret");
         EXPECT_EQ(reply.code, client::kNotPermitted);
         EXPECT_EQ(reply.bytes, "") << "nothing is sent";
-        EXPECT_EQ(reply.complaint,
-                  "the service at /tmp/socket is run by " + who +
-                      ", neither by root nor by you, so it is not asked. To ask it "
-                      "all the same: --any-server");
+        EXPECT_EQ(reply.complaint, "the service at /tmp/socket is run by " + who +
+                                       ", neither by root nor by you, so nothing was sent. To use "
+                                       "it anyway: --any-server");
     }
 };
 

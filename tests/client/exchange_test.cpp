@@ -32,7 +32,7 @@ constexpr const char* kFrames = "/stubs/frames";
 
 const std::string kZero(1, '\0');
 const std::string kUnreadable = "7: the answer cannot be read; it is ";
-const std::string kNoShape = kUnreadable + "of no shape that this client knows";
+const std::string kNoShape = kUnreadable + "of a shape that this client does not know";
 const std::string kEmptyAnswer =
     kUnreadable + "empty: the command was ignored, is not known, or failed before it answered";
 
@@ -147,7 +147,7 @@ TEST_F(Exchange, valueThatCannotBeSentIsNotSent)
     EXPECT_EQ(failureOf([] {
                   client::askToDo(connection(), {command("shar"), {"anna", "Mu\nsic"}});
               }),
-              "2: a name or a value cannot hold a newline or a zero byte");
+              "2: a name or a value cannot contain a newline or a zero byte");
     EXPECT_FALSE(root::exists(kFrames));
 }
 
@@ -443,10 +443,10 @@ TEST_F(Exchange, answerThatHoldsTooLittleOrTooMuchCannotBeRead)
         {"shares public-name", "gpsr " + le32(1) + "\nMusic\nMedia\n",
          "\"gpsr\" with count 1\n  Music\n  Media"},
         {"shares create Music --public", "pshr " + le32(0) + "\n",
-         "of no shape that this client knows"},
+         "of a shape that this client does not know"},
         {"users list", "lsut " + le32(2) + "\nanna\n", "\"lsut\" with count 2\n  anna"},
         {"users list", "lsut " + le32(0) + "\nanna\n", "\"lsut\" with count 0\n  anna"},
-        {"service restart", "sgss " + le32(0) + "\n", "of no shape that this client knows"},
+        {"service restart", "sgss " + le32(0) + "\n", "of a shape that this client does not know"},
     };
     for (const NonsenseRow& row : rows) {
         answer({row.answer});
@@ -552,7 +552,7 @@ TEST_F(Exchange, answerIsNotLongerThanItsCommandMayAnswer)
     for (const Longest& each : all) {
         SCOPED_TRACE(each.command);
         const std::string tooLong = "7: the answer is longer than " + std::to_string(each.size) +
-                                    " bytes, which no good answer is";
+                                    " bytes, more than a good answer can have";
         answer({std::string(each.size, 'a')});
         EXPECT_NE(failureOf([&] { static_cast<void>(client::ask(connection(), each.request)); }),
                   tooLong);

@@ -16,7 +16,7 @@ using root::le32;
 using Values = std::vector<Value>;
 
 const std::string kZero(1, '\0');
-const std::string kForbidden = "2: a name or a value cannot hold a newline or a zero byte";
+const std::string kForbidden = "2: a name or a value cannot contain a newline or a zero byte";
 
 /// How making a frame failed, as "CODE: SENTENCE"; empty if it did not.
 std::string failureOf(const Command& row, const Values& values)

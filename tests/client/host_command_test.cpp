@@ -249,7 +249,7 @@ TEST_F(HostCommand, otherAnswersCannotBeRead)
               unreadable +
                   "empty: the command was ignored, is not known, or failed before it answered\n");
     expectEnd(exchange(set({"--language", "en"}), {le32(0) + "x"}).ended, 7, "",
-              unreadable + "of no shape that this client knows\n");
+              unreadable + "of a shape that this client does not know\n");
 }
 
 // ---- Wrong usage ------------------------------------------------------------------------------
@@ -262,13 +262,13 @@ TEST_F(HostCommand, timeHasOneForm)
           "2026-11-21T24:30:00", "2026-11-21T18:60:00", "2026-11-21T18:30:00Z",
           "2026-11-21T18:30:00 ", "26-11-21T18:30:00", "2026-1-2T3:04:05"}) {
         expectWrongUsage({"host", "set", "--language", "en", "--time", time},
-                         "--time takes the form 2026-11-21T18:30:00, in UTC");
+                         "--time needs the form 2026-11-21T18:30:00, in UTC");
     }
 }
 
 TEST_F(HostCommand, newlinesCannotBeSent)
 {
-    const std::string sentence = "a name or a value cannot hold a newline or a zero byte";
+    const std::string sentence = "a name or a value cannot contain a newline or a zero byte";
     expectWrongUsage(set({"--language", "en", "--name", "a\nb"}), sentence);
     expectWrongUsage(set({"--language", "en", "--workgroup", "a\n"}), sentence);
     expectWrongUsage(set({"--language", "en\n"}), sentence);

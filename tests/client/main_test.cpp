@@ -43,9 +43,10 @@ std::string help()
         name.resize(28, ' ');
         text += "  " + name + each.purpose + "\n";
     }
-    return text + "\n\"vokctl COMMAND --help\" tells more about a command. Its options --socket, "
-                  "--timeout,\n--config, --any-server and --json may stand before it, too.\n"
-                  "What to do about a message: /usr/share/doc/vokcontrol/troubleshooting.md\n";
+    return text +
+           "\n\"vokctl COMMAND --help\" explains a command. The options --socket, --timeout, "
+           "--config,\n--any-server and --json can be before the command, too.\n"
+           "What to do about a message: /usr/share/doc/vokcontrol/troubleshooting.md\n";
 }
 
 TEST_F(Client, helpGoesToStandardOutput)
@@ -189,7 +190,7 @@ TEST_F(Client, unknownCommandIsNamed)
     EXPECT_EQ(ended.output, "");
     EXPECT_EQ(ended.errors,
               "vokctl: \"vokctl\" has no command \"stauts\"; did you mean \"status\"?\n"
-              "\"vokctl --help\" tells more.\n");
+              "See \"vokctl --help\".\n");
 }
 
 TEST_F(Client, commandBehindAnotherHasItsOptionsToo)
@@ -254,10 +255,9 @@ TEST_F(Client, serviceOfAnotherUserIsAskedOnlyIfThatIsWanted)
     const root::Ended refused = root::run(command);
     EXPECT_EQ(refused.exitCode, 4);
     EXPECT_EQ(refused.output, "");
-    EXPECT_EQ(
-        refused.errors,
-        "vokctl: the service at /tmp/other is run by user 4242, neither by root nor by you, so "
-        "it is not asked. To ask it all the same: --any-server\n");
+    EXPECT_EQ(refused.errors,
+              "vokctl: the service at /tmp/other is run by user 4242, neither by root nor by you, "
+              "so nothing was sent. To use it anyway: --any-server\n");
     std::vector<std::string> anyServer = command;
     anyServer.emplace_back("--any-server");
     EXPECT_EQ(root::run(anyServer).errors,

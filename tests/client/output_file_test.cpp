@@ -23,9 +23,8 @@ namespace fs = std::filesystem;
 
 constexpr const char* kFolder = "/stubs/folder";
 constexpr const char* kTarget = "/stubs/folder/target";
-const std::string kTerminalSentence =
-    "2: these are bytes, and no text for a terminal; name a file, or "
-    "send them to a file or into a pipe";
+const std::string kTerminalSentence = "2: the private file may not be text, so it is not written "
+                                      "to a terminal; name a file, or redirect the output";
 
 /// How a function fails; empty if it does not.
 template <class Function> std::string complaintOf(Function function)

@@ -66,7 +66,7 @@ TEST_F(Password, isTheFirstLineOfStandardInput)
 TEST_F(Password, noneOnStandardInputIsWrongUsage)
 {
     for (const auto read : {readPassword, readNewPassword}) {
-        EXPECT_EQ(readFrom("", read), "2: no password came on standard input");
+        EXPECT_EQ(readFrom("", read), "2: there is no password on standard input");
     }
 }
 
@@ -208,7 +208,7 @@ TEST_F(PasswordPrompt, endOfInputIsWrongUsage)
         Terminal terminal([read] { writeResult(read); });
         terminal.answer("Password: ", "\x04");
         EXPECT_EQ(terminal.wait(), 0);
-        EXPECT_EQ(root::readFile(kResult), "2: no password came on standard input");
+        EXPECT_EQ(root::readFile(kResult), "2: there is no password on standard input");
         EXPECT_TRUE(terminal.isAsBefore());
     }
 }

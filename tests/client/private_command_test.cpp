@@ -252,10 +252,11 @@ TEST_F(PrivateCommand, sizesThatCannotBeSentAreWrongUsage)
         expectWrongUsage(callWithInput({"private", "put", "-"}, binary(size)), sentence);
     }
     for (const std::size_t size : {10U, 266U, 522U, 2560U, 2561U, 2815U, 3850U}) {
-        expectWrongUsage(put(binary(size)),
-                         "a file of " + std::to_string(size) +
-                             " bytes cannot be sent: its size holds a newline byte. Make it longer "
-                             "or shorter.");
+        expectWrongUsage(
+            put(binary(size)),
+            "a file of " + std::to_string(size) +
+                " bytes cannot be sent, because its size contains a newline byte. Make it longer "
+                "or shorter.");
     }
     EXPECT_EQ(root::readFile(kPrivateFile), "former");
 }

@@ -22,8 +22,7 @@ TEST_F(RawCommand, answerIsShownByItsBytesAndInWords)
               "00000000  03 00 00 ff                                      |....|\n"
               "Read as a refusal, 0xFF000003: the command takes another number of parameters\n",
               "");
-    expectEnd(vokctl({"raw", "gubs"}), 0, "Read as empty, which is all that this command answers\n",
-              "");
+    expectEnd(vokctl({"raw", "gubs"}), 0, "Read as empty, as always for this command\n", "");
 }
 
 TEST_F(RawCommand, refusalIsAnAnswerLikeAnyOther)
@@ -50,7 +49,7 @@ TEST_F(RawCommand, statusOfTheServicesOwnIsShown)
     root::stub("php", "read -r pid comm state ppid group rest </proc/self/stat; kill -9 $group");
     expectEnd(vokctl({"raw", "lstu"}), 0,
               "00000000  73 65 72 76 20 02 00 00 53 00                    |serv ...S.|\n"
-              "Read as a status of the service's own, 0x53000002: the request's process failed "
+              "Read as a status of the service, 0x53000002: the request's process failed "
               "before it answered\n",
               "");
 }
@@ -59,13 +58,14 @@ TEST_F(RawCommand, frameIsSentAsItStands)
 {
     root::writeFile("/stubs/frame", "rtov#" + le32(2) + "\n" + std::string(4086, 'x'));
     expectEnd(vokctl({"raw", "--frame", "/stubs/frame"}), 0,
-              "Read as empty, which is all that this command answers\n", "");
+              "Read as empty, as always for this command\n", "");
 }
 
 TEST_F(RawCommand, commandThatIsNotKnownIsSaidToBe)
 {
     expectEnd(vokctl({"raw", "nope"}), 0,
-              "Not read: this client knows no command \"nope\"; the answer is empty\n", "");
+              "Not read: this client does not know the command \"nope\"; the answer is empty\n",
+              "");
 }
 
 /// What "vokctl raw" prints of an answer to a frame.
@@ -83,12 +83,12 @@ TEST_F(RawCommand, answerOfACommandThatIsNotKnownIsShownByItsBytes)
 {
     EXPECT_EQ(printed("\x1B[2J " + le32(0) + "\n", "[2J " + le32(1) + "\n"),
               "00000000  5b 32 4a 20 01 00 00 00 0a                       |[2J .....|\n"
-              "Not read: this client knows no command \"\\u{1b}[2J\"\n");
+              "Not read: this client does not know the command \"\\u{1b}[2J\"\n");
     EXPECT_EQ(printed("gp", "x"), "00000000  78                                               |x|\n"
-                                  "Not read: this client knows no command \"gp\"\n");
+                                  "Not read: this client does not know the command \"gp\"\n");
     EXPECT_EQ(printed("nope " + le32(0) + "\n", "serv " + le32(0x53000005) + std::string(1, '\0')),
               "00000000  73 65 72 76 20 05 00 00 53 00                    |serv ...S.|\n"
-              "Read as a status of the service's own, 0x53000005: this account may not ask for "
+              "Read as a status of the service, 0x53000005: this account may not ask for "
               "that; ask root to add you to the group vokcontrol, or to vokcontrol-view if you "
               "only want to look\n");
 }
@@ -97,7 +97,7 @@ TEST_F(RawCommand, bytesThatTheCommandNeverAnswersAreShownAllTheSame)
 {
     EXPECT_EQ(printed("crat", "erro " + le32(1)),
               "00000000  65 72 72 6f 20 01 00 00 00                       |erro ....|\n"
-              "Read as of no shape that this client knows\n");
+              "Read as of a shape that this client does not know\n");
 }
 
 /// The same without a service: whatever is sent all the same ends with 3.

@@ -282,7 +282,7 @@ TEST_F(RemoteCommand, otherAnswersCannotBeRead)
 {
     const std::string empty =
         "empty: the command was ignored, is not known, or failed before it answered";
-    const std::string shapeless = "of no shape that this client knows";
+    const std::string shapeless = "of a shape that this client does not know";
     const std::vector<std::pair<Strings, std::string>> answers = {
         {{"urls"}, "getv " + le32(1) + "\nhttps://up"},
         {{"urls"}, value(2, "https://in")},
@@ -316,7 +316,7 @@ TEST_F(RemoteCommand, newlinesCannotBeSent)
                                                          {"enable", "a", "b", "\n"},
                                                          {"register", "\n", "b", "c"}}) {
         expectEnd(vokctl(remote(arguments)), 2, "",
-                  "vokctl: a name or a value cannot hold a newline or a zero byte\n");
+                  "vokctl: a name or a value cannot contain a newline or a zero byte\n");
     }
 }
 

@@ -14,7 +14,7 @@ TEST_F(ServiceCommand, restartStartsTheStatusService)
     root::stub("ps", "echo grep pelstatus");
     root::stub("startapp", "echo \"$@\" >/stubs/started");
     expectEnd(vokctl({"service", "restart"}), 0, "",
-              "vokctl: the status service was started, unless it was running already\n");
+              "vokctl: a collection was started, unless one was running already\n");
     EXPECT_EQ(root::readFile("/stubs/started"), "pelstatus\n");
 }
 

@@ -155,7 +155,7 @@ TEST_F(SetupCommand, otherAnswersCannotBeRead)
     const std::string unreadable = "vokctl: the answer cannot be read; it is ";
     const std::string empty =
         "empty: the command was ignored, is not known, or failed before it answered";
-    const std::string noShape = "of no shape that this client knows";
+    const std::string noShape = "of a shape that this client does not know";
     const std::vector<std::array<std::string, 3>> answers = {
         {"pending", "", empty},
         {"pending", quick("en", "a"), noShape},

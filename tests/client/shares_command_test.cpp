@@ -135,17 +135,17 @@ TEST_F(SharesCommand, showFindsTheShareItselfAmongThoseThatHoldItsName)
     expectEnd(vokctl({"shares", "show", "data"}), 0, "public\n", "");
     listShares({{"mydata", "private"}, {"Data", "public"}});
     expectRefusal({"show", "data"},
-                  "there is no share data; \"vokctl shares list\" shows which there are");
+                  "there is no share data; \"vokctl shares list\" shows all shares");
 }
 
 TEST_F(SharesCommand, showHasNoShareOfAnotherName)
 {
     for (const char* name : {"Media", "documents", "Documents ", "sharename"}) {
         expectRefusal({"show", name}, std::string("there is no share ") + name +
-                                          "; \"vokctl shares list\" shows which there are");
+                                          "; \"vokctl shares list\" shows all shares");
     }
     expectRefusal({"show", "--json", "Media"},
-                  "there is no share Media; \"vokctl shares list\" shows which there are");
+                  "there is no share Media; \"vokctl shares list\" shows all shares");
 }
 
 TEST_F(SharesCommand, showTakesNamesOfOneToSixtyFourBytes)
@@ -154,7 +154,7 @@ TEST_F(SharesCommand, showTakesNamesOfOneToSixtyFourBytes)
     listShares({{longest, "private"}});
     expectEnd(vokctl({"shares", "show", longest}), 0, "private\n", "");
     expectEnd(vokctl({"shares", "show", "x"}), 1, "",
-              "vokctl: there is no share x; \"vokctl shares list\" shows which there are\n");
+              "vokctl: there is no share x; \"vokctl shares list\" shows all shares\n");
     const std::string refusal =
         "the share's name does not have 1 to 64 bytes, or holds a character "
         "that the appliance does not take (0xC1000003)";
@@ -289,8 +289,8 @@ TEST_F(SharesCommand, hostileNamesNeverReachTheTerminalRaw)
               "\\u{202e}txt  private\n",
               "");
     expectEnd(vokctl({"shares", "show", "a\x1B[2Jz"}), 0, "p\\u{1b}[2Jublic\n", "");
-    expectRefusal({"show", "\x1B[2J"}, "there is no share \\u{1b}[2J; \"vokctl shares list\" shows "
-                                       "which there are");
+    expectRefusal({"show", "\x1B[2J"},
+                  "there is no share \\u{1b}[2J; \"vokctl shares list\" shows all shares");
     expectEnd(vokctl({"shares", "create", "\xE2\x80\xAEtxt\x80", "--public"}), 0, "",
               "vokctl: the share \\u{202e}txt\\x80 was created\n");
     root::writeFile("/etc/pelconfig/system_var", "pel_pubshare_name=a\x1B[2Jz\n");
@@ -334,7 +334,7 @@ TEST_F(SharesWithoutService, newlineInANameIsWrongUsage)
     };
     for (const Strings& call : calls) {
         expectEnd(vokctl(shares(call)), 2, "",
-                  "vokctl: a name or a value cannot hold a newline or a zero byte\n");
+                  "vokctl: a name or a value cannot contain a newline or a zero byte\n");
     }
 }
 

@@ -268,7 +268,7 @@ class UsersWithoutService : public UsersCommand {
 TEST_F(UsersWithoutService, newlineOrZeroByteIsWrongUsage)
 {
     const std::string complaint =
-        "vokctl: a name or a value cannot hold a newline or a zero byte\n";
+        "vokctl: a name or a value cannot contain a newline or a zero byte\n";
     for (const char* command : {"create", "verify"}) {
         expectEnd(call(command, "car\nla", "secret\n"), 2, "", complaint);
         expectEnd(call(command, "carla", std::string("sec\0ret\n", 8)), 2, "", complaint);
@@ -279,7 +279,7 @@ TEST_F(UsersWithoutService, withoutAPasswordNothingIsSent)
 {
     for (const char* command : {"create", "verify"}) {
         expectEnd(call(command, "carla", ""), 2, "",
-                  "vokctl: no password came on standard input\n");
+                  "vokctl: there is no password on standard input\n");
     }
 }
 

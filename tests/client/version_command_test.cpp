@@ -88,9 +88,9 @@ TEST_F(VersionCommand, otherAnswersCannotBeRead)
         {"", "empty: the command was ignored, is not known, or failed before it answered"},
         {"vert " + le32(1) + "\n", "\"vert\" with count 1"},
         {"vert " + le32(1) + "\na\nb\n", "\"vert\" with count 1\n  a\n  b"},
-        {"verx " + le32(1) + "\na\n", "of no shape that this client knows"},
-        {le32(0), "of no shape that this client knows"},
-        {"vert ", "of no shape that this client knows"},
+        {"verx " + le32(1) + "\na\n", "of a shape that this client does not know"},
+        {le32(0), "of a shape that this client does not know"},
+        {"vert ", "of a shape that this client does not know"},
     };
     for (const auto& [answer, description] : answers) {
         expectEnd(exchange({"version"}, {answer}).ended, 7, "", unreadable + description + "\n");

@@ -27,40 +27,40 @@ std::string saidAbout(const std::string& line)
 TEST(WrongUsage, unknownCommandComesWithTheOneThatWasMeant)
 {
     EXPECT_EQ(saidAbout("statsu"), "vokctl: \"vokctl\" has no command \"statsu\"; did you mean "
-                                   "\"status\"?\n\"vokctl --help\" tells more.\n");
+                                   "\"status\"?\nSee \"vokctl --help\".\n");
     EXPECT_EQ(saidAbout("shares lst"), "vokctl: \"vokctl shares\" has no command \"lst\"; did you "
-                                       "mean \"list\"?\n\"vokctl shares --help\" tells more.\n");
+                                       "mean \"list\"?\nSee \"vokctl shares --help\".\n");
     EXPECT_EQ(saidAbout("everything"), "vokctl: \"vokctl\" has no command \"everything\".\n"
-                                       "\"vokctl --help\" tells more.\n");
+                                       "See \"vokctl --help\".\n");
 }
 
 TEST(WrongUsage, unknownOptionComesWithTheOneThatWasMeant)
 {
     EXPECT_EQ(saidAbout("status --josn"),
               "vokctl: \"vokctl status\" has no option \"--josn\"; did you mean \"--json\"?\n"
-              "\"vokctl status --help\" tells more.\n");
+              "See \"vokctl status --help\".\n");
     EXPECT_EQ(saidAbout("shares list --everything"),
               "vokctl: \"vokctl shares list\" has no option \"--everything\".\n"
-              "\"vokctl shares list --help\" tells more.\n");
+              "See \"vokctl shares list --help\".\n");
 }
 
 TEST(WrongUsage, whatACommandDoesNotTakeIsNamed)
 {
     EXPECT_EQ(saidAbout("shares list Music"),
               "vokctl: \"vokctl shares list\" does not take \"Music\".\n"
-              "\"vokctl shares list --help\" tells more.\n");
+              "See \"vokctl shares list --help\".\n");
 }
 
 TEST(WrongUsage, groupWithoutACommandListsItsCommands)
 {
     EXPECT_EQ(saidAbout("shares"), "vokctl: \"vokctl shares\" needs a command: list, show.\n"
-                                   "\"vokctl shares --help\" tells more.\n");
+                                   "See \"vokctl shares --help\".\n");
 }
 
 TEST(WrongUsage, whatIsMissingIsSaid)
 {
     EXPECT_EQ(saidAbout("shares show"), "vokctl: NAME is required.\n"
-                                        "\"vokctl shares show --help\" tells more.\n");
+                                        "See \"vokctl shares show --help\".\n");
 }
 
 } // namespace

@@ -44,8 +44,8 @@ TEST(Lines, commentMayBeOfAnyLength)
 
 TEST(Lines, unknownSectionIsToldWithItsLine)
 {
-    constexpr const char* kThereAre = " is no section; there are [service], [client], [pages], "
-                                      "[thresholds] and [backup]";
+    constexpr const char* kThereAre = " is not a section; known sections: [service], [client], "
+                                      "[pages], [thresholds] and [backup]";
     EXPECT_EQ(complaintOf("\n[servcie]\ntimeout = 5\n"),
               std::string("/etc/file:2: \"[servcie]\"") + kThereAre);
     EXPECT_EQ(complaintOf("[]"), std::string("/etc/file:1: \"[]\"") + kThereAre);
@@ -57,15 +57,17 @@ TEST(Lines, unknownSectionIsToldWithItsLine)
 
 TEST(Lines, unknownKeyIsToldWithItsLine)
 {
-    EXPECT_EQ(complaintOf("[pages]\nhosts = a\nhost = b\n"),
-              "/etc/file:3: \"host\" is no key of [pages]; there are administrators, hosts and "
-              "trust-web-server");
+    EXPECT_EQ(
+        complaintOf("[pages]\nhosts = a\nhost = b\n"),
+        "/etc/file:3: \"host\" is not a key of [pages]; known keys: administrators, hosts and "
+        "trust-web-server");
     EXPECT_EQ(complaintOf("[client]\nsocket = /x\n"),
-              "/etc/file:2: \"socket\" is no key of [client]; there are timeout");
+              "/etc/file:2: \"socket\" is not a key of [client]; known keys: timeout");
     EXPECT_EQ(complaintOf("# x\ntimeout = 5\n[service]\n"),
-              "/etc/file:2: the key \"timeout\" stands before the first section");
-    EXPECT_EQ(complaintOf("[service]\n= 5\n").substr(0, 42),
-              "/etc/file:2: \"\" is no key of [service]; th");
+              "/etc/file:2: the key \"timeout\" is before the first section; move it into a "
+              "section");
+    EXPECT_EQ(complaintOf("[service]\n= 5\n").substr(0, 41),
+              "/etc/file:2: \"\" is not a key of [service]");
 }
 
 TEST(Lines, badValueIsToldWithItsLineAndNotShown)
@@ -79,7 +81,7 @@ TEST(Lines, badValueIsToldWithItsLineAndNotShown)
 TEST(Lines, keyThatStandsTwiceIsTold)
 {
     EXPECT_EQ(complaintOf("[service]\ntimeout = 5\n[client]\ntimeout = 5\n[service]\ntimeout = 5"),
-              "/etc/file:6: timeout stands in line 2 already; remove one of the two");
+              "/etc/file:6: timeout is set in line 2 already; remove one of the two lines");
 }
 
 TEST(Lines, lineThatIsNeitherKeyNorSectionIsTold)
@@ -108,7 +110,7 @@ TEST(Lines, longLineIsToldAndNotCut)
 TEST(Lines, zeroByteIsTold)
 {
     EXPECT_EQ(complaintOf(std::string_view("[service]\ntimeout = 5\0 0", 24)),
-              "/etc/file:2: the line has a zero byte in it");
+              "/etc/file:2: the line contains a zero byte");
 }
 
 TEST(Lines, keysThatDoNotGoTogetherAreTold)
@@ -119,7 +121,7 @@ TEST(Lines, keysThatDoNotGoTogetherAreTold)
               "/etc/file:3: full-warning must not be above full-critical");
     EXPECT_EQ(complaintOf("[thresholds]\nfull-critical = 90\n"), "none");
     EXPECT_EQ(complaintOf("[backup]\nfailed-states = 2, 3\ngood-states = 1, 3\n"),
-              "/etc/file:3: a state cannot be among good-states and failed-states");
+              "/etc/file:3: a state cannot be in both good-states and failed-states");
 }
 
 } // namespace

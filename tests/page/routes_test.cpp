@@ -375,7 +375,7 @@ TEST_F(Routes, settingsThatAreNotUnderstoodAreToldInTheLog)
     configure("hots = nas.example\n");
     const std::string answer = ask("GET", "");
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "vokpage: /etc/vokcontrol.conf:2: \"hots\" is no key of [pages]; there are "
+              "vokpage: /etc/vokcontrol.conf:2: \"hots\" is not a key of [pages]; known keys: "
               "administrators, hosts and trust-web-server\n");
     testing::internal::CaptureStderr();
     EXPECT_TRUE(answer.starts_with("Status: 500 Internal Server Error\r\n"));

@@ -67,8 +67,8 @@ std::string protect()
 
 std::string complaint(const std::string& reason)
 {
-    return std::string("vokserve: cannot keep others from locking ") + kVariableLock + " (" +
-           reason + "); whoever does stops all that reads or writes variables\n";
+    return std::string("vokserve: cannot keep other accounts from locking ") + kVariableLock +
+           " (" + reason + "); while it is locked, no program can read or write variables\n";
 }
 
 class KeptFiles : public root::UntracedTest {
@@ -166,7 +166,7 @@ TEST_F(KeptFiles, whatIsNoFileInTheLocksPlaceIsLeftAlone)
 
     ASSERT_EQ(::mkfifo(kVariableLock, 0666), 0);
     fs::permissions(kVariableLock, fs::perms(0666));
-    EXPECT_EQ(protect(), complaint("it is no regular file"));
+    EXPECT_EQ(protect(), complaint("it is not a regular file"));
     EXPECT_EQ(modeOf(kVariableLock), 0666U);
     fs::remove(kVariableLock);
 
@@ -182,8 +182,8 @@ TEST_F(KeptFiles, lockThatCannotBeMadeIsLogged)
     testing::internal::CaptureStderr();
     service::protectVariableLock("/stubs/missing/lock");
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "vokserve: cannot keep others from locking /stubs/missing/lock (No such file or "
-              "directory); whoever does stops all that reads or writes variables\n");
+              "vokserve: cannot keep other accounts from locking /stubs/missing/lock (No such file "
+              "or directory); while it is locked, no program can read or write variables\n");
 }
 
 // ---- The private file -------------------------------------------------------------------------

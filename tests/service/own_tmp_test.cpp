@@ -40,7 +40,8 @@ unsigned modeOf(const std::string& path)
 std::string complaint(const std::string& reason)
 {
     return "cannot have a /tmp of its own: " + reason +
-           ". Work files in everybody's /tmp can be forged; --shared-tmp uses it all the same";
+           ". Other accounts can forge the work files in a shared /tmp; to use it anyway: "
+           "--shared-tmp";
 }
 
 /// Why there is no own /tmp; "" if there is one.
@@ -71,13 +72,14 @@ class OwnTmp : public root::UntracedTest {
 
     static std::string foreign(const std::string& path)
     {
-        return complaint(path + " belongs to somebody else, or others may write to it; remove it");
+        return complaint(path +
+                         " belongs to another account, or others may write to it; remove it");
     }
 };
 
 TEST_F(OwnTmp, foldersAreMadeForTheServiceAlone)
 {
-    EXPECT_EQ(whyNot(), complaint("mounts: Operation not permitted"));
+    EXPECT_EQ(whyNot(), complaint("unsharing mounts: Operation not permitted"));
     EXPECT_EQ(modeOf(kRun), 0700U);
     EXPECT_EQ(modeOf(kOwn), 0700U);
 }
@@ -87,7 +89,7 @@ TEST_F(OwnTmp, folderThatIsThereIsClosedAndKeepsWhatItHas)
     fs::create_directories(kOwn);
     fs::permissions(kOwn, fs::perms(0755));
     root::writeFile(kOwn + "/trace", "traces\n");
-    EXPECT_EQ(whyNot(), complaint("mounts: Operation not permitted"));
+    EXPECT_EQ(whyNot(), complaint("unsharing mounts: Operation not permitted"));
     EXPECT_EQ(modeOf(kRun), 0755U);
     EXPECT_EQ(modeOf(kOwn), 0700U);
     EXPECT_EQ(root::readFile(kOwn + "/trace"), "traces\n");
@@ -144,7 +146,7 @@ TEST_F(OwnTmp, tmpThatOnlyRootCanWriteToIsKeptWithoutTheRightToMount)
     }
     for (const unsigned mode : {0775U, 0757U, 01777U}) {
         fs::permissions("/tmp", fs::perms(mode));
-        EXPECT_EQ(whyNot(), complaint("mounts: Operation not permitted")) << mode;
+        EXPECT_EQ(whyNot(), complaint("unsharing mounts: Operation not permitted")) << mode;
     }
 }
 
@@ -155,8 +157,8 @@ TEST_F(OwnTmp, whoIsNotRootHasEverybodysAndSaysSo)
     EXPECT_EQ(whyNot(), "");
     EXPECT_EQ(
         testing::internal::GetCapturedStderr(),
-        "vokserve: runs without root's rights, and so with everybody's /tmp, where work files "
-        "can be forged\n");
+        "vokserve: does not run as root, so it uses the shared /tmp, where other accounts can "
+        "forge its work files\n");
     EXPECT_FALSE(root::exists(kRun));
 }
 

@@ -162,8 +162,8 @@ TEST_F(Server, fourThousandNinetySixBytesPassAndOneMoreIsRefused)
     EXPECT_EQ(exchange(largest + std::string(100000, 'x')), serviceStatus(kTooLong));
     EXPECT_EQ(stop(), (std::vector<std::string>{
                           "vokserve: me: 1 rtov count=7 answer=4",
-                          "vokserve: me: sent more than 4096 bytes; they were refused",
-                          "vokserve: me: sent more than 4096 bytes; they were refused"}));
+                          "vokserve: me: sent more than 4096 bytes; the request was refused",
+                          "vokserve: me: sent more than 4096 bytes; the request was refused"}));
 }
 
 TEST_F(Server, emptyRequestIsNone)
@@ -194,9 +194,10 @@ TEST_F(Server, silentAndSlowClientsHoldUpNobodyAndAreCutOff)
     const auto taken = Clock::now() - begin;
     EXPECT_GE(taken, std::chrono::milliseconds(900));
     EXPECT_LT(taken, seconds(5));
-    EXPECT_EQ(stop(), (std::vector<std::string>{"vokserve: me: 1 rtov count=7 answer=4",
-                                                "vokserve: me: sent no whole request in time",
-                                                "vokserve: me: sent no whole request in time"}));
+    EXPECT_EQ(stop(),
+              (std::vector<std::string>{"vokserve: me: 1 rtov count=7 answer=4",
+                                        "vokserve: me: did not send a whole request in time",
+                                        "vokserve: me: did not send a whole request in time"}));
 }
 
 TEST_F(Server, clientThatLeavesBeforeItsAnswerHarmsNobody)
@@ -401,7 +402,7 @@ TEST_F(Server, shellLineThatHangsWhileCountingHoldsTheServiceNoLongerThanAReques
     EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kTimedOut));
     EXPECT_EQ(stop(), (std::vector<std::string>{
                           "vokserve: me: 1 rtov count=7 answer=10 (took too long and was ended)",
-                          "vokserve: me: request 2: its password would not be safe",
+                          "vokserve: me: request 2: its password was refused",
                           "vokserve: me: 2 crat count=2 answer=4 (refused)",
                           "vokserve: me: 3 rtov count=7 answer=4",
                           "vokserve: me: 4 rtov count=7 answer=10 (took too long and was ended)"}));
@@ -545,13 +546,13 @@ TEST_F(Server, requestThatCouldMakeTheShellDoThingsIsRefusedCountedAndLogged)
     EXPECT_FALSE(root::exists("/stubs/asked")) << "nothing was dispatched";
     EXPECT_EQ(exchange(frame("lstu", 0)), "lsut " + le32(1) + "\nanna\n");
     EXPECT_EQ(stop(),
-              (std::vector<std::string>{"vokserve: me: request 1: its password would not be safe",
+              (std::vector<std::string>{"vokserve: me: request 1: its password was refused",
                                         "vokserve: me: 1 crat count=2 answer=4 (refused)",
-                                        "vokserve: me: request 2: its share would not be safe",
+                                        "vokserve: me: request 2: its share was refused",
                                         "vokserve: me: 2 gsp1 count=1 answer=4 (refused)",
-                                        "vokserve: me: request 3: its user would not be safe",
+                                        "vokserve: me: request 3: its user was refused",
                                         "vokserve: me: 3 subs count=1610678280 answer=10 (refused)",
-                                        "vokserve: me: request 4: its user would not be safe",
+                                        "vokserve: me: request 4: its user was refused",
                                         "vokserve: me: 4 wags count=2 answer=9 (refused)",
                                         "vokserve: me: 5 lstu count=0 answer=15"}));
     EXPECT_EQ(usageOf(1), le32(1));
@@ -569,11 +570,13 @@ TEST_F(Server, strangerIsRefusedAndLogged)
     EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kNotAdmitted));
     std::filesystem::remove("/stubs/peer");
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << "root is admitted";
-    EXPECT_EQ(stop(), (std::vector<std::string>{
-                          "vokserve: uid=1000 pid=4711: is not permitted to ask; it was refused",
-                          "vokserve: uid=1000 pid=4711: is not permitted to ask; it was refused",
-                          "vokserve: uid=? pid=?: is not permitted to ask; it was refused",
-                          "vokserve: me: 1 rtov count=7 answer=4"}));
+    EXPECT_EQ(
+        stop(),
+        (std::vector<std::string>{
+            "vokserve: uid=1000 pid=4711: may not use the service; the connection was refused",
+            "vokserve: uid=1000 pid=4711: may not use the service; the connection was refused",
+            "vokserve: uid=? pid=?: may not use the service; the connection was refused",
+            "vokserve: me: 1 rtov count=7 answer=4"}));
     EXPECT_EQ(usageOf(20), le32(1)) << "what is refused is no request";
 }
 
@@ -684,13 +687,14 @@ TEST_F(Server, whatAViewerMayNotSendIsRefusedLoggedAndNotRun)
     EXPECT_EQ(exchange(frame("rtov", 7)), le32(0xFF000003)) << "a viewer's command";
     root::writeFile("/stubs/peer", "credentials 4711 1000 100\ngroups 27 4242\n");
     EXPECT_EQ(exchange(frame("rtov", 7)), serviceStatus(kNotAdmitted)) << "a stranger";
-    EXPECT_EQ(stop(),
-              (std::vector<std::string>{
-                  "vokserve: uid=1000 pid=4711: may only look, and not send crat; it was refused",
-                  "vokserve: uid=1000 pid=4711: may only look, and not send nope; it was refused",
-                  "vokserve: uid=1000 pid=4711: may only look, and not send 0x6c73; it was refused",
-                  "vokserve: uid=1000 pid=4711: 1 rtov count=7 answer=4",
-                  "vokserve: uid=1000 pid=4711: is not permitted to ask; it was refused"}));
+    EXPECT_EQ(
+        stop(),
+        (std::vector<std::string>{
+            "vokserve: uid=1000 pid=4711: may only look, not send crat; the request was refused",
+            "vokserve: uid=1000 pid=4711: may only look, not send nope; the request was refused",
+            "vokserve: uid=1000 pid=4711: may only look, not send 0x6c73; the request was refused",
+            "vokserve: uid=1000 pid=4711: 1 rtov count=7 answer=4",
+            "vokserve: uid=1000 pid=4711: may not use the service; the connection was refused"}));
     EXPECT_EQ(usageOf(1), le32(0)) << "what is refused is no request";
     EXPECT_EQ(usageOf(20), le32(1));
 }
@@ -775,8 +779,8 @@ TEST_F(Server, ownTmpThatCannotBeHadEndsTheService)
     EXPECT_EQ(ended.exitCode, 1);
     EXPECT_EQ(
         ended.errors,
-        "vokserve: cannot have a /tmp of its own: mounts: Operation not permitted. Work files "
-        "in everybody's /tmp can be forged; --shared-tmp uses it all the same\n");
+        "vokserve: cannot have a /tmp of its own: unsharing mounts: Operation not permitted. Other "
+        "accounts can forge the work files in a shared /tmp; to use it anyway: --shared-tmp\n");
     EXPECT_FALSE(root::exists("/stubs/socket"));
 }
 
@@ -870,7 +874,7 @@ TEST_F(Server, endFinishesTheRequestInHandAndTellsTheOthers)
     EXPECT_EQ(second.receive(), serviceStatus(kStopping));
     EXPECT_EQ(silent.receive(), serviceStatus(kStopping));
     EXPECT_EQ(half.receive(), serviceStatus(kStopping));
-    EXPECT_EQ(::kill(service->pid(), 0), 0) << "they did not have to wait for the request in hand";
+    EXPECT_EQ(::kill(service->pid(), 0), 0) << "they did not have to wait for the request that ran";
     EXPECT_EQ(first.receive(), "lsut " + le32(0) + "\n");
     EXPECT_EQ(stop(), std::vector<std::string>{"vokserve: me: 1 lstu count=0 answer=10"});
     EXPECT_EQ(usageOf(3), le32(1));

@@ -79,10 +79,9 @@ TEST_F(OneService, serviceThatHasNoPlaceForItsLockRunsAndSaysSo)
     root::writeFile(kFolder, "a file");
     testing::internal::CaptureStderr();
     const ServiceLock lock(kFolder);
-    EXPECT_EQ(
-        testing::internal::GetCapturedStderr(),
-        "vokserve: cannot lock /tmp/run/lock (Not a directory); a second service would not be "
-        "noticed\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "vokserve: cannot lock /tmp/run/lock (Not a directory); make sure that no "
+              "second service runs\n");
     EXPECT_EQ(root::readFile(kFolder), "a file");
 }
 

@@ -112,7 +112,8 @@ class ServiceUpload : public root::Test {
 const std::string kAsItWas = "the private file is as it was";
 const std::string kBack = "the former private file is back";
 const std::string kWhole = "the new private file is whole";
-const std::string kLeft = "what stands in the private file's place was left alone";
+const std::string kLeft =
+    "the private file's path has something else than a file; it was not changed";
 
 // ---- The note ---------------------------------------------------------------------------------
 
@@ -159,8 +160,8 @@ TEST_F(ServiceUpload, uploadThatCannotBeNotedIsSaidSo)
     testing::internal::CaptureStderr();
     EXPECT_FALSE(upload.begin(kNew));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "vokserve: cannot note an upload in /stubs/run/upload: Not a directory; it was "
-              "refused. Make room there, or see to its permissions\n");
+              "vokserve: cannot note an upload in /stubs/run/upload: Not a directory; the "
+              "upload was refused. Make room there, or check the permissions\n");
     EXPECT_EQ(upload.descriptor(), -1);
 }
 
@@ -172,8 +173,7 @@ TEST_F(ServiceUpload, noteIsNotCutShortByAFullDisk)
     EXPECT_FALSE(onDisk.begin(std::string(4000, 'x')));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "vokserve: cannot note an upload in /etc/pelconfig/run/upload: No space left on "
-              "device; it was "
-              "refused. Make room there, or see to its permissions\n");
+              "device; the upload was refused. Make room there, or check the permissions\n");
     EXPECT_EQ(root::list("/etc/pelconfig/run"), Lines{});
 }
 

@@ -1,8 +1,7 @@
 <?php
 // SPDX-License-Identifier: MIT
 //
-// Accounts stand in two places: the database knows who there is, and the SMB password file what to
-// check a password against.
+// Accounts are in two places: their names in the database, their passwords in the SMB password file.
 declare(strict_types=1);
 
 const SMB_PASSWORD_FILE = '/usr/private/smbpasswd';

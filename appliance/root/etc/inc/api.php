@@ -1,9 +1,8 @@
 <?php
 // SPDX-License-Identifier: MIT
 //
-// What the administration scripts have in common: a script is called with the name of one of its
-// functions and the arguments, and ends with 0 when that went well and with 1 and a reason on
-// standard error when it did not.
+// Common parts of the administration scripts. A script is called with the name of one of its functions
+// and the arguments. It ends with 0, or with 1 and a reason on standard error if the function fails.
 declare(strict_types=1);
 
 require __DIR__ . '/database.php';

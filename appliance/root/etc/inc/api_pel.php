@@ -7,7 +7,7 @@ declare(strict_types=1);
 require __DIR__ . '/api.php';
 require __DIR__ . '/settings.php';
 
-/** Keeps the time. The sample appliance leaves its host's clock alone. */
+/** Stores the time. The sample appliance does not set its host's clock. */
 function tovSetUtcSysTime(string ...$time): void
 {
     keepSetting('time', checkValue('a time', '/^\d\d:\d\d:\d\d$/D', $time));

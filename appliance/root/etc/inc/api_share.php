@@ -7,8 +7,8 @@ declare(strict_types=1);
 require __DIR__ . '/api.php';
 
 /**
- * Writes the list of shares into a file: one element a line, indented by two, the property right
- * behind the name.
+ * Writes the list of shares into a file: one element per line, indented by two, the property right
+ * after the name.
  */
 function tovGetShareList(string $path): void
 {
@@ -41,7 +41,7 @@ function tovAddShare(string $name, string $property): void
     });
 }
 
-/** Lets a user into a share, with the level "full" or "read". */
+/** Gives a user access to a share, with the level "full" or "read". */
 function tovSetUserSharePrivileges(string $user, string $share, string $level): void
 {
     change(function (PDO $database) use ($user, $share, $level): void {

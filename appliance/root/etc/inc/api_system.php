@@ -1,8 +1,8 @@
 <?php
 // SPDX-License-Identifier: MIT
 //
-// The system area of the administration layer. What it is told it keeps; it never touches the clock or
-// the name of the host that the sample appliance runs on.
+// The system area of the administration layer. It stores settings, but never sets the clock or the name
+// of the host that the sample appliance runs on.
 declare(strict_types=1);
 
 require __DIR__ . '/api.php';
@@ -21,7 +21,7 @@ function tovSetLanguage(string ...$language): void
     keepSetting('language', checkValue('a language', '/^(' . implode('|', LANGUAGES) . ')$/D', $language));
 }
 
-/** Tells the language twice: its two readers look for different elements. */
+/** Prints the language twice, because its two readers look for different elements. */
 function tovGetLanguage(string $path): void
 {
     $language = setting('language');
@@ -48,7 +48,7 @@ function tovSetWorkgroup(string ...$name): void
     keepSetting('workgroup', checkValue('a work group', HOST_NAME, $name));
 }
 
-/** One block of the report, each value on a line of its own. */
+/** One block of the report, with one value per line. */
 function reportBlock(string $name, array $values): string
 {
     $block = "  <$name>\n";
@@ -79,7 +79,7 @@ function reportPrinter(array $device): string
     ]);
 }
 
-/** Tells of everything that is attached: internal disks, USB disks, printers. */
+/** Prints all attached devices: internal disks, USB disks, printers. */
 function tovGetSystemStatus(string $path): void
 {
     $report = "<systemStatus>\n";

@@ -7,7 +7,7 @@ declare(strict_types=1);
 require __DIR__ . '/api.php';
 require __DIR__ . '/accounts.php';
 
-/** Writes the list of users into a file: one element a line. */
+/** Writes the list of users into a file: one element per line. */
 function tovGetUsers(string $path): void
 {
     $listing = "<userlist>\n";

@@ -55,7 +55,7 @@ function isKnown(PDO $database, string $table, string $name): bool
     return $query->fetchColumn() > 0;
 }
 
-/** Does all of something to the database, or nothing. */
+/** Makes several changes to the database, either all or none. */
 function change(callable $work): void
 {
     $database = openDatabase();

@@ -1,8 +1,8 @@
 <?php
 // SPDX-License-Identifier: MIT
 //
-// Which users can reach the appliance from outside. A number in the file /etc/pelconfig/ra-exit ends
-// both programs with that status at once, to see what their callers make of it.
+// Which users can reach the appliance from outside. If the file /etc/pelconfig/ra-exit has a number, both
+// programs end with it at once; tests see then how their callers treat it.
 declare(strict_types=1);
 
 require __DIR__ . '/database.php';

@@ -1,8 +1,8 @@
 <?php
 // SPDX-License-Identifier: MIT
 //
-// Fills a new appliance: shares of every kind that a collection meets, with sizes on both sides of
-// each of its units, and backup results for some of them.
+// Fills a new appliance: shares of every kind, with sizes just below and above each unit, and backup
+// reports for some of them.
 declare(strict_types=1);
 
 require __DIR__ . '/accounts.php';
@@ -15,7 +15,7 @@ const VARIABLE_FILE = '/etc/pelconfig/system_var';
 const LARGE_FILE_KIB = 1_200_000;
 const SPARE_KIB = 500_000;
 
-/** A file that takes up its whole size on the disk, made without writing all of it. */
+/** Makes a file that uses its whole size on the disk, without writing all of it. */
 function allocate(string $path, int $kibibytes): void
 {
     exec('fallocate -l ' . $kibibytes * KIB . ' ' . escapeshellarg($path), result_code: $code);
@@ -48,7 +48,7 @@ function writeDeepTree(string $folder): void
     }
 }
 
-/** One file of more than a million KiB, or a smaller one where the disk is too full for it. */
+/** Makes one file of more than a million KiB, or a smaller one if the disk is too full for it. */
 function writeLargeFile(string $folder): void
 {
     $size = LARGE_FILE_KIB;
@@ -90,13 +90,13 @@ $backups = [
 /** name => password */
 $users = ['anna' => 'appliance', 'bob' => 'storage', 'Élise' => 'network'];
 
-/** Of these accounts, the one that may change things on the web pages. */
+/** The one of these accounts that may change things on the web pages. */
 const ADMINISTRATOR = 'anna';
 const ADMINISTRATORS_FILE = '/var/lib/vokcontrol/administrators';
 
 /**
- * [kind, vendor, model, serial, capacity in GB, node]; a printer's model is what it is called. The printer
- * has a slot for memory cards, which is a disk of the same serial number.
+ * [kind, vendor, model, serial, capacity in GB, node]; a printer's model is its name. The printer's slot for
+ * memory cards is a disk with the same serial number.
  */
 $devices = [
     ['internal', 'Seagate', 'ST500DM002', 'Z2AXE4W7', 500.107, 'sda'],
@@ -105,7 +105,7 @@ $devices = [
     ['printer', 'Brother', 'MFC-7360N series', 'L5J247193', null, 'usblp0'],
 ];
 
-/** What the appliance remembers: name => value */
+/** The appliance's variables: name => value */
 $variables = [
     'pel_pubshare_name' => 'Documents',
     'default_public_share_name_en' => 'Public',
@@ -119,7 +119,7 @@ $variables = [
     'ra_signInUrl' => 'https://remote.example/sign-in',
 ];
 
-/** What the administration scripts keep: name => value */
+/** The administration scripts' settings: name => value */
 $settings = ['language' => 'english', 'hostname' => 'appliance', 'nmbdSysname' => 'appliance'];
 
 umask(0022);

@@ -1,7 +1,7 @@
 <?php
 // SPDX-License-Identifier: MIT
 //
-// Settings that have a name and a value each.
+// Settings, each with a name and a value.
 declare(strict_types=1);
 
 function setting(string $name): string
@@ -17,7 +17,7 @@ function keepSetting(string $name, string $value): void
         ->execute([$name, $value]);
 }
 
-/** The one argument of a function that keeps a setting, where it fits a pattern. */
+/** The only argument of a function that stores a setting. Fails if it does not match a pattern. */
 function checkValue(string $what, string $pattern, array $arguments): string
 {
     if (count($arguments) !== 1 || !preg_match($pattern, $arguments[0])) {

@@ -37,7 +37,8 @@ void start(const Connection& connection)
 bool isPublishedSince(const PublishedStatus& status, std::int64_t written)
 {
     using enum PublishedStatus::Result;
-    return view::lastWritten() != written && (status.result == kComplete || status.result == kNoList);
+    return view::lastWritten() != written &&
+           (status.result == kComplete || status.result == kNoList);
 }
 
 /// The mark that an interrupted collection has left keeps others from starting.

@@ -6,7 +6,7 @@ import { readFile } from "node:fs/promises";
 import { after, before, test } from "node:test";
 
 import { Appliance, STATUS_FILE } from "./appliance.mjs";
-import { Browser } from "./browser.mjs";
+import { Browser, until } from "./browser.mjs";
 import { Collections } from "./collections.mjs";
 import { makeStatus } from "./share_status.mjs";
 
@@ -122,6 +122,7 @@ test("overview with a collection", async () => {
     await collections.hold("New", ["New"]);
     await browser.visit(urlOf());
     await browser.follow("#measure");
+    await until(async () => (await browser.text("#collection")).includes("New"), "the progress");
     await expectNoFault("collecting");
     await collections.kill();
     await expectNoFaultAt("", "interrupted");

@@ -247,6 +247,19 @@ TEST(Judgement, sharesBeyondTheEndOfAStatusAreNamed)
                 "shares shorter names, or have fewer."});
 }
 
+TEST(Judgement, disksComeBeforeWhatIsOnThem)
+{
+    Situation all = situation();
+    all.capacity = Capacity{1000, 950, 50};
+    all.arrays = {{.name = "md0", .level = "raid1", .isRunning = true, .wanted = 2, .working = 1}};
+    EXPECT_EQ(
+        describe(all),
+        (Strings{"critical array-degraded: The disk array md0 works with 1 of 2 disks: attach "
+                 "or replace the missing one. If another disk fails, data may be lost.",
+                 "critical full: The disk is 95 % full, with 50 KB free: delete what is not "
+                 "needed, or move it elsewhere."}));
+}
+
 // ---- Backups ----------------------------------------------------------------------------------
 
 Backup backupOf(const ShareRow& row, const Configuration& rules = configuration())

@@ -15,6 +15,9 @@ void buildStatusCommand(CLI::App& command);
 /// "vokctl check": one line and an exit code for a monitoring system.
 void buildCheckCommand(CLI::App& command);
 
+/// "vokctl doctor": whether the appliance provides what the module needs.
+void buildDoctorCommand(CLI::App& command);
+
 /// "vokctl collect": measures the shares; "vokctl service restart" does the same.
 void buildCollectCommand(CLI::App& command);
 
@@ -61,6 +64,7 @@ struct Subcommand {
 inline constexpr auto kSubcommands = std::to_array<Subcommand>({
     {"status", "Show the disk, every share and what needs attention", buildStatusCommand},
     {"check", "Say in one line and an exit code whether all is well", buildCheckCommand},
+    {"doctor", "Find out what is wrong with the appliance, and say what to do", buildDoctorCommand},
     {"collect", "Measure the shares and publish their status anew", buildCollectCommand},
     {"shares", "The appliance's shares", buildSharesCommand},
     {"users", "The appliance's accounts", buildUsersCommand},

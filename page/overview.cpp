@@ -10,6 +10,7 @@
 
 #include "page/devices.h"
 #include "page/layout.h"
+#include "page/overview_arrays.h"
 #include "page/overview_capacity.h"
 #include "page/overview_collection.h"
 #include "page/overview_devices.h"
@@ -197,9 +198,9 @@ Page makeOverview(Visit& visit)
     page.body << (isHinted ? setupHint() : Html())
               << livePart("findings", findingsNotice(view::judge(facts.situation, visit.settings)))
               << livePart("disk", diskCard(visit, facts.situation, order))
-              << sharesCard(visit, facts, order) << R"(<div class="columns">)"
-              << devicesCard(facts.devices) << R"(<div>)" << networkCard(facts) << systemCard(facts)
-              << "</div></div>\n";
+              << sharesCard(visit, facts, order) << R"(<div class="columns"><div>)"
+              << arraysCard(facts.situation.arrays) << devicesCard(facts.devices)
+              << R"(</div><div>)" << networkCard(facts) << systemCard(facts) << "</div></div>\n";
     return page;
 }
 

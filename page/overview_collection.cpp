@@ -47,7 +47,7 @@ Html progressBar(const view::Progress& progress)
 /// Twice as long each time, and at most 5 minutes.
 unsigned readWait(std::string_view text)
 {
-    constexpr unsigned kFirst = 5;
+    constexpr unsigned kFirst = 3;
     constexpr unsigned kLongest = 300;
     unsigned seconds = kFirst;
     const auto read = std::from_chars(text.data(), text.data() + text.size(), seconds);

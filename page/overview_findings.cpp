@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "page/overview_findings.h"
 
+#include <algorithm>
+#include <string>
+#include <string_view>
+
 #include "page/layout.h"
 
 namespace page {
@@ -12,10 +16,23 @@ Html levelBadge(view::Level level)
                                              : badge("ageing", "!", "Warning");
 }
 
+/// A narrow window may break a path after each slash.
+Html breakable(std::string_view sentence)
+{
+    Html out;
+    while (!sentence.empty()) {
+        const std::size_t slash = sentence.find('/');
+        const std::size_t end = std::min(slash, sentence.size() - 1) + 1;
+        out << Text{sentence.substr(0, end)} << (end == slash + 1 ? Literal("<wbr>") : Literal(""));
+        sentence.remove_prefix(end);
+    }
+    return out;
+}
+
 Html findingItem(const view::Finding& finding)
 {
-    return Html() << "\n<li>" << levelBadge(finding.level) << " <bdi>" << Text{finding.sentence}
-                  << "</bdi></li>";
+    return Html() << "\n<li>" << levelBadge(finding.level) << " <bdi>"
+                  << breakable(finding.sentence) << "</bdi></li>";
 }
 
 Html heading(std::size_t count)

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "sharestatus/semaphore_format.h"
+#include "view/disk_judgement.h"
 #include "view/share_folders.h"
 #include "view/unmeasured.h"
 
@@ -250,12 +251,14 @@ Situation readSituation(PublishedStatus status)
     return {.status = std::move(status),
             .capacity = readCapacity(),
             .listed = listShareFolders(),
+            .arrays = readDiskArrays(),
             .now = std::time(nullptr)};
 }
 
 Findings judge(const Situation& situation, const Configuration& configuration)
 {
     Findings findings;
+    judgeArrays(situation.arrays, findings);
     judgeCapacity(situation, configuration, findings);
     judgeResult(situation.status, findings);
     judgeInterruption(situation, findings);

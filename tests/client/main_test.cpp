@@ -101,6 +101,8 @@ TEST_F(Client, everyCommandHasHelpWithExamples)
         {{"status"}, {"--json", "--max-age SECONDS", "--wait SECONDS", "--watch", "--config PATH"}},
         {{"collect"}, {"--wait SECONDS", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
         {{"check"}, {"--full PERCENT", "--backup-age DAYS", "--stale HOURS", "--config PATH"}},
+        {{"doctor"},
+         {"CHECK", "--list", "--json", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
         {{"shares", "list"}, {"--json", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
         {{"shares", "show"},
          {"NAME", "--json", "--socket PATH", "--timeout SECONDS", "--config PATH"}},

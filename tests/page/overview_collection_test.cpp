@@ -75,7 +75,7 @@ std::string reloadAfter(const std::string& seconds, const std::string& next)
 
 TEST(Reload, comesAfterTwiceAsLongEachTime)
 {
-    EXPECT_EQ(reloaded(""), reloadAfter("5", "10"));
+    EXPECT_EQ(reloaded(""), reloadAfter("3", "6"));
     EXPECT_EQ(reloaded("10"), reloadAfter("10", "20"));
     EXPECT_EQ(reloaded("300"), reloadAfter("300", "600"));
     EXPECT_EQ(reloaded("600"), reloadAfter("300", "600"));
@@ -84,7 +84,7 @@ TEST(Reload, comesAfterTwiceAsLongEachTime)
 TEST(Reload, takesNoOtherWait)
 {
     for (const char* wait : {"0", "-1", "x", "4294967296", "1;url=//evil"}) {
-        EXPECT_EQ(reloaded(wait), reloadAfter("5", "10")) << wait;
+        EXPECT_EQ(reloaded(wait), reloadAfter("3", "6")) << wait;
     }
 }
 

@@ -42,4 +42,18 @@ TEST(FindingsNotice, isAsBadAsTheWorstAndEscapesNames)
 )");
 }
 
+TEST(FindingsNotice, pathsCanBeBrokenAfterTheirSlashes)
+{
+    const auto sentenceOf = [](const char* sentence) {
+        const std::string text =
+            page::findingsNotice({{.level = Level::kWarning, .kind = "x", .sentence = sentence}})
+                .text();
+        const std::size_t start = text.find("<bdi>") + 5;
+        return text.substr(start, text.find("</bdi>") - start);
+    };
+    EXPECT_EQ(sentenceOf("See /etc/a."), "See /<wbr>etc/<wbr>a.");
+    EXPECT_EQ(sentenceOf("a/"), "a/<wbr>");
+    EXPECT_EQ(sentenceOf(""), "");
+}
+
 } // namespace

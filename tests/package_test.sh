@@ -106,6 +106,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/programs.md.gz
 /usr/share/doc/vokcontrol/protocol.md.gz
 /usr/share/doc/vokcontrol/security.md.gz
+/usr/share/doc/vokcontrol/troubleshooting.md.gz
 /usr/share/doc/vokcontrol/web-server.md
 /usr/share/doc/vokcontrol/web-server/lighttpd.conf
 /usr/share/doc/vokcontrol/web-server/nginx.conf

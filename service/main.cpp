@@ -180,8 +180,8 @@ int main(int argc, char** argv)
     program.footer(
         "Options win over the configuration file, vokcontrol.conf(5).\n\n"
         "A client sends one request, shuts its sending side down and reads the answer\n"
-        "to its end. After SIGTERM the service finishes the request that runs, answers\n"
-        "all waiting clients that it stops, and ends.\n\n"
+        "to its end. After SIGTERM the service finishes the request that runs, tells\n"
+        "the waiting clients that it is stopping, and ends.\n\n"
         "Exit codes: 0 after SIGTERM; 1 if it cannot listen or cannot have a /tmp of its\n"
         "own; 2 for wrong usage or a wrong configuration; 3 if another service runs.");
     try {

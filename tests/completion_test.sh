@@ -96,8 +96,8 @@ in_zsh() {
         _vokctl' zsh "$completion/zsh/site-functions" "$@"
 }
 expect 'zsh: commands with what they do' 'list:List all shares and whether they are public
-show:Tell whether a share is public or private
-public-name:Tell the name of the public share
+show:Show whether a share is public or private
+public-name:Show the name of the public share
 create:Create a share for everybody or for a user' "$(in_zsh vokctl shares '')"
 expect 'zsh: options' '--help:Print this help message and exit
 --time:The time in UTC, 2026-11-21T18\:30\:00 (default\: now)' "$(in_zsh vokctl host set - | head -n 2)"
@@ -115,8 +115,8 @@ in_fish() {
 tab=$'\t'
 expect 'fish: commands with what they do' "create${tab}Create a share for everybody or for a user
 list${tab}List all shares and whether they are public
-public-name${tab}Tell the name of the public share
-show${tab}Tell whether a share is public or private" "$(in_fish 'vokctl shares ' | LC_ALL=C sort)"
+public-name${tab}Show the name of the public share
+show${tab}Show whether a share is public or private" "$(in_fish 'vokctl shares ' | LC_ALL=C sort)"
 expect 'fish: options' "--json${tab}Print JSON for programs" "$(in_fish 'vokctl status --j')"
 expect 'fish: names' "anna${tab}user" "$(in_fish 'vokctl users verify a')"
 expect 'fish: names with blanks' "Family Videos${tab}share" "$(in_fish 'vokctl shares show Fam' | sed 's/\\//g')"

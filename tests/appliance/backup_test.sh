@@ -38,7 +38,7 @@ Family Videos N M  2 (disk not found)  2026-11-15
 Économies N K  1 (complete)        2026-10-31
 Accounts N M  -                   -
 
-The internal disk holds 500 GB.
+The internal disk has 500 GB.
 the list again: same' "$(
     appliance sh -c '
         vokctl backup report Documents --state 3

@@ -165,7 +165,7 @@ TEST_F(BackupExchange, recordsAreShownWhateverTheHeaderCounts)
                                 "anna   10 M  3      2025-03-07\n"
                                 "Empty   4 K  -      -\n"
                                 "\n"
-                                "The internal disk holds 65535 GB.\n")
+                                "The internal disk has 65535 GB.\n")
             << count;
         EXPECT_EQ(ended.errors, "");
     }
@@ -326,7 +326,7 @@ TEST_F(BackupCommand, listShowsEveryShareAndTheDisk)
               "Documents  604 K  3      2026-03-11\n"
               "\xC3\x89t\xC3\xA9          9 G  -      -\n"
               "\n"
-              "The internal disk holds 320 GB.\n",
+              "The internal disk has 320 GB.\n",
               "");
 }
 
@@ -359,7 +359,7 @@ TEST_F(BackupCommand, hostileNamesNeverReachTheTerminalRaw)
               "SHARE        USED  STATE  LAST BACKUP\n"
               "a\\u{1b}[2Jz   1 K  3      2026-03-11\n"
               "\n"
-              "The internal disk holds 320 GB.\n",
+              "The internal disk has 320 GB.\n",
               "");
 }
 

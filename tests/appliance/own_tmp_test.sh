@@ -116,7 +116,7 @@ gone
     [ -e /tmp/socket ] || echo gone
     cat /root/mounted')"
 
-expect 'a folder that is not its own is refused' 'vokserve: cannot have a /tmp of its own: /run/vokcontrol/tmp: Not a directory. Work files in everybody'\''s /tmp can be forged; --shared-tmp uses it all the same = 1' "$(inside '
+expect 'a folder that is not its own is refused' 'vokserve: cannot have a /tmp of its own: /run/vokcontrol/tmp: Not a directory. Other accounts can forge the work files in a shared /tmp; to use it anyway: --shared-tmp = 1' "$(inside '
     killall vokserve
     while pidof vokserve >/dev/null; do usleep 10000; done
     rm -r $own && ln -s /root $own

@@ -33,6 +33,14 @@ Cookie cookieOf(const Deed& deed)
     return {.name = kDeedCookie, .value = value};
 }
 
+Page leadTo(std::string_view path, const Deed& deed)
+{
+    Page page;
+    page.next = path;
+    page.cookies = {cookieOf(deed)};
+    return page;
+}
+
 std::optional<Deed> readDeed(std::string_view cookie)
 {
     const Form fields(cookie);

@@ -28,6 +28,10 @@ struct DeedSentence {
 
 [[nodiscard]] Cookie cookieOf(const Deed& deed);
 
+/// The answer to a form that has done something: the page at a path is to tell it.
+/// @param path  a text that stays
+[[nodiscard]] Page leadTo(std::string_view path, const Deed& deed);
+
 /// The deed in a cookie's value; nothing if that is none.
 [[nodiscard]] std::optional<Deed> readDeed(std::string_view cookie);
 

@@ -80,13 +80,8 @@ Page makePasswordCheck(Visit& visit)
     }
     const Credentials credentials = readCredentials(visit.request.form);
     const Complaints complaints = check(visit, credentials);
-    if (!complaints.areNone()) {
-        return form(visit, complaints);
-    }
-    Page page;
-    page.next = "/users";
-    page.cookies = {cookieOf({"checked", {credentials.name}})};
-    return page;
+    return complaints.areNone() ? leadTo("/users", {"checked", {credentials.name}})
+                                : form(visit, complaints);
 }
 
 } // namespace page

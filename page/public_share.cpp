@@ -55,7 +55,7 @@ PublicShare findPublicShare(const client::Connection& connection, const std::str
 
 PublicShare providePublicShare(const client::Connection& connection, const std::string& name)
 {
-    const PublicShare found = findPublicShare(connection, name);
+    PublicShare found = findPublicShare(connection, name);
     if (found.state != kNew) {
         return found;
     }

@@ -56,10 +56,10 @@ Complaints create(const Visit& visit)
     return complaints;
 }
 
-Cookie cookieOf(const NewShare& share)
+Deed deedOf(const NewShare& share)
 {
-    return share.access == Access::kEverybody ? cookieOf(Deed{"public", {share.name}})
-                                              : cookieOf(Deed{"private", {share.name, share.user}});
+    return share.access == Access::kEverybody ? Deed{"public", {share.name}}
+                                              : Deed{"private", {share.name, share.user}};
 }
 
 // ---- The list ---------------------------------------------------------------------------------
@@ -171,13 +171,8 @@ Page makeShares(Visit& visit)
         return show(visit, {});
     }
     const Complaints complaints = create(visit);
-    if (!complaints.areNone()) {
-        return show(visit, complaints);
-    }
-    Page page;
-    page.next = "/shares";
-    page.cookies = {cookieOf(readNewShare(visit.request.form))};
-    return page;
+    return complaints.areNone() ? leadTo("/shares", deedOf(readNewShare(visit.request.form)))
+                                : show(visit, complaints);
 }
 
 } // namespace page

@@ -138,13 +138,9 @@ Page makeUsers(Visit& visit)
         return show(visit, {});
     }
     const Complaints complaints = create(visit);
-    if (!complaints.areNone()) {
-        return show(visit, complaints);
-    }
-    Page page;
-    page.next = "/users";
-    page.cookies = {cookieOf({"user", {readCredentials(visit.request.form).name}})};
-    return page;
+    return complaints.areNone()
+               ? leadTo("/users", {"user", {readCredentials(visit.request.form).name}})
+               : show(visit, complaints);
 }
 
 } // namespace page

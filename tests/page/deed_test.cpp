@@ -44,6 +44,16 @@ TEST(Deeds, cookieIsReadAsItWasWritten)
     }
 }
 
+TEST(Deeds, formThatHasDoneSomethingLeadsToAPage)
+{
+    const page::Page made = page::leadTo("/shares", {"none", {}});
+    EXPECT_EQ(made.next, "/shares");
+    EXPECT_EQ(made.body.text(), "");
+    ASSERT_EQ(made.cookies.size(), 1U);
+    EXPECT_EQ(made.cookies[0].name, "vokpage_deed");
+    EXPECT_EQ(made.cookies[0].value, "kind=%6e%6f%6e%65");
+}
+
 TEST(Deeds, otherCookiesAreNone)
 {
     for (const char* cookie : {"", "x", "kind=", "0=a&1=b"}) {

@@ -16,9 +16,9 @@ inside=$inside_helpers$(
 # What the package makes. How full the disk of this machine is does not matter.
 printf 'vokcontrol:x:4001:\nvokcontrol-view:x:4002:\n' >>/etc/group
 printf '[thresholds]\nfull-warning = 100\nfull-critical = 100\n' >/etc/vokcontrol.conf
-vokctl collect --wait 60 2>/dev/null
+vokctl collect --wait 300 2>/dev/null
 # It ends after it has published.
-vokctl status --wait 60 >/dev/null
+vokctl status --wait 300 >/dev/null
 
 # What these change comes back when the case is over.
 keep() { mkdir -p "/keep${1%/*}" && cp -a "$1" "/keep$1"; }
@@ -43,7 +43,7 @@ echo @well
 find /etc /run /share /tmp /usr/private /var -xdev -type f -exec touch -d "@$(($(date +%s) - 9))" {} + 2>/dev/null
 touch -d "@$(($(date +%s) - 5))" /mark
 # What differs from day to day and from machine to machine is cut.
-try vokctl doctor | sed -E 's/^(ok +(clock|php|publication|share-space|settings-space|work-space) ).*/\1/'
+try vokctl doctor --timeout 60 | sed -E 's/^(ok +(clock|php|publication|share-space|settings-space|work-space) ).*/\1/'
 echo @changes
 find /etc /run /share /tmp /usr/private /var -newer /mark -type f | sort
 find /tmp -name 'vokctl*'
@@ -248,10 +248,10 @@ WRONG socket There is no /run/vokcontrol.sock: No such file or directory. What t
 WRONG vokserve It cannot be asked: cannot reach the service at /run/vokcontrol.sock: Connection refused. Is vokserve running? What to do: see its log: journalctl -u vokserve, or /var/log/vokserve.log.
 WRONG units There is neither systemd nor a program /etc/init.d/vokcontrol. What to do: copy the init script there; install.md says how.
 WRONG timer Nothing starts collections. What to do: /etc/init.d/vokcontrol restart, and see its log.
-WRONG publication No share has been measured yet: start a collection. What to do: vokctl collect --wait 600.
-WRONG publication The share status is damaged: start a collection, which replaces it. What to do: vokctl collect --wait 600.
-WRONG collection The collection that began N days ago was interrupted: start another one. What to do: vokctl collect --wait 600.
-WRONG share-names a$b is not measured: it could run in a shell by its name; rename it, without any of " $ `, a backslash or a newline. What to do: mend that, then vokctl collect --wait 600.
+WRONG publication No share has been measured yet: start a collection. What to do: vokctl collect --wait 3000.
+WRONG publication The share status is damaged: start a collection, which replaces it. What to do: vokctl collect --wait 3000.
+WRONG collection The collection that began N days ago was interrupted: start another one. What to do: vokctl collect --wait 3000.
+WRONG share-names a$b is not measured: it could run in a shell by its name; rename it, without any of " $ `, a backslash or a newline. What to do: mend that, then vokctl collect --wait 3000.
 TEXT
 )" "$(part service)"
 

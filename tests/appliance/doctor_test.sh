@@ -248,10 +248,10 @@ WRONG socket There is no /run/vokcontrol.sock: No such file or directory. What t
 WRONG vokserve It cannot be asked: cannot reach the service at /run/vokcontrol.sock: Connection refused. Is vokserve running? What to do: see its log: journalctl -u vokserve, or /var/log/vokserve.log.
 WRONG units There is neither systemd nor a program /etc/init.d/vokcontrol. What to do: copy the init script there; install.md says how.
 WRONG timer Nothing starts collections. What to do: /etc/init.d/vokcontrol restart, and see its log.
-WRONG publication No share has been measured yet: start a collection. What to do: vokctl collect --wait 3000.
-WRONG publication The share status is damaged: start a collection, which replaces it. What to do: vokctl collect --wait 3000.
-WRONG collection The collection that began N days ago was interrupted: start another one. What to do: vokctl collect --wait 3000.
-WRONG share-names a$b is not measured: it could run in a shell by its name; rename it, without any of " $ `, a backslash or a newline. What to do: mend that, then vokctl collect --wait 3000.
+WRONG publication No share has been measured yet: start a collection. What to do: vokctl collect --wait 600.
+WRONG publication The share status is damaged: start a collection, which replaces it. What to do: vokctl collect --wait 600.
+WRONG collection The collection that began N days ago was interrupted: start another one. What to do: vokctl collect --wait 600.
+WRONG share-names a$b is not measured: it could run in a shell by its name; rename it, without any of " $ `, a backslash or a newline. What to do: mend that, then vokctl collect --wait 600.
 TEXT
 )" "$(part service)"
 

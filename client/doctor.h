@@ -38,7 +38,7 @@ struct Surroundings {
     config::Configuration settings = {};
     std::string settingsFile = config::kDefaultFile;
     std::string folder = {}; ///< where answers may be written; empty if there is none
-    unsigned seconds = 10;   ///< how long a check may take
+    unsigned seconds = 20;   ///< how long a check may take
     bool isRoot = false;
     std::time_t now = 0;
 };

@@ -16,9 +16,9 @@ inside=$inside_helpers$(
 # What the package makes. How full the disk of this machine is does not matter.
 printf 'vokcontrol:x:4001:\nvokcontrol-view:x:4002:\n' >>/etc/group
 printf '[thresholds]\nfull-warning = 100\nfull-critical = 100\n' >/etc/vokcontrol.conf
-vokctl collect --wait 60 2>/dev/null
+vokctl collect --wait 300 2>/dev/null
 # It ends after it has published.
-vokctl status --wait 60 >/dev/null
+vokctl status --wait 300 >/dev/null
 
 # What these change comes back when the case is over.
 keep() { mkdir -p "/keep${1%/*}" && cp -a "$1" "/keep$1"; }
@@ -43,7 +43,7 @@ echo @well
 find /etc /run /share /tmp /usr/private /var -xdev -type f -exec touch -d "@$(($(date +%s) - 9))" {} + 2>/dev/null
 touch -d "@$(($(date +%s) - 5))" /mark
 # What differs from day to day and from machine to machine is cut.
-try vokctl doctor | sed -E 's/^(ok +(clock|php|publication|share-space|settings-space|work-space) ).*/\1/'
+try vokctl doctor --timeout 60 | sed -E 's/^(ok +(clock|php|publication|share-space|settings-space|work-space) ).*/\1/'
 echo @changes
 find /etc /run /share /tmp /usr/private /var -newer /mark -type f | sort
 find /tmp -name 'vokctl*'

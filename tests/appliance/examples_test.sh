@@ -20,7 +20,7 @@ cp "$clone/docs/examples/vokcontrol.py" "$clone/docs/examples/nightly" "$state/e
 cat >"$state/examples/use.py" <<'PYTHON'
 import vokcontrol
 
-appliance = vokcontrol.Appliance(timeout=60)
+appliance = vokcontrol.Appliance(timeout=300)
 
 
 def failure(function, *arguments):
@@ -31,8 +31,8 @@ def failure(function, *arguments):
 
 
 print(failure(appliance.status))
-appliance.collect(60)
-print([share["name"] for share in appliance.status(max_age=60, wait=60)["shares"]])
+appliance.collect(300)
+print([share["name"] for share in appliance.status(max_age=3600, wait=300)["shares"]])
 print(appliance.version())
 print(appliance.shares()[-1], appliance.share("Media"))
 appliance.create_user("carla", "dépôt")
@@ -43,11 +43,11 @@ appliance.create_share("Films")
 print(appliance.share("Music"), appliance.share("Films"))
 print(failure(appliance.share, "--help"))
 appliance.report_backup("Documents", 3)
-appliance.collect(60)
+appliance.collect(300)
 print(next(s["backup_state"] for s in appliance.backups()["shares"] if s["name"] == "Documents"))
 print([check["result"] for check in appliance.doctor("php", "group")["checks"]])
 # The collection ends after it has published.
-appliance.status(wait=60)
+appliance.status(wait=300)
 print(failure(vokcontrol.Appliance(socket="/run/none").users))
 PYTHON
 

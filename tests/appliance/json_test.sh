@@ -30,7 +30,7 @@ output=$(appliance sh -c '
 
     say doctor doctor
     say backup-list backup list
-    vokctl collect --wait 60 2>/dev/null
+    vokctl collect --wait 300 2>/dev/null
     say status status
     say shares-list shares list
     say shares-show shares show Media
@@ -45,7 +45,7 @@ output=$(appliance sh -c '
         php -r "(new PDO(\"sqlite:/usr/private/appliance.db\"))
             ->prepare(\"INSERT INTO share VALUES (?, ?, ?)\")->execute([\$argv[1], \"public\", \"internal\"]);" "$name"
     done
-    vokctl collect --wait 60 2>/dev/null
+    vokctl collect --wait 300 2>/dev/null
     say status status
     say backup-list backup list
     say shares-list shares list
@@ -54,7 +54,7 @@ output=$(appliance sh -c '
 
     # A collection without a list.
     rm /etc/inc/api_share.php /etc/pelconfig/vokcontrol/__shrsem
-    vokctl collect --wait 60 2>/dev/null
+    vokctl collect --wait 300 2>/dev/null
     say status status
     say doctor doctor fdisk api_share.php
 ')

@@ -109,8 +109,12 @@ TEST_F(DoctorService, regularCollectionsAreStartedByAProcess)
     EXPECT_EQ(say(examineTimer),
               unneeded("No regular collections, as /etc/default/vokcontrol says."));
     root::writeFile("/etc/default/vokcontrol", "boot=no\ninterval=600\n");
-    root::writeFile("/stubs/vokcontrol", "read line\n");
     const root::Program process({"/usr/bin/sh", "-c", "sleep 100; : vokcontrol"});
+    // Before the shell has started it is a copy of this process.
+    const std::string words = "/proc/" + std::to_string(process.pid()) + "/cmdline";
+    while (root::readFile(words).find("vokcontrol") == std::string::npos) {
+        ::usleep(1000);
+    }
     root::writeFile("/run/vokcontrol-collect.pid", std::to_string(process.pid()) + "\n");
     EXPECT_EQ(say(examineTimer), good("A collection starts every 600 seconds."));
     ::kill(process.pid(), SIGKILL);

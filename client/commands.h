@@ -12,6 +12,9 @@ namespace client {
 /// "vokctl status": the published share status.
 void buildStatusCommand(CLI::App& command);
 
+/// "vokctl history": what was, and what will be.
+void buildHistoryCommand(CLI::App& command);
+
 /// "vokctl check": one line and an exit code for a monitoring system.
 void buildCheckCommand(CLI::App& command);
 
@@ -61,6 +64,7 @@ struct Subcommand {
 inline constexpr auto kSubcommands = std::to_array<Subcommand>({
     {"status", "Show the disk, every share and what needs attention", buildStatusCommand},
     {"check", "Say in one line and an exit code whether all is well", buildCheckCommand},
+    {"history", "Show how space has changed, and when the disk will be full", buildHistoryCommand},
     {"collect", "Measure the shares and publish their status anew", buildCollectCommand},
     {"shares", "The appliance's shares", buildSharesCommand},
     {"users", "The appliance's accounts", buildUsersCommand},

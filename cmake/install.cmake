@@ -25,7 +25,8 @@ endfunction()
 install(CODE "set(PROJECT_VERSION ${PROJECT_VERSION})
 set(LIBRARY_FOLDER ${CMAKE_INSTALL_LIBDIR})
 set(HEADER_FOLDER ${CMAKE_INSTALL_INCLUDEDIR})
-set(PROGRAM_FOLDER ${CMAKE_INSTALL_SBINDIR})")
+set(PROGRAM_FOLDER ${CMAKE_INSTALL_SBINDIR})
+set(CLIENT_FOLDER ${CMAKE_INSTALL_BINDIR})")
 install_configured(vokcontrol.pc ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/glossary.md docs/install.md
         docs/protocol.md docs/security.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
@@ -61,6 +62,8 @@ if(TARGET vokctl)
   install(FILES ${packaging}/man/vokctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   install(FILES ${packaging}/vokctl.bash-completion
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME vokctl)
+  install(FILES ${packaging}/systemd/vokcontrol-history.path DESTINATION ${unit_folder})
+  install_configured(systemd/vokcontrol-history.service ${unit_folder})
 endif()
 if(TARGET vokpage)
   # Not where a web server would run it unasked.

@@ -18,6 +18,9 @@ void buildHistoryCommand(CLI::App& command);
 /// "vokctl check": one line and an exit code for a monitoring system.
 void buildCheckCommand(CLI::App& command);
 
+/// "vokctl metrics": figures for Prometheus.
+void buildMetricsCommand(CLI::App& command);
+
 /// "vokctl collect": measures the shares; "vokctl service restart" does the same.
 void buildCollectCommand(CLI::App& command);
 
@@ -65,6 +68,7 @@ inline constexpr auto kSubcommands = std::to_array<Subcommand>({
     {"status", "Show the disk, every share and what needs attention", buildStatusCommand},
     {"check", "Say in one line and an exit code whether all is well", buildCheckCommand},
     {"history", "Show how space has changed, and when the disk will be full", buildHistoryCommand},
+    {"metrics", "Print figures for Prometheus", buildMetricsCommand},
     {"collect", "Measure the shares and publish their status anew", buildCollectCommand},
     {"shares", "The appliance's shares", buildSharesCommand},
     {"users", "The appliance's accounts", buildUsersCommand},

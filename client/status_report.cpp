@@ -189,8 +189,7 @@ std::string renderJson(const Situation& situation, const Configuration& configur
     Json json;
     json["published"] = makeTime(status.published);
     json["collecting"] = status.isCollecting;
-    json["collecting_since"] =
-        status.isCollecting ? makeTime(status.collectingSince) : Json();
+    json["collecting_since"] = status.isCollecting ? makeTime(status.collectingSince) : Json();
     addCapacity(json, situation.capacity);
     json["shares"] = isListed ? makeJson(status.shares) : Json();
     json["unmeasured"] = makeUnmeasured(situation);

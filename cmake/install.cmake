@@ -62,8 +62,12 @@ if(TARGET vokctl)
   install(FILES ${packaging}/man/vokctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   install(FILES ${packaging}/vokctl.bash-completion
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME vokctl)
-  install(FILES ${packaging}/systemd/vokcontrol-history.path DESTINATION ${unit_folder})
+  install(FILES ${packaging}/systemd/vokcontrol-history.path ${packaging}/systemd/vokcontrol-metrics.timer
+          DESTINATION ${unit_folder})
   install_configured(systemd/vokcontrol-history.service ${unit_folder})
+  install_configured(systemd/vokcontrol-metrics.service ${unit_folder})
+  install(FILES docs/monitoring.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+  install(DIRECTORY ${packaging}/monitoring DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol)
 endif()
 if(TARGET vokpage)
   # Not where a web server would run it unasked.

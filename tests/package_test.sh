@@ -82,6 +82,8 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /lib/systemd/system/vokcontrol-collect.timer
 /lib/systemd/system/vokcontrol-history.path
 /lib/systemd/system/vokcontrol-history.service
+/lib/systemd/system/vokcontrol-metrics.service
+/lib/systemd/system/vokcontrol-metrics.timer
 /lib/systemd/system/vokserve.service
 /lib/systemd/system/vokserve.socket
 /usr/bin/pelstatus
@@ -102,6 +104,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/copyright
 /usr/share/doc/vokcontrol/glossary.md.gz
 /usr/share/doc/vokcontrol/install.md.gz
+/usr/share/doc/vokcontrol/monitoring.md
 /usr/share/doc/vokcontrol/protocol.md.gz
 /usr/share/doc/vokcontrol/security.md.gz
 /usr/share/doc/vokcontrol/web-server.md

@@ -5,8 +5,8 @@
 #include <array>
 #include <cstdio>
 
-#include "client/sentences.h"
 #include "core/bytes.h"
+#include "view/sentences.h"
 #include "view/terminal_text.h"
 
 namespace client {
@@ -183,7 +183,7 @@ std::string describeHeader(const Command& command, const Answer& answer)
     std::string text = quote(command.answer.tag) + " with count " + std::to_string(answer.count) +
                        describeLines(body.lines);
     if (body.error) {
-        text += "\nfollowed by an error, " + explainStatus(command.code, *body.error);
+        text += "\nfollowed by an error, " + view::explainStatus(command.code, *body.error);
     }
     return text;
 }
@@ -195,7 +195,7 @@ std::string describeGood(const Command& command, const Answer& answer)
         return "empty, which is all that this command answers";
     case AnswerShape::kWord:
     case AnswerShape::kStatus:
-        return "status " + explainStatus(command.code, answer.status);
+        return "status " + view::explainStatus(command.code, answer.status);
     case AnswerShape::kHeader:
         return describeHeader(command, answer);
     case AnswerShape::kBytes:
@@ -248,7 +248,7 @@ std::string describeAnswer(const Command& command, const Answer& answer)
     case Verdict::kGood:
         return describeGood(command, answer);
     case Verdict::kRefused:
-        return "a refusal, " + explainStatus(command.code, answer.status);
+        return "a refusal, " + view::explainStatus(command.code, answer.status);
     case Verdict::kNotServed:
         return describeServiceStatus(answer.status);
     case Verdict::kEmpty:
@@ -261,7 +261,7 @@ std::string describeAnswer(const Command& command, const Answer& answer)
 
 std::string describeServiceStatus(Status status)
 {
-    return "a status of the service's own, " + explainStatus(cmdsvc::kServiceCode, status);
+    return "a status of the service's own, " + view::explainStatus(cmdsvc::kServiceCode, status);
 }
 
 std::string hexdump(std::string_view bytes)

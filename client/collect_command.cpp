@@ -5,7 +5,6 @@
 #include <iostream>
 #include <memory>
 #include <string>
-#include <sys/stat.h>
 #include <thread>
 
 #include "client/collection_progress.h"
@@ -14,7 +13,6 @@
 #include "client/exchange.h"
 #include "client/failure.h"
 #include "sharestatus/semaphore_format.h"
-#include "sharestatus/status_format.h"
 #include "view/published_status.h"
 
 namespace client {
@@ -35,29 +33,17 @@ void start(const Connection& connection)
 
 // ---- Waiting ----------------------------------------------------------------------------------
 
-/// When the status file was last written; 0 if there is none.
-std::int64_t lastWritten()
-{
-    constexpr std::int64_t kNanoseconds = 1000000000;
-    struct stat status = {};
-    if (::stat(sharestatus::kStatusFile, &status) != 0) {
-        return 0;
-    }
-    return status.st_mtim.tv_sec * kNanoseconds + status.st_mtim.tv_nsec;
-}
-
 /// Whether a status can be read that was written after another one.
 bool isPublishedSince(const PublishedStatus& status, std::int64_t written)
 {
     using enum PublishedStatus::Result;
-    return lastWritten() != written && (status.result == kComplete || status.result == kNoList);
+    return view::lastWritten() != written && (status.result == kComplete || status.result == kNoList);
 }
 
 /// The mark that an interrupted collection has left keeps others from starting.
 void expectNoMark(const PublishedStatus& status)
 {
-    const std::time_t since = status.collectingSince.value_or(0);
-    if (status.isInterrupted && std::time(nullptr) - since < sharestatus::kBusySeconds) {
+    if (view::blockedUntil(status).value_or(0) > std::time(nullptr)) {
         throw Failure(kNoData,
                       std::string("a collection was interrupted, and its mark keeps others "
                                   "from starting for two hours; root can remove ") +
@@ -97,7 +83,7 @@ void collectAnew(const CollectOptions& options)
     const auto end = Clock::now() + std::chrono::seconds(options.wait);
     ProgressLine progress;
     await(end, progress, [](const PublishedStatus& status) { return !status.isCollecting; });
-    const std::int64_t before = lastWritten();
+    const std::int64_t before = view::lastWritten();
     auto nextStart = Clock::now();
     const PublishedStatus status = await(end, progress, [&](const PublishedStatus& current) {
         if (!current.isCollecting && isPublishedSince(current, before)) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "client/collection_progress.h"
 
-#include <algorithm>
 #include <iostream>
 #include <unistd.h>
 
@@ -15,14 +14,13 @@ namespace {
 constexpr const char* kClearLine = "\r\x1B[K";
 
 /// ", 3 of 8 shares"
-std::string formatPlace(const std::string& share, const std::vector<view::ShareRow>& shares)
+std::string formatPlace(const view::Progress& progress)
 {
-    const auto row = std::ranges::find(shares, share, &view::ShareRow::name);
-    if (row == shares.end()) {
+    if (progress.place == 0) {
         return "";
     }
-    return ", " + std::to_string(row - shares.begin() + 1) + " of " +
-           view::formatCount(shares.size(), "share", "shares");
+    return ", " + std::to_string(progress.place) + " of " +
+           view::formatCount(progress.count, "share", "shares");
 }
 
 std::string formatStart(std::optional<std::time_t> since)
@@ -37,13 +35,13 @@ std::string formatStart(std::optional<std::time_t> since)
 
 } // namespace
 
-std::string formatProgress(const view::Collector& collector, const view::PublishedStatus& status)
+std::string formatProgress(const view::Progress& progress)
 {
-    if (collector.share.empty()) {
-        return "Collecting" + formatStart(status.collectingSince);
+    if (progress.share.empty()) {
+        return "Collecting" + formatStart(progress.since);
     }
-    return "Measuring " + view::makePrintable(collector.share).text +
-           formatPlace(collector.share, status.shares) + formatStart(status.collectingSince);
+    return "Measuring " + view::makePrintable(progress.share).text + formatPlace(progress) +
+           formatStart(progress.since);
 }
 
 ProgressLine::ProgressLine() : isTerminal_(::isatty(STDERR_FILENO) != 0) {}
@@ -61,7 +59,8 @@ void ProgressLine::show(const view::PublishedStatus& status)
         return;
     }
     const view::Collector collector = view::findCollector(view::listProcesses());
-    const std::string line = status.isCollecting ? formatProgress(collector, status) : "";
+    const std::string line =
+        status.isCollecting ? formatProgress(view::findProgress(collector, status)) : "";
     if (line != shown_) {
         std::cerr << kClearLine << line << std::flush;
         shown_ = line;

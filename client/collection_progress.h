@@ -3,19 +3,15 @@
 // collection_progress.h: how far a collection is, in a line of a terminal.
 #pragma once
 
-#include <ctime>
-#include <optional>
 #include <string>
 
-#include "view/collector.h"
+#include "view/progress.h"
 #include "view/published_status.h"
 
 namespace client {
 
-/// "Measuring Media, 3 of 8 shares, since 18:56:02", local time; what is not known is left out. The
-/// shares are measured in the order of the last status.
-[[nodiscard]] std::string formatProgress(const view::Collector& collector,
-                                         const view::PublishedStatus& status);
+/// "Measuring Media, 3 of 8 shares, since 18:56:02", local time; what is not known is left out.
+[[nodiscard]] std::string formatProgress(const view::Progress& progress);
 
 /// A line on standard error that is written again and again, if that is a terminal. It is blank at
 /// the end.

@@ -21,6 +21,9 @@ void buildCheckCommand(CLI::App& command);
 /// "vokctl metrics": figures for Prometheus.
 void buildMetricsCommand(CLI::App& command);
 
+/// "vokctl doctor": whether the appliance provides what the module needs.
+void buildDoctorCommand(CLI::App& command);
+
 /// "vokctl collect": measures the shares; "vokctl service restart" does the same.
 void buildCollectCommand(CLI::App& command);
 
@@ -69,6 +72,7 @@ inline constexpr auto kSubcommands = std::to_array<Subcommand>({
     {"check", "Say in one line and an exit code whether all is well", buildCheckCommand},
     {"history", "Show how space has changed, and when the disk will be full", buildHistoryCommand},
     {"metrics", "Print figures for Prometheus", buildMetricsCommand},
+    {"doctor", "Find out what is wrong with the appliance, and say what to do", buildDoctorCommand},
     {"collect", "Measure the shares and publish their status anew", buildCollectCommand},
     {"shares", "The appliance's shares", buildSharesCommand},
     {"users", "The appliance's accounts", buildUsersCommand},

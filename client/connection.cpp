@@ -9,6 +9,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "view/wording.h"
+
 namespace client {
 namespace {
 
@@ -37,8 +39,8 @@ Reply complainOf(const asio::error_code& error, const Way& way)
 {
     if (error == asio::error::timed_out || error == asio::error::operation_aborted) {
         return complain(kNoAnswer, "the service has not answered within " +
-                                       std::to_string(way.timeout) +
-                                       " seconds. It may be busy; try again, or raise --timeout.");
+                                       view::formatCount(way.timeout, "second", "seconds") +
+                                       ". It may be busy; try again, or raise --timeout.");
     }
     const std::string reason = "cannot reach the service at " + way.socket + ": " + error.message();
     if (error == asio::error::access_denied) {

@@ -2,7 +2,7 @@
 #include "client/exchange.h"
 
 #include "client/failure.h"
-#include "client/sentences.h"
+#include "view/sentences.h"
 
 namespace client {
 namespace {
@@ -41,7 +41,7 @@ std::size_t longestAnswer(const cmdsvc::Command& command)
 
 [[noreturn]] void failRefused(const cmdsvc::Command& command, cmdsvc::Status status)
 {
-    throw Failure(kRefused, refusalSentence(command.code, status));
+    throw Refused(kRefused, command.code, status, view::refusalSentence(command.code, status));
 }
 
 } // namespace
@@ -55,8 +55,8 @@ Answer acceptAnswer(const cmdsvc::Command& command, std::string_view bytes)
     case Verdict::kRefused:
         failRefused(command, answer.status);
     case Verdict::kNotServed:
-        throw Failure(exitCodeOf(answer.status),
-                      refusalSentence(cmdsvc::kServiceCode, answer.status));
+        throw Refused(exitCodeOf(answer.status), cmdsvc::kServiceCode, answer.status,
+                      view::refusalSentence(cmdsvc::kServiceCode, answer.status));
     case Verdict::kEmpty:
     case Verdict::kUnreadable:
         break;

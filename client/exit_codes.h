@@ -6,7 +6,7 @@ namespace client {
 /// How vokctl ends. Scripts rely on these numbers.
 enum ExitCode : int {
     kGood = 0,
-    kRefused = 1, ///< the appliance has answered with an error
+    kRefused = 1, ///< the appliance has answered with an error, or "doctor" has found one
     kWrongUsage = 2,
     kUnreachable = 3, ///< nobody listens at the service's socket
     kNotPermitted = 4,

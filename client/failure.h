@@ -5,8 +5,10 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "client/exit_codes.h"
+#include "cmdsvc/protocol.h"
 
 namespace client {
 
@@ -20,6 +22,24 @@ class Failure : public std::runtime_error {
 
   private:
     ExitCode code_;
+};
+
+/// A status code instead of a good answer: a command's own refusal (kRefused), or that of the
+/// service itself. Whoever asked may know more to say about it.
+class Refused : public Failure {
+  public:
+    /// @param command  a code of cmdsvc/commands.h, or cmdsvc::kServiceCode
+    Refused(ExitCode exitCode, std::string_view command, cmdsvc::Status status,
+            const std::string& sentence)
+        : Failure(exitCode, sentence), command_(command), status_(status)
+    {}
+
+    [[nodiscard]] std::string_view command() const { return command_; }
+    [[nodiscard]] cmdsvc::Status status() const { return status_; }
+
+  private:
+    std::string_view command_;
+    cmdsvc::Status status_;
 };
 
 /// Ends the command with a code of its own: all that there is to say went to standard output.

@@ -10,6 +10,7 @@
 #include "client/check_report.h"
 #include "client/commands.h"
 #include "client/failure.h"
+#include "client/wrong_usage.h"
 #include "config/configuration.h"
 
 namespace {
@@ -79,15 +80,20 @@ int run(int argc, char** argv)
     program.set_version_flag("--version", "vokctl " VOKCTL_VERSION);
     program.footer(
         "\"vokctl COMMAND --help\" tells more about a command. Its options --socket, --timeout,\n"
-        "--config, --any-server and --json may stand before it, too.");
+        "--config, --any-server and --json may stand before it, too.\n"
+        "What to do about a message: /usr/share/doc/vokcontrol/troubleshooting.md");
     const std::vector<char*> words =
         withCommandFirst(std::span(argv, static_cast<std::size_t>(argc)));
     addSubcommands(program, words);
     try {
         program.parse(argc, words.data());
     } catch (const CLI::ParseError& error) {
-        const bool isHelp = program.exit(error) == 0;
-        return finishOutput(isHelp ? client::kGood : usageCode(program));
+        if (error.get_exit_code() == 0) {
+            program.exit(error); // prints the help or the version
+            return finishOutput(client::kGood);
+        }
+        std::cerr << client::wrongUsage(program, error);
+        return usageCode(program);
     } catch (const client::ExitWith& end) {
         return finishOutput(end.code);
     }

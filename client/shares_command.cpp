@@ -2,12 +2,12 @@
 #include <algorithm>
 #include <array>
 #include <iostream>
-#include <optional>
 
 #include "client/commands.h"
 #include "client/exchange.h"
 #include "client/failure.h"
 #include "client/json_text.h"
+#include "client/lists.h"
 #include "client/subcommands.h"
 #include "client/text_table.h"
 #include "view/terminal_text.h"
@@ -22,25 +22,6 @@ struct Options {
     bool isPublic = false;
     bool json = false;
 };
-
-struct Share {
-    std::string name;
-    std::string property;
-};
-
-std::vector<Share> fetchShares(const Connection& connection)
-{
-    const Request request = {cmdsvc::command("lsts")};
-    const auto [answer, lines] = askForLines(connection, request);
-    if (lines.size() % 2 != 0) {
-        failUnreadable(request, answer);
-    }
-    std::vector<Share> shares;
-    for (std::size_t i = 0; i < lines.size(); i += 2) {
-        shares.push_back({lines[i], lines[i + 1]});
-    }
-    return shares;
-}
 
 Json toJson(const Share& share)
 {
@@ -61,7 +42,7 @@ std::string renderText(const std::vector<Share>& shares)
 
 void listShares(const Options& options)
 {
-    const std::vector<Share> shares = fetchShares(options.connection);
+    const std::vector<Share> shares = fetchShares(options.connection).shares;
     Json json;
     json["shares"] = Json::array();
     std::ranges::transform(shares, std::back_inserter(json["shares"]), toJson);
@@ -86,7 +67,8 @@ bool mayExist(const Options& options)
 Share findShare(const Options& options)
 {
     if (mayExist(options)) {
-        for (const Share& share : fetchShares(options.connection)) {
+        const ShareList list = fetchShares(options.connection);
+        for (const Share& share : list.shares) {
             if (share.name == options.name) {
                 return share;
             }
@@ -107,15 +89,11 @@ void showShare(const Options& options)
 
 void showPublicName(const Options& options)
 {
-    const Request request = {cmdsvc::command("gps1")};
-    const auto [answer, lines] = askForLines(options.connection, request);
-    if (lines.size() != 1) {
-        failUnreadable(request, answer);
-    }
-    if (lines[0].empty()) {
+    const std::string name = fetchPublicName(options.connection);
+    if (name.empty()) {
         throw Failure(kNoData, "the appliance has no name for its public share");
     }
-    std::cout << view::makePrintable(lines[0]).text << "\n";
+    std::cout << view::makePrintable(name).text << "\n";
 }
 
 // ---- create -----------------------------------------------------------------------------------

@@ -14,6 +14,7 @@
 #include "client/status_report.h"
 #include "sharestatus/semaphore_format.h"
 #include "sharestatus/status_format.h"
+#include "view/wording.h"
 
 namespace client {
 namespace {
@@ -55,8 +56,9 @@ Complaint judgeAge(std::time_t published, std::optional<unsigned> maxAge)
     if (!maxAge || age <= static_cast<std::time_t>(*maxAge)) {
         return {};
     }
-    return {kNoData, "the share status is " + std::to_string(age) +
-                         " seconds old, more than --max-age allows. " + kAdvice};
+    return {kNoData, "the share status is " +
+                         view::formatCount(static_cast<std::uint64_t>(age), "second", "seconds") +
+                         " old, more than --max-age allows. " + kAdvice};
 }
 
 Complaint judge(const PublishedStatus& status, const StatusOptions& options)

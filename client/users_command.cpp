@@ -6,6 +6,7 @@
 #include "client/exchange.h"
 #include "client/failure.h"
 #include "client/json_text.h"
+#include "client/lists.h"
 #include "client/password.h"
 #include "client/subcommands.h"
 #include "view/terminal_text.h"
@@ -33,14 +34,10 @@ std::string renderText(const std::vector<std::string>& users)
 
 void listUsers(const Options& options)
 {
-    const Request request = {cmdsvc::command("lstu")};
-    const auto [answer, lines] = askForLines(options.connection, request);
-    if (lines.size() != answer.count) {
-        failUnreadable(request, answer);
-    }
+    const std::vector<std::string> users = fetchUsers(options.connection);
     Json json;
-    json["users"] = lines;
-    std::cout << (options.json ? renderJson(json) : renderText(lines));
+    json["users"] = users;
+    std::cout << (options.json ? renderJson(json) : renderText(users));
 }
 
 // ---- Passwords --------------------------------------------------------------------------------

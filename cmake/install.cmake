@@ -29,7 +29,10 @@ set(PROGRAM_FOLDER ${CMAKE_INSTALL_SBINDIR})
 set(CLIENT_FOLDER ${CMAKE_INSTALL_BINDIR})")
 install_configured(vokcontrol.pc ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/glossary.md docs/install.md
-        docs/protocol.md docs/security.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+        docs/programs.md docs/protocol.md docs/security.md docs/troubleshooting.md
+        DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} USE_SOURCE_PERMISSIONS)
+install(DIRECTORY docs/json DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol)
 install(FILES ${packaging}/man/vokcontrol.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES ${packaging}/man/vokcontrol-protocol.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
 

@@ -6,20 +6,13 @@
 #include "client/exchange.h"
 #include "client/failure.h"
 #include "core/bytes.h"
+#include "page/service.h"
 
 namespace page {
 namespace {
 
-/// Shorter than a page may take, so that the visitor is told.
-constexpr unsigned kPatience = 20;
-
 /// What the service can take for a name or a password in one piece.
 constexpr std::size_t kLongest = 200;
-
-client::Connection connectionOf(const config::Configuration& settings)
-{
-    return {.socket = settings.socket, .timeout = kPatience};
-}
 
 bool isSendable(const std::string& text)
 {

@@ -7,53 +7,22 @@
 #include "page/administrators.h"
 #include "page/layout.h"
 #include "page/log.h"
+#include "page/new_account.h"
 #include "page/pages.h"
 
 namespace page {
 namespace {
 
-/// What is wrong with an answer, in words; empty if nothing is.
-struct Complaints {
-    std::string_view name;
-    std::string_view password;
-    std::string other;
-
-    [[nodiscard]] bool areNone() const { return name.empty() && password.empty() && other.empty(); }
-};
-
-Complaints complaintsOf(const Form& form)
-{
-    const Credentials credentials = readCredentials(form);
-    Complaints complaints{.name = complainOfNewName(credentials.name),
-                          .password = complainOfNewPassword(credentials.password),
-                          .other = {}};
-    if (complaints.password.empty() && form.value("repeated") != credentials.password) {
-        complaints.password = "The two passwords differ.";
-    }
-    return complaints;
-}
-
-Html otherComplaint(const Complaints& complaints)
-{
-    if (complaints.other.empty()) {
-        return {};
-    }
-    return notice(Mood::kBad, Html() << "<p>" << Text{complaints.other} << "</p>");
-}
-
 Page form(const Visit& visit, const Complaints& complaints)
 {
     Page page;
     page.title = "Setup";
-    page.body << setupSteps(true)
+    page.body << setupSteps(true) << complaints.summary()
               << R"(<section class="card narrow"><h2>First: the administrator</h2>
 <p>This appliance is new. The account that you make now may change everything on these pages; all that
 follows needs its password.</p>
-)" << otherComplaint(complaints)
-              << openForm(visit.token, "/setup/administrator")
-              << nameField(visit.request.form.value("name"), complaints.name)
-              << passwordField("password", "Password", "new-password", complaints.password)
-              << passwordField("repeated", "The password once more", "new-password", "")
+)" << openForm(visit.token, "/setup/administrator")
+              << accountFields(visit.request.form, complaints)
               << R"(<p class="buttons"><button class="main">Next</button></p>
 </form>
 </section>
@@ -85,14 +54,16 @@ Page makeFirstAdministrator(Visit& visit)
     if (!visit.request.isPost()) {
         return form(visit, {});
     }
-    Complaints complaints = complaintsOf(visit.request.form);
+    const Credentials credentials = readCredentials(visit.request.form);
+    Complaints complaints =
+        complaintsOfAccount(visit.request.form, complainOfNewName(credentials.name));
     if (!complaints.areNone()) {
         return form(visit, complaints);
     }
     try {
-        return create(visit, readCredentials(visit.request.form));
+        return create(visit, credentials);
     } catch (const client::Failure& failure) {
-        complaints.other = std::string("The account was not made: ") + failure.what() + ".";
+        complaints.add(failure, kBlamedInAccount);
         return form(visit, complaints);
     }
 }

@@ -21,7 +21,7 @@ Html head(const Frame& frame, const Page& page)
     out << R"(</title>
 <link rel="icon" href="/icon.svg" type="image/svg+xml">
 <link rel="stylesheet" href="/style.css">
-)";
+)" << page.head;
     return out;
 }
 

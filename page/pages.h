@@ -36,6 +36,8 @@ struct Cookie {
 struct Page {
     std::string title = {};
     Html body = {};
+    Html head = {};          ///< what is added to the head of the page
+    bool isFragment = false; ///< the body is the whole answer, for a script of a page to put in
     int status = 200;
     std::optional<std::string_view> next = {}; ///< the path of the page that is shown instead
     std::vector<Cookie> cookies = {};
@@ -43,6 +45,9 @@ struct Page {
 };
 
 [[nodiscard]] Page makeOverview(Visit& visit);
+[[nodiscard]] Page makeShares(Visit& visit);
+[[nodiscard]] Page makeUsers(Visit& visit);
+[[nodiscard]] Page makeCollection(Visit& visit);
 [[nodiscard]] Page makeSetup(Visit& visit);
 [[nodiscard]] Page makeSync(Visit& visit);
 [[nodiscard]] Page makeLogin(Visit& visit);

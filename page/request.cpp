@@ -134,6 +134,7 @@ Request readHead(const Variables& variables)
     Request request;
     request.method = variables["REQUEST_METHOD"];
     request.path = variables["PATH_INFO"];
+    request.query = Form(variables["QUERY_STRING"]);
     request.authority = variables["HTTP_HOST"];
     request.origin = variables["HTTP_ORIGIN"];
     request.fetchSite = variables["HTTP_SEC_FETCH_SITE"];
@@ -142,6 +143,7 @@ Request readHead(const Variables& variables)
     request.isSecure = isOn(variables["HTTPS"]) || variables["REQUEST_SCHEME"] == "https";
     request.session = tokenIn(variables["HTTP_COOKIE"], kSessionCookie);
     request.token = tokenIn(variables["HTTP_COOKIE"], kTokenCookie);
+    request.deed = cookieValue(variables["HTTP_COOKIE"], kDeedCookie);
     if (!request.isPost() && request.method != "GET" && request.method != "HEAD") {
         throw Refusal(kMethodNotAllowed, "Pages are read or sent a form; nothing else.");
     }

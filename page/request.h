@@ -20,6 +20,8 @@ inline constexpr std::size_t kMaxBodySize = 16384;
 
 inline constexpr std::string_view kTokenCookie = "vokpage_token";
 inline constexpr std::string_view kSessionCookie = "vokpage_session";
+/// What the form before has done, for the page that follows it.
+inline constexpr std::string_view kDeedCookie = "vokpage_deed";
 inline constexpr std::string_view kTokenField = "token";
 
 /// The statuses of requests that are not served.
@@ -51,6 +53,7 @@ class Refusal : public std::runtime_error {
 struct Request {
     std::string method;
     std::string path;       ///< what stands behind the program's own name: "", "/setup" and so on
+    Form query;             ///< the fields that follow the "?" of the address
     std::string authority;  ///< host and port, as the browser named them
     std::string origin;     ///< of the page that sent a form; empty if the browser does not say
     std::string fetchSite;  ///< how far that page is from here; empty if the browser does not say
@@ -58,6 +61,7 @@ struct Request {
     std::string address;    ///< whence the request came, for the log
     std::string session;    ///< the token of a session that the browser shows; empty if it has none
     std::string token;      ///< the browser's while it has no session; empty if it has none
+    std::string deed;       ///< what the form before has done (deed.h); empty if there is nothing
     bool isSecure = false;  ///< whether it came over TLS
     Form form;              ///< of a POST
 

@@ -41,12 +41,14 @@ void addHeader(std::string& out, std::string_view name, std::string_view value)
     out.append(name).append(": ").append(value).append("\r\n");
 }
 
-/// Script comes from the page itself, marked with the nonce, and from files of this server.
+/// Script comes from the page itself, marked with the nonce, and from files of this server. It may
+/// ask this server for more.
 std::string securityPolicy(std::string_view nonce)
 {
     std::string policy = "default-src 'none'; script-src 'self' 'nonce-";
     policy.append(nonce);
-    policy.append("'; style-src 'self'; img-src 'self'; form-action 'self'; base-uri 'none'; "
+    policy.append("'; style-src 'self'; img-src 'self'; connect-src 'self'; form-action 'self'; "
+                  "base-uri 'none'; "
                   "frame-ancestors 'none'");
     return policy;
 }

@@ -23,6 +23,9 @@ constexpr std::chrono::seconds kRetryAfter{2};
 constexpr auto kPages = std::to_array<PageEntry>({
     // path                   label            page                    read            write           listed
     {"",                      "Overview",      makeOverview,           kAccount,       std::nullopt,   true},
+    {"/shares",               "Shares",        makeShares,             kAccount,       kAdministrator, true},
+    {"/users",                "Users",         makeUsers,              kAccount,       kAdministrator, true},
+    {"/collection",           "Collection",    makeCollection,         kAccount,       kAdministrator, false},
     {"/setup",                "Setup",         makeSetup,              kAdministrator, kAdministrator, true},
     {"/setup/administrator",  "Administrator", makeFirstAdministrator, kNewcomer,      kNewcomer,      false},
     {"/sync",                 "Sync",          makeSync,               kAccount,       kAdministrator, true},
@@ -87,17 +90,29 @@ Page makePage(const PageEntry& entry, Visit& visit)
     return entry.make(visit);
 }
 
-Response respond(const Page& page, const Frame& frame, const Script& script)
+/// The page in its frame, if that is wanted. The name comes last: the page may just have changed
+/// it.
+Html finish(const Page& page, const PageEntry& entry, const Visit& visit, const std::string& nonce)
+{
+    if (page.isFragment) {
+        return page.body;
+    }
+    return layOut({kPages, entry.path, nonce, applianceName(), visit.visitor, visit.token}, page,
+                  visit.script);
+}
+
+Response respond(const Page& page, const PageEntry& entry, const Visit& visit)
 {
     Response response;
-    response.nonce = frame.nonce;
+    response.nonce = makeToken();
     response.cookies = page.cookies;
+    response.isSecure = visit.request.isSecure;
     response.status = page.next ? kSeeOther : page.status;
     response.retryAfter = page.retryAfter;
     if (page.next) {
         response.location.append(kProgramUrl.view()).append(*page.next);
     } else {
-        response.page = layOut(frame, page, script);
+        response.page = finish(page, entry, visit, response.nonce);
     }
     return response;
 }
@@ -131,11 +146,7 @@ Response answerGood(const Variables& variables, int body)
     if (!newToken.empty()) {
         page.cookies.push_back({kTokenCookie, newToken});
     }
-    // The name comes last: the page may just have changed it.
-    Response response = respond(
-        page, {kPages, entry.path, makeToken(), applianceName(), visitor, visit.token}, script);
-    response.isSecure = request.isSecure;
-    return response;
+    return respond(page, entry, visit);
 }
 
 /// The methods that the page at a path takes.

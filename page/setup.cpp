@@ -2,12 +2,16 @@
 //
 // The setup: a form of several steps. Each step carries the answers of those before it along, so
 // that nothing is stored before the last.
+#include <array>
 #include <string>
 #include <vector>
 
 #include "core/languages.h"
 #include "page/layout.h"
 #include "page/pages.h"
+#include "page/phrase.h"
+#include "page/public_share.h"
+#include "page/service.h"
 #include "page/setup_apply.h"
 #include "page/setup_form.h"
 #include "vokcontrol.h"
@@ -21,7 +25,8 @@ constexpr Literal kUrl = "/setup";
 struct Setup {
     SetupStep step;
     SetupValues values;
-    bool isRefused; ///< as in Standing
+    bool isRefused;    ///< as in Standing, or as the appliance has it
+    PublicShare share; ///< from the summary on
     std::vector<std::string> failures;
 };
 
@@ -50,17 +55,35 @@ SetupStep announce(const Form& form, SetupStep step)
     return static_cast<SetupStep>(::printNextPage());
 }
 
+/// Looks for the public share, and creates it at the end. With a name that cannot be taken the form
+/// goes back to the step that asks for it, before anything is stored.
+void provideShare(const Visit& visit, Setup& setup)
+{
+    if (setup.step < kSummary) {
+        return;
+    }
+    const auto provide = (setup.step == kApplied) ? providePublicShare : findPublicShare;
+    setup.share = provide(connectionOf(visit.settings), setup.values.shareName);
+    if (setup.share.state == PublicShare::State::kBadName) {
+        setup.step = kSharing;
+        setup.isRefused = true;
+    }
+}
+
 Setup currentStep(Visit& visit)
 {
     return visit.script.run([&visit] {
         const Form& form = visit.request.form;
         const Standing standing = standingOf(form);
         Setup setup{};
-        setup.step = announce(form, standing.step);
+        setup.step = standing.step;
         setup.isRefused = standing.isRefused;
         setup.values = readSetupValues(form);
+        provideShare(visit, setup);
+        setup.step = announce(form, setup.step);
         if (setup.step == kApplied) {
-            setup.failures = applySetup(setup.values);
+            setup.values.shareName = setup.share.name;
+            setup.failures = applySetup(setup.values, setup.share);
         } else if (!setup.isRefused) {
             fillIn(setup.values);
         }
@@ -122,10 +145,19 @@ autocomplete="off" autocapitalize="none" spellcheck="false" title="Letters A to 
            << complaint("host_name-complaint", words);
 }
 
+/// What is wrong with the share's name, as the page or the appliance has it.
+std::string_view shareComplaint(const Setup& setup)
+{
+    if (!setup.isRefused) {
+        return "";
+    }
+    const std::string_view words = complainOfShareName(setup.values.shareName);
+    return words.empty() ? std::string_view(setup.share.words) : words;
+}
+
 Html shareNameField(const Setup& setup)
 {
-    const std::string_view words =
-        setup.isRefused ? complainOfShareName(setup.values.shareName) : "";
+    const std::string_view words = shareComplaint(setup);
     return Html()
            << R"(<p class="field"><label for="share_name">Name of the public share</label>
 <input id="share_name" name="share_name" value=")"
@@ -150,6 +182,26 @@ Html summaryFacts(const SetupValues& values)
                   << fact("Public share", values.shareName) << "</dl>\n";
 }
 
+/// What the setup does, or has done, about the public share.
+Html shareSentence(const PublicShare& share)
+{
+    using enum PublicShare::State;
+    const auto name = std::to_array({share.name});
+    switch (share.state) {
+    case kNew:
+        return phrase("The public share {} will be created.", name);
+    case kThere:
+        return phrase("The public share {} exists already and stays as it is.", name);
+    case kCreated:
+        return phrase("The public share {} was created.", name);
+    case kFailed:
+        return phrase("Whether the public share {} exists already is not known now.", name);
+    case kBadName:
+        break;
+    }
+    return {};
+}
+
 // ---- One function a step ----------------------------------------------------------------------
 
 Html naming(const Visit& visit, const Setup& setup)
@@ -171,8 +223,8 @@ Html summary(const Visit& visit, const Setup& setup)
 {
     return Html()
            << "<h2>Step 3 of 3: check</h2>\n<p>Nothing has been changed yet. Is this right?</p>\n"
-           << summaryFacts(setup.values) << openForm(visit.token, kUrl)
-           << hidden("language", setup.values.language)
+           << summaryFacts(setup.values) << "<p>" << shareSentence(setup.share) << "</p>\n"
+           << openForm(visit.token, kUrl) << hidden("language", setup.values.language)
            << hidden("host_name", setup.values.hostName)
            << hidden("share_name", setup.values.shareName) << buttons("3", "Apply", "1");
 }
@@ -193,7 +245,8 @@ Html outcome(const Setup& setup)
 
 Html applied(const Setup& setup)
 {
-    return Html() << outcome(setup) << summaryFacts(setup.values)
+    return Html() << outcome(setup) << summaryFacts(setup.values) << "<p>"
+                  << shareSentence(setup.share) << "</p>\n"
                   << R"(<p class="buttons"><a class="button" href=")" << kProgramUrl
                   << R"(">To the overview</a></p>
 )";

@@ -5,7 +5,8 @@
 #include "vokcontrol.h"
 
 namespace page {
-std::vector<std::string> applySetup(const SetupValues& values)
+
+std::vector<std::string> applySetup(const SetupValues& values, const PublicShare& share)
 {
     std::vector<std::string> failures;
     const auto note = [&failures](int result, const char* complaint) {
@@ -21,8 +22,12 @@ std::vector<std::string> applySetup(const SetupValues& values)
          "The appliance did not take the name.");
     note(::setSysVar(values.hostName.c_str(), "tovSetNmbdSysname"),
          "The appliance did not take the name for its shares.");
-    note(::setvar("pel_pubshare_name", values.shareName.c_str()),
-         "The name of the public share could not be stored.");
+    if (share.state == PublicShare::State::kFailed) {
+        failures.push_back("The public share was not created. " + share.words);
+    } else {
+        note(::setvar("pel_pubshare_name", share.name.c_str()),
+             "The name of the public share could not be stored.");
+    }
     if (failures.empty()) {
         note(::setvar("firsttime", "0"), "The end of the setup could not be stored.");
     }

@@ -102,9 +102,12 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/changelog.Debian.gz
 /usr/share/doc/vokcontrol/changelog.gz
 /usr/share/doc/vokcontrol/copyright
+/usr/share/doc/vokcontrol/examples/nightly
+/usr/share/doc/vokcontrol/examples/vokcontrol.py
 /usr/share/doc/vokcontrol/glossary.md.gz
 /usr/share/doc/vokcontrol/install.md.gz
 /usr/share/doc/vokcontrol/monitoring.md
+/usr/share/doc/vokcontrol/programs.md.gz
 /usr/share/doc/vokcontrol/protocol.md.gz
 /usr/share/doc/vokcontrol/security.md.gz
 /usr/share/doc/vokcontrol/web-server.md

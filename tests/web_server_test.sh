@@ -103,6 +103,9 @@ ask='
     ask /cgi-bin/vokpage/sync
     ask /cgi-bin/vokpage/sync -H "Origin: $at" -d "switch=off&token=$(token)"
     ask /cgi-bin/vokpage/none
+    vokctl collect --wait 60 2>/dev/null
+    ask "/cgi-bin/vokpage?sort=name"
+    grep -o "aria-sort=\"[a-z]*\"" /tmp/page
     curl -sk -o /dev/null -w "%{http_code} %{content_type}\n" "$at/style.css"
     grep -c "\"anna\" sends a form to \"/sync\"" /tmp/log
 '
@@ -116,6 +119,8 @@ expected='303 /cgi-bin/vokpage
 200 Sync
 200 Sync
 404 That did not work
+200 Overview
+aria-sort="ascending"
 200 text/css
 1'
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "sharestatus/semaphore_format.h"
+#include "view/disk_judgement.h"
 #include "view/share_folders.h"
 #include "view/unmeasured.h"
 
@@ -111,15 +112,15 @@ void judgeAge(const Situation& situation, const Configuration& configuration, Fi
 void judgeInterruption(const Situation& situation, Findings& out)
 {
     const PublishedStatus& status = situation.status;
-    if (!status.isInterrupted || !status.collectingSince) {
+    const std::optional<std::time_t> end = blockedUntil(status);
+    if (!end) {
         return;
     }
-    const std::time_t end = *status.collectingSince + sharestatus::kBusySeconds;
     const std::string advice =
-        (situation.now >= end)
+        (situation.now >= *end)
             ? ": start another one."
             : ". Another one can start in " +
-                  formatCount(static_cast<std::uint64_t>(end - situation.now) / 60 + 1, "minute",
+                  formatCount(static_cast<std::uint64_t>(*end - situation.now) / 60 + 1, "minute",
                               "minutes") +
                   ", or at once if root first removes " + sharestatus::kSemaphoreFile + ".";
     out.push_back({.level = Level::kWarning,
@@ -250,12 +251,14 @@ Situation readSituation(PublishedStatus status)
     return {.status = std::move(status),
             .capacity = readCapacity(),
             .listed = listShareFolders(),
+            .arrays = readDiskArrays(),
             .now = std::time(nullptr)};
 }
 
 Findings judge(const Situation& situation, const Configuration& configuration)
 {
     Findings findings;
+    judgeArrays(situation.arrays, findings);
     judgeCapacity(situation, configuration, findings);
     judgeResult(situation.status, findings);
     judgeInterruption(situation, findings);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// judgement.h: whether all is well with the appliance's shares, and if not, what to do. The one
-// place that says what is how bad; thresholds and the meaning of backup states come from the
-// configuration.
+// judgement.h: whether all is well with the appliance's shares and disks, and if not, what to do.
+// The one place that says what is how bad; thresholds and the meaning of backup states come from
+// the configuration.
 #pragma once
 
 #include <ctime>
@@ -12,6 +12,7 @@
 
 #include "config/configuration.h"
 #include "view/capacity.h"
+#include "view/disk_arrays.h"
 #include "view/published_status.h"
 
 namespace view {
@@ -34,6 +35,7 @@ struct Situation {
     PublishedStatus status;
     std::optional<Capacity> capacity;               ///< nothing if it is not known
     std::optional<std::vector<std::string>> listed; ///< the shares that there are, if known
+    std::vector<DiskArray> arrays;                  ///< none if the disks form none
     std::time_t now = 0;
 };
 

@@ -3,7 +3,7 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstdint>
+#include <sys/stat.h>
 #include <thread>
 #include <utility>
 
@@ -131,6 +131,24 @@ PublishedStatus readPublishedStatus()
     }
     lookForReports(status.shares);
     return status;
+}
+
+std::optional<std::time_t> blockedUntil(const PublishedStatus& status)
+{
+    if (!status.isInterrupted || !status.collectingSince) {
+        return std::nullopt;
+    }
+    return *status.collectingSince + sharestatus::kBusySeconds;
+}
+
+std::int64_t lastWritten()
+{
+    constexpr std::int64_t kNanoseconds = 1000000000;
+    struct stat status = {};
+    if (::stat(sharestatus::kStatusFile, &status) != 0) {
+        return 0;
+    }
+    return status.st_mtim.tv_sec * kNanoseconds + status.st_mtim.tv_nsec;
 }
 
 } // namespace view

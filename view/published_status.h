@@ -3,6 +3,7 @@
 // published_status.h: what the last collection of the share status found, and whether one runs now.
 #pragma once
 
+#include <cstdint>
 #include <ctime>
 #include <optional>
 #include <vector>
@@ -39,5 +40,13 @@ struct PublishedStatus {
 /// get some of the old status and some of the new. So two reads right after each other must agree.
 /// If they do not, or if what they see is damaged, it reads again every 20 ms, for at most 200 ms.
 [[nodiscard]] PublishedStatus readPublishedStatus();
+
+/// Until when the mark of an interrupted collection keeps others from starting; nothing if there is
+/// no such mark. The time may be over.
+[[nodiscard]] std::optional<std::time_t> blockedUntil(const PublishedStatus& status);
+
+/// When the status file was last written, in nanoseconds; 0 if there is none. Two statuses that
+/// were published in one second differ in it.
+[[nodiscard]] std::int64_t lastWritten();
 
 } // namespace view

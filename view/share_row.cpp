@@ -98,21 +98,6 @@ std::optional<std::vector<ShareRow>> readRecords(std::string_view payload)
     return table.isAtEnd() ? std::optional(std::move(rows)) : std::nullopt;
 }
 
-BackupLevel judgeBackup(const ShareRow& share, std::chrono::sys_days today)
-{
-    using enum BackupLevel;
-    constexpr std::chrono::days kRecentDays{7};
-    constexpr std::chrono::days kAgeingDays{30};
-    if (!share.backupDay) {
-        return kNone;
-    }
-    const auto age = today - *share.backupDay;
-    if (age <= kRecentDays) {
-        return kRecent;
-    }
-    return (age <= kAgeingDays) ? kAgeing : kOld;
-}
-
 std::uint64_t totalUsed(const std::vector<ShareRow>& shares)
 {
     return std::accumulate(shares.begin(), shares.end(), std::uint64_t{0},

@@ -43,11 +43,6 @@ struct ShareRow {
 /// end where it ends.
 [[nodiscard]] std::optional<std::vector<ShareRow>> readRecords(std::string_view payload);
 
-/// How much the backup of a share can be relied on.
-enum class BackupLevel { kRecent, kAgeing, kOld, kNone };
-
-[[nodiscard]] BackupLevel judgeBackup(const ShareRow& share, std::chrono::sys_days today);
-
 /// The space that all shares use together, in KiB.
 [[nodiscard]] std::uint64_t totalUsed(const std::vector<ShareRow>& shares);
 

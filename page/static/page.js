@@ -26,7 +26,71 @@ if (driveCount !== null && typeof tov_hdds === "function") {
     }
 }
 
-// Overview: a collection that runs now has news soon.
-if (document.querySelector("[data-collecting]") !== null) {
-    setTimeout(() => location.reload(), 3000);
+// Overview: while a collection runs, its progress is asked for again and again and put into the page;
+// at the end all that it has changed. Nothing else is touched, so that the focus stays where it is.
+const collection = document.querySelector("#collection");
+const OVERVIEW = "/cgi-bin/vokpage";
+const PAUSE = 2000;
+const LONGEST_PAUSE = 60000;
+
+// The text of a page; null if the appliance does not give it now. A login that has ended leads elsewhere.
+async function fetchText(address) {
+    const response = await fetch(address).catch(() => null);
+    if (response?.redirected) {
+        location.reload();
+    }
+    return response?.ok && !response.redirected ? response.text() : null;
+}
+
+function replaceKeepingFocus(part, other) {
+    const focused = part.contains(document.activeElement) ? document.activeElement.id : "";
+    part.replaceChildren(...other.childNodes);
+    if (focused !== "") {
+        document.getElementById(focused)?.focus({ preventScroll: true });
+    }
+}
+
+async function showNewStatus() {
+    const text = await fetchText(location.href);
+    if (text === null) {
+        return false;
+    }
+    const fresh = new DOMParser().parseFromString(text, "text/html");
+    for (const part of document.querySelectorAll("[data-live], #collection")) {
+        const other = fresh.getElementById(part.id);
+        if (other !== null && other.innerHTML !== part.innerHTML) {
+            replaceKeepingFocus(part, other);
+        }
+    }
+    return true;
+}
+
+function isCollecting() {
+    return collection.querySelector("[data-collecting]") !== null;
+}
+
+// Returns whether the appliance has answered.
+async function showProgress() {
+    const text = await fetchText(`${OVERVIEW}/collection`);
+    if (text === null) {
+        return false;
+    }
+    // What is put in anew is read out anew.
+    if (text.trim() !== collection.innerHTML.trim()) {
+        collection.innerHTML = text;
+    }
+    return isCollecting() || showNewStatus();
+}
+
+// An appliance that does not answer is asked less and less often, and one that nobody looks at not at all.
+async function follow(pause) {
+    await new Promise((resolve) => setTimeout(resolve, pause));
+    const isAnswered = document.hidden || await showProgress();
+    if (isCollecting() || !isAnswered) {
+        follow(isAnswered ? PAUSE : Math.min(2 * pause, LONGEST_PAUSE));
+    }
+}
+
+if (collection !== null && isCollecting()) {
+    follow(PAUSE);
 }

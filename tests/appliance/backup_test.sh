@@ -28,15 +28,15 @@ vokctl: the report was kept
 __bkanna=1TODAY
 __bkjohannes=9TODAY
 vokctl: the status service was started, unless it was running already
-SHARE           USED  STATE       LAST BACKUP
-Documents N K  3           TODAY
-Photos N M  0           2026-11-20
-Projects N K  unreadable  -
-Media N G  -           -
-Empty N K  -           -
-Family Videos N M  2           2026-11-15
-Économies N K  1           2026-10-31
-Accounts N M  -           -
+SHARE           USED  STATE               LAST BACKUP
+Documents N K  3                   TODAY
+Photos N M  0                   2026-11-20
+Projects N K  unreadable          -
+Media N G  -                   -
+Empty N K  -                   -
+Family Videos N M  2 (disk not found)  2026-11-15
+Économies N K  1 (complete)        2026-10-31
+Accounts N M  -                   -
 
 The internal disk holds 500 GB.
 the list again: same' "$(

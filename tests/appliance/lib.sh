@@ -15,7 +15,7 @@ trap 'chmod -R u+rwX "$roots" && rm -rf "$roots"' EXIT
 export VOKCONTROL_ROOTS=$roots
 
 appliance() {
-    local -a options=(--build "$build")
+    local -a options=(--build "$build" --host-disk)
     "$clone/appliance/start" "${options[@]}" "$@"
 }
 

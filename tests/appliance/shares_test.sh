@@ -74,8 +74,8 @@ Tax papers|private|internal
 Music|public|internal
 755 755
 vokctl: the status service was started, unless it was running already = 0
-Tax papers N K  -           -
-Music N K  -           -' "$(inside '
+Tax papers N K  -                   -
+Music N K  -                   -' "$(inside '
     echo secret >/tmp/password
     try vokctl users create carla </tmp/password
     try vokctl shares create "Tax papers" --for carla

@@ -41,6 +41,21 @@ expect 'a state folder keeps shares and settings' 'kept kept' "$(
 expect 'shares are made once' 9 "$(appliance --state "$state" sh -c 'ls /share | grep -vc mark')"
 chmod -R u+rwX "$state" && rm -rf "$state"
 
+# What begins a scene's findings; a disk of the appliance's own is known to the byte.
+in_scene() {
+    VOKCONTROL_ROOTS=$roots "$clone/appliance/start" --build "$build" --scene "$1" sh -c "$2"
+}
+expect 'a full disk' 'Critical: The disk is 98 % full, with 45 MB free: 4096' "$(in_scene full-disk '
+    vokctl collect --wait 60 2>/dev/null
+    echo "$(vokctl status | sed -n "s/ delete what.*//p") $(stat -f -c %s /share)"')"
+expect 'a collection that was interrupted' 'Warning: The collection that began 1 hour ago was interrupted.' \
+    "$(in_scene interrupted 'vokctl status' 2>/dev/null | grep -o '^Warning: The collection .* interrupted\.')"
+expect 'more shares than a list can hold' '300, and 131 more are not measured' "$(in_scene many-shares '
+    vokctl collect --wait 60 2>/dev/null
+    echo "$(vokctl shares list | grep -c "^Archive"), $(vokctl status | grep -o "and 131 more are not measured")"')"
+expect 'an unknown scene is said' 'start: there is no scene "lost"; see appliance/start --help' \
+    "$(in_scene lost true 2>&1 || true)"
+
 expect 'wrong usage ends with 2' 2 "$(appliance --unknown 2>/dev/null || echo $?)"
 expect 'an option without its value ends with 2' 2 "$(appliance --state 2>/dev/null || echo $?)"
 expect 'missing programs are said' "start: there is no /nowhere/vokcontrol yet; run scripts/build first" \

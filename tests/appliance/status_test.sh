@@ -21,18 +21,19 @@ without_sizes() {
 
 table='TOTAL
 
-SHARE           USED  STATE       LAST BACKUP
-Documents N K  1           2026-11-18
-Photos N M  0           2026-11-20
-Projects N K  unreadable  -
-Media N G  -           -
-Empty N K  -           -
-Family Videos N M  2           2026-11-15
-Économies N K  1           2026-10-31
-Accounts N M  -           -
+SHARE           USED  STATE               LAST BACKUP
+Documents N K  1 (complete)        2026-11-18
+Photos N M  0                   2026-11-20
+Projects N K  unreadable          -
+Media N G  -                   -
+Empty N K  -                   -
+Family Videos N M  2 (disk not found)  2026-11-15
+Économies N K  1 (complete)        2026-10-31
+Accounts N M  -                   -
 
 Published WHEN. No collection is running.
 
+Critical: The backup of Family Videos on 15 November 2026 has failed with state 2 (disk not found): see why, and back up again.
 Warning: 1 of 8 shares has a backup report that cannot be read: Projects. What to do: have the backup reported again.
 Warning: 3 of 8 shares have never been backed up: Media, Empty, Accounts. What to do: set up a backup.'
 

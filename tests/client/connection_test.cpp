@@ -213,7 +213,7 @@ TEST_F(Connected, settingsSayWhereTheServiceIsAndOptionsWinOverThem)
     });
     EXPECT_EQ(
         sendRequest({.socket = kSocket, .timeout = {}, .file = "/tmp/settings"}, "x").complaint,
-        "the service has not answered within 1 seconds. It may be busy; try again, or raise "
+        "the service has not answered within 1 second. It may be busy; try again, or raise "
         "--timeout.");
 }
 
@@ -255,7 +255,7 @@ TEST_F(Connected, serviceThatDoesNotAnswerIsWaitedForSoLong)
     const Reply reply = sendRequest(connection(1), "x");
     const auto taken = std::chrono::steady_clock::now() - start;
     EXPECT_EQ(reply.code, client::kNoAnswer);
-    EXPECT_EQ(reply.complaint, "the service has not answered within 1 seconds. It may be busy; try "
+    EXPECT_EQ(reply.complaint, "the service has not answered within 1 second. It may be busy; try "
                                "again, or raise --timeout.");
     EXPECT_GE(taken, std::chrono::milliseconds(900));
     EXPECT_LT(taken, std::chrono::seconds(10));

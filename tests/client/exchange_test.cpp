@@ -10,6 +10,7 @@
 #include <poll.h>
 #include <random>
 #include <set>
+#include <sstream>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -205,6 +206,24 @@ TEST_F(Exchange, refusalIsSaidInTheWordsOfItsCommand)
     }
 }
 
+TEST_F(Exchange, refusalSaysWhoseStatusItIs)
+{
+    const std::vector<std::pair<std::string, std::string>> refusals = {
+        {le32(0x20000006), "shar 0x20000006"},
+        {"serv " + le32(0x53000006) + kZero, "serv 0x53000006"}};
+    for (const auto& [bytes, expected] : refusals) {
+        answer({bytes});
+        try {
+            client::askToDo(connection(), kCreate);
+            ADD_FAILURE() << "it was not refused";
+        } catch (const client::Refused& refusal) {
+            std::ostringstream said;
+            said << refusal.command() << " 0x" << std::hex << cmdsvc::wordOf(refusal.status());
+            EXPECT_EQ(said.str(), expected);
+        }
+    }
+}
+
 // ---- Asking for lines -------------------------------------------------------------------------
 
 TEST_F(Exchange, linesFollowTheirHeader)
@@ -344,7 +363,7 @@ TEST_F(Exchange, serviceThatIsAwayClosedOrSilentIsAFailure)
                   "root.");
     answer({});
     EXPECT_EQ(failureOf([] { static_cast<void>(client::askForBytes(connection(1), kPublicName)); }),
-              "5: the service has not answered within 1 seconds. It may be busy; try again, or "
+              "5: the service has not answered within 1 second. It may be busy; try again, or "
               "raise --timeout.");
 }
 

@@ -248,10 +248,9 @@ TEST_F(UsersCommand, handlerThatCrashesIsSaid)
 TEST_F(UsersCommand, slowApplianceIsWaitedForSoLong)
 {
     root::stub("php", "sleep 3");
-    expectEnd(
-        vokctl({"users", "list", "--timeout", "1"}), 5, "",
-        "vokctl: the service has not answered within 1 seconds. It may be busy; try again, or "
-        "raise --timeout.\n");
+    expectEnd(vokctl({"users", "list", "--timeout", "1"}), 5, "",
+              "vokctl: the service has not answered within 1 second. It may be busy; try again, or "
+              "raise --timeout.\n");
 }
 
 // ---- Without a service ------------------------------------------------------------------------

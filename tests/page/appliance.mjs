@@ -7,6 +7,8 @@ import { fileURLToPath } from "node:url";
 
 const START = fileURLToPath(new URL("../../appliance/start", import.meta.url));
 
+export const STATUS_FILE = "/etc/pelconfig/vokcontrol/__shrStatus";
+
 /** The sample appliance's administrator. */
 export const ADMINISTRATOR = { name: "anna", password: "appliance" };
 
@@ -54,6 +56,11 @@ export class Appliance {
         await browser.type("#name", name);
         await browser.type("#password", password);
         await browser.follow("button.main");
+    }
+
+    /** Puts bytes into the status file. */
+    async publish(status) {
+        await this.run(`echo ${status.toString("base64")} | base64 -d >${STATUS_FILE}`);
     }
 
     async stop() {

@@ -174,6 +174,14 @@ export class Browser {
         return this.#post("goog/cdp/execute", { cmd, params });
     }
 
+    /** Shows the page as a window of this width does, in light or dark. */
+    async emulate({ width, isDark }) {
+        await this.devtools("Emulation.setDeviceMetricsOverride",
+            { width, height: 700, deviceScaleFactor: 1, mobile: false });
+        await this.devtools("Emulation.setEmulatedMedia",
+            { features: [{ name: "prefers-color-scheme", value: isDark ? "dark" : "light" }] });
+    }
+
     /** The whole page as PNG. */
     async screenshot() {
         const { data } = await this.devtools("Page.captureScreenshot", { captureBeyondViewport: true });

@@ -87,9 +87,10 @@ TEST_F(FirstAdministrator, accountThatIsThereIsNotTaken)
 {
     const FakeService service({answers::kNameTaken});
     const Page made = post("name=anna&password=a+secret&repeated=a+secret");
-    EXPECT_TRUE(contains(made.body.text(),
-                         "<p>The account was not made: a user of this name exists already, or the "
-                         "name is reserved (0x10000001).</p>"));
+    const std::string words = "A user of this name exists already, or the name is reserved.";
+    EXPECT_TRUE(contains(made.body.text(), "<li><a href=\"#name\">" + words + "</a></li>"));
+    EXPECT_TRUE(contains(made.body.text(), "aria-describedby=\"name-complaint\""));
+    EXPECT_TRUE(contains(made.body.text(), "&#10005;</span> " + words + "</p>"));
     EXPECT_TRUE(contains(made.body.text(), "value=\"anna\""));
     EXPECT_TRUE(made.cookies.empty());
     EXPECT_FALSE(root::exists(page::kAdministratorsFile));

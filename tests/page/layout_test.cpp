@@ -54,6 +54,15 @@ TEST(Layout, isAWholePage)
         contains(page, R"(<meta name="viewport" content="width=device-width, initial-scale=1">)"));
 }
 
+TEST(Layout, pageMayAddToTheHead)
+{
+    Page made = somePage();
+    made.head << "<meta name=\"x\">\n";
+    EXPECT_TRUE(contains(page::layOut({kPages, "", "abc", "box"}, made, Script()).text(),
+                         "<link rel=\"stylesheet\" href=\"/style.css\">\n<meta name=\"x\">\n"
+                         "<script src=\"/page.js\" defer></script>\n</head>\n"));
+}
+
 TEST(Layout, marksThePageInTheNavigation)
 {
     const std::string page = laidOut({kPages, "/setup", "abc", "box", visits::administrator()});

@@ -45,7 +45,7 @@ async function syncState() {
 // ---- In and out ---------------------------------------------------------------------------------
 
 test("every page leads to the login, and the login to the overview", async () => {
-    for (const place of ["", "/setup", "/sync"]) {
+    for (const place of ["", "/shares", "/users", "/setup", "/sync"]) {
         await browser.visit(urlOf(place));
         assert.equal(await browser.url(), urlOf("/login"));
         assert.equal(await browser.text("h1"), "Log in");
@@ -57,7 +57,7 @@ test("every page leads to the login, and the login to the overview", async () =>
     assert.equal(await browser.url(), urlOf());
     assert.equal(await browser.text("h1"), "Overview");
     assert.equal(await browser.text(".who bdi"), "anna");
-    assert.deepEqual(await browser.texts("nav a"), ["Overview", "Setup", "Sync"]);
+    assert.deepEqual(await browser.texts("nav a"), ["Overview", "Shares", "Users", "Setup", "Sync"]);
     assert.deepEqual(await browser.consoleMessages(), []);
 });
 
@@ -80,7 +80,7 @@ test("a wrong password is refused, and the next attempt has to wait", async () =
 
 test("other accounts may look and change nothing", async () => {
     await appliance.logIn(browser, BOB);
-    assert.deepEqual(await browser.texts("nav a"), ["Overview", "Sync"]);
+    assert.deepEqual(await browser.texts("nav a"), ["Overview", "Shares", "Users", "Sync"]);
     await browser.visit(urlOf("/sync"));
     assert.deepEqual(await browser.texts("main button"), []);
     await browser.visit(urlOf("/setup"));

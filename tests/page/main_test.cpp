@@ -10,6 +10,7 @@
 #include "page/administrators.h"
 #include "page/private_files.h"
 #include "page/sessions.h"
+#include "tests/page/service.h"
 #include "tests/page/visits.h"
 
 namespace {
@@ -70,9 +71,13 @@ TEST_F(Program, readsTheFormThatTheModuleAsksFor)
 
 TEST_F(Program, serverThatIgnoresItsChildrenMakesNoDifference)
 {
+    root::writeFile(config::kDefaultFile,
+                    std::string("[service]\nsocket = ") + FakeService::kSocket + "\n");
+    const FakeService service({"lsst " + root::le32(1) + "\nx\npublic\n"});
     const root::Ended ended =
         serve("trap '' CHLD; vokpage </tmp/body",
               "language=german&host_name=box&share_name=x&next_page=3&token=" + formToken_);
+    std::filesystem::remove(config::kDefaultFile);
     EXPECT_TRUE(contains(ended.output, "The setup is done."));
 }
 

@@ -76,6 +76,7 @@ class Requests : public root::Test {
 TEST_F(Requests, readsTheVariables)
 {
     variables.set("PATH_INFO", "/setup");
+    variables.set("QUERY_STRING", "sort=name%2D&wait=10");
     variables.set("HTTP_HOST", "127.0.0.1:8080");
     variables.set("HTTP_ORIGIN", "http://127.0.0.1:8080");
     variables.set("HTTP_SEC_FETCH_SITE", "same-origin");
@@ -84,6 +85,8 @@ TEST_F(Requests, readsTheVariables)
     const Request request = read();
     EXPECT_EQ(request.method, "GET");
     EXPECT_EQ(request.path, "/setup");
+    EXPECT_EQ(request.query.value("sort"), "name-");
+    EXPECT_EQ(request.query.value("wait"), "10");
     EXPECT_EQ(request.authority, "127.0.0.1:8080");
     EXPECT_EQ(request.host(), "127.0.0.1");
     EXPECT_EQ(request.origin, "http://127.0.0.1:8080");

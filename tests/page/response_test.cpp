@@ -17,7 +17,8 @@ page::Response response()
 const std::string kHeaders =
     "Content-Type: text/html; charset=utf-8\r\n"
     "Content-Security-Policy: default-src 'none'; script-src 'self' 'nonce-abc'; style-src 'self'; "
-    "img-src 'self'; form-action 'self'; base-uri 'none'; frame-ancestors 'none'\r\n"
+    "img-src 'self'; connect-src 'self'; form-action 'self'; base-uri 'none'; frame-ancestors "
+    "'none'\r\n"
     "X-Content-Type-Options: nosniff\r\n"
     "X-Frame-Options: DENY\r\n"
     "Referrer-Policy: same-origin\r\n"

@@ -12,11 +12,15 @@
 #include "config/configuration.h"
 #include "page/private_files.h"
 #include "page/slots.h"
+#include "tests/page/service.h"
 #include "tests/page/visits.h"
 
 namespace {
 
 using visits::contains;
+
+/// The public share that the setup is to make exists already.
+const std::string kShareIsThere = "lsst " + root::le32(1) + "\nx\npublic\n";
 
 class Routes : public root::Test {
   protected:
@@ -45,7 +49,8 @@ class Routes : public root::Test {
     /// What the administrator has settled for the pages.
     static void configure(const std::string& lines)
     {
-        root::writeFile(config::kDefaultFile, "[pages]\n" + lines);
+        root::writeFile(config::kDefaultFile,
+                        "[pages]\n" + lines + "[service]\nsocket = " + FakeService::kSocket + "\n");
     }
 
     std::string ask(const char* method, const char* path, const std::string& body = "")
@@ -103,6 +108,9 @@ struct Row {
 constexpr auto kRows = std::to_array<Row>({
     // path                  read: administrator, account, nobody, newcomer             form: the same
     {"",                     {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"405", "405", "405", "405"}},
+    {"/shares",              {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
+    {"/users",               {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
+    {"/collection",          {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"503", "403", "403", "403"}},
     {"/setup",               {"200",        "403",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/setup/administrator", {"403",        "403",        "303 /login", "200"},                      {"403", "403", "403", "200"}},
     {"/sync",                {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
@@ -215,8 +223,11 @@ TEST_F(Routes, twoSessionsOfOneBrowserAreRefused)
 TEST_F(Routes, everyPageIsServed)
 {
     logIn("anna");
-    const std::vector<std::pair<const char*, std::string>> pages = {
-        {"", "Overview"}, {"/setup", "Setup"}, {"/sync", "Sync"}};
+    const std::vector<std::pair<const char*, std::string>> pages = {{"", "Overview"},
+                                                                    {"/shares", "Shares"},
+                                                                    {"/users", "Users"},
+                                                                    {"/setup", "Setup"},
+                                                                    {"/sync", "Sync"}};
     for (const auto& [path, label] : pages) {
         const std::string answer = ask("GET", path);
         EXPECT_TRUE(answer.starts_with("Status: 200 OK\r\n")) << path;
@@ -225,6 +236,15 @@ TEST_F(Routes, everyPageIsServed)
         EXPECT_TRUE(contains(answer, R"(aria-current="page">)" + label + "</a>")) << path;
     }
     EXPECT_TRUE(contains(ask("GET", "/"), "<h1>Overview</h1>"));
+}
+
+TEST_F(Routes, fragmentComesWithoutAFrame)
+{
+    logIn("anna");
+    const std::string answer = ask("GET", "/collection");
+    EXPECT_EQ(answer.substr(answer.find("\r\n\r\n")),
+              "\r\n\r\n<p class=\"quiet\">No collection is running.</p>\n");
+    EXPECT_EQ(watch::calls(), std::vector<std::string>{}) << "it is asked for often";
 }
 
 TEST_F(Routes, otherPathsAreNotFound)
@@ -272,6 +292,7 @@ TEST_F(Routes, browserKeepsItsToken)
 
 TEST_F(Routes, formWithItsTokenIsTaken)
 {
+    const FakeService service({kShareIsThere});
     logIn("anna");
     const std::string answer =
         ask("POST", "/setup",
@@ -372,6 +393,7 @@ TEST_F(Routes, fewPagesAreMadeAtATime)
 
 TEST_F(Routes, newNameShowsAtOnce)
 {
+    const FakeService service({kShareIsThere});
     logIn("anna");
     root::stub("php", "case $2 in\n"
                       "tovSetNmbdSysname) echo \"<nmbdSysname>$3</nmbdSysname>\" >/stubs/name ;;\n"

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <csignal>
+#include <functional>
 #include <string>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -26,12 +27,14 @@ inline const std::string kNameTaken = root::le32(0x10000001);
 /// Gives its answers one a connection, in a process of its own, and keeps what it was sent.
 class FakeService {
   public:
-    explicit FakeService(const std::vector<std::string>& answers)
+    /// @param act  what it does before each answer, which gets the number of the request, from 1
+    explicit FakeService(
+        const std::vector<std::string>& answers, const std::function<void(int)>& act = [](int) {})
     {
         const int listener = root::listenAt(kSocket);
         process_ = ::fork();
         if (process_ == 0) {
-            serve(listener, answers);
+            serve(listener, answers, act);
             ::_exit(0);
         }
         ::close(listener);
@@ -54,13 +57,16 @@ class FakeService {
   private:
     static constexpr const char* kFrames = "/tmp/frames";
 
-    static void serve(int listener, const std::vector<std::string>& answers)
+    static void serve(int listener, const std::vector<std::string>& answers,
+                      const std::function<void(int)>& act)
     {
+        int number = 0;
         std::string frames;
         for (const std::string& answer : answers) {
             const int socket = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
             frames += root::receiveAll(socket);
             root::writeFile(kFrames, frames);
+            act(++number);
             [[maybe_unused]] const ssize_t sent = ::write(socket, answer.data(), answer.size());
             ::close(socket);
         }

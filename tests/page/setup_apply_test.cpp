@@ -16,6 +16,8 @@ using Words = std::vector<std::string>;
 const std::string kVariables = "/etc/pelconfig/system_var";
 const page::SetupValues kValues = {"traditional_chinese", "Storage-2", "Our 'share'"};
 
+const page::PublicShare kShare = {page::PublicShare::State::kCreated, "OUR 'share'"};
+
 class SetupEnd : public root::Test {
   protected:
     void SetUp() override
@@ -42,31 +44,31 @@ class SetupEnd : public root::Test {
 
 TEST_F(SetupEnd, storesEverythingWhereItBelongs)
 {
-    EXPECT_EQ(page::applySetup(kValues), Words{});
+    EXPECT_EQ(page::applySetup(kValues, kShare), Words{});
     EXPECT_EQ(lines(),
               (Words{line("tovSetLanguage", "traditional_chinese"),
                      line("tovSetHostname", "Storage-2"), line("tovSetNmbdSysname", "Storage-2")}));
     EXPECT_EQ(root::readFile(kVariables), "firsttime=0\nother=kept\nlanguage_current=tc\n"
-                                          "pel_pubshare_name=Our 'share'\n");
+                                          "pel_pubshare_name=OUR 'share'\n");
 }
 
 TEST_F(SetupEnd, tellsWhatTheSystemScriptRefuses)
 {
     root::writeFile("/stubs/refuse-tovSetHostname", "");
-    EXPECT_EQ(page::applySetup(kValues), Words{"The appliance did not take the name."});
+    EXPECT_EQ(page::applySetup(kValues, kShare), Words{"The appliance did not take the name."});
     EXPECT_EQ(root::readFile("/stubs/told"), "tovSetLanguage traditional_chinese\n"
                                              "tovSetHostname Storage-2\n"
                                              "tovSetNmbdSysname Storage-2\n")
         << "the rest is done";
     EXPECT_EQ(root::readFile(kVariables), "firsttime=1\nother=kept\nlanguage_current=tc\n"
-                                          "pel_pubshare_name=Our 'share'\n")
+                                          "pel_pubshare_name=OUR 'share'\n")
         << "but the first run is not over";
 }
 
 TEST_F(SetupEnd, tellsWhatCannotBeStored)
 {
     std::filesystem::remove(kVariables);
-    EXPECT_EQ(page::applySetup(kValues),
+    EXPECT_EQ(page::applySetup(kValues, kShare),
               (Words{"The language could not be remembered.",
                      "The name of the public share could not be stored."}));
 }
@@ -76,11 +78,18 @@ TEST_F(SetupEnd, tellsOfAllThatFails)
     root::stub("php", "exit 1");
     std::filesystem::remove(kVariables);
     EXPECT_EQ(
-        page::applySetup(kValues),
+        page::applySetup(kValues, kShare),
         (Words{"The appliance did not take the language.", "The language could not be remembered.",
                "The appliance did not take the name.",
                "The appliance did not take the name for its shares.",
                "The name of the public share could not be stored."}));
+}
+
+TEST_F(SetupEnd, shareThatIsNotThereIsNotNamed)
+{
+    EXPECT_EQ(page::applySetup(kValues, {page::PublicShare::State::kFailed, "Our 'share'", "Why."}),
+              Words{"The public share was not created. Why."});
+    EXPECT_EQ(root::readFile(kVariables), "firsttime=1\nother=kept\nlanguage_current=tc\n");
 }
 
 } // namespace

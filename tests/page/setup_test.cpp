@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "tests/page/service.h"
 #include "tests/page/visits.h"
 
 namespace {
 
+using root::le32;
 using visits::contains;
 using visits::Made;
 
@@ -20,6 +22,16 @@ std::string thisPage(int number)
     return "function this_page()\n{\n\treturn " + text +
            ";\n}\n//<!-- printNextPage() this_page() { return " + text + ";}-->\n";
 }
+
+/// The appliance's shares, without the one that the setup is to make and with it.
+const std::string kOther = "lsst " + le32(1) + "\nOther\npublic\n";
+const std::string kThere = "lsst " + le32(1) + "\nour SHARE\npublic\n";
+const std::string kPrivate = "lsst " + le32(1) + "\nOur share\nprivate\n";
+const std::string kAskForShares = "lsts " + le32(0) + "\n";
+const std::string kCreate = "pshr " + le32(3) + "\nguest\nOur share\n";
+
+const std::string kComplaint = R"(<p class="complaint" id="share_name-complaint">)"
+                               R"(<span aria-hidden="true">&#10005;</span> )";
 
 class SetupPage : public root::Test {
   protected:
@@ -34,7 +46,10 @@ class SetupPage : public root::Test {
 
     static Made post(const std::string& fields)
     {
-        return visits::make(page::makeSetup, visits::post(fields));
+        config::Configuration settings;
+        settings.socket = FakeService::kSocket;
+        return visits::make(page::makeSetup, visits::post(fields), visits::administrator(),
+                            settings);
     }
 
     static bool isUntouched()
@@ -66,12 +81,54 @@ TEST_F(SetupPage, eachStepCarriesTheAnswersAlong)
     EXPECT_TRUE(contains(sharing.body, R"(type="hidden" name="host_name" value="storage-2")"));
     EXPECT_TRUE(contains(sharing.body, R"(name="share_name" value="Our share")"));
 
+    const FakeService service({kOther});
     const Made summary = post(kAnswers + "2");
     EXPECT_EQ(summary.script, thisPage(2));
     EXPECT_TRUE(contains(summary.body, "<h2>Step 3 of 3: check</h2>"));
     EXPECT_TRUE(contains(summary.body, "<dd>Deutsch</dd>"));
     EXPECT_TRUE(contains(summary.body, "<bdi>storage-2</bdi>"));
     EXPECT_TRUE(contains(summary.body, R"(type="hidden" name="share_name" value="Our share")"));
+    EXPECT_TRUE(
+        contains(summary.body, "<p>The public share <bdi>Our share</bdi> will be created.</p>"));
+    EXPECT_EQ(FakeService::frames(), kAskForShares);
+    EXPECT_TRUE(isUntouched());
+}
+
+TEST_F(SetupPage, summarySaysIfTheShareIsThereOrNobodyKnows)
+{
+    {
+        const FakeService service({kThere});
+        EXPECT_TRUE(contains(post(kAnswers + "2").body,
+                             "<p>The public share <bdi>our SHARE</bdi> exists already and stays as "
+                             "it is.</p>"));
+    }
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(contains(post(kAnswers + "2").body,
+                         "<p>Whether the public share <bdi>Our share</bdi> exists already is not "
+                         "known now.</p>"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "vokpage: cannot reach the service at /tmp/service: No such file or directory. Is "
+              "vokserve running?\n");
+}
+
+TEST_F(SetupPage, nameOfAPrivateShareIsComplainedOfBeforeTheSummary)
+{
+    const FakeService service({kPrivate});
+    const Made made = post(kAnswers + "2");
+    EXPECT_EQ(made.script, thisPage(1));
+    EXPECT_TRUE(contains(made.body, R"(value="Our share")"));
+    EXPECT_TRUE(contains(made.body, kComplaint + "There is a share of this name already, but not "
+                                                 "everybody may use it. Choose another name.</p>"));
+    EXPECT_TRUE(isUntouched());
+}
+
+TEST_F(SetupPage, nameThatTheServiceRefusesIsComplainedOfAndNothingIsStored)
+{
+    const FakeService service({kOther, le32(0x20000001)});
+    const Made made = post(kAnswers + "3");
+    EXPECT_EQ(made.script, thisPage(1));
+    EXPECT_TRUE(contains(made.body, kComplaint + "A share of this name exists already, or the name "
+                                                 "is reserved.</p>"));
     EXPECT_TRUE(isUntouched());
 }
 
@@ -99,17 +156,44 @@ TEST_F(SetupPage, unknownLanguageIsComplainedOf)
 
 TEST_F(SetupPage, lastStepStoresTheAnswers)
 {
+    const FakeService service({kOther, le32(0)});
     const Made made = post(kAnswers + "3");
     EXPECT_EQ(made.script, thisPage(3));
     EXPECT_TRUE(contains(made.body, "The setup is done."));
+    EXPECT_TRUE(contains(made.body, "<p>The public share <bdi>Our share</bdi> was created.</p>"));
+    EXPECT_EQ(FakeService::frames(), kAskForShares + kCreate);
     EXPECT_EQ(root::readFile("/stubs/told"), "tovSetLanguage german\ntovSetHostname storage-2\n"
                                              "tovSetNmbdSysname storage-2\n");
     EXPECT_EQ(root::readFile(kVariables),
               "pel_pubshare_name=Our share\nfirsttime=0\nlanguage_current=ge\n");
 }
 
+TEST_F(SetupPage, lastStepKeepsAShareThatIsThere)
+{
+    const FakeService service({kThere});
+    const Made made = post(kAnswers + "3");
+    EXPECT_TRUE(contains(made.body, "The setup is done."));
+    EXPECT_TRUE(contains(
+        made.body, "<p>The public share <bdi>our SHARE</bdi> exists already and stays as it is."));
+    EXPECT_EQ(FakeService::frames(), kAskForShares);
+    EXPECT_EQ(root::readFile(kVariables),
+              "pel_pubshare_name=our SHARE\nfirsttime=0\nlanguage_current=ge\n");
+}
+
+TEST_F(SetupPage, shareThatCannotBeCreatedIsAFailure)
+{
+    const FakeService service({kOther, le32(0xFF000004)});
+    const Made made = post(kAnswers + "3");
+    EXPECT_EQ(made.script, thisPage(3));
+    EXPECT_TRUE(contains(made.body, "<li>The public share was not created. The appliance&#39;s "
+                                    "share script would not create this share.</li>"));
+    EXPECT_EQ(root::readFile(kVariables),
+              "pel_pubshare_name=Old & gold\nfirsttime=1\nlanguage_current=ge\n");
+}
+
 TEST_F(SetupPage, lastStepTellsWhatFailed)
 {
+    const FakeService service({kThere});
     root::writeFile("/stubs/refuse-tovSetLanguage", "");
     const Made made = post(kAnswers + "3");
     EXPECT_TRUE(contains(made.body, "Not everything could be stored"));

@@ -22,12 +22,12 @@ echo firsttime=1 >"$root/etc/pelconfig/system_var"
 printf '#!/bin/sh\necho "the module has run" >/tmp/module\n' >"$root/usr/bin/sudo"
 chmod +x "$root/usr/bin/sudo"
 
-# visit [BWRAP-OPTION...]: asks for the login, with something laid down in /tmp, and tells what came of it.
+# visit [BWRAP-OPTION...]: asks for a page that shows the appliance's name, with something laid down in /tmp, and tells what came of it.
 visit() {
     sandbox_run "$root" --ro-bind "$build" /build --perms 1777 --tmpfs /tmp --tmpfs /run "$@" -- sh -c '
         echo untouched >/tmp/target
         ln -s /tmp/target /tmp/module
-        env -i REQUEST_METHOD=GET PATH_INFO=/login HTTP_HOST=localhost \
+        env -i REQUEST_METHOD=GET PATH_INFO=/setup/administrator HTTP_HOST=localhost \
             LD_LIBRARY_PATH=/build /build/vokpage >/tmp/page 2>/tmp/log </dev/null
         sed -n "s/\r$//; s/^Status: //p; s/^Location: //p" /tmp/page
         cat /tmp/log /tmp/target
@@ -36,8 +36,7 @@ visit() {
         ls /tmp'
 }
 
-expect 'root that may mount takes the /tmp of the service' '303 See Other
-/cgi-bin/vokpage/setup/administrator
+expect 'root that may mount takes the /tmp of the service' '200 OK
 untouched
 the module has run
 700 /run/vokcontrol

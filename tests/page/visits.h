@@ -57,9 +57,9 @@ inline page::Page makeFor(const page::Visitor& visitor, page::Page (*maker)(page
 }
 
 inline Made make(page::Page (*maker)(page::Visit&), const page::Request& request,
-                 const page::Visitor& visitor = administrator())
+                 const page::Visitor& visitor = administrator(),
+                 const config::Configuration& settings = {})
 {
-    const config::Configuration settings;
     page::Script script;
     page::Visit visit{request, settings, visitor, kToken, script};
     const page::Page made = maker(visit);

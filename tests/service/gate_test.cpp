@@ -454,6 +454,7 @@ TEST_F(NewNames, nameThatStandsAloneIsJudgedWithoutItsLastCharacter)
     EXPECT_EQ(refusedFor(frame("pshr", 3, "Music :\n")), "share") << "this makes \"Music \"";
     EXPECT_EQ(refusedFor(frame("pshr", 3, "Guest\nhomes\n")), "") << "this makes \"Gues\"";
     EXPECT_TRUE(passes(frame("pshr", 3, "guest\n")));
+    EXPECT_TRUE(passes(frame("pshr", 3, ":\n"))) << "nothing is left of this";
 }
 
 TEST_F(NewNames, namesThatAreThereAlreadyMayBeAnything)
@@ -607,19 +608,37 @@ TEST(Gate, privateFileHasToBeWhole)
 {
     const auto answer = [](std::uint32_t size, const std::string& rest) {
         const auto refusal = examine(frame("spvt", 2, le32(size) + "\n" + rest));
-        return refusal ? refusal->answer : "";
+        return refusal ? std::string(refusal->parameter) + ": " + refusal->answer : "";
     };
     EXPECT_EQ(answer(5, "whole\n"), "");
     EXPECT_EQ(answer(5, "whole\nand more"), "");
+    EXPECT_EQ(answer(1, "w\n"), "");
     EXPECT_EQ(answer(0, "\n"), "") << "the handler says that this is nothing";
     for (const std::string rest : {"", "whol\n", "whole", "whole and more", "\n"}) {
-        EXPECT_EQ(answer(5, rest), le32(0x60000005)) << rest;
+        EXPECT_EQ(answer(5, rest), "end mark: " + le32(0x60000005)) << rest;
     }
     for (const std::uint32_t size : {4082U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(answer(size, "whole\n"), le32(0x60000004)) << size;
+        EXPECT_EQ(answer(size, "whole\n"), "content: " + le32(0x60000004)) << size;
     }
     EXPECT_EQ(answer(4080, std::string(4080, 'x') + "\n"), "");
-    EXPECT_EQ(answer(4081, std::string(4081, 'x')), le32(0x60000005)) << "no room for its end";
+    EXPECT_EQ(answer(4081, std::string(4081, 'x')), "end mark: " + le32(0x60000005))
+        << "no room for its end";
+    EXPECT_TRUE(passes(frame("spvt", 2, "abcdefgh\nx\n")))
+        << "no size: the fifth byte is no newline";
+}
+
+TEST(Gate, firstLineMayLeaveRoomForASizeAlone)
+{
+    const auto withFirstLine = [](std::size_t size) {
+        std::string request = frame("spvt", 2, "");
+        request.insert(request.size() - 1, size - request.size(), 'x');
+        return examine(request + le32(5) + "\n");
+    };
+    const auto refusal = withFirstLine(4091);
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->parameter, "content");
+    EXPECT_EQ(refusal->answer, le32(0x60000004));
+    EXPECT_FALSE(withFirstLine(4092)) << "the size is cut";
 }
 
 TEST(Gate, wrongCountIsTheDispatchersToAnswer)

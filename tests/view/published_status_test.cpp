@@ -280,6 +280,28 @@ TEST_F(ThePublishedStatus, collectionThatBeganAfter2038HasItsTime)
     EXPECT_EQ(readPublishedStatus().collectingSince, std::time_t{0x80000010});
 }
 
+TEST_F(ThePublishedStatus, interruptedCollectionBlocksOthersForTwoHours)
+{
+    PublishedStatus status;
+    EXPECT_EQ(view::blockedUntil(status), std::nullopt);
+    status.collectingSince = kPublished;
+    status.isCollecting = true;
+    EXPECT_EQ(view::blockedUntil(status), std::nullopt);
+    status.isCollecting = false;
+    status.isInterrupted = true;
+    EXPECT_EQ(view::blockedUntil(status), kPublished + 7200);
+}
+
+TEST_F(ThePublishedStatus, lastWritingIsKnownToTheNanosecond)
+{
+    EXPECT_EQ(view::lastWritten(), 0);
+    publish("", kPublished);
+    EXPECT_EQ(view::lastWritten(), std::int64_t{kPublished} * 1000000000);
+    const timespec when[2] = {{kPublished, 7}, {kPublished, 7}};
+    ::utimensat(AT_FDCWD, root::kStatusFile, when, 0);
+    EXPECT_EQ(view::lastWritten(), std::int64_t{kPublished} * 1000000000 + 7);
+}
+
 // ---- Reports that the collection has not read -------------------------------------------------
 
 TEST_F(ThePublishedStatus, sharesWithoutAReportAreLookedFor)

@@ -8,16 +8,9 @@
 namespace {
 
 using root::le16;
-using std::chrono::days;
-using std::chrono::sys_days;
-using std::chrono::year_month_day;
-using view::BackupLevel;
 using view::readRecords;
 using view::readTable;
 using view::ShareRow;
-
-constexpr sys_days kToday =
-    year_month_day(std::chrono::year(2026), std::chrono::November, std::chrono::day(21));
 
 std::string zeros(std::size_t count)
 {
@@ -165,25 +158,6 @@ TEST(ShareRecords, asManyAsAnAnswerHolds)
         records += record(1, "K111820261", "");
     }
     EXPECT_EQ(describe(readRecords(table(0, records))), Lines(314, " 1 K 1 2026-11-18"));
-}
-
-// ---- Judged -----------------------------------------------------------------------------------
-
-ShareRow backedUp(int age)
-{
-    ShareRow share;
-    share.backupDay = kToday - days(age);
-    return share;
-}
-
-TEST(ShareRows, backupsAreJudgedByTheirAge)
-{
-    EXPECT_EQ(judgeBackup(ShareRow(), kToday), BackupLevel::kNone);
-    EXPECT_EQ(judgeBackup(backedUp(-1), kToday), BackupLevel::kRecent);
-    EXPECT_EQ(judgeBackup(backedUp(7), kToday), BackupLevel::kRecent);
-    EXPECT_EQ(judgeBackup(backedUp(8), kToday), BackupLevel::kAgeing);
-    EXPECT_EQ(judgeBackup(backedUp(30), kToday), BackupLevel::kAgeing);
-    EXPECT_EQ(judgeBackup(backedUp(31), kToday), BackupLevel::kOld);
 }
 
 TEST(ShareRows, spaceAddsUp)

@@ -52,7 +52,7 @@ function writeDeepTree(string $folder): void
 function writeLargeFile(string $folder): void
 {
     $size = LARGE_FILE_KIB;
-    if (disk_free_space($folder) < ($size + SPARE_KIB) * KIB) {
+    if (getenv('SCENE') !== 'full-disk' && disk_free_space($folder) < ($size + SPARE_KIB) * KIB) {
         fwrite(STDERR, "The disk is nearly full: the share \"Media\" stays below 1 G this time.\n");
         $size = 64 * KIB;
     }
@@ -71,6 +71,12 @@ $shares = [
     'Accounts'      => ['private', 'internal', static fn (string $f) => allocate("$f/ledger.db", 1100)],
     'USB Stick'     => ['public', 'external', writeText(...)],
 ];
+
+if (getenv('SCENE') === 'many-shares') {
+    for ($number = 1; $number <= 300; ++$number) {
+        $shares["Archive $number"] = ['private', 'internal', static fn (string $f) => allocate("$f/all.tar", $number)];
+    }
+}
 
 /** name => the line of its backup status file: a state digit and the date as MMDDYYYY */
 $backups = [

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "client/sentences.h"
+#include "view/sentences.h"
 
 #include <array>
 #include <gtest/gtest.h>
 
 namespace {
 
-using client::explainStatus;
-using client::refusalSentence;
+using view::explainStatus;
+using view::refusalSentence;
 
 struct Refusal {
     const char* command;
@@ -136,6 +136,14 @@ TEST(Sentences, unknownCodeIsSaidToBeUnknown)
     EXPECT_EQ(refusalSentence("crat", cmdsvc::Status{5}), words + "(0x00000005)");
     // Another command's code is as unknown as any.
     EXPECT_EQ(refusalSentence("pshr", cmdsvc::kUserNameTaken), words + "(0x10000001)");
+}
+
+TEST(Sentences, peopleAreNotShownTheCode)
+{
+    EXPECT_EQ(view::refusalForPeople("shar", cmdsvc::kNoSuchUser),
+              "There is no user of this name, or it is reserved.");
+    EXPECT_EQ(view::refusalForPeople("crat", cmdsvc::Status{5}),
+              "This client does not know the answer's meaning.");
 }
 
 TEST(Sentences, explanationBeginsWithTheCode)

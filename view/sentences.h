@@ -8,12 +8,15 @@
 
 #include "cmdsvc/protocol.h"
 
-namespace client {
+namespace view {
 
 /// A status code that a command has answered, in words: why the appliance has refused.
 [[nodiscard]] std::string refusalSentence(std::string_view command, cmdsvc::Status status);
 
+/// The same for people alone: a sentence with a capital and a full stop, without the code.
+[[nodiscard]] std::string refusalForPeople(std::string_view command, cmdsvc::Status status);
+
 /// The same with the code in front, for who looks at the protocol.
 [[nodiscard]] std::string explainStatus(std::string_view command, cmdsvc::Status status);
 
-} // namespace client
+} // namespace view

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "client/sentences.h"
+#include "view/sentences.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 
-namespace client {
+#include "core/bytes.h"
+
+namespace view {
 namespace {
 
 using cmdsvc::Status;
@@ -134,9 +136,16 @@ std::string refusalSentence(std::string_view command, Status status)
     return std::string(wordsFor(command, status)) + " (" + hexOf(status) + ")";
 }
 
+std::string refusalForPeople(std::string_view command, Status status)
+{
+    std::string sentence(wordsFor(command, status));
+    sentence.front() = core::toAsciiUpper(sentence.front());
+    return sentence + ".";
+}
+
 std::string explainStatus(std::string_view command, Status status)
 {
     return hexOf(status) + ": " + std::string(wordsFor(command, status));
 }
 
-} // namespace client
+} // namespace view

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+//
+// overview_capacity.h: how full the disk is, and which shares fill it.
+#pragma once
+
+#include "page/html.h"
+#include "view/judgement.h"
+
+namespace page {
+
+/// A card with the sentence that "vokctl status" begins with, a bar whose parts are the largest
+/// shares, and a legend that says the same as the bar.
+/// @param action  stands beside the sentence
+[[nodiscard]] Html capacityCard(const view::Situation& situation, const Html& action);
+
+} // namespace page

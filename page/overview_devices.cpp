@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+#include "page/overview_devices.h"
+
+#include <algorithm>
+#include <string>
+
+namespace page {
+namespace {
+Html deviceIcon(Device::Kind kind)
+{
+    Html out;
+    out << R"(<svg class="icon" viewBox="0 0 24 24" aria-hidden="true">)";
+    if (kind == Device::Kind::kInternalDisk) {
+        out << R"(<rect x="4" y="3" width="16" height="18" rx="2"/><circle cx="12" cy="10" r="4"/>)"
+            << R"(<path d="M12 10l4 7"/>)";
+    } else if (kind == Device::Kind::kUsbDisk) {
+        out << R"(<rect x="7" y="9" width="10" height="12" rx="2"/><path d="M9 9V3h6v6M11 6h2"/>)";
+    } else {
+        out << R"(<path d="M7 9V3h10v6M7 17H4V9h16v8h-3"/><rect x="7" y="14" width="10" height="7"/>)";
+    }
+    out << "</svg>";
+    return out;
+}
+
+Literal kindLabel(Device::Kind kind)
+{
+    switch (kind) {
+    case Device::Kind::kInternalDisk:
+        return "Internal disk";
+    case Device::Kind::kUsbDisk:
+        return "USB disk";
+    case Device::Kind::kUsbPrinter:
+        break;
+    }
+    return "USB printer";
+}
+
+std::string headingOf(const Device& device)
+{
+    if (device.kind == Device::Kind::kUsbPrinter && !device.name.empty()) {
+        return device.name;
+    }
+    const bool hasBoth = !device.vendor.empty() && !device.model.empty();
+    std::string heading = device.vendor;
+    heading.append(hasBoth ? " " : "").append(device.model);
+    return heading;
+}
+
+Html deviceItem(const Device& device)
+{
+    Html out;
+    out << "\n<li>" << deviceIcon(device.kind) << "<div><h3><bdi>" << Text{headingOf(device)}
+        << R"(</bdi></h3><p class="quiet">)" << kindLabel(device.kind);
+    if (device.kind != Device::Kind::kUsbPrinter && !device.name.empty()) {
+        out << " <bdi>" << Text{device.name} << "</bdi>";
+    } else if (device.kind == Device::Kind::kUsbPrinter && !device.vendor.empty()) {
+        out << " by <bdi>" << Text{device.vendor} << "</bdi>";
+    }
+    if (!device.serial.empty()) {
+        out << R"(<br>Serial number <bdi>)" << Text{device.serial} << "</bdi>";
+    }
+    out << "</p></div>";
+    if (!device.capacity.empty()) {
+        out << R"(<p class="capacity"><bdi>)" << Text{device.capacity} << "</bdi> GB</p>";
+    }
+    out << "</li>";
+    return out;
+}
+
+std::size_t countInternal(const std::vector<Device>& devices)
+{
+    return static_cast<std::size_t>(
+        std::ranges::count(devices, Device::Kind::kInternalDisk, &Device::kind));
+}
+
+Html deviceList(const std::vector<Device>& devices)
+{
+    if (devices.empty()) {
+        return Html() << "<p>Nothing is attached.</p>\n";
+    }
+    Html out;
+    out << R"(<ul class="devices">)";
+    for (const Device& device : devices) {
+        out << deviceItem(device);
+    }
+    out << "\n</ul>\n";
+    return out;
+}
+
+} // namespace
+
+Html devicesCard(const std::optional<std::vector<Device>>& devices)
+{
+    const Html list = devices ? deviceList(*devices)
+                              : Html() << "<p>The appliance does not say what is attached.</p>\n";
+    return Html() << R"(<section class="card" aria-labelledby="devices">
+<h2 id="devices">Drives and printers</h2>
+<p class="drive-count" data-drives=")"
+                  << Text{std::to_string(devices ? countInternal(*devices) : 0)} << R"(" hidden></p>
+)" << list << "</section>\n";
+}
+
+} // namespace page

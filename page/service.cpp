@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#include "page/service.h"
+
+#include "page/log.h"
+#include "view/sentences.h"
+
+namespace page {
+namespace {
+
+const char* wordsFor(client::ExitCode code)
+{
+    switch (code) {
+    case client::kNoAnswer:
+        return "The appliance's service has not answered in time. What you asked for may have been "
+               "done all the same: look before you repeat it.";
+    case client::kUnreachable:
+        return "The appliance's service does not answer. Try again in a minute.";
+    case client::kNotPermitted:
+        return "The appliance's service and the pages do not trust each other. The web server's "
+               "log says why.";
+    case client::kWrongUsage:
+        return "What you have typed cannot be sent to the appliance's service.";
+    default:
+        return "The answer of the appliance's service cannot be read. The web server's log says "
+               "more.";
+    }
+}
+
+} // namespace
+
+client::Connection connectionOf(const config::Configuration& settings)
+{
+    constexpr unsigned kPatience = 20;
+    return {.socket = settings.socket, .timeout = kPatience};
+}
+
+std::string explain(const client::Failure& failure)
+{
+    if (const auto* refused = dynamic_cast<const client::Refused*>(&failure)) {
+        return view::refusalForPeople(refused->command(), refused->status());
+    }
+    log(failure.what());
+    return wordsFor(failure.code());
+}
+
+} // namespace page

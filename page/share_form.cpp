@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+#include "page/share_form.h"
+
+#include "client/exchange.h"
+#include "page/layout.h"
+
+namespace page {
+namespace {
+
+// ---- Fields -----------------------------------------------------------------------------------
+
+Html nameField(const NewShare& share, const Complaints& complaints)
+{
+    const std::string_view words = complaints.about("name");
+    return Html() << R"(<p class="field"><label for="name">Name</label>
+<input id="name" name="name" value=")"
+                  << Text{share.name}
+                  << R"(" required maxlength="64" autocomplete="off" spellcheck="false")"
+                  << invalidMark("name-complaint", words) << "></p>\n"
+                  << complaint("name-complaint", words);
+}
+
+Html accessChoice(Literal id, Literal label, bool isChosen, std::string_view words)
+{
+    return Html() << R"(<p class="choice"><label for=")" << id << R"("><input id=")" << id
+                  << R"(" name="access" value=")" << id << R"(" type="radio" required)"
+                  << (isChosen ? Literal(" checked") : Literal(""))
+                  << invalidMark("access-complaint", words) << "> " << label << "</label></p>\n";
+}
+
+Html userChoice(const Candidates& candidates, std::string_view chosen, std::string_view words)
+{
+    Html out;
+    out << R"(<p class="field"><label for="user">This user</label>
+<select id="user" name="user")"
+        << invalidMark("user-complaint", words) << R"(><option value="">choose one</option>)";
+    for (const std::string& user : candidates.users) {
+        out << R"(<option value=")" << Text{user} << R"(")"
+            << (user == chosen ? Literal(" selected") : Literal("")) << ">" << Text{user}
+            << "</option>";
+    }
+    return out << "</select></p>\n" << complaint("user-complaint", words);
+}
+
+/// A private share needs a user whom it is for.
+Html privateChoice(const NewShare& share, const Candidates& candidates,
+                   const Complaints& complaints)
+{
+    if (!candidates.failure.empty()) {
+        return Html() << R"(<p class="quiet">A share for one user cannot be created now. )"
+                      << Text{candidates.failure} << "</p>\n";
+    }
+    if (candidates.users.empty()) {
+        return Html() << R"(<p class="quiet">A share for one user needs <a href=")" << kProgramUrl
+                      << R"(/users">a user</a> first.</p>
+)";
+    }
+    return Html() << accessChoice("one", "One user alone", share.access == Access::kOneUser,
+                                  complaints.about("everybody"))
+                  << userChoice(candidates, share.user, complaints.about("user"));
+}
+
+Html accessFields(const NewShare& share, const Candidates& candidates, const Complaints& complaints)
+{
+    const std::string_view words = complaints.about("everybody");
+    return Html() << "<fieldset>\n<legend>Who may read and write what is in it</legend>\n"
+                  << complaint("access-complaint", words)
+                  << accessChoice("everybody", "Everybody in the network",
+                                  share.access == Access::kEverybody, words)
+                  << privateChoice(share, candidates, complaints) << "</fieldset>\n";
+}
+
+} // namespace
+
+NewShare readNewShare(const Form& form)
+{
+    NewShare share;
+    share.name = trim(form.value("name"));
+    share.user = form.value("user");
+    if (form.value("access") == "everybody") {
+        share.access = Access::kEverybody;
+    } else if (form.value("access") == "one") {
+        share.access = Access::kOneUser;
+    }
+    return share;
+}
+
+Complaints complaintsOf(const NewShare& share)
+{
+    Complaints complaints;
+    complaints.add("name", share.name.empty() ? "Give the share a name." : "");
+    complaints.add("everybody", share.access ? "" : "Choose who may use the share.");
+    if (share.access == Access::kOneUser && share.user.empty()) {
+        complaints.add("user", "Choose the user whom the share is for.");
+    }
+    return complaints;
+}
+
+void createShare(const client::Connection& connection, const NewShare& share)
+{
+    if (share.access == Access::kOneUser) {
+        client::askToDo(connection, {cmdsvc::command("shar"), {share.user, share.name}});
+    } else {
+        client::askToDo(connection, {cmdsvc::command("pshr"), {"guest", share.name}});
+    }
+}
+
+Html shareForm(const Visit& visit, const Candidates& candidates, const Complaints& complaints)
+{
+    const NewShare share = readNewShare(visit.request.form);
+    return Html() << R"(<section class="card narrow" aria-labelledby="create">
+<h2 id="create">Create a share</h2>
+<p class="quiet">The name has at most 64 letters, digits, blanks, dots, hyphens and underscores.
+These pages cannot rename or delete a share later.</p>
+)" << openForm(visit.token, "/shares")
+                  << nameField(share, complaints) << accessFields(share, candidates, complaints)
+                  << R"(<p class="buttons"><button class="main">Create</button></p>
+</form>
+</section>
+)";
+}
+
+} // namespace page

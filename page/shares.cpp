@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+//
+// The shares of the appliance: which there are, who may use them, and a form for another one.
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "client/failure.h"
+#include "client/lists.h"
+#include "core/bytes.h"
+#include "page/complaints.h"
+#include "page/deed.h"
+#include "page/layout.h"
+#include "page/log.h"
+#include "page/pages.h"
+#include "page/phrase.h"
+#include "page/service.h"
+#include "page/share_form.h"
+#include "view/wording.h"
+
+namespace page {
+namespace {
+
+constexpr auto kDeeds = std::to_array<DeedSentence>({
+    {"public", "The share {} was created. Everybody in the network may read and write what is in "
+               "it. The overview shows it after the next measurement."},
+    {"private", "The share {} was created. {} alone may read and write what is in it. The overview "
+                "shows it after the next measurement."},
+});
+
+constexpr auto kBlamed = std::to_array<BlamedField>({
+    {cmdsvc::kMalformed, "name"},
+    {cmdsvc::kShareNameTaken, "name"},
+    {cmdsvc::kShareNameTooLong, "name"},
+    {cmdsvc::kNoSuchUser, "user"},
+});
+
+// ---- Creating ---------------------------------------------------------------------------------
+
+/// Creates the share that a form asks for.
+Complaints create(const Visit& visit)
+{
+    const NewShare share = readNewShare(visit.request.form);
+    Complaints complaints = complaintsOf(share);
+    if (!complaints.areNone()) {
+        return complaints;
+    }
+    try {
+        createShare(connectionOf(visit.settings), share);
+        log(quoted(visit.visitor.account) + " has created the share " + quoted(share.name));
+    } catch (const client::Failure& failure) {
+        complaints.add(failure, kBlamed);
+    }
+    return complaints;
+}
+
+Cookie cookieOf(const NewShare& share)
+{
+    return share.access == Access::kEverybody ? cookieOf(Deed{"public", {share.name}})
+                                              : cookieOf(Deed{"private", {share.name, share.user}});
+}
+
+// ---- The list ---------------------------------------------------------------------------------
+
+/// What a share's property means; one that is not known is shown as it is.
+Html access(const std::string& property)
+{
+    if (property == client::kPublicProperty) {
+        return Html() << "everybody in the network";
+    }
+    if (property == client::kPrivateProperty) {
+        return Html() << "only users who were let in";
+    }
+    return Html() << "<bdi>" << Text{property} << "</bdi>";
+}
+
+Html row(const client::Share& share)
+{
+    return Html() << R"(<tr><th scope="row"><bdi>)" << Text{share.name} << "</bdi></th><td>"
+                  << access(share.property) << "</td></tr>\n";
+}
+
+Html table(const client::ShareList& list)
+{
+    Html out;
+    out << R"(<table class="listing">
+<caption>)"
+        << phrase("{}; on the appliance's own disks: {}",
+                  std::to_array({view::formatCount(list.shares.size(), "share", "shares"),
+                                 std::to_string(list.internal)}))
+        << R"(</caption>
+<thead><tr><th scope="col">Name</th><th scope="col">Who may read and write</th></tr></thead>
+<tbody>
+)";
+    for (const client::Share& share : list.shares) {
+        out << row(share);
+    }
+    return out << "</tbody>\n</table>\n";
+}
+
+/// Which share the setup has made for everybody.
+Html publicShare(const std::string& name, const client::ShareList& list)
+{
+    if (name.empty()) {
+        return {};
+    }
+    const bool isThere = std::ranges::any_of(list.shares, [&name](const client::Share& share) {
+        return core::equalIgnoringCase(share.name, name);
+    });
+    const auto names = std::to_array({name});
+    return Html() << "<p>"
+                  << (isThere ? phrase("The public share that the setup names is {}.", names)
+                              : phrase("The setup names {} as the public share, but there is no "
+                                       "share of this name.",
+                                       names))
+                  << "</p>\n";
+}
+
+Html listing(const Visit& visit)
+{
+    const client::Connection service = connectionOf(visit.settings);
+    try {
+        const client::ShareList list = client::fetchShares(service);
+        const std::string publicName = client::fetchPublicName(service);
+        return Html() << (list.shares.empty()
+                              ? Html() << "<p>The appliance has no shares yet.</p>\n"
+                              : table(list))
+                      << publicShare(publicName, list);
+    } catch (const client::Failure& failure) {
+        return notice(Mood::kBad, Html() << "<p>The list of shares cannot be had. "
+                                         << Text{explain(failure)} << "</p>");
+    }
+}
+
+// ---- The page ---------------------------------------------------------------------------------
+
+Html creation(const Visit& visit, const Complaints& complaints)
+{
+    if (!visit.visitor.isAdministrator) {
+        return Html() << "<p>Only an administrator can create shares.</p>\n";
+    }
+    Candidates candidates;
+    try {
+        candidates.users = client::fetchUsers(connectionOf(visit.settings));
+    } catch (const client::Failure& failure) {
+        candidates.failure = explain(failure);
+    }
+    return shareForm(visit, candidates, complaints);
+}
+
+Page show(const Visit& visit, const Complaints& complaints)
+{
+    Page page;
+    page.title = "Shares";
+    page.body << tellDeed(visit.request, kDeeds, page.cookies) << complaints.summary()
+              << R"(<section class="card" aria-labelledby="all">
+<h2 id="all">All shares</h2>
+)" << listing(visit)
+              << "</section>\n"
+              << creation(visit, complaints);
+    return page;
+}
+
+} // namespace
+
+Page makeShares(Visit& visit)
+{
+    if (!visit.request.isPost()) {
+        return show(visit, {});
+    }
+    const Complaints complaints = create(visit);
+    if (!complaints.areNone()) {
+        return show(visit, complaints);
+    }
+    Page page;
+    page.next = "/shares";
+    page.cookies = {cookieOf(readNewShare(visit.request.form))};
+    return page;
+}
+
+} // namespace page

@@ -12,8 +12,14 @@ namespace client {
 /// "vokctl status": the published share status.
 void buildStatusCommand(CLI::App& command);
 
+/// "vokctl history": what was, and what will be.
+void buildHistoryCommand(CLI::App& command);
+
 /// "vokctl check": one line and an exit code for a monitoring system.
 void buildCheckCommand(CLI::App& command);
+
+/// "vokctl metrics": figures for Prometheus.
+void buildMetricsCommand(CLI::App& command);
 
 /// "vokctl doctor": whether the appliance provides what the module needs.
 void buildDoctorCommand(CLI::App& command);
@@ -64,6 +70,8 @@ struct Subcommand {
 inline constexpr auto kSubcommands = std::to_array<Subcommand>({
     {"status", "Show the disk, every share and what needs attention", buildStatusCommand},
     {"check", "Say in one line and an exit code whether all is well", buildCheckCommand},
+    {"history", "Show how space has changed, and when the disk will be full", buildHistoryCommand},
+    {"metrics", "Print figures for Prometheus", buildMetricsCommand},
     {"doctor", "Find out what is wrong with the appliance, and say what to do", buildDoctorCommand},
     {"collect", "Measure the shares and publish their status", buildCollectCommand},
     {"shares", "The appliance's shares", buildSharesCommand},

@@ -4,20 +4,18 @@
 #include <algorithm>
 #include <array>
 
+#include "client/json_values.h"
 #include "client/text_table.h"
 #include "core/bytes.h"
 #include "guard/values.h"
-#include "sharestatus/status_format.h"
 #include "view/terminal_text.h"
 #include "view/unmeasured.h"
-#include "view/utf8.h"
 
 namespace client {
 namespace {
 
 using config::Configuration;
 using view::Finding;
-using view::isUtf8;
 using view::makePrintable;
 using view::PublishedStatus;
 using view::ShareRow;
@@ -104,28 +102,6 @@ std::string renderFindings(const std::vector<Finding>& findings)
 
 // ---- JSON -------------------------------------------------------------------------------------
 
-void addName(Json& json, const std::string& name)
-{
-    json["name"] = name;
-    if (!isUtf8(name)) {
-        std::string digits;
-        core::appendHex(digits, name);
-        json["name_hex"] = digits;
-    }
-}
-
-template <class Value> Json orNull(const std::optional<Value>& value)
-{
-    return value ? Json(*value) : Json();
-}
-
-Json makeTime(std::time_t time)
-{
-    std::tm utc = {};
-    ::gmtime_r(&time, &utc);
-    return view::formatTime("%Y-%m-%dT%H:%M:%SZ", utc);
-}
-
 Json makeShare(const ShareRow& row)
 {
     Json share;
@@ -135,10 +111,8 @@ Json makeShare(const ShareRow& row)
     }
     share["used"] = row.used ? Json(row.used->value) : Json();
     share["unit"] = row.used ? Json(std::string(1, row.used->unit)) : Json();
-    share["used_kib"] = row.used ? Json(row.used->kibibytes()) : Json();
-    share["unit_kib"] = row.used ? Json(sharestatus::findUnit(row.used->unit)->kibibytes) : Json();
-    share["backup_state"] = orNull(row.backupState);
-    share["backup_date"] = row.backupDay ? Json(view::formatIsoDate(*row.backupDay)) : Json();
+    addSpace(share, row.used);
+    addBackup(share, row.backupState, row.backupDay);
     if (row.report == view::BackupReport::kUnreadable) {
         share["backup_unreadable"] = true;
     }
@@ -165,18 +139,6 @@ Json makeUnmeasured(const Situation& situation)
         addName(share, name);
         share["reason"] = wordOf(obstacle);
         json.push_back(share);
-    }
-    return json;
-}
-
-Json makeFindings(const std::vector<Finding>& findings)
-{
-    Json json = Json::array();
-    for (const Finding& finding : findings) {
-        json.push_back({{"level", view::wordOf(finding.level)},
-                        {"kind", finding.kind},
-                        {"shares", finding.shares},
-                        {"sentence", finding.sentence}});
     }
     return json;
 }
@@ -227,8 +189,7 @@ std::string renderJson(const Situation& situation, const Configuration& configur
     Json json;
     json["published"] = makeTime(status.published);
     json["collecting"] = status.isCollecting;
-    json["collecting_since"] =
-        status.isCollecting && status.collectingSince ? makeTime(*status.collectingSince) : Json();
+    json["collecting_since"] = status.isCollecting ? makeTime(status.collectingSince) : Json();
     addCapacity(json, situation.capacity);
     json["shares"] = isListed ? makeJson(status.shares) : Json();
     json["unmeasured"] = makeUnmeasured(situation);

@@ -25,7 +25,8 @@ endfunction()
 install(CODE "set(PROJECT_VERSION ${PROJECT_VERSION})
 set(LIBRARY_FOLDER ${CMAKE_INSTALL_LIBDIR})
 set(HEADER_FOLDER ${CMAKE_INSTALL_INCLUDEDIR})
-set(PROGRAM_FOLDER ${CMAKE_INSTALL_SBINDIR})")
+set(PROGRAM_FOLDER ${CMAKE_INSTALL_SBINDIR})
+set(CLIENT_FOLDER ${CMAKE_INSTALL_BINDIR})")
 install_configured(vokcontrol.pc ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(FILES README.md CHANGELOG.md LICENSE docs/architecture.md docs/glossary.md docs/install.md
         docs/porting.md docs/programs.md docs/protocol.md docs/security.md docs/troubleshooting.md
@@ -64,6 +65,12 @@ if(TARGET vokctl)
   install(FILES ${packaging}/man/vokctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   # For bash, zsh and fish; its folders are those of share.
   install(DIRECTORY ${packaging}/completion/ DESTINATION ${CMAKE_INSTALL_DATADIR} USE_SOURCE_PERMISSIONS)
+  install(FILES ${packaging}/systemd/vokcontrol-history.path ${packaging}/systemd/vokcontrol-metrics.timer
+          DESTINATION ${unit_folder})
+  install_configured(systemd/vokcontrol-history.service ${unit_folder})
+  install_configured(systemd/vokcontrol-metrics.service ${unit_folder})
+  install(FILES docs/monitoring.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+  install(DIRECTORY ${packaging}/monitoring DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol)
 endif()
 if(TARGET vokpage)
   # Not where a web server would run it unasked.

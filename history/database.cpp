@@ -73,8 +73,7 @@ Database::Database(const std::string& path, Access access)
     const int flags = (access == Access::kRead) ? SQLITE_OPEN_READONLY
                                                 : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
     sqlite3* handle = nullptr;
-    const int code =
-        ::sqlite3_open_v2(path.c_str(), &handle, flags | SQLITE_OPEN_NOFOLLOW, nullptr);
+    const int code = ::sqlite3_open_v2(path.c_str(), &handle, flags, nullptr);
     handle_.reset(handle);
     check(*this, code);
     distrust(handle);

@@ -115,6 +115,16 @@ std::vector<Point> Reader::points(std::string_view name, std::time_t since) cons
     return points;
 }
 
+std::optional<Point> Reader::lastMeasured(std::string_view name, std::time_t time) const
+{
+    Statement query(database_, "SELECT published, used, unit, state, day FROM size"
+                               " WHERE share = (SELECT id FROM share WHERE name = ?)"
+                               " AND published <= ? AND used IS NOT NULL"
+                               " ORDER BY published DESC LIMIT 1");
+    query.bind(name).bind(std::int64_t{time});
+    return query.next() ? std::optional(pointAt(query)) : std::nullopt;
+}
+
 std::vector<DiskPoint> Reader::diskPoints(std::time_t since) const
 {
     std::vector<DiskPoint> points;

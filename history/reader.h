@@ -69,6 +69,9 @@ class Reader {
     /// has under former names are among them.
     [[nodiscard]] std::vector<Point> points(std::string_view name, std::time_t since) const;
 
+    /// The last entry of a share, at that time or before, in which it was measured.
+    [[nodiscard]] std::optional<Point> lastMeasured(std::string_view name, std::time_t time) const;
+
     /// The file system's entries since a time, the oldest first.
     [[nodiscard]] std::vector<DiskPoint> diskPoints(std::time_t since) const;
 

@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -29,12 +30,17 @@ using Kind = DatabaseError::Kind;
     throw DatabaseError(kind, path + ": " + std::strerror(error));
 }
 
+/// The folder is for its owner alone: the pages keep who is administrator there.
 void makeFolderOf(const std::string& path)
 {
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
     std::error_code error;
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
+    std::filesystem::create_directories(folder.parent_path(), error);
     if (error) {
-        failWith(error.value(), path);
+        failWith(error.value(), folder);
+    }
+    if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
+        failWith(errno, folder);
     }
 }
 

@@ -13,17 +13,36 @@ constexpr std::time_t kDay = 86400;
 
 // ---- A share's change -------------------------------------------------------------------------
 
-const Point* lastMeasured(const std::vector<Point>& points, std::time_t latest)
+std::optional<Point> lastMeasured(const std::vector<Point>& points, std::time_t latest)
 {
     const auto found = std::find_if(points.rbegin(), points.rend(), [&](const Point& point) {
         return point.used.has_value() && point.published <= latest;
     });
-    return (found != points.rend()) ? &*found : nullptr;
+    return (found != points.rend()) ? std::optional(*found) : std::nullopt;
 }
 
 std::int64_t widthOf(const view::Space& space)
 {
     return std::int64_t{sharestatus::findUnit(space.unit)->kibibytes} - 1;
+}
+
+/// @param lastAt  finds the last measured entry at a time or before
+template <class LastAt>
+std::optional<Change> changeUpTo(std::time_t latest, std::chrono::days days, const LastAt& lastAt)
+{
+    constexpr std::time_t kTolerance = 2 * kDay;
+    const std::optional<Point> last = lastAt(latest);
+    if (!last) {
+        return std::nullopt;
+    }
+    const std::time_t then = last->published - static_cast<std::time_t>(days.count()) * kDay;
+    const std::optional<Point> base = lastAt(then);
+    if (!base || then - base->published > kTolerance) {
+        return std::nullopt;
+    }
+    return Change{.kibibytes = static_cast<std::int64_t>(last->used->kibibytes()) -
+                               static_cast<std::int64_t>(base->used->kibibytes()),
+                  .uncertainty = std::max(widthOf(*last->used), widthOf(*base->used))};
 }
 
 // ---- The disk's trend -------------------------------------------------------------------------
@@ -100,19 +119,20 @@ std::uint64_t rounded(double number)
 
 std::optional<Change> changeOver(const std::vector<Point>& points, std::chrono::days days)
 {
-    constexpr std::time_t kTolerance = 2 * kDay;
-    const Point* last = lastMeasured(points, points.empty() ? 0 : points.back().published);
-    if (last == nullptr) {
+    const std::time_t latest = points.empty() ? 0 : points.back().published;
+    return changeUpTo(latest, days, [&](std::time_t time) { return lastMeasured(points, time); });
+}
+
+std::optional<Change> changeOver(const Reader& reader, std::string_view name,
+                                 std::chrono::days days)
+{
+    const Extent extent = reader.extent();
+    const std::optional<KnownShare> share = reader.share(name);
+    if (!share || fateOf(*share, extent, 0) == Fate::kVanished) {
         return std::nullopt;
     }
-    const std::time_t then = last->published - static_cast<std::time_t>(days.count()) * kDay;
-    const Point* base = lastMeasured(points, then);
-    if (base == nullptr || then - base->published > kTolerance) {
-        return std::nullopt;
-    }
-    return Change{.kibibytes = static_cast<std::int64_t>(last->used->kibibytes()) -
-                               static_cast<std::int64_t>(base->used->kibibytes()),
-                  .uncertainty = std::max(widthOf(*last->used), widthOf(*base->used))};
+    return changeUpTo(share->last, days,
+                      [&](std::time_t time) { return reader.lastMeasured(name, time); });
 }
 
 std::string formatChange(const Change& change)

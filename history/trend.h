@@ -8,6 +8,7 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "history/reader.h"
@@ -25,6 +26,10 @@ struct Change {
 /// up to two days more. Nothing if there is no such entry.
 /// @param points  the oldest first
 [[nodiscard]] std::optional<Change> changeOver(const std::vector<Point>& points,
+                                               std::chrono::days days = std::chrono::days(30));
+
+/// The same of a share of the history, by its name. Nothing of one that has vanished.
+[[nodiscard]] std::optional<Change> changeOver(const Reader& reader, std::string_view name,
                                                std::chrono::days days = std::chrono::days(30));
 
 /// "+32 GB", "-604 KB", "no change"; the last if it is less than the sizes can tell.

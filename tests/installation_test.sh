@@ -83,10 +83,11 @@ chmod +x "$root/usr/bin/ps"
 chroot "$root" php /etc/inc/seed.php
 start_systemd
 
-units='vokserve.socket vokcontrol-collect.timer vokcontrol-boot.service'
+units='vokserve.socket vokcontrol-collect.timer vokcontrol-history.path vokcontrol-boot.service'
 expect 'it is installed: units are enabled, the socket is there' "ii  vokcontrol 0.1.0
 vokserve.socket enabled active
 vokcontrol-collect.timer enabled active
+vokcontrol-history.path enabled active
 vokcontrol-boot.service enabled inactive
 vokserve.service static inactive
 vokcontrol vokcontrol-view
@@ -129,6 +130,19 @@ Music 4 K' "$(inside '
     vokctl status --wait 60 | sed -n "s/ \+/ /g; s/^\(Music 4 K\).*/\1/p"
 ')"
 
+expect 'each published status is remembered' 'remembered: yes
+700 /var/lib/vokcontrol' "$(inside '
+    exec 2>&1
+    vokctl collect --wait 60 >/dev/null
+    published=$(date -u -d "@$(stat -c %Y /etc/pelconfig/vokcontrol/__shrStatus)" +%Y-%m-%dT%H:%M:%SZ)
+    for _ in $(seq 100); do
+        ! vokctl history --csv 2>/dev/null | grep -q "^$published," || break
+        sleep 0.1
+    done
+    echo "remembered: $(vokctl history --csv | grep -q "^$published," && echo yes)"
+    stat -c "%a %n" /var/lib/vokcontrol
+')"
+
 # A request in hand keeps the service from ending; another client comes meanwhile, and waits for the next one.
 expect 'upgraded: a client that connects during the restart is served' 'ii  vokcontrol 0.2.0
 before: vokctl: the number of drives can be read
@@ -164,6 +178,7 @@ socket: the same' "$(inside '
 
 expect 'upgraded: what the administrator has disabled stays so, and nothing starts it' 'vokserve.socket disabled inactive
 vokcontrol-collect.timer disabled inactive
+vokcontrol-history.path disabled inactive
 vokcontrol-boot.service disabled inactive
 vokserve.service static inactive' "$(inside '
     systemctl --quiet disable --now '"$units"' 2>/dev/null
@@ -175,6 +190,7 @@ vokserve.service static inactive' "$(inside '
 ')"
 expect 'the same after a package that has kept no notes of that' 'vokserve.socket disabled
 vokcontrol-collect.timer enabled
+vokcontrol-history.path enabled
 vokcontrol-boot.service disabled' "$(inside '
     rm -r /var/lib/systemd/deb-systemd-helper-enabled
     systemctl --quiet enable vokcontrol-collect.timer 2>/dev/null

@@ -32,7 +32,7 @@ expect 'its path is printed last' "$clone/build/package/$architecture/vokcontrol
 expect 'made anew it has the same bytes' '' "$(cmp "$(make)" "$package" 2>&1)"
 expect 'lintian has nothing to say' '' "$(lintian --fail-on none --allow-root "$package" 2>&1)"
 expect 'it wants what the module calls' \
-    'libc6, libgcc-s1, libinih1, libssl3, libstdc++6, passwd, php-cli, sudo' \
+    'libc6, libgcc-s1, libinih1, libsqlite3-0, libssl3, libstdc++6, passwd, php-cli, sudo' \
     "$(dpkg-deb -f "$package" Depends | sed 's/ ([^)]*)//g')"
 
 # A root with busybox, dpkg, and the few real tools that dpkg and the package's scripts insist on.
@@ -80,6 +80,10 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /lib/systemd/system/vokcontrol-boot.service
 /lib/systemd/system/vokcontrol-collect.service
 /lib/systemd/system/vokcontrol-collect.timer
+/lib/systemd/system/vokcontrol-history.path
+/lib/systemd/system/vokcontrol-history.service
+/lib/systemd/system/vokcontrol-metrics.service
+/lib/systemd/system/vokcontrol-metrics.timer
 /lib/systemd/system/vokserve.service
 /lib/systemd/system/vokserve.socket
 /usr/bin/pelstatus
@@ -102,6 +106,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/examples/vokcontrol.py
 /usr/share/doc/vokcontrol/glossary.md.gz
 /usr/share/doc/vokcontrol/install.md.gz
+/usr/share/doc/vokcontrol/monitoring.md
 /usr/share/doc/vokcontrol/porting.md.gz
 /usr/share/doc/vokcontrol/programs.md.gz
 /usr/share/doc/vokcontrol/protocol.md.gz
@@ -163,12 +168,12 @@ lock file: 600
 users: anna
 socket: srw-rw-rw- root 0
 collected: There are no internal shares.
-units: start vokcontrol-collect.timer vokserve.socket
+units: start vokcontrol-collect.timer vokcontrol-history.path vokserve.socket
 lock file mended: 600 regular empty file
 groups: vokcontrol:x:0: vokcontrol-view:x:0:
-units: start vokcontrol-collect.timer vokserve.socket restart vokserve.service
+units: start vokcontrol-collect.timer vokcontrol-history.path vokserve.socket restart vokserve.service
 removed: deinstall ok config-files
-units: stop vokcontrol-collect.timer vokserve.socket stop vokserve.service
+units: stop vokcontrol-collect.timer vokcontrol-history.path vokserve.socket stop vokserve.service
 left: /etc/vokcontrol.conf
 kept: __bksts __shrStatus __shrsem vokcontrol_cmd_used system_var system_var_lck
 purged: 

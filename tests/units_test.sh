@@ -24,7 +24,8 @@ open_settings() {
     sed -n 's/^✗ \([A-Za-z]*\)=.*/\1/p' "$folder/judgement" | sort -u
 }
 
-for unit in vokserve.service vokcontrol-boot.service vokcontrol-collect.service; do
+for unit in vokserve.service vokcontrol-boot.service vokcontrol-collect.service vokcontrol-history.service \
+    vokcontrol-metrics.service; do
     judge "$unit" >"$folder/judgement"
     exposure=$(sed -n 's/.*Overall exposure level for .*: \([0-9.]*\) .*/\1/p' "$folder/judgement")
     expect "$unit: exposure $exposure is 4 or less" yes \

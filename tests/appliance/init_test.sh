@@ -67,14 +67,15 @@ expect 'a service that cannot start is a failure, and says why' 'vokserve: canno
     echo $?
 ' 2>&1)"
 
-# Without a status the boot collection makes one; the next ones come by themselves.
+# Without a status the boot collection makes one; the next ones come by themselves, and are remembered.
 expect 'it collects after boot, and regularly, until it is stopped' 'no status yet
 collected after boot
 collected again
+remembered
 collecting processes: 0
 work files in /tmp: none' "$(appliance sh -c '
     status=/etc/pelconfig/vokcontrol/__shrStatus
-    printf "boot=yes\ninterval=2\n" >/etc/default/vokcontrol
+    printf "boot=yes\ninterval=2\nwatch=1\n" >/etc/default/vokcontrol
     await() {
         tries=0
         until [ -e "$status" ] || [ "$tries" -ge 300 ]; do
@@ -88,6 +89,13 @@ work files in /tmp: none' "$(appliance sh -c '
     /etc/init.d/vokcontrol start >/dev/null
     await "collected after boot"
     await "collected again"
+    tries=0
+    until vokctl history --csv 2>/dev/null | grep -q "Z,"; do
+        tries=$((tries + 1))
+        [ "$tries" -lt 300 ] || break
+        usleep 100000
+    done
+    [ "$tries" -lt 300 ] && echo "remembered"
     /etc/init.d/vokcontrol stop
     sleep 3
     [ -e "$status" ] && echo "and once more"

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "history/database.h"
 
-#include <sys/stat.h>
-
 #include "tests/history/entries.h"
 
 namespace {
@@ -89,13 +87,6 @@ TEST_F(HistoryDatabase, readsWithoutWriting)
     const auto failure = failureOf([&] { database.run("INSERT INTO t VALUES (1)"); });
     EXPECT_EQ(failure->kind(), Kind::kNotAllowed);
     EXPECT_STREQ(failure->what(), "attempt to write a readonly database");
-}
-
-TEST_F(HistoryDatabase, followsNoLink)
-{
-    Database(kFile, Database::Access::kWrite).run("CREATE TABLE t (a INTEGER)");
-    ASSERT_EQ(::symlink(kFile.c_str(), "/tmp/link"), 0);
-    EXPECT_TRUE(failureOf([] { const Database link("/tmp/link", Database::Access::kWrite); }));
 }
 
 TEST_F(HistoryDatabase, saysThatTheDiskIsFull)

@@ -62,11 +62,11 @@ TEST_F(HistoryStore, remembersEachStatusOnce)
     EXPECT_EQ(files(), (Lines{"history.db", "history.db-lock"}));
 }
 
-TEST_F(HistoryStore, isReadableForEverybody)
+TEST_F(HistoryStore, isForItsOwnerAlone)
 {
     EXPECT_EQ(remember(hourly(0)), Remembered::kNew);
-    EXPECT_EQ(fs::status(kFile).permissions() & fs::perms::mask, fs::perms(0644));
-    EXPECT_EQ(fs::status(kFile + "-lock").permissions() & fs::perms::mask, fs::perms(0600));
+    const fs::path folder = fs::path(kFile).parent_path();
+    EXPECT_EQ(fs::status(folder).permissions() & fs::perms::mask, fs::perms(0700));
 }
 
 // ---- Many, and others ---------------------------------------------------------------------------
@@ -217,7 +217,7 @@ TEST_F(HistoryStore, saysWhyItCannotBeginAtAll)
     root::writeFile("/tmp/file", "");
     const auto failure = failureOf([] { Store("/tmp/file/history.db").remember(hourly(0), 0); });
     EXPECT_EQ(failure->kind(), Kind::kNoDatabase);
-    EXPECT_STREQ(failure->what(), "/tmp/file/history.db: Not a directory");
+    EXPECT_STREQ(failure->what(), "/tmp/file/history.db-lock: Not a directory");
 }
 
 // ---- The end of the power -----------------------------------------------------------------------

@@ -69,6 +69,27 @@ TEST(HistoryChange, passesOverWhatWasNotMeasured)
     EXPECT_EQ(changeOf({point(-1, 10), gap(0), point(29, 50), gap(30)}), "40000 within 999");
 }
 
+class StoredHistoryChange : public root::UntracedTest {};
+
+TEST_F(StoredHistoryChange, isThatOfTheEntries)
+{
+    {
+        history::Store store(entries::kFile);
+        for (const std::time_t day : {-1, 0, 29, 30}) {
+            auto share = entries::share("Media", static_cast<std::uint16_t>(40 + day));
+            share.used = (day == 0 || day == 30) ? std::nullopt : share.used;
+            (void)store.remember(entries::entry(kMonday + day * kDay, {share}), kMonday);
+        }
+    }
+    const history::Reader reader(entries::kFile);
+    EXPECT_EQ(changeOver(reader, "Media")->kibibytes, 30000) << "from day -1 to day 29";
+    EXPECT_EQ(changeOver(reader, "Media")->uncertainty, 999);
+    EXPECT_FALSE(changeOver(reader, "Media", std::chrono::days(20)));
+    EXPECT_FALSE(changeOver(reader, "Music"));
+    (void)history::Store(entries::kFile).remember(entries::bare(kMonday + 31 * kDay), kMonday);
+    EXPECT_FALSE(changeOver(reader, "Media")) << "it has vanished";
+}
+
 TEST(HistoryChange, saysNoMoreThanSizesCanTell)
 {
     EXPECT_EQ(formatChange({32000000, 999999}), "+32 GB");

@@ -171,8 +171,7 @@ Diagnosis runCheck(const Surroundings& surroundings, const Check& check)
     ::close(pipe[1]);
     // Here, too, as the check may not have got so far when it has to be killed.
     ::setpgid(process, process);
-    const Diagnosis diagnosis =
-        (process > 0) ? collect(surroundings, process, pipe[0]) : cannotStart();
+    Diagnosis diagnosis = (process > 0) ? collect(surroundings, process, pipe[0]) : cannotStart();
     ::close(pipe[0]);
     return diagnosis;
 }

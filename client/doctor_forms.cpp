@@ -210,7 +210,7 @@ Diagnosis judgeUserList(std::string_view text)
     const Lines lines = linesOf(text);
     for (std::size_t i = 0; i < lines.size(); ++i) {
         if (isUserLine(lines[i]) && !nameIn(lines[i])) {
-            return misread(inLine(i) + " has no name between \"name>\" and \"</\".", kForm);
+            return misread(inLine(i) + R"( has no name between "name>" and "</".)", kForm);
         }
     }
     const std::size_t users = usersIn(text).size();
@@ -278,7 +278,7 @@ Diagnosis judgeWebHook(std::string_view text)
     const auto list = after(text, "return");
     if (!list) {
         return misread("Its answer to share_info has no line with \"return\".",
-                       "a line such as return [\"NAME\",\"NAME\"]");
+                       R"(a line such as return ["NAME","NAME"])");
     }
     return good("It answers share_info.");
 }
@@ -351,7 +351,7 @@ Diagnosis judgePs(std::string_view text)
 
 Diagnosis judgeIfconfig(std::string_view text)
 {
-    constexpr const char* kForm = "\"addr:\", \"Mask:\" and \"HWaddr\" as busybox's ifconfig does";
+    constexpr const char* kForm = R"("addr:", "Mask:" and "HWaddr" as busybox's ifconfig does)";
     const Lines lines = linesOf(text);
     const bool hasCard = std::ranges::any_of(lines, [](std::string_view line) {
         return !line.empty() && line[0] != ' ' && !line.starts_with("lo");
@@ -370,7 +370,7 @@ Diagnosis judgeIfconfig(std::string_view text)
 
 Diagnosis judgeRoute(std::string_view text)
 {
-    constexpr const char* kForm = "\"0.0.0.0\", the gateway and its flags \"UG\" in one line";
+    constexpr const char* kForm = R"("0.0.0.0", the gateway and its flags "UG" in one line)";
     constexpr std::size_t kAfterDestination = 8;
     if (!after(text, "Destination")) {
         return misread("It does not print a table of routes.", kForm);

@@ -31,7 +31,7 @@ esac'
 
 demo() { (cd / && "$folder/scripts/demo" 2>&1) || echo "= $?"; }
 expect 'the first build says how long it takes and how far it is' \
-    'Building for the first time; on this machine about 3 minutes ...
+    'Building for the first time; on this machine about 2 minutes ...
 1 %
 10 %
 38 %

@@ -47,6 +47,10 @@ struct Configuration {
     std::string failedStates = {};          ///< digits, none of them among the good ones
     std::array<std::string, 10> words = {}; ///< of each state; empty if nobody has explained it
 
+    // [notify]
+    std::string notifyAccount = {}; ///< whom programs run as; empty for root
+    unsigned notifyTimeout = 30;    ///< seconds
+
     bool operator==(const Configuration&) const = default;
 };
 

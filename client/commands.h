@@ -24,6 +24,9 @@ void buildMetricsCommand(CLI::App& command);
 /// "vokctl doctor": whether the appliance provides what the module needs.
 void buildDoctorCommand(CLI::App& command);
 
+/// "vokctl notify": tells people of a new judgement.
+void buildNotifyCommand(CLI::App& command);
+
 /// "vokctl collect": measures the shares; "vokctl service restart" does the same.
 void buildCollectCommand(CLI::App& command);
 
@@ -73,6 +76,7 @@ inline constexpr auto kSubcommands = std::to_array<Subcommand>({
     {"history", "Show how space has changed, and when the disk will be full", buildHistoryCommand},
     {"metrics", "Print figures for Prometheus", buildMetricsCommand},
     {"doctor", "Find out what is wrong with the appliance, and say what to do", buildDoctorCommand},
+    {"notify", "Run programs that tell people of a new judgement", buildNotifyCommand},
     {"collect", "Measure the shares and publish their status", buildCollectCommand},
     {"shares", "The appliance's shares", buildSharesCommand},
     {"users", "The appliance's accounts", buildUsersCommand},

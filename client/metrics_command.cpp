@@ -12,6 +12,8 @@
 #include "client/commands.h"
 #include "client/failure.h"
 #include "client/metrics_report.h"
+#include "view/file_start.h"
+#include "vokcontrol.h"
 
 namespace client {
 namespace {
@@ -58,7 +60,8 @@ void writeWhole(const std::string& path, const std::string& text)
 void runMetrics(const MetricsOptions& options)
 {
     const config::Configuration configuration = config::read(options.file);
-    const std::string text = renderMetrics(view::readSituation(), configuration);
+    const std::string usage = view::readFileStart(kUsageFile, VOK_USAGE_SIZE + 1).bytes;
+    const std::string text = renderMetrics(view::readSituation(), configuration, usage);
     if (options.output.empty()) {
         std::cout << text;
     } else {

@@ -8,6 +8,7 @@
 
 #include "core/bytes.h"
 #include "view/utf8.h"
+#include "vokcontrol.h"
 
 namespace client {
 namespace {
@@ -155,12 +156,37 @@ std::string renderFindings(const std::vector<view::Finding>& findings)
     return text;
 }
 
+/// A table of the service's has slots of a code and a number. The last slot has no code: it counts
+/// all commands that have no slot of their own. There is no TYPE, as Prometheus and its node
+/// exporter disagree about what a counter's is called there.
+std::string renderRequests(std::string_view usage)
+{
+    constexpr std::size_t kCodeSize = 4;
+    constexpr std::size_t kSlotSize = 8;
+    if (usage.size() != VOK_USAGE_SIZE) {
+        return "";
+    }
+    std::string text =
+        "# HELP vokcontrol_requests_total How many requests the service has received, "
+        "as it saved last.\n";
+    for (; !usage.empty(); usage.remove_prefix(kSlotSize)) {
+        const std::string_view code = usage.substr(0, kCodeSize);
+        const bool isNamed = code.front() != '\0';
+        text += "vokcontrol_requests_total{command=\"" +
+                (isNamed ? escape(makeUtf8(code)) : "other") + "\"} " +
+                std::to_string(core::u32At(usage, kCodeSize)) + "\n";
+    }
+    return text;
+}
+
 } // namespace
 
-std::string renderMetrics(const Situation& situation, const config::Configuration& configuration)
+std::string renderMetrics(const Situation& situation, const config::Configuration& configuration,
+                          std::string_view usage)
 {
     return renderCapacity(situation.capacity) + renderStatus(situation.status) +
-           renderFindings(view::judge(situation, configuration)) + "# EOF\n";
+           renderRequests(usage) + renderFindings(view::judge(situation, configuration)) +
+           "# EOF\n";
 }
 
 } // namespace client

@@ -66,9 +66,12 @@ if(TARGET vokctl)
   # For bash, zsh and fish; its folders are those of share.
   install(DIRECTORY ${packaging}/completion/ DESTINATION ${CMAKE_INSTALL_DATADIR} USE_SOURCE_PERMISSIONS)
   install(FILES ${packaging}/systemd/vokcontrol-history.path ${packaging}/systemd/vokcontrol-metrics.timer
-          DESTINATION ${unit_folder})
+          ${packaging}/systemd/vokcontrol-notify.timer DESTINATION ${unit_folder})
   install_configured(systemd/vokcontrol-history.service ${unit_folder})
   install_configured(systemd/vokcontrol-metrics.service ${unit_folder})
+  install_configured(systemd/vokcontrol-notify.service ${unit_folder})
+  # Programs are switched on by a link in /etc/vokcontrol/notify.d.
+  install(DIRECTORY ${packaging}/notify DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol USE_SOURCE_PERMISSIONS)
   install(FILES docs/monitoring.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
   install(DIRECTORY ${packaging}/monitoring DESTINATION ${CMAKE_INSTALL_DATADIR}/vokcontrol)
 endif()

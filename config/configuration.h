@@ -46,6 +46,10 @@ struct Configuration {
     std::string failedStates = {};          ///< digits that are not among goodStates
     std::array<std::string, 10> words = {}; ///< the meaning of each state; empty if unknown
 
+    // [notify]
+    std::string notifyAccount = {}; ///< whom programs run as; empty for root
+    unsigned notifyTimeout = 30;    ///< seconds
+
     bool operator==(const Configuration&) const = default;
 };
 

@@ -88,6 +88,11 @@ bool isWord(std::string_view text)
     return !text.empty() && std::none_of(text.begin(), text.end(), isControl);
 }
 
+bool isAccountOrNone(std::string_view name)
+{
+    return name.empty() || isGroup(name);
+}
+
 bool isHost(std::string_view name)
 {
     return isPlain(name, "-.", 253);
@@ -97,10 +102,12 @@ constexpr Rule kSocketPath = {isSocketPath, "an absolute path of at most 106 byt
 constexpr Rule kGroup = {isGroup, "the name of a group"};
 constexpr Rule kFolders = {isFolders, "absolute paths of folders with colons between them"};
 constexpr Rule kAccount = {isWord, "names of accounts"};
+constexpr Rule kAccountOrNone = {isAccountOrNone, "the name of an account, or nothing"};
 constexpr Rule kHost = {isHost, "host names, without ports"};
 
 // ---- The table --------------------------------------------------------------------------------
 
+constexpr unsigned kHourInSeconds = 60 * 60;
 constexpr unsigned kDayInSeconds = 24 * 60 * 60;
 
 constexpr auto kKeys = std::to_array<Key>({
@@ -126,6 +133,9 @@ constexpr auto kKeys = std::to_array<Key>({
     {"backup", "good-states", Digits{&C::goodStates}},
     {"backup", "failed-states", Digits{&C::failedStates}},
     {"backup", "words", Words{&C::words}},
+
+    {"notify", "account", Text{&C::notifyAccount, kAccountOrNone}},
+    {"notify", "timeout", Number{&C::notifyTimeout, 1, kHourInSeconds}},
 });
 
 // ---- Values -----------------------------------------------------------------------------------

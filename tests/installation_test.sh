@@ -83,11 +83,12 @@ chmod +x "$root/usr/bin/ps"
 chroot "$root" php /etc/inc/seed.php
 start_systemd
 
-units='vokserve.socket vokcontrol-collect.timer vokcontrol-history.path vokcontrol-boot.service'
+units='vokserve.socket vokcontrol-collect.timer vokcontrol-history.path vokcontrol-notify.timer vokcontrol-boot.service'
 expect 'it is installed: units are enabled, the socket is there' "ii  vokcontrol 0.1.0
 vokserve.socket enabled active
 vokcontrol-collect.timer enabled active
 vokcontrol-history.path enabled active
+vokcontrol-notify.timer enabled active
 vokcontrol-boot.service enabled inactive
 vokserve.service static inactive
 vokcontrol vokcontrol-view
@@ -179,6 +180,7 @@ socket: the same' "$(inside '
 expect 'upgraded: what the administrator has disabled stays so, and nothing starts it' 'vokserve.socket disabled inactive
 vokcontrol-collect.timer disabled inactive
 vokcontrol-history.path disabled inactive
+vokcontrol-notify.timer disabled inactive
 vokcontrol-boot.service disabled inactive
 vokserve.service static inactive' "$(inside '
     systemctl --quiet disable --now '"$units"' 2>/dev/null
@@ -191,6 +193,7 @@ vokserve.service static inactive' "$(inside '
 expect 'the same after a package that has kept no notes of that' 'vokserve.socket disabled
 vokcontrol-collect.timer enabled
 vokcontrol-history.path enabled
+vokcontrol-notify.timer enabled
 vokcontrol-boot.service disabled' "$(inside '
     rm -r /var/lib/systemd/deb-systemd-helper-enabled
     systemctl --quiet enable vokcontrol-collect.timer 2>/dev/null

@@ -84,6 +84,8 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /lib/systemd/system/vokcontrol-history.service
 /lib/systemd/system/vokcontrol-metrics.service
 /lib/systemd/system/vokcontrol-metrics.timer
+/lib/systemd/system/vokcontrol-notify.service
+/lib/systemd/system/vokcontrol-notify.timer
 /lib/systemd/system/vokserve.service
 /lib/systemd/system/vokserve.socket
 /usr/bin/pelstatus
@@ -168,12 +170,12 @@ lock file: 600
 users: anna
 socket: srw-rw-rw- root 0
 collected: There are no internal shares.
-units: start vokcontrol-collect.timer vokcontrol-history.path vokserve.socket
+units: start vokcontrol-collect.timer vokcontrol-history.path vokcontrol-notify.timer vokserve.socket
 lock file mended: 600 regular empty file
 groups: vokcontrol:x:0: vokcontrol-view:x:0:
-units: start vokcontrol-collect.timer vokcontrol-history.path vokserve.socket restart vokserve.service
+units: start vokcontrol-collect.timer vokcontrol-history.path vokcontrol-notify.timer vokserve.socket restart vokserve.service
 removed: deinstall ok config-files
-units: stop vokcontrol-collect.timer vokcontrol-history.path vokserve.socket stop vokserve.service
+units: stop vokcontrol-collect.timer vokcontrol-history.path vokcontrol-notify.timer vokserve.socket stop vokserve.service
 left: /etc/vokcontrol.conf
 kept: __bksts __shrStatus __shrsem vokcontrol_cmd_used system_var system_var_lck
 purged: 

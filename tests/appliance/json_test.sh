@@ -32,6 +32,9 @@ output=$(appliance sh -c '
     say backup-list backup list
     vokctl collect --wait 300 2>/dev/null
     say status status
+    vokctl history --remember
+    say history history
+    say history history Media
     say shares-list shares list
     say shares-show shares show Media
     say users-list users list
@@ -64,6 +67,8 @@ expect 'each subcommand with --json has a schema' "$(with_json | sort)" \
 expect 'what is printed is as the schemas say' 'doctor: good
 backup-list: good
 status: good
+history: good
+history: good
 shares-list: good
 shares-show: good
 users-list: good

@@ -101,6 +101,7 @@ TEST_F(Client, everyCommandHasHelpWithExamples)
     const std::vector<CommandHelp> commands = {
         {{"status"}, {"--json", "--max-age SECONDS", "--wait SECONDS", "--watch", "--config PATH"}},
         {{"history"}, {"SHARE", "--since TIME", "--json", "--csv", "--remember"}},
+        {{"notify"}, {"--test", "--config PATH"}},
         {{"metrics"}, {"--output PATH", "--config PATH"}},
         {{"collect"}, {"--wait SECONDS", "--socket PATH", "--timeout SECONDS", "--config PATH"}},
         {{"check"}, {"--full PERCENT", "--backup-age DAYS", "--stale HOURS", "--config PATH"}},

@@ -112,4 +112,27 @@ TEST(Metrics, haveEachLabelOnce)
               "vokcontrol_share_used_bytes{share=\"a\"} 3072\n");
 }
 
+TEST(Metrics, haveTheRequestsOfTheService)
+{
+    std::string usage;
+    for (int slot = 0; slot < 20; ++slot) {
+        usage +=
+            "ab" + std::string(1, static_cast<char>('a' + slot)) + "1" + root::le32(slot * 1000U);
+    }
+    usage += root::zeros(4) + root::le32(0xFFFFFFFF);
+    const std::string text = renderMetrics({}, {}, usage);
+    const std::string head = "# HELP vokcontrol_requests_total How many requests the service has "
+                             "received, as it saved last.\n"
+                             "vokcontrol_requests_total{command=\"aba1\"} 0\n"
+                             "vokcontrol_requests_total{command=\"abb1\"} 1000\n";
+    EXPECT_NE(text.find(head), std::string::npos) << text;
+    EXPECT_NE(text.find("vokcontrol_requests_total{command=\"abt1\"} 19000\n"
+                        "vokcontrol_requests_total{command=\"other\"} 4294967295\n"
+                        "# TYPE vokcontrol_findings"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(renderMetrics({}, {}, usage + "x"), renderMetrics({}, {}));
+    EXPECT_EQ(renderMetrics({}, {}, usage.substr(1)), renderMetrics({}, {}));
+}
+
 } // namespace

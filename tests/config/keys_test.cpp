@@ -118,6 +118,8 @@ TEST(Keys, eachGoesIntoItsMember)
     EXPECT_TRUE(take("backup", "good-states", "1, 4", all));
     EXPECT_TRUE(take("backup", "failed-states", "2", all));
     EXPECT_TRUE(take("backup", "words", "0: never run, 9:failed", all));
+    EXPECT_TRUE(take("notify", "account", "mailer", all));
+    EXPECT_TRUE(take("notify", "timeout", "31", all));
     Configuration expected = {.socket = "/run/other.sock",
                               .group = "staff",
                               .viewGroup = "lookers",
@@ -135,7 +137,9 @@ TEST(Keys, eachGoesIntoItsMember)
                               .stale = 25,
                               .goodStates = "14",
                               .failedStates = "2",
-                              .words = {}};
+                              .words = {},
+                              .notifyAccount = "mailer",
+                              .notifyTimeout = 31};
     expected.words[0] = "never run";
     expected.words[9] = "failed";
     EXPECT_TRUE(all == expected);

@@ -45,7 +45,7 @@ TEST(Lines, commentMayBeOfAnyLength)
 TEST(Lines, unknownSectionIsToldWithItsLine)
 {
     constexpr const char* kThereAre = " is not a section; known sections: [service], [client], "
-                                      "[pages], [thresholds] and [backup]";
+                                      "[pages], [thresholds], [backup] and [notify]";
     EXPECT_EQ(complaintOf("\n[servcie]\ntimeout = 5\n"),
               std::string("/etc/file:2: \"[servcie]\"") + kThereAre);
     EXPECT_EQ(complaintOf("[]"), std::string("/etc/file:1: \"[]\"") + kThereAre);

@@ -35,10 +35,9 @@ enum class Remembered {
 /// The one writer: as long as it exists, no other process has one for the same file.
 class Store {
   public:
-    /// Waits for other writers for at most 15 seconds. Makes the folder, for its owner alone, and the file, if
-    /// missing.
-    /// Touches the file, its journal (FILE-journal) and the lock file FILE-lock.
-    /// Throws DatabaseError.
+    /// Waits for other writers for at most 15 seconds. Makes the folder, for its owner alone, and
+    /// the file, if missing. Touches the file, its journal (FILE-journal) and the lock file
+    /// FILE-lock. Throws DatabaseError.
     explicit Store(std::string path = kFile);
     ~Store();
     Store(const Store&) = delete;

@@ -87,7 +87,7 @@ inline constexpr auto kSubcommands = std::to_array<Subcommand>({
     {"private", "The file that clients keep on the appliance", buildPrivateCommand},
     {"setup", "Whether the first setup is pending, and the language", buildSetupCommand},
     {"remote", "Access to the appliance from outside", buildRemoteCommand},
-    {"service", "An older name: \"service restart\" is \"collect\"", buildServiceCommand},
+    {"service", R"(An older name: "service restart" is "collect")", buildServiceCommand},
     {"raw", "Send any request and show the bytes of the answer", buildRawCommand},
 });
 

@@ -108,7 +108,7 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/doc/vokcontrol/examples/vokcontrol.py
 /usr/share/doc/vokcontrol/glossary.md.gz
 /usr/share/doc/vokcontrol/install.md.gz
-/usr/share/doc/vokcontrol/monitoring.md
+/usr/share/doc/vokcontrol/monitoring.md.gz
 /usr/share/doc/vokcontrol/porting.md.gz
 /usr/share/doc/vokcontrol/programs.md.gz
 /usr/share/doc/vokcontrol/protocol.md.gz
@@ -176,7 +176,7 @@ groups: vokcontrol:x:0: vokcontrol-view:x:0:
 units: start vokcontrol-collect.timer vokcontrol-history.path vokcontrol-notify.timer vokserve.socket restart vokserve.service
 removed: deinstall ok config-files
 units: stop vokcontrol-collect.timer vokcontrol-history.path vokcontrol-notify.timer vokserve.socket stop vokserve.service
-left: /etc/vokcontrol.conf
+left: /etc/vokcontrol.conf /etc/vokcontrol
 kept: __bksts __shrStatus __shrsem vokcontrol_cmd_used system_var system_var_lck
 purged: 
 left:

@@ -134,7 +134,7 @@ Music 4 K' "$(inside '
 expect 'each published status is remembered' 'remembered: yes
 700 /var/lib/vokcontrol' "$(inside '
     exec 2>&1
-    vokctl collect --wait 60 >/dev/null
+    vokctl collect --wait 60 2>/dev/null
     published=$(date -u -d "@$(stat -c %Y /etc/pelconfig/vokcontrol/__shrStatus)" +%Y-%m-%dT%H:%M:%SZ)
     for _ in $(seq 100); do
         ! vokctl history --csv 2>/dev/null | grep -q "^$published," || break

@@ -6,7 +6,7 @@ namespace {
 
 constexpr std::int64_t kDay = 86400;
 constexpr std::int64_t kWeek = 7 * kDay;
-constexpr std::int64_t kTwoYears = 2 * 365 * kDay;
+constexpr std::int64_t kTwoYears = 730 * kDay;
 /// The first of January 1970 was a Thursday.
 constexpr std::int64_t kSinceMonday = 3 * kDay;
 

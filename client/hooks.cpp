@@ -2,6 +2,7 @@
 #include "client/hooks.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -103,8 +104,9 @@ bool become(const Account& account, bool isAnother)
                          ::dup2(STDERR_FILENO, STDOUT_FILENO) >= 0 && ::chdir("/") == 0 &&
                          become(account, isAnother);
     if (isReady) {
-        char* const arguments[] = {const_cast<char*>(hook.path.c_str()), nullptr};
-        ::execve(hook.path.c_str(), arguments, environment.data());
+        const auto arguments =
+            std::to_array<char*>({const_cast<char*>(hook.path.c_str()), nullptr});
+        ::execve(hook.path.c_str(), arguments.data(), environment.data());
     }
     ::_exit(kCannotRun);
 }
@@ -183,6 +185,7 @@ std::string runHook(const Hook& hook, const HookInput& input, const HookLimits& 
     }
     std::vector<std::string> texts = environmentOf(input, *account);
     std::vector<char*> environment;
+    environment.reserve(texts.size() + 1);
     for (std::string& text : texts) {
         environment.push_back(text.data());
     }

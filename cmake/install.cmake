@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: MIT
 #
 # The installed files. packaging/debian makes the Debian package of them (scripts/package).
-include(GNUInstallDirs)
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)

@@ -14,18 +14,20 @@ struct Language {
     const char* name;    ///< as the language script takes and prints it
     const char* digit;   ///< value of the variable "pel_language"
     const char* ownName; ///< in the language itself, in UTF-8
+    const char* locale;  ///< of its catalogue of translations
+    const char* tag;     ///< for the "lang" of a web page
 };
 
 /// "pel_language" is the digit of the first language whose name is a part of the script's answer,
 /// so traditional Chinese gives the digit of Chinese.
 inline constexpr auto kLanguages = std::to_array<Language>({
-    {"en", "english", "1", "English"},
-    {"fr", "french", "2", "Fran\u00E7ais"},
-    {"ge", "german", "3", "Deutsch"},
-    {"sp", "spanish", "4", "Espa\u00F1ol"},
-    {"it", "italian", "5", "Italiano"},
-    {"sc", "chinese", "6", "\u7B80\u4F53\u4E2D\u6587"},
-    {"tc", "traditional_chinese", "7", "\u7E41\u9AD4\u4E2D\u6587"},
+    {"en", "english", "1", "English", "en", "en"},
+    {"fr", "french", "2", "Fran\u00E7ais", "fr", "fr"},
+    {"ge", "german", "3", "Deutsch", "de", "de"},
+    {"sp", "spanish", "4", "Espa\u00F1ol", "es", "es"},
+    {"it", "italian", "5", "Italiano", "it", "it"},
+    {"sc", "chinese", "6", "\u7B80\u4F53\u4E2D\u6587", "zh_CN", "zh-Hans"},
+    {"tc", "traditional_chinese", "7", "\u7E41\u9AD4\u4E2D\u6587", "zh_TW", "zh-Hant"},
 });
 
 /// @return the language with a code; null for another code

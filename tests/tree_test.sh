@@ -18,7 +18,7 @@ complain() {
 }
 
 for source in guard/*.cpp core/*.cpp sharestatus/*.cpp cmdsvc/*.cpp handlers/*.cpp pagehelpers/*.cpp service/*.cpp \
-    client/*.cpp config/*.cpp history/*.cpp page/*.cpp view/*.cpp; do
+    client/*.cpp config/*.cpp history/*.cpp page/*.cpp text/*.cpp view/*.cpp; do
     # These only connect other files: daemon_test, server_test and guard_test.sh run the programs.
     case $source in sharestatus/main.cpp | service/main.cpp | guard/system.cpp) continue ;; esac
     test=tests/${source%.cpp}_test.cpp

@@ -13,16 +13,17 @@ TEST(Languages, areTheSevenOfTheProtocolAndOfTheLanguageScript)
 {
     std::vector<Strings> rows;
     for (const core::Language& language : core::kLanguages) {
-        rows.push_back({language.code, language.name, language.digit, language.ownName});
+        rows.push_back({language.code, language.name, language.digit, language.ownName,
+                        language.locale, language.tag});
     }
     EXPECT_EQ(rows, (std::vector<Strings>{
-                        {"en", "english", "1", "English"},
-                        {"fr", "french", "2", "Français"},
-                        {"ge", "german", "3", "Deutsch"},
-                        {"sp", "spanish", "4", "Español"},
-                        {"it", "italian", "5", "Italiano"},
-                        {"sc", "chinese", "6", "简体中文"},
-                        {"tc", "traditional_chinese", "7", "繁體中文"},
+                        {"en", "english", "1", "English", "en", "en"},
+                        {"fr", "french", "2", "Français", "fr", "fr"},
+                        {"ge", "german", "3", "Deutsch", "de", "de"},
+                        {"sp", "spanish", "4", "Español", "es", "es"},
+                        {"it", "italian", "5", "Italiano", "it", "it"},
+                        {"sc", "chinese", "6", "简体中文", "zh_CN", "zh-Hans"},
+                        {"tc", "traditional_chinese", "7", "繁體中文", "zh_TW", "zh-Hant"},
                     }));
 }
 

@@ -23,6 +23,7 @@ constexpr std::chrono::seconds kRetryAfter{2};
 constexpr auto kPages = std::to_array<PageEntry>({
     // path                   label            page                    read            write           listed
     {"",                      "Overview",      makeOverview,           kAccount,       std::nullopt,   true},
+    {"/share",                "Share",         makeShare,              kAccount,       std::nullopt,   false},
     {"/shares",               "Shares",        makeShares,             kAccount,       kAdministrator, true},
     {"/users",                "Users",         makeUsers,              kAccount,       kAdministrator, true},
     {"/users/check",          "Password",      makePasswordCheck,      kAdministrator, kAdministrator, false},

@@ -158,7 +158,7 @@ TEST_F(Shares, publicShareIsCreatedAndToldOnTheNextPage)
     EXPECT_EQ(toldAfter(made),
               "<div class=\"notice good\" role=\"status\"><p>The share <bdi>&lt;b&gt;</bdi> was "
               "created. Everybody in the network may read and write what is in it. The overview "
-              "shows it after the next measurement.</p></div>\n");
+              "shows it after the next collection.</p></div>\n");
 }
 
 TEST_F(Shares, privateShareIsCreatedForItsUser)
@@ -169,7 +169,7 @@ TEST_F(Shares, privateShareIsCreatedForItsUser)
     EXPECT_EQ(toldAfter(made),
               "<div class=\"notice good\" role=\"status\"><p>The share <bdi>Papers</bdi> was "
               "created. <bdi>bob</bdi> alone may read and write what is in it. The overview shows "
-              "it after the next measurement.</p></div>\n");
+              "it after the next collection.</p></div>\n");
 }
 
 /// A refusal of the service, its words, and the field that they are about.

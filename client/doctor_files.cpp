@@ -177,13 +177,9 @@ Diagnosis examineWorkSpace(const Surroundings& /*surroundings*/, const Check& /*
 {
     constexpr std::uint64_t kWorkFiles = 1024;
     // The service's work files are in a folder of its own, those of others in /tmp.
-    for (const char* folder : {"/run", "/tmp"}) {
-        Diagnosis diagnosis = examineSpace(folder, kWorkFiles, "work files");
-        if (diagnosis.sign != Sign::kGood) {
-            return diagnosis;
-        }
-    }
-    return examineSpace("/tmp", kWorkFiles, "work files");
+    Diagnosis diagnosis = examineSpace("/run", kWorkFiles, "work files");
+    return (diagnosis.sign == Sign::kGood) ? examineSpace("/tmp", kWorkFiles, "work files")
+                                           : diagnosis;
 }
 
 Diagnosis examineClock(const Surroundings& surroundings, const Check& /*check*/)

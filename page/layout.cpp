@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "page/layout.h"
 
+#include "text/translation.h"
+
 namespace page {
 namespace {
+
+using text::tr;
+using text::trc;
 
 Html head(const Frame& frame, const Page& page)
 {
@@ -45,7 +50,7 @@ Html navigation(const Frame& frame)
         return {};
     }
     Html out;
-    out << R"(<nav aria-label="Pages"><ul>)";
+    out << R"(<nav aria-label=")" << Text{tr("Pages")} << R"("><ul>)";
     for (const PageEntry& entry : frame.pages) {
         if (!entry.isListed || !entry.read || !admits(*entry.read, frame.visitor)) {
             continue;
@@ -54,7 +59,7 @@ Html navigation(const Frame& frame)
         if (entry.path == frame.path) {
             out << R"( aria-current="page")";
         }
-        out << ">" << entry.label << "</a></li>";
+        out << ">" << Text{tr(entry.label)} << "</a></li>";
     }
     out << "</ul></nav>\n";
     return out;
@@ -66,9 +71,8 @@ Html login(const Frame& frame)
     Html out;
     if (frame.visitor.hasSession) {
         out << openForm(frame.token, "/logout") << R"(<p class="who"><bdi>)"
-            << Text{frame.visitor.account} << R"(</bdi> <button>Log out</button></p>
-</form>
-)";
+            << Text{frame.visitor.account} << "</bdi> <button>" << Text{tr("Log out")}
+            << "</button></p>\n</form>\n";
     } else if (!frame.visitor.account.empty()) {
         out << R"(<p class="who"><bdi>)" << Text{frame.visitor.account} << "</bdi></p>\n";
     }
@@ -79,11 +83,12 @@ Html banner(const Frame& frame)
 {
     Html out;
     out << R"(<body>
-<a class="skip" href="#main">Skip to the content</a>
+<a class="skip" href="#main">)"
+        << Text{tr("Skip to the content")} << R"(</a>
 <header><div class="wide">
 <p class="brand"><img src="/icon.svg" alt="" width="28" height="28"><bdi>)";
     if (frame.applianceName.empty()) {
-        out << "Storage appliance";
+        out << Text{tr("Storage appliance")};
     } else {
         out << Text{frame.applianceName};
     }
@@ -109,12 +114,12 @@ Html openForm(std::string_view token, Literal path)
                   << Text{token} << "\">\n";
 }
 
-Html fact(Literal label, std::string_view value)
+Html fact(std::string_view label, std::string_view value)
 {
     Html out;
-    out << "<div><dt>" << label << "</dt><dd>";
+    out << "<div><dt>" << Text{label} << "</dt><dd>";
     if (value.empty()) {
-        out << R"(<span class="quiet">not known</span>)";
+        out << R"(<span class="quiet">)" << Text{tr("not known")} << "</span>";
     } else {
         out << "<bdi>" << Text{value} << "</bdi>";
     }
@@ -122,23 +127,26 @@ Html fact(Literal label, std::string_view value)
     return out;
 }
 
-Html badge(Literal colour, Literal sign, Literal word)
+Html badge(Literal colour, Literal sign, std::string_view word)
 {
     return Html() << R"(<span class="badge )" << colour << R"("><span aria-hidden="true">)" << sign
-                  << "</span> " << word << "</span>";
+                  << "</span> " << Text{word} << "</span>";
 }
 
 Html setupSteps(bool isFirstTime)
 {
-    return Html() << R"(<ol class="steps">)"
-                  << (isFirstTime ? Literal("\n<li aria-current=\"step\">Administrator</li>")
-                                  : Literal(""))
-                  << R"(
-<li data-step="0">Name and language</li>
-<li data-step="1">Public share</li>
-<li data-step="2">Check</li>
-</ol>
-)";
+    Html out;
+    out << R"(<ol class="steps">)";
+    if (isFirstTime) {
+        out << "\n<li aria-current=\"step\">" << Text{tr("Administrator")} << "</li>";
+    }
+    return out << R"(
+<li data-step="0">)"
+               << Text{tr("Name and language")} << R"(</li>
+<li data-step="1">)"
+               << Text{tr("Public share")} << R"(</li>
+<li data-step="2">)"
+               << Text{trc("step of the setup", "Check")} << "</li>\n</ol>\n";
 }
 
 Html complaint(Literal id, std::string_view words)

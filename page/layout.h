@@ -20,7 +20,7 @@ inline constexpr Literal kProgramUrl = "/cgi-bin/vokpage";
 /// A page, who may read it and who may send it forms. Without a level nobody can.
 struct PageEntry {
     std::string_view path; ///< after the program's name
-    Literal label;
+    const char* label;     ///< in the navigation, marked for translation
     Page (*make)(Visit& visit);
     std::optional<Level> read;
     std::optional<Level> write;
@@ -42,10 +42,10 @@ struct Frame {
 [[nodiscard]] Html openForm(std::string_view token, Literal path);
 
 /// A pair of a list of facts; a value that is not known is said to be so.
-[[nodiscard]] Html fact(Literal label, std::string_view value);
+[[nodiscard]] Html fact(std::string_view label, std::string_view value);
 
 /// A sign and a word, and a class for the colour: none of them stands alone.
-[[nodiscard]] Html badge(Literal colour, Literal sign, Literal word);
+[[nodiscard]] Html badge(Literal colour, Literal sign, std::string_view word);
 
 /// The list of the setup's steps. The first of them comes only once.
 [[nodiscard]] Html setupSteps(bool isFirstTime);

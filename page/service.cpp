@@ -2,27 +2,30 @@
 #include "page/service.h"
 
 #include "page/log.h"
+#include "text/translation.h"
 #include "view/sentences.h"
 
 namespace page {
 namespace {
 
+using text::tr;
+
 const char* wordsFor(client::ExitCode code)
 {
     switch (code) {
     case client::kNoAnswer:
-        return "The appliance's service has not answered in time. What you asked for may have been "
-               "done all the same: look before you repeat it.";
+        return tr("The appliance's service has not answered in time. What you asked for may have "
+                  "been done all the same: look before you repeat it.");
     case client::kUnreachable:
-        return "The appliance's service does not answer. Try again in a minute.";
+        return tr("The appliance's service does not answer. Try again in a minute.");
     case client::kNotPermitted:
-        return "The appliance's service and the pages do not trust each other. The web server's "
-               "log says why.";
+        return tr("The appliance's service and the pages do not trust each other. The web "
+                  "server's log says why.");
     case client::kWrongUsage:
-        return "What you have typed cannot be sent to the appliance's service.";
+        return tr("What you have typed cannot be sent to the appliance's service.");
     default:
-        return "The answer of the appliance's service cannot be read. The web server's log says "
-               "more.";
+        return tr("The answer of the appliance's service cannot be read. The web server's log "
+                  "says more.");
     }
 }
 

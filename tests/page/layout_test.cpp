@@ -67,9 +67,10 @@ TEST(Layout, marksThePageInTheNavigation)
 {
     const std::string page = laidOut({kPages, "/setup", "abc", "box", visits::administrator()});
     EXPECT_TRUE(contains(
-        page, R"(<ul><li><a href="/cgi-bin/vokpage">Overview</a></li>)"
-              R"(<li><a href="/cgi-bin/vokpage/setup" aria-current="page">Set <b>up</b></a></li>)"
-              R"(<li><a href="/cgi-bin/vokpage/sync">Sync</a></li></ul>)"));
+        page,
+        R"(<ul><li><a href="/cgi-bin/vokpage">Overview</a></li>)"
+        R"(<li><a href="/cgi-bin/vokpage/setup" aria-current="page">Set &lt;b&gt;up&lt;/b&gt;</a></li>)"
+        R"(<li><a href="/cgi-bin/vokpage/sync">Sync</a></li></ul>)"));
 }
 
 TEST(Layout, navigationHasWhatTheVisitorMayRead)

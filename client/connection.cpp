@@ -9,6 +9,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "client/reasons.h"
 #include "view/wording.h"
 
 namespace client {
@@ -75,11 +76,10 @@ std::optional<Reply> complainOfServer(int socket, const std::string& path)
                         "anyway: --any-server");
 }
 
-/// Reads to the end, or one byte more than is allowed. There can be an answer even if the request
-/// could not be sent whole.
-std::string readAnswer(std::streambuf& source, std::size_t longest)
+/// Reads on to the end, or one byte more than is allowed. There can be an answer even if the
+/// request could not be sent whole.
+void readRest(std::streambuf& source, std::size_t longest, std::string& answer)
 {
-    std::string answer;
     std::array<char, 16384> piece;
     std::streamsize got = 1;
     while (got > 0 && answer.size() <= longest) {
@@ -87,7 +87,6 @@ std::string readAnswer(std::streambuf& source, std::size_t longest)
         got = source.sgetn(piece.data(), static_cast<std::streamsize>(wanted));
         answer.append(piece.data(), static_cast<std::size_t>(got));
     }
-    return answer;
 }
 
 /// Whether an answer is complete. If the service refuses a request before it has read all of it,
@@ -119,8 +118,11 @@ Reply sendRequest(const Connection& connection, std::string_view frame, std::siz
     stream.flush();
     asio::error_code ignored;
     stream.socket().shutdown(Protocol::socket::shutdown_send, ignored);
+    FirstPiece first = receiveFirst(socket, longest, std::chrono::seconds(way.timeout));
     Reply reply;
-    reply.bytes = readAnswer(*stream.rdbuf(), longest);
+    reply.bytes = std::move(first.bytes);
+    reply.reasons = std::move(first.reasons);
+    readRest(*stream.rdbuf(), longest, reply.bytes);
     if (reply.bytes.size() > longest) {
         return complain(kUnreadableAnswer, "the answer is longer than " + std::to_string(longest) +
                                                " bytes, more than a good answer can have");

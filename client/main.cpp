@@ -10,6 +10,7 @@
 #include "client/check_report.h"
 #include "client/commands.h"
 #include "client/failure.h"
+#include "client/reasons.h"
 #include "client/wrong_usage.h"
 #include "config/configuration.h"
 
@@ -110,6 +111,12 @@ int main(int argc, char** argv)
 {
     try {
         return run(argc, argv);
+    } catch (const client::Refused& refusal) {
+        std::cerr << "vokctl: " << refusal.what() << "\n";
+        for (const std::string& line : client::reasonLines(refusal.reasons())) {
+            std::cerr << "vokctl: the appliance says: " << line << "\n";
+        }
+        return refusal.code();
     } catch (const client::Failure& failure) {
         std::cerr << "vokctl: " << failure.what() << "\n";
         return failure.code();

@@ -3,6 +3,7 @@
 // "vokctl users" as people and scripts call it.
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <regex>
 
 #include "tests/support/vokserve.h"
 
@@ -177,9 +178,26 @@ TEST_F(UsersCommand, createSaysThatTheListOfUsersCannotBeMade)
     // The filtered list stands beside the script's own, with a 2 behind its name.
     root::stub("php", "[ \"$2\" = tovGetUsers ] || exit 0\n"
                       ": >\"${3}2\"; chmod 000 \"${3}2\"");
+    const root::Ended ended = create("carla", "secret\n");
+    EXPECT_EQ(ended.exitCode, 1);
+    // The files have the number of the request's process.
+    EXPECT_EQ(std::regex_replace(ended.errors, std::regex("Existed[0-9]+"), "ExistedN"),
+              "vokctl: The appliance's user script did not list the users, so none was created; "
+              "vokctl doctor may say why. (0xFF000004)\n"
+              "vokctl: the appliance says: cat: can't open 'isUserExistedN': No such file or "
+              "directory\n"
+              "vokctl: the appliance says: sh: 1: cannot create isUserExistedN: Permission "
+              "denied\n");
+}
+
+TEST_F(UsersCommand, createTellsWhatTheScriptSays)
+{
+    stubUsers({"anna"});
+    stubAddition("echo 'useradd: group users does not exist' >&2; exit 1");
     expectRefusal("carla", "secret",
-                  "The appliance's user script did not list the users, so none was created; vokctl "
-                  "doctor may say why. (0xFF000004)");
+                  "The appliance's user script did not create this user; vokctl doctor may say "
+                  "why. (0x10000005)\n"
+                  "vokctl: the appliance says: useradd: group users does not exist");
 }
 
 TEST_F(UsersCommand, createSaysThatTheScriptHasRefused)

@@ -10,8 +10,10 @@
 #include "client/check_report.h"
 #include "client/commands.h"
 #include "client/failure.h"
+#include "client/language.h"
 #include "client/wrong_usage.h"
 #include "config/configuration.h"
+#include "text/translation.h"
 
 namespace {
 
@@ -22,7 +24,7 @@ int finishOutput(int exitCode)
     if (std::cout) {
         return exitCode;
     }
-    std::cerr << "vokctl: cannot write to standard output\n";
+    std::cerr << "vokctl: " << text::tr("cannot write to standard output") << "\n";
     return client::kFailed;
 }
 
@@ -108,6 +110,7 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    text::speak(client::languageFor(std::span(argv, static_cast<std::size_t>(argc))));
     try {
         return run(argc, argv);
     } catch (const client::Failure& failure) {

@@ -2,6 +2,7 @@
 #include "client/exchange.h"
 
 #include "client/failure.h"
+#include "text/translation.h"
 #include "view/sentences.h"
 
 namespace client {
@@ -104,8 +105,8 @@ std::string askForBytes(const Connection& connection, const Request& request,
 
 void failUnreadable(const Request& request, const Answer& answer)
 {
-    throw Failure(kUnreadableAnswer,
-                  "the answer cannot be read; it is " + describeAnswer(request.command, answer));
+    throw Failure(kUnreadableAnswer, text::fill(text::tr("the answer cannot be read; it is {}"),
+                                                {describeAnswer(request.command, answer)}));
 }
 
 } // namespace client

@@ -184,9 +184,9 @@ TEST_F(UsersCommand, createSaysThatTheListOfUsersCannotBeMade)
     EXPECT_EQ(std::regex_replace(ended.errors, std::regex("Existed[0-9]+"), "ExistedN"),
               "vokctl: The appliance's user script did not list the users, so none was created; "
               "vokctl doctor may say why. (0xFF000004)\n"
-              "vokctl: the appliance says: cat: can't open 'isUserExistedN': No such file or "
+              "vokctl: The appliance says: cat: can't open 'isUserExistedN': No such file or "
               "directory\n"
-              "vokctl: the appliance says: sh: 1: cannot create isUserExistedN: Permission "
+              "vokctl: The appliance says: sh: 1: cannot create isUserExistedN: Permission "
               "denied\n");
 }
 
@@ -197,7 +197,7 @@ TEST_F(UsersCommand, createTellsWhatTheScriptSays)
     expectRefusal("carla", "secret",
                   "The appliance's user script did not create this user; vokctl doctor may say "
                   "why. (0x10000005)\n"
-                  "vokctl: the appliance says: useradd: group users does not exist");
+                  "vokctl: The appliance says: useradd: group users does not exist");
 }
 
 TEST_F(UsersCommand, createSaysThatTheScriptHasRefused)

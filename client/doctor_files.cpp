@@ -186,13 +186,9 @@ Diagnosis examineWorkSpace(const Surroundings& /*surroundings*/, const Check& /*
     constexpr std::uint64_t kWorkFiles = 1024;
     const char* tooLittle = tr("Only {1} are free in {2}, too little for work files.");
     // The service's work files are in a folder of its own, those of others in /tmp.
-    for (const char* folder : {"/run", "/tmp"}) {
-        Diagnosis diagnosis = examineSpace(folder, kWorkFiles, tooLittle);
-        if (diagnosis.sign != Sign::kGood) {
-            return diagnosis;
-        }
-    }
-    return examineSpace("/tmp", kWorkFiles, tooLittle);
+    Diagnosis diagnosis = examineSpace("/run", kWorkFiles, tooLittle);
+    return (diagnosis.sign == Sign::kGood) ? examineSpace("/tmp", kWorkFiles, tooLittle)
+                                           : diagnosis;
 }
 
 Diagnosis examineClock(const Surroundings& surroundings, const Check& /*check*/)

@@ -30,7 +30,8 @@ constexpr const char* kInitSettings = "/etc/default/vokcontrol";
 constexpr const char* kCollectorPid = "/run/vokcontrol-collect.pid";
 constexpr const char* kTimer = "vokcontrol-collect.timer";
 constexpr auto kUnits = std::to_array<const char*>(
-    {"vokserve.socket", "vokcontrol-collect.timer", "vokcontrol-boot.service"});
+    {"vokserve.socket", "vokcontrol-collect.timer", "vokcontrol-boot.service",
+     "vokcontrol-history.path", "vokcontrol-notify.timer"});
 
 bool isFolder(const char* path)
 {

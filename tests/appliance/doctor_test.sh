@@ -201,7 +201,7 @@ TEXT
 
 expect 'each check of a script finds what is wrong with it' "$(
     cat <<'TEXT'
-WRONG settings /etc/vokcontrol.conf:4: this is neither "key = value" nor a [section]. What to do: mend it; vokcontrol.conf(5) says what it may hold.
+WRONG settings /etc/vokcontrol.conf:4: this is neither "key = value" nor a [section]. What to do: mend it; vokcontrol.conf(5) says what it may contain.
 WRONG sudo sudo true ended with 1 and said: not today. What to do: run it by hand and mend it; porting.md says what it has to answer.
 WRONG php /usr/bin/php is not PHP. What to do: install the package php-cli, or link its program to /usr/bin/php.
 WRONG api_share.php PHP cannot read /etc/inc/api_share.php. What to do: see what is wrong: php -l /etc/inc/api_share.php.

@@ -54,7 +54,7 @@ TEST_F(DoctorService, settingsCanBeRead)
     root::writeFile("/stubs/settings", "nonsense\n");
     EXPECT_EQ(say(examineSettings),
               wrong("/stubs/settings:1: this is neither \"key = value\" nor a [section].",
-                    "mend it; vokcontrol.conf(5) says what it may hold"));
+                    "mend it; vokcontrol.conf(5) says what it may contain"));
 }
 
 TEST_F(DoctorService, bothGroupsAreThere)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "page/layout.h"
 
+#include "page/language.h"
 #include "text/translation.h"
 
 namespace page {
@@ -13,7 +14,8 @@ Html head(const Frame& frame, const Page& page)
 {
     Html out;
     out << R"(<!DOCTYPE html>
-<html lang="en">
+<html lang=")"
+        << Text{text::spoken().tag} << R"(">
 <head>
 <meta charset="utf-8">
 <meta name="viewport" content="width=device-width, initial-scale=1">
@@ -96,6 +98,24 @@ Html banner(const Frame& frame)
     return out;
 }
 
+/// The languages, unless the visitor is not known, and what to do about messages.
+Html foot(const Frame& frame)
+{
+    Html out;
+    out << R"(<footer><div class="wide">
+)";
+    if (!frame.token.empty()) {
+        out << languageForm(frame.token, frame.path);
+    }
+    out << R"(<p class="about"><a href=")" << kProgramUrl << R"(/help">)"
+        << Text{tr("Troubleshooting")} << "</a>";
+    // A version tells a stranger which faults to look for.
+    if (!frame.visitor.account.empty()) {
+        out << " <span>vokcontrol " << Literal(VOKPAGE_VERSION) << "</span>";
+    }
+    return out << "</p>\n</div></footer>\n";
+}
+
 } // namespace
 
 Html layOut(const Frame& frame, const Page& page, const Script& script)
@@ -104,7 +124,8 @@ Html layOut(const Frame& frame, const Page& page, const Script& script)
                   << R"(<main id="main" class="wide">
 <h1>)" << Text{page.title}
                   << "</h1>\n"
-                  << page.body << "</main>\n</body>\n</html>\n";
+                  << page.body << "</main>\n"
+                  << foot(frame) << "</body>\n</html>\n";
 }
 
 Html openForm(std::string_view token, Literal path)

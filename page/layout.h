@@ -33,7 +33,7 @@ struct Frame {
     std::string nonce;                ///< marks the page's own script
     std::string applianceName;        ///< empty where it is not known
     Visitor visitor = {};             ///< nobody in particular where that is not known
-    std::string token = {};           ///< for the form that logs out
+    std::string token = {};           ///< for the forms of the frame; none without it
 };
 
 [[nodiscard]] Html layOut(const Frame& frame, const Page& page, const Script& script);

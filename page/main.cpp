@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "page/deadline.h"
+#include "page/language.h"
 #include "page/log.h"
 #include "page/own_tmp.h"
 #include "page/routes.h"
@@ -16,6 +17,7 @@ namespace {
 
 std::string makeAnswer(const page::Variables& variables)
 {
+    text::speak(page::languageOfBrowser(variables));
     page::endAfter(
         page::kDeadline,
         page::refuse(variables, page::kTookTooLong,

@@ -6,6 +6,7 @@
 
 #include "config/configuration.h"
 #include "page/appliance_name.h"
+#include "page/language.h"
 #include "page/log.h"
 #include "page/origin.h"
 #include "page/response.h"
@@ -35,6 +36,8 @@ constexpr auto kPages = std::to_array<PageEntry>({
     {"/sync",                 mark("Sync"),     makeSync,               kAccount,       kAdministrator, true},
     {"/login",                "Log in",         makeLogin,              kAnybody,       kAnybody,       false},
     {"/logout",               "Log out",        makeLogout,             std::nullopt,   kAccount,       false},
+    {"/language",             "Language",       makeLanguage,           std::nullopt,   kAnybody,       false},
+    {"/help",                 "Help",           makeHelp,               kAnybody,       std::nullopt,   false},
 });
 // clang-format on
 
@@ -127,6 +130,7 @@ Descriptor requireSlot(const Visitor& visitor)
 
 Response answerGood(const Variables& variables, int body)
 {
+    text::speak(languageOfVisitor(variables));
     const config::Configuration settings = config::read();
     Request request = readHead(variables);
     Script script;

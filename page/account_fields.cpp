@@ -6,9 +6,12 @@
 #include "core/bytes.h"
 #include "page/layout.h"
 #include "page/sessions.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
+
+using text::tr;
 
 bool isOfName(char c)
 {
@@ -33,7 +36,8 @@ Credentials readCredentials(const Form& form)
 Html nameField(std::string_view value, std::string_view words)
 {
     return Html()
-           << R"(<p class="field"><label for="name">Name</label>
+           << R"(<p class="field"><label for="name">)" << Text{text::trc("of a user", "Name")}
+           << R"(</label>
 <input id="name" name="name" value=")"
            << Text{value}
            << R"(" required maxlength="64" autocomplete="username" autocapitalize="none" spellcheck="false")"
@@ -41,9 +45,10 @@ Html nameField(std::string_view value, std::string_view words)
            << complaint("name-complaint", words);
 }
 
-Html passwordField(Literal name, Literal label, Literal purpose, std::string_view words)
+Html passwordField(Literal name, std::string_view label, Literal purpose, std::string_view words)
 {
-    return Html() << R"(<p class="field"><label for=")" << name << R"(">)" << label << R"(</label>
+    return Html() << R"(<p class="field"><label for=")" << name << R"(">)" << Text{label}
+                  << R"(</label>
 <input id=")" << name
                   << R"(" name=")" << name
                   << R"(" type="password" required maxlength="64" autocomplete=")" << purpose
@@ -56,7 +61,7 @@ std::string_view complainOfNewName(std::string_view name)
     constexpr std::size_t kLongest = 32;
     const bool isGood = !name.empty() && name.size() <= kLongest && name.front() != '-' &&
                         std::ranges::all_of(name, isOfName);
-    return isGood ? "" : "A name has 1 to 32 characters: letters A to Z, digits, - and _.";
+    return isGood ? "" : tr("A name has 1 to 32 characters: letters A to Z, digits, - and _.");
 }
 
 std::string_view complainOfNewPassword(std::string_view password)
@@ -67,8 +72,14 @@ std::string_view complainOfNewPassword(std::string_view password)
                         std::ranges::all_of(password, isOfPassword);
     return isGood
                ? ""
-               : "A password has 8 to 32 characters: letters A to Z, digits, blanks and signs, but "
-                 "none of \" ' \\ ` $";
+               : tr("A password has 8 to 32 characters: letters A to Z, digits, blanks and signs, "
+                    "but none of \" ' \\ ` $");
+}
+
+std::string askToWait(Time pause)
+{
+    return text::fill(tr("There were wrong passwords. Wait {} s, then try again."),
+                      {std::to_string(pause.count())});
 }
 
 std::vector<Cookie> beginSession(const std::string& account)

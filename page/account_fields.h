@@ -3,10 +3,12 @@
 // account_fields.h: the fields of forms that ask for an account, and the session that follows them.
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "page/accounts.h"
+#include "page/clock.h"
 #include "page/form.h"
 #include "page/html.h"
 #include "page/pages.h"
@@ -19,12 +21,15 @@ namespace page {
 [[nodiscard]] Html nameField(std::string_view value, std::string_view complaint);
 
 /// @param purpose  what the browser's keeper of passwords takes it for
-[[nodiscard]] Html passwordField(Literal name, Literal label, Literal purpose,
+[[nodiscard]] Html passwordField(Literal name, std::string_view label, Literal purpose,
                                  std::string_view complaint);
 
 // What is wrong with an account to be made, in words; empty if nothing is.
 [[nodiscard]] std::string_view complainOfNewName(std::string_view name);
 [[nodiscard]] std::string_view complainOfNewPassword(std::string_view password);
+
+/// The sentence that asks somebody to wait after wrong passwords.
+[[nodiscard]] std::string askToWait(Time pause);
 
 /// Begins a session.
 /// @return the cookies that the browser keeps of it

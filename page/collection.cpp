@@ -10,6 +10,7 @@
 #include "page/log.h"
 #include "page/overview_collection.h"
 #include "page/pages.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
@@ -25,8 +26,8 @@ void start(const config::Configuration& settings)
                         {cmdsvc::command("sgss")});
     } catch (const client::Failure& failure) {
         log(std::string("no collection can be started: ") + failure.what());
-        throw Refusal(kBusy, "The appliance's service does not answer, so nothing is measured "
-                             "now. Try again in a minute.");
+        throw Refusal(kBusy, text::tr("The appliance's service does not answer, so nothing is "
+                                      "measured now. Try again in a minute."));
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "page/layout.h"
 #include "page/service.h"
+#include "text/translation.h"
 
 namespace page {
 
@@ -37,7 +38,7 @@ Html Complaints::summary() const
         return {};
     }
     Html content;
-    content << "<p>That did not work:</p>\n<ul>";
+    content << "<p>" << Text{text::tr("That did not work:")} << "</p>\n<ul>";
     for (const Entry& entry : entries_) {
         if (entry.field.empty()) {
             content << "<li>" << Text{entry.sentence} << "</li>";

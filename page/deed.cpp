@@ -7,6 +7,7 @@
 #include "page/form.h"
 #include "page/layout.h"
 #include "page/phrase.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
@@ -66,7 +67,8 @@ Html tellDeed(const Request& request, std::span<const DeedSentence> sentences,
         return {};
     }
     cookies.push_back({.name = kDeedCookie, .value = ""});
-    return notice(Mood::kGood, Html() << "<p>" << phrase(told->sentence, deed->names) << "</p>");
+    return notice(Mood::kGood,
+                  Html() << "<p>" << phrase(text::tr(told->sentence), deed->names) << "</p>");
 }
 
 } // namespace page

@@ -23,7 +23,7 @@ struct Deed {
 /// A sentence for each kind of deed, with a "{}" for each of its names.
 struct DeedSentence {
     std::string_view kind;
-    Literal sentence;
+    const char* sentence; ///< marked for translation
 };
 
 [[nodiscard]] Cookie cookieOf(const Deed& deed);

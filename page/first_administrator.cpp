@@ -9,21 +9,26 @@
 #include "page/log.h"
 #include "page/new_account.h"
 #include "page/pages.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
 
+using text::tr;
+
 Page form(const Visit& visit, const Complaints& complaints)
 {
     Page page;
-    page.title = "Setup";
-    page.body << setupSteps(true) << complaints.summary()
-              << R"(<section class="card narrow"><h2>First: the administrator</h2>
-<p>This appliance is new. The account that you make now may change everything on these pages; all that
-follows needs its password.</p>
-)" << openForm(visit.token, "/setup/administrator")
+    page.title = tr("Setup");
+    page.body << setupSteps(true) << complaints.summary() << R"(<section class="card narrow"><h2>)"
+              << Text{tr("First: the administrator")} << "</h2>\n<p>"
+              << Text{tr("This appliance is new. The account that you make now may change "
+                         "everything on these pages; all that follows needs its password.")}
+              << "</p>\n"
+              << openForm(visit.token, "/setup/administrator")
               << accountFields(visit.request.form, complaints)
-              << R"(<p class="buttons"><button class="main">Next</button></p>
+              << R"(<p class="buttons"><button class="main">)" << Text{tr("Next")}
+              << R"(</button></p>
 </form>
 </section>
 )";

@@ -2,15 +2,21 @@
 #include "page/layout.h"
 
 #include "page/form.h"
+#include "page/language.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
+
+using text::tr;
+using text::trc;
 
 Html head(const Frame& frame, const Page& page)
 {
     Html out;
     out << R"(<!DOCTYPE html>
-<html lang="en">
+<html lang=")"
+        << Text{text::spoken().tag} << R"(">
 <head>
 <meta charset="utf-8">
 <meta name="viewport" content="width=device-width, initial-scale=1">
@@ -47,7 +53,7 @@ Html navigation(const Frame& frame)
         return {};
     }
     Html out;
-    out << R"(<nav aria-label="Pages"><ul>)";
+    out << R"(<nav aria-label=")" << Text{tr("Pages")} << R"("><ul>)";
     for (const PageEntry& entry : frame.pages) {
         if (!entry.isListed || !entry.read || !admits(*entry.read, frame.visitor)) {
             continue;
@@ -56,7 +62,7 @@ Html navigation(const Frame& frame)
         if (entry.path == frame.path) {
             out << R"( aria-current="page")";
         }
-        out << ">" << entry.label << "</a></li>";
+        out << ">" << Text{tr(entry.label)} << "</a></li>";
     }
     out << "</ul></nav>\n";
     return out;
@@ -68,9 +74,8 @@ Html login(const Frame& frame)
     Html out;
     if (frame.visitor.hasSession) {
         out << openForm(frame.token, "/logout") << R"(<p class="who"><bdi>)"
-            << Text{frame.visitor.account} << R"(</bdi> <button>Log out</button></p>
-</form>
-)";
+            << Text{frame.visitor.account} << "</bdi> <button>" << Text{tr("Log out")}
+            << "</button></p>\n</form>\n";
     } else if (!frame.visitor.account.empty()) {
         out << R"(<p class="who"><bdi>)" << Text{frame.visitor.account} << "</bdi></p>\n";
     }
@@ -81,16 +86,35 @@ Html banner(const Frame& frame)
 {
     Html out;
     out << R"(<body>
-<a class="skip" href="#main">Skip to the content</a>
+<a class="skip" href="#main">)"
+        << Text{tr("Skip to the content")} << R"(</a>
 <header><div class="wide">
 <p class="brand"><img src="/icon.svg" alt="" width="28" height="28"><bdi>)";
     if (frame.applianceName.empty()) {
-        out << "Storage appliance";
+        out << Text{tr("Storage appliance")};
     } else {
         out << Text{frame.applianceName};
     }
     out << "</bdi></p>\n" << navigation(frame) << login(frame) << "</div></header>\n";
     return out;
+}
+
+/// The languages, unless the visitor is not known, and what to do about messages.
+Html foot(const Frame& frame)
+{
+    Html out;
+    out << R"(<footer><div class="wide">
+)";
+    if (!frame.token.empty()) {
+        out << languageForm(frame.token, frame.path);
+    }
+    out << R"(<p class="about"><a href=")" << kProgramUrl << R"(/help">)"
+        << Text{tr("Troubleshooting")} << "</a>";
+    // A version tells a stranger which faults to look for.
+    if (!frame.visitor.account.empty()) {
+        out << " <span>vokcontrol " << Literal(VOKPAGE_VERSION) << "</span>";
+    }
+    return out << "</p>\n</div></footer>\n";
 }
 
 } // namespace
@@ -101,7 +125,8 @@ Html layOut(const Frame& frame, const Page& page, const Script& script)
                   << R"(<main id="main" class="wide">
 <h1>)" << Text{page.title}
                   << "</h1>\n"
-                  << page.body << "</main>\n</body>\n</html>\n";
+                  << page.body << "</main>\n"
+                  << foot(frame) << "</body>\n</html>\n";
 }
 
 Html openForm(std::string_view token, Literal path)
@@ -117,12 +142,12 @@ Html shareLink(std::string_view name)
                   << R"("><bdi>)" << Text{name} << "</bdi></a>";
 }
 
-Html fact(Literal label, std::string_view value)
+Html fact(std::string_view label, std::string_view value)
 {
     Html out;
-    out << "<div><dt>" << label << "</dt><dd>";
+    out << "<div><dt>" << Text{label} << "</dt><dd>";
     if (value.empty()) {
-        out << R"(<span class="quiet">not known</span>)";
+        out << R"(<span class="quiet">)" << Text{tr("not known")} << "</span>";
     } else {
         out << "<bdi>" << Text{value} << "</bdi>";
     }
@@ -130,23 +155,26 @@ Html fact(Literal label, std::string_view value)
     return out;
 }
 
-Html badge(Literal colour, Literal sign, Literal word)
+Html badge(Literal colour, Literal sign, std::string_view word)
 {
     return Html() << R"(<span class="badge )" << colour << R"("><span aria-hidden="true">)" << sign
-                  << "</span> " << word << "</span>";
+                  << "</span> " << Text{word} << "</span>";
 }
 
 Html setupSteps(bool isFirstTime)
 {
-    return Html() << R"(<ol class="steps">)"
-                  << (isFirstTime ? Literal("\n<li aria-current=\"step\">Administrator</li>")
-                                  : Literal(""))
-                  << R"(
-<li data-step="0">Name and language</li>
-<li data-step="1">Public share</li>
-<li data-step="2">Check</li>
-</ol>
-)";
+    Html out;
+    out << R"(<ol class="steps">)";
+    if (isFirstTime) {
+        out << "\n<li aria-current=\"step\">" << Text{tr("Administrator")} << "</li>";
+    }
+    return out << R"(
+<li data-step="0">)"
+               << Text{tr("Name and language")} << R"(</li>
+<li data-step="1">)"
+               << Text{tr("Public share")} << R"(</li>
+<li data-step="2">)"
+               << Text{trc("step of the setup", "Check")} << "</li>\n</ol>\n";
 }
 
 Html complaint(Literal id, std::string_view words)

@@ -20,7 +20,7 @@ inline constexpr Literal kProgramUrl = "/cgi-bin/vokpage";
 /// A page, who may read it and who may send it forms. Without a level nobody can.
 struct PageEntry {
     std::string_view path; ///< after the program's name
-    Literal label;
+    const char* label;     ///< in the navigation, marked for translation
     Page (*make)(Visit& visit);
     std::optional<Level> read;
     std::optional<Level> write;
@@ -33,7 +33,7 @@ struct Frame {
     std::string nonce;                ///< marks the page's own script
     std::string applianceName;        ///< empty where it is not known
     Visitor visitor = {};             ///< nobody in particular where that is not known
-    std::string token = {};           ///< for the form that logs out
+    std::string token = {};           ///< for the forms of the frame; none without it
 };
 
 [[nodiscard]] Html layOut(const Frame& frame, const Page& page, const Script& script);
@@ -45,10 +45,10 @@ struct Frame {
 [[nodiscard]] Html shareLink(std::string_view name);
 
 /// A pair of a list of facts; a value that is not known is said to be so.
-[[nodiscard]] Html fact(Literal label, std::string_view value);
+[[nodiscard]] Html fact(std::string_view label, std::string_view value);
 
 /// A sign and a word, and a class for the colour: none of them stands alone.
-[[nodiscard]] Html badge(Literal colour, Literal sign, Literal word);
+[[nodiscard]] Html badge(Literal colour, Literal sign, std::string_view word);
 
 /// The list of the setup's steps. The first of them comes only once.
 [[nodiscard]] Html setupSteps(bool isFirstTime);

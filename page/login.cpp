@@ -9,22 +9,27 @@
 #include "page/login_pauses.h"
 #include "page/pages.h"
 #include "page/sessions.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
+
+using text::tr;
 
 constexpr std::string_view kOverview;
 
 Page form(const Visit& visit, const Html& words)
 {
     Page page;
-    page.title = "Log in";
+    page.title = tr("Log in");
     page.body << R"(<section class="card narrow">)" << words << openForm(visit.token, "/login")
               << nameField(visit.request.form.value("name"), "")
-              << passwordField("password", "Password", "current-password", "")
-              << R"(<p class="buttons"><button class="main">Log in</button></p>
+              << passwordField("password", tr("Password"), "current-password", "")
+              << R"(<p class="buttons"><button class="main">)" << Text{tr("Log in")}
+              << R"(</button></p>
 </form>
-<p class="quiet">Log in with an account of this appliance.</p>
+<p class="quiet">)"
+              << Text{tr("Log in with an account of this appliance.")} << R"(</p>
 </section>
 )";
     return page;
@@ -39,9 +44,7 @@ Page refused(const Visit& visit, int status, std::string_view words)
 
 Page paused(const Visit& visit, Time wait)
 {
-    Page page = refused(visit, kTooMany,
-                        "There were wrong passwords. Wait " + std::to_string(wait.count()) +
-                            " s, then try again.");
+    Page page = refused(visit, kTooMany, askToWait(wait));
     page.retryAfter = wait;
     return page;
 }
@@ -63,7 +66,7 @@ Page logIn(const Visit& visit, const Credentials& credentials)
     const std::optional<std::string> account = checkPassword(visit.settings, credentials);
     if (!account) {
         logAttempt(visit, "wrong name or password:");
-        return refused(visit, kForbidden, "The name or the password is wrong.");
+        return refused(visit, kForbidden, tr("The name or the password is wrong."));
     }
     pauses.succeeded(credentials.name, now());
     logAttempt(visit, "logged in:");
@@ -89,7 +92,7 @@ Page makeLogin(Visit& visit)
         return logIn(visit, readCredentials(visit.request.form));
     } catch (const client::Failure& failure) {
         log(std::string("no password can be checked: ") + failure.what());
-        return refused(visit, kBusy, "The appliance cannot check passwords now. Try again.");
+        return refused(visit, kBusy, tr("The appliance cannot check passwords now. Try again."));
     }
 }
 

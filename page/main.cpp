@@ -7,28 +7,30 @@
 #include <unistd.h>
 
 #include "page/deadline.h"
+#include "page/language.h"
 #include "page/log.h"
 #include "page/own_tmp.h"
 #include "page/routes.h"
+#include "text/translation.h"
 
 namespace {
 
 std::string makeAnswer(const page::Variables& variables)
 {
+    text::speak(page::languageOfBrowser(variables));
     page::endAfter(
         page::kDeadline,
         page::refuse(variables, page::kTookTooLong,
-                     "The appliance did not get ready in time. What you asked for may be "
-                     "done in part."));
+                     text::tr("The appliance did not get ready in time. What you asked for may be "
+                              "done in part.")));
     try {
         page::requireOwnTmp();
     } catch (const std::exception& failure) {
         page::log(failure.what());
         return page::refuse(
             variables, page::kFailure,
-            "Others on this appliance can write to its /tmp, and so could forge what "
-            "the pages show and do. Nothing was done. The web server's log tells "
-            "more.");
+            text::tr("Others on this appliance can write to its /tmp, and so could forge what the "
+                     "pages show and do. Nothing was done. The web server's log tells more."));
     }
     return page::answer(variables, STDIN_FILENO);
 }

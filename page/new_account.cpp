@@ -2,8 +2,11 @@
 #include "page/new_account.h"
 
 #include "page/account_fields.h"
+#include "text/translation.h"
 
 namespace page {
+
+using text::tr;
 
 Complaints complaintsOfAccount(const Form& form, std::string_view aboutName)
 {
@@ -12,7 +15,7 @@ Complaints complaintsOfAccount(const Form& form, std::string_view aboutName)
     complaints.add("name", aboutName);
     complaints.add("password", complainOfNewPassword(credentials.password));
     if (complaints.about("password").empty() && form.value("repeated") != credentials.password) {
-        complaints.add("repeated", "The two passwords differ.");
+        complaints.add("repeated", tr("The two passwords differ."));
     }
     return complaints;
 }
@@ -20,9 +23,9 @@ Complaints complaintsOfAccount(const Form& form, std::string_view aboutName)
 Html accountFields(const Form& form, const Complaints& complaints)
 {
     return Html() << nameField(form.value("name"), complaints.about("name"))
-                  << passwordField("password", "Password", "new-password",
+                  << passwordField("password", tr("Password"), "new-password",
                                    complaints.about("password"))
-                  << passwordField("repeated", "The password once more", "new-password",
+                  << passwordField("repeated", tr("The password once more"), "new-password",
                                    complaints.about("repeated"));
 }
 

@@ -2,6 +2,7 @@
 #include "page/origin.h"
 
 #include "core/bytes.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
@@ -29,8 +30,8 @@ void checkOrigin(const Request& request)
                            (!request.fetchSite.empty() && !isNear(request));
     if (request.isPost() && isForeign) {
         throw Refusal(kForbidden,
-                      "Your browser says that this form does not come from a page of this "
-                      "appliance. Nothing was changed.");
+                      text::tr("Your browser says that this form does not come from a page of "
+                               "this appliance. Nothing was changed."));
     }
 }
 

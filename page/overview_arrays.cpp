@@ -4,11 +4,15 @@
 #include <string>
 
 #include "page/layout.h"
+#include "text/translation.h"
 #include "view/wording.h"
 
 namespace page {
 namespace {
 
+using text::fill;
+using text::tr;
+using text::trn;
 using view::ArrayTask;
 using view::DiskArray;
 
@@ -20,18 +24,18 @@ bool isRebuilding(const DiskArray& array)
 Html stateBadge(const DiskArray& array)
 {
     if (!array.isRunning) {
-        return badge("old", "&#10005;", "Stopped");
+        return badge("old", "&#10005;", tr("Stopped"));
     }
     if (isRebuilding(array)) {
-        return badge("ageing", "!", "Rebuilding");
+        return badge("ageing", "!", tr("Rebuilding"));
     }
     if (array.isDegraded()) {
-        return badge("old", "&#10005;", "Degraded");
+        return badge("old", "&#10005;", tr("Degraded"));
     }
     if (!array.failed.empty()) {
-        return badge("ageing", "!", "Disk failed");
+        return badge("ageing", "!", tr("Disk failed"));
     }
-    return badge("recent", "&#10003;", "Healthy");
+    return badge("recent", "&#10003;", tr("Healthy"));
 }
 
 Html disksAtWork(const DiskArray& array)
@@ -39,44 +43,46 @@ Html disksAtWork(const DiskArray& array)
     if (array.wanted == 0) {
         return {};
     }
-    return Html() << " " << Text{std::to_string(array.working)} << " of "
-                  << Text{view::formatCount(array.wanted, "disk", "disks")} << " at work.";
+    const char* sentence =
+        trn("{1} of {2} disk at work.", "{1} of {2} disks at work.", array.wanted);
+    return Html() << " "
+                  << Text{fill(sentence,
+                               {std::to_string(array.working), std::to_string(array.wanted)})};
 }
 
-Literal nameOf(ArrayTask::Kind kind)
+const char* nameOf(ArrayTask::Kind kind)
 {
     switch (kind) {
     case ArrayTask::Kind::kRebuild:
-        return "Rebuilding";
+        return tr("Rebuilding");
     case ArrayTask::Kind::kReshape:
-        return "Getting its new shape";
+        return tr("Getting its new shape");
     case ArrayTask::Kind::kCheck:
         break;
     }
-    return "Being checked";
+    return tr("Being checked");
 }
 
-Html taskWords(const ArrayTask& task)
+std::string taskWords(const ArrayTask& task)
 {
-    Html out;
-    out << nameOf(task.kind);
+    const std::string name = nameOf(task.kind);
     if (task.isWaiting) {
-        out << ": waits for its turn.";
-        return out;
+        return fill(tr("{}: waits for its turn."), {name});
     }
-    out << ": " << Text{std::to_string(task.percent)} << " % done";
-    if (task.minutes) {
-        out << ", about " << Text{view::formatCount(*task.minutes, "minute", "minutes")} << " left";
+    const std::string percent = std::to_string(task.percent);
+    if (!task.minutes) {
+        return fill(tr("{1}: {2} % done."), {name, percent});
     }
-    out << ".";
-    return out;
+    return fill(trn("{1}: {2} % done, about {3} minute left.",
+                    "{1}: {2} % done, about {3} minutes left.", *task.minutes),
+                {name, percent, std::to_string(*task.minutes)});
 }
 
 Html taskPart(const ArrayTask& task, std::size_t number)
 {
     const std::string id = "task-" + std::to_string(number);
     Html out;
-    out << R"(<p class="quiet" id=")" << Text{id} << R"(">)" << taskWords(task) << "</p>";
+    out << R"(<p class="quiet" id=")" << Text{id} << R"(">)" << Text{taskWords(task)} << "</p>";
     if (!task.isWaiting) {
         out << R"(<progress aria-labelledby=")" << Text{id} << R"(" max="100" value=")"
             << Text{std::to_string(task.percent)} << R"("></progress>)";
@@ -106,7 +112,8 @@ Html arraysCard(const std::vector<DiskArray>& arrays)
     }
     Html out;
     out << R"(<section class="card" aria-labelledby="arrays">
-<h2 id="arrays">Disk health</h2>
+<h2 id="arrays">)"
+        << Text{tr("Disk health")} << R"(</h2>
 <ul class="devices">)";
     for (std::size_t i = 0; i < arrays.size(); ++i) {
         out << arrayItem(arrays[i], i);

@@ -5,10 +5,14 @@
 #include <charconv>
 
 #include "page/layout.h"
+#include "page/phrase.h"
+#include "text/translation.h"
 #include "view/wording.h"
 
 namespace page {
 namespace {
+
+using text::tr;
 
 Html startTime(std::time_t since)
 {
@@ -17,20 +21,24 @@ Html startTime(std::time_t since)
     return Html() << Text{view::formatTime("%H:%M", local)};
 }
 
+Html number(std::uint64_t value)
+{
+    return Html() << Text{std::to_string(value)};
+}
+
 /// "Measuring Media, share 3 of 8, since 18:56."
 Html progressWords(const view::Progress& progress)
 {
-    const Html name = Html() << "<bdi>" << Text{progress.share} << "</bdi>";
+    const Html name = apart(progress.share);
     const Html since = startTime(progress.since.value_or(0));
     if (progress.place > 0) {
-        return Html() << "Measuring " << name << ", share " << Text{std::to_string(progress.place)}
-                      << " of " << Text{std::to_string(progress.count)} << ", since " << since
-                      << ".";
+        return phrase(tr("Measuring {1}, share {2} of {3}, since {4}."),
+                      {name, number(progress.place), number(progress.count), since});
     }
     if (!progress.share.empty()) {
-        return Html() << "Measuring " << name << ", since " << since << ".";
+        return phrase(tr("Measuring {1}, since {2}."), {name, since});
     }
-    return Html() << "Measuring since " << since << ".";
+    return phrase(tr("Measuring since {}."), {since});
 }
 
 /// As long as the shares that have been measured.
@@ -71,19 +79,17 @@ Html collectionState(const view::PublishedStatus& status, const view::Progress& 
                       << progressBar(progress);
     }
     if (status.isInterrupted) {
-        return Html() << "<p>The last collection was interrupted.</p>\n";
+        return Html() << "<p>" << Text{tr("The last collection was interrupted.")} << "</p>\n";
     }
-    return Html() << R"(<p class="quiet">No collection is running.</p>
-)";
+    return Html() << R"(<p class="quiet">)" << Text{tr("No collection is running.")} << "</p>\n";
 }
 
 Html measureForm(std::string_view token, const ShareOrder& order)
 {
     return Html() << openForm(token, "/collection") << R"(<input type="hidden" name="sort" value=")"
                   << Text{order.key} << R"(">
-<button class="main" id="measure">Measure now</button>
-</form>
-)";
+<button class="main" id="measure">)"
+                  << Text{tr("Measure now")} << "</button>\n</form>\n";
 }
 
 Html reloadWithoutScript(const ShareOrder& order, std::string_view wait)

@@ -4,8 +4,14 @@
 #include <algorithm>
 #include <string>
 
+#include "page/phrase.h"
+#include "text/translation.h"
+
 namespace page {
 namespace {
+
+using text::tr;
+
 Html deviceIcon(Device::Kind kind)
 {
     Html out;
@@ -22,17 +28,31 @@ Html deviceIcon(Device::Kind kind)
     return out;
 }
 
-Literal kindLabel(Device::Kind kind)
+const char* kindLabel(Device::Kind kind)
 {
     switch (kind) {
     case Device::Kind::kInternalDisk:
-        return "Internal disk";
+        return tr("Internal disk");
     case Device::Kind::kUsbDisk:
-        return "USB disk";
+        return tr("USB disk");
     case Device::Kind::kUsbPrinter:
         break;
     }
-    return "USB printer";
+    return tr("USB printer");
+}
+
+/// A printer with who makes it, a disk with its name.
+Html kindOf(const Device& device)
+{
+    if (device.kind == Device::Kind::kUsbPrinter && !device.vendor.empty()) {
+        return phrase(tr("USB printer by {}"), {apart(device.vendor)});
+    }
+    Html out;
+    out << Text{kindLabel(device.kind)};
+    if (device.kind != Device::Kind::kUsbPrinter && !device.name.empty()) {
+        out << " " << apart(device.name);
+    }
+    return out;
 }
 
 std::string headingOf(const Device& device)
@@ -49,19 +69,14 @@ std::string headingOf(const Device& device)
 Html deviceItem(const Device& device)
 {
     Html out;
-    out << "\n<li>" << deviceIcon(device.kind) << "<div><h3><bdi>" << Text{headingOf(device)}
-        << R"(</bdi></h3><p class="quiet">)" << kindLabel(device.kind);
-    if (device.kind != Device::Kind::kUsbPrinter && !device.name.empty()) {
-        out << " <bdi>" << Text{device.name} << "</bdi>";
-    } else if (device.kind == Device::Kind::kUsbPrinter && !device.vendor.empty()) {
-        out << " by <bdi>" << Text{device.vendor} << "</bdi>";
-    }
+    out << "\n<li>" << deviceIcon(device.kind) << "<div><h3>" << apart(headingOf(device))
+        << R"(</h3><p class="quiet">)" << kindOf(device);
     if (!device.serial.empty()) {
-        out << R"(<br>Serial number <bdi>)" << Text{device.serial} << "</bdi>";
+        out << "<br>" << phrase(tr("Serial number {}"), {apart(device.serial)});
     }
     out << "</p></div>";
     if (!device.capacity.empty()) {
-        out << R"(<p class="capacity"><bdi>)" << Text{device.capacity} << "</bdi> GB</p>";
+        out << R"(<p class="capacity">)" << phrase(tr("{} GB"), {apart(device.capacity)}) << "</p>";
     }
     out << "</li>";
     return out;
@@ -76,7 +91,7 @@ std::size_t countInternal(const std::vector<Device>& devices)
 Html deviceList(const std::vector<Device>& devices)
 {
     if (devices.empty()) {
-        return Html() << "<p>Nothing is attached.</p>\n";
+        return Html() << "<p>" << Text{tr("Nothing is attached.")} << "</p>\n";
     }
     Html out;
     out << R"(<ul class="devices">)";
@@ -92,11 +107,18 @@ Html deviceList(const std::vector<Device>& devices)
 Html devicesCard(const std::optional<std::vector<Device>>& devices)
 {
     const Html list = devices ? deviceList(*devices)
-                              : Html() << "<p>The appliance does not say what is attached.</p>\n";
+                              : Html() << "<p>"
+                                       << Text{tr("The appliance does not say what is attached.")}
+                                       << "</p>\n";
     return Html() << R"(<section class="card" aria-labelledby="devices">
-<h2 id="devices">Drives and printers</h2>
+<h2 id="devices">)"
+                  << Text{tr("Drives and printers")} << R"(</h2>
 <p class="drive-count" data-drives=")"
-                  << Text{std::to_string(devices ? countInternal(*devices) : 0)} << R"(" hidden></p>
+                  << Text{std::to_string(devices ? countInternal(*devices) : 0)}
+                  << R"(" data-difference=")"
+                  << Text{tr(
+                         "Internal drives that the appliance counts: {1}; that it reports: {2}.")}
+                  << R"(" hidden></p>
 )" << list << "</section>\n";
 }
 

@@ -6,14 +6,17 @@
 #include <string_view>
 
 #include "page/layout.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
 
+using text::tr;
+
 Html levelBadge(view::Level level)
 {
-    return (level == view::Level::kCritical) ? badge("old", "&#10005;", "Critical")
-                                             : badge("ageing", "!", "Warning");
+    return (level == view::Level::kCritical) ? badge("old", "&#10005;", tr("Critical"))
+                                             : badge("ageing", "!", tr("Warning"));
 }
 
 /// A narrow window may break a path after each slash.
@@ -35,12 +38,10 @@ Html findingItem(const view::Finding& finding)
                   << breakable(finding.sentence) << "</bdi></li>";
 }
 
-Html heading(std::size_t count)
+std::string heading(std::size_t count)
 {
-    if (count == 1) {
-        return Html() << "1 thing needs attention";
-    }
-    return Html() << Text{std::to_string(count)} << " things need attention";
+    return text::fill(text::trn("{} thing needs attention", "{} things need attention", count),
+                      {std::to_string(count)});
 }
 
 } // namespace
@@ -49,14 +50,14 @@ Html findingsNotice(const std::vector<view::Finding>& findings)
 {
     if (findings.empty()) {
         return Html() << R"(<p class="notice good"><span aria-hidden="true">&#10003;</span> )"
-                      << "Nothing needs attention.</p>\n";
+                      << Text{tr("Nothing needs attention.")} << "</p>\n";
     }
     const bool isBad = view::worstOf(findings) == view::Level::kCritical;
     Html out;
     out << R"(<section class="notice )" << (isBad ? Literal("bad") : Literal("warn"))
         << R"(" aria-labelledby="attention">
 <h2 id="attention">)"
-        << heading(findings.size()) << R"(</h2>
+        << Text{heading(findings.size())} << R"(</h2>
 <ul class="findings">)";
     for (const view::Finding& finding : findings) {
         out << findingItem(finding);

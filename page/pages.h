@@ -30,6 +30,7 @@ struct Visit {
 struct Cookie {
     std::string_view name;
     std::string value;
+    std::chrono::seconds kept{0}; ///< 0: until the browser ends
 };
 
 /// What a page makes of itself; the frame around it comes with layOut().
@@ -55,5 +56,7 @@ struct Page {
 [[nodiscard]] Page makeLogin(Visit& visit);
 [[nodiscard]] Page makeLogout(Visit& visit);
 [[nodiscard]] Page makeFirstAdministrator(Visit& visit);
+[[nodiscard]] Page makeLanguage(Visit& visit);
+[[nodiscard]] Page makeHelp(Visit& visit);
 
 } // namespace page

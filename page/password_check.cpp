@@ -14,23 +14,30 @@
 #include "page/login_pauses.h"
 #include "page/pages.h"
 #include "page/service.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
 
+using text::tr;
+using text::trc;
+
 Page form(const Visit& visit, const Complaints& complaints)
 {
     Page page;
-    page.title = "Check a password";
+    page.title = tr("Check a password");
     page.body << complaints.summary() << R"(<section class="card narrow">
-<p class="quiet">Says whether a user can log in with a password. Nothing is changed.</p>
+<p class="quiet">)"
+              << Text{tr("Says whether a user can log in with a password. Nothing is changed.")}
+              << R"(</p>
 )" << openForm(visit.token, "/users/check")
               << nameField(visit.request.form.value("name"), complaints.about("name"))
-              << passwordField("password", "Password", "off", complaints.about("password"))
-              << R"(<p class="buttons"><button class="main">Check</button></p>
+              << passwordField("password", tr("Password"), "off", complaints.about("password"))
+              << R"(<p class="buttons"><button class="main">)" << Text{trc("button", "Check")}
+              << R"(</button></p>
 </form>
 <p><a href=")" << kProgramUrl
-              << R"(/users">Back to the users</a></p>
+              << R"(/users">)" << Text{tr("Back to the users")} << R"(</a></p>
 </section>
 )";
     return page;
@@ -43,12 +50,11 @@ std::string complaintOf(const Visit& visit, const Credentials& credentials)
     LoginPauses pauses;
     const Time wait = pauses.attempt(credentials.name, now());
     if (wait > Time(0)) {
-        return "There were wrong passwords. Wait " + std::to_string(wait.count()) +
-               " s, then try again.";
+        return askToWait(wait);
     }
     log(quoted(visit.visitor.account) + " checks the password of " + quoted(credentials.name));
     if (!checkPassword(visit.settings, credentials)) {
-        return "With this name and this password nobody can log in.";
+        return tr("With this name and this password nobody can log in.");
     }
     pauses.succeeded(credentials.name, now());
     return "";
@@ -58,8 +64,8 @@ std::string complaintOf(const Visit& visit, const Credentials& credentials)
 Complaints check(const Visit& visit, const Credentials& credentials)
 {
     Complaints complaints;
-    complaints.add("name", credentials.name.empty() ? "Give the name of the user." : "");
-    complaints.add("password", credentials.password.empty() ? "Give the password." : "");
+    complaints.add("name", credentials.name.empty() ? tr("Give the name of the user.") : "");
+    complaints.add("password", credentials.password.empty() ? tr("Give the password.") : "");
     if (!complaints.areNone()) {
         return complaints;
     }

@@ -1,24 +1,35 @@
 // SPDX-License-Identifier: MIT
 #include "page/phrase.h"
 
-#include <string_view>
+#include "text/places.h"
 
 namespace page {
 
-Html phrase(Literal sentence, std::span<const std::string> texts)
+Html apart(std::string_view text)
 {
-    constexpr std::string_view kPlace = "{}";
+    return Html() << "<bdi>" << Text{text} << "</bdi>";
+}
+
+Html phrase(std::string_view sentence, std::initializer_list<Html> parts)
+{
     Html out;
-    std::string_view rest = sentence.view();
-    for (std::size_t place = rest.find(kPlace); place != rest.npos; place = rest.find(kPlace)) {
-        out << Text{rest.substr(0, place)};
-        if (!texts.empty()) {
-            out << "<bdi>" << Text{texts.front()} << "</bdi>";
-            texts = texts.subspan(1);
-        }
-        rest.remove_prefix(place + kPlace.size());
-    }
-    return out << Text{rest};
+    text::splitAtPlaces(
+        sentence, [&out](std::string_view words) { out << Text{words}; },
+        [&out, parts](std::size_t place) {
+            out << ((place < parts.size()) ? *(parts.begin() + place) : Html());
+        });
+    return out;
+}
+
+Html phrase(std::string_view sentence, std::span<const std::string> texts)
+{
+    Html out;
+    text::splitAtPlaces(
+        sentence, [&out](std::string_view words) { out << Text{words}; },
+        [&out, texts](std::size_t place) {
+            out << ((place < texts.size()) ? apart(texts[place]) : Html());
+        });
+    return out;
 }
 
 } // namespace page

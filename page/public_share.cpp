@@ -8,6 +8,7 @@
 #include "core/bytes.h"
 #include "page/service.h"
 #include "page/share_form.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
@@ -21,8 +22,8 @@ PublicShare judge(const client::Share& share)
     }
     return {.state = kBadName,
             .name = share.name,
-            .words = "There is a share of this name already, but not everybody may use it. Choose "
-                     "another name."};
+            .words = text::tr("There is a share of this name already, but not everybody may use "
+                              "it. Choose another name.")};
 }
 
 /// Whether another name would do.

@@ -15,9 +15,12 @@
 
 #include "core/bytes.h"
 #include "page/token.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
+
+using text::tr;
 
 /// How long a browser may take to send its form.
 constexpr std::chrono::seconds kBodyPatience{10};
@@ -30,10 +33,10 @@ std::size_t sizeOf(std::string_view text)
     std::size_t size = 0;
     const auto read = std::from_chars(text.data(), end, size);
     if (read.ec == std::errc::result_out_of_range || size > kMaxBodySize) {
-        throw Refusal(kTooLarge, "The form is too large.");
+        throw Refusal(kTooLarge, tr("The form is too large."));
     }
     if (read.ec != std::errc() || read.ptr != end) {
-        throw Refusal(kBadRequest, "The size of the form is missing.");
+        throw Refusal(kBadRequest, tr("The size of the form is missing."));
     }
     return size;
 }
@@ -47,7 +50,7 @@ std::size_t readSome(int body, std::span<char> rest)
         throw std::system_error(errno, std::generic_category(), "cannot read the form");
     }
     if (size == 0) {
-        throw Refusal(kBadRequest, "The form is not complete.");
+        throw Refusal(kBadRequest, tr("The form is not complete."));
     }
     return (size > 0) ? static_cast<std::size_t>(size) : 0;
 }
@@ -62,7 +65,7 @@ std::string readBody(int body, std::size_t size)
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
         pollfd waiting = {body, POLLIN, 0};
         if (left.count() <= 0 || ::poll(&waiting, 1, static_cast<int>(left.count())) == 0) {
-            throw Refusal(kTooLate, "The form did not come in time.");
+            throw Refusal(kTooLate, tr("The form did not come in time."));
         }
         rest = rest.subspan(readSome(body, rest));
     }
@@ -113,9 +116,10 @@ std::string_view cookieValue(std::string_view header, std::string_view name)
         const std::string_view cookie = trim(header.substr(0, end));
         if (cookie.starts_with(name) && cookie.substr(name.size()).starts_with('=')) {
             if (value) {
-                throw Refusal(kBadRequest, "Your browser has two cookies of one name, and one of "
-                                           "them is not ours. Delete the cookies of this "
-                                           "appliance, and log in again.");
+                throw Refusal(kBadRequest,
+                              tr("Your browser has two cookies of one name, and one of them is "
+                                 "not ours. Delete the cookies of this appliance, and log in "
+                                 "again."));
             }
             value = cookie.substr(name.size() + 1);
         }
@@ -145,7 +149,7 @@ Request readHead(const Variables& variables)
     request.token = tokenIn(variables["HTTP_COOKIE"], kTokenCookie);
     request.deed = cookieValue(variables["HTTP_COOKIE"], kDeedCookie);
     if (!request.isPost() && request.method != "GET" && request.method != "HEAD") {
-        throw Refusal(kMethodNotAllowed, "Pages are read or sent a form; nothing else.");
+        throw Refusal(kMethodNotAllowed, tr("Pages are read or sent a form; nothing else."));
     }
     return request;
 }
@@ -155,7 +159,7 @@ Form readForm(const Variables& variables, int body)
     constexpr std::string_view kFormType = "application/x-www-form-urlencoded";
     const std::string_view type = variables["CONTENT_TYPE"];
     if (type.substr(0, type.find(';')) != kFormType) {
-        throw Refusal(kWrongType, "This is not a form.");
+        throw Refusal(kWrongType, tr("This is not a form."));
     }
     return Form(readBody(body, sizeOf(variables["CONTENT_LENGTH"])));
 }
@@ -173,8 +177,8 @@ void checkHost(const Request& request, std::span<const std::string> furtherNames
     }
     const std::string own = ownName();
     if (own.empty() || (!isMeant(own) && !isMeant(own + ".local"))) {
-        throw Refusal(kForbidden, "The appliance does not go by this name. Use its own name or its "
-                                  "address.");
+        throw Refusal(kForbidden, tr("The appliance does not go by this name. Use its own name "
+                                     "or its address."));
     }
 }
 

@@ -5,6 +5,7 @@
 #include <array>
 
 #include "page/request.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
@@ -53,14 +54,16 @@ std::string securityPolicy(std::string_view nonce)
     return policy;
 }
 
-/// No script of any page reads it, no page of another site sends it along, and it ends with the
-/// browser.
+/// No script of any page reads it, and no page of another site sends it along.
 std::string cookieText(const Cookie& cookie, bool isSecure)
 {
     std::string text(cookie.name);
     text.append("=").append(cookie.value).append("; Path=/; HttpOnly; SameSite=Strict");
-    return text.append(isSecure ? "; Secure" : "")
-        .append(cookie.value.empty() ? "; Max-Age=0" : "");
+    text.append(isSecure ? "; Secure" : "");
+    if (cookie.value.empty() || cookie.kept.count() > 0) {
+        text.append("; Max-Age=").append(std::to_string(cookie.kept.count()));
+    }
+    return text;
 }
 
 /// What keeps an answer to itself: every answer has these.
@@ -95,6 +98,8 @@ std::string render(const Response& response, bool isHeadOnly)
     std::string out;
     addHeader(out, "Status", wordsOf(response.status));
     addHeader(out, "Content-Type", "text/html; charset=utf-8");
+    addHeader(out, "Content-Language", text::spoken().tag);
+    addHeader(out, "Vary", "Accept-Language, Cookie");
     addSecurityHeaders(out, response.nonce);
     addStatusHeaders(out, response);
     for (const Cookie& cookie : response.cookies) {

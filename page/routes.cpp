@@ -6,33 +6,39 @@
 
 #include "config/configuration.h"
 #include "page/appliance_name.h"
+#include "page/language.h"
 #include "page/log.h"
 #include "page/origin.h"
 #include "page/response.h"
 #include "page/slots.h"
 #include "page/token.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
 
+using text::mark;
+using text::tr;
 using enum Level;
 
 constexpr std::chrono::seconds kRetryAfter{2};
 
 // clang-format off
 constexpr auto kPages = std::to_array<PageEntry>({
-    // path                   label            page                    read            write           listed
-    {"",                      "Overview",      makeOverview,           kAccount,       std::nullopt,   true},
-    {"/share",                "Share",         makeShare,              kAccount,       std::nullopt,   false},
-    {"/shares",               "Shares",        makeShares,             kAccount,       kAdministrator, true},
-    {"/users",                "Users",         makeUsers,              kAccount,       kAdministrator, true},
-    {"/users/check",          "Password",      makePasswordCheck,      kAdministrator, kAdministrator, false},
-    {"/collection",           "Collection",    makeCollection,         kAccount,       kAdministrator, false},
-    {"/setup",                "Setup",         makeSetup,              kAdministrator, kAdministrator, true},
-    {"/setup/administrator",  "Administrator", makeFirstAdministrator, kNewcomer,      kNewcomer,      false},
-    {"/sync",                 "Sync",          makeSync,               kAccount,       kAdministrator, true},
-    {"/login",                "Log in",        makeLogin,              kAnybody,       kAnybody,       false},
-    {"/logout",               "Log out",       makeLogout,             std::nullopt,   kAccount,       false},
+    // path                   label             page                    read            write           listed
+    {"",                      mark("Overview"), makeOverview,           kAccount,       std::nullopt,   true},
+    {"/share",                "Share",          makeShare,              kAccount,       std::nullopt,   false},
+    {"/shares",               mark("Shares"),   makeShares,             kAccount,       kAdministrator, true},
+    {"/users",                mark("Users"),    makeUsers,              kAccount,       kAdministrator, true},
+    {"/users/check",          "Password",       makePasswordCheck,      kAdministrator, kAdministrator, false},
+    {"/collection",           "Collection",     makeCollection,         kAccount,       kAdministrator, false},
+    {"/setup",                mark("Setup"),    makeSetup,              kAdministrator, kAdministrator, true},
+    {"/setup/administrator",  "Administrator",  makeFirstAdministrator, kNewcomer,      kNewcomer,      false},
+    {"/sync",                 mark("Sync"),     makeSync,               kAccount,       kAdministrator, true},
+    {"/login",                "Log in",         makeLogin,              kAnybody,       kAnybody,       false},
+    {"/logout",               "Log out",        makeLogout,             std::nullopt,   kAccount,       false},
+    {"/language",             "Language",       makeLanguage,           std::nullopt,   kAnybody,       false},
+    {"/help",                 "Help",           makeHelp,               kAnybody,       std::nullopt,   false},
 });
 // clang-format on
 
@@ -41,7 +47,7 @@ const PageEntry& findPage(const Request& request)
     const std::string_view path = (request.path == "/") ? "" : std::string_view(request.path);
     const auto* entry = std::ranges::find(kPages, path, &PageEntry::path);
     if (entry == kPages.end()) {
-        throw Refusal(kNotFound, "There is no such page.");
+        throw Refusal(kNotFound, tr("There is no such page."));
     }
     return *entry;
 }
@@ -51,8 +57,8 @@ Level levelOf(const PageEntry& entry, const Request& request)
 {
     const std::optional<Level> level = request.isPost() ? entry.write : entry.read;
     if (!level) {
-        throw Refusal(kMethodNotAllowed, request.isPost() ? "This page takes no forms."
-                                                          : "This page takes forms alone.");
+        throw Refusal(kMethodNotAllowed, request.isPost() ? tr("This page takes no forms.")
+                                                          : tr("This page takes forms alone."));
     }
     return *level;
 }
@@ -61,12 +67,12 @@ Level levelOf(const PageEntry& entry, const Request& request)
 Page turnAway(const Request& request, const Visitor& visitor)
 {
     if (!visitor.account.empty()) {
-        throw Refusal(kForbidden, "Only an administrator may do this.");
+        throw Refusal(kForbidden, tr("Only an administrator may do this."));
     }
     if (request.isPost()) {
         throw Refusal(kForbidden,
-                      "You are not logged in, or your login has ended. Nothing was changed. "
-                      "Log in and repeat what you did.");
+                      tr("You are not logged in, or your login has ended. Nothing was changed. Log "
+                         "in and repeat what you did."));
     }
     Page page;
     page.next = visitor.mayBegin ? "/setup/administrator" : "/login";
@@ -118,13 +124,14 @@ Descriptor requireSlot(const Visitor& visitor)
 {
     std::optional<Descriptor> slot = takeSlot(visitor.account.empty());
     if (!slot) {
-        throw Refusal(kBusy, "The appliance is busy with other requests. Try again.");
+        throw Refusal(kBusy, tr("The appliance is busy with other requests. Try again."));
     }
     return *std::move(slot);
 }
 
 Response answerGood(const Variables& variables, int body)
 {
+    text::speak(languageOfVisitor(variables));
     const config::Configuration settings = config::read();
     Request request = readHead(variables);
     Script script;
@@ -165,11 +172,10 @@ Response answerBad(const Variables& variables, int status, const std::string& re
         response.retryAfter = kRetryAfter;
     }
     const Page page = {
-        .title = "That did not work",
+        .title = tr("That did not work"),
         .body = Html() << notice(Mood::kBad, Html() << "<p>" << Text{reason} << "</p>")
-                       << R"(<p class="buttons"><a class="button" href=")" << kProgramUrl
-                       << R"(">To the overview</a></p>
-)",
+                       << R"(<p class="buttons"><a class="button" href=")" << kProgramUrl << R"(">)"
+                       << Text{tr("To the overview")} << "</a></p>\n",
     };
     response.page =
         layOut({kPages, "-", response.nonce, lastApplianceName(), {}, ""}, page, Script());
@@ -185,12 +191,12 @@ Response makeResponse(const Variables& variables, int body)
     } catch (const config::BadConfiguration& failure) {
         log(failure.what());
         return answerBad(variables, kFailure,
-                         "The appliance's settings cannot be read, so nothing was done. The "
-                         "web server's log tells what has to be mended.");
+                         tr("The appliance's settings cannot be read, so nothing was done. The web "
+                            "server's log tells what has to be mended."));
     } catch (const std::exception& failure) {
         log(failure.what());
         return answerBad(variables, kFailure,
-                         "The page could not be made. The web server's log tells why.");
+                         tr("The page could not be made. The web server's log tells why."));
     }
 }
 

@@ -14,10 +14,13 @@
 #include "page/service.h"
 #include "page/setup_apply.h"
 #include "page/setup_form.h"
+#include "text/translation.h"
 #include "vokcontrol.h"
 
 namespace page {
 namespace {
+
+using text::tr;
 
 constexpr Literal kUrl = "/setup";
 
@@ -100,13 +103,14 @@ Html hidden(Literal name, std::string_view value)
 }
 
 /// The first button is the one that the enter key presses.
-Html buttons(Literal next, Literal nextLabel, Literal back)
+Html buttons(Literal next, std::string_view nextLabel, Literal back)
 {
     Html out;
     out << R"(<p class="buttons"><button class="main" name="next_page" value=")" << next << R"(">)"
-        << nextLabel << "</button>";
+        << Text{nextLabel} << "</button>";
     if (!back.view().empty()) {
-        out << R"(<button name="next_page" value=")" << back << R"(" formnovalidate>Back</button>)";
+        out << R"(<button name="next_page" value=")" << back << R"(" formnovalidate>)"
+            << Text{tr("Back")} << "</button>";
     }
     out << "</p>\n</form>\n";
     return out;
@@ -116,7 +120,7 @@ Html languageField(const Setup& setup)
 {
     const std::string_view words = setup.isRefused ? complainOfLanguage(setup.values.language) : "";
     Html out;
-    out << R"(<p class="field"><label for="language">Language</label>
+    out << R"(<p class="field"><label for="language">)" << Text{tr("Language")} << R"(</label>
 <select id="language" name="language")"
         << invalidMark("language-complaint", words) << ">";
     for (const core::Language& language : core::kLanguages) {
@@ -134,14 +138,18 @@ Html hostNameField(const Setup& setup)
 {
     const std::string_view words = setup.isRefused ? complainOfHostName(setup.values.hostName) : "";
     return Html()
-           << R"(<p class="field"><label for="host_name">Name of the appliance</label>
+           << R"(<p class="field"><label for="host_name">)" << Text{tr("Name of the appliance")}
+           << R"(</label>
 <input id="host_name" name="host_name" value=")"
            << Text{setup.values.hostName}
            << R"(" required minlength="2" maxlength="32" pattern="[A-Za-z0-9\-]{2,32}"
-autocomplete="off" autocapitalize="none" spellcheck="false" title="Letters A to Z, digits and hyphens")"
+autocomplete="off" autocapitalize="none" spellcheck="false" title=")"
+           << Text{tr("Letters A to Z, digits and hyphens")} << R"(")"
            << invalidMark("host_name-complaint", words) << ">\n"
-           << R"(<span class="quiet">Letters A to Z, digits and hyphens. Other computers find the )"
-           << "appliance by this name.</span></p>\n"
+           << R"(<span class="quiet">)"
+           << Text{tr("Letters A to Z, digits and hyphens. Other computers find the appliance by "
+                      "this name.")}
+           << "</span></p>\n"
            << complaint("host_name-complaint", words);
 }
 
@@ -158,14 +166,16 @@ std::string_view shareComplaint(const Setup& setup)
 Html shareNameField(const Setup& setup)
 {
     const std::string_view words = shareComplaint(setup);
-    return Html()
-           << R"(<p class="field"><label for="share_name">Name of the public share</label>
+    return Html() << R"(<p class="field"><label for="share_name">)"
+                  << Text{tr("Name of the public share")} << R"(</label>
 <input id="share_name" name="share_name" value=")"
-           << Text{setup.values.shareName} << R"(" required maxlength="64" autocomplete="off")"
-           << invalidMark("share_name-complaint", words) << ">\n"
-           << R"(<span class="quiet">Everybody in the network may read and write what is in it.)"
-           << "</span></p>\n"
-           << complaint("share_name-complaint", words);
+                  << Text{setup.values.shareName}
+                  << R"(" required maxlength="64" autocomplete="off")"
+                  << invalidMark("share_name-complaint", words) << ">\n"
+                  << R"(<span class="quiet">)"
+                  << Text{tr("Everybody in the network may read and write what is in it.")}
+                  << "</span></p>\n"
+                  << complaint("share_name-complaint", words);
 }
 
 Text ownNameOf(std::string_view language)
@@ -176,10 +186,10 @@ Text ownNameOf(std::string_view language)
 
 Html summaryFacts(const SetupValues& values)
 {
-    return Html() << R"(<dl class="facts"><div><dt>Language</dt><dd>)" << ownNameOf(values.language)
-                  << "</dd></div>\n"
-                  << fact("Name of the appliance", values.hostName)
-                  << fact("Public share", values.shareName) << "</dl>\n";
+    return Html() << R"(<dl class="facts"><div><dt>)" << Text{tr("Language")} << "</dt><dd>"
+                  << ownNameOf(values.language) << "</dd></div>\n"
+                  << fact(tr("Name of the appliance"), values.hostName)
+                  << fact(tr("Public share"), values.shareName) << "</dl>\n";
 }
 
 /// What the setup does, or has done, about the public share.
@@ -189,13 +199,13 @@ Html shareSentence(const PublicShare& share)
     const auto name = std::to_array({share.name});
     switch (share.state) {
     case kNew:
-        return phrase("The public share {} will be created.", name);
+        return phrase(tr("The public share {} will be created."), name);
     case kThere:
-        return phrase("The public share {} exists already and stays as it is.", name);
+        return phrase(tr("The public share {} exists already and stays as it is."), name);
     case kCreated:
-        return phrase("The public share {} was created.", name);
+        return phrase(tr("The public share {} was created."), name);
     case kFailed:
-        return phrase("Whether the public share {} exists already is not known now.", name);
+        return phrase(tr("Whether the public share {} exists already is not known now."), name);
     case kBadName:
         break;
     }
@@ -204,42 +214,47 @@ Html shareSentence(const PublicShare& share)
 
 // ---- One function a step ----------------------------------------------------------------------
 
+Html heading(std::string_view words)
+{
+    return Html() << "<h2>" << Text{words} << "</h2>\n";
+}
+
 Html naming(const Visit& visit, const Setup& setup)
 {
-    return Html() << "<h2>Step 1 of 3: name and language</h2>\n"
-                  << openForm(visit.token, kUrl) << languageField(setup) << hostNameField(setup)
-                  << hidden("share_name", setup.values.shareName) << buttons("1", "Next", "");
+    return Html() << heading(tr("Step 1 of 3: name and language")) << openForm(visit.token, kUrl)
+                  << languageField(setup) << hostNameField(setup)
+                  << hidden("share_name", setup.values.shareName) << buttons("1", tr("Next"), "");
 }
 
 Html sharing(const Visit& visit, const Setup& setup)
 {
-    return Html() << "<h2>Step 2 of 3: public share</h2>\n"
-                  << openForm(visit.token, kUrl) << shareNameField(setup)
-                  << hidden("language", setup.values.language)
-                  << hidden("host_name", setup.values.hostName) << buttons("2", "Next", "0");
+    return Html() << heading(tr("Step 2 of 3: public share")) << openForm(visit.token, kUrl)
+                  << shareNameField(setup) << hidden("language", setup.values.language)
+                  << hidden("host_name", setup.values.hostName) << buttons("2", tr("Next"), "0");
 }
 
 Html summary(const Visit& visit, const Setup& setup)
 {
-    return Html()
-           << "<h2>Step 3 of 3: check</h2>\n<p>Nothing has been changed yet. Is this right?</p>\n"
-           << summaryFacts(setup.values) << "<p>" << shareSentence(setup.share) << "</p>\n"
-           << openForm(visit.token, kUrl) << hidden("language", setup.values.language)
-           << hidden("host_name", setup.values.hostName)
-           << hidden("share_name", setup.values.shareName) << buttons("3", "Apply", "1");
+    return Html() << heading(tr("Step 3 of 3: check")) << "<p>"
+                  << Text{tr("Nothing has been changed yet. Is this right?")} << "</p>\n"
+                  << summaryFacts(setup.values) << "<p>" << shareSentence(setup.share) << "</p>\n"
+                  << openForm(visit.token, kUrl) << hidden("language", setup.values.language)
+                  << hidden("host_name", setup.values.hostName)
+                  << hidden("share_name", setup.values.shareName) << buttons("3", tr("Apply"), "1");
 }
 
 Html outcome(const Setup& setup)
 {
     if (setup.failures.empty()) {
-        return notice(Mood::kGood, Html() << "<p>The setup is done.</p>");
+        return notice(Mood::kGood, Html() << "<p>" << Text{tr("The setup is done.")} << "</p>");
     }
     Html content;
-    content << "<p>Not everything could be stored:</p>\n<ul>";
+    content << "<p>" << Text{tr("Not everything could be stored:")} << "</p>\n<ul>";
     for (const std::string& failure : setup.failures) {
         content << "<li>" << Text{failure} << "</li>";
     }
-    content << "</ul>\n<p>All else is stored as you chose it. You can repeat the setup.</p>";
+    content << "</ul>\n<p>"
+            << Text{tr("All else is stored as you chose it. You can repeat the setup.")} << "</p>";
     return notice(Mood::kBad, content);
 }
 
@@ -247,9 +262,8 @@ Html applied(const Setup& setup)
 {
     return Html() << outcome(setup) << summaryFacts(setup.values) << "<p>"
                   << shareSentence(setup.share) << "</p>\n"
-                  << R"(<p class="buttons"><a class="button" href=")" << kProgramUrl
-                  << R"(">To the overview</a></p>
-)";
+                  << R"(<p class="buttons"><a class="button" href=")" << kProgramUrl << R"(">)"
+                  << Text{tr("To the overview")} << "</a></p>\n";
 }
 
 Html content(const Visit& visit, const Setup& setup)
@@ -273,7 +287,7 @@ Page makeSetup(Visit& visit)
 {
     const Setup setup = currentStep(visit);
     Page page;
-    page.title = "Setup";
+    page.title = tr("Setup");
     page.body << setupSteps(false) << R"(<section class="card narrow">)" << content(visit, setup)
               << "</section>\n";
     return page;

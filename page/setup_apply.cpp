@@ -2,9 +2,12 @@
 #include "page/setup_apply.h"
 
 #include "core/languages.h"
+#include "text/translation.h"
 #include "vokcontrol.h"
 
 namespace page {
+
+using text::tr;
 
 std::vector<std::string> applySetup(const SetupValues& values, const PublicShare& share)
 {
@@ -15,21 +18,21 @@ std::vector<std::string> applySetup(const SetupValues& values, const PublicShare
         }
     };
     note(::setSysVar(values.language.c_str(), "tovSetLanguage"),
-         "The appliance did not take the language.");
+         tr("The appliance did not take the language."));
     note(::setvar("language_current", core::findLanguageByName(values.language)->code),
-         "The language could not be remembered.");
+         tr("The language could not be remembered."));
     note(::setSysVar(values.hostName.c_str(), "tovSetHostname"),
-         "The appliance did not take the name.");
+         tr("The appliance did not take the name."));
     note(::setSysVar(values.hostName.c_str(), "tovSetNmbdSysname"),
-         "The appliance did not take the name for its shares.");
+         tr("The appliance did not take the name for its shares."));
     if (share.state == PublicShare::State::kFailed) {
-        failures.push_back("The public share was not created. " + share.words);
+        failures.push_back(text::fill(tr("The public share was not created. {}"), {share.words}));
     } else {
         note(::setvar("pel_pubshare_name", share.name.c_str()),
-             "The name of the public share could not be stored.");
+             tr("The name of the public share could not be stored."));
     }
     if (failures.empty()) {
-        note(::setvar("firsttime", "0"), "The end of the setup could not be stored.");
+        note(::setvar("firsttime", "0"), tr("The end of the setup could not be stored."));
     }
     return failures;
 }

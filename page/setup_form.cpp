@@ -6,10 +6,13 @@
 
 #include "core/bytes.h"
 #include "core/languages.h"
+#include "text/translation.h"
 #include "view/utf8.h"
 
 namespace page {
 namespace {
+
+using text::tr;
 
 bool isOfHostName(char c)
 {
@@ -42,7 +45,7 @@ SetupValues readSetupValues(const Form& form)
 
 std::string_view complainOfLanguage(std::string_view name)
 {
-    return (core::findLanguageByName(name) != nullptr) ? "" : "Choose one of the languages.";
+    return (core::findLanguageByName(name) != nullptr) ? "" : tr("Choose one of the languages.");
 }
 
 std::string_view complainOfHostName(std::string_view name)
@@ -51,7 +54,7 @@ std::string_view complainOfHostName(std::string_view name)
     constexpr std::size_t kLongest = 32;
     const bool isGood = name.size() >= kShortest && name.size() <= kLongest &&
                         std::ranges::all_of(name, isOfHostName);
-    return isGood ? "" : "A name has 2 to 32 characters: letters A to Z, digits and hyphens.";
+    return isGood ? "" : tr("A name has 2 to 32 characters: letters A to Z, digits and hyphens.");
 }
 
 std::string_view complainOfShareName(std::string_view name)
@@ -59,14 +62,14 @@ std::string_view complainOfShareName(std::string_view name)
     constexpr std::size_t kLongest = 64;
     constexpr std::string_view kForbidden = "/\\:*?\"<>|";
     if (name.empty()) {
-        return "Give the share a name.";
+        return tr("Give the share a name.");
     }
     if (name.size() > kLongest) {
-        return "This name is too long.";
+        return tr("This name is too long.");
     }
     if (!view::isUtf8(name) || std::ranges::any_of(name, isControl) ||
         name.find_first_of(kForbidden) != name.npos) {
-        return "The name of a share has none of the characters / \\ : * ? \" < > | in it.";
+        return tr("The name of a share has none of the characters / \\ : * ? \" < > | in it.");
     }
     return "";
 }

@@ -3,16 +3,20 @@
 
 #include "client/exchange.h"
 #include "page/layout.h"
+#include "page/phrase.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
+
+using text::tr;
 
 // ---- Fields -----------------------------------------------------------------------------------
 
 Html nameField(const NewShare& share, const Complaints& complaints)
 {
     const std::string_view words = complaints.about("name");
-    return Html() << R"(<p class="field"><label for="name">Name</label>
+    return Html() << R"(<p class="field"><label for="name">)" << Text{tr("Name")} << R"(</label>
 <input id="name" name="name" value=")"
                   << Text{share.name}
                   << R"(" required maxlength="64" autocomplete="off" spellcheck="false")"
@@ -20,20 +24,22 @@ Html nameField(const NewShare& share, const Complaints& complaints)
                   << complaint("name-complaint", words);
 }
 
-Html accessChoice(Literal id, Literal label, bool isChosen, std::string_view words)
+Html accessChoice(Literal id, std::string_view label, bool isChosen, std::string_view words)
 {
     return Html() << R"(<p class="choice"><label for=")" << id << R"("><input id=")" << id
                   << R"(" name="access" value=")" << id << R"(" type="radio" required)"
                   << (isChosen ? Literal(" checked") : Literal(""))
-                  << invalidMark("access-complaint", words) << "> " << label << "</label></p>\n";
+                  << invalidMark("access-complaint", words) << "> " << Text{label}
+                  << "</label></p>\n";
 }
 
 Html userChoice(const Candidates& candidates, std::string_view chosen, std::string_view words)
 {
     Html out;
-    out << R"(<p class="field"><label for="user">This user</label>
+    out << R"(<p class="field"><label for="user">)" << Text{tr("This user")} << R"(</label>
 <select id="user" name="user")"
-        << invalidMark("user-complaint", words) << R"(><option value="">choose one</option>)";
+        << invalidMark("user-complaint", words) << R"(><option value="">)" << Text{tr("choose one")}
+        << "</option>";
     for (const std::string& user : candidates.users) {
         out << R"(<option value=")" << Text{user} << R"(")"
             << (user == chosen ? Literal(" selected") : Literal("")) << ">" << Text{user}
@@ -47,15 +53,19 @@ Html privateChoice(const NewShare& share, const Candidates& candidates,
                    const Complaints& complaints)
 {
     if (!candidates.failure.empty()) {
-        return Html() << R"(<p class="quiet">A share for one user cannot be created now. )"
-                      << Text{candidates.failure} << "</p>\n";
+        return Html() << R"(<p class="quiet">)"
+                      << phrase(tr("A share for one user cannot be created now. {}"),
+                                {Html() << Text{candidates.failure}})
+                      << "</p>\n";
     }
     if (candidates.users.empty()) {
-        return Html() << R"(<p class="quiet">A share for one user needs <a href=")" << kProgramUrl
-                      << R"(/users">a user</a> first.</p>
-)";
+        const Html linkStart = Html() << R"(<a href=")" << kProgramUrl << R"(/users">)";
+        return Html() << R"(<p class="quiet">)"
+                      << phrase(tr("A share for one user needs {1}a user{2} first."),
+                                {linkStart, Html() << "</a>"})
+                      << "</p>\n";
     }
-    return Html() << accessChoice("one", "One user alone", share.access == Access::kOneUser,
+    return Html() << accessChoice("one", tr("One user alone"), share.access == Access::kOneUser,
                                   complaints.about("everybody"))
                   << userChoice(candidates, share.user, complaints.about("user"));
 }
@@ -63,9 +73,10 @@ Html privateChoice(const NewShare& share, const Candidates& candidates,
 Html accessFields(const NewShare& share, const Candidates& candidates, const Complaints& complaints)
 {
     const std::string_view words = complaints.about("everybody");
-    return Html() << "<fieldset>\n<legend>Who may read and write what is in it</legend>\n"
+    return Html() << "<fieldset>\n<legend>" << Text{tr("Who may read and write what is in it")}
+                  << "</legend>\n"
                   << complaint("access-complaint", words)
-                  << accessChoice("everybody", "Everybody in the network",
+                  << accessChoice("everybody", tr("Everybody in the network"),
                                   share.access == Access::kEverybody, words)
                   << privateChoice(share, candidates, complaints) << "</fieldset>\n";
 }
@@ -88,10 +99,10 @@ NewShare readNewShare(const Form& form)
 Complaints complaintsOf(const NewShare& share)
 {
     Complaints complaints;
-    complaints.add("name", share.name.empty() ? "Give the share a name." : "");
-    complaints.add("everybody", share.access ? "" : "Choose who may use the share.");
+    complaints.add("name", share.name.empty() ? tr("Give the share a name.") : "");
+    complaints.add("everybody", share.access ? "" : tr("Choose who may use the share."));
     if (share.access == Access::kOneUser && share.user.empty()) {
-        complaints.add("user", "Choose the user whom the share is for.");
+        complaints.add("user", tr("Choose the user whom the share is for."));
     }
     return complaints;
 }
@@ -109,12 +120,16 @@ Html shareForm(const Visit& visit, const Candidates& candidates, const Complaint
 {
     const NewShare share = readNewShare(visit.request.form);
     return Html() << R"(<section class="card narrow" aria-labelledby="create">
-<h2 id="create">Create a share</h2>
-<p class="quiet">The name has at most 64 letters, digits, blanks, dots, hyphens and underscores.
-These pages cannot rename or delete a share later.</p>
-)" << openForm(visit.token, "/shares")
-                  << nameField(share, complaints) << accessFields(share, candidates, complaints)
-                  << R"(<p class="buttons"><button class="main">Create</button></p>
+<h2 id="create">)" << Text{tr("Create a share")}
+                  << R"(</h2>
+<p class="quiet">)"
+                  << Text{tr("The name has at most 64 letters, digits, blanks, dots, hyphens and "
+                             "underscores. These pages cannot rename or delete a share later.")}
+                  << "</p>\n"
+                  << openForm(visit.token, "/shares") << nameField(share, complaints)
+                  << accessFields(share, candidates, complaints)
+                  << R"(<p class="buttons"><button class="main">)" << Text{tr("Create")}
+                  << R"(</button></p>
 </form>
 </section>
 )";

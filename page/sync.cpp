@@ -8,10 +8,14 @@
 #include "page/layout.h"
 #include "page/pages.h"
 #include "page/process.h"
+#include "text/translation.h"
 #include "vokcontrol.h"
 
 namespace page {
 namespace {
+
+using text::tr;
+using text::trc;
 
 /// What a form asks for; nothing where there is no form.
 std::optional<bool> wantedState(const Request& request)
@@ -21,7 +25,7 @@ std::optional<bool> wantedState(const Request& request)
     }
     const std::string_view wanted = request.form.value("switch");
     if (wanted != "on" && wanted != "off") {
-        throw Refusal(kBadRequest, "The switch is either on or off.");
+        throw Refusal(kBadRequest, tr("The switch is either on or off."));
     }
     return wanted == "on";
 }
@@ -43,33 +47,33 @@ bool switchTo(bool isOn, Script& script)
 
 Html outcome(bool isOn, bool isDone)
 {
-    if (isDone) {
-        return notice(Mood::kGood, Html() << (isOn ? Literal("<p>Sync was switched on.</p>")
-                                                   : Literal("<p>Sync was switched off.</p>")));
-    }
-    return notice(Mood::kBad, Html()
-                                  << (isOn ? Literal("<p>The sync daemon could not be started.</p>")
-                                           : Literal("<p>The sync daemon does not stop.</p>")));
+    const char* done = isOn ? tr("Sync was switched on.") : tr("Sync was switched off.");
+    const char* failed =
+        isOn ? tr("The sync daemon could not be started.") : tr("The sync daemon does not stop.");
+    return notice(isDone ? Mood::kGood : Mood::kBad,
+                  Html() << "<p>" << Text{isDone ? done : failed} << "</p>");
 }
 
 Html state(bool isOn)
 {
     return Html() << R"(<p class="state">)"
-                  << (isOn ? badge("recent", "&#10003;", "On") : badge("none", "&ndash;", "Off"))
-                  << " The sync daemon is " << (isOn ? Literal("") : Literal("not "))
-                  << "running.</p>\n";
+                  << (isOn ? badge("recent", "&#10003;", trc("state of a switch", "On"))
+                           : badge("none", "&ndash;", trc("state of a switch", "Off")))
+                  << " "
+                  << Text{isOn ? tr("The sync daemon is running.")
+                               : tr("The sync daemon is not running.")}
+                  << "</p>\n";
 }
 
 Html switchForm(const Visit& visit, bool isOn)
 {
     if (!visit.visitor.isAdministrator) {
-        return Html() << "<p>Only an administrator can switch it.</p>\n";
+        return Html() << "<p>" << Text{tr("Only an administrator can switch it.")} << "</p>\n";
     }
     return Html() << openForm(visit.token, "/sync")
                   << R"(<p class="buttons"><button class="main" name="switch" value=")"
                   << (isOn ? Literal("off") : Literal("on")) << R"(">)"
-                  << (isOn ? Literal("Switch off") : Literal("Switch on"))
-                  << "</button></p>\n</form>\n";
+                  << Text{isOn ? tr("Switch off") : tr("Switch on")} << "</button></p>\n</form>\n";
 }
 
 } // namespace
@@ -78,11 +82,12 @@ Page makeSync(Visit& visit)
 {
     const std::optional<bool> wanted = wantedState(visit.request);
     Page page;
-    page.title = "Sync";
+    page.title = tr("Sync");
     page.body << R"(<section class="card narrow" aria-labelledby="sync">
-<h2 id="sync">Remote sync</h2>
-<p>Keeps the shares in step with a remote place for as long as it is on.</p>
-)";
+<h2 id="sync">)"
+              << Text{tr("Remote sync")} << "</h2>\n<p>"
+              << Text{tr("Keeps the shares in step with a remote place for as long as it is on.")}
+              << "</p>\n";
     if (wanted) {
         page.body << outcome(*wanted, switchTo(*wanted, visit.script));
     }

@@ -16,17 +16,21 @@
 #include "page/log.h"
 #include "page/new_account.h"
 #include "page/pages.h"
+#include "page/phrase.h"
 #include "page/service.h"
-#include "view/wording.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
 
+using text::tr;
+using text::trc;
+
 constexpr Literal kUrl = "/users";
 
 constexpr auto kDeeds = std::to_array<DeedSentence>({
-    {"user", "The user {} was created."},
-    {"checked", "The password is right: {} can log in with it."},
+    {"user", text::mark("The user {} was created.")},
+    {"checked", text::mark("The password is right: {} can log in with it.")},
 });
 
 // ---- Creating ---------------------------------------------------------------------------------
@@ -36,7 +40,7 @@ Complaints create(const Visit& visit)
 {
     const Credentials credentials = readCredentials(visit.request.form);
     Complaints complaints = complaintsOfAccount(
-        visit.request.form, credentials.name.empty() ? "Give the user a name." : "");
+        visit.request.form, credentials.name.empty() ? tr("Give the user a name.") : "");
     if (!complaints.areNone()) {
         return complaints;
     }
@@ -52,12 +56,16 @@ Complaints create(const Visit& visit)
 Html creation(const Visit& visit, const Complaints& complaints)
 {
     return Html() << R"(<section class="card narrow" aria-labelledby="create">
-<h2 id="create">Create a user</h2>
-<p class="quiet">The name has at most 32 letters, digits, blanks, dots, hyphens and underscores, the
-password 8 to 32 characters. With both the user logs in on these pages and opens shares from other computers.</p>
-)" << openForm(visit.token, kUrl)
-                  << accountFields(visit.request.form, complaints)
-                  << R"(<p class="buttons"><button class="main">Create</button></p>
+<h2 id="create">)" << Text{tr("Create a user")}
+                  << R"(</h2>
+<p class="quiet">)"
+                  << Text{tr("The name has at most 32 letters, digits, blanks, dots, hyphens and "
+                             "underscores, the password 8 to 32 characters. With both the user "
+                             "logs in on these pages and opens shares from other computers.")}
+                  << "</p>\n"
+                  << openForm(visit.token, kUrl) << accountFields(visit.request.form, complaints)
+                  << R"(<p class="buttons"><button class="main">)" << Text{tr("Create")}
+                  << R"(</button></p>
 </form>
 </section>
 )";
@@ -71,8 +79,10 @@ Html row(const std::string& user, const Visit& visit, const Administrators& admi
     Html out;
     out << R"(<tr><th scope="row"><bdi>)" << Text{user} << "</bdi></th>";
     if (visit.visitor.isAdministrator) {
-        out << (administrators.contains(user) ? Literal("<td>may look and change things</td>")
-                                              : Literal("<td>may look</td>"));
+        out << "<td>"
+            << Text{administrators.contains(user) ? tr("may look and change things")
+                                                  : tr("may look")}
+            << "</td>";
     }
     return out << "</tr>\n";
 }
@@ -83,11 +93,15 @@ Html table(const std::vector<std::string>& users, const Visit& visit)
     Html out;
     out << R"(<table class="listing">
 <caption>)"
-        << Text{view::formatCount(users.size(), "user", "users")} << R"(</caption>
-<thead><tr><th scope="col">Name</th>)"
-        << (visit.visitor.isAdministrator ? Literal(R"(<th scope="col">On these pages</th>)")
-                                          : Literal(""))
-        << "</tr></thead>\n<tbody>\n";
+        << Text{text::fill(text::trn("{} user", "{} users", users.size()),
+                           {std::to_string(users.size())})}
+        << R"(</caption>
+<thead><tr><th scope="col">)"
+        << Text{trc("of a user", "Name")} << "</th>";
+    if (visit.visitor.isAdministrator) {
+        out << R"(<th scope="col">)" << Text{tr("On these pages")} << "</th>";
+    }
+    out << "</tr></thead>\n<tbody>\n";
     for (const std::string& user : users) {
         out << row(user, visit, administrators);
     }
@@ -98,34 +112,37 @@ Html listing(const Visit& visit)
 {
     try {
         const std::vector<std::string> users = client::fetchUsers(connectionOf(visit.settings));
-        return users.empty() ? Html() << "<p>The appliance has no users yet.</p>\n"
-                             : table(users, visit);
+        return users.empty()
+                   ? Html() << "<p>" << Text{tr("The appliance has no users yet.")} << "</p>\n"
+                   : table(users, visit);
     } catch (const client::Failure& failure) {
-        return notice(Mood::kBad, Html() << "<p>The list of users cannot be had. "
-                                         << Text{explain(failure)} << "</p>");
+        return notice(Mood::kBad, Html() << "<p>"
+                                         << phrase(tr("The list of users cannot be had. {}"),
+                                                   {Html() << Text{explain(failure)}})
+                                         << "</p>");
     }
 }
 
 Html list(const Visit& visit)
 {
     return Html() << R"(<section class="card" aria-labelledby="all">
-<h2 id="all">All users</h2>
-)" << listing(visit)
-                  << "</section>\n";
+<h2 id="all">)" << Text{tr("All users")}
+                  << "</h2>\n"
+                  << listing(visit) << "</section>\n";
 }
 
 Page show(const Visit& visit, const Complaints& complaints)
 {
     Page page;
-    page.title = "Users";
+    page.title = tr("Users");
     page.body << tellDeed(visit.request, kDeeds, page.cookies) << complaints.summary()
               << list(visit);
     if (visit.visitor.isAdministrator) {
         page.body << creation(visit, complaints) << R"(<p><a href=")" << kProgramUrl
-                  << R"(/users/check">Check the password of a user</a></p>
-)";
+                  << R"(/users/check">)" << Text{tr("Check the password of a user")}
+                  << "</a></p>\n";
     } else {
-        page.body << "<p>Only an administrator can create users.</p>\n";
+        page.body << "<p>" << Text{tr("Only an administrator can create users.")} << "</p>\n";
     }
     return page;
 }

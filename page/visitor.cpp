@@ -6,10 +6,13 @@
 #include "page/administrators.h"
 #include "page/sessions.h"
 #include "page/token.h"
+#include "text/translation.h"
 #include "vokcontrol.h"
 
 namespace page {
 namespace {
+
+using text::tr;
 
 bool isSetupPending(Script& script)
 {
@@ -20,8 +23,8 @@ const std::string& namedByServer(const Request& request)
 {
     if (request.remoteUser.empty()) {
         throw Refusal(kForbidden,
-                      "The web server has not said who you are. This appliance is set to "
-                      "rely on the web server's login, which has to be switched on.");
+                      tr("The web server has not said who you are. This appliance is set to rely "
+                         "on the web server's login, which has to be switched on."));
     }
     return request.remoteUser;
 }
@@ -65,9 +68,9 @@ void checkToken(const Request& request, const Visitor& visitor)
 {
     if (request.isPost() && !isSameToken(request.form.value(kTokenField), visitor.formToken)) {
         throw Refusal(kForbidden,
-                      "This form does not come from a page of this appliance, or its page "
-                      "is too old. Nothing was changed. Open the page again and repeat "
-                      "what you did; your browser must accept its cookie.");
+                      tr("This form does not come from a page of this appliance, or its page is "
+                         "too old. Nothing was changed. Open the page again and repeat what you "
+                         "did; your browser must accept its cookie."));
     }
 }
 

@@ -21,7 +21,8 @@ const driveCount = document.querySelector("[data-drives]");
 if (driveCount !== null && typeof tov_hdds === "function") {
     const shown = Number(driveCount.dataset.drives);
     if (tov_hdds() !== shown) {
-        driveCount.textContent = `The appliance has ${tov_hdds()} internal drives, but tells of ${shown}.`;
+        driveCount.textContent = driveCount.dataset.difference
+            .replace("{1}", tov_hdds()).replace("{2}", shown);
         driveCount.hidden = false;
     }
 }

@@ -83,7 +83,8 @@ test("a drive that does not answer is told of", async () => {
     assert.equal(await browser.evaluate(() => document.querySelector(".drive-count").hidden), true);
     await appliance.run("cp /usr/bin/pelparam /tmp/ && printf '#!/bin/sh\\necho 3\\n' >/usr/bin/pelparam");
     await visit("");
-    assert.equal(await browser.text(".drive-count"), "The appliance has 3 internal drives, but tells of 2.");
+    assert.equal(await browser.text(".drive-count"),
+        "Internal drives that the appliance counts: 3; that it reports: 2.");
     await appliance.run("cp /tmp/pelparam /usr/bin/");
 });
 

@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "page/language.h"
 #include "tests/page/visits.h"
+#include "text/translation.h"
 
 namespace {
 
@@ -47,7 +49,10 @@ TEST(Layout, isAWholePage)
 {
     const std::string page = laidOut({kPages, "", "abc", "box"});
     EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n<html lang=\"en\">\n"));
-    EXPECT_TRUE(page.ends_with("<p>body</p>\n</main>\n</body>\n</html>\n"));
+    EXPECT_TRUE(
+        page.ends_with("<p>body</p>\n</main>\n<footer><div class=\"wide\">\n<p class=\"about\">"
+                       "<a href=\"/cgi-bin/vokpage/help\">Troubleshooting</a></p>\n"
+                       "</div></footer>\n</body>\n</html>\n"));
     EXPECT_TRUE(contains(page, "<title>A &lt;title&gt; &middot; box</title>"));
     EXPECT_TRUE(contains(page, "<h1>A &lt;title&gt;</h1>"));
     EXPECT_TRUE(
@@ -67,9 +72,10 @@ TEST(Layout, marksThePageInTheNavigation)
 {
     const std::string page = laidOut({kPages, "/setup", "abc", "box", visits::administrator()});
     EXPECT_TRUE(contains(
-        page, R"(<ul><li><a href="/cgi-bin/vokpage">Overview</a></li>)"
-              R"(<li><a href="/cgi-bin/vokpage/setup" aria-current="page">Set <b>up</b></a></li>)"
-              R"(<li><a href="/cgi-bin/vokpage/sync">Sync</a></li></ul>)"));
+        page,
+        R"(<ul><li><a href="/cgi-bin/vokpage">Overview</a></li>)"
+        R"(<li><a href="/cgi-bin/vokpage/setup" aria-current="page">Set &lt;b&gt;up&lt;/b&gt;</a></li>)"
+        R"(<li><a href="/cgi-bin/vokpage/sync">Sync</a></li></ul>)"));
 }
 
 TEST(Layout, navigationHasWhatTheVisitorMayRead)
@@ -100,6 +106,31 @@ TEST(Layout, whoHasLoggedInIsNamedAndMayLogOut)
     EXPECT_FALSE(contains(ofServer, "logout"))
         << "the web server has to log out whom it has let in";
     EXPECT_TRUE(contains(ofServer, "<p class=\"who\"><bdi>&quot;"));
+}
+
+TEST(Layout, footOffersTheLanguages)
+{
+    const std::string page =
+        laidOut({kPages, "/sync", "abc", "box", visits::nobody(), visits::kToken});
+    EXPECT_TRUE(contains(page, "<footer><div class=\"wide\">\n" +
+                                   page::languageForm(visits::kToken, "/sync").text() +
+                                   "<p class=\"about\">"));
+    EXPECT_FALSE(contains(page, "<span>vokcontrol")) << "no stranger is told the version";
+}
+
+TEST(Layout, whoHasLoggedInIsToldTheVersion)
+{
+    EXPECT_TRUE(contains(laidOut({kPages, "", "abc", "box", visits::administrator()}),
+                         "Troubleshooting</a> <span>vokcontrol " VOKPAGE_VERSION
+                         "</span></p>\n</div></footer>\n"));
+}
+
+TEST(Layout, speaksTheLanguageThatWasChosen)
+{
+    text::speak(*core::findLanguage("ge"));
+    const std::string page = laidOut({kPages, "", "abc", "box"});
+    text::speak(*core::findLanguage("en"));
+    EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n<html lang=\"de\">\n"));
 }
 
 TEST(Layout, escapesTheNameOfTheAppliance)

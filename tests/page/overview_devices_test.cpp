@@ -13,7 +13,10 @@ std::string card(int disks, const std::string& list)
     return "<section class=\"card\" aria-labelledby=\"devices\">\n"
            "<h2 id=\"devices\">Drives and printers</h2>\n"
            "<p class=\"drive-count\" data-drives=\"" +
-           std::to_string(disks) + "\" hidden></p>\n" + list + "</section>\n";
+           std::to_string(disks) +
+           "\" data-difference=\"Internal drives that the appliance counts: {1}; that it reports: "
+           "{2}.\" hidden></p>\n" +
+           list + "</section>\n";
 }
 
 TEST(DevicesCard, saysWhenThereIsNothing)

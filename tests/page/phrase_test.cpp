@@ -22,4 +22,17 @@ TEST(Phrase, placeWithoutATextIsEmpty)
     EXPECT_EQ(phrase("{} and {}{}!", Texts{"anna"}).text(), "<bdi>anna</bdi> and !");
 }
 
+TEST(Phrase, languagesHaveTheirOwnOrderOfPlaces)
+{
+    EXPECT_EQ(phrase("{2} of {1}", Texts{"two", "one"}).text(), "<bdi>one</bdi> of <bdi>two</bdi>");
+}
+
+TEST(Phrase, placesTakeMarkupAsWell)
+{
+    const page::Html link = page::Html() << "<a>";
+    const page::Html end = page::Html() << "</a>";
+    EXPECT_EQ(phrase("<i> {1}a user{2} & {3}.", {link, end}).text(),
+              "&lt;i&gt; <a>a user</a> &amp; .");
+}
+
 } // namespace

@@ -16,6 +16,8 @@ page::Response response()
 
 const std::string kHeaders =
     "Content-Type: text/html; charset=utf-8\r\n"
+    "Content-Language: en\r\n"
+    "Vary: Accept-Language, Cookie\r\n"
     "Content-Security-Policy: default-src 'none'; script-src 'self' 'nonce-abc'; style-src 'self'; "
     "img-src 'self'; connect-src 'self'; form-action 'self'; base-uri 'none'; frame-ancestors "
     "'none'\r\n"
@@ -51,6 +53,15 @@ TEST(Response, givesTheBrowserItsCookies)
                   "Secure\r\n"
                   "Set-Cookie: vokpage_token=; Path=/; HttpOnly; SameSite=Strict; Secure; "
                   "Max-Age=0\r\n\r\n");
+}
+
+TEST(Response, cookieThatIsKeptSaysHowLong)
+{
+    page::Response made = response();
+    made.cookies = {{"vokpage_language", "de", std::chrono::seconds(7)}};
+    EXPECT_EQ(render(made, true), "Status: 200 OK\r\n" + kHeaders +
+                                      "Set-Cookie: vokpage_language=de; Path=/; HttpOnly; "
+                                      "SameSite=Strict; Max-Age=7\r\n\r\n");
 }
 
 TEST(Response, leadsToAnotherPage)

@@ -61,7 +61,7 @@ std::string formWith(const std::string& name, const Wrong& wrong = {})
     return "<section class=\"card narrow\" aria-labelledby=\"create\">\n"
            "<h2 id=\"create\">Create a user</h2>\n"
            "<p class=\"quiet\">The name has at most 32 letters, digits, blanks, dots, hyphens and "
-           "underscores, the\npassword 8 to 32 characters. With both the user logs in on these "
+           "underscores, the password 8 to 32 characters. With both the user logs in on these "
            "pages "
            "and opens shares from other computers.</p>\n"
            "<form method=\"post\" action=\"/cgi-bin/vokpage/users\">\n"
@@ -156,7 +156,7 @@ TEST_F(Users, listThatCannotBeHadIsNoEmptyOne)
     EXPECT_EQ(make(visits::get()).body.text(),
               kListStart +
                   "<div class=\"notice bad\" role=\"alert\"><p>The list of users cannot be had. "
-                  "The appliance has no list of users.</p></div>\n" +
+                  "The appliance's list of users cannot be found.</p></div>\n" +
                   kSectionEnd + formWith(""));
 }
 
@@ -211,8 +211,9 @@ TEST_F(Users, failureOfTheAppliancesIsAboutTheWholeForm)
 {
     const FakeService service({le32(0xFF000004), kTwoUsers});
     EXPECT_EQ(make(visits::post(kGood)).body.text(),
-              summaryOf("<li>The appliance cannot tell which users it has.</li>") + kListStart +
-                  kTable + kSectionEnd + formWith("carla b"));
+              summaryOf("<li>The appliance's user script did not list the users, so none was "
+                        "created; vokctl doctor may say why.</li>") +
+                  kListStart + kTable + kSectionEnd + formWith("carla b"));
 }
 
 TEST_F(Users, whatCannotBeRightIsNotSent)

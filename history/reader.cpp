@@ -3,6 +3,7 @@
 
 #include "history/schema.h"
 #include "sharestatus/status_format.h"
+#include "text/translation.h"
 
 namespace history {
 namespace {
@@ -68,7 +69,8 @@ std::vector<KnownShare> readShares(const Database& database, Statement& query)
 Reader::Reader(const std::string& path) : database_(path, Database::Access::kRead)
 {
     if (!hasSchema(database_)) {
-        throw DatabaseError(DatabaseError::Kind::kNoDatabase, path + " is empty");
+        throw DatabaseError(DatabaseError::Kind::kNoDatabase,
+                            text::fill(text::tr("{} is empty"), {path}));
     }
 }
 

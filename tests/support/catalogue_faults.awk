@@ -62,10 +62,15 @@ function checkTranslation(original, translation) {
     }
 }
 
+# Markup of pages. Elements of what the appliance's scripts answer are quoted as they are.
+function hasMarkup(sentence) {
+    return sentence ~ /<\/?(a|b|i|p|br|em|li|ul|div|bdi|code|span|strong)[ >]|&[a-z#0-9]+;/
+}
+
 function checkEntry(    name) {
     if (field["msgid"] != "") {
         for (name in field) {
-            if (name != "msgctxt" && field[name] ~ /<[A-Za-z\/!]|&[a-z#0-9]+;/) {
+            if (name != "msgctxt" && hasMarkup(field[name])) {
                 complain("markup", field[name])
             }
             if (name ~ /^msgstr/) {

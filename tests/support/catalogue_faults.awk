@@ -51,10 +51,16 @@ function checkTranslation(original, translation) {
         complain("not translated", original)
         return
     }
+    # Dates, signs and separators have a context, and are as the language has them.
+    if ("msgctxt" in field) {
+        return
+    }
     if (places(translation) != places(original)) {
         complain("other places", translation)
     }
-    if (start(translation) != start(original) || end(translation) != end(original)) {
+    # After a colon of full width there is no blank.
+    if (start(translation) != start(original) ||
+        end(translation) != end(original) && !endsWith(translation, "：")) {
         complain("other blanks at an end", translation)
     }
     if (punctuation(translation) != punctuation(original)) {

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "core/bytes.h"
+#include "text/translation.h"
 #include "view/sentences.h"
 #include "view/terminal_text.h"
 
@@ -21,6 +22,8 @@ using cmdsvc::kHeaderSize;
 using cmdsvc::kWordSize;
 using cmdsvc::RefusalShape;
 using cmdsvc::Status;
+using text::fill;
+using text::tr;
 
 // ---- Shapes -----------------------------------------------------------------------------------
 
@@ -180,30 +183,33 @@ std::string describeLines(const std::vector<std::string>& lines)
 std::string describeHeader(const Command& command, const Answer& answer)
 {
     const TextLines body = readLines(command, answer.body);
-    std::string text = quote(command.answer.tag) + " with count " + std::to_string(answer.count) +
-                       describeLines(body.lines);
+    std::string words =
+        fill(tr("{1} with count {2}"), {quote(command.answer.tag), std::to_string(answer.count)}) +
+        describeLines(body.lines);
     if (body.error) {
-        text += "\nfollowed by an error, " + view::explainStatus(command.code, *body.error);
+        words += "\n" + fill(tr("followed by an error, {}"),
+                             {view::explainStatus(command.code, *body.error)});
     }
-    return text;
+    return words;
 }
 
 std::string describeGood(const Command& command, const Answer& answer)
 {
     switch (command.answer.shape) {
     case AnswerShape::kNone:
-        return "empty, as always for this command";
+        return tr("empty, as always for this command");
     case AnswerShape::kWord:
     case AnswerShape::kStatus:
-        return "status " + view::explainStatus(command.code, answer.status);
+        return fill(tr("status {}"), {view::explainStatus(command.code, answer.status)});
     case AnswerShape::kHeader:
         return describeHeader(command, answer);
     case AnswerShape::kBytes:
         break;
     }
     const std::vector<std::string> lines = splitLines(answer.body);
-    return quote(command.answer.tag.substr(0, kCodeSize)) + " and" +
-           (lines.empty() ? " nothing more" : describeLines(lines));
+    const std::string tag = quote(command.answer.tag.substr(0, kCodeSize));
+    return lines.empty() ? fill(tr("{} and nothing more"), {tag})
+                         : fill(tr("{} and"), {tag}) + describeLines(lines);
 }
 
 } // namespace
@@ -248,20 +254,21 @@ std::string describeAnswer(const Command& command, const Answer& answer)
     case Verdict::kGood:
         return describeGood(command, answer);
     case Verdict::kRefused:
-        return "a refusal, " + view::explainStatus(command.code, answer.status);
+        return fill(tr("a refusal, {}"), {view::explainStatus(command.code, answer.status)});
     case Verdict::kNotServed:
         return describeServiceStatus(answer.status);
     case Verdict::kEmpty:
-        return "empty: the command was ignored, is not known, or failed before it answered";
+        return tr("empty: the command was ignored, is not known, or failed before it answered");
     case Verdict::kUnreadable:
         break;
     }
-    return "of a shape that this client does not know";
+    return tr("of a shape that this client does not know");
 }
 
 std::string describeServiceStatus(Status status)
 {
-    return "a status of the service, " + view::explainStatus(cmdsvc::kServiceCode, status);
+    return fill(tr("a status of the service, {}"),
+                {view::explainStatus(cmdsvc::kServiceCode, status)});
 }
 
 std::string hexdump(std::string_view bytes)

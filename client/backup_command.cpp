@@ -9,12 +9,16 @@
 #include "client/status_report.h"
 #include "client/subcommands.h"
 #include "core/bytes.h"
+#include "text/translation.h"
 #include "view/share_folders.h"
 #include "view/share_row.h"
 #include "view/terminal_text.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
 
 struct Options {
     Connection connection;
@@ -36,12 +40,13 @@ Request makeVariableReport(const Options& options)
     // The user's name is also the share's.
     constexpr std::size_t kLongestName = cmdsvc::kLongestShareName;
     if (options.user.empty() || options.user.size() > kLongestName) {
-        throw Failure(kWrongUsage, "with --as-variable a user's name has 1 to " +
-                                       std::to_string(kLongestName) + " bytes");
+        throw Failure(kWrongUsage, fill(tr("with --as-variable a user's name has 1 to {} bytes"),
+                                        {std::to_string(kLongestName)}));
     }
     if (options.state == '\n') {
         throw Failure(kWrongUsage,
-                      "with --as-variable the state cannot be 10, because that byte ends the line");
+                      tr("with --as-variable the state cannot be 10, because that byte ends the "
+                         "line"));
     }
     const auto state = static_cast<char>(options.state);
     return {cmdsvc::command("subs"), {std::string{kIgnored, state} + options.user}};
@@ -64,10 +69,12 @@ void report(const Options& options)
 {
     askToDo(options.connection,
             options.asVariable ? makeVariableReport(options) : makeFileReport(options));
-    std::cerr << "vokctl: the report was stored\n";
+    std::cerr << "vokctl: " << tr("the report was stored") << "\n";
     if (!options.asVariable && isNoShare(options.user)) {
-        std::cerr << "vokctl: warning: there is no share " << view::makePrintable(options.user).text
-                  << ", so no collection reads this report\n";
+        std::cerr << "vokctl: "
+                  << fill(tr("warning: there is no share {}, so no collection reads this report"),
+                          {view::makePrintable(options.user).text})
+                  << "\n";
     }
 }
 
@@ -115,12 +122,13 @@ void list(const Options& options)
         std::cout << renderJson(
             Json{{"capacity_gb", table.capacity}, {"shares", makeJson(table.shares)}});
     } else if (!table.shares.empty()) {
-        std::cout << renderShares(table.shares, config::read(options.connection.file))
-                  << "\nThe internal disk has " << table.capacity << " GB.\n";
+        std::cout << renderShares(table.shares, config::read(options.connection.file)) << "\n"
+                  << fill(tr("The internal disk has {} GB."), {std::to_string(table.capacity)})
+                  << "\n";
     }
     if (table.shares.empty()) {
-        throw Failure(kNoData, "no share status has been published yet; start a collection with "
-                               "\"vokctl collect\", then try again");
+        throw Failure(kNoData, tr("no share status has been published yet; start a collection with "
+                                  "\"vokctl collect\", then try again"));
     }
 }
 

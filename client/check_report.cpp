@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "text/translation.h"
 #include "view/terminal_text.h"
 #include "view/unmeasured.h"
 
@@ -62,7 +63,7 @@ std::string formatText(const Situation& situation, const std::vector<Finding>& f
         text += (text.empty() ? "" : " ") + finding.sentence;
     }
     if (!situation.capacity) {
-        return text + (text.empty() ? "" : " ") + "The disk's capacity is not known.";
+        return text + (text.empty() ? "" : " ") + text::tr("The disk's capacity is not known.");
     }
     return text.empty() ? view::formatCapacity(*situation.capacity) : text;
 }

@@ -13,10 +13,14 @@
 #include "client/exchange.h"
 #include "client/failure.h"
 #include "sharestatus/semaphore_format.h"
+#include "text/translation.h"
 #include "view/published_status.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
 
 using view::PublishedStatus;
 using Clock = std::chrono::steady_clock;
@@ -46,9 +50,9 @@ void expectNoMark(const PublishedStatus& status)
 {
     if (view::blockedUntil(status).value_or(0) > std::time(nullptr)) {
         throw Failure(kNoData,
-                      std::string("a collection was interrupted, and its mark keeps others "
-                                  "from starting for two hours; root can remove ") +
-                          sharestatus::kSemaphoreFile);
+                      fill(tr("a collection was interrupted, and its mark keeps others from "
+                              "starting for two hours; root can remove {}"),
+                           {sharestatus::kSemaphoreFile}));
     }
 }
 
@@ -64,9 +68,10 @@ PublishedStatus await(Clock::time_point end, ProgressLine& progress, Condition i
             return status;
         }
         if (Clock::now() >= end) {
-            throw Failure(kNoAnswer,
-                          "the collection has not ended in time; to wait longer: \"vokctl status "
-                          "--wait SECONDS\"");
+            throw Failure(
+                kNoAnswer,
+                tr("the collection has not ended in time; to wait longer: \"vokctl status "
+                   "--wait SECONDS\""));
         }
         progress.show(status);
         std::this_thread::sleep_for(kPause);
@@ -97,7 +102,7 @@ void collectAnew(const CollectOptions& options)
         return false;
     });
     if (status.result == PublishedStatus::Result::kNoList) {
-        throw Failure(kNoData, "the collection could not get the list of shares");
+        throw Failure(kNoData, tr("the collection could not get the list of shares"));
     }
 }
 
@@ -105,11 +110,12 @@ void collect(const CollectOptions& options)
 {
     if (options.wait == 0) {
         start(options.connection);
-        std::cerr << "vokctl: a collection was started, unless one was running already\n";
+        std::cerr << "vokctl: " << tr("a collection was started, unless one was running already")
+                  << "\n";
         return;
     }
     collectAnew(options);
-    std::cerr << "vokctl: a new share status was published\n";
+    std::cerr << "vokctl: " << tr("a new share status was published") << "\n";
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <unistd.h>
 
+#include "text/translation.h"
 #include "view/processes.h"
 #include "view/terminal_text.h"
 #include "view/wording.h"
@@ -11,37 +12,43 @@
 namespace client {
 namespace {
 
+using text::fill;
+using text::tr;
+using text::trc;
+using text::trn;
+
 constexpr const char* kClearLine = "\r\x1B[K";
 
-/// ", 3 of 8 shares"
-std::string formatPlace(const view::Progress& progress)
+std::string formatStart(std::time_t since)
 {
-    if (progress.place == 0) {
-        return "";
-    }
-    return ", " + std::to_string(progress.place) + " of " +
-           view::formatCount(progress.count, "share", "shares");
+    std::tm local = {};
+    ::localtime_r(&since, &local);
+    return view::formatTime("%H:%M:%S", local);
 }
 
-std::string formatStart(std::optional<std::time_t> since)
+/// Without the time of the start.
+std::string formatPlace(const view::Progress& progress)
 {
-    if (!since) {
-        return "";
+    const std::string share = view::makePrintable(progress.share).text;
+    if (share.empty()) {
+        return tr("Collecting");
     }
-    std::tm local = {};
-    ::localtime_r(&*since, &local);
-    return view::formatTime(", since %H:%M:%S", local);
+    if (progress.place == 0) {
+        return fill(tr("Measuring {}"), {share});
+    }
+    return fill(
+        trn("Measuring {1}, {2} of {3} share", "Measuring {1}, {2} of {3} shares", progress.count),
+        {share, std::to_string(progress.place), std::to_string(progress.count)});
 }
 
 } // namespace
 
 std::string formatProgress(const view::Progress& progress)
 {
-    if (progress.share.empty()) {
-        return "Collecting" + formatStart(progress.since);
-    }
-    return "Measuring " + view::makePrintable(progress.share).text + formatPlace(progress) +
-           formatStart(progress.since);
+    const std::string place = formatPlace(progress);
+    return progress.since ? fill(trc("what is done, and since when", "{1}, since {2}"),
+                                 {place, formatStart(*progress.since)})
+                          : place;
 }
 
 ProgressLine::ProgressLine() : isTerminal_(::isatty(STDERR_FILENO) != 0) {}

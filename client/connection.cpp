@@ -9,12 +9,16 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "view/wording.h"
+#include "client/reasons.h"
+#include "text/translation.h"
 
 namespace client {
 namespace {
 
 using Protocol = asio::local::stream_protocol;
+using text::fill;
+using text::tr;
+using text::trn;
 
 Reply complain(ExitCode code, std::string complaint)
 {
@@ -38,16 +42,24 @@ Way findWay(const Connection& connection)
 Reply complainOf(const asio::error_code& error, const Way& way)
 {
     if (error == asio::error::timed_out || error == asio::error::operation_aborted) {
-        return complain(kNoAnswer, "the service has not answered within " +
-                                       view::formatCount(way.timeout, "second", "seconds") +
-                                       ". It may be busy; try again, or raise --timeout.");
+        return complain(kNoAnswer,
+                        fill(trn("the service has not answered within {} second. It may be busy; "
+                                 "try again, or raise --timeout.",
+                                 "the service has not answered within {} seconds. It may be busy; "
+                                 "try again, or raise --timeout.",
+                                 way.timeout),
+                             {std::to_string(way.timeout)}));
     }
-    const std::string reason = "cannot reach the service at " + way.socket + ": " + error.message();
+    const std::string reason = error.message();
     if (error == asio::error::access_denied) {
-        return complain(kNotPermitted, reason + ". Ask root to add you to the group "
-                                                "vokcontrol, or try again as root.");
+        return complain(kNotPermitted,
+                        fill(tr("cannot reach the service at {1}: {2}. Ask root to add you to the "
+                                "group vokcontrol, or try again as root."),
+                             {way.socket, reason}));
     }
-    return complain(kUnreachable, reason + ". Is vokserve running?");
+    return complain(kUnreachable,
+                    fill(tr("cannot reach the service at {1}: {2}. Is vokserve running?"),
+                         {way.socket, reason}));
 }
 
 /// The user who made the socket listen; nothing if the kernel does not report it.
@@ -68,18 +80,22 @@ std::optional<Reply> complainOfServer(int socket, const std::string& path)
     if (server == uid_t{0} || server == ::geteuid()) {
         return std::nullopt;
     }
-    const std::string who = server ? "user " + std::to_string(*server) : "an unknown user";
+    if (!server) {
+        return complain(kNotPermitted,
+                        fill(tr("the service at {} is run by an unknown user, neither by root nor "
+                                "by you, so nothing was sent. To use it anyway: --any-server"),
+                             {path}));
+    }
     return complain(kNotPermitted,
-                    "the service at " + path + " is run by " + who +
-                        ", neither by root nor by you, so nothing was sent. To use it "
-                        "anyway: --any-server");
+                    fill(tr("the service at {1} is run by user {2}, neither by root nor by you, so "
+                            "nothing was sent. To use it anyway: --any-server"),
+                         {path, std::to_string(*server)}));
 }
 
-/// Reads to the end, or one byte more than is allowed. There can be an answer even if the request
-/// could not be sent whole.
-std::string readAnswer(std::streambuf& source, std::size_t longest)
+/// Reads on to the end, or one byte more than is allowed. There can be an answer even if the
+/// request could not be sent whole.
+void readRest(std::streambuf& source, std::size_t longest, std::string& answer)
 {
-    std::string answer;
     std::array<char, 16384> piece;
     std::streamsize got = 1;
     while (got > 0 && answer.size() <= longest) {
@@ -87,7 +103,6 @@ std::string readAnswer(std::streambuf& source, std::size_t longest)
         got = source.sgetn(piece.data(), static_cast<std::streamsize>(wanted));
         answer.append(piece.data(), static_cast<std::size_t>(got));
     }
-    return answer;
 }
 
 /// Whether an answer is complete. If the service refuses a request before it has read all of it,
@@ -119,11 +134,16 @@ Reply sendRequest(const Connection& connection, std::string_view frame, std::siz
     stream.flush();
     asio::error_code ignored;
     stream.socket().shutdown(Protocol::socket::shutdown_send, ignored);
+    FirstPiece first = receiveFirst(socket, longest, std::chrono::seconds(way.timeout));
     Reply reply;
-    reply.bytes = readAnswer(*stream.rdbuf(), longest);
+    reply.bytes = std::move(first.bytes);
+    reply.reasons = std::move(first.reasons);
+    readRest(*stream.rdbuf(), longest, reply.bytes);
     if (reply.bytes.size() > longest) {
-        return complain(kUnreadableAnswer, "the answer is longer than " + std::to_string(longest) +
-                                               " bytes, more than a good answer can have");
+        return complain(kUnreadableAnswer,
+                        fill(tr("the answer is longer than {} bytes, more than a good answer can "
+                                "have"),
+                             {std::to_string(longest)}));
     }
     if (!endsWhole(stream.error(), reply.bytes)) {
         return complainOf(stream.error(), way);

@@ -24,8 +24,9 @@ struct Connection {
 /// The answer, or why there is none.
 struct Reply {
     ExitCode code = kGood;
-    std::string bytes;
-    std::string complaint;
+    std::string bytes = {};
+    std::string complaint = {};
+    std::string reasons = {}; ///< what the appliance's programs wrote to standard error (reasons.h)
 };
 
 /// The longest answers: of any command, and of a command whose answer is not a file.

@@ -14,10 +14,14 @@
 #include <unistd.h>
 #include <utility>
 
-#include "view/wording.h"
+#include "text/translation.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
+using text::trn;
 
 using Clock = std::chrono::steady_clock;
 
@@ -49,8 +53,8 @@ void writeAll(int pipe, std::string_view bytes)
     try {
         writeAll(pipe, encode(check.examine(surroundings, check)));
     } catch (const std::exception& failure) {
-        writeAll(pipe, encode(wrong(std::string("The check has failed: ") + failure.what() + ".",
-                                    "mend that first, then try again")));
+        writeAll(pipe, encode(wrong(fill(tr("The check has failed: {}."), {failure.what()}),
+                                    tr("mend that first, then try again"))));
     }
     ::_exit(0);
 }
@@ -86,7 +90,8 @@ Diagnosis decode(std::string_view bytes)
 {
     const std::size_t reasonEnd = bytes.find('\0');
     if (reasonEnd == std::string_view::npos || bytes.back() != '\0') {
-        return wrong("The check ended without a result.", "try again; memory may have run out");
+        return wrong(tr("The check ended without a result."),
+                     tr("try again; memory may have run out"));
     }
     const std::string_view remedy = bytes.substr(reasonEnd + 1);
     return {.sign = static_cast<Sign>(bytes[0] - '0'),
@@ -103,17 +108,18 @@ Diagnosis collect(const Surroundings& surroundings, pid_t process, int pipe)
     ::kill(process, SIGKILL);
     ::waitpid(process, nullptr, 0);
     if (!isInTime) {
-        return wrong("It did not answer within " +
-                         view::formatCount(surroundings.seconds, "second", "seconds") + ".",
-                     "see what it waits for, or allow more with --timeout");
+        return wrong(fill(trn("It did not answer within {} second.",
+                              "It did not answer within {} seconds.", surroundings.seconds),
+                          {std::to_string(surroundings.seconds)}),
+                     tr("see what it waits for, or allow more with --timeout"));
     }
     return decode(bytes);
 }
 
 Diagnosis cannotStart()
 {
-    return wrong("The check's process could not be started.",
-                 "see whether there are too many processes or too little memory");
+    return wrong(tr("The check's process could not be started."),
+                 tr("see whether there are too many processes or too little memory"));
 }
 
 // ---- The table --------------------------------------------------------------------------------
@@ -138,13 +144,13 @@ bool isNeeded(const Check& check, std::span<const Check> table,
 Diagnosis diagnose(const Surroundings& surroundings, const Check& check, const Signs& signs)
 {
     if (check.needsRoot && !surroundings.isRoot) {
-        return unchecked("Not checked: run as root.");
+        return unchecked(tr("Not checked: run as root."));
     }
     if (check.after != nullptr && signs.at(check.after) == Sign::kUnneeded) {
-        return unneeded(std::string("Not needed, as ") + check.after + " is not.");
+        return unneeded(fill(tr("Not needed, as {} is not."), {check.after}));
     }
     if (check.after != nullptr && signs.at(check.after) != Sign::kGood) {
-        return unchecked(std::string("Not checked: it depends on ") + check.after + ".");
+        return unchecked(fill(tr("Not checked: it depends on {}."), {check.after}));
     }
     return runCheck(surroundings, check);
 }

@@ -14,6 +14,7 @@
 #include "client/doctor.h"
 #include "client/doctor_report.h"
 #include "client/failure.h"
+#include "text/translation.h"
 #include "view/terminal_text.h"
 
 namespace client {
@@ -66,8 +67,10 @@ void checkNames(const std::vector<std::string>& names)
 {
     for (const std::string& name : names) {
         if (std::ranges::find(checks(), name, &Check::name) == checks().end()) {
-            throw Failure(kWrongUsage, "there is no check " + view::makePrintable(name).text +
-                                           "; vokctl doctor --list names all");
+            throw Failure(kWrongUsage,
+                          text::fill(text::tr("there is no check {}; vokctl doctor --list names "
+                                              "all"),
+                                     {view::makePrintable(name).text}));
         }
     }
 }

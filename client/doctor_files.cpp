@@ -8,11 +8,15 @@
 
 #include "client/doctor_checks.h"
 #include "sharestatus/status_format.h"
+#include "text/translation.h"
 #include "view/capacity.h"
 #include "view/wording.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
 
 constexpr const char* kSettingsFolder = "/etc/pelconfig";
 constexpr const char* kModuleFolder = "/etc/pelconfig/vokcontrol";
@@ -52,19 +56,20 @@ std::optional<Diagnosis> complainOf(const Wanted& wanted)
     const bool isFolder = wanted.type == S_IFDIR;
     struct stat status = {};
     if (::lstat(wanted.path, &status) != 0) {
-        return wrong("There is no " + path + ": " + std::strerror(errno) + ".", wanted.make);
+        return wrong(fill(tr("There is no {1}: {2}."), {path, std::strerror(errno)}), wanted.make);
     }
     if ((status.st_mode & S_IFMT) != wanted.type) {
-        return wrong(path + (isFolder ? " is no folder." : " is no plain file."),
-                     "move it away, then " + wanted.make);
+        return wrong(fill(isFolder ? tr("{} is no folder.") : tr("{} is no plain file."), {path}),
+                     fill(tr("move it away, then {}"), {wanted.make}));
     }
     if (status.st_uid != 0) {
-        return wrong(path + " does not belong to root.", "chown root " + path);
+        return wrong(fill(tr("{} does not belong to root."), {path}), "chown root " + path);
     }
     if ((status.st_mode & wanted.forbidden) != 0) {
         const bool mayRead = (wanted.forbidden & S_IROTH) == 0;
-        return wrong(path + " has mode " + formatMode(status.st_mode) + ", so that others may " +
-                         (mayRead ? "write to it." : "open it."),
+        return wrong(fill(mayRead ? tr("{1} has mode {2}, so that others may write to it.")
+                                  : tr("{1} has mode {2}, so that others may open it."),
+                          {path, formatMode(status.st_mode)}),
                      std::string("chmod ") + (mayRead ? "go-w " : "go= ") + path);
     }
     return std::nullopt;
@@ -79,18 +84,18 @@ bool exists(const char* path)
 // ---- Space ------------------------------------------------------------------------------------
 
 /// Whether a file system has some space left.
-Diagnosis examineSpace(const char* folder, std::uint64_t kibibytes, const char* purpose)
+/// @param tooLittle  the sentence if it has less, with places for the free space and the folder
+Diagnosis examineSpace(const char* folder, std::uint64_t kibibytes, const char* tooLittle)
 {
     const std::optional<view::Capacity> capacity = view::readCapacity(folder);
     if (!capacity) {
-        return wrong(std::string("How full ") + folder + " is cannot be found out.",
-                     std::string("see whether there is a folder ") + folder);
+        return wrong(fill(tr("How full {} is cannot be found out."), {folder}),
+                     fill(tr("see whether there is a folder {}"), {folder}));
     }
     const std::string free = view::formatKibibytes(capacity->free);
-    return (capacity->free >= kibibytes) ? good(free + " are free in " + folder + ".")
-                                         : wrong("Only " + free + " are free in " + folder +
-                                                     ", too little for " + purpose + ".",
-                                                 "remove what is not needed there");
+    return (capacity->free >= kibibytes)
+               ? good(fill(tr("{1} are free in {2}."), {free, folder}))
+               : wrong(fill(tooLittle, {free, folder}), tr("remove what is not needed there"));
 }
 
 } // namespace
@@ -103,52 +108,53 @@ Diagnosis examineFolders(const Surroundings& /*surroundings*/, const Check& /*ch
             return *complaint;
         }
     }
-    return good("They are there, and only root may change them.");
+    return good(tr("They are there, and only root may change them."));
 }
 
 Diagnosis examineVariables(const Surroundings& /*surroundings*/, const Check& /*check*/)
 {
     const Wanted wanted = {kVariableFile, S_IFREG, kOthersWrite,
                            std::string("touch ") + kVariableFile};
-    return complainOf(wanted).value_or(good("They are there, and only root may change them."));
+    return complainOf(wanted).value_or(good(tr("They are there, and only root may change them.")));
 }
 
 Diagnosis examineLock(const Surroundings& /*surroundings*/, const Check& /*check*/)
 {
     const Wanted wanted = {kLockFile, S_IFREG, kOthersAll,
                            std::string("install -m 600 /dev/null ") + kLockFile};
-    return complainOf(wanted).value_or(good("Only root may lock the variables."));
+    return complainOf(wanted).value_or(good(tr("Only root may lock the variables.")));
 }
 
 Diagnosis examinePrivateFile(const Surroundings& /*surroundings*/, const Check& /*check*/)
 {
     if (!exists(kPrivateFile)) {
-        return unneeded("No client has stored one.");
+        return unneeded(tr("No client has stored one."));
     }
-    const Wanted wanted = {kPrivateFile, S_IFREG, kOthersAll, "have the client store it again"};
-    return complainOf(wanted).value_or(good("Only root may open it."));
+    const Wanted wanted = {kPrivateFile, S_IFREG, kOthersAll, tr("have the client store it again")};
+    return complainOf(wanted).value_or(good(tr("Only root may open it.")));
 }
 
 Diagnosis examineWorkFolder(const Surroundings& /*surroundings*/, const Check& /*check*/)
 {
-    const Wanted wanted = {kRunFolder, S_IFDIR, kOthersAll, "start the service, which makes it"};
-    return complainOf(wanted).value_or(good("Only root may open it."));
+    const Wanted wanted = {kRunFolder, S_IFDIR, kOthersAll,
+                           tr("start the service, which makes it")};
+    return complainOf(wanted).value_or(good(tr("Only root may open it.")));
 }
 
 Diagnosis examineTmp(const Surroundings& /*surroundings*/, const Check& /*check*/)
 {
     struct stat status = {};
     if (::stat("/tmp", &status) != 0 || !S_ISDIR(status.st_mode)) {
-        return wrong("There is no folder /tmp.", "mkdir -m 1777 /tmp");
+        return wrong(tr("There is no folder /tmp."), "mkdir -m 1777 /tmp");
     }
     const bool isShared = (status.st_mode & kOthersWrite) != 0;
     if (isShared && (status.st_mode & S_ISVTX) == 0) {
-        return wrong("/tmp has mode " + formatMode(status.st_mode) +
-                         ", so that everybody may remove the files of others.",
+        return wrong(fill(tr("/tmp has mode {}, so that everybody may remove the files of others."),
+                          {formatMode(status.st_mode)}),
                      "chmod 1777 /tmp");
     }
-    return good(isShared ? "Everybody may use it, and nobody may remove the files of others."
-                         : "Only root may write to it.");
+    return good(isShared ? tr("Everybody may use it, and nobody may remove the files of others.")
+                         : tr("Only root may write to it."));
 }
 
 Diagnosis examineSettingsSpace(const Surroundings& /*surroundings*/, const Check& /*check*/)
@@ -157,33 +163,32 @@ Diagnosis examineSettingsSpace(const Surroundings& /*surroundings*/, const Check
     constexpr std::uint64_t kStatus = 1024;
     const bool isPublished = exists(sharestatus::kStatusFile);
     return examineSpace(kModuleFolder, kSpare + (isPublished ? 0 : kStatus),
-                        "the status and the variables");
+                        tr("Only {1} are free in {2}, too little for the status and the "
+                           "variables."));
 }
 
 Diagnosis examineShareSpace(const Surroundings& surroundings, const Check& /*check*/)
 {
     const std::optional<view::Capacity> capacity = view::readCapacity();
     if (!capacity) {
-        return wrong("How full /share is cannot be found out.", "see whether its disk is there");
+        return wrong(tr("How full /share is cannot be found out."),
+                     tr("see whether its disk is there"));
     }
-    const std::string full = std::to_string(capacity->percentFull()) + " %";
+    const std::string full =
+        fill(tr("/share is {} % full."), {std::to_string(capacity->percentFull())});
     return (capacity->percentFull() < surroundings.settings.fullWarning)
-               ? good("/share is " + full + " full.")
-               : wrong("/share is " + full + " full.",
-                       "delete what is not needed, or move it elsewhere");
+               ? good(full)
+               : wrong(full, tr("delete what is not needed, or move it elsewhere"));
 }
 
 Diagnosis examineWorkSpace(const Surroundings& /*surroundings*/, const Check& /*check*/)
 {
     constexpr std::uint64_t kWorkFiles = 1024;
+    const char* tooLittle = tr("Only {1} are free in {2}, too little for work files.");
     // The service's work files are in a folder of its own, those of others in /tmp.
-    for (const char* folder : {"/run", "/tmp"}) {
-        Diagnosis diagnosis = examineSpace(folder, kWorkFiles, "work files");
-        if (diagnosis.sign != Sign::kGood) {
-            return diagnosis;
-        }
-    }
-    return examineSpace("/tmp", kWorkFiles, "work files");
+    Diagnosis diagnosis = examineSpace("/run", kWorkFiles, tooLittle);
+    return (diagnosis.sign == Sign::kGood) ? examineSpace("/tmp", kWorkFiles, tooLittle)
+                                           : diagnosis;
 }
 
 Diagnosis examineClock(const Surroundings& surroundings, const Check& /*check*/)
@@ -192,12 +197,13 @@ Diagnosis examineClock(const Surroundings& surroundings, const Check& /*check*/)
     for (const char* path : {kBuildFile, kVariableFile, sharestatus::kStatusFile}) {
         struct stat status = {};
         if (::stat(path, &status) == 0 && status.st_mtime > surroundings.now + kTolerance) {
-            return wrong("It is " + view::formatTime(surroundings.now) + ", but " + path +
-                             " was written " + view::formatTime(status.st_mtime) + ".",
-                         "set the clock; if it is right, touch " + std::string(path));
+            return wrong(
+                fill(tr("It is {1}, but {2} was written {3}."),
+                     {view::formatTime(surroundings.now), path, view::formatTime(status.st_mtime)}),
+                fill(tr("set the clock; if it is right, {}"), {"touch " + std::string(path)}));
         }
     }
-    return good("It is " + view::formatTime(surroundings.now) + ".");
+    return good(fill(tr("It is {}."), {view::formatTime(surroundings.now)}));
 }
 
 } // namespace client

@@ -10,10 +10,15 @@
 #include "client/doctor_program.h"
 #include "core/bytes.h"
 #include "handlers/smb_passwd.h"
+#include "text/translation.h"
 #include "view/judgement.h"
+#include "view/wording.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
 
 constexpr const char* kPasswordFile = "/usr/private/smbpasswd";
 
@@ -52,15 +57,6 @@ std::optional<Entries> readEntries(bool& stopsEarly)
     return entries;
 }
 
-std::string joined(const std::vector<std::string>& names)
-{
-    std::string words;
-    for (const std::string& name : names) {
-        words += (words.empty() ? "" : ", ") + name;
-    }
-    return words;
-}
-
 Diagnosis judgeAccounts(const std::vector<std::string>& users, const Entries& entries,
                         bool stopsEarly)
 {
@@ -74,13 +70,18 @@ Diagnosis judgeAccounts(const std::vector<std::string>& users, const Entries& en
         }
     }
     if (hopeless.empty()) {
-        return good("Each user has an entry that a password can match.");
+        return good(tr("Each user has an entry that a password can match."));
     }
-    const std::string because =
-        stopsEarly ? " The file has a line that is no entry, and nothing after it is read." : "";
-    return wrong("No password can match the entry in " + std::string(kPasswordFile) +
-                     " of: " + joined(hopeless) + "." + because,
-                 stopsEarly ? "mend or remove that line" : "set these users' passwords anew");
+    const std::string names = view::formatNames(hopeless);
+    if (stopsEarly) {
+        return wrong(fill(tr("No password can match the entry in {1} of: {2}. The file has a line "
+                             "that is no entry, and nothing after it is read."),
+                          {kPasswordFile, names}),
+                     tr("mend or remove that line"));
+    }
+    return wrong(
+        fill(tr("No password can match the entry in {1} of: {2}."), {kPasswordFile, names}),
+        tr("set these users' passwords anew"));
 }
 
 } // namespace
@@ -95,8 +96,8 @@ Diagnosis examineShareNames(const Surroundings& surroundings, const Check& /*che
             sentences += (sentences.empty() ? "" : " ") + finding.sentence;
         }
     }
-    return sentences.empty() ? good("Every share is measured.")
-                             : wrong(sentences, "mend that, then vokctl collect --wait 600");
+    return sentences.empty() ? good(tr("Every share is measured."))
+                             : wrong(sentences, tr("mend that, then vokctl collect --wait 600"));
 }
 
 Diagnosis examineAccounts(const Surroundings& surroundings, const Check& /*check*/)
@@ -108,9 +109,9 @@ Diagnosis examineAccounts(const Surroundings& surroundings, const Check& /*check
     bool stopsEarly = false;
     const std::optional<Entries> entries = readEntries(stopsEarly);
     if (!entries) {
-        return wrong(std::string("No password can be checked: ") + kPasswordFile + ": " +
-                         std::strerror(errno) + ".",
-                     "see that the file server keeps its passwords there");
+        return wrong(fill(tr("No password can be checked: {1}: {2}."),
+                          {kPasswordFile, std::strerror(errno)}),
+                     tr("see that the file server keeps its passwords there"));
     }
     return judgeAccounts(usersIn(list.text), *entries, stopsEarly);
 }

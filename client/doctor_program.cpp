@@ -10,10 +10,14 @@
 #include <unistd.h>
 #include <utility>
 
+#include "text/translation.h"
 #include "view/file_start.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
 
 using Words = std::vector<std::string>;
 
@@ -130,15 +134,15 @@ Diagnosis complainOfEnd(const std::string& what, const Ended& ended)
 {
     const std::string said = firstLine(ended.errors);
     const std::string code = std::to_string(ended.code);
-    return wrong(said.empty() ? what + " ended with " + code + "."
-                              : what + " ended with " + code + " and said: " + said + ".",
-                 "run it by hand and mend it; porting.md says what it has to answer");
+    return wrong(said.empty() ? fill(tr("{1} ended with {2}."), {what, code})
+                              : fill(tr("{1} ended with {2} and said: {3}."), {what, code, said}),
+                 tr("run it by hand and mend it; porting.md says what it has to answer"));
 }
 
 Diagnosis complainOfAbsence(const Surroundings& surroundings, const std::string& name)
 {
-    return wrong("There is no program " + name + " in " + surroundings.settings.path + ".",
-                 "install it, or set path in " + surroundings.settingsFile);
+    return wrong(fill(tr("There is no program {1} in {2}."), {name, surroundings.settings.path}),
+                 fill(tr("install it, or set path in {}"), {surroundings.settingsFile}));
 }
 
 /// @param command  the command line, as a complaint shows it
@@ -184,7 +188,7 @@ Ended runProgram(const Surroundings& surroundings, const Words& words)
                errors);
     }
     if (process < 0) {
-        return {.code = kCannotStart, .output = {}, .errors = "it could not be started"};
+        return {.code = kCannotStart, .output = {}, .errors = tr("it could not be started")};
     }
     output.closeWriter();
     errors.closeWriter();
@@ -203,7 +207,7 @@ ProgramAnswer askScript(const Surroundings& surroundings, const std::string& scr
                         const std::string& function)
 {
     if (surroundings.folder.empty()) {
-        return {.complaint = unchecked("Not checked: no file can be made in /tmp.")};
+        return {.complaint = unchecked(tr("Not checked: no file can be made in /tmp."))};
     }
     const std::string file = surroundings.folder + "/answer";
     std::filesystem::remove(file);
@@ -216,8 +220,9 @@ ProgramAnswer askScript(const Surroundings& surroundings, const std::string& scr
     }
     const view::FileStart written = view::readFileStart(file.c_str(), kMostOutput);
     if (!written.isOpen) {
-        return {.complaint = wrong(function + " ended with 0, but wrote no file.",
-                                   "have it write its answer into the file that is its argument")};
+        return {.complaint = wrong(fill(tr("{} ended with 0, but wrote no file."), {function}),
+                                   tr("have it write its answer into the file that is its "
+                                      "argument"))};
     }
     return {.complaint = std::nullopt, .text = written.bytes};
 }

@@ -6,15 +6,21 @@
 
 #include "client/json_text.h"
 #include "client/text_table.h"
+#include "text/translation.h"
 #include "view/terminal_text.h"
 
 namespace client {
 namespace {
 
+using text::fill;
+using text::tr;
+using text::trc;
+
 const char* signOf(Sign sign)
 {
-    constexpr auto kSigns = std::to_array<const char*>({"ok", "WRONG", "-", "?"});
-    return kSigns.at(static_cast<std::size_t>(sign));
+    const auto signs = std::to_array<const char*>(
+        {trc("sign of a check", "ok"), trc("sign of a check", "WRONG"), "-", "?"});
+    return signs.at(static_cast<std::size_t>(sign));
 }
 
 auto count(const std::vector<Result>& results, Sign sign)
@@ -26,7 +32,9 @@ auto count(const std::vector<Result>& results, Sign sign)
 TableRow makeRow(const Result& result)
 {
     const auto& [sign, reason, remedy] = result.diagnosis;
-    const std::string sentence = remedy.empty() ? reason : reason + " What to do: " + remedy + ".";
+    const std::string sentence =
+        // Translators: 1 is a whole sentence; 2 a command line, or advice without a full stop.
+        remedy.empty() ? reason : fill(tr("{1} What to do: {2}."), {reason, remedy});
     return {view::makePrintable(signOf(sign)), view::makePrintable(result.check->name),
             view::makePrintable(sentence)};
 }
@@ -39,10 +47,12 @@ std::string renderDoctorText(const std::vector<Result>& results)
     constexpr auto kColumns = std::to_array<Align>({kLeft, kLeft, kLeft});
     std::vector<TableRow> rows;
     std::ranges::transform(results, std::back_inserter(rows), makeRow);
-    return layOutTable(kColumns, rows) +
-           "\nWrong: " + std::to_string(count(results, Sign::kWrong)) +
-           ", not checked: " + std::to_string(count(results, Sign::kUnchecked)) +
-           ", checks in all: " + std::to_string(results.size()) + ".\n";
+    return layOutTable(kColumns, rows) + "\n" +
+           fill(tr("Wrong: {1}, not checked: {2}, checks in all: {3}."),
+                {std::to_string(count(results, Sign::kWrong)),
+                 std::to_string(count(results, Sign::kUnchecked)),
+                 std::to_string(results.size())}) +
+           "\n";
 }
 
 std::string renderDoctorJson(const std::vector<Result>& results)

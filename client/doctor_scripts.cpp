@@ -8,10 +8,14 @@
 #include "client/doctor_checks.h"
 #include "client/doctor_forms.h"
 #include "client/doctor_program.h"
+#include "text/translation.h"
 #include "view/file_start.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
 
 constexpr const char* kFolder = "/etc/inc";
 
@@ -68,17 +72,19 @@ Diagnosis examineScript(const Surroundings& surroundings, const Check& check)
 {
     const std::string path = std::string(kFolder) + "/" + check.name;
     if (!std::filesystem::is_regular_file(path)) {
-        return wrong("There is no " + path + ".", "install the appliance's administration scripts");
+        return wrong(fill(tr("There is no {}."), {path}),
+                     tr("install the appliance's administration scripts"));
     }
     const Ended ended = runProgram(surroundings, {"/usr/bin/php", "-l", path});
     if (ended.code != 0) {
-        return wrong("PHP cannot read " + path + ".", "see what is wrong: php -l " + path);
+        return wrong(fill(tr("PHP cannot read {}."), {path}),
+                     fill(tr("see what is wrong: {}"), {"php -l " + path}));
     }
     if (const char* function = findUnnamed(check.name)) {
-        return wrong(std::string("Nothing in /etc/inc names its function ") + function + ".",
-                     "add the function; porting.md says what it does");
+        return wrong(fill(tr("Nothing in /etc/inc names its function {}."), {function}),
+                     tr("add the function; porting.md says what it does"));
     }
-    return good("PHP can read it.");
+    return good(tr("PHP can read it."));
 }
 
 Diagnosis examineShareList(const Surroundings& surroundings, const Check& check)

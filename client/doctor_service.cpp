@@ -13,6 +13,7 @@
 #include "client/doctor_program.h"
 #include "client/exchange.h"
 #include "client/failure.h"
+#include "text/translation.h"
 #include "view/file_start.h"
 #include "view/judgement.h"
 #include "view/processes.h"
@@ -20,12 +21,17 @@
 namespace client {
 namespace {
 
+using text::fill;
+using text::tr;
+using text::trn;
+
 constexpr const char* kInitScript = "/etc/init.d/vokcontrol";
 constexpr const char* kInitSettings = "/etc/default/vokcontrol";
 constexpr const char* kCollectorPid = "/run/vokcontrol-collect.pid";
 constexpr const char* kTimer = "vokcontrol-collect.timer";
 constexpr auto kUnits = std::to_array<const char*>(
-    {"vokserve.socket", "vokcontrol-collect.timer", "vokcontrol-boot.service"});
+    {"vokserve.socket", "vokcontrol-collect.timer", "vokcontrol-boot.service",
+     "vokcontrol-history.path", "vokcontrol-notify.timer"});
 
 bool isFolder(const char* path)
 {
@@ -80,12 +86,14 @@ Diagnosis examineInitTimer()
 {
     const unsigned seconds = collectionInterval();
     if (seconds == 0) {
-        return unneeded(std::string("No regular collections, as ") + kInitSettings + " says.");
+        return unneeded(fill(tr("No regular collections, as {} says."), {kInitSettings}));
     }
     return isCollectingRegularly()
-               ? good("A collection starts every " + std::to_string(seconds) + " seconds.")
-               : wrong("Nothing starts collections.",
-                       std::string(kInitScript) + " restart, and see its log");
+               ? good(fill(trn("A collection starts every {} second.",
+                               "A collection starts every {} seconds.", seconds),
+                           {std::to_string(seconds)}))
+               : wrong(tr("Nothing starts collections."),
+                       fill(tr("{}, and see its log"), {std::string(kInitScript) + " restart"}));
 }
 
 // ---- The status -------------------------------------------------------------------------------
@@ -108,10 +116,10 @@ Diagnosis examineSettings(const Surroundings& surroundings, const Check& /*check
 {
     try {
         const config::Configuration settings = config::read(surroundings.settingsFile);
-        return good("They can be read.");
+        return good(tr("They can be read."));
     } catch (const config::BadConfiguration& failure) {
         return wrong(std::string(failure.what()) + ".",
-                     "mend it; vokcontrol.conf(5) says what it may hold");
+                     tr("mend it; vokcontrol.conf(5) says what it may contain"));
     }
 }
 
@@ -119,31 +127,31 @@ Diagnosis examineGroup(const Surroundings& surroundings, const Check& /*check*/)
 {
     for (const std::string& name : {surroundings.settings.group, surroundings.settings.viewGroup}) {
         if (::getgrnam(name.c_str()) == nullptr) {
-            return wrong("There is no group " + name + ", whose members may ask the service.",
-                         "groupadd --system " + name + ", then start the service anew");
+            return wrong(
+                fill(tr("There is no group {}, whose members may ask the service."), {name}),
+                fill(tr("{}, then start the service anew"), {"groupadd --system " + name}));
         }
     }
-    return good("There are " + surroundings.settings.group + " and " +
-                surroundings.settings.viewGroup + ".");
+    return good(fill(tr("There are {1} and {2}."),
+                     {surroundings.settings.group, surroundings.settings.viewGroup}));
 }
 
 Diagnosis examineSocket(const Surroundings& surroundings, const Check& /*check*/)
 {
-    constexpr const char* kStart =
-        "systemctl start vokserve.socket, or /etc/init.d/vokcontrol start";
+    const char* start = tr("systemctl start vokserve.socket, or /etc/init.d/vokcontrol start");
     const std::string& path = surroundings.settings.socket;
     struct stat status = {};
     if (::lstat(path.c_str(), &status) != 0) {
-        return wrong("There is no " + path + ": " + std::strerror(errno) + ".", kStart);
+        return wrong(fill(tr("There is no {1}: {2}."), {path, std::strerror(errno)}), start);
     }
     if (!S_ISSOCK(status.st_mode)) {
-        return wrong(path + " is no socket.", "remove it, then " + std::string(kStart));
+        return wrong(fill(tr("{} is no socket."), {path}), fill(tr("remove it, then {}"), {start}));
     }
     if (status.st_uid != 0) {
-        return wrong(path + " does not belong to root.",
-                     "see who made it; remove it, then " + std::string(kStart));
+        return wrong(fill(tr("{} does not belong to root."), {path}),
+                     fill(tr("see who made it; remove it, then {}"), {start}));
     }
-    return good("It is " + path + ".");
+    return good(fill(tr("It is {}."), {path}));
 }
 
 Diagnosis examineService(const Surroundings& surroundings, const Check& /*check*/)
@@ -155,13 +163,13 @@ Diagnosis examineService(const Surroundings& surroundings, const Check& /*check*
                                    .file = surroundings.settingsFile};
     try {
         const Listing build = askForLines(connection, {cmdsvc::command("vers")});
-        return good("It answers.");
+        return good(tr("It answers."));
     } catch (const Failure& failure) {
         if (failure.code() == kNotPermitted && !surroundings.isRoot) {
-            return unchecked("Not checked: this account may not ask.");
+            return unchecked(tr("Not checked: this account may not ask."));
         }
-        return wrong(std::string("It cannot be asked: ") + failure.what(),
-                     "see its log: journalctl -u vokserve, or /var/log/vokserve.log");
+        return wrong(fill(tr("It cannot be asked: {}"), {failure.what()}),
+                     tr("see its log: journalctl -u vokserve, or /var/log/vokserve.log"));
     }
 }
 
@@ -169,23 +177,22 @@ Diagnosis examineUnits(const Surroundings& surroundings, const Check& /*check*/)
 {
     if (!isSystemdRunning()) {
         return findProgram(surroundings, kInitScript)
-                   ? good(std::string("There is no systemd, but ") + kInitScript + ".")
-                   : wrong(std::string("There is neither systemd nor a program ") + kInitScript +
-                               ".",
-                           "copy the init script there; install.md says how");
+                   ? good(fill(tr("There is no systemd, but {}."), {kInitScript}))
+                   : wrong(fill(tr("There is neither systemd nor a program {}."), {kInitScript}),
+                           tr("copy the init script there; install.md says how"));
     }
     for (const char* unit : kUnits) {
         if (!systemctl(surroundings, "is-enabled", unit)) {
-            return wrong(std::string(unit) + " is not enabled.",
+            return wrong(fill(tr("{} is not enabled."), {unit}),
                          std::string("systemctl enable --now ") + unit);
         }
         if (systemctl(surroundings, "is-failed", unit)) {
-            return wrong(std::string(unit) + " has failed.",
-                         std::string("systemctl status ") + unit + ", then systemctl restart " +
-                             unit);
+            return wrong(fill(tr("{} has failed."), {unit}),
+                         fill(tr("{1}, then {2}"), {std::string("systemctl status ") + unit,
+                                                    std::string("systemctl restart ") + unit}));
         }
     }
-    return good("They are enabled, and none has failed.");
+    return good(tr("They are enabled, and none has failed."));
 }
 
 Diagnosis examineTimer(const Surroundings& surroundings, const Check& /*check*/)
@@ -194,8 +201,8 @@ Diagnosis examineTimer(const Surroundings& surroundings, const Check& /*check*/)
         return examineInitTimer();
     }
     return systemctl(surroundings, "is-active", kTimer)
-               ? good(std::string(kTimer) + " is active.")
-               : wrong(std::string(kTimer) + " is not active, so that no collection starts.",
+               ? good(fill(tr("{} is active."), {kTimer}))
+               : wrong(fill(tr("{} is not active, so that no collection starts."), {kTimer}),
                        std::string("systemctl start ") + kTimer);
 }
 
@@ -207,9 +214,10 @@ Diagnosis examineStatus(const Surroundings& surroundings, const Check& /*check*/
             findKind(findings, {"status-unreadable", "no-status", "damaged", "no-list", "stale"})) {
         return wrong(finding->sentence, kCollect);
     }
-    return good(view::formatCount(situation.status.shares.size(), "share", "shares") +
-                ", published " + view::formatElapsed(situation.status.published, situation.now) +
-                ".");
+    const std::size_t shares = situation.status.shares.size();
+    return good(fill(
+        trn("{1} share, published {2}.", "{1} shares, published {2}.", shares),
+        {std::to_string(shares), view::formatElapsed(situation.status.published, situation.now)}));
 }
 
 Diagnosis examineCollection(const Surroundings& surroundings, const Check& /*check*/)
@@ -219,8 +227,8 @@ Diagnosis examineCollection(const Surroundings& surroundings, const Check& /*che
     if (const view::Finding* finding = findKind(findings, {"interrupted"})) {
         return wrong(finding->sentence, kCollect);
     }
-    return good(situation.status.isCollecting ? "One is running."
-                                              : "None is running, and none was interrupted.");
+    return good(situation.status.isCollecting ? tr("One is running.")
+                                              : tr("None is running, and none was interrupted."));
 }
 
 } // namespace client

@@ -4,9 +4,14 @@
 #include "client/doctor_checks.h"
 #include "client/doctor_forms.h"
 #include "client/doctor_program.h"
+#include "text/translation.h"
+#include "view/wording.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
 
 using Words = std::vector<std::string>;
 using Judge = Diagnosis (*)(std::string_view text);
@@ -28,16 +33,17 @@ ProgramAnswer askPelparam(const Surroundings& surroundings)
 Diagnosis examineSudo(const Surroundings& surroundings, const Check& /*check*/)
 {
     const ProgramAnswer answer = askProgram(surroundings, {"sudo", "true"});
-    return answer.complaint ? *answer.complaint : good("It runs programs.");
+    return answer.complaint ? *answer.complaint : good(tr("It runs programs."));
 }
 
 Diagnosis examinePhp(const Surroundings& surroundings, const Check& /*check*/)
 {
     return judgeOutput(surroundings, {"sudo", "/usr/bin/php", "-v"}, [](std::string_view text) {
         return text.starts_with("PHP ")
-                   ? good("It is " + std::string(text.substr(0, text.find(' ', 4))) + ".")
-                   : wrong("/usr/bin/php is not PHP.",
-                           "install the package php-cli, or link its program to /usr/bin/php");
+                   ? good(fill(tr("It is {}."), {text.substr(0, text.find(' ', 4))}))
+                   : wrong(tr("/usr/bin/php is not PHP."),
+                           tr("install the package php-cli, or link its program to "
+                              "/usr/bin/php"));
     });
 }
 
@@ -45,27 +51,28 @@ Diagnosis examineProgram(const Surroundings& surroundings, const Check& check)
 {
     const std::optional<std::string> path = findProgram(surroundings, check.name);
     if (path) {
-        return good("It is " + *path + ".");
+        return good(fill(tr("It is {}."), {*path}));
     }
     return (check.name[0] == '/')
-               ? wrong("There is no such program.", "install it there")
-               : wrong(std::string("There is no program ") + check.name + " in " +
-                           surroundings.settings.path + ".",
-                       "install it, or set path in " + surroundings.settingsFile);
+               ? wrong(tr("There is no such program."), tr("install it there"))
+               : wrong(fill(tr("There is no program {1} in {2}."),
+                            {check.name, surroundings.settings.path}),
+                       fill(tr("install it, or set path in {}"), {surroundings.settingsFile}));
 }
 
 Diagnosis examineSmallTools(const Surroundings& surroundings, const Check& /*check*/)
 {
-    std::string missing;
+    std::vector<std::string> missing;
     for (const char* name : {"cat", "grep", "killall", "mv", "rm"}) {
         if (!findProgram(surroundings, name)) {
-            missing += (missing.empty() ? "" : ", ") + std::string(name);
+            missing.emplace_back(name);
         }
     }
     return missing.empty()
-               ? good("There are cat, grep, killall, mv and rm.")
-               : wrong("These are missing in " + surroundings.settings.path + ": " + missing + ".",
-                       "install them, or set path in " + surroundings.settingsFile);
+               ? good(tr("There are cat, grep, killall, mv and rm."))
+               : wrong(fill(tr("These are missing in {1}: {2}."),
+                            {surroundings.settings.path, view::formatNames(missing)}),
+                       fill(tr("install them, or set path in {}"), {surroundings.settingsFile}));
 }
 
 Diagnosis examinePelparam(const Surroundings& surroundings, const Check& /*check*/)
@@ -90,7 +97,7 @@ Diagnosis examineMdadm(const Surroundings& surroundings, const Check& /*check*/)
     constexpr unsigned kDrivesOfMirror = 2;
     const std::optional<unsigned> drives = driveCountIn(askPelparam(surroundings).text);
     if (drives != kDrivesOfMirror) {
-        return unneeded("Not needed: there are not two internal drives.");
+        return unneeded(tr("Not needed: there are not two internal drives."));
     }
     return judgeOutput(surroundings, {"mdadm", "--detail", "/dev/md0"}, judgeMdadm);
 }
@@ -126,13 +133,13 @@ Diagnosis examineRemoteSwitch(const Surroundings& surroundings, const Check& che
     // No account can have this name, as it is no single line.
     const Ended ended = runProgram(surroundings, {check.name, "get", "no\nuser"});
     if (!findProgram(surroundings, check.name)) {
-        return wrong("There is no such program.", "install it there");
+        return wrong(tr("There is no such program."), tr("install it there"));
     }
     return (ended.code == kNoSuchUser)
-               ? good("It answers.")
-               : wrong("For a user that there is not it ended with " + std::to_string(ended.code) +
-                           ".",
-                       "have it end with 0 for on, 1 for off, 2 for an unknown user");
+               ? good(tr("It answers."))
+               : wrong(fill(tr("For a user that there is not it ended with {}."),
+                            {std::to_string(ended.code)}),
+                       tr("have it end with 0 for on, 1 for off, 2 for an unknown user"));
 }
 
 } // namespace client

@@ -5,6 +5,7 @@
 #include "client/commands.h"
 #include "client/connection_options.h"
 #include "client/exchange.h"
+#include "text/translation.h"
 
 void client::buildDrivesCommand(CLI::App& drives)
 {
@@ -16,6 +17,6 @@ void client::buildDrivesCommand(CLI::App& drives)
                   "  vokctl drives check && echo good");
     check->callback([connection] {
         askToDo(*connection, {cmdsvc::command("grst")});
-        std::cerr << "vokctl: the number of drives can be read\n";
+        std::cerr << "vokctl: " << text::tr("the number of drives can be read") << "\n";
     });
 }

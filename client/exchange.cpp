@@ -2,6 +2,7 @@
 #include "client/exchange.h"
 
 #include "client/failure.h"
+#include "text/translation.h"
 #include "view/sentences.h"
 
 namespace client {
@@ -39,24 +40,27 @@ std::size_t longestAnswer(const cmdsvc::Command& command)
     return (command.code == cmdsvc::command("gpvt").code) ? kLongestAnswer : kLongestTextAnswer;
 }
 
-[[noreturn]] void failRefused(const cmdsvc::Command& command, cmdsvc::Status status)
+[[noreturn]] void failRefused(const cmdsvc::Command& command, cmdsvc::Status status,
+                              const std::string& reasons)
 {
-    throw Refused(kRefused, command.code, status, view::refusalSentence(command.code, status));
+    throw Refused(kRefused, command.code, status, view::refusalSentence(command.code, status),
+                  reasons);
 }
 
 } // namespace
 
-Answer acceptAnswer(const cmdsvc::Command& command, std::string_view bytes)
+Answer acceptAnswer(const cmdsvc::Command& command, std::string_view bytes,
+                    const std::string& reasons)
 {
     Answer answer = readAnswer(command, bytes);
     switch (answer.verdict) {
     case Verdict::kGood:
         return answer;
     case Verdict::kRefused:
-        failRefused(command, answer.status);
+        failRefused(command, answer.status, reasons);
     case Verdict::kNotServed:
         throw Refused(exitCodeOf(answer.status), cmdsvc::kServiceCode, answer.status,
-                      view::refusalSentence(cmdsvc::kServiceCode, answer.status));
+                      view::refusalSentence(cmdsvc::kServiceCode, answer.status), reasons);
     case Verdict::kEmpty:
     case Verdict::kUnreadable:
         break;
@@ -71,7 +75,7 @@ Answer ask(const Connection& connection, const Request& request)
     if (reply.code != kGood) {
         throw Failure(reply.code, reply.complaint);
     }
-    return acceptAnswer(request.command, reply.bytes);
+    return acceptAnswer(request.command, reply.bytes, reply.reasons);
 }
 
 void askToDo(const Connection& connection, const Request& request)
@@ -84,7 +88,7 @@ Listing askForLines(const Connection& connection, const Request& request)
     Answer answer = ask(connection, request);
     TextLines body = readLines(request.command, answer.body);
     if (body.error) {
-        failRefused(request.command, *body.error);
+        failRefused(request.command, *body.error, {});
     }
     return {std::move(answer), std::move(body.lines)};
 }
@@ -101,8 +105,8 @@ std::string askForBytes(const Connection& connection, const Request& request,
 
 void failUnreadable(const Request& request, const Answer& answer)
 {
-    throw Failure(kUnreadableAnswer,
-                  "the answer cannot be read; it is " + describeAnswer(request.command, answer));
+    throw Failure(kUnreadableAnswer, text::fill(text::tr("the answer cannot be read; it is {}"),
+                                                {describeAnswer(request.command, answer)}));
 }
 
 } // namespace client

@@ -44,8 +44,10 @@ struct Listing {
                                       std::string_view start = "");
 
 /// Reads an answer's bytes. Throws a Failure if they are not the good answer.
+/// @param reasons  what the appliance's programs wrote meanwhile, for the Failure
 /// @return the good answer
-[[nodiscard]] Answer acceptAnswer(const cmdsvc::Command& command, std::string_view bytes);
+[[nodiscard]] Answer acceptAnswer(const cmdsvc::Command& command, std::string_view bytes,
+                                  const std::string& reasons = {});
 
 /// Throws the Failure for an answer that cannot be read.
 [[noreturn]] void failUnreadable(const Request& request, const Answer& answer);

@@ -29,17 +29,23 @@ class Failure : public std::runtime_error {
 class Refused : public Failure {
   public:
     /// @param command  a code of cmdsvc/commands.h, or cmdsvc::kServiceCode
+    /// @param reasons  what the appliance's programs wrote to standard error
     Refused(ExitCode exitCode, std::string_view command, cmdsvc::Status status,
-            const std::string& sentence)
-        : Failure(exitCode, sentence), command_(command), status_(status)
+            const std::string& sentence, std::string reasons = {})
+        : Failure(exitCode, sentence),
+          command_(command),
+          status_(status),
+          reasons_(std::move(reasons))
     {}
 
     [[nodiscard]] std::string_view command() const { return command_; }
     [[nodiscard]] cmdsvc::Status status() const { return status_; }
+    [[nodiscard]] const std::string& reasons() const { return reasons_; }
 
   private:
     std::string_view command_;
     cmdsvc::Status status_;
+    std::string reasons_;
 };
 
 /// Ends the command with an exit code; the output has been written already.

@@ -6,6 +6,7 @@
 #include "client/failure.h"
 #include "cmdsvc/request_reader.h"
 #include "core/bytes.h"
+#include "text/translation.h"
 
 namespace client {
 namespace {
@@ -73,7 +74,8 @@ std::string wordBytes(std::uint32_t value)
 const std::string& checkedLine(const std::string& text)
 {
     if (text.find_first_of(std::string_view("\n\0", 2)) != std::string::npos) {
-        throw Failure(kWrongUsage, "a name or a value cannot contain a newline or a zero byte");
+        throw Failure(kWrongUsage,
+                      text::tr("a name or a value cannot contain a newline or a zero byte"));
     }
     return text;
 }

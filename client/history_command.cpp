@@ -11,11 +11,15 @@
 #include "client/history_report.h"
 #include "history/reader.h"
 #include "history/store.h"
+#include "text/translation.h"
 #include "view/capacity.h"
 #include "view/published_status.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
 
 using history::DatabaseError;
 using Kind = DatabaseError::Kind;
@@ -41,7 +45,7 @@ std::string readSince(const std::string& text, std::chrono::days& days)
                           : *next == 'y' ? 365
                                          : 0;
     if (unit == 0 || number == 0 || number > 36500 / unit) {
-        return "must be a number of days, weeks or years, such as 90d, 12w or 5y";
+        return tr("must be a number of days, weeks or years, such as 90d, 12w or 5y");
     }
     days = std::chrono::days(number * unit);
     return "";
@@ -52,16 +56,16 @@ std::string readSince(const std::string& text, std::chrono::days& days)
 /// Why the history has stopped, for who can do something about it.
 Failure describeStop(const DatabaseError& error)
 {
-    const std::string reason = std::string(": ") + error.what();
     switch (error.kind()) {
     case Kind::kNoSpace:
-        return {kFailed, "the history has stopped, because its disk is full; everything else goes "
-                         "on. Free some space: the next status is remembered again" +
-                             reason};
+        return {kFailed,
+                fill(tr("the history has stopped, because its disk is full; everything else goes "
+                        "on. Free some space: the next status is remembered again: {}"),
+                     {error.what()})};
     case Kind::kNotAllowed:
-        return {kNotPermitted, "only root can write the history" + reason};
+        return {kNotPermitted, fill(tr("only root can write the history: {}"), {error.what()})};
     default:
-        return {kFailed, "the status has not been remembered" + reason};
+        return {kFailed, fill(tr("the status has not been remembered: {}"), {error.what()})};
     }
 }
 
@@ -72,8 +76,11 @@ void remember(const view::PublishedStatus& status)
             history::Store(history::kFile)
                 .remember(history::makeEntry(status, view::readCapacity()), std::time(nullptr));
         if (result == history::Remembered::kBegunAnew) {
-            std::cerr << "vokctl: the history was damaged. The file is now " << history::kFile
-                      << history::kAside << ", and a new history has begun.\n";
+            std::cerr << "vokctl: "
+                      << fill(tr("the history was damaged. The file is now {}, and a new history "
+                                 "has begun."),
+                              {std::string(history::kFile) + history::kAside})
+                      << "\n";
         }
     } catch (const DatabaseError& error) {
         throw describeStop(error);
@@ -88,7 +95,7 @@ void rememberPublished()
     case kNone: // What has not been published yet will be.
         break;
     case kDamaged:
-        throw Failure(kNoData, "the share status is damaged, so it has not been remembered");
+        throw Failure(kNoData, tr("the share status is damaged, so it has not been remembered"));
     case kNoList:
     case kComplete:
         remember(status);
@@ -103,15 +110,15 @@ Failure describeUnread(const DatabaseError& error)
     switch (error.kind()) {
     case Kind::kNoDatabase:
         return {kNoData,
-                "there is no history yet; it begins with the next status that is published"};
+                tr("there is no history yet; it begins with the next status that is published")};
     case Kind::kNotAllowed:
-        return {kNotPermitted, std::string("cannot read ") + history::kFile + ": " + error.what() +
-                                   ". Try again as root."};
+        return {kNotPermitted, fill(tr("cannot read {1}: {2}. Try again as root."),
+                                    {history::kFile, error.what()})};
     case Kind::kDamaged:
-        return {kNoData, "the history is damaged; the next status that is published begins a new "
-                         "one"};
+        return {kNoData, tr("the history is damaged; the next status that is published begins a "
+                            "new one")};
     default:
-        return {kNoData, std::string("cannot read ") + history::kFile + ": " + error.what()};
+        return {kNoData, fill(tr("cannot read {1}: {2}"), {history::kFile, error.what()})};
     }
 }
 
@@ -137,7 +144,7 @@ std::string renderOne(const history::Reader& reader, const HistoryOptions& optio
 {
     const auto share = reader.share(options.share);
     if (!share) {
-        throw Failure(kNoData, "the history has no share of that name");
+        throw Failure(kNoData, tr("the history has no share of that name"));
     }
     const HistoryView asked = viewOf(options);
     if (options.csv) {

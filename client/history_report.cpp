@@ -6,6 +6,7 @@
 #include "client/plot.h"
 #include "client/text_table.h"
 #include "history/trend.h"
+#include "text/translation.h"
 #include "view/terminal_text.h"
 
 namespace client {
@@ -15,6 +16,10 @@ using history::Extent;
 using history::Fate;
 using history::KnownShare;
 using history::Reader;
+using text::fill;
+using text::tr;
+using text::trc;
+using text::trn;
 using view::makePrintable;
 
 constexpr const char* kNone = "-";
@@ -36,12 +41,12 @@ std::string renderFate(const KnownShare& share, const Extent& extent, std::time_
 {
     switch (history::fateOf(share, extent, since)) {
     case Fate::kNew:
-        return "new since " + formatDay(share.first);
+        return fill(tr("new since {}"), {formatDay(share.first)});
     case Fate::kVanished:
-        return "gone since " + formatDay(share.last);
+        return fill(tr("gone since {}"), {formatDay(share.last)});
     case Fate::kRenamed: {
         const history::FormerName& former = share.formerNames.back();
-        return "was " + former.name + " until " + formatDay(former.renamed);
+        return fill(tr("was {1} until {2}"), {former.name, formatDay(former.renamed)});
     }
     case Fate::kKept:
         break;
@@ -77,8 +82,10 @@ std::string renderShareTable(const Reader& reader, const Extent& extent, const H
 {
     using enum Align;
     constexpr auto kColumns = std::to_array<Align>({kLeft, kRight, kRight, kLeft});
-    std::vector<TableRow> rows = {
-        {makePrintable("SHARE"), makePrintable("USED"), makePrintable("CHANGE"), {}}};
+    std::vector<TableRow> rows = {{makePrintable(trc("heading", "SHARE")),
+                                   makePrintable(trc("heading", "USED")),
+                                   makePrintable(trc("heading", "CHANGE")),
+                                   {}}};
     for (const KnownShare& share : reader.shares()) {
         if (isShown(share, extent, startOf(asked))) {
             rows.push_back(makeRow(reader, share, extent, asked));
@@ -102,7 +109,7 @@ std::string renderDiskPlot(const Reader& reader, const HistoryView& asked)
         points.push_back({point.published, point.capacity.used});
     }
     const std::string plot = renderPlot(points);
-    return plot.empty() ? "" : "Used on the disk:\n" + plot + "\n";
+    return plot.empty() ? "" : std::string(tr("Used on the disk:")) + "\n" + plot + "\n";
 }
 
 std::optional<double> forecast(const Reader& reader)
@@ -115,8 +122,11 @@ std::optional<double> forecast(const Reader& reader)
 std::string renderForecast(const Reader& reader)
 {
     const std::optional<double> days = forecast(reader);
-    return days ? "If the disk goes on like this, it is " + history::formatForecast(*days) + ".\n"
-                : "When the disk will be full cannot be said from its course.\n";
+    const std::string sentence =
+        days ? fill(tr("If it goes on filling like this, the disk is {}."),
+                    {history::formatForecast(*days)})
+             : tr("When the disk will be full cannot be said from its course.");
+    return sentence + "\n";
 }
 
 /// A status is remembered within a minute or so; of one that is older and missing people are told.
@@ -125,13 +135,16 @@ std::string renderTrouble(const Extent& extent, const HistoryView& asked)
     constexpr std::time_t kPatience = 600;
     std::string text;
     if (extent.begunAnew) {
-        text += "The history began anew on " + formatDay(*extent.begunAnew) +
-                ": its file was damaged, and is now " + history::kFile + history::kAside + ".\n";
+        text +=
+            fill(tr("The history began anew on {1}: its file was damaged, and is now {2}."),
+                 {formatDay(*extent.begunAnew), std::string(history::kFile) + history::kAside}) +
+            "\n";
     }
     const bool isOld = asked.published && asked.now - *asked.published > kPatience;
     if (isOld && extent.last && *extent.last < *asked.published) {
-        text += "The last status is not in the history: \"vokctl history --remember\" says why, if "
-                "root runs it.\n";
+        text += std::string(tr("The last status is not in the history: \"vokctl history "
+                               "--remember\" says why, if root runs it.")) +
+                "\n";
     }
     return text;
 }
@@ -142,8 +155,9 @@ std::string renderNames(const KnownShare& share)
 {
     std::string text;
     for (const history::FormerName& former : share.formerNames) {
-        text += "Until " + formatDay(former.renamed) + " its name was " +
-                makePrintable(former.name).text + ".\n";
+        text += fill(tr("Until {1} its name was {2}."),
+                     {formatDay(former.renamed), makePrintable(former.name).text}) +
+                "\n";
     }
     return text;
 }
@@ -152,14 +166,15 @@ std::string renderFigures(const Reader& reader, const KnownShare& share, const H
 {
     const auto last = reader.lastMeasured(share.name, share.last);
     if (!last) {
-        return "It has never been measured.\n";
+        return std::string(tr("It has never been measured.")) + "\n";
     }
     const auto change = history::changeOver(reader, share.name, asked.days);
-    const std::string days =
-        view::formatCount(static_cast<std::uint64_t>(asked.days.count()), "day", "days");
-    return "Used: " + std::to_string(last->used->value) + " " + last->used->unit + " on " +
-           formatDay(last->published) + "\n" + "Change over " + days + ": " +
-           (change ? history::formatChange(*change) : "not known") + "\n";
+    const auto days = static_cast<std::uint64_t>(asked.days.count());
+    const std::string used = std::to_string(last->used->value) + " " + last->used->unit;
+    return fill(tr("Used: {1} on {2}"), {used, formatDay(last->published)}) + "\n" +
+           fill(trn("Change over {1} day: {2}", "Change over {1} days: {2}", days),
+                {std::to_string(days), change ? history::formatChange(*change) : tr("not known")}) +
+           "\n";
 }
 
 } // namespace
@@ -182,10 +197,13 @@ std::string renderHistory(const Reader& reader, const KnownShare& share, const H
     }
     const std::string plot = renderPlot(points);
     const bool isGone = history::fateOf(share, extent, 0) == Fate::kVanished;
-    return makePrintable(share.name).text + ", known since " + formatDay(share.first) +
-           (isGone ? ", gone since " + formatDay(share.last) : "") + "\n" +
-           (plot.empty() ? "" : "\n" + plot) + "\n" + renderFigures(reader, share, asked) +
-           renderNames(share) + renderTrouble(extent, asked);
+    const std::string name = makePrintable(share.name).text;
+    const std::string title =
+        isGone ? fill(tr("{1}, known since {2}, gone since {3}"),
+                      {name, formatDay(share.first), formatDay(share.last)})
+               : fill(tr("{1}, known since {2}"), {name, formatDay(share.first)});
+    return title + "\n" + (plot.empty() ? "" : "\n" + plot) + "\n" +
+           renderFigures(reader, share, asked) + renderNames(share) + renderTrouble(extent, asked);
 }
 
 } // namespace client

@@ -10,6 +10,7 @@
 #include "client/exchange.h"
 #include "client/failure.h"
 #include "core/languages.h"
+#include "text/translation.h"
 #include "view/wording.h"
 
 namespace client {
@@ -43,7 +44,7 @@ std::tm readTime(const std::string& text)
     std::ostringstream again;
     again << std::put_time(&normal, kForm);
     if (in.fail() || text.size() != kSize || again.str() != text) {
-        throw Failure(kWrongUsage, "--time needs the form 2026-11-21T18:30:00, in UTC");
+        throw Failure(kWrongUsage, text::tr("--time needs the form 2026-11-21T18:30:00, in UTC"));
     }
     return time;
 }
@@ -59,7 +60,7 @@ void setHost(const Options& options)
     askToDo(options.connection, {cmdsvc::command("host"),
                                  {formatTime(readTime(options.time)), options.name,
                                   options.workGroup, options.language}});
-    std::cerr << "vokctl: the settings were applied\n";
+    std::cerr << "vokctl: " << text::tr("the settings were applied") << "\n";
 }
 
 /// "en (english), fr (french)" and so on.

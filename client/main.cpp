@@ -10,8 +10,11 @@
 #include "client/check_report.h"
 #include "client/commands.h"
 #include "client/failure.h"
+#include "client/language.h"
+#include "client/reasons.h"
 #include "client/wrong_usage.h"
 #include "config/configuration.h"
+#include "text/translation.h"
 
 namespace {
 
@@ -22,7 +25,7 @@ int finishOutput(int exitCode)
     if (std::cout) {
         return exitCode;
     }
-    std::cerr << "vokctl: cannot write to standard output\n";
+    std::cerr << "vokctl: " << text::tr("cannot write to standard output") << "\n";
     return client::kFailed;
 }
 
@@ -108,8 +111,16 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    text::speak(client::languageFor(std::span(argv, static_cast<std::size_t>(argc))));
     try {
         return run(argc, argv);
+    } catch (const client::Refused& refusal) {
+        std::cerr << "vokctl: " << refusal.what() << "\n";
+        for (const std::string& line : client::reasonLines(refusal.reasons())) {
+            std::cerr << "vokctl: " << text::fill(text::tr("The appliance says: {}"), {line})
+                      << "\n";
+        }
+        return refusal.code();
     } catch (const client::Failure& failure) {
         std::cerr << "vokctl: " << failure.what() << "\n";
         return failure.code();

@@ -12,9 +12,13 @@
 #include <utility>
 
 #include "client/failure.h"
+#include "text/translation.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
 
 /// An open file, and whether it has had no error.
 class Descriptor {
@@ -41,14 +45,14 @@ class Descriptor {
 
 [[noreturn]] void failToWrite(const std::string& path)
 {
-    throw Failure(kFailed, "cannot write " + path + ": " + std::strerror(errno));
+    throw Failure(kFailed, fill(tr("cannot write {1}: {2}"), {path, std::strerror(errno)}));
 }
 
 [[noreturn]] void refuseTerminal()
 {
     throw Failure(kWrongUsage,
-                  "the private file may not be text, so it is not written to a terminal; name a "
-                  "file, or redirect the output");
+                  tr("the private file may not be text, so it is not written to a terminal; name a "
+                     "file, or redirect the output"));
 }
 
 /// The status of what is at a path (of a link itself); nothing if there is nothing.
@@ -84,7 +88,7 @@ void writeInto(const std::string& path, std::string_view bytes)
         failToWrite(path);
     }
     if (!takesBytesDirectly(status)) {
-        throw Failure(kFailed, "cannot write " + path + ": it has changed meanwhile");
+        throw Failure(kFailed, fill(tr("cannot write {}: it has changed meanwhile"), {path}));
     }
     if (::isatty(file.number()) != 0) {
         refuseTerminal();
@@ -100,7 +104,7 @@ std::string patternBeside(const std::string& path)
     return path.substr(0, path.rfind('/') + 1) + ".vokctl.XXXXXX";
 }
 
-bool fill(Descriptor& file, std::string_view bytes, mode_t mode)
+bool fillFile(Descriptor& file, std::string_view bytes, mode_t mode)
 {
     return writeAll(file.number(), bytes) && ::fchmod(file.number(), mode) == 0 &&
            ::fsync(file.number()) == 0 && file.close();
@@ -113,7 +117,7 @@ void replace(const std::string& path, std::string_view bytes, mode_t mode)
     if (!file.isOpen()) {
         failToWrite(path);
     }
-    if (!fill(file, bytes, mode) || std::rename(part.c_str(), path.c_str()) != 0) {
+    if (!fillFile(file, bytes, mode) || std::rename(part.c_str(), path.c_str()) != 0) {
         const int reason = errno;
         ::unlink(part.c_str());
         errno = reason;
@@ -133,8 +137,10 @@ void checkTarget(const std::string& path)
     }
     const auto status = lookAt(path);
     if (status && S_ISLNK(status->st_mode)) {
-        throw Failure(kWrongUsage, path + " is a symbolic link; name the file that it leads to, or "
-                                          "\"-\" for standard output");
+        throw Failure(kWrongUsage,
+                      fill(tr("{} is a symbolic link; name the file that it leads to, or \"-\" for "
+                              "standard output"),
+                           {path}));
     }
 }
 

@@ -7,9 +7,12 @@
 #include <unistd.h>
 
 #include "client/failure.h"
+#include "text/translation.h"
 
 namespace client {
 namespace {
+
+using text::tr;
 
 /// The terminal's settings, to restore them after the prompt.
 termios before = {};
@@ -66,7 +69,7 @@ std::string readInput()
 {
     std::string line;
     if (!std::getline(std::cin, line)) {
-        throw Failure(kWrongUsage, "there is no password on standard input");
+        throw Failure(kWrongUsage, tr("there is no password on standard input"));
     }
     return line;
 }
@@ -84,7 +87,7 @@ std::string askFor(const char* prompt)
 
 std::string readPassword()
 {
-    return isAtTerminal() ? askFor("Password: ") : readInput();
+    return isAtTerminal() ? askFor(tr("Password: ")) : readInput();
 }
 
 std::string readNewPassword()
@@ -92,9 +95,9 @@ std::string readNewPassword()
     if (!isAtTerminal()) {
         return readInput();
     }
-    std::string password = askFor("Password: ");
-    if (askFor("Once more: ") != password) {
-        throw Failure(kWrongUsage, "the two passwords differ");
+    std::string password = askFor(tr("Password: "));
+    if (askFor(tr("Once more: ")) != password) {
+        throw Failure(kWrongUsage, tr("the two passwords differ"));
     }
     return password;
 }

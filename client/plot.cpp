@@ -5,6 +5,7 @@
 #include <array>
 #include <optional>
 
+#include "view/terminal_text.h"
 #include "view/wording.h"
 
 namespace client {
@@ -57,7 +58,8 @@ std::string renderRow(const Columns& columns, Range range, std::size_t row, std:
 
 std::string padLeft(const std::string& text, std::size_t width)
 {
-    return std::string(width - std::min(width, text.size()), ' ') + text;
+    const std::size_t columns = view::makePrintable(text).columns;
+    return std::string(width - std::min(width, columns), ' ') + text;
 }
 
 std::string renderDays(const std::vector<PlotPoint>& points)
@@ -79,7 +81,8 @@ std::string renderPlot(const std::vector<PlotPoint>& points)
     const std::size_t rows = (range.most > range.least) ? kRows : 1;
     const std::string most = view::formatKibibytes(range.most);
     const std::string least = view::formatKibibytes(range.least);
-    const std::size_t width = std::max(most.size(), least.size());
+    const std::size_t width =
+        std::max(view::makePrintable(most).columns, view::makePrintable(least).columns);
     std::string plot;
     for (std::size_t row = rows; row-- > 0;) {
         const std::string label = (row + 1 == rows) ? most : (row == 0 ? least : "");

@@ -10,9 +10,13 @@
 #include "client/failure.h"
 #include "client/output_file.h"
 #include "client/subcommands.h"
+#include "text/translation.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
 
 struct Options {
     Connection connection;
@@ -51,8 +55,8 @@ constexpr std::size_t kLargest = 4070;
 
 [[noreturn]] void refuse(std::uintmax_t size)
 {
-    throw Failure(kWrongUsage, "a private file has 1 to " + std::to_string(kLargest) +
-                                   " bytes; this one has " + std::to_string(size));
+    throw Failure(kWrongUsage, fill(tr("a private file has 1 to {1} bytes; this one has {2}"),
+                                    {std::to_string(kLargest), std::to_string(size)}));
 }
 
 /// Reads a file, but not one that is too large to be sent: it may be larger than memory.
@@ -74,7 +78,7 @@ std::string readFile(const std::string& path)
         in.setstate(std::ios::failbit);
     }
     if (!in) {
-        throw Failure(kWrongUsage, "cannot read " + path);
+        throw Failure(kWrongUsage, fill(tr("cannot read {}"), {path}));
     }
     return content;
 }
@@ -87,12 +91,13 @@ void put(const Options& options)
     }
     const auto size = static_cast<std::uint32_t>(content.size());
     if (wordBytes(size).find('\n') != std::string::npos) {
-        throw Failure(kWrongUsage, "a file of " + std::to_string(content.size()) +
-                                       " bytes cannot be sent, because its size contains a newline "
-                                       "byte. Make it longer or shorter.");
+        throw Failure(kWrongUsage,
+                      fill(tr("a file of {} bytes cannot be sent, because its size contains a "
+                              "newline byte. Make it longer or shorter."),
+                           {std::to_string(content.size())}));
     }
     askToDo(options.connection, {cmdsvc::command("spvt"), {size, content}});
-    std::cerr << "vokctl: the private file was replaced\n";
+    std::cerr << "vokctl: " << tr("the private file was replaced") << "\n";
 }
 
 // ---- Adding them ------------------------------------------------------------------------------

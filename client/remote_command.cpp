@@ -7,10 +7,15 @@
 #include "client/failure.h"
 #include "client/json_text.h"
 #include "client/subcommands.h"
+#include "client/text_table.h"
+#include "text/translation.h"
 #include "view/terminal_text.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
 
 struct Options {
     Connection connection;
@@ -41,8 +46,10 @@ void showUrls(const Options& options)
         std::cout << renderJson({{"sign_up", signUp}, {"sign_in", signIn}});
         return;
     }
-    std::cout << "Sign up:  " << view::makePrintable(signUp).text << "\n"
-              << "Sign in:  " << view::makePrintable(signIn).text << "\n";
+    constexpr auto kColumns = std::to_array<Align>({Align::kLeft, Align::kLeft});
+    std::cout << layOutTable(kColumns,
+                             {{view::makePrintable(tr("Sign up:")), view::makePrintable(signUp)},
+                              {view::makePrintable(tr("Sign in:")), view::makePrintable(signIn)}});
 }
 
 // ---- Names and values -------------------------------------------------------------------------
@@ -54,8 +61,8 @@ constexpr std::size_t kLongestText = cmdsvc::parameter("warp", "user").room - 2;
 const std::string& remoteText(const std::string& text)
 {
     if (text.size() > kLongestText) {
-        throw Failure(kWrongUsage,
-                      "a name or a value has more than " + std::to_string(kLongestText) + " bytes");
+        throw Failure(kWrongUsage, fill(tr("a name or a value has more than {} bytes"),
+                                        {std::to_string(kLongestText)}));
     }
     return checkedLine(text);
 }
@@ -105,7 +112,7 @@ std::vector<Value> registration(const Options& options)
 void registerUser(const Options& options)
 {
     askAndCheck(options.connection, {cmdsvc::command("warp"), registration(options)});
-    std::cerr << "vokctl: the user was registered\n";
+    std::cerr << "vokctl: " << tr("the user was registered") << "\n";
 }
 
 void switchAccess(const Options& options, bool isWanted)
@@ -113,7 +120,10 @@ void switchAccess(const Options& options, bool isWanted)
     Request request = {cmdsvc::command("wasu"), registration(options)};
     request.values.emplace_back(isWanted ? 1U : 0U);
     askAndCheck(options.connection, request);
-    std::cerr << "vokctl: the user's remote access is " << (isWanted ? "on" : "off") << " now\n";
+    std::cerr << "vokctl: "
+              << (isWanted ? tr("the user's remote access is on now")
+                           : tr("the user's remote access is off now"))
+              << "\n";
 }
 
 void enableAccess(const Options& options)

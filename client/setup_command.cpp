@@ -6,10 +6,14 @@
 #include "client/exchange.h"
 #include "client/json_text.h"
 #include "client/subcommands.h"
+#include "client/text_table.h"
+#include "text/translation.h"
 #include "view/terminal_text.h"
 
 namespace client {
 namespace {
+
+using text::tr;
 
 struct Options {
     Connection connection;
@@ -19,7 +23,7 @@ struct Options {
 void tellPending(const Options& options)
 {
     askToDo(options.connection, {cmdsvc::command("frst")});
-    std::cerr << "vokctl: the appliance waits for its first setup\n";
+    std::cerr << "vokctl: " << tr("the appliance waits for its first setup") << "\n";
 }
 
 void showQuickSetup(const Options& options)
@@ -33,8 +37,10 @@ void showQuickSetup(const Options& options)
         std::cout << renderJson({{"language", lines[0]}, {"public_share_name", lines[1]}});
         return;
     }
-    std::cout << "Language:           " << view::makePrintable(lines[0]).text << "\n"
-              << "Public share name:  " << view::makePrintable(lines[1]).text << "\n";
+    constexpr auto kColumns = std::to_array<Align>({Align::kLeft, Align::kLeft});
+    std::cout << layOutTable(
+        kColumns, {{view::makePrintable(tr("Language:")), view::makePrintable(lines[0])},
+                   {view::makePrintable(tr("Public share name:")), view::makePrintable(lines[1])}});
 }
 
 constexpr auto kActions = std::to_array<Action<Options>>({

@@ -10,10 +10,15 @@
 #include "client/lists.h"
 #include "client/subcommands.h"
 #include "client/text_table.h"
+#include "text/translation.h"
 #include "view/terminal_text.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
+using text::trc;
 
 struct Options {
     Connection connection;
@@ -33,7 +38,8 @@ Json toJson(const Share& share)
 std::string renderText(const std::vector<Share>& shares)
 {
     constexpr std::array kColumns = {Align::kLeft, Align::kLeft};
-    std::vector<TableRow> rows = {{view::makePrintable("SHARE"), view::makePrintable("PROPERTY")}};
+    std::vector<TableRow> rows = {{view::makePrintable(trc("heading", "SHARE")),
+                                   view::makePrintable(trc("heading", "PROPERTY"))}};
     for (const Share& share : shares) {
         rows.push_back({view::makePrintable(share.name), view::makePrintable(share.property)});
     }
@@ -74,8 +80,9 @@ Share findShare(const Options& options)
             }
         }
     }
-    throw Failure(kRefused, "there is no share " + view::makePrintable(options.name).text +
-                                "; \"vokctl shares list\" shows all shares");
+    throw Failure(kRefused,
+                  fill(tr("there is no share {}; \"vokctl shares list\" shows all shares"),
+                       {view::makePrintable(options.name).text}));
 }
 
 void showShare(const Options& options)
@@ -91,7 +98,7 @@ void showPublicName(const Options& options)
 {
     const std::string name = fetchPublicName(options.connection);
     if (name.empty()) {
-        throw Failure(kNoData, "the appliance has no name for its public share");
+        throw Failure(kNoData, tr("the appliance has no name for its public share"));
     }
     std::cout << view::makePrintable(name).text << "\n";
 }
@@ -109,7 +116,9 @@ Request makeCreation(const Options& options)
 void createShare(const Options& options)
 {
     askToDo(options.connection, makeCreation(options));
-    std::cerr << "vokctl: the share " << view::makePrintable(options.name).text << " was created\n";
+    std::cerr << "vokctl: "
+              << fill(tr("the share {} was created"), {view::makePrintable(options.name).text})
+              << "\n";
 }
 
 // ---- Adding them ------------------------------------------------------------------------------

@@ -14,15 +14,17 @@
 #include "client/status_report.h"
 #include "sharestatus/semaphore_format.h"
 #include "sharestatus/status_format.h"
-#include "view/wording.h"
+#include "text/translation.h"
 
 namespace client {
 namespace {
 
+using text::fill;
+using text::tr;
+using text::trn;
+
 using view::PublishedStatus;
 using Clock = std::chrono::steady_clock;
-
-constexpr const char* kAdvice = "Start a collection with \"vokctl collect\", then try again.";
 
 struct StatusOptions {
     std::string file = config::kDefaultFile;
@@ -41,13 +43,14 @@ struct Complaint {
 Complaint complainOfFile(const char* path, int error)
 {
     if (error == ENOENT) {
-        return {kNoData, std::string("no share status has been published yet. ") + kAdvice};
+        return {kNoData, tr("no share status has been published yet. Start a collection with "
+                            "\"vokctl collect\", then try again.")};
     }
-    const std::string reason = std::string("cannot read ") + path + ": " + std::strerror(error);
     if (error == EACCES || error == EPERM) {
-        return {kNotPermitted, reason + ". Try again as root."};
+        return {kNotPermitted,
+                fill(tr("cannot read {1}: {2}. Try again as root."), {path, std::strerror(error)})};
     }
-    return {kNoData, reason};
+    return {kNoData, fill(tr("cannot read {1}: {2}"), {path, std::strerror(error)})};
 }
 
 Complaint judgeAge(std::time_t published, std::optional<unsigned> maxAge)
@@ -56,9 +59,13 @@ Complaint judgeAge(std::time_t published, std::optional<unsigned> maxAge)
     if (!maxAge || age <= static_cast<std::time_t>(*maxAge)) {
         return {};
     }
-    return {kNoData, "the share status is " +
-                         view::formatCount(static_cast<std::uint64_t>(age), "second", "seconds") +
-                         " old, more than --max-age allows. " + kAdvice};
+    return {kNoData,
+            fill(trn("the share status is {} second old, more than --max-age allows. Start "
+                     "a collection with \"vokctl collect\", then try again.",
+                     "the share status is {} seconds old, more than --max-age allows. "
+                     "Start a collection with \"vokctl collect\", then try again.",
+                     static_cast<std::uint64_t>(age)),
+                 {std::to_string(age)})};
 }
 
 Complaint judge(const PublishedStatus& status, const StatusOptions& options)
@@ -70,7 +77,8 @@ Complaint judge(const PublishedStatus& status, const StatusOptions& options)
         return complainOfFile(sharestatus::kStatusFile, status.error);
     }
     if (status.result == PublishedStatus::Result::kDamaged) {
-        return {kNoData, std::string("the share status is damaged. ") + kAdvice};
+        return {kNoData, tr("the share status is damaged. Start a collection with \"vokctl "
+                            "collect\", then try again.")};
     }
     return judgeAge(status.published, options.maxAge);
 }
@@ -81,8 +89,8 @@ Complaint judgeWaitedFor(const PublishedStatus& status, const StatusOptions& opt
     Complaint complaint = judge(status, options);
     if (options.wait > 0 && complaint.code == kGood && status.isCollecting) {
         complaint = {kNoAnswer,
-                     "the collection is still running. Wait longer, or see without --wait "
-                     "what was last published."};
+                     tr("the collection is still running. Wait longer, or see without --wait "
+                        "what was last published.")};
     }
     return complaint;
 }
@@ -129,14 +137,14 @@ std::string renderNow(const StatusOptions& options, const config::Configuration&
 {
     constexpr std::chrono::seconds kPause{1};
     if (::isatty(STDOUT_FILENO) == 0) {
-        throw Failure(kWrongUsage, "--watch needs a terminal as standard output");
+        throw Failure(kWrongUsage, tr("--watch needs a terminal as standard output"));
     }
     const config::Configuration configuration = config::read(options.file);
     std::cout << "\x1B[2J";
     while (std::cout << redraw(renderNow(options, configuration)) << std::flush) {
         std::this_thread::sleep_for(kPause);
     }
-    throw Failure(kFailed, "cannot write to standard output");
+    throw Failure(kFailed, tr("cannot write to standard output"));
 }
 
 void runStatus(const StatusOptions& options)
@@ -149,7 +157,7 @@ void runStatus(const StatusOptions& options)
     std::cout << (options.json ? renderJson(situation, configuration)
                                : renderTable(situation, configuration));
     if (situation.status.result == PublishedStatus::Result::kNoList) {
-        throw Failure(kNoData, "the last collection could not get the list of shares");
+        throw Failure(kNoData, tr("the last collection could not get the list of shares"));
     }
 }
 

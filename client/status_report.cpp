@@ -6,8 +6,8 @@
 
 #include "client/json_values.h"
 #include "client/text_table.h"
-#include "core/bytes.h"
 #include "guard/values.h"
+#include "text/translation.h"
 #include "view/terminal_text.h"
 #include "view/unmeasured.h"
 
@@ -15,6 +15,10 @@ namespace client {
 namespace {
 
 using config::Configuration;
+using text::fill;
+using text::mark;
+using text::tr;
+using text::trc;
 using view::Finding;
 using view::makePrintable;
 using view::PublishedStatus;
@@ -28,7 +32,7 @@ constexpr const char* kNone = "-";
 std::string formatState(const ShareRow& row, const Configuration& configuration)
 {
     if (row.report == view::BackupReport::kUnreadable) {
-        return "unreadable";
+        return tr("unreadable");
     }
     return row.backupState ? view::formatState(*row.backupState, configuration) : kNone;
 }
@@ -47,16 +51,16 @@ TableRow makeRow(const ShareRow& row, const Configuration& configuration)
 std::string renderTotal(const Situation& situation)
 {
     return (situation.capacity ? view::formatCapacity(*situation.capacity)
-                               : std::string("The disk's capacity is not known")) +
+                               : std::string(tr("The disk's capacity is not known"))) +
            "\n\n";
 }
 
 std::string renderList(const PublishedStatus& status, const Configuration& configuration)
 {
     if (status.result == PublishedStatus::Result::kNoList) {
-        return "The last collection could not get the list of shares.\n";
+        return std::string(tr("The last collection could not get the list of shares.")) + "\n";
     }
-    return status.shares.empty() ? "There are no internal shares.\n"
+    return status.shares.empty() ? std::string(tr("There are no internal shares.")) + "\n"
                                  : renderShares(status.shares, configuration);
 }
 
@@ -70,25 +74,25 @@ std::string formatLocal(const char* format, std::time_t time)
 std::string renderCollection(const PublishedStatus& status)
 {
     if (!status.isCollecting) {
-        return "No collection is running.";
+        return tr("No collection is running.");
     }
-    return status.collectingSince ? "A collection is running since " +
-                                        formatLocal("%H:%M:%S", *status.collectingSince) + "."
-                                  : "A collection is running.";
+    return status.collectingSince ? fill(tr("A collection is running since {}."),
+                                         {formatLocal("%H:%M:%S", *status.collectingSince)})
+                                  : tr("A collection is running.");
 }
 
 std::string renderFooter(const PublishedStatus& status)
 {
-    return "Published " + formatLocal("%Y-%m-%d %H:%M:%S %Z", status.published) + ". " +
-           renderCollection(status) + "\n";
+    return fill(tr("Published {}."), {formatLocal("%Y-%m-%d %H:%M:%S %Z", status.published)}) +
+           " " + renderCollection(status) + "\n";
 }
 
-/// "Warning: ..."
 std::string renderFinding(const Finding& finding)
 {
-    std::string level = view::wordOf(finding.level);
-    level.front() = core::toAsciiUpper(level.front());
-    return level + ": " + renderSentence(finding) + "\n";
+    constexpr auto kForms =
+        std::to_array<const char*>({mark("Fine: {}"), mark("Warning: {}"), mark("Critical: {}")});
+    const char* form = tr(kForms.at(static_cast<std::size_t>(finding.level)));
+    return fill(form, {renderSentence(finding)}) + "\n";
 }
 
 std::string renderFindings(const std::vector<Finding>& findings)
@@ -97,7 +101,7 @@ std::string renderFindings(const std::vector<Finding>& findings)
     for (const Finding& finding : findings) {
         out += renderFinding(finding);
     }
-    return findings.empty() ? "\nNothing needs attention.\n" : out;
+    return findings.empty() ? "\n" + std::string(tr("Nothing needs attention.")) + "\n" : out;
 }
 
 // ---- JSON -------------------------------------------------------------------------------------
@@ -156,8 +160,9 @@ std::string renderShares(const std::vector<ShareRow>& shares, const Configuratio
 {
     using enum Align;
     constexpr auto kColumns = std::to_array<Align>({kLeft, kRight, kLeft, kLeft});
-    std::vector<TableRow> rows = {{makePrintable("SHARE"), makePrintable("USED"),
-                                   makePrintable("STATE"), makePrintable("LAST BACKUP")}};
+    std::vector<TableRow> rows = {
+        {makePrintable(trc("heading", "SHARE")), makePrintable(trc("heading", "USED")),
+         makePrintable(trc("heading", "STATE")), makePrintable(trc("heading", "LAST BACKUP"))}};
     for (const ShareRow& share : shares) {
         rows.push_back(makeRow(share, configuration));
     }

@@ -9,10 +9,14 @@
 #include "client/lists.h"
 #include "client/password.h"
 #include "client/subcommands.h"
+#include "text/translation.h"
 #include "view/terminal_text.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
 
 struct Options {
     Connection connection;
@@ -46,7 +50,8 @@ void listUsers(const Options& options)
 std::string checkedPassword(const Options& options, std::string password)
 {
     if (password.empty() && !options.emptyPassword) {
-        throw Failure(kWrongUsage, "the password is empty; if it is meant to be: --empty-password");
+        throw Failure(kWrongUsage,
+                      tr("the password is empty; if it is meant to be: --empty-password"));
     }
     return password;
 }
@@ -64,7 +69,9 @@ void createUser(const Options& options)
     checkedLine(options.name);
     askToDo(options.connection,
             {cmdsvc::command("crat"), {options.name, checkedPassword(options, readNewPassword())}});
-    std::cerr << "vokctl: the user " << view::makePrintable(options.name).text << " was created\n";
+    std::cerr << "vokctl: "
+              << fill(tr("the user {} was created"), {view::makePrintable(options.name).text})
+              << "\n";
 }
 
 void addNewName(CLI::App& command, Options& options)
@@ -85,9 +92,9 @@ void verifyUser(const Options& options)
     const Request request = {cmdsvc::command("wall"),
                              {options.name, checkedPassword(options, readPassword())}};
     if (!askForBytes(options.connection, request, "\n").empty()) {
-        throw Failure(kUnreadableAnswer, "the answer is longer than it can be");
+        throw Failure(kUnreadableAnswer, tr("the answer is longer than it can be"));
     }
-    std::cerr << "vokctl: the password is right\n";
+    std::cerr << "vokctl: " << tr("the password is right") << "\n";
 }
 
 void addName(CLI::App& command, Options& options)

@@ -5,9 +5,14 @@
 #include <vector>
 
 #include "client/nearest_word.h"
+#include "text/translation.h"
+#include "view/wording.h"
 
 namespace client {
 namespace {
+
+using text::fill;
+using text::tr;
 
 /// The last command on the line, such as "list" of "shares list", with its whole name.
 struct Named {
@@ -50,45 +55,41 @@ std::string quoted(const std::string& text)
     return "\"" + text + "\"";
 }
 
-std::string joined(const std::vector<std::string>& words)
+std::string unknownOption(const Named& named, const std::string& word)
 {
-    std::string text;
-    for (const std::string& word : words) {
-        text += (text.empty() ? "" : ", ") + word;
+    const std::string guess = nearestWord(word, optionsOf(*named.command));
+    if (guess.empty()) {
+        return fill(tr("{1} has no option {2}."), {quoted(named.name), quoted(word)});
     }
-    return text;
+    return fill(tr("{1} has no option {2}; did you mean {3}?"),
+                {quoted(named.name), quoted(word), quoted(guess)});
 }
 
-/// Ends a sentence about an unknown word: with the word that was probably meant, if there is one.
-std::string withGuess(const std::string& sentence, const std::string& word,
-                      const std::vector<std::string>& known)
+std::string unknownCommand(const Named& named, const std::string& word)
 {
-    const std::string guess = nearestWord(word, known);
-    return sentence + (guess.empty() ? "." : "; did you mean " + quoted(guess) + "?");
-}
-
-std::string unknownWord(const Named& named, const std::string& word)
-{
-    if (word.starts_with('-')) {
-        return withGuess(quoted(named.name) + " has no option " + quoted(word), word,
-                         optionsOf(*named.command));
-    }
     const std::vector<std::string> commands = commandsOf(*named.command);
     if (commands.empty()) {
-        return quoted(named.name) + " does not take " + quoted(word) + ".";
+        return fill(tr("{1} does not take {2}."), {quoted(named.name), quoted(word)});
     }
-    return withGuess(quoted(named.name) + " has no command " + quoted(word), word, commands);
+    const std::string guess = nearestWord(word, commands);
+    if (guess.empty()) {
+        return fill(tr("{1} has no command {2}."), {quoted(named.name), quoted(word)});
+    }
+    return fill(tr("{1} has no command {2}; did you mean {3}?"),
+                {quoted(named.name), quoted(word), quoted(guess)});
 }
 
 std::string explain(const CLI::App& program, const Named& named, const CLI::ParseError& error)
 {
     const std::vector<std::string> unknown = program.remaining(true);
     if (!unknown.empty()) {
-        return unknownWord(named, unknown.front());
+        const std::string& word = unknown.front();
+        return word.starts_with('-') ? unknownOption(named, word) : unknownCommand(named, word);
     }
     const std::vector<std::string> commands = commandsOf(*named.command);
     if (!commands.empty()) {
-        return quoted(named.name) + " needs a command: " + joined(commands) + ".";
+        return fill(tr("{1} needs a command: {2}."),
+                    {quoted(named.name), view::formatNames(commands)});
     }
     return std::string(error.what()) + ".";
 }
@@ -98,8 +99,8 @@ std::string explain(const CLI::App& program, const Named& named, const CLI::Pars
 std::string wrongUsage(const CLI::App& program, const CLI::ParseError& error)
 {
     const Named named = lastNamed(program);
-    return "vokctl: " + explain(program, named, error) + "\nSee " + quoted(named.name + " --help") +
-           ".\n";
+    return "vokctl: " + explain(program, named, error) + "\n" +
+           fill(tr("See {}."), {quoted(named.name + " --help")}) + "\n";
 }
 
 } // namespace client

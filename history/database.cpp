@@ -8,8 +8,6 @@
 namespace history {
 namespace {
 
-constexpr int kPatience = 15000; // milliseconds
-
 DatabaseError::Kind kindOf(int code, int error)
 {
     using enum DatabaseError::Kind;
@@ -68,7 +66,7 @@ void Database::Close::operator()(sqlite3* handle) const
     ::sqlite3_close(handle);
 }
 
-Database::Database(const std::string& path, Access access)
+Database::Database(const std::string& path, Access access, std::chrono::milliseconds patience)
 {
     const int flags = (access == Access::kRead) ? SQLITE_OPEN_READONLY
                                                 : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
@@ -77,7 +75,7 @@ Database::Database(const std::string& path, Access access)
     handle_.reset(handle);
     check(*this, code);
     distrust(handle);
-    ::sqlite3_busy_timeout(handle, kPatience);
+    ::sqlite3_busy_timeout(handle, static_cast<int>(patience.count()));
 }
 
 void Database::run(const char* statements) const

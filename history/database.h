@@ -3,6 +3,7 @@
 // database.h: the file of the history as the database library sees it. Only this folder uses it.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -36,13 +37,17 @@ class DatabaseError : public std::runtime_error {
     Kind kind_;
 };
 
-/// An open database. A statement that meets a lock waits for at most 15 seconds.
+/// How long a statement waits if another process has locked the file.
+inline constexpr std::chrono::milliseconds kPatience{15000};
+
+/// An open database.
 class Database {
   public:
     enum class Access { kRead, kWrite };
 
     /// Opens the file; for kWrite it is made if there is none. Throws DatabaseError.
-    Database(const std::string& path, Access access);
+    Database(const std::string& path, Access access,
+             std::chrono::milliseconds patience = kPatience);
 
     /// Runs statements without values. Throws DatabaseError.
     void run(const char* statements) const;

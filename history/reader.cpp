@@ -3,6 +3,7 @@
 
 #include "history/schema.h"
 #include "sharestatus/status_format.h"
+#include "text/translation.h"
 
 namespace history {
 namespace {
@@ -65,10 +66,12 @@ std::vector<KnownShare> readShares(const Database& database, Statement& query)
 
 } // namespace
 
-Reader::Reader(const std::string& path) : database_(path, Database::Access::kRead)
+Reader::Reader(const std::string& path, std::chrono::milliseconds patience)
+    : database_(path, Database::Access::kRead, patience)
 {
     if (!hasSchema(database_)) {
-        throw DatabaseError(DatabaseError::Kind::kNoDatabase, path + " is empty");
+        throw DatabaseError(DatabaseError::Kind::kNoDatabase,
+                            text::fill(text::tr("{} is empty"), {path}));
     }
 }
 
@@ -113,6 +116,27 @@ std::vector<Point> Reader::points(std::string_view name, std::time_t since) cons
         points.push_back(pointAt(query));
     }
     return points;
+}
+
+Courses Reader::courses(std::time_t since, std::chrono::days days) const
+{
+    const std::time_t last = extent().lastList.value_or(0);
+    const std::time_t older = last - static_cast<std::time_t>(days.count()) * 86400;
+    // The joins are in the order in which they are to be done: few entries first.
+    Statement query(database_,
+                    "SELECT size.published, size.used, size.unit, size.state, size.day, share.name"
+                    " FROM publication CROSS JOIN share CROSS JOIN size"
+                    " ON size.share = share.id AND size.published = publication.published"
+                    " WHERE publication.published >= ? AND (publication.kept > 0"
+                    " OR publication.published = ? OR publication.published ="
+                    " (SELECT max(published) FROM publication WHERE listed = 1 AND published <= ?))"
+                    " ORDER BY publication.published");
+    query.bind(std::int64_t{since}).bind(std::int64_t{last}).bind(std::int64_t{older});
+    Courses courses;
+    while (query.next()) {
+        courses[query.bytes(5)].push_back(pointAt(query));
+    }
+    return courses;
 }
 
 std::optional<Point> Reader::lastMeasured(std::string_view name, std::time_t time) const

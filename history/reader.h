@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// reader.h: looks into the history. Reading needs no right to write, and never waits for long.
+// reader.h: looks into the history. Reading needs no right to write.
 #pragma once
 
 #include <chrono>
 #include <ctime>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,6 +25,9 @@ struct Point {
     std::optional<int> backupState;
     std::optional<std::chrono::sys_days> backupDay;
 };
+
+/// Some entries of each share, by its name, the oldest first.
+using Courses = std::map<std::string, std::vector<Point>, std::less<>>;
 
 /// The file system at the time of one status.
 struct DiskPoint {
@@ -54,8 +58,11 @@ struct Extent {
 
 class Reader {
   public:
+    /// @param patience  how long each look waits while another process is writing; then it throws
+    ///                  DatabaseError (kOther)
     /// Throws DatabaseError: kNoDatabase if there is no history yet, kNotAllowed, kDamaged.
-    explicit Reader(const std::string& path = kFile);
+    explicit Reader(const std::string& path = kFile,
+                    std::chrono::milliseconds patience = kPatience);
 
     [[nodiscard]] Extent extent() const;
 
@@ -68,6 +75,11 @@ class Reader {
     /// A share's entries since a time, the oldest first; none for an unknown name. Those that it
     /// has under former names are among them.
     [[nodiscard]] std::vector<Point> points(std::string_view name, std::time_t since) const;
+
+    /// What is enough to draw the courses of all shares since a time: the first entry of each day,
+    /// the last one, and the last one that is so many days older. Few rows are read, however often
+    /// a status is published.
+    [[nodiscard]] Courses courses(std::time_t since, std::chrono::days days) const;
 
     /// The last entry of a share, at that time or before, in which it was measured.
     [[nodiscard]] std::optional<Point> lastMeasured(std::string_view name, std::time_t time) const;

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "sharestatus/status_format.h"
+#include "text/translation.h"
 
 namespace history {
 namespace {
@@ -139,7 +140,7 @@ std::string formatChange(const Change& change)
 {
     const auto size = static_cast<std::uint64_t>(std::abs(change.kibibytes));
     if (size == 0 || std::abs(change.kibibytes) <= change.uncertainty) {
-        return "no change";
+        return text::tr("no change");
     }
     return (change.kibibytes > 0 ? "+" : "-") + view::formatKibibytes(size);
 }
@@ -171,15 +172,20 @@ std::string formatForecast(double days)
     constexpr double kMostDays = 13.5;
     constexpr double kMostWeeks = 60;
     constexpr double kMonth = 365.25 / 12;
-    std::string length;
+    const auto counted = [](const char* words, std::uint64_t count) {
+        return text::fill(words, {std::to_string(count)});
+    };
     if (days < kMostDays) {
-        length = view::formatCount(std::max<std::uint64_t>(rounded(days), 1), "day", "days");
-    } else if (days < kMostWeeks) {
-        length = view::formatCount(rounded(days / 7), "week", "weeks");
-    } else {
-        length = view::formatCount(rounded(days / kMonth), "month", "months");
+        const std::uint64_t count = std::max<std::uint64_t>(rounded(days), 1);
+        // Translators: ends the sentence "If it goes on filling like this, the disk is {}."
+        return counted(text::trn("full in about {} day", "full in about {} days", count), count);
     }
-    return "full in about " + length;
+    if (days < kMostWeeks) {
+        const std::uint64_t count = rounded(days / 7);
+        return counted(text::trn("full in about {} week", "full in about {} weeks", count), count);
+    }
+    const std::uint64_t count = rounded(days / kMonth);
+    return counted(text::trn("full in about {} month", "full in about {} months", count), count);
 }
 
 Fate fateOf(const KnownShare& share, const Extent& extent, std::time_t since)

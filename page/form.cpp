@@ -68,6 +68,25 @@ std::string decodeUrl(std::string_view text)
     return out;
 }
 
+std::string encodeUrl(std::string_view bytes)
+{
+    constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
+                                        "0123456789-._~";
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string out;
+    for (const char c : bytes) {
+        if (kPlain.find(c) != kPlain.npos) {
+            out += c;
+            continue;
+        }
+        const auto code = static_cast<unsigned char>(c);
+        out += '%';
+        out += kDigits[code / 16];
+        out += kDigits[code % 16];
+    }
+    return out;
+}
+
 std::string_view trim(std::string_view text)
 {
     constexpr std::string_view kBlanks = " \t";

@@ -33,6 +33,9 @@ class Form {
 /// stays.
 [[nodiscard]] std::string decodeUrl(std::string_view text);
 
+/// Any bytes as the value of a field in an address: "%20" for a blank.
+[[nodiscard]] std::string encodeUrl(std::string_view bytes);
+
 /// A text without the blanks and tabs around it.
 [[nodiscard]] std::string_view trim(std::string_view text);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "page/layout.h"
 
+#include "page/form.h"
 #include "page/language.h"
 #include "text/translation.h"
 
@@ -133,6 +134,12 @@ Html openForm(std::string_view token, Literal path)
     return Html() << R"(<form method="post" action=")" << kProgramUrl << path << R"(">
 <input type="hidden" name="token" value=")"
                   << Text{token} << "\">\n";
+}
+
+Html shareLink(std::string_view name)
+{
+    return Html() << R"(<a href=")" << kProgramUrl << "/share?name=" << Text{encodeUrl(name)}
+                  << R"("><bdi>)" << Text{name} << "</bdi></a>";
 }
 
 Html fact(std::string_view label, std::string_view value)

@@ -41,6 +41,9 @@ struct Frame {
 /// The start of a form that is sent to a page, with the token in it.
 [[nodiscard]] Html openForm(std::string_view token, Literal path);
 
+/// A share's name, which leads to its page.
+[[nodiscard]] Html shareLink(std::string_view name);
+
 /// A pair of a list of facts; a value that is not known is said to be so.
 [[nodiscard]] Html fact(std::string_view label, std::string_view value);
 

@@ -17,7 +17,9 @@
 #include "page/overview_findings.h"
 #include "page/overview_shares.h"
 #include "page/pages.h"
+#include "page/past.h"
 #include "page/process.h"
+#include "text/translation.h"
 #include "view/judgement.h"
 #include "view/wording.h"
 #include "vokcontrol.h"
@@ -31,6 +33,7 @@ using view::PublishedStatus;
 struct Facts {
     view::Situation situation;
     view::Progress progress;
+    Past past;
     std::optional<std::vector<Device>> devices;
     bool isSetUp = false;
     bool isSyncOn = false;
@@ -67,6 +70,7 @@ Facts gather(Script& script)
         facts.isSyncOn = isProcessRunning(kSyncDaemon);
         facts.situation = view::readSituation();
         facts.progress = findProgress(facts.situation.status);
+        facts.past = readPast(facts.situation.now);
         return facts;
     });
 }
@@ -86,9 +90,10 @@ Html publishedTime(const view::Situation& situation)
     if (published == 0) {
         return {};
     }
-    return Html() << R"(<p class="quiet">Measured )"
-                  << Text{view::formatElapsed(published, situation.now)} << ", "
-                  << Text{view::formatTime(published)} << ".</p>\n";
+    const std::string words =
+        text::fill(text::tr("Published {1}, {2}."),
+                   {view::formatElapsed(published, situation.now), view::formatTime(published)});
+    return Html() << R"(<p class="quiet">)" << Text{words} << "</p>\n";
 }
 
 /// What stands in the place of the table.
@@ -97,7 +102,7 @@ Literal reasonForNone(const PublishedStatus& status)
     using enum PublishedStatus::Result;
     switch (status.result) {
     case kNone:
-        return "<p>No share has been measured yet.</p>\n";
+        return "<p>Nothing has been published yet.</p>\n";
     case kDamaged:
         return "<p>The share status is damaged. The next collection replaces it.</p>\n";
     case kNoList:
@@ -118,14 +123,15 @@ Html measureAction(const Visit& visit, const view::Situation& situation, const S
     return measureForm(visit.token, order);
 }
 
-Html shareList(const Visit& visit, const view::Situation& situation, const ShareOrder& order)
+Html shareList(const Visit& visit, const Facts& facts, const ShareOrder& order)
 {
+    const view::Situation& situation = facts.situation;
     if (situation.status.shares.empty()) {
         return Html() << R"(<div class="empty">
 )" << reasonForNone(situation.status)
                       << measureAction(visit, situation, order) << "</div>\n";
     }
-    return shareTable(situation, visit.settings, order);
+    return shareTable(situation, visit.settings, order, facts.past);
 }
 
 Html sharesCard(const Visit& visit, const Facts& facts, const ShareOrder& order)
@@ -136,17 +142,18 @@ Html sharesCard(const Visit& visit, const Facts& facts, const ShareOrder& order)
                   << R"(<div id="collection" role="status">
 )" << collectionState(facts.situation.status, facts.progress)
                   << "</div>\n"
-                  << livePart("share-list", shareList(visit, facts.situation, order))
-                  << "</section>\n";
+                  << livePart("share-list", shareList(visit, facts, order)) << "</section>\n";
 }
 
 // ---- The disk ---------------------------------------------------------------------------------
 
 /// The button is where there is something to see: at the disk, or in the place of the table.
-Html diskCard(const Visit& visit, const view::Situation& situation, const ShareOrder& order)
+Html diskCard(const Visit& visit, const Facts& facts, const ShareOrder& order)
 {
+    const view::Situation& situation = facts.situation;
     const bool isEmpty = situation.status.shares.empty();
-    return capacityCard(situation, isEmpty ? Html() : measureAction(visit, situation, order));
+    return capacityCard(situation, facts.past.daysUntilFull,
+                        isEmpty ? Html() : measureAction(visit, situation, order));
 }
 
 // ---- Network and system -----------------------------------------------------------------------
@@ -197,10 +204,10 @@ Page makeOverview(Visit& visit)
     const bool isHinted = !facts.isSetUp && visit.visitor.isAdministrator;
     page.body << (isHinted ? setupHint() : Html())
               << livePart("findings", findingsNotice(view::judge(facts.situation, visit.settings)))
-              << livePart("disk", diskCard(visit, facts.situation, order))
-              << sharesCard(visit, facts, order) << R"(<div class="columns"><div>)"
-              << arraysCard(facts.situation.arrays) << devicesCard(facts.devices)
-              << R"(</div><div>)" << networkCard(facts) << systemCard(facts) << "</div></div>\n";
+              << livePart("disk", diskCard(visit, facts, order)) << sharesCard(visit, facts, order)
+              << R"(<div class="columns"><div>)" << arraysCard(facts.situation.arrays)
+              << devicesCard(facts.devices) << R"(</div><div>)" << networkCard(facts)
+              << systemCard(facts) << "</div></div>\n";
     return page;
 }
 

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "history/trend.h"
+#include "text/translation.h"
 #include "view/wording.h"
 
 namespace page {
@@ -130,9 +132,21 @@ std::string sentence(const view::Situation& situation)
            " in shares; the disk's capacity is not known";
 }
 
+Html forecast(const std::optional<double>& daysUntilFull)
+{
+    if (!daysUntilFull) {
+        return {};
+    }
+    const std::string words =
+        text::fill(text::tr("If it goes on filling like this, the disk is {}."),
+                   {history::formatForecast(*daysUntilFull)});
+    return Html() << R"(<p class="forecast">)" << Text{words} << "</p>\n";
+}
+
 } // namespace
 
-Html capacityCard(const view::Situation& situation, const Html& action)
+Html capacityCard(const view::Situation& situation, const std::optional<double>& daysUntilFull,
+                  const Html& action)
 {
     const std::uint64_t shares = view::totalUsed(situation.status.shares);
     std::vector<Part> parts = shareParts(situation.status.shares);
@@ -145,7 +159,7 @@ Html capacityCard(const view::Situation& situation, const Html& action)
                   << Text{sentence(situation)} << "</h2>\n"
                   << action << "</div>\n"
                   << bar(parts, std::max(total, shares)) << legend(parts, situation.capacity)
-                  << "</section>\n";
+                  << forecast(daysUntilFull) << "</section>\n";
 }
 
 } // namespace page

@@ -4,18 +4,21 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "core/bytes.h"
+#include "page/backup_words.h"
+#include "page/course.h"
 #include "page/layout.h"
+#include "text/translation.h"
 #include "view/wording.h"
 
 namespace page {
 namespace {
 
 using config::Configuration;
-using view::Backup;
 using view::ShareRow;
 
 // ---- Orders -----------------------------------------------------------------------------------
@@ -114,63 +117,6 @@ Html spaceCells(const ShareRow& share, std::uint64_t total)
                   << "</span></td>";
 }
 
-/// The digit without a sign: nobody has said whether it is good.
-Html unexplained(const ShareRow& share, const Configuration& configuration)
-{
-    if (!share.backupState) {
-        return {};
-    }
-    return Html() << R"(<span class="badge none">State )"
-                  << Text{view::formatState(*share.backupState, configuration)} << "</span>";
-}
-
-Html backupBadge(Backup backup, const ShareRow& share, const Configuration& configuration)
-{
-    switch (backup) {
-    case Backup::kNone:
-        return badge("none", "&ndash;", "Never");
-    case Backup::kUnreadable:
-        return badge("ageing", "!", "Unreadable report");
-    case Backup::kNewer:
-        return badge("none", "+", "Reported since");
-    case Backup::kFailed:
-        return badge("old", "&#10005;", "Failed");
-    case Backup::kInFuture:
-        return badge("ageing", "!", "In the future");
-    case Backup::kOld:
-        return badge("ageing", "!", "Old");
-    case Backup::kUnexplained:
-        return unexplained(share, configuration);
-    case Backup::kGood:
-        break;
-    }
-    return badge("recent", "&#10003;", "Recent");
-}
-
-Html backupDay(std::chrono::sys_days day, std::chrono::sys_days today)
-{
-    return Html() << R"( <time datetime=")" << Text{view::formatIsoDate(day)} << R"(">)"
-                  << Text{view::formatAge(day, today)} << "</time> "
-                  << R"(<span class="quiet">)" << Text{view::formatDate(day)};
-}
-
-Html backupCell(const ShareRow& share, const Configuration& configuration,
-                std::chrono::sys_days today)
-{
-    const Backup backup = view::judgeBackup(share, configuration, today);
-    Html out;
-    out << R"(<td role="cell" class="backup">)" << backupBadge(backup, share, configuration);
-    if (share.backupDay) {
-        out << backupDay(*share.backupDay, today);
-        if (share.backupState && backup != Backup::kUnexplained) {
-            out << ", state " << Text{view::formatState(*share.backupState, configuration)};
-        }
-        out << "</span>";
-    }
-    out << "</td>";
-    return out;
-}
-
 // ---- Table ------------------------------------------------------------------------------------
 
 /// The head of a column, which sorts by it. The sign says how it is sorted now.
@@ -193,14 +139,88 @@ Html columnHead(Literal id, Literal label, Column column, const ShareOrder& orde
     return out;
 }
 
-Html tableHead(const ShareOrder& order)
+Html plainHead(Literal id, const char* label)
+{
+    return Html() << R"(<th role="columnheader" scope="col" class=")" << id << R"(">)"
+                  << Text{label} << "</th>\n";
+}
+
+/// Without a history there is no column for it.
+Html tableHead(const ShareOrder& order, bool hasCourses)
 {
     return Html() << R"(<thead role="rowgroup"><tr role="row">
 )" << columnHead("name", "Share", Column::kName, order)
                   << columnHead("number", "Used", Column::kUsed, order)
-                  << R"(<th role="columnheader" scope="col" class="part">Part of all</th>
-)" << columnHead("backup", "Last backup", Column::kBackup, order)
+                  << plainHead("part", "Part of all")
+                  << (hasCourses ? plainHead("past", text::tr("Last 30 days")) : Html())
+                  << columnHead("backup", "Last backup", Column::kBackup, order)
                   << "</tr></thead>\n";
+}
+
+Html nameCell(const ShareRow& share)
+{
+    return Html() << R"(<th role="rowheader" scope="row" class="name">)" << shareLink(share.name)
+                  << "</th>";
+}
+
+/// A course for each share that has one, by its name.
+using Courses = std::map<std::string_view, Html>;
+
+Courses coursesOf(const view::Situation& situation, const Past& past)
+{
+    Courses courses;
+    for (const ShareRow& share : situation.status.shares) {
+        const auto found = past.courses.find(share.name);
+        const Html course =
+            (found != past.courses.end()) ? courseOf(found->second, situation.now) : Html();
+        if (!course.text().empty()) {
+            courses[share.name] = course;
+        }
+    }
+    return courses;
+}
+
+Html courseCell(const Courses& courses, const ShareRow& share)
+{
+    if (courses.empty()) {
+        return {};
+    }
+    const auto found = courses.find(share.name);
+    return Html() << R"(<td role="cell" class="past">)"
+                  << (found != courses.end() ? found->second : Html()) << "</td>";
+}
+
+/// Shares that an earlier status has had; a status that is not in the history yet does not count.
+std::vector<std::string_view> findGone(const view::Situation& situation, const Past& past)
+{
+    const std::time_t start = daysBefore(situation.now, kCourseDays);
+    std::time_t last = start;
+    for (const auto& [name, points] : past.courses) {
+        last = std::max(last, points.empty() ? 0 : points.back().published);
+    }
+    std::vector<std::string_view> gone;
+    for (const auto& [name, points] : past.courses) {
+        const bool isOld = !points.empty() && points.back().published < last;
+        const bool isHere = std::ranges::find(situation.status.shares, name, &ShareRow::name) !=
+                            situation.status.shares.end();
+        if (isOld && !isHere && points.back().published >= start) {
+            gone.emplace_back(name);
+        }
+    }
+    return gone;
+}
+
+Html goneShares(const view::Situation& situation, const Past& past)
+{
+    Html links;
+    for (const std::string_view name : findGone(situation, past)) {
+        links << (links.text().empty() ? Literal(" ") : Literal(", ")) << shareLink(name);
+    }
+    if (links.text().empty()) {
+        return {};
+    }
+    return Html() << R"(<p class="quiet">)" << Text{text::tr("Gone in the last 30 days:")} << links
+                  << "</p>\n";
 }
 
 } // namespace
@@ -214,22 +234,23 @@ const ShareOrder& readOrder(std::string_view key)
 // The style sheet lays the table out anew in narrow windows; with the roles it stays a table for
 // those who listen.
 Html shareTable(const view::Situation& situation, const Configuration& configuration,
-                const ShareOrder& order)
+                const ShareOrder& order, const Past& past)
 {
     const std::vector<ShareRow>& shares = situation.status.shares;
     const std::uint64_t total = view::totalUsed(shares);
+    const Courses courses = coursesOf(situation, past);
     Html out;
     out << R"(<table role="table" class="shares" aria-labelledby="shares">
-)" << tableHead(order)
+)" << tableHead(order, !courses.empty())
         << R"(<tbody role="rowgroup">)";
     for (const ShareRow& share : sorted(shares, order)) {
         out << R"(
-<tr role="row"><th role="rowheader" scope="row" class="name"><bdi>)"
-            << Text{share.name} << "</bdi></th>" << spaceCells(share, total)
-            << backupCell(share, configuration, view::dayOf(situation.now)) << "</tr>";
+<tr role="row">)"
+            << nameCell(share) << spaceCells(share, total) << courseCell(courses, share)
+            << R"(<td role="cell" class="backup">)"
+            << backupWords(share, configuration, view::dayOf(situation.now)) << "</td></tr>";
     }
-    out << "\n</tbody>\n</table>\n";
-    return out;
+    return out << "\n</tbody>\n</table>\n" << goneShares(situation, past);
 }
 
 } // namespace page

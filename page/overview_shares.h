@@ -7,6 +7,7 @@
 
 #include "config/configuration.h"
 #include "page/html.h"
+#include "page/past.h"
 #include "view/judgement.h"
 
 namespace page {
@@ -25,8 +26,11 @@ struct ShareOrder {
 [[nodiscard]] const ShareOrder& readOrder(std::string_view key);
 
 /// The shares in an order, each with its size and its last backup as the configuration judges it.
-/// Heads of columns are links that sort, so that it works without script.
+/// Heads of columns are links that sort, so that it works without script; names lead to the pages
+/// of the shares. A share's last 30 days are in a column if the history has any, and
+/// below the table are those that are gone since.
 [[nodiscard]] Html shareTable(const view::Situation& situation,
-                              const config::Configuration& configuration, const ShareOrder& order);
+                              const config::Configuration& configuration, const ShareOrder& order,
+                              const Past& past);
 
 } // namespace page

@@ -46,6 +46,7 @@ struct Page {
 };
 
 [[nodiscard]] Page makeOverview(Visit& visit);
+[[nodiscard]] Page makeShare(Visit& visit);
 [[nodiscard]] Page makeShares(Visit& visit);
 [[nodiscard]] Page makeUsers(Visit& visit);
 [[nodiscard]] Page makeCollection(Visit& visit);

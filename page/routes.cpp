@@ -27,6 +27,7 @@ constexpr std::chrono::seconds kRetryAfter{2};
 constexpr auto kPages = std::to_array<PageEntry>({
     // path                   label             page                    read            write           listed
     {"",                      mark("Overview"), makeOverview,           kAccount,       std::nullopt,   true},
+    {"/share",                "Share",          makeShare,              kAccount,       std::nullopt,   false},
     {"/shares",               mark("Shares"),   makeShares,             kAccount,       kAdministrator, true},
     {"/users",                mark("Users"),    makeUsers,              kAccount,       kAdministrator, true},
     {"/users/check",          "Password",       makePasswordCheck,      kAdministrator, kAdministrator, false},

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "page/service.h"
 
+#include "client/reasons.h"
 #include "page/log.h"
 #include "text/translation.h"
 #include "view/sentences.h"
@@ -29,6 +30,16 @@ const char* wordsFor(client::ExitCode code)
     }
 }
 
+/// What the appliance's programs have said about it.
+std::string reasonsOf(const client::Refused& refused)
+{
+    std::string lines;
+    for (const std::string& line : client::reasonLines(refused.reasons())) {
+        lines += (lines.empty() ? "" : "; ") + line;
+    }
+    return lines.empty() ? "" : " " + text::fill(tr("The appliance says: {}"), {lines});
+}
+
 } // namespace
 
 client::Connection connectionOf(const config::Configuration& settings)
@@ -40,7 +51,7 @@ client::Connection connectionOf(const config::Configuration& settings)
 std::string explain(const client::Failure& failure)
 {
     if (const auto* refused = dynamic_cast<const client::Refused*>(&failure)) {
-        return view::refusalForPeople(refused->command(), refused->status());
+        return view::refusalForPeople(refused->command(), refused->status()) + reasonsOf(*refused);
     }
     log(failure.what());
     return wordsFor(failure.code());

@@ -25,9 +25,9 @@ namespace {
 
 constexpr auto kDeeds = std::to_array<DeedSentence>({
     {"public", "The share {} was created. Everybody in the network may read and write what is in "
-               "it. The overview shows it after the next measurement."},
+               "it. The overview shows it after the next collection."},
     {"private", "The share {} was created. {} alone may read and write what is in it. The overview "
-                "shows it after the next measurement."},
+                "shows it after the next collection."},
 });
 
 constexpr auto kBlamed = std::to_array<BlamedField>({

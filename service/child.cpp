@@ -61,6 +61,7 @@ struct Start {
     pid_t service;
     int lifeline;
     int kept;
+    int errors; ///< for standard error, if there is one
 };
 
 /// Gives the lifeline, the log (if there is one) and the kept descriptor their numbers, and closes
@@ -94,9 +95,10 @@ bool prepare(const Start& start, const std::string& path)
     }
     const int log = ::fcntl(STDERR_FILENO, F_DUPFD, kFirstFree);
     const int nowhere = ::open("/dev/null", O_RDWR);
+    const int errors = (start.errors == kNone) ? nowhere : start.errors;
     const bool areStreamsSet = nowhere >= 0 && ::dup2(nowhere, STDIN_FILENO) >= 0 &&
                                ::dup2(nowhere, STDOUT_FILENO) >= 0 &&
-                               ::dup2(nowhere, STDERR_FILENO) >= 0;
+                               ::dup2(errors, STDERR_FILENO) >= 0;
     return areStreamsSet && placeDescriptors(start, log) && cleanEnvironment(path) &&
            ::chdir("/tmp") == 0;
 }
@@ -118,7 +120,7 @@ Outcome makeOutcome(Ending ending)
 {
     const auto answer = [ending](cmdsvc::Status code) {
         const cmdsvc::StatusBytes status = cmdsvc::statusBytes(cmdsvc::kServiceCode, code);
-        return Outcome{ending, {status.begin(), status.end()}};
+        return Outcome{ending, {status.begin(), status.end()}, {}};
     };
     switch (ending) {
     case Ending::kTimedOut:
@@ -131,7 +133,7 @@ Outcome makeOutcome(Ending ending)
     case Ending::kRefused:
         break;
     }
-    return {ending, ""};
+    return {ending, "", {}};
 }
 
 void dispatch(std::string_view request, int number)
@@ -150,7 +152,7 @@ Child::Child(const Task& task, int number, const std::string& path, int kept)
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
         return;
     }
-    const Start start = {::getpid(), ends[1], kept};
+    const Start start = {::getpid(), ends[1], kept, reasons_.descriptor()};
     pid_ = ::fork();
     if (pid_ == 0) {
         runChild(task, start, path);
@@ -208,9 +210,11 @@ asio::awaitable<Outcome> Child::finish(std::chrono::seconds timeout)
     Outcome outcome = makeOutcome(isTimedOut ? Ending::kTimedOut : Ending::kFailed);
     std::optional<std::string> bytes = readWholeFile(answerPath_);
     if (!isTimedOut && isGood && bytes) {
-        outcome = {Ending::kFinished, std::move(*bytes)};
+        outcome = {Ending::kFinished, std::move(*bytes), {}};
     }
     ::unlink(answerPath_.c_str());
+    reasons_.seal();
+    outcome.reasons = std::move(reasons_);
     co_return outcome;
 }
 

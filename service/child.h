@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "config/configuration.h"
+#include "service/reasons.h"
 
 namespace service {
 
@@ -24,7 +25,8 @@ enum class Ending {
 
 struct Outcome {
     Ending ending;
-    std::string answer; ///< from the command, or a status from the service
+    std::string answer;   ///< from the command, or a status from the service
+    Reasons reasons = {}; ///< what the request's programs have written to standard error
 };
 
 /// The outcome of a request that its command has not answered: the service's status for this
@@ -46,9 +48,9 @@ class Child {
     static constexpr int kKept = 0;
 
     /// Starts a child that does a task for the request with this number. It has a process group of
-    /// its own, /dev/null as its three streams, /tmp as its folder, and PATH, HOME and the C locale
-    /// as its environment. It inherits at most one descriptor. It is killed if the service ends
-    /// before it. Check hasStarted() afterwards.
+    /// its own, /dev/null as its input and output, a file in memory as its standard error, /tmp as
+    /// its folder, and PATH, HOME and the C locale as its environment. It inherits at most one
+    /// descriptor. It is killed if the service ends before it. Check hasStarted() afterwards.
     ///
     /// @param path  its PATH
     /// @param kept  the descriptor that it inherits, or -1
@@ -69,6 +71,7 @@ class Child {
     [[nodiscard]] bool reap();
 
     std::string answerPath_;
+    Reasons reasons_ = Reasons::make();
     int pid_ = -1;
     int lifeline_ = -1; ///< a pipe from the child; it is at its end when the child has ended
 };

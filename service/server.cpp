@@ -266,10 +266,11 @@ asio::awaitable<void> Server::serve(Socket& socket, const Peer& peer)
         log(peer, "left before its turn; the request was not run");
         co_return;
     }
-    std::string bytes = co_await answer(std::move(*request), peer);
+    Outcome outcome = co_await answer(std::move(*request), peer);
     // Other requests need not wait until a slow client has received its answer.
     queue_.release();
-    co_await send(socket, std::move(bytes), limits_.send);
+    const std::size_t sent = sendWith(outcome.reasons, socket.native_handle(), outcome.answer);
+    co_await send(socket, outcome.answer.substr(sent), limits_.send);
 }
 
 /// Waits for a request's turn. A request that has to pause gives its turn to others meanwhile.
@@ -289,12 +290,12 @@ asio::awaitable<bool> Server::awaitTurn(const std::string& request, const Peer& 
 }
 
 /// Counts a request, runs it unless the gate refuses it, and logs it.
-asio::awaitable<std::string> Server::answer(std::string request, const Peer& peer)
+asio::awaitable<Outcome> Server::answer(std::string request, const Peer& peer)
 {
     const auto start = Clock::now();
     lastNumber_ = (lastNumber_ < std::numeric_limits<int>::max()) ? lastNumber_ + 1 : 1;
     const int number = lastNumber_;
-    Outcome outcome{Ending::kRefused, ""};
+    Outcome outcome{Ending::kRefused, "", {}};
     if (std::optional<Refusal> refusal = examine(request)) {
         co_await countRefused(request, number);
         log(peer, "request " + std::to_string(number) + ": its " + std::string(refusal->parameter) +
@@ -309,7 +310,11 @@ asio::awaitable<std::string> Server::answer(std::string request, const Peer& pee
     log(peer,
         describe(number, request, outcome,
                  std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start)));
-    co_return std::move(outcome.answer);
+    if (!outcome.reasons.text().empty()) {
+        log(peer, "request " + std::to_string(number) +
+                      ": its programs said: " + describeReasons(outcome.reasons.text(), request));
+    }
+    co_return outcome;
 }
 
 /// Counts a request that is not run, in a child, because counting runs shell lines.

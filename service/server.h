@@ -56,7 +56,7 @@ class Server {
     asio::awaitable<void> untilStop();
     asio::awaitable<void> untilPatienceEnds();
     asio::awaitable<bool> awaitTurn(const std::string& request, const Peer& peer);
-    asio::awaitable<std::string> answer(std::string request, const Peer& peer);
+    asio::awaitable<Outcome> answer(std::string request, const Peer& peer);
     asio::awaitable<void> countRefused(const std::string& request, int number);
     asio::awaitable<Outcome> runRequest(const std::string& request, int number);
     asio::awaitable<Outcome> runInChild(const std::string& request, int number);

@@ -2,28 +2,12 @@
 #include "view/capacity.h"
 
 #include <algorithm>
-#include <string_view>
 #include <sys/statvfs.h>
 
+#include "text/translation.h"
 #include "view/wording.h"
 
 namespace view {
-namespace {
-
-/// "312 of 500 GB", or "900 MB of 1.4 GB" if the units differ.
-std::string formatPair(std::uint64_t part, std::uint64_t whole)
-{
-    std::string words = formatKibibytes(part);
-    const std::string of = formatKibibytes(whole);
-    const std::size_t unit = words.rfind(' ');
-    if (of.ends_with(std::string_view(words).substr(unit))) {
-        words.resize(unit);
-    }
-    return words + " of " + of;
-}
-
-} // namespace
-
 unsigned Capacity::percentFull() const
 {
     // Ten binary digits fewer keep the product within 64 bits.
@@ -50,8 +34,10 @@ std::optional<Capacity> readCapacity(const char* folder)
 
 std::string formatCapacity(const Capacity& capacity)
 {
-    return formatPair(capacity.used, capacity.total) + " used, " + formatKibibytes(capacity.free) +
-           " free";
+    // Translators: 1 is a size without its unit if 2 has the same one, as in "312 of 500 GB".
+    return text::fill(text::tr("{1} of {2} used, {3} free"),
+                      {formatPartOfKibibytes(capacity.used, capacity.total),
+                       formatKibibytes(capacity.total), formatKibibytes(capacity.free)});
 }
 
 } // namespace view

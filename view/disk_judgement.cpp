@@ -1,72 +1,87 @@
 // SPDX-License-Identifier: MIT
 #include "view/disk_judgement.h"
 
+#include "text/translation.h"
 #include "view/wording.h"
 
 namespace view {
 namespace {
 
-std::string joined(const std::vector<std::string>& names)
-{
-    std::string words;
-    for (const std::string& name : names) {
-        words += (words.empty() ? "" : ", ") + name;
-    }
-    return words;
-}
+using text::fill;
+using text::tr;
+using text::trn;
 
 Finding judgeStopped(const DiskArray& array)
 {
     return {.level = Level::kCritical,
             .kind = "array-stopped",
-            .sentence = "The disk array " + array.name +
-                        " does not run: see that all of its disks are attached, then restart the "
-                        "appliance."};
+            .sentence = fill(tr("The disk array {} does not run: see that all of its disks are "
+                                "attached, then restart the appliance."),
+                             {array.name})};
+}
+
+std::string formatRebuild(const DiskArray& array, const ArrayTask& task)
+{
+    const std::string percent = std::to_string(task.percent);
+    if (task.isWaiting) {
+        return fill(tr("The disk array {} waits to be rebuilt: leave the appliance on. If another "
+                       "disk fails before it is done, data may be lost."),
+                    {array.name});
+    }
+    if (!task.minutes) {
+        return fill(tr("The disk array {1} is being rebuilt, {2} % done: leave the appliance on. "
+                       "If another disk fails before it is done, data may be lost."),
+                    {array.name, percent});
+    }
+    return fill(trn("The disk array {1} is being rebuilt, {2} % done, about {3} minute left: leave "
+                    "the appliance on. If another disk fails before it is done, data may be lost.",
+                    "The disk array {1} is being rebuilt, {2} % done, about {3} minutes left: "
+                    "leave the appliance on. If another disk fails before it is done, data may be "
+                    "lost.",
+                    *task.minutes),
+                {array.name, percent, std::to_string(*task.minutes)});
 }
 
 Finding judgeRebuild(const DiskArray& array, const ArrayTask& task)
 {
-    Finding finding = {.level = Level::kWarning, .kind = "array-rebuilding", .sentence = ""};
-    if (task.isWaiting) {
-        finding.sentence = "The disk array " + array.name +
-                           " waits to be rebuilt: leave the appliance on. If another disk fails "
-                           "before it is done, data may be lost.";
-    } else if (task.minutes) {
-        finding.sentence = "The disk array " + array.name + " is being rebuilt, " +
-                           std::to_string(task.percent) + " % done, about " +
-                           formatCount(*task.minutes, "minute", "minutes") +
-                           " left: leave the appliance on. If another disk fails before it is "
-                           "done, data may be lost.";
-    } else {
-        finding.sentence = "The disk array " + array.name + " is being rebuilt, " +
-                           std::to_string(task.percent) +
-                           " % done: leave the appliance on. If another disk fails before it is "
-                           "done, data may be lost.";
+    return {.level = Level::kWarning,
+            .kind = "array-rebuilding",
+            .sentence = formatRebuild(array, task)};
+}
+
+std::string formatMissingDisk(const DiskArray& array)
+{
+    const std::string working = std::to_string(array.working);
+    const std::string wanted = std::to_string(array.wanted);
+    if (array.failed.empty()) {
+        return fill(trn("The disk array {1} works with {2} of {3} disk: attach or replace the "
+                        "missing one. If another disk fails, data may be lost.",
+                        "The disk array {1} works with {2} of {3} disks: attach or replace the "
+                        "missing one. If another disk fails, data may be lost.",
+                        array.wanted),
+                    {array.name, working, wanted});
     }
-    return finding;
+    return fill(trn("The disk array {1} works with {2} of {3} disk: replace {4}, which has failed. "
+                    "If another disk fails, data may be lost.",
+                    "The disk array {1} works with {2} of {3} disks: replace {4}, which has "
+                    "failed. If another disk fails, data may be lost.",
+                    array.wanted),
+                {array.name, working, wanted, formatNames(array.failed)});
 }
 
 Finding judgeMissingDisk(const DiskArray& array)
 {
-    const std::string count =
-        std::to_string(array.working) + " of " + formatCount(array.wanted, "disk", "disks");
-    return {.level = Level::kCritical,
-            .kind = "array-degraded",
-            .sentence = array.failed.empty()
-                            ? "The disk array " + array.name + " works with " + count +
-                                  ": attach or replace the missing one. If another disk fails, "
-                                  "data may be lost."
-                            : "The disk array " + array.name + " works with " + count +
-                                  ": replace " + joined(array.failed) +
-                                  ", which has failed. If another disk fails, data may be lost."};
+    return {
+        .level = Level::kCritical, .kind = "array-degraded", .sentence = formatMissingDisk(array)};
 }
 
 Finding judgeSpareUsed(const DiskArray& array)
 {
     return {.level = Level::kWarning,
             .kind = "disk-failed",
-            .sentence = "The disk array " + array.name + " has all the disks that it needs, but " +
-                        joined(array.failed) + " has failed: replace it."};
+            .sentence = fill(tr("The disk array {1} has all the disks that it needs, but {2} has "
+                                "failed: replace it."),
+                             {array.name, formatNames(array.failed)})};
 }
 
 bool isRebuilding(const DiskArray& array)

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "sharestatus/semaphore_format.h"
+#include "text/translation.h"
 #include "view/disk_judgement.h"
 #include "view/share_folders.h"
 #include "view/unmeasured.h"
@@ -18,25 +19,32 @@ namespace {
 using config::Configuration;
 using Findings = std::vector<Finding>;
 using Names = std::vector<std::string>;
+using text::fill;
+using text::mark;
+using text::tr;
+using text::trn;
 
 // ---- Words ------------------------------------------------------------------------------------
 
 /// The first few of some names.
-std::string formatNames(const Names& names)
+std::string formatFirst(const Names& names)
 {
     constexpr std::size_t kMost = 5;
-    std::string words;
-    for (std::size_t i = 0; i < std::min(names.size(), kMost); ++i) {
-        words += (i == 0 ? "" : ", ") + names[i];
+    if (names.size() <= kMost) {
+        return formatNames(names);
     }
-    const std::size_t more = names.size() - std::min(names.size(), kMost);
-    return words + (more > 0 ? " and " + std::to_string(more) + " more" : "");
+    const std::size_t more = names.size() - kMost;
+    // Translators: 1 is a list of names, 2 the number of names that are left out.
+    return fill(trn("{1} and {2} more", "{1} and {2} more", more),
+                {formatNames({names.begin(), names.begin() + kMost}), std::to_string(more)});
 }
 
 /// "3 of 8 shares", "1 of 1 share"
 std::string formatPart(const Names& names, std::size_t all)
 {
-    return std::to_string(names.size()) + " of " + formatCount(all, "share", "shares");
+    // Translators: begins a sentence such as "{1} have never been backed up".
+    return fill(trn("{1} of {2} share", "{1} of {2} shares", all),
+                {std::to_string(names.size()), std::to_string(all)});
 }
 
 // ---- The disk ---------------------------------------------------------------------------------
@@ -51,11 +59,12 @@ void judgeCapacity(const Situation& situation, const Configuration& configuratio
         return;
     }
     const bool isCritical = percent >= configuration.fullCritical;
-    out.push_back({.level = isCritical ? Level::kCritical : Level::kWarning,
-                   .kind = "full",
-                   .sentence = "The disk is " + std::to_string(percent) + " % full, with " +
-                               formatKibibytes(situation.capacity->free) +
-                               " free: delete what is not needed, or move it elsewhere."});
+    out.push_back(
+        {.level = isCritical ? Level::kCritical : Level::kWarning,
+         .kind = "full",
+         .sentence = fill(tr("The disk is {1} % full, with {2} free: delete what is not "
+                             "needed, or move it elsewhere."),
+                          {std::to_string(percent), formatKibibytes(situation.capacity->free)})});
 }
 
 // ---- The collection ---------------------------------------------------------------------------
@@ -66,28 +75,30 @@ void judgeResult(const PublishedStatus& status, Findings& out)
     if (status.error != 0 && status.error != ENOENT) {
         out.push_back({.level = Level::kWarning,
                        .kind = "status-unreadable",
-                       .sentence = std::string("The share status cannot be read: ") +
-                                   std::strerror(status.error) + "."});
+                       .sentence = fill(tr("The share status cannot be read: {}."),
+                                        {std::strerror(status.error)})});
         return;
     }
     switch (status.result) {
     case kNone:
         out.push_back({.level = Level::kWarning,
                        .kind = "no-status",
-                       .sentence = "No share has been measured yet: start a collection."});
+                       .sentence = tr("No share has been measured yet: start a collection.")});
         break;
     case kDamaged:
-        out.push_back({.level = Level::kWarning,
-                       .kind = "damaged",
-                       .sentence =
-                           "The share status is damaged: start a collection, which replaces "
-                           "it."});
+        out.push_back(
+            {.level = Level::kWarning,
+             .kind = "damaged",
+             .sentence = tr("The share status is damaged: start a collection, which replaces "
+                            "it.")});
         break;
     case kNoList:
-        out.push_back({.level = Level::kCritical,
-                       .kind = "no-list",
-                       .sentence = "The last collection could not get the list of shares: see that "
-                                   "the appliance's share script works, then start another one."});
+        out.push_back(
+            {.level = Level::kCritical,
+             .kind = "no-list",
+             .sentence = tr("The last collection could not get the list of shares: see that "
+                            "the appliance's share script works, then start another "
+                            "one.")});
         break;
     case kComplete:
         break;
@@ -104,62 +115,72 @@ void judgeAge(const Situation& situation, const Configuration& configuration, Fi
     }
     out.push_back({.level = Level::kWarning,
                    .kind = "stale",
-                   .sentence = "The shares were last measured " +
-                               formatElapsed(published, situation.now) +
-                               ": start a collection, and see why none has ended since."});
+                   .sentence = fill(tr("The shares were last measured {}: start a collection, and "
+                                       "see why none has ended since."),
+                                    {formatElapsed(published, situation.now)})});
+}
+
+std::string formatInterruption(const std::string& began, std::time_t secondsLeft)
+{
+    if (secondsLeft <= 0) {
+        return fill(tr("The collection that began {} was interrupted: start another one."),
+                    {began});
+    }
+    const std::uint64_t minutes = static_cast<std::uint64_t>(secondsLeft) / 60 + 1;
+    return fill(trn("The collection that began {1} was interrupted. Another one can start in {2} "
+                    "minute, or at once if root first removes {3}.",
+                    "The collection that began {1} was interrupted. Another one can start in {2} "
+                    "minutes, or at once if root first removes {3}.",
+                    minutes),
+                {began, std::to_string(minutes), sharestatus::kSemaphoreFile});
 }
 
 void judgeInterruption(const Situation& situation, Findings& out)
 {
     const PublishedStatus& status = situation.status;
-    const std::optional<std::time_t> end = blockedUntil(status);
-    if (!end) {
-        return;
+    if (const std::optional<std::time_t> end = blockedUntil(status)) {
+        const std::string began = formatElapsed(*status.collectingSince, situation.now);
+        out.push_back({.level = Level::kWarning,
+                       .kind = "interrupted",
+                       .sentence = formatInterruption(began, *end - situation.now)});
     }
-    const std::string advice =
-        (situation.now >= *end)
-            ? ": start another one."
-            : ". Another one can start in " +
-                  formatCount(static_cast<std::uint64_t>(*end - situation.now) / 60 + 1, "minute",
-                              "minutes") +
-                  ", or at once if root first removes " + sharestatus::kSemaphoreFile + ".";
-    out.push_back({.level = Level::kWarning,
-                   .kind = "interrupted",
-                   .sentence = "The collection that began " +
-                               formatElapsed(*status.collectingSince, situation.now) +
-                               " was interrupted" + advice});
 }
 
 // ---- Shares -----------------------------------------------------------------------------------
 
+/// Each finding names all shares; its sentence names one share, or the first ones of many.
 struct ObstacleWords {
     Obstacle obstacle;
     const char* kind;
-    const char* reason;
-    const char* advice;
+    const char* one;
+    const char* many;
 };
 
 constexpr auto kObstacles = std::to_array<ObstacleWords>({
-    {Obstacle::kShellCharacter, "must-be-renamed", "could run in a shell by its name",
-     "rename it, without any of \" $ `, a backslash or a newline"},
-    {Obstacle::kSeparator, "must-be-renamed", "has a comma or a closing bracket in its name",
-     "rename it"},
+    {Obstacle::kShellCharacter, "must-be-renamed",
+     mark("{} is not measured: it could run in a shell by its name; rename it, without any of \" $ "
+          "`, a backslash or a newline."),
+     mark("{} are not measured: each could run in a shell by its name; rename it, without any of "
+          "\" $ `, a backslash or a newline.")},
+    {Obstacle::kSeparator, "must-be-renamed",
+     mark("{} is not measured: it has a comma or a closing bracket in its name; rename it."),
+     mark("{} are not measured: each has a comma or a closing bracket in its name; rename it.")},
     {Obstacle::kFirstCharacter, "must-be-renamed",
-     "begins with a character that the collector passes over",
-     "rename it, with a letter or a digit at the start"},
-    {Obstacle::kFailed, "unmeasured", "has a folder that could not be measured",
-     "see that /share has it"},
-    {Obstacle::kNoRoom, "unmeasured", "comes after the end of the 4096 bytes of a status",
-     "give shares shorter names, or have fewer"},
+     mark("{} is not measured: it begins with a character that the collector passes over; rename "
+          "it, with a letter or a digit at the start."),
+     mark("{} are not measured: each begins with a character that the collector passes over; "
+          "rename it, with a letter or a digit at the start.")},
+    {Obstacle::kFailed, "unmeasured",
+     mark("{} is not measured: it has a folder that could not be measured; see that /share has "
+          "it."),
+     mark("{} are not measured: each has a folder that could not be measured; see that /share has "
+          "it.")},
+    {Obstacle::kNoRoom, "unmeasured",
+     mark("{} is not measured: it comes after the end of the 4096 bytes of a status; give shares "
+          "shorter names, or have fewer."),
+     mark("{} are not measured: each comes after the end of the 4096 bytes of a status; give "
+          "shares shorter names, or have fewer.")},
 });
-
-/// Each finding names all shares; its sentence names one share, or the first ones of many.
-std::string formatObstacle(const ObstacleWords& words, const Names& names)
-{
-    const bool isOne = names.size() == 1;
-    return formatNames(names) + (isOne ? " is" : " are") +
-           " not measured: " + (isOne ? "it " : "each ") + words.reason + "; " + words.advice + ".";
-}
 
 void judgeUnmeasured(const Situation& situation, Findings& out)
 {
@@ -172,7 +193,8 @@ void judgeUnmeasured(const Situation& situation, Findings& out)
             }
         }
         if (!names.empty()) {
-            std::string sentence = formatObstacle(words, names);
+            std::string sentence =
+                fill(tr(names.size() == 1 ? words.one : words.many), {formatFirst(names)});
             out.push_back({Level::kWarning, words.kind, std::move(names), std::move(sentence)});
         }
     }
@@ -180,22 +202,30 @@ void judgeUnmeasured(const Situation& situation, Findings& out)
 
 // ---- Backups ----------------------------------------------------------------------------------
 
+/// The sentences for one share and for more; the first place is for "1 of 8 shares".
 struct BackupWords {
     Backup backup;
     const char* kind;
-    const char* one; ///< what follows "1 of 8 shares"
+    const char* one;
     const char* many;
-    const char* advice;
 };
 
 constexpr auto kBackups = std::to_array<BackupWords>({
-    {Backup::kUnreadable, "backup-unreadable", "has a backup report that cannot be read",
-     "have a backup report that cannot be read", "have the backup reported again"},
-    {Backup::kInFuture, "backup-in-future", "has a backup of a day that is still to come",
-     "have a backup of a day that is still to come", "set the clock right, then back up again"},
-    {Backup::kOld, "backup-old", "has an old backup", "have an old backup", "back up again"},
-    {Backup::kNone, "no-backup", "has never been backed up", "have never been backed up",
-     "set up a backup"},
+    {Backup::kUnreadable, "backup-unreadable",
+     mark("{1} has a backup report that cannot be read: {2}. What to do: have the backup reported "
+          "again."),
+     mark("{1} have a backup report that cannot be read: {2}. What to do: have the backup reported "
+          "again.")},
+    {Backup::kInFuture, "backup-in-future",
+     mark("{1} has a backup of a day that is still to come: {2}. What to do: set the clock right, "
+          "then back up again."),
+     mark("{1} have a backup of a day that is still to come: {2}. What to do: set the clock right, "
+          "then back up again.")},
+    {Backup::kOld, "backup-old", mark("{1} has an old backup: {2}. What to do: back up again."),
+     mark("{1} have an old backup: {2}. What to do: back up again.")},
+    {Backup::kNone, "no-backup",
+     mark("{1} has never been backed up: {2}. What to do: set up a backup."),
+     mark("{1} have never been backed up: {2}. What to do: set up a backup.")},
 });
 
 void judgeBackups(const Situation& situation, const Configuration& configuration, Findings& out)
@@ -209,9 +239,8 @@ void judgeBackups(const Situation& situation, const Configuration& configuration
             }
         }
         if (!names.empty()) {
-            std::string sentence = formatPart(names, shares.size()) + " " +
-                                   (names.size() == 1 ? words.one : words.many) + ": " +
-                                   formatNames(names) + ". What to do: " + words.advice + ".";
+            std::string sentence = fill(tr(names.size() == 1 ? words.one : words.many),
+                                        {formatPart(names, shares.size()), formatFirst(names)});
             out.push_back({Level::kWarning, words.kind, std::move(names), std::move(sentence)});
         }
     }
@@ -225,10 +254,10 @@ void judgeFailedBackups(const Situation& situation, const Configuration& configu
             out.push_back({.level = Level::kCritical,
                            .kind = "backup-failed",
                            .shares = {share.name},
-                           .sentence = "The backup of " + share.name + " on " +
-                                       formatDate(*share.backupDay) + " has failed with state " +
-                                       formatState(*share.backupState, configuration) +
-                                       ": see why, and back up again."});
+                           .sentence = fill(tr("The backup of {1} on {2} has failed with state "
+                                               "{3}: see why, and back up again."),
+                                            {share.name, formatDate(*share.backupDay),
+                                             formatState(*share.backupState, configuration)})});
         }
     }
 }

@@ -5,7 +5,7 @@
 #include <array>
 #include <cstdio>
 
-#include "core/bytes.h"
+#include "text/translation.h"
 
 namespace view {
 namespace {
@@ -16,110 +16,111 @@ using cmdsvc::Status;
 struct StatusWords {
     std::string_view command;
     Status code;
-    const char* words;
+    const char* sentence;
 };
 
 // clang-format off
 /// The first row that fits counts.
 constexpr std::array kStatusWords = std::to_array<StatusWords>({
-    {"", cmdsvc::kGood, "good"},
+    {"", cmdsvc::kGood, text::mark("Good.")},
 
-    {"crat", cmdsvc::kMalformed,        "the name or the password holds a character that the appliance does not take, such as a quote; or the name holds one of : , = %, begins with @ + or ., or has a blank at an end"},
-    {"crat", cmdsvc::kUserNameTaken,    "a user of this name exists already, or the name is reserved"},
-    {"crat", cmdsvc::kUserNameTooLong,  "the user's name is longer than 32 bytes"},
-    {"crat", cmdsvc::kPasswordTooLong,  "the password is longer than 32 bytes"},
-    {"crat", cmdsvc::kCommandFailed,    "the appliance cannot tell which users it has"},
-    {"crat", cmdsvc::kUserNotCreated,   "the appliance's user script would not create this user"},
+    {"crat", cmdsvc::kMalformed,        text::mark("The name or the password has a character that cannot be used, such as a quote. A name cannot have : , = %, a blank at an end, or @ + . at its start.")},
+    {"crat", cmdsvc::kUserNameTaken,    text::mark("A user of this name exists already, or the name is reserved.")},
+    {"crat", cmdsvc::kUserNameTooLong,  text::mark("The user's name is longer than 32 bytes.")},
+    {"crat", cmdsvc::kPasswordTooLong,  text::mark("The password is longer than 32 bytes.")},
+    {"crat", cmdsvc::kCommandFailed,    text::mark("The appliance's user script did not list the users, so none was created; vokctl doctor may say why.")},
+    {"crat", cmdsvc::kUserNotCreated,   text::mark("The appliance's user script did not create this user; vokctl doctor may say why.")},
 
-    {"grst", cmdsvc::kDriveCountReadable, "good: the number of drives can be read"},
-    {"grst", cmdsvc::kCommandFailed,    "the appliance cannot tell the number of its drives"},
+    {"grst", cmdsvc::kDriveCountReadable, text::mark("Good: the number of drives can be read.")},
+    {"grst", cmdsvc::kCommandFailed,    text::mark("The number of drives cannot be read; vokctl doctor may say why.")},
 
-    {"host", cmdsvc::kMalformed, "a setting holds a character that the appliance does not take"},
-    {"host", cmdsvc::kCommandFailed, "the appliance would not set the date or the language"},
-    {"", cmdsvc::kStartPageNotSet, "everything was set, but not the start page"},
-    {"", cmdsvc::kHostNameTooLong, "the host name is longer than 32 bytes"},
-    {"", cmdsvc::kWorkGroupTooLong, "the work group's name is longer than 32 bytes"},
-    {"", cmdsvc::kNameNotSet, "the appliance would not take the host name or the work group; date and language were set"},
-    {"", cmdsvc::kUnknownLanguage, "the appliance knows no such language"},
+    {"host", cmdsvc::kMalformed, text::mark("A setting has a character that cannot be used, such as a quote.")},
+    {"host", cmdsvc::kCommandFailed, text::mark("The appliance did not set the date or the language; vokctl doctor may say why.")},
+    {"", cmdsvc::kStartPageNotSet, text::mark("Everything was set, except the start page.")},
+    {"", cmdsvc::kHostNameTooLong, text::mark("The host name is longer than 32 bytes.")},
+    {"", cmdsvc::kWorkGroupTooLong, text::mark("The work group's name is longer than 32 bytes.")},
+    {"", cmdsvc::kNameNotSet, text::mark("The date and the language were set, but the appliance did not take the host name or the work group; vokctl doctor may say why.")},
+    {"", cmdsvc::kUnknownLanguage, text::mark("The appliance does not have this language.")},
 
-    {"", cmdsvc::kCannotOpenBuild, "the appliance cannot read what build it runs"},
-    {"", cmdsvc::kCannotCloseBuild, "the appliance cannot read what build it runs"},
-    {"", cmdsvc::kCannotStatBuild, "the appliance does not know what build it runs"},
-    {"", cmdsvc::kBadBuildSize, "what the appliance knows of its build is empty or too long"},
+    {"", cmdsvc::kCannotOpenBuild, text::mark("The appliance's build cannot be read; see whether /etc/buildinfo.txt is there.")},
+    {"", cmdsvc::kCannotCloseBuild, text::mark("The appliance's build cannot be read; see whether /etc/buildinfo.txt is there.")},
+    {"", cmdsvc::kCannotStatBuild, text::mark("The appliance's build is not known, because /etc/buildinfo.txt cannot be read.")},
+    {"", cmdsvc::kBadBuildSize, text::mark("The appliance's build cannot be shown, because /etc/buildinfo.txt is empty or too long.")},
 
-    {"spvt", cmdsvc::kMalformed, "the appliance does not take a file of this size, or with this content"},
-    {"", cmdsvc::kNothingSent, "an empty file cannot be kept"},
-    {"", cmdsvc::kTooLittleSent, "the file did not come whole; a former one stays as it was"},
-    {"", cmdsvc::kNoEndMark, "the file did not end where its size says; a former one stays as it was"},
-    {"", cmdsvc::kCannotCreatePrivate, "the appliance cannot make the private file; a former one stays as it was"},
-    {"", cmdsvc::kCannotWritePrivate, "the appliance cannot write the private file; a former one stays as it was"},
-    {"", cmdsvc::kCannotClosePrivate, "the appliance cannot write the private file; a former one stays as it was"},
-    {"spvt", cmdsvc::kCannotRemove, "the appliance keeps the new file, but cannot remove the former one"},
-    {"", cmdsvc::kNoPrivate, "the appliance has no private file"},
-    {"", cmdsvc::kPrivateEmpty, "the appliance's private file is empty"},
-    {"", cmdsvc::kCannotOpenPrivate, "the appliance cannot read its private file"},
+    {"spvt", cmdsvc::kMalformed, text::mark("A private file of this size or with this content cannot be kept.")},
+    {"", cmdsvc::kNothingSent, text::mark("An empty file cannot be kept.")},
+    {"", cmdsvc::kTooLittleSent, text::mark("The file did not arrive whole, so a former one was not changed; send it again.")},
+    {"", cmdsvc::kNoEndMark, text::mark("The file did not end where its size says, so a former one was not changed; send it again.")},
+    {"", cmdsvc::kCannotCreatePrivate, text::mark("The private file cannot be made, so a former one was not changed; see whether the appliance's disk is full.")},
+    {"", cmdsvc::kCannotWritePrivate, text::mark("The private file cannot be written, so a former one was not changed; see whether the appliance's disk is full.")},
+    {"", cmdsvc::kCannotClosePrivate, text::mark("The private file cannot be written, so a former one was not changed; see whether the appliance's disk is full.")},
+    {"spvt", cmdsvc::kCannotRemove, text::mark("The new private file was kept, but the former one could not be removed.")},
+    {"", cmdsvc::kNoPrivate, text::mark("There is no private file on the appliance.")},
+    {"", cmdsvc::kPrivateEmpty, text::mark("The private file on the appliance is empty.")},
+    {"", cmdsvc::kCannotOpenPrivate, text::mark("The private file on the appliance cannot be read.")},
 
-    {"", cmdsvc::kSetupDone, "the first setup has been done already"},
-    {"", cmdsvc::kNoLanguage, "the appliance cannot tell its language"},
-    {"", cmdsvc::kLanguageWithoutCode, "there is no quick setup in the appliance's language"},
-    {"", cmdsvc::kNoPublicShareName, "the appliance has no name for a public share in its language"},
+    {"", cmdsvc::kSetupDone, text::mark("The first setup has been done already.")},
+    {"", cmdsvc::kNoLanguage, text::mark("The appliance's language cannot be read; vokctl doctor may say why.")},
+    {"", cmdsvc::kLanguageWithoutCode, text::mark("There is no quick setup in the appliance's language.")},
+    {"", cmdsvc::kNoPublicShareName, text::mark("The appliance has no name for a public share in its language.")},
 
-    {"getv", cmdsvc::kRemoteRefused, "the appliance has no such address"},
-    {"getv", cmdsvc::kRemoteBadRequest, "the appliance knows no such value"},
-    {"wags", cmdsvc::kRemoteRefused, "the appliance cannot tell whether this user's remote access is on"},
-    {"wags", cmdsvc::kRemoteBadRequest, "the appliance's remote-access program has failed, or the question is malformed"},
-    {"warp", cmdsvc::kRemoteRefused, "the remote-access service would not register this user"},
-    {"warp", cmdsvc::kRemoteFailed, "the appliance's remote-access program could not be run, or a value is missing"},
-    {"wasu", cmdsvc::kRemoteRefused, "the remote-access service would not do this for this user"},
-    {"wasu", cmdsvc::kRemoteFailed, "the appliance's remote-access program has failed, or a value is missing"},
-    {"getv", cmdsvc::kRemoteFailed, "the key is malformed"},
+    {"getv", cmdsvc::kRemoteRefused, text::mark("The appliance does not have this address.")},
+    {"getv", cmdsvc::kRemoteBadRequest, text::mark("The appliance does not have a value with this key.")},
+    {"wags", cmdsvc::kRemoteRefused, text::mark("Whether this user's remote access is on cannot be found out; see whether there is such a user.")},
+    {"wags", cmdsvc::kRemoteBadRequest, text::mark("The appliance's remote-access program has failed, or the request is malformed.")},
+    {"warp", cmdsvc::kRemoteRefused, text::mark("The remote-access service did not register this user.")},
+    {"warp", cmdsvc::kRemoteFailed, text::mark("The appliance's remote-access program could not be run, or a value is missing.")},
+    {"wasu", cmdsvc::kRemoteRefused, text::mark("The remote-access service did not do this for this user.")},
+    {"wasu", cmdsvc::kRemoteFailed, text::mark("The appliance's remote-access program has failed, or a value is missing.")},
+    {"getv", cmdsvc::kRemoteFailed, text::mark("The key is malformed.")},
 
-    {"", cmdsvc::kRequestTimedOut, "the request took too long and was ended; what it had done by then stays"},
-    {"", cmdsvc::kRequestFailed, "the request's process failed before it answered"},
-    {"", cmdsvc::kRequestNotStarted, "the appliance has no room for another process; try again"},
-    {"", cmdsvc::kRequestTooLong, "the request is longer than 4096 bytes"},
-    {"", cmdsvc::kNotAdmitted, "this account may not ask for that; ask root to add you to the group vokcontrol, or to vokcontrol-view if you only want to look"},
-    {"", cmdsvc::kServiceStopping, "the service is stopping; try again"},
+    {"", cmdsvc::kRequestTimedOut, text::mark("The request took too long and was ended. What was done before that was not undone.")},
+    {"", cmdsvc::kRequestFailed, text::mark("The request's process failed before it answered; see the service's log.")},
+    {"", cmdsvc::kRequestNotStarted, text::mark("The appliance could not start another process; try again.")},
+    {"", cmdsvc::kRequestTooLong, text::mark("The request is longer than 4096 bytes.")},
+    {"", cmdsvc::kNotAdmitted, text::mark("This account may not ask for that. Ask root to add you to the group vokcontrol, or to vokcontrol-view if you only want to look.")},
+    {"", cmdsvc::kServiceStopping, text::mark("The service is stopping; try again.")},
 
-    {"sub1", cmdsvc::kMalformed,        "the user's name is longer than 60 bytes, or holds a character that the appliance does not take"},
-    {"subs", cmdsvc::kMalformed,        "the user's name does not have 1 to 64 bytes, or holds a character that the appliance does not take"},
-    {"", cmdsvc::kReportNotSaved,       "the appliance cannot keep the report"},
-    {"", cmdsvc::kNoDate,               "the appliance cannot tell the date"},
+    {"sub1", cmdsvc::kMalformed,        text::mark("The user's name is longer than 60 bytes, or has a character that cannot be used.")},
+    {"subs", cmdsvc::kMalformed,        text::mark("The user's name does not have 1 to 64 bytes, or has a character that cannot be used.")},
+    {"", cmdsvc::kReportNotSaved,       text::mark("The report could not be stored; see whether the appliance's disk is full.")},
+    {"", cmdsvc::kNoDate,               text::mark("The report could not be stored, because the appliance's date cannot be read.")},
 
-    {"wall", cmdsvc::kMalformed,        "the name or the password is missing"},
-    {"wall", cmdsvc::kNotVerified,      "the password is not this user's, or there is no such user, or no password file"},
+    {"wall", cmdsvc::kMalformed,        text::mark("The name or the password is missing.")},
+    {"wall", cmdsvc::kNotVerified,      text::mark("The password is not this user's, or there is no such user, or no password file.")},
 
-    {"gsp1", cmdsvc::kBadShareName,     "the share's name does not have 1 to 64 bytes, or holds a character that the appliance does not take"},
-    {"gspc", cmdsvc::kSharePropertyUnknown, "the share's property cannot be found out"},
+    {"gsp1", cmdsvc::kBadShareName,     text::mark("The share's name does not have 1 to 64 bytes, or has a character that cannot be used.")},
+    {"gspc", cmdsvc::kSharePropertyUnknown, text::mark("Whether the share is public or private cannot be found out.")},
 
-    {"pshr", cmdsvc::kMalformed,        "the share's name holds a character that the appliance does not take, such as a quote or a slash; or it holds one of : , = %, begins with @ + or ., or has a blank at an end"},
-    {"pshr", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share"},
-    {"shar", cmdsvc::kMalformed,        "the user's or the share's name holds a character that the appliance does not take, such as a quote or a slash; or the share's holds one of : , = %, begins with @ + or ., or has a blank at an end"},
-    {"shar", cmdsvc::kCommandFailed,    "the appliance's share script would not create this share, or not give it to this user"},
-    {"shar", cmdsvc::kNoSuchUser,       "there is no user of this name, or it is reserved"},
-    {"", cmdsvc::kShareNameTaken,       "a share of this name exists already, or the name is reserved"},
-    {"", cmdsvc::kShareNameTooLong,     "the share's name is longer than 64 bytes"},
-    {"", cmdsvc::kUserListEmpty,        "the appliance's list of users is empty"},
+    {"pshr", cmdsvc::kMalformed,        text::mark("The share's name has a character that cannot be used, such as a quote or a slash, one of : , = %, a blank at an end, or @ + . at its start.")},
+    {"pshr", cmdsvc::kCommandFailed,    text::mark("The appliance's share script did not create this share; vokctl doctor may say why.")},
+    {"shar", cmdsvc::kMalformed,        text::mark("A name has a character that cannot be used, such as a quote or a slash. A share's cannot have : , = %, a blank at an end, or @ + . at its start.")},
+    {"shar", cmdsvc::kCommandFailed,    text::mark("The appliance's share script did not create this share, or did not give it to this user; vokctl doctor may say why.")},
+    {"shar", cmdsvc::kNoSuchUser,       text::mark("There is no user of this name, or it is reserved.")},
+    {"", cmdsvc::kShareNameTaken,       text::mark("A share of this name exists already, or the name is reserved.")},
+    {"", cmdsvc::kShareNameTooLong,     text::mark("The share's name is longer than 64 bytes.")},
+    {"", cmdsvc::kUserListEmpty,        text::mark("The appliance's list of users is empty.")},
 
-    {"", cmdsvc::kNoMemory,             "the appliance has run out of memory"},
-    {"", cmdsvc::kMalformed,            "the command takes another number of parameters"},
-    {"gsp1", cmdsvc::kCannotRemoveListing, "the command takes one parameter, or the appliance cannot remove its work file"},
-    {"", cmdsvc::kWrongCountOfShareCommand, "the command takes another number of parameters"},
-    {"", cmdsvc::kCommandFailed,        "a script or a tool of the appliance has failed"},
-    {"", cmdsvc::kCannotStat,           "the appliance has no list of users"},
-    {"", cmdsvc::kCannotRemove,         "the appliance cannot remove its work file"},
-    {"", cmdsvc::kCannotOpen,           "the appliance cannot open its work file"},
-    {"", cmdsvc::kCannotClose,          "the appliance cannot close its work file"},
+    {"", cmdsvc::kNoMemory,             text::mark("The appliance has run out of memory; try again later.")},
+    {"", cmdsvc::kMalformed,            text::mark("The command takes another number of parameters.")},
+    {"gsp1", cmdsvc::kCannotRemoveListing, text::mark("The command takes one parameter, or the appliance's work file cannot be removed.")},
+    {"", cmdsvc::kWrongCountOfShareCommand, text::mark("The command takes another number of parameters.")},
+    {"", cmdsvc::kCommandFailed,        text::mark("A script or a tool of the appliance has failed; vokctl doctor may say why.")},
+    {"", cmdsvc::kCannotStat,           text::mark("The appliance's list of users cannot be found.")},
+    {"", cmdsvc::kCannotRemove,         text::mark("The appliance's work file cannot be removed; see whether the disk for its work files is full.")},
+    {"", cmdsvc::kCannotOpen,           text::mark("The appliance's work file cannot be opened; see whether the disk for its work files is full.")},
+    {"", cmdsvc::kCannotClose,          text::mark("The appliance's work file cannot be written; see whether the disk for its work files is full.")},
 });
 // clang-format on
 
-std::string_view wordsFor(std::string_view command, Status status)
+const char* sentenceFor(std::string_view command, Status status)
 {
     const auto* row = std::ranges::find_if(kStatusWords, [=](const StatusWords& each) {
         return each.code == status && (each.command.empty() || each.command == command);
     });
-    return (row != kStatusWords.end()) ? row->words
-                                       : "this client does not know the answer's meaning";
+    return text::tr((row != kStatusWords.end())
+                        ? row->sentence
+                        : text::mark("This client does not know the answer's meaning."));
 }
 
 std::string hexOf(Status status)
@@ -133,19 +134,17 @@ std::string hexOf(Status status)
 
 std::string refusalSentence(std::string_view command, Status status)
 {
-    return std::string(wordsFor(command, status)) + " (" + hexOf(status) + ")";
+    return refusalForPeople(command, status) + " (" + hexOf(status) + ")";
 }
 
 std::string refusalForPeople(std::string_view command, Status status)
 {
-    std::string sentence(wordsFor(command, status));
-    sentence.front() = core::toAsciiUpper(sentence.front());
-    return sentence + ".";
+    return sentenceFor(command, status);
 }
 
 std::string explainStatus(std::string_view command, Status status)
 {
-    return hexOf(status) + ": " + std::string(wordsFor(command, status));
+    return hexOf(status) + ": " + refusalForPeople(command, status);
 }
 
 } // namespace view

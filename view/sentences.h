@@ -10,11 +10,12 @@
 
 namespace view {
 
-/// A status code that a command has answered, in words: why the appliance has refused.
-[[nodiscard]] std::string refusalSentence(std::string_view command, cmdsvc::Status status);
-
-/// The same for people alone: a sentence with a capital and a full stop, without the code.
+/// Why the appliance has refused: a whole sentence in the language of the person who reads it, with
+/// a capital and a full stop, and what to do if that is not plain.
 [[nodiscard]] std::string refusalForPeople(std::string_view command, cmdsvc::Status status);
+
+/// The same with the code at the end: "There is no private file on the appliance. (0x70000001)"
+[[nodiscard]] std::string refusalSentence(std::string_view command, cmdsvc::Status status);
 
 /// The same with the code in front, for who looks at the protocol.
 [[nodiscard]] std::string explainStatus(std::string_view command, cmdsvc::Status status);

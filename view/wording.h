@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// wording.h: sizes, times and ages in words.
+// wording.h: sizes, times and ages in words, in the language of the person who reads them. Only
+// what is for programs is the same in every language.
 #pragma once
 
 #include <chrono>
@@ -8,6 +9,7 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace view {
 
@@ -25,6 +27,9 @@ struct Space {
 /// A sum of such sizes, with one decimal if it is small: "1.4 GB".
 [[nodiscard]] std::string formatKibibytes(std::uint64_t kibibytes);
 
+/// A part of a sum: "312" if it has the unit of the whole, "900 MB" if it has another one.
+[[nodiscard]] std::string formatPartOfKibibytes(std::uint64_t part, std::uint64_t whole);
+
 /// A part of a whole: "78 %", "under 1 %".
 [[nodiscard]] std::string formatPart(std::uint64_t part, std::uint64_t whole);
 
@@ -34,7 +39,7 @@ struct Space {
 /// "2026-11-18", for programs
 [[nodiscard]] std::string formatIsoDate(std::chrono::year_month_day date);
 
-/// A time as strftime() formats it, at most 63 bytes.
+/// A time as strftime() formats it, at most 63 bytes; for programs, or without words.
 [[nodiscard]] std::string formatTime(const char* format, const std::tm& time);
 
 /// "21 November 2026, 09:33 UTC", local time
@@ -48,6 +53,9 @@ struct Space {
 
 /// The day of a moment, local time.
 [[nodiscard]] std::chrono::sys_days dayOf(std::time_t time);
+
+/// "Media, Music, Photos"
+[[nodiscard]] std::string formatNames(const std::vector<std::string>& names);
 
 /// "1 share", "3 shares"
 [[nodiscard]] std::string formatCount(std::uint64_t count, const char* one, const char* many);

@@ -105,6 +105,7 @@ chmod 755 /usr/bin/systemctl
 broken units true
 broken timer true
 broken units 'become /usr/bin/systemctl "[ \$1 = is-enabled ] && [ \$3 != vokcontrol-boot.service ]"'
+broken units 'become /usr/bin/systemctl "[ \$1 = is-enabled ] && [ \$3 != vokcontrol-notify.timer ]"'
 broken units 'become /usr/bin/systemctl "[ \$1 != is-failed ] || [ \$3 = vokserve.socket ]"'
 broken timer 'become /usr/bin/systemctl "[ \$1 = is-enabled ]"'
 rm -r /usr/bin/systemctl /run/systemd/system
@@ -200,7 +201,7 @@ TEXT
 
 expect 'each check of a script finds what is wrong with it' "$(
     cat <<'TEXT'
-WRONG settings /etc/vokcontrol.conf:4: this is neither "key = value" nor a [section]. What to do: mend it; vokcontrol.conf(5) says what it may hold.
+WRONG settings /etc/vokcontrol.conf:4: this is neither "key = value" nor a [section]. What to do: mend it; vokcontrol.conf(5) says what it may contain.
 WRONG sudo sudo true ended with 1 and said: not today. What to do: run it by hand and mend it; porting.md says what it has to answer.
 WRONG php /usr/bin/php is not PHP. What to do: install the package php-cli, or link its program to /usr/bin/php.
 WRONG api_share.php PHP cannot read /etc/inc/api_share.php. What to do: see what is wrong: php -l /etc/inc/api_share.php.
@@ -260,6 +261,7 @@ expect 'so do those of systemd' "$(
 ok units They are enabled, and none has failed.
 ok timer vokcontrol-collect.timer is active.
 WRONG units vokcontrol-boot.service is not enabled. What to do: systemctl enable --now vokcontrol-boot.service.
+WRONG units vokcontrol-notify.timer is not enabled. What to do: systemctl enable --now vokcontrol-notify.timer.
 WRONG units vokserve.socket has failed. What to do: systemctl status vokserve.socket, then systemctl restart vokserve.socket.
 WRONG timer vokcontrol-collect.timer is not active, so that no collection starts. What to do: systemctl start vokcontrol-collect.timer.
 TEXT

@@ -58,7 +58,7 @@ expect 'the Python module asks and changes' "$(
 vokcontrol sample appliance 1.0 - build 2026-11-21 - 
 {'name': 'USB Stick', 'property': 'public'} {'name': 'Media', 'property': 'public'}
 ['anna', 'bob', 'Élise', 'carla'] True False
-('Refused', 1, 'a user of this name exists already, or the name is reserved (0x10000001)')
+('Refused', 1, 'A user of this name exists already, or the name is reserved. (0x10000001)')
 {'name': 'Music', 'property': 'private'} {'name': 'Films', 'property': 'public'}
 ('Refused', 1, 'there is no share --help; "vokctl shares list" shows all shares')
 3

@@ -85,18 +85,22 @@ work files in /tmp: none' "$(appliance sh -c '
         [ -e "$status" ] && echo "$1"
         rm -f "$status"
     }
+    entries() { vokctl history --csv 2>/dev/null | wc -l; }
+    before=$(entries)
     [ -e "$status" ] || echo "no status yet"
     /etc/init.d/vokcontrol start >/dev/null
     await "collected after boot"
     await "collected again"
     tries=0
-    until vokctl history --csv 2>/dev/null | grep -q "Z,"; do
+    until [ "$(entries)" -gt "$before" ]; do
         tries=$((tries + 1))
         [ "$tries" -lt 300 ] || break
         usleep 100000
     done
     [ "$tries" -lt 300 ] && echo "remembered"
     /etc/init.d/vokcontrol stop
+    while pidof vokcollect >/dev/null; do usleep 100000; done
+    rm -f "$status"
     sleep 3
     [ -e "$status" ] && echo "and once more"
     echo "collecting processes: $(ps -o comm | grep -c "^vokc\|^sleep")"

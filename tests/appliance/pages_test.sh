@@ -46,11 +46,11 @@ expect 'administrators create shares and users on the pages, and vokctl sees the
 303 See Other
 /cgi-bin/vokpage/shares
 200 OK
-The share Tax 2026 was created. bob alone may read and write what is in it. The overview shows it after the next measurement.
+The share Tax 2026 was created. bob alone may read and write what is in it. The overview shows it after the next collection.
 303 See Other
 /cgi-bin/vokpage/shares
 200 OK
-The share Music was created. Everybody in the network may read and write what is in it. The overview shows it after the next measurement.
+The share Music was created. Everybody in the network may read and write what is in it. The overview shows it after the next collection.
 Tax 2026 private
 Music public
 bob|Tax 2026|full

@@ -59,24 +59,24 @@ workgroup|HOME' "$(inside '
     settings')"
 
 expect 'host settings are refused, and nothing or not all is kept' \
-    'vokctl: the host name is longer than 32 bytes (0x50000003) = 1
+    'vokctl: The host name is longer than 32 bytes. (0x50000003) = 1
 vokctl: the work group'"'"'s name is longer than 32 bytes (0x50000004) = 1
-vokctl: the appliance knows no such language (0x50000006) = 1
-vokctl: a setting holds a character that the appliance does not take (0xFF000003) = 1
+vokctl: The appliance does not have this language. (0x50000006) = 1
+vokctl: A setting has a character that cannot be used, such as a quote. (0xFF000003) = 1
 vokctl: --time needs the form 2026-11-21T18:30:00, in UTC = 2
 hostname|appliance
 language|english
 nmbdSysname|appliance
-vokctl: the appliance would not take the host name or the work group; date and language were set (0x50000005) = 1
+vokctl: The date and the language were set, but the appliance did not take the host name or the work group; vokctl doctor may say why. (0x50000005) = 1
 date|01/02/2003
 hostname|appliance
 language|german
 nmbdSysname|appliance
 time|04:05:06
-vokctl: the appliance would not take the host name or the work group; date and language were set (0x50000005) = 1
+vokctl: The date and the language were set, but the appliance did not take the host name or the work group; vokctl doctor may say why. (0x50000005) = 1
 hostname|cellar
-vokctl: the appliance would not set the date or the language (0xFF000004) = 1
-vokctl: the appliance would not set the date or the language (0xFF000004) = 1' "$(inside '
+vokctl: The appliance did not set the date or the language; vokctl doctor may say why. (0xFF000004) = 1
+vokctl: The appliance did not set the date or the language; vokctl doctor may say why. (0xFF000004) = 1' "$(inside '
     long=$(printf %033d 0)
     try vokctl host set --language fr --name "$long"
     try vokctl host set --language fr --workgroup "$long"
@@ -97,12 +97,12 @@ vokctl: the appliance would not set the date or the language (0xFF000004) = 1' "
 expect 'the build, the first setup and the quick setup are told' \
     'vokcontrol sample appliance 1.0 - build 2026-11-21 -  = 0
  - 2.0 = 0
-vokctl: what the appliance knows of its build is empty or too long (0x40000004) = 1
-vokctl: what the appliance knows of its build is empty or too long (0x40000004) = 1
-vokctl: the appliance cannot read what build it runs (0x40000001) = 1
-vokctl: the appliance does not know what build it runs (0x40000003) = 1
+vokctl: The appliance's build cannot be shown, because /etc/buildinfo.txt is empty or too long. (0x40000004) = 1
+vokctl: The appliance's build cannot be shown, because /etc/buildinfo.txt is empty or too long. (0x40000004) = 1
+vokctl: The appliance's build cannot be read; see whether /etc/buildinfo.txt is there. (0x40000001) = 1
+vokctl: The appliance's build is not known, because /etc/buildinfo.txt cannot be read. (0x40000003) = 1
 vokctl: the appliance waits for its first setup = 0
-vokctl: the first setup has been done already (0x80000001) = 1
+vokctl: The first setup has been done already. (0x80000001) = 1
 vokctl: the appliance waits for its first setup = 0
 Language:           en
 Public share name:  Public = 0
@@ -113,8 +113,8 @@ Public share name:  Öffentlich = 0
   "public_share_name": "P\u00fablico"
 } = 0
 vokctl: there is no quick setup in the appliance'"'"'s language (0xB0000002) = 1
-vokctl: the appliance has no name for a public share in its language (0xB0000003) = 1
-vokctl: the appliance cannot tell its language (0xB0000001) = 1' "$(inside '
+vokctl: The appliance has no name for a public share in its language. (0xB0000003) = 1
+vokctl: The appliance's language cannot be read; vokctl doctor may say why. (0xB0000001) = 1' "$(inside '
     file=/etc/buildinfo.txt
     try vokctl version
     printf "\n2.0" >$file
@@ -157,20 +157,20 @@ vokctl: the private file was replaced = 0
 x = 0
 vokcontrol-private.txt
 no saved file
-vokctl: the appliance has no private file (0x70000001) = 1
+vokctl: There is no private file on the appliance. (0x70000001) = 1
 vokctl: the appliance'"'"'s private file is empty (0x70000002) = 1
-vokctl: the appliance cannot read its private file (0x70000003) = 1
+vokctl: The private file on the appliance cannot be read. (0x70000003) = 1
 vokctl: a private file has 1 to 4070 bytes; this one has 0 = 2
 vokctl: a private file has 1 to 4070 bytes; this one has 4071 = 2
 vokctl: a file of 10 bytes cannot be sent, because its size contains a newline byte. Make it longer or shorter. = 2
-vokctl: the appliance does not take a file of this size, or with this content (0xFF000003) = 1
-a refusal, 0x60000004: the file did not come whole; a former one stays as it was
-a refusal, 0x60000005: the file did not end where its size says; a former one stays as it was
-a refusal, 0x60000002: an empty file cannot be kept
+vokctl: A private file of this size or with this content cannot be kept. (0xFF000003) = 1
+a refusal, 0x60000004: The file did not arrive whole, so a former one was not changed; send it again.
+a refusal, 0x60000005: The file did not end where its size says, so a former one was not changed; send it again.
+a refusal, 0x60000002: An empty file cannot be kept.
 former = 0
-vokctl: the appliance keeps the new file, but cannot remove the former one (0xFF000006) = 1
+vokctl: The new private file was kept, but the former one could not be removed. (0xFF000006) = 1
 the new one
-vokctl: the appliance cannot make the private file; a former one stays as it was (0x60000001) = 1
+vokctl: The private file cannot be made, so a former one was not changed; see whether the appliance's disk is full. (0x60000001) = 1
 no harm' "$(inside '
     php -r "for (\$i = 0; \$i < 4070; ++\$i) echo chr(\$i & 255);" >/tmp/bytes
     try vokctl private put /tmp/bytes
@@ -231,11 +231,11 @@ anna
 vokctl: the user'"'"'s remote access is off now = 0
 off = 0
 Élise
-vokctl: the appliance has no such address (0x00000001) = 1
+vokctl: The appliance does not have this address. (0x00000001) = 1
 vokctl: the appliance cannot tell whether this user'"'"'s remote access is on (0x00000001) = 1
-vokctl: the remote-access service would not do this for this user (0x00000001) = 1
-vokctl: the remote-access service would not register this user (0x00000001) = 1
-vokctl: the remote-access service would not do this for this user (0x00000001) = 1
+vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
+vokctl: The remote-access service did not register this user. (0x00000001) = 1
+vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
 Élise' "$(inside '
     try vokctl remote urls
     try vokctl remote urls --json
@@ -265,18 +265,18 @@ vokctl: the user'"'"'s remote access is on now = 0
 vokctl: the user'"'"'s remote access is off now = 0
 1
 off = 0
-vokctl: the remote-access service would not register this user (0x00000001) = 1
-vokctl: the remote-access service would not do this for this user (0x00000001) = 1
+vokctl: The remote-access service did not register this user. (0x00000001) = 1
+vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
 vokctl: the appliance'"'"'s remote-access program has failed, or a value is missing (0x00000003) = 1
 2
 vokctl: the appliance cannot tell whether this user'"'"'s remote access is on (0x00000001) = 1
-vokctl: the remote-access service would not register this user (0x00000001) = 1
-vokctl: the remote-access service would not do this for this user (0x00000001) = 1
-vokctl: the remote-access service would not do this for this user (0x00000001) = 1
+vokctl: The remote-access service did not register this user. (0x00000001) = 1
+vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
+vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
 3
 vokctl: the appliance'"'"'s remote-access program has failed, or the question is malformed (0x00000002) = 1
-vokctl: the remote-access service would not register this user (0x00000001) = 1
-vokctl: the remote-access service would not do this for this user (0x00000001) = 1
+vokctl: The remote-access service did not register this user. (0x00000001) = 1
+vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
 vokctl: the appliance'"'"'s remote-access program has failed, or a value is missing (0x00000003) = 1' "$(inside '
     for status in 0 1 2 3; do
         echo $status | tee /etc/pelconfig/ra-exit

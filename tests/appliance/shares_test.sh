@@ -89,12 +89,12 @@ Music N K  -                   -' "$(inside '
     try vokctl service restart
     vokctl status --wait 60 | grep -E "^(Tax|Music)" | sed -E "s/ +[0-9]+ K  / N K  /"')"
 
-taken='vokctl: a share of this name exists already, or the name is reserved (0x20000001) = 1'
-tooLong="vokctl: the share's name is longer than 64 bytes (0x20000003) = 1"
-refused="vokctl: the share's name holds a character that the appliance does not take, such as a quote or a slash; or it holds one of : , = %, begins with @ + or ., or has a blank at an end (0xFF000003) = 1"
-refusedFor="vokctl: the user's or the share's name holds a character that the appliance does not take, such as a quote or a slash; or the share's holds one of : , = %, begins with @ + or ., or has a blank at an end (0xFF000003) = 1"
-noPublic="vokctl: the appliance's share script would not create this share (0xFF000004) = 1"
-noPrivate="vokctl: the appliance's share script would not create this share, or not give it to this user (0xFF000004) = 1"
+taken='vokctl: A share of this name exists already, or the name is reserved. (0x20000001) = 1'
+tooLong="vokctl: The share's name is longer than 64 bytes. (0x20000003) = 1"
+refused="vokctl: The share's name has a character that cannot be used, such as a quote or a slash, one of : , = %, a blank at an end, or @ + . at its start. (0xFF000003) = 1"
+refusedFor="vokctl: A name has a character that cannot be used, such as a quote or a slash. A share's cannot have : , = %, a blank at an end, or @ + . at its start. (0xFF000003) = 1"
+noPublic="vokctl: The appliance's share script did not create this share; vokctl doctor may say why. (0xFF000004) = 1"
+noPrivate="vokctl: The appliance's share script did not create this share, or did not give it to this user; vokctl doctor may say why. (0xFF000004) = 1"
 expect 'what cannot be done is refused in words, and nothing is changed' "$taken
 $taken
 $taken
@@ -102,17 +102,17 @@ $taken
 $taken
 $tooLong
 $tooLong
-vokctl: there is no user of this name, or it is reserved (0x20000006) = 1
+vokctl: There is no user of this name, or it is reserved. (0x20000006) = 1
 $refused
 $refusedFor
 $noPublic
 $noPrivate
 $refused
 $refused
-vokctl: the share's name does not have 1 to 64 bytes, or holds a character that the appliance does not take (0xC1000003) = 1
+vokctl: The share's name does not have 1 to 64 bytes, or has a character that cannot be used. (0xC1000003) = 1
 unchanged
-vokctl: a script or a tool of the appliance has failed (0xFF000004) = 1
-vokctl: a script or a tool of the appliance has failed (0xFF000004) = 1
+vokctl: A script or a tool of the appliance has failed; vokctl doctor may say why. (0xFF000004) = 1
+vokctl: A script or a tool of the appliance has failed; vokctl doctor may say why. (0xFF000004) = 1
 $noPublic
 $noPrivate" "$(inside '
     mkdir "/share/Left behind"

@@ -33,6 +33,20 @@ expect 'nothing is kept' gone "$(
 )"
 expect 'nothing is left behind' '' "$(ls "$roots")"
 
+expect 'its history has the tables that vokctl makes' 'the same' "$(appliance sh -c '
+    tables() {
+        php -r "\$history = new PDO(\"sqlite:/var/lib/vokcontrol/history.db\");
+            foreach ([\"SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL ORDER BY name\", \"PRAGMA user_version\"] as \$query) {
+                echo implode(\"\n\", \$history->query(\$query)->fetchAll(PDO::FETCH_COLUMN)), \"\n\";
+            }"
+    }
+    tables >/tmp/seeded
+    rm /var/lib/vokcontrol/history.db
+    vokctl collect --wait 60 2>/dev/null
+    vokctl history --remember
+    tables | cmp - /tmp/seeded && grep -q "^CREATE TABLE size" /tmp/seeded && echo "the same"
+' 2>&1)"
+
 state=$roots/state
 expect 'a state folder keeps shares and settings' 'kept kept' "$(
     appliance --state "$state" sh -c 'echo kept >/share/mark; echo kept >/etc/pelconfig/mark'

@@ -15,7 +15,7 @@ expect 'requests are answered, and logged without their parameters' 'anna
 bob
 Élise
 00000000  03 00 00 ff                                      |....|
-Read as a refusal, 0xFF000003: the command takes another number of parameters
+Read as a refusal, 0xFF000003: The command takes another number of parameters.
 vokserve: ready
 vokserve: uid=0 pid=N: 1 lstu count=0 answer=26 ms=N
 vokserve: uid=0 pid=N: 2 lstu count=1 answer=4 ms=N
@@ -73,17 +73,17 @@ no password in the log' "$(appliance sh -c '
     [ $(($(date +%s) - 0x$changed)) -le 60 ] && echo just now
     grep -q password /var/log/vokserve.log || echo no password in the log')"
 
-character='vokctl: the name or the password holds a character that the appliance does not take, such as a quote; or the name holds one of : , = %, begins with @ + or ., or has a blank at an end (0xFF000003) = 1'
-taken='vokctl: a user of this name exists already, or the name is reserved (0x10000001) = 1'
+character='vokctl: The name or the password has a character that cannot be used, such as a quote. A name cannot have : , = %, a blank at an end, or @ + . at its start. (0xFF000003) = 1'
+taken='vokctl: A user of this name exists already, or the name is reserved. (0x10000001) = 1'
 expect 'accounts that cannot be created are refused in words, and nothing is changed' "$taken
 $taken
 $taken
 $taken
 $taken
-vokctl: the user's name is longer than 32 bytes (0x10000002) = 1
-vokctl: the password is longer than 32 bytes (0x10000003) = 1
+vokctl: The user's name is longer than 32 bytes. (0x10000002) = 1
+vokctl: The password is longer than 32 bytes. (0x10000003) = 1
 $character
-vokctl: the appliance's user script would not create this user (0x10000005) = 1
+vokctl: The appliance's user script did not create this user; vokctl doctor may say why. (0x10000005) = 1
 $character
 $character
 vokctl: there is no password on standard input = 2

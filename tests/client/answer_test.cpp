@@ -248,33 +248,33 @@ TEST(Answer, isDescribedInWords)
     EXPECT_EQ(describe(command("lstu"), ""),
               "empty: the command was ignored, is not known, or failed before it answered");
     EXPECT_EQ(describe(command("gubs"), ""), "empty, as always for this command");
-    EXPECT_EQ(describe(command("crat"), le32(0)), "status 0x00000000: good");
+    EXPECT_EQ(describe(command("crat"), le32(0)), "status 0x00000000: Good.");
     EXPECT_EQ(describe(command("grst"), le32(0xD0000001)),
-              "status 0xD0000001: good: the number of drives can be read");
-    EXPECT_EQ(describe(command("subs"), status("subs", 0)), "status 0x00000000: good");
+              "status 0xD0000001: Good: the number of drives can be read.");
+    EXPECT_EQ(describe(command("subs"), status("subs", 0)), "status 0x00000000: Good.");
     EXPECT_EQ(describe(command("lstu"), le32(0xFF000003)),
-              "a refusal, 0xFF000003: the command takes another number of parameters");
-    EXPECT_EQ(describe(command("crat"), le32(0xFF000003)),
-              "a refusal, 0xFF000003: the name or the password holds a character that the "
-              "appliance does not take, such as a quote; or the name holds one of : , = %, "
-              "begins with @ + or ., or has a blank at an end");
+              "a refusal, 0xFF000003: The command takes another number of parameters.");
+    EXPECT_EQ(
+        describe(command("crat"), le32(0xFF000003)),
+        "a refusal, 0xFF000003: The name or the password has a character that cannot be used, such "
+        "as a quote. A name cannot have : , = %, a blank at an end, or @ + . at its start.");
     EXPECT_EQ(describe(command("lstu"), error(0xABCDEF01)),
-              "a refusal, 0xABCDEF01: this client does not know the answer's meaning");
+              "a refusal, 0xABCDEF01: This client does not know the answer's meaning.");
     EXPECT_EQ(describe(command("lstu"), status("serv", 0x53000005)),
-              "a status of the service, 0x53000005: this account may not ask for "
-              "that; ask root to add you to the group vokcontrol, or to vokcontrol-view if you "
-              "only want to look");
+              "a status of the service, 0x53000005: This account may not ask for that. Ask root to "
+              "add you to the group vokcontrol, or to vokcontrol-view if you only want to look.");
     EXPECT_EQ(describe(command("lstu"), "abc"), "of a shape that this client does not know");
     EXPECT_EQ(client::describeServiceStatus(cmdsvc::kRequestFailed),
-              "a status of the service, 0x53000002: the request's process failed before it "
-              "answered");
+              "a status of the service, 0x53000002: The request's process failed before it "
+              "answered; see the service's log.");
 }
 
 TEST(Answer, bodyIsDescribedByItsLines)
 {
-    EXPECT_EQ(describe(command("lstu"), "lsut " + le32(2) + "\na\x1Bz\n\n" + error(0xFF000006)),
-              "\"lsut\" with count 2\n  a\\u{1b}z\n  \nfollowed by an error, 0xFF000006: the "
-              "appliance cannot remove its work file");
+    EXPECT_EQ(
+        describe(command("lstu"), "lsut " + le32(2) + "\na\x1Bz\n\n" + error(0xFF000006)),
+        "\"lsut\" with count 2\n  a\\u{1b}z\n  \nfollowed by an error, 0xFF000006: The appliance's "
+        "work file cannot be removed; see whether the disk for its work files is full.");
     EXPECT_EQ(describe(command("wags"), "wags user\n\1\n"), "\"wags\" and\n  user\n  \\u{1}");
     EXPECT_EQ(describe(command("wags"), "wags \n" + error(1)), "\"wags\" and\n  \n  erro \\u{1}"
                                                                "\\u{0}\\u{0}\\u{0}");

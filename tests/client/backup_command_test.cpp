@@ -19,10 +19,9 @@ constexpr const char* kVariableFile = "/etc/pelconfig/system_var";
 
 // Why a name is refused.
 const std::string kRefusedName =
-    "the user's name is longer than 60 bytes, or holds a character that "
-    "the appliance does not take (0xFF000003)";
-const std::string kRefusedVariable = "the user's name does not have 1 to 64 bytes, or holds a "
-                                     "character that the appliance does not take (0xFF000003)";
+    "The user's name is longer than 60 bytes, or has a character that cannot be used. (0xFF000003)";
+const std::string kRefusedVariable = "The user's name does not have 1 to 64 bytes, or has a "
+                                     "character that cannot be used. (0xFF000003)";
 
 // ---- What is sent and what is made of an answer -----------------------------------------------
 
@@ -116,8 +115,12 @@ TEST_F(BackupExchange, refusedReportIsSaidInWords)
 {
     const std::vector<std::string> report = {"report", "anna", "--state", "1"};
     expectEnd(report, le32(0xFF000003), 1, kRefusedName);
-    expectEnd(report, le32(0xC2000002), 1, "the appliance cannot keep the report (0xC2000002)");
-    expectEnd(report, le32(0xC2000003), 1, "the appliance cannot tell the date (0xC2000003)");
+    expectEnd(
+        report, le32(0xC2000002), 1,
+        "The report could not be stored; see whether the appliance's disk is full. (0xC2000002)");
+    expectEnd(report, le32(0xC2000003), 1,
+              "The report could not be stored, because the appliance's date cannot be read. "
+              "(0xC2000003)");
 }
 
 TEST_F(BackupExchange, refusedVariableIsSaidInWords)
@@ -125,15 +128,17 @@ TEST_F(BackupExchange, refusedVariableIsSaidInWords)
     const std::vector<std::string> report = {"report", "anna", "--state", "1", "--as-variable"};
     expectEnd(report, statusFrame(0xFF000003), 1, kRefusedVariable);
     expectEnd(report, statusFrame(0xC2000003), 1,
-              "the appliance cannot tell the date (0xC2000003)");
-    expectEnd(report, statusFrame(0xC2000002) + statusFrame(0), 1,
-              "the appliance cannot keep the report (0xC2000002)");
+              "The report could not be stored, because the appliance's date cannot be read. "
+              "(0xC2000003)");
+    expectEnd(
+        report, statusFrame(0xC2000002) + statusFrame(0), 1,
+        "The report could not be stored; see whether the appliance's disk is full. (0xC2000002)");
 }
 
 TEST_F(BackupExchange, refusedListIsSaidInWords)
 {
     expectEnd({"list"}, le32(0xFF000003), 1,
-              "the command takes another number of parameters (0xFF000003)");
+              "The command takes another number of parameters. (0xFF000003)");
 }
 
 TEST_F(BackupExchange, answerThatMakesNoSenseIsSaid)
@@ -245,7 +250,8 @@ TEST_F(BackupCommand, reportIsKeptAsAVariable)
 
 TEST_F(BackupCommand, reportThatCannotBeKeptIsRefused)
 {
-    const std::string sentence = "vokctl: the appliance cannot keep the report (0xC2000002)\n";
+    const std::string sentence = "vokctl: The report could not be stored; see whether the "
+                                 "appliance's disk is full. (0xC2000002)\n";
     std::filesystem::remove(kReportFolder.substr(0, kReportFolder.size() - 1));
     expectEnd(vokctl({"backup", "report", "anna", "--state", "1"}), 1, "", sentence);
     std::filesystem::remove(kVariableFile);

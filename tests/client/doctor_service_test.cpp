@@ -54,7 +54,7 @@ TEST_F(DoctorService, settingsCanBeRead)
     root::writeFile("/stubs/settings", "nonsense\n");
     EXPECT_EQ(say(examineSettings),
               wrong("/stubs/settings:1: this is neither \"key = value\" nor a [section].",
-                    "mend it; vokcontrol.conf(5) says what it may hold"));
+                    "mend it; vokcontrol.conf(5) says what it may contain"));
 }
 
 TEST_F(DoctorService, bothGroupsAreThere)
@@ -123,8 +123,13 @@ TEST_F(DoctorService, regularCollectionsAreStartedByAProcess)
 TEST_F(DoctorService, systemdIsAskedForUnits)
 {
     fs::create_directories("/run/systemd/system");
-    root::stub("systemctl", "[ \"$1 $2\" != 'is-failed --quiet' ]");
+    root::stub("systemctl", "echo \"$3\" >>/units; [ \"$1 $2\" != 'is-failed --quiet' ]");
     EXPECT_EQ(say(examineUnits), good("They are enabled, and none has failed."));
+    EXPECT_EQ(root::readFile("/units"), "vokserve.socket\nvokserve.socket\n"
+                                        "vokcontrol-collect.timer\nvokcontrol-collect.timer\n"
+                                        "vokcontrol-boot.service\nvokcontrol-boot.service\n"
+                                        "vokcontrol-history.path\nvokcontrol-history.path\n"
+                                        "vokcontrol-notify.timer\nvokcontrol-notify.timer\n");
     EXPECT_EQ(say(examineTimer), good("vokcontrol-collect.timer is active."));
     root::stub("systemctl", "exit 1");
     EXPECT_EQ(say(examineUnits),

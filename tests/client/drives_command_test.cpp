@@ -32,8 +32,9 @@ TEST_F(DrivesCommand, anyNumberOfDrivesIsGood)
 TEST_F(DrivesCommand, countThatCannotBeToldIsRefused)
 {
     root::stub("pelparam", "echo -1");
-    expectEnd(vokctl({"drives", "check"}), 1, "",
-              "vokctl: the appliance cannot tell the number of its drives (0xFF000004)\n");
+    expectEnd(
+        vokctl({"drives", "check"}), 1, "",
+        "vokctl: The number of drives cannot be read; vokctl doctor may say why. (0xFF000004)\n");
 }
 
 TEST_F(DrivesCommand, handlerThatCrashesIsSaid)
@@ -41,7 +42,8 @@ TEST_F(DrivesCommand, handlerThatCrashesIsSaid)
     root::stub("pelparam",
                "read -r pid comm state ppid group rest </proc/self/stat; kill -9 $group");
     expectEnd(vokctl({"drives", "check"}), 7, "",
-              "vokctl: the request's process failed before it answered (0x53000002)\n");
+              "vokctl: The request's process failed before it answered; see the service's log. "
+              "(0x53000002)\n");
 }
 
 TEST_F(DrivesCommand, frameIsTheCommandAlone)

@@ -158,9 +158,9 @@ TEST_F(Exchange, codeThatIsGoodInsteadOfZero)
     EXPECT_EQ(failureOf(check), "");
     answer({le32(0xFF000004)});
     EXPECT_EQ(failureOf(check),
-              "1: the appliance cannot tell the number of its drives (0xFF000004)");
+              "1: The number of drives cannot be read; vokctl doctor may say why. (0xFF000004)");
     answer({le32(0)});
-    EXPECT_EQ(failureOf(check), "1: good (0x00000000)");
+    EXPECT_EQ(failureOf(check), "1: Good. (0x00000000)");
 }
 
 TEST_F(Exchange, statusOfZeroIsDone)
@@ -170,15 +170,16 @@ TEST_F(Exchange, statusOfZeroIsDone)
     EXPECT_EQ(failureOf(report), "");
     EXPECT_EQ(received(), "subs \x06 \1anna\n");
     answer({"subs " + le32(0xC2000002) + kZero + "subs " + le32(0) + kZero});
-    EXPECT_EQ(failureOf(report), "1: the appliance cannot keep the report (0xC2000002)");
+    EXPECT_EQ(failureOf(report), "1: The report could not be stored; see whether the appliance's "
+                                 "disk is full. (0xC2000002)");
 }
 
 TEST_F(Exchange, everyOtherAnswerIsNotDone)
 {
     const std::vector<Case> cases = {
         {le32(0x20000001),
-         "1: a share of this name exists already, or the name is reserved (0x20000001)"},
-        {le32(0xABCDEF01), "1: this client does not know the answer's meaning (0xABCDEF01)"},
+         "1: A share of this name exists already, or the name is reserved. (0x20000001)"},
+        {le32(0xABCDEF01), "1: This client does not know the answer's meaning. (0xABCDEF01)"},
         {"", kEmptyAnswer},
         {"shar " + le32(0) + kZero, kNoShape},
         {"erro " + le32(0x20000001), kNoShape},
@@ -194,10 +195,10 @@ TEST_F(Exchange, everyOtherAnswerIsNotDone)
 TEST_F(Exchange, refusalIsSaidInTheWordsOfItsCommand)
 {
     const std::vector<std::pair<client::Request, std::string>> words = {
-        {{command("lstu")}, "1: the command takes another number of parameters (0xFF000003)"},
-        {{command("wall")}, "1: the name or the password is missing (0xFF000003)"},
+        {{command("lstu")}, "1: The command takes another number of parameters. (0xFF000003)"},
+        {{command("wall")}, "1: The name or the password is missing. (0xFF000003)"},
         {{command("host")},
-         "1: a setting holds a character that the appliance does not take (0xFF000003)"},
+         "1: A setting has a character that cannot be used, such as a quote. (0xFF000003)"},
     };
     for (const auto& [request, sentence] : words) {
         answer({le32(0xFF000003)});
@@ -249,12 +250,13 @@ TEST_F(Exchange, everyOtherAnswerHoldsNoLines)
         {"lsts " + le32(0xFF000004) + kZero, kNoShape},
         {"lsst ", kNoShape},
         {"", kEmptyAnswer},
-        {"erro " + le32(0xFF000004),
-         "1: a script or a tool of the appliance has failed (0xFF000004)"},
+        {"erro " + le32(0xFF000004), "1: A script or a tool of the appliance has failed; vokctl "
+                                     "doctor may say why. (0xFF000004)"},
         {"lsst " + le32(2) + "\nMusic\npublic\nerro " + le32(0xFF000006),
-         "1: the appliance cannot remove its work file (0xFF000006)"},
+         "1: The appliance's work file cannot be removed; see whether the disk for its work files "
+         "is full. (0xFF000006)"},
         {"lsst " + le32(2) + "\nerro " + le32(0xABCDEF01),
-         "1: this client does not know the answer's meaning (0xABCDEF01)"},
+         "1: This client does not know the answer's meaning. (0xABCDEF01)"},
     };
     for (const Case& each : cases) {
         answer({each.answer});
@@ -310,18 +312,18 @@ TEST_F(Exchange, everyOtherAnswerHoldsNoBytes)
 TEST_F(Exchange, statusOfTheServicesOwnIsNoAnswerOfTheCommands)
 {
     const std::vector<Case> cases = {
-        {"serv " + le32(0x53000001) + kZero, "5: the request took too long and was ended; what it "
-                                             "had done by then stays (0x53000001)"},
+        {"serv " + le32(0x53000001) + kZero, "5: The request took too long and was ended. What was "
+                                             "done before that was not undone. (0x53000001)"},
         {"serv " + le32(0x53000002) + kZero,
-         "7: the request's process failed before it answered (0x53000002)"},
+         "7: The request's process failed before it answered; see the service's log. (0x53000002)"},
         {"serv " + le32(0x53000003) + kZero,
-         "7: the appliance has no room for another process; try again (0x53000003)"},
+         "7: The appliance could not start another process; try again. (0x53000003)"},
         {"serv " + le32(0x53000004) + kZero,
-         "2: the request is longer than 4096 bytes (0x53000004)"},
+         "2: The request is longer than 4096 bytes. (0x53000004)"},
         {"serv " + le32(0x53000005) + kZero,
-         "4: this account may not ask for that; ask root to add you to the group vokcontrol, or to "
-         "vokcontrol-view if you only want to look (0x53000005)"},
-        {"serv " + le32(0x53000006) + kZero, "7: the service is stopping; try again (0x53000006)"},
+         "4: This account may not ask for that. Ask root to add you to the group vokcontrol, or to "
+         "vokcontrol-view if you only want to look. (0x53000005)"},
+        {"serv " + le32(0x53000006) + kZero, "7: The service is stopping; try again. (0x53000006)"},
     };
     for (const Case& each : cases) {
         answer({each.answer, each.answer, each.answer});
@@ -337,8 +339,8 @@ TEST_F(Exchange, statusOfTheServicesOwnIsNoAnswerOfTheCommands)
 TEST_F(Exchange, requestMayBeTurnedDownBeforeAllOfItIsRead)
 {
     const std::string refusal =
-        "4: this account may not ask for that; ask root to add you to the group vokcontrol, or to "
-        "vokcontrol-view if you only want to look (0x53000005)";
+        "4: This account may not ask for that. Ask root to add you to the group vokcontrol, or to "
+        "vokcontrol-view if you only want to look. (0x53000005)";
     for (const std::size_t size : {10U, 10000U, 10000000U}) {
         turnDown("serv " + le32(0x53000005) + kZero);
         EXPECT_EQ(failureOf([&] {

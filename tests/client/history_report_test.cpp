@@ -45,7 +45,7 @@ TEST_F(HistoryReport, beginsWithTheDisksCourse)
               "444 MB |* * *\n"
               "        2026-01-16                                        2026-02-14\n\n" +
                   kShares +
-                  "If the disk goes on like this, it is full in about 4 months.\n"); // 110 days
+                  "If it goes on filling like this, the disk is full in about 4 months.\n"); // 110 days
 }
 
 TEST_F(HistoryReport, leavesOutSharesThatHaveLongGone)
@@ -56,7 +56,7 @@ TEST_F(HistoryReport, leavesOutSharesThatHaveLongGone)
               "Baby \"\\xff    5 G  no change\n"
               "Broken          -          -\n"
               "Films       260 M     +16 MB\n\n"
-              "If the disk goes on like this, it is full in about 4 months.\n");
+              "If it goes on filling like this, the disk is full in about 4 months.\n");
 }
 
 TEST_F(HistoryReport, saysThatThereIsNoForecast)

@@ -189,15 +189,15 @@ TEST_F(HostCommand, badSettingsAreRefusedBeforeAnythingIsDone)
 {
     const std::string tooLong(33, 'n');
     expectRefusal({"--language", "en", "--name", tooLong},
-                  "the host name is longer than 32 bytes (0x50000003)", "");
+                  "The host name is longer than 32 bytes. (0x50000003)", "");
     expectRefusal({"--language", "en", "--workgroup", tooLong},
-                  "the work group's name is longer than 32 bytes (0x50000004)", "");
+                  "The work group's name is longer than 32 bytes. (0x50000004)", "");
     for (const char* language : {"EN", "e", "eng", "xx", ""}) {
-        expectRefusal({"--language", language}, "the appliance knows no such language (0x50000006)",
-                      "");
+        expectRefusal({"--language", language},
+                      "The appliance does not have this language. (0x50000006)", "");
     }
     const std::string character =
-        "a setting holds a character that the appliance does not take (0xFF000003)";
+        "A setting has a character that cannot be used, such as a quote. (0xFF000003)";
     expectRefusal({"--language", "en", "--name", "a;reboot"}, character, "");
     expectRefusal({"--language", "en", "--workgroup", "$(reboot)"}, character, "");
     expectRefusal({"--language", "`x`"}, character, "");
@@ -207,9 +207,11 @@ TEST_F(HostCommand, badSettingsAreRefusedBeforeAnythingIsDone)
 TEST_F(HostCommand, scriptsThatFailAreSaidInWords)
 {
     const Strings all = {"--language", "en", "--name", "cellar", "--workgroup", "HOME"};
-    const std::string failed = "the appliance would not set the date or the language (0xFF000004)";
-    const std::string names = "the appliance would not take the host name or the work group; date "
-                              "and language were set (0x50000005)";
+    const std::string failed = "The appliance did not set the date or the language; vokctl doctor "
+                               "may say why. (0xFF000004)";
+    const std::string names =
+        "The date and the language were set, but the appliance did not take the host name or the "
+        "work group; vokctl doctor may say why. (0x50000005)";
     const std::string hostName = english + system("tovSetHostname", "cellar");
     const std::string both = hostName + system("tovSetNmbdSysname", "cellar");
     const std::vector<std::array<std::string, 3>> failures = {
@@ -229,17 +231,19 @@ TEST_F(HostCommand, variablesThatCannotBeSetAreSaidInWords)
 {
     std::filesystem::remove(kVariables);
     expectRefusal({"--language", "en"},
-                  "the appliance would not set the date or the language (0xFF000004)", clock);
+                  "The appliance did not set the date or the language; vokctl doctor may say why. "
+                  "(0xFF000004)",
+                  clock);
     root::writeFile(kVariables, "");
     stubFunction("tovSetLanguage", "rm /etc/pelconfig/system_var");
-    expectRefusal({"--language", "en"}, "everything was set, but not the start page (0x50000001)",
+    expectRefusal({"--language", "en"}, "Everything was set, except the start page. (0x50000001)",
                   english);
 }
 
 TEST_F(HostCommand, memoryThatHasRunOutIsSaidInWords)
 {
     expectEnd(exchange(set({"--language", "en"}), {le32(0xFF000001)}).ended, 1, "",
-              "vokctl: the appliance has run out of memory (0xFF000001)\n");
+              "vokctl: The appliance has run out of memory; try again later. (0xFF000001)\n");
 }
 
 TEST_F(HostCommand, otherAnswersCannotBeRead)

@@ -85,10 +85,11 @@ TEST_F(Lists, usersAreAsManyAsIsSaid)
 TEST_F(Lists, listThatCouldNotBeHadIsNoEmptyOne)
 {
     const FakeService service({"erro " + le32(0xFF000004), "erro " + le32(0xFF000005)});
-    EXPECT_EQ(complaintOf([] { (void)client::fetchShares(connection()); }),
-              "a script or a tool of the appliance has failed (0xFF000004)");
+    EXPECT_EQ(
+        complaintOf([] { (void)client::fetchShares(connection()); }),
+        "A script or a tool of the appliance has failed; vokctl doctor may say why. (0xFF000004)");
     EXPECT_EQ(complaintOf([] { (void)client::fetchUsers(connection()); }),
-              "the appliance has no list of users (0xFF000005)");
+              "The appliance's list of users cannot be found. (0xFF000005)");
 }
 
 } // namespace

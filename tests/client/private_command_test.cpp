@@ -196,12 +196,12 @@ TEST_F(PrivateCommand, standardOutputThatIsFullIsAFailure)
 TEST_F(PrivateCommand, refusedFetchIsSaidInWordsAndMakesNoFile)
 {
     const auto get = [] { return vokctl({"private", "get", "/stubs/back"}); };
-    expectRefusal(get(), "the appliance has no private file (0x70000001)");
+    expectRefusal(get(), "There is no private file on the appliance. (0x70000001)");
     root::writeFile(kPrivateFile, "");
-    expectRefusal(get(), "the appliance's private file is empty (0x70000002)");
+    expectRefusal(get(), "The private file on the appliance is empty. (0x70000002)");
     root::writeFile(kPrivateFile, "hello");
     fs::permissions(kPrivateFile, fs::perms(0));
-    expectRefusal(get(), "the appliance cannot read its private file (0x70000003)");
+    expectRefusal(get(), "The private file on the appliance cannot be read. (0x70000003)");
     EXPECT_FALSE(root::exists("/stubs/back"));
 }
 
@@ -284,8 +284,9 @@ TEST_F(PrivateCommand, contentThatWouldSpeakToTheShellIsRefused)
     root::writeFile(kPrivateFile, "former");
     for (const char* content :
          {"`touch /tmp/harm`", "$(touch /tmp/harm)", "\"; touch /tmp/harm; \""}) {
-        expectRefusal(put(content), "the appliance does not take a file of this size, or with this "
-                                    "content (0xFF000003)");
+        expectRefusal(
+            put(content),
+            "A private file of this size or with this content cannot be kept. (0xFF000003)");
     }
     EXPECT_FALSE(root::exists("/tmp/harm"));
     EXPECT_EQ(root::readFile(kPrivateFile), "former");
@@ -294,13 +295,13 @@ TEST_F(PrivateCommand, contentThatWouldSpeakToTheShellIsRefused)
 TEST_F(PrivateCommand, uploadsThatFailAreSaidInWords)
 {
     fs::permissions(root::kStatusFolder, fs::perms(0555));
-    expectRefusal(put("hello"),
-                  "the appliance cannot make the private file; a former one stays as it was "
-                  "(0x60000001)");
+    expectRefusal(put("hello"), "The private file cannot be made, so a former one was not changed; "
+                                "see whether the appliance's disk is full. "
+                                "(0x60000001)");
     fs::permissions(root::kStatusFolder, fs::perms(0755));
     fs::create_directories(kPrivateFile + "/inside");
     expectRefusal(put("hello"),
-                  "the appliance keeps the new file, but cannot remove the former one "
+                  "The new private file was kept, but the former one could not be removed. "
                   "(0xFF000006)");
     EXPECT_EQ(root::readFile(kPrivateFile), "hello");
 }
@@ -313,9 +314,9 @@ TEST_F(PrivateCommand, formerFileIsStillThereWhenTheDiskIsFull)
                      "rm -f $filler\n"
                      "/usr/bin/mv \"$@\" || exit\n"
                      "case $2 in /tmp/*) dd if=/dev/zero of=$filler bs=4k 2>/dev/null ;; esac");
-    expectRefusal(put("hello"),
-                  "the appliance cannot write the private file; a former one stays as it was "
-                  "(0x60000006)");
+    expectRefusal(put("hello"), "The private file cannot be written, so a former one was not "
+                                "changed; see whether the appliance's disk is full. "
+                                "(0x60000006)");
     EXPECT_EQ(root::readFile(kPrivateFile), "former");
 }
 
@@ -324,13 +325,16 @@ TEST_F(PrivateCommand, otherRefusalsAreSaidInWords)
 {
     root::writeFile(kMine, "hello");
     const std::vector<std::pair<std::uint32_t, std::string>> refusals = {
-        {0x60000002, "an empty file cannot be kept (0x60000002)"},
-        {0x60000003, "the appliance cannot write the private file; a former one stays as it was "
+        {0x60000002, "An empty file cannot be kept. (0x60000002)"},
+        {0x60000003, "The private file cannot be written, so a former one was not changed; see "
+                     "whether the appliance's disk is full. "
                      "(0x60000003)"},
-        {0x60000004, "the file did not come whole; a former one stays as it was (0x60000004)"},
-        {0x60000005, "the file did not end where its size says; a former one stays as it was "
+        {0x60000004, "The file did not arrive whole, so a former one was not changed; send it "
+                     "again. (0x60000004)"},
+        {0x60000005, "The file did not end where its size says, so a former one was not changed; "
+                     "send it again. "
                      "(0x60000005)"},
-        {0x60000007, "this client does not know the answer's meaning (0x60000007)"},
+        {0x60000007, "This client does not know the answer's meaning. (0x60000007)"},
     };
     for (const auto& [code, sentence] : refusals) {
         expectRefusal(exchange({"private", "put", kMine}, {le32(code)}).ended, sentence);

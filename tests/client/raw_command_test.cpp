@@ -20,7 +20,7 @@ TEST_F(RawCommand, answerIsShownByItsBytesAndInWords)
 {
     expectEnd(vokctl({"raw", "rtov", "--count", "7"}), 0,
               "00000000  03 00 00 ff                                      |....|\n"
-              "Read as a refusal, 0xFF000003: the command takes another number of parameters\n",
+              "Read as a refusal, 0xFF000003: The command takes another number of parameters.\n",
               "");
     expectEnd(vokctl({"raw", "gubs"}), 0, "Read as empty, as always for this command\n", "");
 }
@@ -29,16 +29,16 @@ TEST_F(RawCommand, refusalIsAnAnswerLikeAnyOther)
 {
     expectEnd(vokctl({"raw", "lsts"}), 0,
               "00000000  65 72 72 6f 20 04 00 00 ff                       |erro ....|\n"
-              "Read as a refusal, 0xFF000004: a script or a tool of the appliance has failed\n",
+              "Read as a refusal, 0xFF000004: A script or a tool of the appliance has failed; "
+              "vokctl doctor may say why.\n",
               "");
 }
 
 TEST_F(RawCommand, answerIsReadByItsCommand)
 {
-    const std::string answer =
-        "00000000  03 00 00 c1                                      |....|\n"
-        "Read as a refusal, 0xC1000003: the share's name does not have 1 to 64 bytes, or holds a "
-        "character that the appliance does not take\n";
+    const std::string answer = "00000000  03 00 00 c1                                      |....|\n"
+                               "Read as a refusal, 0xC1000003: The share's name does not have 1 to "
+                               "64 bytes, or has a character that cannot be used.\n";
     expectEnd(vokctl({"raw", "gsp1", "--count", "1", "--line", ""}), 0, answer, "");
     root::writeFile("/stubs/frame", "gsp1 " + le32(1) + "\n\n");
     expectEnd(vokctl({"raw", "--frame", "/stubs/frame"}), 0, answer, "");
@@ -49,8 +49,8 @@ TEST_F(RawCommand, statusOfTheServicesOwnIsShown)
     root::stub("php", "read -r pid comm state ppid group rest </proc/self/stat; kill -9 $group");
     expectEnd(vokctl({"raw", "lstu"}), 0,
               "00000000  73 65 72 76 20 02 00 00 53 00                    |serv ...S.|\n"
-              "Read as a status of the service, 0x53000002: the request's process failed "
-              "before it answered\n",
+              "Read as a status of the service, 0x53000002: The request's process failed before it "
+              "answered; see the service's log.\n",
               "");
 }
 
@@ -86,11 +86,11 @@ TEST_F(RawCommand, answerOfACommandThatIsNotKnownIsShownByItsBytes)
               "Not read: this client does not know the command \"\\u{1b}[2J\"\n");
     EXPECT_EQ(printed("gp", "x"), "00000000  78                                               |x|\n"
                                   "Not read: this client does not know the command \"gp\"\n");
-    EXPECT_EQ(printed("nope " + le32(0) + "\n", "serv " + le32(0x53000005) + std::string(1, '\0')),
-              "00000000  73 65 72 76 20 05 00 00 53 00                    |serv ...S.|\n"
-              "Read as a status of the service, 0x53000005: this account may not ask for "
-              "that; ask root to add you to the group vokcontrol, or to vokcontrol-view if you "
-              "only want to look\n");
+    EXPECT_EQ(
+        printed("nope " + le32(0) + "\n", "serv " + le32(0x53000005) + std::string(1, '\0')),
+        "00000000  73 65 72 76 20 05 00 00 53 00                    |serv ...S.|\n"
+        "Read as a status of the service, 0x53000005: This account may not ask for that. Ask root "
+        "to add you to the group vokcontrol, or to vokcontrol-view if you only want to look.\n");
 }
 
 TEST_F(RawCommand, bytesThatTheCommandNeverAnswersAreShownAllTheSame)

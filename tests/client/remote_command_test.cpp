@@ -104,7 +104,7 @@ TEST_F(RemoteCommand, hostileAddressesNeverReachTheTerminalRaw)
 
 TEST_F(RemoteCommand, missingAddressesAreSaidInWords)
 {
-    const std::string missing = "the appliance has no such address (0x00000001)";
+    const std::string missing = "The appliance does not have this address. (0x00000001)";
     expectRefusal({"urls"}, missing);
     root::writeFile(kVariables, "ra_signUpUrl=https://up\nra_signInUrl=\n");
     expectRefusal({"urls"}, missing);
@@ -149,13 +149,11 @@ TEST_F(RemoteCommand, programTellsWhetherAUserIsOn)
 
 TEST_F(RemoteCommand, statusIsRefusedInWords)
 {
-    const std::string failed =
-        "the appliance's remote-access program has failed, or the question is "
-        "malformed (0x00000002)";
+    const std::string failed = "The appliance's remote-access program has failed, or the request "
+                               "is malformed. (0x00000002)";
     program(kSwitchProgram, "exit 2");
-    expectRefusal({"status", "anna"},
-                  "the appliance cannot tell whether this user's remote access is "
-                  "on (0x00000001)");
+    expectRefusal({"status", "anna"}, "Whether this user's remote access is on cannot be found "
+                                      "out; see whether there is such a user. (0x00000001)");
     for (const char* script : {"exit 3", "exit 127", "kill -9 $$"}) {
         program(kSwitchProgram, script);
         expectRefusal({"status", "anna"}, failed);
@@ -193,15 +191,14 @@ TEST_F(RemoteCommand, registrationIsRefusedInWords)
     for (const char* script : {"exit 1", "exit 2", "exit 127"}) {
         program(kRegisterProgram, script);
         expectRefusal(withAnna("register"),
-                      "the remote-access service would not register this user (0x00000001)");
+                      "The remote-access service did not register this user. (0x00000001)");
     }
     program(kRegisterProgram, "kill -9 $$");
-    expectRefusal(withAnna("register"),
-                  "the appliance's remote-access program could not be run, or a "
-                  "value is missing (0x00000003)");
+    expectRefusal(withAnna("register"), "The appliance's remote-access program could not be run, "
+                                        "or a value is missing. (0x00000003)");
     std::filesystem::remove(kRegisterProgram);
     expectRefusal(withAnna("register"),
-                  "the remote-access service would not register this user (0x00000001)");
+                  "The remote-access service did not register this user. (0x00000001)");
 }
 
 // ---- enable -----------------------------------------------------------------------------------
@@ -228,15 +225,15 @@ TEST_F(RemoteCommand, userIsSwitchedOnByRegistering)
 TEST_F(RemoteCommand, switchingOnIsRefusedInWords)
 {
     const std::string refused =
-        "the remote-access service would not do this for this user (0x00000001)";
+        "The remote-access service did not do this for this user. (0x00000001)";
     for (const char* script : {"exit 1", "exit 2", "exit 127"}) {
         program(kRegisterProgram, script);
         expectRefusal(withAnna("enable"), refused);
     }
     program(kRegisterProgram, "kill -9 $$");
-    expectRefusal(withAnna("enable"),
-                  "the appliance's remote-access program has failed, or a value is "
-                  "missing (0x00000003)");
+    expectRefusal(
+        withAnna("enable"),
+        "The appliance's remote-access program has failed, or a value is missing. (0x00000003)");
     std::filesystem::remove(kRegisterProgram);
     expectRefusal(withAnna("enable"), refused);
 }
@@ -255,9 +252,9 @@ TEST_F(RemoteCommand, switchingOffIsRefusedInWords)
 {
     program(kSwitchProgram, "exit 2");
     expectRefusal({"disable", "anna"},
-                  "the remote-access service would not do this for this user (0x00000001)");
+                  "The remote-access service did not do this for this user. (0x00000001)");
     const std::string failed =
-        "the appliance's remote-access program has failed, or a value is missing (0x00000003)";
+        "The appliance's remote-access program has failed, or a value is missing. (0x00000003)";
     for (const char* script : {"exit 1", "exit 3", "kill -9 $$"}) {
         program(kSwitchProgram, script);
         expectRefusal({"disable", "anna"}, failed);
@@ -273,9 +270,9 @@ TEST_F(RemoteCommand, switchingOffIsRefusedInWords)
 TEST_F(RemoteCommand, answersThatTellNothingAreSaidInWords)
 {
     expectEnd(exchange({"remote", "urls"}, {"erro " + le32(2)}).ended, 1, "",
-              "vokctl: the appliance knows no such value (0x00000002)\n");
+              "vokctl: The appliance does not have a value with this key. (0x00000002)\n");
     expectEnd(exchange({"remote", "urls"}, {"erro " + le32(3)}).ended, 1, "",
-              "vokctl: the key is malformed (0x00000003)\n");
+              "vokctl: The key is malformed. (0x00000003)\n");
 }
 
 TEST_F(RemoteCommand, otherAnswersCannotBeRead)

@@ -22,7 +22,8 @@ TEST_F(ServiceCommand, requestThatCrashesIsSaid)
 {
     root::stub("ps", "read -r pid comm state ppid group rest </proc/self/stat; kill -9 $group");
     expectEnd(vokctl({"service", "restart"}), 7, "",
-              "vokctl: the request's process failed before it answered (0x53000002)\n");
+              "vokctl: The request's process failed before it answered; see the service's log. "
+              "(0x53000002)\n");
 }
 
 /// The same without a service: whatever is sent all the same ends with 3.

@@ -58,7 +58,7 @@ TEST_F(SetupCommand, markerTellsWhetherTheSetupIsPending)
     }
     for (const char* marker : {"firsttime=0\n", "firsttime=01\n", "firsttime=0 and more\n"}) {
         prepare(marker, "english");
-        expectRefusal("pending", "the first setup has been done already (0x80000001)");
+        expectRefusal("pending", "The first setup has been done already. (0x80000001)");
     }
 }
 
@@ -133,15 +133,19 @@ TEST_F(SetupCommand, nameThatLooksLikeAnErrorIsNone)
 TEST_F(SetupCommand, quickSetupIsRefusedInWords)
 {
     prepare("default_public_share_name_en=Public\n", "");
-    expectRefusal("quick", "the appliance cannot tell its language (0xB0000001)");
+    expectRefusal(
+        "quick",
+        "The appliance's language cannot be read; vokctl doctor may say why. (0xB0000001)");
     root::stub("php", "exit 1");
-    expectRefusal("quick", "the appliance cannot tell its language (0xB0000001)");
+    expectRefusal(
+        "quick",
+        "The appliance's language cannot be read; vokctl doctor may say why. (0xB0000001)");
     for (const char* language : {"chinese", "traditional_chinese", "English", "klingon"}) {
         prepare("default_public_share_name_en=Public\n", language);
-        expectRefusal("quick", "there is no quick setup in the appliance's language (0xB0000002)");
+        expectRefusal("quick", "There is no quick setup in the appliance's language. (0xB0000002)");
     }
     const std::string noName =
-        "the appliance has no name for a public share in its language (0xB0000003)";
+        "The appliance has no name for a public share in its language. (0xB0000003)";
     prepare("default_public_share_name_en=Public\n", "french");
     expectRefusal("quick", noName);
     prepare("default_public_share_name_en=\n", "english");

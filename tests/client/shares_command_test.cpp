@@ -110,13 +110,17 @@ TEST_F(SharesCommand, listHasTwoHundredShares)
 TEST_F(SharesCommand, listIsRefusedInWords)
 {
     root::stub("php", "exit 1");
-    expectRefusal({"list"}, "a script or a tool of the appliance has failed (0xFF000004)");
+    expectRefusal(
+        {"list"},
+        "A script or a tool of the appliance has failed; vokctl doctor may say why. (0xFF000004)");
     root::stub("php", "case $3 in *cmd_lsts*) rm -f \"$3\" ;; *) : >\"$3\" ;; esac");
-    expectRefusal({"list"}, "the appliance cannot open its work file (0xFF000007)");
+    expectRefusal({"list"}, "The appliance's work file cannot be opened; see whether the disk for "
+                            "its work files is full. (0xFF000007)");
     // A folder can be opened, but it is not removed as a file is.
     root::stub("php", "case $3 in *cmd_lsts*) rm -f \"$3\"; mkdir -p \"$3/inside\" ;; "
                       "*) : >\"$3\" ;; esac");
-    expectRefusal({"list"}, "the appliance cannot remove its work file (0xFF000006)");
+    expectRefusal({"list"}, "The appliance's work file cannot be removed; see whether the disk for "
+                            "its work files is full. (0xFF000006)");
 }
 
 // ---- show -------------------------------------------------------------------------------------
@@ -155,9 +159,8 @@ TEST_F(SharesCommand, showTakesNamesOfOneToSixtyFourBytes)
     expectEnd(vokctl({"shares", "show", longest}), 0, "private\n", "");
     expectEnd(vokctl({"shares", "show", "x"}), 1, "",
               "vokctl: there is no share x; \"vokctl shares list\" shows all shares\n");
-    const std::string refusal =
-        "the share's name does not have 1 to 64 bytes, or holds a character "
-        "that the appliance does not take (0xC1000003)";
+    const std::string refusal = "The share's name does not have 1 to 64 bytes, or has a character "
+                                "that cannot be used. (0xC1000003)";
     expectRefusal({"show", longest + "x"}, refusal);
     expectRefusal({"show", ""}, refusal);
 }
@@ -165,12 +168,15 @@ TEST_F(SharesCommand, showTakesNamesOfOneToSixtyFourBytes)
 TEST_F(SharesCommand, showIsRefusedInWords)
 {
     root::stub("php", "exit 1");
-    expectRefusal({"show", "Media"}, "a script or a tool of the appliance has failed (0xFF000004)");
+    expectRefusal(
+        {"show", "Media"},
+        "A script or a tool of the appliance has failed; vokctl doctor may say why. (0xFF000004)");
     root::stub("php", ":");
-    expectRefusal({"show", "Media"}, "the appliance cannot open its work file (0xFF000007)");
+    expectRefusal({"show", "Media"}, "The appliance's work file cannot be opened; see whether the "
+                                     "disk for its work files is full. (0xFF000007)");
     root::stub("php", "mkdir -p \"$3/inside\"");
-    expectRefusal({"show", "Media"}, "the command takes one parameter, or the appliance cannot "
-                                     "remove its work file (0xC1000001)");
+    expectRefusal({"show", "Media"}, "The command takes one parameter, or the appliance's work "
+                                     "file cannot be removed. (0xC1000001)");
 }
 
 // ---- public-name ------------------------------------------------------------------------------
@@ -229,9 +235,9 @@ TEST_F(SharesCommand, nameReachesTheScriptByteForByte)
 TEST_F(SharesCommand, createIsRefusedInWordsBeforeAnythingIsDone)
 {
     const std::string taken =
-        "a share of this name exists already, or the name is reserved (0x20000001)";
-    const std::string tooLong = "the share's name is longer than 64 bytes (0x20000003)";
-    const std::string noUser = "there is no user of this name, or it is reserved (0x20000006)";
+        "A share of this name exists already, or the name is reserved. (0x20000001)";
+    const std::string tooLong = "The share's name is longer than 64 bytes. (0x20000003)";
+    const std::string noUser = "There is no user of this name, or it is reserved. (0x20000006)";
     const std::vector<std::pair<Strings, std::string>> refusals = {
         {{"create", "Documents", "--public"}, taken},
         {{"create", "dOCUMENTS", "--for", "anna"}, taken},
@@ -263,19 +269,21 @@ TEST_F(SharesCommand, createIsRefusedInWordsBeforeAnythingIsDone)
 
 TEST_F(SharesCommand, createSaysThatTheScriptHasFailed)
 {
-    const std::string refusal = "the appliance's share script would not create this share";
+    const std::string privateRefusal =
+        "The appliance's share script did not create this share, or did not give it to this user; "
+        "vokctl doctor may say why. (0xFF000004)";
     const auto expectBoth = [&] {
-        expectRefusal({"create", "Music", "--public"}, refusal + " (0xFF000004)");
-        expectRefusal({"create", "Music", "--for", "anna"},
-                      refusal + ", or not give it to this user (0xFF000004)");
+        expectRefusal({"create", "Music", "--public"},
+                      "The appliance's share script did not create this share; vokctl doctor may "
+                      "say why. (0xFF000004)");
+        expectRefusal({"create", "Music", "--for", "anna"}, privateRefusal);
     };
     stubScripts("exit 1");
     expectBoth();
     root::stub("php", "[ \"$2\" = tovGetUsers ] && cat /stubs/users >\"$3\"");
     expectBoth();
     stubScripts("[ \"$2\" = tovAddShare ]");
-    expectRefusal({"create", "Music", "--for", "anna"},
-                  refusal + ", or not give it to this user (0xFF000004)");
+    expectRefusal({"create", "Music", "--for", "anna"}, privateRefusal);
 }
 
 // ---- All of them ------------------------------------------------------------------------------
@@ -300,7 +308,7 @@ TEST_F(SharesCommand, hostileNamesNeverReachTheTerminalRaw)
 TEST_F(SharesCommand, nameThatIsLongerThanARequestIsSaid)
 {
     expectEnd(vokctl({"shares", "create", std::string(50000, 'x'), "--public"}), 2, "",
-              "vokctl: the request is longer than 4096 bytes (0x53000004)\n");
+              "vokctl: The request is longer than 4096 bytes. (0x53000004)\n");
 }
 
 TEST_F(SharesCommand, handlerThatCrashesIsSaid)
@@ -308,7 +316,8 @@ TEST_F(SharesCommand, handlerThatCrashesIsSaid)
     root::stub("php", "read -r pid comm state ppid group rest </proc/self/stat; kill -9 $group");
     for (const Strings& call : {Strings{"list"}, Strings{"create", "Music", "--public"}}) {
         expectEnd(vokctl(shares(call)), 7, "",
-                  "vokctl: the request's process failed before it answered (0x53000002)\n");
+                  "vokctl: The request's process failed before it answered; see the service's log. "
+                  "(0x53000002)\n");
     }
 }
 

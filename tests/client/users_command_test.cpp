@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // "vokctl users" as people and scripts call it.
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <regex>
+#include <sstream>
 
 #include "tests/support/vokserve.h"
 
@@ -108,7 +111,8 @@ TEST_F(UsersCommand, listIsRefusedInWords)
     root::stub("php", ": >\"$3\"");
     ASSERT_EQ(root::run({"mkdir", "-p", "/tmp/vokcontrol.tmp/inside"}).exitCode, 0);
     expectEnd(vokctl({"users", "list"}), 1, "",
-              "vokctl: the appliance cannot remove its work file (0xFF000006)\n");
+              "vokctl: The appliance's work file cannot be removed; see whether the disk for its "
+              "work files is full. (0xFF000006)\n");
 }
 
 // ---- create -----------------------------------------------------------------------------------
@@ -149,17 +153,17 @@ TEST_F(UsersCommand, createIsRefusedInWordsBeforeAnythingIsDone)
 {
     stubUsers({"anna"});
     const std::string taken =
-        "a user of this name exists already, or the name is reserved (0x10000001)";
+        "A user of this name exists already, or the name is reserved. (0x10000001)";
     for (const char* name : {"anna", "guest", "Config", "LOST+FOUND", "root", "Homes"}) {
         expectRefusal(name, "secret", taken);
     }
     expectRefusal(std::string(33, 'n'), "secret",
-                  "the user's name is longer than 32 bytes (0x10000002)");
+                  "The user's name is longer than 32 bytes. (0x10000002)");
     expectRefusal("carla", std::string(33, 'p'),
-                  "the password is longer than 32 bytes (0x10000003)");
-    const std::string character = "the name or the password holds a character that the appliance "
-                                  "does not take, such as a quote; or the name holds one of : , = "
-                                  "%, begins with @ + or ., or has a blank at an end (0xFF000003)";
+                  "The password is longer than 32 bytes. (0x10000003)");
+    const std::string character =
+        "The name or the password has a character that cannot be used, such as a quote. A name "
+        "cannot have : , = %, a blank at an end, or @ + . at its start. (0xFF000003)";
     for (const char* name : {"a'b", "a\"b", "a/b", "$(reboot)", "\x1B[2J", "a:b", "@staff",
                              ".hidden", "a,b", "a ", "50%", "a=b"}) {
         expectRefusal(name, "secret", character);
@@ -176,7 +180,35 @@ TEST_F(UsersCommand, createSaysThatTheListOfUsersCannotBeMade)
     // The filtered list stands beside the script's own, with a 2 behind its name.
     root::stub("php", "[ \"$2\" = tovGetUsers ] || exit 0\n"
                       ": >\"${3}2\"; chmod 000 \"${3}2\"");
-    expectRefusal("carla", "secret", "the appliance cannot tell which users it has (0xFF000004)");
+    const root::Ended ended = create("carla", "secret\n");
+    EXPECT_EQ(ended.exitCode, 1);
+    // The files have the number of the request's process.
+    std::istringstream errors(
+        std::regex_replace(ended.errors, std::regex("Existed[0-9]+"), "ExistedN"));
+    Strings lines;
+    for (std::string line; std::getline(errors, line);) {
+        lines.push_back(line);
+    }
+    // The two programs of the shell line run at the same time.
+    std::ranges::sort(lines);
+    EXPECT_EQ(lines, (Strings{
+                         "vokctl: The appliance says: cat: can't open 'isUserExistedN': No such "
+                         "file or directory",
+                         "vokctl: The appliance says: sh: 1: cannot create isUserExistedN: "
+                         "Permission denied",
+                         "vokctl: The appliance's user script did not list the users, so none was "
+                         "created; vokctl doctor may say why. (0xFF000004)",
+                     }));
+}
+
+TEST_F(UsersCommand, createTellsWhatTheScriptSays)
+{
+    stubUsers({"anna"});
+    stubAddition("echo 'useradd: group users does not exist' >&2; exit 1");
+    expectRefusal("carla", "secret",
+                  "The appliance's user script did not create this user; vokctl doctor may say "
+                  "why. (0x10000005)\n"
+                  "vokctl: The appliance says: useradd: group users does not exist");
 }
 
 TEST_F(UsersCommand, createSaysThatTheScriptHasRefused)
@@ -184,7 +216,8 @@ TEST_F(UsersCommand, createSaysThatTheScriptHasRefused)
     stubUsers({"anna"});
     stubAddition("exit 1");
     expectRefusal("carla", "secret",
-                  "the appliance's user script would not create this user (0x10000005)");
+                  "The appliance's user script did not create this user; vokctl doctor may say "
+                  "why. (0x10000005)");
 }
 
 // ---- verify -----------------------------------------------------------------------------------
@@ -224,8 +257,8 @@ TEST_F(UsersVerify, rightPasswordIsSaidToBeRight)
 
 TEST_F(UsersVerify, wrongPasswordIsNotToldFromAnUnknownUser)
 {
-    const std::string refusal = "vokctl: the password is not this user's, or there is no such "
-                                "user, or no password file (0x00000001)\n";
+    const std::string refusal = "vokctl: The password is not this user's, or there is no such "
+                                "user, or no password file. (0x00000001)\n";
     expectEnd(call("verify", "carla", "Password\n"), 1, "", refusal);
     expectEnd(call("verify", "carla", "\n", {"--empty-password"}), 1, "", refusal);
     expectEnd(call("verify", "nobody", "password\n"), 1, "", refusal);
@@ -239,8 +272,8 @@ TEST_F(UsersVerify, wrongPasswordIsNotToldFromAnUnknownUser)
 TEST_F(UsersCommand, handlerThatCrashesIsSaid)
 {
     root::stub("php", "read -r pid comm state ppid group rest </proc/self/stat; kill -9 $group");
-    const std::string complaint =
-        "vokctl: the request's process failed before it answered (0x53000002)\n";
+    const std::string complaint = "vokctl: The request's process failed before it answered; see "
+                                  "the service's log. (0x53000002)\n";
     expectEnd(vokctl({"users", "list"}), 7, "", complaint);
     expectEnd(create("carla", "secret\n"), 7, "", complaint);
 }

@@ -66,19 +66,22 @@ TEST_F(VersionCommand, textThatLooksLikeAnErrorIsNone)
 
 TEST_F(VersionCommand, refusalsAreSaidInWords)
 {
-    expectRefusal("the appliance does not know what build it runs (0x40000003)");
-    const std::string badSize =
-        "what the appliance knows of its build is empty or too long (0x40000004)";
+    expectRefusal("The appliance's build is not known, because /etc/buildinfo.txt cannot be read. "
+                  "(0x40000003)");
+    const std::string badSize = "The appliance's build cannot be shown, because /etc/buildinfo.txt "
+                                "is empty or too long. (0x40000004)";
     root::writeFile(kBuildFile, "");
     expectRefusal(badSize);
     root::writeFile(kBuildFile, std::string(4086, 'x'));
     expectRefusal(badSize);
     root::writeFile(kBuildFile, "1.0\n");
     std::filesystem::permissions(kBuildFile, std::filesystem::perms(0));
-    expectRefusal("the appliance cannot read what build it runs (0x40000001)");
+    expectRefusal("The appliance's build cannot be read; see whether /etc/buildinfo.txt is there. "
+                  "(0x40000001)");
     const Exchange exchanged = exchange({"version"}, {"erro " + le32(0x40000002)});
     expectEnd(exchanged.ended, 1, "",
-              "vokctl: the appliance cannot read what build it runs (0x40000002)\n");
+              "vokctl: The appliance's build cannot be read; see whether /etc/buildinfo.txt is "
+              "there. (0x40000002)\n");
 }
 
 TEST_F(VersionCommand, otherAnswersCannotBeRead)

@@ -314,6 +314,13 @@ TEST_F(ListShares, openingTagAloneIsAnyOtherLine)
     expectShares(nameLine("Music") + "<shareproperty>public\n" + propertyLine("private"), {}, "");
 }
 
+TEST_F(ListShares, tagThatLacksACharacterIsNone)
+{
+    expectShares("sharename>A</sharename>\n" + propertyLine("public"), {}, "");
+    expectShares(nameLine("Music") + "<sharename>B</sharename\n" + propertyLine("public"), {}, "");
+    expectShares(nameLine("Music") + "  <shareproperty>public</shareproperty\n", {}, "");
+}
+
 TEST_F(ListShares, lineWithBothIsANameLine)
 {
     expectShares("<sharename>A</sharename><shareproperty>public</shareproperty>\n" +

@@ -87,6 +87,7 @@ TEST_F(UsersList, nameIsBetweenTheFirstTags)
     expectList("<username>a</b></username>\n", "return [\"guest\", \"a\"];");
     expectList("<username><name>a</name>\n", "return [\"guest\", \"<name>a\"];");
     expectList("username name>b</\n", "return [\"guest\", \"b\"];");
+    expectList("username game>a name>b</\n", "return [\"guest\", \"b\"];");
     expectList("<username></username>\n", "return [\"guest\", \"\"];");
     expectList("</x><username>bob</username>\n", "return [\"guest\", \"bob\"];");
 }

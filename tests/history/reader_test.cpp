@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "history/reader.h"
 
+#include <array>
+
 #include "tests/history/entries.h"
 
 namespace {
@@ -69,6 +71,50 @@ TEST_F(HistoryReader, knowsItsExtent)
     EXPECT_EQ(extent.last, kMonday + 5);
     EXPECT_EQ(extent.lastList, kMonday);
     EXPECT_EQ(extent.begunAnew, std::nullopt);
+}
+
+/// The courses of all shares as "NAME: TIME SIZE, TIME SIZE", times from kMonday on.
+entries::Lines courses(std::time_t since, std::chrono::days days)
+{
+    entries::Lines lines;
+    for (const auto& [name, points] : Reader(kFile).courses(since, days)) {
+        std::string line = name + ":";
+        for (const history::Point& point : points) {
+            line +=
+                " " + std::to_string(point.published - kMonday) + " " + entries::words(point.used);
+        }
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+TEST_F(HistoryReader, coursesHaveADaysFirstEntryTheLastAndTheOneThatIsSoMuchOlder)
+{
+    constexpr std::chrono::days kOneDay{1};
+    for (const std::time_t time : std::to_array<std::time_t>({0, 5, 9, kDay, kDay + 1, kDay + 6})) {
+        remember(entry(kMonday + time, {share("Media", 5), share("Music", 7)}));
+    }
+    remember(entry(kMonday + kDay + 7, {share("Media", 6)}));
+    history::Entry noList = entry(kMonday + kDay + 8, {});
+    noList.hasList = false;
+    remember(noList);
+    EXPECT_EQ(courses(0, kOneDay), (entries::Lines{"Media: 0 5 M 5 5 M 86400 5 M 86407 6 M",
+                                                   "Music: 0 7 M 5 7 M 86400 7 M"}));
+    EXPECT_EQ(courses(kMonday + 6, kOneDay),
+              (entries::Lines{"Media: 86400 5 M 86407 6 M", "Music: 86400 7 M"}));
+    EXPECT_EQ(courses(kMonday + kDay + 8, kOneDay), entries::Lines{});
+}
+
+TEST_F(HistoryReader, waitsForAWriterOnlyAsLongAsItIsTold)
+{
+    remember(entry(kMonday, {share("Media", 5)}));
+    const history::Database writer(kFile, history::Database::Access::kWrite);
+    writer.run("BEGIN EXCLUSIVE");
+    const auto failure =
+        entries::failureOf([] { const Reader reader(kFile, std::chrono::milliseconds(1)); });
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->kind(), history::DatabaseError::Kind::kOther);
+    EXPECT_STREQ(failure->what(), "database is locked");
 }
 
 TEST_F(HistoryReader, readsWhileAnotherWrites)

@@ -93,7 +93,7 @@ TEST_F(Accounts, accountIsCreated)
         page::createAccount(settings(), {"carla", "a secret"});
         FAIL();
     } catch (const client::Failure& failure) {
-        EXPECT_STREQ(failure.what(), "a user of this name exists already, or the name is reserved "
+        EXPECT_STREQ(failure.what(), "A user of this name exists already, or the name is reserved. "
                                      "(0x10000001)");
     }
 }

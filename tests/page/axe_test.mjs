@@ -117,6 +117,18 @@ test("overview with shares", async () => {
     await expectNoFaultAt("?sort=name", "long names");
 });
 
+test("shares with a past", async () => {
+    await appliance.run("vokctl collect --wait 60 && vokctl history --remember");
+    await expectNoFaultAt("", "past");
+    await expectNoFaultAt("/share?name=Family%20Videos");
+    await browser.click("summary");
+    await expectNoFault("figures");
+    await expectNoFaultAt("/share?name=Photos&period=year");
+    await expectNoFaultAt("/share?name=Old%20Laptop&period=all", "gone");
+    await expectNoFaultAt("/share?name=Pictures", "former name");
+    await expectNoFaultAt("/share?name=None", "no such share");
+});
+
 test("overview with a collection", async () => {
     const collections = new Collections(appliance);
     await collections.hold("New", ["New"]);

@@ -58,7 +58,7 @@ test("the overview shows the seeded shares, drives and printers", async () => {
     ]);
     assert.deepEqual(await browser.texts(".devices .capacity"), ["500.10 GB", "500.10 GB", "31.01 GB"]);
     assert.equal(await browser.attribute(".shares time", "datetime"), "2026-11-15");
-    assert.match(await browser.text("#published"), /^Measured /);
+    assert.match(await browser.text("#published"), /^Published /);
     assert.equal(await browser.text("#collection"), "No collection is running.");
     assert.match(await browser.text("#main"), /vokcontrol sample appliance 1\.0/);
     assert.match(await browser.text("#main"), /Address\s+\d+\.\d+\.\d+\.\d+/);
@@ -108,6 +108,59 @@ test("a narrow window needs no scrolling to the side", async () => {
             [innerWidth, document.documentElement.scrollWidth]), [360, 360], place);
     }
     await browser.devtools("Emulation.clearDeviceMetricsOverride");
+});
+
+// ---- The past -----------------------------------------------------------------------------------
+
+test("the overview shows the last 30 days of the shares, and when the disk will be full", async () => {
+    await appliance.run("vokctl history --remember");
+    await visit("");
+    assert.equal((await browser.texts(".shares td.past svg")).length, 8);
+    assert.match((await browser.texts(".shares td.past"))[1], /^ \+\d+ MB in 30 days$/);
+    assert.match(await browser.text(".forecast"), /^If it goes on filling like this, the disk is full in about \d+ months\.$/);
+});
+
+test("each share's name leads to its page, which shows its past in three periods", async () => {
+    await visit("");
+    await browser.follow('.shares a[href$="share?name=Family%20Videos"]');
+    assert.equal(await browser.text("h1"), "Family Videos");
+    for (const [number, [label, days]] of [["30 days", 30], ["A year", 200], ["All", 200]].entries()) {
+        await browser.follow(`.periods li:nth-child(${number + 1}) a`);
+        assert.deepEqual(await browser.texts(".periods a[aria-current]"), [label]);
+        assert.match(await browser.text(".change"), new RegExp(`^\\+\\d+ MB in ${days} days$`));
+        const marks = await browser.texts(".plot circle");
+        assert.ok(marks.length > 10 && marks.length <= 31, `${marks.length} marks`);
+        assert.equal((await browser.texts("details tbody tr")).length, marks.length);
+        assert.deepEqual(await browser.consoleMessages(), []);
+    }
+});
+
+test("each mark of a plot is on its line, and the words have the size of other small ones", async () => {
+    const { gaps, sizes } = await browser.evaluate(() => {
+        const line = document.querySelector(".plot polyline");
+        const toPage = line.getScreenCTM();
+        const marks = [...document.querySelectorAll(".plot circle")];
+        return {
+            gaps: [...line.points].map((point, i) => {
+                const { x, y } = point.matrixTransform(toPage);
+                const box = marks[i].getBoundingClientRect();
+                return Math.hypot(x - box.x - box.width / 2, y - box.y - box.height / 2);
+            }),
+            sizes: [...document.querySelectorAll(".plot text")].map((text) => getComputedStyle(text).fontSize),
+        };
+    });
+    assert.ok(gaps.length > 10 && Math.max(...gaps) < 1.5, gaps.join(" "));
+    assert.deepEqual([...new Set(sizes)], ["14.4px"]);
+});
+
+test("a share that is gone has a page, one that was renamed leads to its new name", async () => {
+    await visit("");
+    await browser.follow('a[href$="share?name=Old%20Laptop"]');
+    assert.match(await browser.text("main"), /It is gone: it was last published on /);
+    await browser.visit(urlOf("/share?name=Pictures"));
+    await browser.follow("main .notice a");
+    assert.equal(await browser.text("h1"), "Photos");
+    await browser.consoleMessages(); // the former name is not found
 });
 
 // ---- Collections --------------------------------------------------------------------------------
@@ -196,6 +249,11 @@ test("names of shares are text, whatever is in them", async () => {
         HOSTILE_NAMES.map((name) => name.replace("\u2028", "\uFFFD")).sort());
     assert.equal(await browser.evaluate(() => document.querySelectorAll("main img, main script").length), 0);
     assert.deepEqual(await browser.texts(".shares .badge"), HOSTILE_NAMES.map(() => "! Old"));
+    for (const name of HOSTILE_NAMES) {
+        await visit(`/share?name=${encodeURIComponent(name)}`);
+        assert.equal((await browser.texts("h1"))[0], name.replace("\u2028", "\uFFFD"));
+        assert.equal(await browser.evaluate(() => document.querySelectorAll("main img, main script").length), 0);
+    }
     await appliance.publish(Buffer.from(seeded, "base64"));
 });
 

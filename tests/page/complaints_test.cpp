@@ -36,7 +36,7 @@ TEST(Complaints, refusalIsAboutTheFieldThatIsToBlame)
     complaints.add(Refused(client::kRefused, "shar", cmdsvc::kNoSuchUser, "x"), kFields);
     complaints.add(Refused(client::kRefused, "shar", cmdsvc::kNoMemory, "x"), kFields);
     EXPECT_EQ(complaints.about("user"), "There is no user of this name, or it is reserved.");
-    EXPECT_EQ(complaints.about(""), "The appliance has run out of memory.");
+    EXPECT_EQ(complaints.about(""), "The appliance has run out of memory; try again later.");
 }
 
 TEST(Complaints, failureThatIsNoRefusalIsAboutTheForm)

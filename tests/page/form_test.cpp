@@ -57,6 +57,19 @@ TEST(FormFields, canBeSet)
     EXPECT_EQ(form.value("b"), "4");
 }
 
+TEST(EncodeUrl, isReadBackAsItWas)
+{
+    EXPECT_EQ(page::encodeUrl("Aa09-._~"), "Aa09-._~");
+    EXPECT_EQ(page::encodeUrl("a b+c&d=%/?#\"'<\xC3\x89"),
+              "a%20b%2Bc%26d%3D%25%2F%3F%23%22%27%3C%C3%89");
+    std::string all;
+    for (int code = 0; code < 256; ++code) {
+        all += static_cast<char>(code);
+    }
+    EXPECT_EQ(page::decodeUrl(page::encodeUrl(all)), all);
+    EXPECT_EQ(Form("name=" + page::encodeUrl(all)).value("name"), all);
+}
+
 class Accessor : public testing::Test {
   protected:
     /// Reads a field into a buffer of a size, with marks behind it.

@@ -205,4 +205,11 @@ TEST(Parts, noticesTellTheirMood)
     EXPECT_EQ(page::notice(Mood::kNeutral, content).text(), "<div class=\"notice\">x</div>\n");
 }
 
+TEST(ShareLink, leadsToTheSharesPageWhateverTheName)
+{
+    EXPECT_EQ(page::shareLink("a b&<c>").text(),
+              "<a href=\"/cgi-bin/vokpage/share?name=a%20b%26%3Cc%3E\">"
+              "<bdi>a b&amp;&lt;c&gt;</bdi></a>");
+}
+
 } // namespace

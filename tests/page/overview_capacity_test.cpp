@@ -19,12 +19,12 @@ ShareRow share(const std::string& name, std::optional<Space> used)
 }
 
 std::string card(const std::vector<ShareRow>& shares, std::optional<Capacity> capacity,
-                 const Html& action = {})
+                 const Html& action = {}, std::optional<double> daysUntilFull = {})
 {
     Situation situation;
     situation.status.shares = shares;
     situation.capacity = capacity;
-    return page::capacityCard(situation, action).text();
+    return page::capacityCard(situation, daysUntilFull, action).text();
 }
 
 TEST(CapacityCard, showsTheLargestSharesAndAllElse)
@@ -66,6 +66,17 @@ TEST(CapacityCard, doesWithoutTheCapacity)
 </ul>
 </section>
 )");
+}
+
+TEST(CapacityCard, saysWhenTheDiskWillBeFull)
+{
+    const std::string without = card({share("a", Space{3, 'M'})}, std::nullopt);
+    const std::string with = card({share("a", Space{3, 'M'})}, std::nullopt, {}, 152);
+    const std::string end = "</section>\n";
+    EXPECT_EQ(with, without.substr(0, without.size() - end.size()) +
+                        "<p class=\"forecast\">If it goes on filling like this, the disk is full "
+                        "in about 5 months.</p>\n" +
+                        end);
 }
 
 TEST(CapacityCard, emptyShareIsNamedButNotDrawn)

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "page/overview_shares.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
+#include "page/course.h"
 #include "view/wording.h"
 
 namespace {
@@ -43,12 +45,13 @@ ShareRow backedUp(const std::string& name, int age, std::optional<int> state)
     return row;
 }
 
-std::string table(const std::vector<ShareRow>& shares, const char* sort = "")
+std::string table(const std::vector<ShareRow>& shares, const char* sort = "",
+                  const page::Past& past = {})
 {
     Situation situation;
     situation.status.shares = shares;
     situation.now = kNow;
-    return page::shareTable(situation, configuration(), readOrder(sort)).text();
+    return page::shareTable(situation, configuration(), readOrder(sort), past).text();
 }
 
 /// What follows each mark, up to another one.
@@ -80,8 +83,8 @@ TEST(ShareTable, showsNameSpaceAndBackup)
     ShareRow known = backedUp("<b>", 3, 2);
     known.used = Space{604, 'M'};
     EXPECT_EQ(table({share("Media", std::nullopt), known}), kHead + R"(
-<tr role="row"><th role="rowheader" scope="row" class="name"><bdi>&lt;b&gt;</bdi></th><td role="cell" class="number">604 MB</td><td role="cell" class="part"><svg class="bar" viewBox="0 0 1000 10" preserveAspectRatio="none" aria-hidden="true"><rect width="1000" height="10"/></svg><span class="quiet">100 %</span></td><td role="cell" class="backup"><span class="badge old"><span aria-hidden="true">&#10005;</span> Failed</span> <time datetime="2026-11-18">3 days ago</time> <span class="quiet">18 November 2026, state 2 (disk &lt;full&gt;)</span></td></tr>
-<tr role="row"><th role="rowheader" scope="row" class="name"><bdi>Media</bdi></th><td role="cell" class="number"><span aria-hidden="true">&ndash;</span><span class="sr">not known</span></td><td role="cell" class="part"><span aria-hidden="true">&ndash;</span><span class="sr">not known</span></td><td role="cell" class="backup"><span class="badge none"><span aria-hidden="true">&ndash;</span> Never</span></td></tr>
+<tr role="row"><th role="rowheader" scope="row" class="name"><a href="/cgi-bin/vokpage/share?name=%3Cb%3E"><bdi>&lt;b&gt;</bdi></a></th><td role="cell" class="number">604 MB</td><td role="cell" class="part"><svg class="bar" viewBox="0 0 1000 10" preserveAspectRatio="none" aria-hidden="true"><rect width="1000" height="10"/></svg><span class="quiet">100 %</span></td><td role="cell" class="backup"><span class="badge old"><span aria-hidden="true">&#10005;</span> Failed</span> <time datetime="2026-11-18">3 days ago</time> <span class="quiet">18 November 2026, state 2 (disk &lt;full&gt;)</span></td></tr>
+<tr role="row"><th role="rowheader" scope="row" class="name"><a href="/cgi-bin/vokpage/share?name=Media"><bdi>Media</bdi></a></th><td role="cell" class="number"><span aria-hidden="true">&ndash;</span><span class="sr">not known</span></td><td role="cell" class="part"><span aria-hidden="true">&ndash;</span><span class="sr">not known</span></td><td role="cell" class="backup"><span class="badge none"><span aria-hidden="true">&ndash;</span> Never</span></td></tr>
 </tbody>
 </table>
 )");
@@ -96,51 +99,55 @@ TEST(ShareTable, barsShowThePartOfAllShares)
               (Strings{"80 %", "20 %", "under 1 %", "0 %"}));
 }
 
-// ---- Backups ----------------------------------------------------------------------------------
+// ---- The past ---------------------------------------------------------------------------------
 
-std::string backupOf(const ShareRow& row)
+history::Point pointAt(int age, std::uint16_t used)
 {
-    return between(table({row}), R"(<td role="cell" class="backup">)", "</td>").front();
+    return {.published = kNow - age * std::time_t{86400},
+            .used = Space{used, 'M'},
+            .backupState = {},
+            .backupDay = {}};
 }
 
-std::string badge(const std::string& colour, const std::string& sign, const std::string& word)
+page::Past past()
 {
-    return "<span class=\"badge " + colour + "\"><span aria-hidden=\"true\">" + sign + "</span> " +
-           word + "</span>";
+    page::Past past;
+    past.courses["a"] = {pointAt(30, 10), pointAt(15, 30), pointAt(0, 20)};
+    past.courses["gone"] = past.courses["a"];
+    past.courses["one day"] = {pointAt(0, 20)};
+    return past;
 }
 
-TEST(ShareTable, backupWithoutADayIsItsReport)
+TEST(ShareTable, lastThirtyDaysAreAColumnIfAShareHasThem)
 {
-    EXPECT_EQ(backupOf(share("a", {})), badge("none", "&ndash;", "Never"));
-    EXPECT_EQ(backupOf(share("a", {}, BackupReport::kUnreadable)),
-              badge("ageing", "!", "Unreadable report"));
-    EXPECT_EQ(backupOf(share("a", {}, BackupReport::kNewer)), badge("none", "+", "Reported since"));
+    const std::string text =
+        table({share("a", Space{20, 'M'}), share("one day", Space{20, 'M'})}, "", past());
+    EXPECT_EQ(between(text, "<th role=\"columnheader\" scope=\"col\" class=\"past\">", "</th>"),
+              Strings{"Last 30 days"});
+    EXPECT_EQ(between(text, "<td role=\"cell\" class=\"past\">", "</td>"),
+              (Strings{page::courseOf(past().courses["a"], kNow).text(), ""}));
 }
 
-TEST(ShareTable, backupIsJudgedByTheConfiguration)
+TEST(ShareTable, sharesThatAreGoneAreBelowIt)
 {
-    EXPECT_EQ(backupOf(backedUp("a", 1, 1)),
-              badge("recent", "&#10003;", "Recent") +
-                  " <time datetime=\"2026-11-20\">yesterday</time> <span class=\"quiet\">20 "
-                  "November 2026, state 1</span>");
-    EXPECT_EQ(backupOf(backedUp("a", 8, 1)),
-              badge("ageing", "!", "Old") +
-                  " <time datetime=\"2026-11-13\">8 days ago</time> <span class=\"quiet\">13 "
-                  "November 2026, state 1</span>");
-    EXPECT_EQ(backupOf(backedUp("a", -2, std::nullopt)),
-              badge("ageing", "!", "In the future") +
-                  " <time datetime=\"2026-11-23\">in the future</time> <span class=\"quiet\">23 "
-                  "November 2026</span>");
+    const std::string table20 = table({share("b", Space{20, 'M'})});
+    page::Past past;
+    past.courses["b"] = {pointAt(0, 20)};
+    past.courses["Old <1>"] = {pointAt(8, 20)};
+    past.courses["Old 2"] = {pointAt(30, 20)};
+    past.courses["long gone"] = {pointAt(31, 20)};
+    past.courses["renamed just now"] = {pointAt(0, 20)};
+    EXPECT_EQ(table({share("b", Space{20, 'M'})}, "", past),
+              table20 + "<p class=\"quiet\">Gone in the last 30 days: "
+                        "<a href=\"/cgi-bin/vokpage/share?name=Old%202\"><bdi>Old 2</bdi></a>, "
+                        "<a href=\"/cgi-bin/vokpage/share?name=Old%20%3C1%3E\"><bdi>Old "
+                        "&lt;1&gt;</bdi></a></p>\n");
 }
 
-TEST(ShareTable, stateThatNobodyHasExplainedIsItsNumberAlone)
+TEST(ShareTable, hasNoColumnForThePastIfNoShareHasOne)
 {
-    EXPECT_EQ(backupOf(backedUp("a", 0, 7)),
-              "<span class=\"badge none\">State 7</span> <time datetime=\"2026-11-21\">today"
-              "</time> <span class=\"quiet\">21 November 2026</span>");
-    EXPECT_EQ(backupOf(backedUp("a", 0, std::nullopt)),
-              " <time datetime=\"2026-11-21\">today</time> <span class=\"quiet\">21 November 2026"
-              "</span>");
+    const std::vector<ShareRow> shares = {share("one day", Space{20, 'M'})};
+    EXPECT_EQ(table(shares, "", past()), table(shares));
 }
 
 // ---- Orders -----------------------------------------------------------------------------------

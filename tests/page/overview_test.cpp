@@ -7,6 +7,7 @@
 #include <string>
 
 #include "sharestatus/status_format.h"
+#include "tests/page/pasts.h"
 #include "tests/page/visits.h"
 #include "tests/support/collector.h"
 #include "view/wording.h"
@@ -45,6 +46,7 @@ class OverviewPage : public root::Test {
     void SetUp() override
     {
         root::Test::SetUp();
+        std::filesystem::remove_all("/var/lib/vokcontrol");
         visits::stubSystemScript();
         root::writeFile("/stubs/tovGetSystemStatus", kReport);
         root::stub("pelparam", "echo 1");
@@ -55,6 +57,7 @@ class OverviewPage : public root::Test {
     void TearDown() override
     {
         std::filesystem::remove("/etc/buildinfo.txt");
+        std::filesystem::remove_all("/var/lib/vokcontrol");
         root::Test::TearDown();
     }
 
@@ -107,11 +110,11 @@ TEST_F(OverviewPage, sortsTheSharesAsTheAddressSays)
 {
     publishShares();
     const std::string first = R"(<tbody role="rowgroup">
-<tr role="row"><th role="rowheader" scope="row" class="name"><bdi>)";
-    EXPECT_EQ(between(overview().body, first, "<"), "Old &amp; &lt;gold&gt;");
+<tr role="row"><th role="rowheader" scope="row" class="name"><a href="/cgi-bin/vokpage/share?name=)";
+    EXPECT_EQ(between(overview().body, first, "\""), "Old%20%26%20%3Cgold%3E");
     page::Request request = visits::get();
     request.query = page::Form("sort=name");
-    EXPECT_EQ(between(visits::make(page::makeOverview, request).body, first, "<"), "Fresh");
+    EXPECT_EQ(between(visits::make(page::makeOverview, request).body, first, "\""), "Fresh");
 }
 
 /// How often a text is in another one.
@@ -190,7 +193,7 @@ TEST_F(OverviewPage, buttonIsInThePlaceOfAMissingList)
         EXPECT_TRUE(contains(body, emptyList(words))) << body;
         EXPECT_EQ(count(body, kButton), 1);
     };
-    expect("No share has been measured yet.");
+    expect("Nothing has been published yet.");
     publish("");
     expect("The last collection could not get the list of shares.");
     publish(zeros(10));
@@ -199,12 +202,43 @@ TEST_F(OverviewPage, buttonIsInThePlaceOfAMissingList)
     expect("The share status is damaged. The next collection replaces it.");
 }
 
-TEST_F(OverviewPage, saysWhenTheSharesWereMeasured)
+TEST_F(OverviewPage, saysWhenTheStatusWasPublished)
 {
     EXPECT_TRUE(contains(overview().body, "<div id=\"published\" data-live>\n</div>\n"));
     publishShares();
     EXPECT_TRUE(contains(overview().body, "<div id=\"published\" data-live>\n"
-                                          "<p class=\"quiet\">Measured just now, "));
+                                          "<p class=\"quiet\">Published just now, "));
+}
+
+/// A share that has grown for 20 days, and a disk that will be full in as many.
+void rememberGrowth()
+{
+    for (int day = 20; day >= 0; --day) {
+        pasts::remember(day, {pasts::share("Fresh", static_cast<std::uint16_t>(40 - day))},
+                        static_cast<std::uint64_t>(10'000 * (20 + day)), std::time(nullptr));
+    }
+}
+
+TEST_F(OverviewPage, showsThePast)
+{
+    publishShares();
+    rememberGrowth();
+    const std::string body = overview().body;
+    EXPECT_TRUE(contains(body, "</svg> <span class=\"quiet\">+20 MB in 20 days</span></td>"));
+    EXPECT_TRUE(contains(body, "<p class=\"forecast\">If it goes on filling like this, the disk is "
+                               "full in about 3 weeks.</p>\n"));
+}
+
+TEST_F(OverviewPage, isWholeWithoutAHistoryThatIsDamaged)
+{
+    publishShares();
+    const std::string before = overview().body;
+    rememberGrowth();
+    root::writeFile(history::kFile, "not a database");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(overview().body, before);
+    EXPECT_TRUE(
+        contains(testing::internal::GetCapturedStderr(), "vokpage: the history cannot be read: "));
 }
 
 TEST_F(OverviewPage, showsDrivesAndPrinters)

@@ -64,8 +64,8 @@ TEST_F(PublicShares, refusalOfTheNameAsksForAnother)
     const FakeService service(
         {kShares, le32(0xFF000003), kShares, le32(0x20000001), kShares, le32(0x20000003)});
     for (const char* words :
-         {"The share's name holds a character that the appliance does not take, such as a quote or "
-          "a slash; or it holds one of : , = %, begins with @ + or ., or has a blank at an end.",
+         {"The share's name has a character that cannot be used, such as a quote or a slash, one "
+          "of : , = %, a blank at an end, or @ + . at its start.",
           "A share of this name exists already, or the name is reserved.",
           "The share's name is longer than 64 bytes."}) {
         expectSame(page::providePublicShare(connection(), "New"), {State::kBadName, "New", words});
@@ -77,10 +77,12 @@ TEST_F(PublicShares, otherFailuresAreNotTheNames)
     {
         const FakeService service({"erro " + le32(0xFF000004), kShares, le32(0xFF000004)});
         expectSame(page::findPublicShare(connection(), "New"),
-                   {State::kFailed, "New", "A script or a tool of the appliance has failed."});
+                   {State::kFailed, "New",
+                    "A script or a tool of the appliance has failed; vokctl doctor may say why."});
         expectSame(
             page::providePublicShare(connection(), "New"),
-            {State::kFailed, "New", "The appliance's share script would not create this share."});
+            {State::kFailed, "New",
+             "The appliance's share script did not create this share; vokctl doctor may say why."});
     }
     testing::internal::CaptureStderr();
     expectSame(

@@ -108,6 +108,7 @@ struct Row {
 constexpr auto kRows = std::to_array<Row>({
     // path                  read: administrator, account, nobody, newcomer             form: the same
     {"",                     {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"405", "405", "405", "405"}},
+    {"/share",               {"404",        "404",        "303 /login", "303 /setup/administrator"}, {"405", "405", "405", "405"}},
     {"/shares",              {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/users",               {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/users/check",         {"200",        "403",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},

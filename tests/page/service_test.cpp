@@ -44,6 +44,14 @@ TEST(Service, visitorsAreToldWhatTheyCanDo)
     }
 }
 
+TEST(Service, visitorsReadWhatTheApplianceSays)
+{
+    EXPECT_EQ(page::explain(client::Refused(client::kRefused, "crat", cmdsvc::kUserNameTooLong,
+                                            "for vokctl", "useradd: no group\nsorry\x07\n")),
+              "The user's name is longer than 32 bytes. The appliance says: useradd: no group; "
+              "sorry\\u{7}");
+}
+
 TEST(Service, refusalIsNoMatterForTheLog)
 {
     testing::internal::CaptureStderr();

@@ -127,8 +127,9 @@ TEST_F(SetupPage, nameThatTheServiceRefusesIsComplainedOfAndNothingIsStored)
     const FakeService service({kOther, le32(0x20000001)});
     const Made made = post(kAnswers + "3");
     EXPECT_EQ(made.script, thisPage(1));
-    EXPECT_TRUE(contains(made.body, kComplaint + "A share of this name exists already, or the name "
-                                                 "is reserved.</p>"));
+    EXPECT_TRUE(
+        contains(made.body,
+                 kComplaint + "A share of this name exists already, or the name is reserved.</p>"));
     EXPECT_TRUE(isUntouched());
 }
 

@@ -139,13 +139,14 @@ TEST_F(Shares, setupThatNamesNoPublicShareIsNotSpokenOf)
 TEST_F(Shares, listThatCannotBeHadIsNoEmptyOne)
 {
     const FakeService service({"erro " + le32(0xFF000004), "erro " + le32(0xFF000005)});
-    EXPECT_EQ(make(visits::get()).body.text(),
-              kStart +
-                  "<div class=\"notice bad\" role=\"alert\"><p>The list of shares cannot be had. A "
-                  "script or a tool of the appliance has failed.</p></div>\n" +
-                  kEnd +
-                  form(visits::get(), {},
-                       {.users = {}, .failure = "The appliance has no list of users."}));
+    EXPECT_EQ(
+        make(visits::get()).body.text(),
+        kStart +
+            "<div class=\"notice bad\" role=\"alert\"><p>The list of shares cannot be had. A "
+            "script or a tool of the appliance has failed; vokctl doctor may say why.</p></div>\n" +
+            kEnd +
+            form(visits::get(), {},
+                 {.users = {}, .failure = "The appliance's list of users cannot be found."}));
 }
 
 TEST_F(Shares, publicShareIsCreatedAndToldOnTheNextPage)
@@ -158,7 +159,7 @@ TEST_F(Shares, publicShareIsCreatedAndToldOnTheNextPage)
     EXPECT_EQ(toldAfter(made),
               "<div class=\"notice good\" role=\"status\"><p>The share <bdi>&lt;b&gt;</bdi> was "
               "created. Everybody in the network may read and write what is in it. The overview "
-              "shows it after the next measurement.</p></div>\n");
+              "shows it after the next collection.</p></div>\n");
 }
 
 TEST_F(Shares, privateShareIsCreatedForItsUser)
@@ -169,7 +170,7 @@ TEST_F(Shares, privateShareIsCreatedForItsUser)
     EXPECT_EQ(toldAfter(made),
               "<div class=\"notice good\" role=\"status\"><p>The share <bdi>Papers</bdi> was "
               "created. <bdi>bob</bdi> alone may read and write what is in it. The overview shows "
-              "it after the next measurement.</p></div>\n");
+              "it after the next collection.</p></div>\n");
 }
 
 /// A refusal of the service, its words, and the field that they are about.
@@ -184,11 +185,11 @@ const auto kRefusals = std::to_array<Refusal>({
     {0x20000003, "name", "The share's name is longer than 64 bytes."},
     {0x20000006, "user", "There is no user of this name, or it is reserved."},
     {0xFF000003, "name",
-     "The user's or the share's name holds a character that the appliance does not take, such as a "
-     "quote or a slash; or the share's holds one of : , = %, begins with @ + or ., or has a blank "
-     "at an end."},
+     "A name has a character that cannot be used, such as a quote or a slash. A share's cannot "
+     "have : , = %, a blank at an end, or @ + . at its start."},
     {0xFF000004, "",
-     "The appliance's share script would not create this share, or not give it to this user."},
+     "The appliance's share script did not create this share, or did not give it to this user; "
+     "vokctl doctor may say why."},
 });
 
 TEST_F(Shares, refusalIsSaidBesideItsField)

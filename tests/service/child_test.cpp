@@ -140,8 +140,11 @@ TEST_F(ServiceChild, requestFindsItsFolderAndItsStreams)
 {
     root::stub("php", "{ pwd; readlink /proc/$$/fd/0; readlink /proc/$PPID/fd/1;"
                       " readlink /proc/$PPID/fd/2; } >/stubs/seen; echo noise >&2; : >\"$3\"");
-    EXPECT_EQ(run(frame("lstu", 0)).answer, "lsut " + le32(0) + "\n");
-    EXPECT_EQ(root::readFile("/stubs/seen"), "/tmp\n/dev/null\n/dev/null\n/dev/null\n");
+    const Outcome outcome = run(frame("lstu", 0));
+    EXPECT_EQ(outcome.answer, "lsut " + le32(0) + "\n");
+    EXPECT_EQ(outcome.reasons.text(), "noise\n");
+    EXPECT_EQ(root::readFile("/stubs/seen"),
+              "/tmp\n/dev/null\n/dev/null\n/memfd:reasons (deleted)\n");
 }
 
 TEST_F(ServiceChild, requestInheritsNoDescriptor)

@@ -124,6 +124,18 @@ class Server : public root::UntracedTest {
     }
 };
 
+TEST_F(Server, logsWhatProgramsSayButNoParameter)
+{
+    root::stub("php", "if [ $2 = tovGetUsers ]; then : >\"$3\"; exit; fi\n"
+                      "echo \"useradd: $3 with $4: no group users\" >&2; exit 1");
+    start();
+    EXPECT_EQ(exchange(frame("crat", 2, "carla\na secret\n")), le32(0x10000005));
+    EXPECT_EQ(stop(),
+              (std::vector<std::string>{"vokserve: me: 1 crat count=2 answer=4",
+                                        "vokserve: me: request 1: its programs said: useradd: "
+                                        "[...] with [...]: no group users"}));
+}
+
 TEST_F(Server, answersOneRequestAConnection)
 {
     root::stub("php", "echo '<username>anna</username>' >\"$3\"");

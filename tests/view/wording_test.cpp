@@ -97,4 +97,18 @@ TEST(FormatCount, knowsOneFromMany)
     EXPECT_EQ(formatCount(2, "share", "shares"), "2 shares");
 }
 
+TEST(Wording, namesAreSeparated)
+{
+    EXPECT_EQ(view::formatNames({}), "");
+    EXPECT_EQ(view::formatNames({"sda1"}), "sda1");
+    EXPECT_EQ(view::formatNames({"sda1", "sdb1", "sdc1"}), "sda1, sdb1, sdc1");
+}
+
+TEST(Wording, partHasAUnitOnlyIfItIsAnother)
+{
+    EXPECT_EQ(view::formatPartOfKibibytes(312000000, 500000000), "312");
+    EXPECT_EQ(view::formatPartOfKibibytes(1400000, 9000000), "1.4");
+    EXPECT_EQ(view::formatPartOfKibibytes(900000, 1400000), "900 MB");
+}
+
 } // namespace

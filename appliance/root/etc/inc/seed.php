@@ -156,3 +156,5 @@ foreach ($users as $name => $password) {
     addAccount($database, $name, $password);
 }
 $database->commit();
+
+require __DIR__ . '/past.php';

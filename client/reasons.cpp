@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: MIT
+#include "client/reasons.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <fcntl.h>
+#include <limits>
+#include <optional>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include "view/terminal_text.h"
+#include "view/utf8.h"
+
+namespace client {
+namespace {
+
+bool isReadable(int socket, std::chrono::milliseconds patience)
+{
+    constexpr std::int64_t kLongest = std::numeric_limits<int>::max();
+    const auto most = static_cast<int>(std::min<std::int64_t>(patience.count(), kLongest));
+    pollfd connection = {socket, POLLIN, 0};
+    return ::poll(&connection, 1, most) == 1;
+}
+
+/// The descriptor that came with a message; nothing if none did.
+std::optional<int> descriptorIn(msghdr& message)
+{
+    const cmsghdr* header = CMSG_FIRSTHDR(&message);
+    if (header == nullptr || header->cmsg_level != SOL_SOCKET || header->cmsg_type != SCM_RIGHTS) {
+        return std::nullopt;
+    }
+    int descriptor = -1;
+    std::memcpy(&descriptor, CMSG_DATA(header), sizeof descriptor);
+    return descriptor;
+}
+
+/// The text in a file from the service, up to the zeros that fill it. Only a file in memory can be
+/// sealed; from any other a server could make the client wait.
+std::string readReasons(int descriptor)
+{
+    constexpr int kNotOfMemory = -1;
+    constexpr std::size_t kMost = 4096;
+    if (::fcntl(descriptor, F_GET_SEALS) == kNotOfMemory) {
+        return "";
+    }
+    std::string text(kMost, '\0');
+    const ssize_t size = ::pread(descriptor, text.data(), text.size(), 0);
+    text.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    return text.substr(0, text.find('\0'));
+}
+
+/// The start of a text with at most so many bytes, but no part of a character.
+std::string_view startOf(std::string_view text, std::size_t most)
+{
+    std::size_t size = 0;
+    while (size < text.size()) {
+        const auto character = view::firstCharacter(text.substr(size));
+        const std::size_t next = size + (character ? character->size : 1);
+        if (next > most) {
+            break;
+        }
+        size = next;
+    }
+    return text.substr(0, size);
+}
+
+std::string shortLine(std::string_view line)
+{
+    constexpr std::size_t kMost = 200;
+    const std::string_view start = startOf(line, kMost);
+    return view::makePrintable(start).text + (start.size() < line.size() ? "..." : "");
+}
+
+} // namespace
+
+FirstPiece receiveFirst(int socket, std::size_t longest, std::chrono::milliseconds patience)
+{
+    if (!isReadable(socket, patience)) {
+        return {};
+    }
+    constexpr std::size_t kMost = 16384;
+    std::string bytes(std::min(longest, kMost), '\0');
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control = {};
+    iovec place = {bytes.data(), bytes.size()};
+    msghdr message = {};
+    message.msg_iov = &place;
+    message.msg_iovlen = 1;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    const ssize_t size = ::recvmsg(socket, &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    FirstPiece piece = {std::move(bytes), ""};
+    if (const std::optional<int> descriptor = descriptorIn(message); size > 0 && descriptor) {
+        piece.reasons = readReasons(*descriptor);
+        ::close(*descriptor);
+    }
+    return piece;
+}
+
+std::vector<std::string> reasonLines(std::string_view reasons)
+{
+    constexpr std::size_t kMost = 5;
+    std::vector<std::string> lines;
+    while (!reasons.empty() && lines.size() < kMost) {
+        const std::string_view line = reasons.substr(0, reasons.find('\n'));
+        if (!line.empty()) {
+            lines.push_back(shortLine(line));
+        }
+        reasons.remove_prefix(std::min(line.size() + 1, reasons.size()));
+    }
+    return lines;
+}
+
+} // namespace client

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+#include "service/reasons.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+#include <unistd.h>
+#include <utility>
+
+#include "cmdsvc/protocol.h"
+#include "core/bytes.h"
+
+namespace service {
+namespace {
+
+/// What a file holds: as far as it has been written, since all writers share one position.
+std::string contentOf(int descriptor)
+{
+    const off_t end = ::lseek(descriptor, 0, SEEK_CUR);
+    std::string content(static_cast<std::size_t>(std::clamp<off_t>(end, 0, Reasons::kSize)), '\0');
+    const ssize_t size = ::pread(descriptor, content.data(), content.size(), 0);
+    content.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    return content;
+}
+
+bool isPlain(char c)
+{
+    return c >= ' ' && c <= '~' && c != '\\';
+}
+
+std::string_view withoutLastNewlines(std::string_view text)
+{
+    return text.substr(0, text.find_last_not_of('\n') + 1);
+}
+
+void replaceAll(std::string& text, std::string_view old, std::string_view fresh)
+{
+    for (std::size_t at = text.find(old); at != text.npos; at = text.find(old, at + fresh.size())) {
+        text.replace(at, old.size(), fresh);
+    }
+}
+
+/// A text without what the request's parameters hold. Of one or two letters, every word would have
+/// some.
+std::string withoutParameters(std::string_view text, std::string_view request)
+{
+    constexpr std::size_t kShortest = 3;
+    std::string rest(text);
+    std::string_view lines = request.substr(std::min(cmdsvc::kParametersOffset, request.size()));
+    while (!lines.empty()) {
+        const std::string_view line = lines.substr(0, lines.find('\n'));
+        if (line.size() >= kShortest) {
+            replaceAll(rest, line, "[...]");
+        }
+        lines.remove_prefix(std::min(line.size() + 1, lines.size()));
+    }
+    return rest;
+}
+
+} // namespace
+
+Reasons Reasons::make()
+{
+    Reasons reasons;
+    reasons.descriptor_ = ::memfd_create("reasons", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+    if (::ftruncate(reasons.descriptor_, kSize) != 0 ||
+        ::fcntl(reasons.descriptor_, F_ADD_SEALS, F_SEAL_GROW | F_SEAL_SHRINK) != 0) {
+        reasons.close();
+    }
+    return reasons;
+}
+
+Reasons::~Reasons()
+{
+    close();
+}
+
+Reasons::Reasons(Reasons&& other) noexcept
+    : descriptor_(std::exchange(other.descriptor_, -1)), text_(std::move(other.text_))
+{}
+
+Reasons& Reasons::operator=(Reasons&& other) noexcept
+{
+    std::swap(descriptor_, other.descriptor_);
+    std::swap(text_, other.text_);
+    return *this;
+}
+
+void Reasons::close()
+{
+    if (descriptor_ >= 0) {
+        ::close(descriptor_);
+        descriptor_ = -1;
+    }
+}
+
+void Reasons::seal()
+{
+    if (::fcntl(descriptor_, F_ADD_SEALS, F_SEAL_WRITE | F_SEAL_SEAL) == 0) {
+        text_ = contentOf(descriptor_);
+    } else {
+        close();
+    }
+}
+
+std::string describeReasons(std::string_view text, std::string_view request)
+{
+    constexpr std::size_t kMost = 400;
+    const std::string written = withoutParameters(text, request);
+    std::string line;
+    for (const char each : withoutLastNewlines(written)) {
+        if (line.size() >= kMost) {
+            return line + "...";
+        }
+        if (each == '\n') {
+            line += "\\n";
+        } else if (isPlain(each)) {
+            line += each;
+        } else {
+            line += "\\x";
+            core::appendHex(line, std::string_view(&each, 1));
+        }
+    }
+    return line;
+}
+
+std::size_t sendWith(const Reasons& reasons, int socket, std::string_view answer)
+{
+    const int descriptor = reasons.descriptor();
+    if (descriptor < 0 || reasons.text().empty() || answer.empty()) {
+        return 0;
+    }
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control = {};
+    iovec bytes = {const_cast<char*>(answer.data()), answer.size()}; // NOLINT: sendmsg only reads
+    msghdr message = {};
+    message.msg_iov = &bytes;
+    message.msg_iovlen = 1;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    cmsghdr* header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(sizeof descriptor);
+    std::memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
+    const ssize_t sent = ::sendmsg(socket, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
+    return static_cast<std::size_t>(std::max<ssize_t>(sent, 0));
+}
+
+} // namespace service

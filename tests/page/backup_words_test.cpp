@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "page/backup_words.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+using std::chrono::days;
+using view::BackupReport;
+using view::ShareRow;
+using view::Space;
+
+constexpr std::chrono::sys_days kToday = std::chrono::year(2026) / std::chrono::November / 21;
+
+config::Configuration configuration()
+{
+    config::Configuration all;
+    all.goodStates = "1";
+    all.failedStates = "2";
+    all.words[2] = "disk <full>";
+    return all;
+}
+
+ShareRow share(const std::string& name, std::optional<Space> used,
+               BackupReport report = BackupReport::kNone)
+{
+    return {.name = name, .used = used, .backupState = {}, .backupDay = {}, .report = report};
+}
+
+ShareRow backedUp(const std::string& name, int age, std::optional<int> state)
+{
+    ShareRow row = share(name, Space{1, 'K'}, BackupReport::kRead);
+    row.backupDay = kToday - days(age);
+    row.backupState = state;
+    return row;
+}
+
+// ---- Backups ----------------------------------------------------------------------------------
+
+std::string backupOf(const ShareRow& row)
+{
+    return page::backupWords(row, configuration(), kToday).text();
+}
+
+std::string badge(const std::string& colour, const std::string& sign, const std::string& word)
+{
+    return "<span class=\"badge " + colour + "\"><span aria-hidden=\"true\">" + sign + "</span> " +
+           word + "</span>";
+}
+
+TEST(BackupWords, backupWithoutADayIsItsReport)
+{
+    EXPECT_EQ(backupOf(share("a", {})), badge("none", "&ndash;", "Never"));
+    EXPECT_EQ(backupOf(share("a", {}, BackupReport::kUnreadable)),
+              badge("ageing", "!", "Unreadable report"));
+    EXPECT_EQ(backupOf(share("a", {}, BackupReport::kNewer)), badge("none", "+", "Reported since"));
+}
+
+TEST(BackupWords, backupIsJudgedByTheConfiguration)
+{
+    EXPECT_EQ(backupOf(backedUp("a", 1, 1)),
+              badge("recent", "&#10003;", "Recent") +
+                  " <time datetime=\"2026-11-20\">yesterday</time> <span class=\"quiet\">20 "
+                  "November 2026, state 1</span>");
+    EXPECT_EQ(backupOf(backedUp("a", 8, 1)),
+              badge("ageing", "!", "Old") +
+                  " <time datetime=\"2026-11-13\">8 days ago</time> <span class=\"quiet\">13 "
+                  "November 2026, state 1</span>");
+    EXPECT_EQ(backupOf(backedUp("a", -2, std::nullopt)),
+              badge("ageing", "!", "In the future") +
+                  " <time datetime=\"2026-11-23\">in the future</time> <span class=\"quiet\">23 "
+                  "November 2026</span>");
+}
+
+TEST(BackupWords, stateThatNobodyHasExplainedIsItsNumberAlone)
+{
+    EXPECT_EQ(backupOf(backedUp("a", 0, 7)),
+              "<span class=\"badge none\">State 7</span> <time datetime=\"2026-11-21\">today"
+              "</time> <span class=\"quiet\">21 November 2026</span>");
+    EXPECT_EQ(backupOf(backedUp("a", 0, std::nullopt)),
+              " <time datetime=\"2026-11-21\">today</time> <span class=\"quiet\">21 November 2026"
+              "</span>");
+}
+
+} // namespace

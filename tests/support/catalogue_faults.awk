@@ -51,10 +51,16 @@ function checkTranslation(original, translation) {
         complain("not translated", original)
         return
     }
+    # Dates, signs and separators have a context, and are as the language has them.
+    if ("msgctxt" in field) {
+        return
+    }
     if (places(translation) != places(original)) {
         complain("other places", translation)
     }
-    if (start(translation) != start(original) || end(translation) != end(original)) {
+    # After a colon of full width there is no blank.
+    if (start(translation) != start(original) ||
+        end(translation) != end(original) && !endsWith(translation, "：")) {
         complain("other blanks at an end", translation)
     }
     if (punctuation(translation) != punctuation(original)) {
@@ -62,10 +68,9 @@ function checkTranslation(original, translation) {
     }
 }
 
-# Elements of what the appliance's scripts answer are quoted as they are.
+# Markup of pages. Elements of what the appliance's scripts answer are quoted as they are.
 function hasMarkup(sentence) {
-    gsub(/<\/?(share[a-z]*|HDDInfo|hddIndex|modelDevName)>/, "", sentence)
-    return sentence ~ /<[A-Za-z\/!]|&[a-z#0-9]+;/
+    return sentence ~ /<\/?(a|b|i|p|br|em|li|ul|div|bdi|code|span|strong)[ >]|&[a-z#0-9]+;/
 }
 
 function checkEntry(    name) {

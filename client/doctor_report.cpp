@@ -33,6 +33,7 @@ TableRow makeRow(const Result& result)
 {
     const auto& [sign, reason, remedy] = result.diagnosis;
     const std::string sentence =
+        // Translators: 1 is a whole sentence; 2 a command line, or advice without a full stop.
         remedy.empty() ? reason : fill(tr("{1} What to do: {2}."), {reason, remedy});
     return {view::makePrintable(signOf(sign)), view::makePrintable(result.check->name),
             view::makePrintable(sentence)};

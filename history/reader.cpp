@@ -3,6 +3,7 @@
 
 #include "history/schema.h"
 #include "sharestatus/status_format.h"
+#include "text/translation.h"
 
 namespace history {
 namespace {
@@ -69,7 +70,8 @@ Reader::Reader(const std::string& path, std::chrono::milliseconds patience)
     : database_(path, Database::Access::kRead, patience)
 {
     if (!hasSchema(database_)) {
-        throw DatabaseError(DatabaseError::Kind::kNoDatabase, path + " is empty");
+        throw DatabaseError(DatabaseError::Kind::kNoDatabase,
+                            text::fill(text::tr("{} is empty"), {path}));
     }
 }
 

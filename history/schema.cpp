@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "history/schema.h"
+#include "text/translation.h"
 
 namespace history {
 namespace {
@@ -24,10 +25,11 @@ bool hasSchema(const Database& database)
     const std::int64_t version = database.number("PRAGMA user_version");
     if (version > kVersion) {
         throw DatabaseError(DatabaseError::Kind::kOther,
-                            "a later version of this program has written the history");
+                            text::tr("a later version of this program has written the history"));
     }
     if (version == 0 && database.number("SELECT count(*) FROM sqlite_schema") > 0) {
-        throw DatabaseError(DatabaseError::Kind::kDamaged, "the file holds something else");
+        throw DatabaseError(DatabaseError::Kind::kDamaged,
+                            text::tr("the file holds something else"));
     }
     return version == kVersion;
 }

@@ -16,6 +16,7 @@
 #include "history/schema.h"
 #include "history/thinning.h"
 #include "history/writing.h"
+#include "text/translation.h"
 
 namespace history {
 namespace {
@@ -57,7 +58,9 @@ int takeLock(const std::string& path)
     for (int tries = 0; ::flock(lock, LOCK_EX | LOCK_NB) != 0; ++tries) {
         if (tries == kTries) {
             ::close(lock);
-            throw DatabaseError(Kind::kOther, path + ": another program has been writing for long");
+            throw DatabaseError(
+                Kind::kOther,
+                text::fill(text::tr("{}: another program has been writing for long"), {path}));
         }
         std::this_thread::sleep_for(kPause);
     }
@@ -134,7 +137,7 @@ void Store::checkOnce()
     }
     Statement check(*database_, "PRAGMA quick_check(1)");
     if (!check.next() || check.bytes(0) != "ok") {
-        throw DatabaseError(Kind::kDamaged, path_ + " is damaged");
+        throw DatabaseError(Kind::kDamaged, text::fill(text::tr("{} is damaged"), {path_}));
     }
     isChecked_ = true;
 }

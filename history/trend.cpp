@@ -177,6 +177,7 @@ std::string formatForecast(double days)
     };
     if (days < kMostDays) {
         const std::uint64_t count = std::max<std::uint64_t>(rounded(days), 1);
+        // Translators: ends the sentence "If it goes on filling like this, the disk is {}."
         return counted(text::trn("full in about {} day", "full in about {} days", count), count);
     }
     if (days < kMostWeeks) {

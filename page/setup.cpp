@@ -178,10 +178,15 @@ Html shareNameField(const Setup& setup)
                   << complaint("share_name-complaint", words);
 }
 
-Text ownNameOf(std::string_view language)
+/// The language's own name, which is read out in that language.
+Html ownNameOf(std::string_view language)
 {
     const core::Language* found = core::findLanguageByName(language);
-    return {(found != nullptr) ? found->ownName : ""};
+    if (found == nullptr) {
+        return {};
+    }
+    return Html() << R"(<span lang=")" << Text{found->tag} << R"(">)" << Text{found->ownName}
+                  << "</span>";
 }
 
 Html summaryFacts(const SetupValues& values)

@@ -131,8 +131,12 @@ expect 'everything is in it, each in its place' '/etc/vokcontrol.conf
 /usr/share/man/man8/vokcontrol.8.gz
 /usr/share/man/man8/vokpage.8.gz
 /usr/share/man/man8/vokserve.8.gz
-/usr/share/zsh/vendor-completions/_vokctl' "$(listing | grep -vE '^/usr/share/vokcontrol' |
+/usr/share/zsh/vendor-completions/_vokctl' "$(listing | grep -vE '^/usr/share/(vokcontrol|locale)' |
     sed "s/$(dpkg-architecture -q DEB_HOST_MULTIARCH)/MACHINE/" | LC_ALL=C sort)"
+
+expect 'each catalogue is in it' "$(for file in "$clone"/po/*.po; do
+    echo "/usr/share/locale/$(basename "$file" .po)/LC_MESSAGES/vokcontrol.mo"
+done)" "$(listing | grep '^/usr/share/locale/.*\.mo$')"
 
 expect 'no file names the folder that it was built in' '' "$(
     mkdir "$root/unpacked"

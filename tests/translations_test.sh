@@ -34,6 +34,10 @@ expect 'a blank too many' 'other blanks at an end: Ja ' "$(catalogue $'msgid "Ye
 expect 'no full stop' 'other punctuation at the end: Ja' "$(catalogue $'msgid "Yes."\nmsgstr "Ja"')"
 expect 'markup' 'markup: <b>Ja</b>.' "$(catalogue $'msgid "Yes."\nmsgstr "<b>Ja</b>."')"
 
+expect 'an element of an answer' '' "$(catalogue $'msgid "No <sharename>."\nmsgstr "Kein <sharename>."')"
+expect 'signs that languages have' '' "$(catalogue $'msgctxt "decimal sign"\nmsgid "."\nmsgstr ","')"
+expect 'a colon of full width' '' "$(catalogue $'msgid "Name: "\nmsgstr "名称："')"
+
 # ---- Nothing is wrong ----------------------------------------------------------------------------
 
 expect 'all sentences are collected' '' "$("$clone/scripts/translations" --check 2>&1)"

@@ -34,6 +34,7 @@ std::optional<Capacity> readCapacity(const char* folder)
 
 std::string formatCapacity(const Capacity& capacity)
 {
+    // Translators: 1 is a size without its unit if 2 has the same one, as in "312 of 500 GB".
     return text::fill(text::tr("{1} of {2} used, {3} free"),
                       {formatPartOfKibibytes(capacity.used, capacity.total),
                        formatKibibytes(capacity.total), formatKibibytes(capacity.free)});

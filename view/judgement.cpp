@@ -34,6 +34,7 @@ std::string formatFirst(const Names& names)
         return formatNames(names);
     }
     const std::size_t more = names.size() - kMost;
+    // Translators: 1 is a list of names, 2 the number of names that are left out.
     return fill(trn("{1} and {2} more", "{1} and {2} more", more),
                 {formatNames({names.begin(), names.begin() + kMost}), std::to_string(more)});
 }
@@ -41,6 +42,7 @@ std::string formatFirst(const Names& names)
 /// "3 of 8 shares", "1 of 1 share"
 std::string formatPart(const Names& names, std::size_t all)
 {
+    // Translators: begins a sentence such as "{1} have never been backed up".
     return fill(trn("{1} of {2} share", "{1} of {2} shares", all),
                 {std::to_string(names.size()), std::to_string(all)});
 }

@@ -116,8 +116,7 @@ std::string formatPart(std::uint64_t part, std::uint64_t whole)
 
 std::string formatDate(std::chrono::year_month_day date)
 {
-    // For translators: 1 is the day, 2 the name of the month, 3 the year, 4 the number of the
-    // month.
+    // Translators: 1 is the day, 2 the name of the month, 3 the year, 4 the month's number.
     return fill(trc("date", "{1} {2} {3}"),
                 {std::to_string(static_cast<unsigned>(date.day())), monthName(date.month()),
                  std::to_string(static_cast<int>(date.year())),
@@ -140,6 +139,7 @@ std::string formatTime(const char* format, const std::tm& time)
 
 std::string formatTime(std::time_t time)
 {
+    // Translators: 1 is a date, 2 a time with its zone, such as "09:33 UTC".
     return fill(trc("date and time", "{1}, {2}"),
                 {formatDate(dayOf(time)), formatTime("%H:%M %Z", localTime(time))});
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // vokctl itself: help, version, wrong usage.
+#include <array>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -275,6 +276,41 @@ TEST_F(Client, outputThatCannotBeWrittenIsAFailure)
         root::run({"/usr/bin/sh", "-c", root::built("vokctl") + " --help >/dev/full"});
     EXPECT_EQ(ended.exitCode, 8);
     EXPECT_EQ(ended.errors, "vokctl: cannot write to standard output\n");
+}
+
+/// What vokctl does in an environment of a language.
+root::Ended inLanguage(const char* locale, std::vector<std::string> arguments)
+{
+    const auto words = std::to_array<std::string>(
+        {"/usr/bin/env", "-u", "LC_ALL", "-u", "LC_MESSAGES", "-u", "LANGUAGE",
+         std::string("LANG=") + locale, root::built("vokctl")});
+    arguments.insert(arguments.begin(), words.begin(), words.end());
+    return root::run(arguments);
+}
+
+/// A command line whose output a program would read, and that does not depend on the moment.
+std::vector<std::string> lineForPrograms(const std::string& command)
+{
+    if (command == "metrics") {
+        return {command, "--output", "/nowhere/metrics"};
+    }
+    if (command == "doctor") {
+        return {command, "settings", "pelstatus", "--json"};
+    }
+    const bool isAlways = command == "notify" || command == "raw";
+    return isAlways ? std::vector{command} : std::vector{command, std::string("--json")};
+}
+
+TEST_F(Client, programsGetTheSameInEveryLanguage)
+{
+    for (const client::Subcommand& each : client::kSubcommands) {
+        const std::vector<std::string> line = lineForPrograms(each.name);
+        const root::Ended english = inLanguage("C", line);
+        const root::Ended german = inLanguage("de_DE.UTF-8", line);
+        EXPECT_EQ(german.exitCode, english.exitCode) << each.name;
+        EXPECT_EQ(german.output, english.output) << each.name;
+        EXPECT_EQ(german.errors, english.errors) << each.name;
+    }
 }
 
 } // namespace

@@ -22,6 +22,8 @@ before(async () => {
     await appliance.run("startapp pelstatus && vokctl status --wait 120 >/dev/null");
     browser = await Browser.open();
     await appliance.logIn(browser);
+    // Whatever language the setup chooses later, this visitor goes on in English.
+    await browser.follow(".languages button[lang=en]");
 });
 
 after(async () => {

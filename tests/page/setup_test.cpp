@@ -85,7 +85,7 @@ TEST_F(SetupPage, eachStepCarriesTheAnswersAlong)
     const Made summary = post(kAnswers + "2");
     EXPECT_EQ(summary.script, thisPage(2));
     EXPECT_TRUE(contains(summary.body, "<h2>Step 3 of 3: check</h2>"));
-    EXPECT_TRUE(contains(summary.body, "<dd>Deutsch</dd>"));
+    EXPECT_TRUE(contains(summary.body, "<dd><span lang=\"de\">Deutsch</span></dd>"));
     EXPECT_TRUE(contains(summary.body, "<bdi>storage-2</bdi>"));
     EXPECT_TRUE(contains(summary.body, R"(type="hidden" name="share_name" value="Our share")"));
     EXPECT_TRUE(

@@ -51,10 +51,16 @@ function checkTranslation(original, translation) {
         complain("not translated", original)
         return
     }
+    # Dates, signs and separators have a context, and are as the language has them.
+    if ("msgctxt" in field) {
+        return
+    }
     if (places(translation) != places(original)) {
         complain("other places", translation)
     }
-    if (start(translation) != start(original) || end(translation) != end(original)) {
+    # After a colon of full width there is no blank.
+    if (start(translation) != start(original) ||
+        end(translation) != end(original) && !endsWith(translation, "：")) {
         complain("other blanks at an end", translation)
     }
     if (punctuation(translation) != punctuation(original)) {
@@ -62,10 +68,15 @@ function checkTranslation(original, translation) {
     }
 }
 
+# Markup of pages. Elements of what the appliance's scripts answer are quoted as they are.
+function hasMarkup(sentence) {
+    return sentence ~ /<\/?(a|b|i|p|br|em|li|ul|div|bdi|code|span|strong)[ >]|&[a-z#0-9]+;/
+}
+
 function checkEntry(    name) {
     if (field["msgid"] != "") {
         for (name in field) {
-            if (name != "msgctxt" && field[name] ~ /<[A-Za-z\/!]|&[a-z#0-9]+;/) {
+            if (name != "msgctxt" && hasMarkup(field[name])) {
                 complain("markup", field[name])
             }
             if (name ~ /^msgstr/) {

@@ -27,6 +27,7 @@
 namespace page {
 namespace {
 
+using text::tr;
 using view::PublishedStatus;
 
 /// All that the page shows.
@@ -91,26 +92,26 @@ Html publishedTime(const view::Situation& situation)
         return {};
     }
     const std::string words =
-        text::fill(text::tr("Published {1}, {2}."),
+        text::fill(tr("Published {1}, {2}."),
                    {view::formatElapsed(published, situation.now), view::formatTime(published)});
     return Html() << R"(<p class="quiet">)" << Text{words} << "</p>\n";
 }
 
 /// What stands in the place of the table.
-Literal reasonForNone(const PublishedStatus& status)
+const char* reasonForNone(const PublishedStatus& status)
 {
     using enum PublishedStatus::Result;
     switch (status.result) {
     case kNone:
-        return "<p>Nothing has been published yet.</p>\n";
+        return tr("Nothing has been published yet.");
     case kDamaged:
-        return "<p>The share status is damaged. The next collection replaces it.</p>\n";
+        return tr("The share status is damaged. The next collection replaces it.");
     case kNoList:
-        return "<p>The last collection could not get the list of shares.</p>\n";
+        return tr("The last collection could not get the list of shares.");
     case kComplete:
         break;
     }
-    return "<p>There are no internal shares.</p>\n";
+    return tr("There are no internal shares.");
 }
 
 /// Nothing can be started while a collection runs, or while the mark of an interrupted one stays.
@@ -128,7 +129,8 @@ Html shareList(const Visit& visit, const Facts& facts, const ShareOrder& order)
     const view::Situation& situation = facts.situation;
     if (situation.status.shares.empty()) {
         return Html() << R"(<div class="empty">
-)" << reasonForNone(situation.status)
+<p>)" << Text{reasonForNone(situation.status)}
+                      << "</p>\n"
                       << measureAction(visit, situation, order) << "</div>\n";
     }
     return shareTable(situation, visit.settings, order, facts.past);
@@ -137,8 +139,9 @@ Html shareList(const Visit& visit, const Facts& facts, const ShareOrder& order)
 Html sharesCard(const Visit& visit, const Facts& facts, const ShareOrder& order)
 {
     return Html() << R"(<section class="card" aria-labelledby="shares">
-<h2 id="shares">Shares</h2>
-)" << livePart("published", publishedTime(facts.situation))
+<h2 id="shares">)" << Text{tr("Shares")}
+                  << "</h2>\n"
+                  << livePart("published", publishedTime(facts.situation))
                   << R"(<div id="collection" role="status">
 )" << collectionState(facts.situation.status, facts.progress)
                   << "</div>\n"
@@ -160,34 +163,37 @@ Html diskCard(const Visit& visit, const Facts& facts, const ShareOrder& order)
 
 std::string wordProtocol(const std::string& protocol)
 {
-    return (protocol == "dhcp_client") ? "automatic (DHCP)" : protocol;
+    return (protocol == "dhcp_client") ? tr("automatic (DHCP)") : protocol;
 }
 
 Html networkCard(const Facts& facts)
 {
     return Html() << R"(<section class="card" aria-labelledby="network">
-<h2 id="network">Network</h2>
-<dl class="facts">
-)" << fact("Address", facts.address)
-                  << fact("Network mask", facts.netmask) << fact("Gateway", facts.gateway)
-                  << fact("Hardware address", facts.hardwareAddress)
-                  << fact("Configuration", wordProtocol(facts.protocol)) << "</dl>\n</section>\n";
+<h2 id="network">)"
+                  << Text{tr("Network")} << "</h2>\n<dl class=\"facts\">\n"
+                  << fact(tr("Address"), facts.address) << fact(tr("Network mask"), facts.netmask)
+                  << fact(tr("Gateway"), facts.gateway)
+                  << fact(tr("Hardware address"), facts.hardwareAddress)
+                  << fact(tr("Configuration"), wordProtocol(facts.protocol))
+                  << "</dl>\n</section>\n";
 }
 
 Html systemCard(const Facts& facts)
 {
     return Html() << R"(<section class="card" aria-labelledby="system">
-<h2 id="system">System</h2>
-<dl class="facts">
-)" << fact("Build", facts.build)
-                  << fact("Remote sync", facts.isSyncOn ? "on" : "off") << "</dl>\n</section>\n";
+<h2 id="system">)" << Text{tr("System")}
+                  << "</h2>\n<dl class=\"facts\">\n"
+                  << fact(tr("Build"), facts.build)
+                  << fact(tr("Remote sync"), facts.isSyncOn ? tr("on") : tr("off"))
+                  << "</dl>\n</section>\n";
 }
 
 Html setupHint()
 {
-    return notice(Mood::kNeutral, Html()
-                                      << R"(<p>This appliance has not been set up yet. <a href=")"
-                                      << kProgramUrl << R"(/setup">Set it up now</a></p>)");
+    return notice(Mood::kNeutral, Html() << "<p>"
+                                         << Text{tr("This appliance has not been set up yet.")}
+                                         << R"( <a href=")" << kProgramUrl << R"(/setup">)"
+                                         << Text{tr("Set it up now")} << "</a></p>");
 }
 
 } // namespace
@@ -197,7 +203,7 @@ Page makeOverview(Visit& visit)
     const Facts facts = gather(visit.script);
     const ShareOrder& order = readOrder(visit.request.query.value("sort"));
     Page page;
-    page.title = "Overview";
+    page.title = tr("Overview");
     if (facts.situation.status.isCollecting) {
         page.head = reloadWithoutScript(order, visit.request.query.value("wait"));
     }

@@ -13,6 +13,7 @@
 namespace page {
 namespace {
 
+using text::tr;
 using view::ShareRow;
 
 /// The class of a part's colour, in the bar and in the legend.
@@ -54,7 +55,9 @@ std::vector<Part> shareParts(const std::vector<ShareRow>& all)
     if (named < shares.size()) {
         const std::vector<ShareRow> others(shares.begin() + static_cast<std::ptrdiff_t>(named),
                                            shares.end());
-        const std::string label = view::formatCount(others.size(), "other share", "other shares");
+        const std::string label =
+            text::fill(text::trn("{} other share", "{} other shares", others.size()),
+                       {std::to_string(others.size())});
         parts.push_back({"part5", Html() << Text{label}, view::totalUsed(others)});
     }
     return parts;
@@ -67,7 +70,7 @@ void addRest(const view::Capacity& capacity, std::uint64_t shares, std::vector<P
     constexpr std::uint64_t kLeastPart = 100;
     const std::uint64_t rest = capacity.used - std::min(capacity.used, shares);
     if (rest > capacity.total / kLeastPart) {
-        parts.push_back({"part6", Html() << "Other data", rest});
+        parts.push_back({"part6", Html() << Text{tr("Other data")}, rest});
     }
 }
 
@@ -117,7 +120,7 @@ Html legend(const std::vector<Part>& parts, const std::optional<view::Capacity>&
         out << legendItem(part.colour, part.label, part.size);
     }
     if (capacity) {
-        out << legendItem("rest", Html() << "Free", capacity->free);
+        out << legendItem("rest", Html() << Text{tr("Free")}, capacity->free);
     }
     out << "</ul>\n";
     return out;
@@ -128,8 +131,8 @@ std::string sentence(const view::Situation& situation)
     if (situation.capacity) {
         return view::formatCapacity(*situation.capacity);
     }
-    return view::formatKibibytes(view::totalUsed(situation.status.shares)) +
-           " in shares; the disk's capacity is not known";
+    return text::fill(tr("{} in shares; the disk's capacity is not known"),
+                      {view::formatKibibytes(view::totalUsed(situation.status.shares))});
 }
 
 Html forecast(const std::optional<double>& daysUntilFull)
@@ -137,9 +140,8 @@ Html forecast(const std::optional<double>& daysUntilFull)
     if (!daysUntilFull) {
         return {};
     }
-    const std::string words =
-        text::fill(text::tr("If it goes on filling like this, the disk is {}."),
-                   {history::formatForecast(*daysUntilFull)});
+    const std::string words = text::fill(tr("If it goes on filling like this, the disk is {}."),
+                                         {history::formatForecast(*daysUntilFull)});
     return Html() << R"(<p class="forecast">)" << Text{words} << "</p>\n";
 }
 

@@ -19,6 +19,7 @@ namespace page {
 namespace {
 
 using config::Configuration;
+using text::tr;
 using view::ShareRow;
 
 // ---- Orders -----------------------------------------------------------------------------------
@@ -89,7 +90,8 @@ std::vector<ShareRow> sorted(std::vector<ShareRow> shares, const ShareOrder& ord
 
 Html unknown()
 {
-    return Html() << R"(<span aria-hidden="true">&ndash;</span><span class="sr">not known</span>)";
+    return Html() << R"(<span aria-hidden="true">&ndash;</span><span class="sr">)"
+                  << Text{tr("not known")} << "</span>";
 }
 
 /// A bar beside a text that says the same.
@@ -120,7 +122,7 @@ Html spaceCells(const ShareRow& share, std::uint64_t total)
 // ---- Table ------------------------------------------------------------------------------------
 
 /// The head of a column, which sorts by it. The sign says how it is sorted now.
-Html columnHead(Literal id, Literal label, Column column, const ShareOrder& order)
+Html columnHead(Literal id, const char* label, Column column, const ShareOrder& order)
 {
     const bool isCurrent = column == order.column;
     Html out;
@@ -130,7 +132,7 @@ Html columnHead(Literal id, Literal label, Column column, const ShareOrder& orde
             << (order.isDescending ? Literal("descending") : Literal("ascending")) << R"(")";
     }
     out << R"(><a id="sort-)" << id << R"(" href=")" << kProgramUrl
-        << Text{orderAfter(order, column).query} << R"(#shares">)" << label;
+        << Text{orderAfter(order, column).query} << R"(#shares">)" << Text{label};
     if (isCurrent) {
         out << R"( <span aria-hidden="true">)"
             << (order.isDescending ? Literal("&#9662;") : Literal("&#9652;")) << "</span>";
@@ -149,11 +151,11 @@ Html plainHead(Literal id, const char* label)
 Html tableHead(const ShareOrder& order, bool hasCourses)
 {
     return Html() << R"(<thead role="rowgroup"><tr role="row">
-)" << columnHead("name", "Share", Column::kName, order)
-                  << columnHead("number", "Used", Column::kUsed, order)
-                  << plainHead("part", "Part of all")
-                  << (hasCourses ? plainHead("past", text::tr("Last 30 days")) : Html())
-                  << columnHead("backup", "Last backup", Column::kBackup, order)
+)" << columnHead("name", tr("Share"), Column::kName, order)
+                  << columnHead("number", tr("Used"), Column::kUsed, order)
+                  << plainHead("part", tr("Part of all"))
+                  << (hasCourses ? plainHead("past", tr("Last 30 days")) : Html())
+                  << columnHead("backup", tr("Last backup"), Column::kBackup, order)
                   << "</tr></thead>\n";
 }
 
@@ -219,7 +221,7 @@ Html goneShares(const view::Situation& situation, const Past& past)
     if (links.text().empty()) {
         return {};
     }
-    return Html() << R"(<p class="quiet">)" << Text{text::tr("Gone in the last 30 days:")} << links
+    return Html() << R"(<p class="quiet">)" << Text{tr("Gone in the last 30 days:")} << links
                   << "</p>\n";
 }
 

@@ -18,16 +18,20 @@
 #include "page/phrase.h"
 #include "page/service.h"
 #include "page/share_form.h"
-#include "view/wording.h"
+#include "text/translation.h"
 
 namespace page {
 namespace {
 
+using text::mark;
+using text::tr;
+using text::trc;
+
 constexpr auto kDeeds = std::to_array<DeedSentence>({
-    {"public", "The share {} was created. Everybody in the network may read and write what is in "
-               "it. The overview shows it after the next collection."},
-    {"private", "The share {} was created. {} alone may read and write what is in it. The overview "
-                "shows it after the next collection."},
+    {"public", mark("The share {} was created. Everybody in the network may read and write what "
+                    "is in it. The overview shows it after the next collection.")},
+    {"private", mark("The share {1} was created. {2} alone may read and write what is in it. The "
+                     "overview shows it after the next collection.")},
 });
 
 constexpr auto kBlamed = std::to_array<BlamedField>({
@@ -62,18 +66,23 @@ Deed deedOf(const NewShare& share)
                                               : Deed{"private", {share.name, share.user}};
 }
 
+Html paragraph(const char* words)
+{
+    return Html() << "<p>" << Text{words} << "</p>\n";
+}
+
 // ---- The list ---------------------------------------------------------------------------------
 
 /// What a share's property means; one that is not known is shown as it is.
 Html access(const std::string& property)
 {
     if (property == client::kPublicProperty) {
-        return Html() << "everybody in the network";
+        return Html() << Text{tr("everybody in the network")};
     }
     if (property == client::kPrivateProperty) {
-        return Html() << "only users who were let in";
+        return Html() << Text{tr("only users who were let in")};
     }
-    return Html() << "<bdi>" << Text{property} << "</bdi>";
+    return apart(property);
 }
 
 Html row(const client::Share& share)
@@ -82,18 +91,23 @@ Html row(const client::Share& share)
                   << access(share.property) << "</td></tr>\n";
 }
 
+std::string caption(const client::ShareList& list)
+{
+    const std::size_t count = list.shares.size();
+    return text::fill(text::trn("{1} share; on the appliance's own disks: {2}",
+                                "{1} shares; on the appliance's own disks: {2}", count),
+                      {std::to_string(count), std::to_string(list.internal)});
+}
+
 Html table(const client::ShareList& list)
 {
     Html out;
     out << R"(<table class="listing">
 <caption>)"
-        << phrase("{}; on the appliance's own disks: {}",
-                  std::to_array({view::formatCount(list.shares.size(), "share", "shares"),
-                                 std::to_string(list.internal)}))
-        << R"(</caption>
-<thead><tr><th scope="col">Name</th><th scope="col">Who may read and write</th></tr></thead>
-<tbody>
-)";
+        << Text{caption(list)} << R"(</caption>
+<thead><tr><th scope="col">)"
+        << Text{trc("of a share", "Name")} << R"(</th><th scope="col">)"
+        << Text{tr("Who may read and write")} << "</th></tr></thead>\n<tbody>\n";
     for (const client::Share& share : list.shares) {
         out << row(share);
     }
@@ -111,10 +125,10 @@ Html publicShare(const std::string& name, const client::ShareList& list)
     });
     const auto names = std::to_array({name});
     return Html() << "<p>"
-                  << (isThere ? phrase("The public share that the setup names is {}.", names)
-                              : phrase("The setup names {} as the public share, but there is no "
-                                       "share of this name.",
-                                       names))
+                  << phrase(isThere ? tr("The public share that the setup names is {}.")
+                                    : tr("The setup names {} as the public share, but there is no "
+                                         "share of this name."),
+                            names)
                   << "</p>\n";
 }
 
@@ -124,13 +138,12 @@ Html listing(const Visit& visit)
     try {
         const client::ShareList list = client::fetchShares(service);
         const std::string publicName = client::fetchPublicName(service);
-        return Html() << (list.shares.empty()
-                              ? Html() << "<p>The appliance has no shares yet.</p>\n"
-                              : table(list))
+        return Html() << (list.shares.empty() ? paragraph(tr("The appliance has no shares yet."))
+                                              : table(list))
                       << publicShare(publicName, list);
     } catch (const client::Failure& failure) {
-        return notice(Mood::kBad, Html() << "<p>The list of shares cannot be had. "
-                                         << Text{explain(failure)} << "</p>");
+        return notice(Mood::kBad, Html() << "<p>" << Text{tr("The list of shares cannot be had.")}
+                                         << " " << Text{explain(failure)} << "</p>");
     }
 }
 
@@ -139,7 +152,7 @@ Html listing(const Visit& visit)
 Html creation(const Visit& visit, const Complaints& complaints)
 {
     if (!visit.visitor.isAdministrator) {
-        return Html() << "<p>Only an administrator can create shares.</p>\n";
+        return paragraph(tr("Only an administrator can create shares."));
     }
     Candidates candidates;
     try {
@@ -153,12 +166,12 @@ Html creation(const Visit& visit, const Complaints& complaints)
 Page show(const Visit& visit, const Complaints& complaints)
 {
     Page page;
-    page.title = "Shares";
+    page.title = tr("Shares");
     page.body << tellDeed(visit.request, kDeeds, page.cookies) << complaints.summary()
               << R"(<section class="card" aria-labelledby="all">
-<h2 id="all">All shares</h2>
-)" << listing(visit)
-              << "</section>\n"
+<h2 id="all">)"
+              << Text{tr("All shares")} << "</h2>\n"
+              << listing(visit) << "</section>\n"
               << creation(visit, complaints);
     return page;
 }

@@ -18,9 +18,11 @@ export class Appliance {
     #output = "";
     #mark = 0;
 
-    static async start(build) {
+    /** @param scene  the state that it starts in, as appliance/start has it; the usual one without */
+    static async start(build, scene) {
         const appliance = new Appliance();
-        appliance.#process = spawn(START, ["--page", "--build", build, "sh"], {
+        const options = scene === undefined ? [] : ["--scene", scene];
+        appliance.#process = spawn(START, ["--page", "--build", build, ...options, "sh"], {
             stdio: ["pipe", "pipe", "inherit"],
         });
         appliance.#end = once(appliance.#process, "exit").then(() => "ended");

@@ -24,8 +24,8 @@ const std::string kAsked = "lsts " + le32(0) + "\ngps1 " + le32(0) + "\nlstu " +
 const std::string kStart = "<section class=\"card\" aria-labelledby=\"all\">\n"
                            "<h2 id=\"all\">All shares</h2>\n";
 const std::string kTable =
-    "<table class=\"listing\">\n<caption><bdi>3 shares</bdi>; on the appliance&#39;s own disks: "
-    "<bdi>1</bdi></caption>\n<thead><tr><th scope=\"col\">Name</th>"
+    "<table class=\"listing\">\n<caption>3 shares; on the appliance&#39;s own disks: "
+    "1</caption>\n<thead><tr><th scope=\"col\">Name</th>"
     "<th scope=\"col\">Who may read and write</th></tr></thead>\n<tbody>\n"
     "<tr><th scope=\"row\"><bdi>Documents</bdi></th><td>everybody in the network</td></tr>\n"
     "<tr><th scope=\"row\"><bdi>Tax &amp; co</bdi></th><td>only users who were let in</td></tr>\n"

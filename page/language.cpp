@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <span>
+#include <string>
 
 #include "page/layout.h"
 #include "page/pages.h"
@@ -54,12 +55,30 @@ const Language& orEnglish(const Language* language)
     return (language != nullptr) ? *language : *core::findLanguage("en");
 }
 
-/// Where the form leads: to the page that it was on, and nowhere else than to a page of ours.
-std::string_view placeOf(std::string_view path)
+/// Whether a query has only what browsers leave as it is in one.
+bool isQuery(std::string_view query)
 {
+    constexpr std::string_view kAllowed = "-._~%=&+*0123456789abcdefghijklmnopqrstuvwxyz"
+                                          "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+    return query.find_first_not_of(kAllowed) == query.npos;
+}
+
+/// Leads to the page that the form was on, and nowhere else than to a page of ours.
+Page leadBack(std::string_view from)
+{
+    const std::size_t end = std::min(from.find('?'), from.size());
     const std::span<const PageEntry> all = pages();
-    const auto entry = std::ranges::find(all, path, &PageEntry::path);
-    return (entry != all.end() && entry->read) ? entry->path : std::string_view();
+    const auto entry = std::ranges::find(all, from.substr(0, end), &PageEntry::path);
+    Page page;
+    page.next = "";
+    if (entry == all.end() || !entry->read) {
+        return page;
+    }
+    page.next = entry->path;
+    if (end < from.size() && isQuery(from.substr(end + 1))) {
+        page.nextQuery = from.substr(end);
+    }
+    return page;
 }
 
 Html languageButton(const Language& language)
@@ -90,11 +109,11 @@ const Language& languageOfVisitor(const Variables& variables)
     return orEnglish((set != nullptr) ? set : preferredLanguage(variables));
 }
 
-Html languageForm(std::string_view token, std::string_view path)
+Html languageForm(std::string_view token, std::string_view path, std::string_view query)
 {
     Html out;
     out << openForm(token, "/language") << R"(<input type="hidden" name="from" value=")"
-        << Text{path} << R"(">
+        << Text{path} << Text{query.empty() ? "" : "?"} << Text{query} << R"(">
 <ul class="languages" aria-label=")"
         << Text{tr("Language")} << "\">\n";
     for (const Language& language : core::kLanguages) {
@@ -109,8 +128,7 @@ Page makeLanguage(Visit& visit)
     if (language == nullptr) {
         throw Refusal(kBadRequest, tr("Choose one of the languages."));
     }
-    Page page;
-    page.next = placeOf(visit.request.form.value("from"));
+    Page page = leadBack(visit.request.form.value("from"));
     page.cookies = {{.name = kLanguageCookie, .value = language->tag, .kept = kYear}};
     return page;
 }

@@ -22,7 +22,8 @@ namespace page {
 [[nodiscard]] const core::Language& languageOfBrowser(const Variables& variables);
 
 /// A form with a button for each language. It leads back to the page that it is on.
-/// @param path  of that page
-[[nodiscard]] Html languageForm(std::string_view token, std::string_view path);
+/// @param path, query  of that page's address
+[[nodiscard]] Html languageForm(std::string_view token, std::string_view path,
+                                std::string_view query);
 
 } // namespace page

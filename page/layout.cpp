@@ -106,7 +106,7 @@ Html foot(const Frame& frame)
     out << R"(<footer><div class="wide">
 )";
     if (!frame.token.empty()) {
-        out << languageForm(frame.token, frame.path);
+        out << languageForm(frame.token, frame.path, frame.query);
     }
     out << R"(<p class="about"><a href=")" << kProgramUrl << R"(/help">)"
         << Text{tr("Troubleshooting")} << "</a>";

@@ -34,6 +34,7 @@ struct Frame {
     std::string applianceName;        ///< empty where it is not known
     Visitor visitor = {};             ///< nobody in particular where that is not known
     std::string token = {};           ///< for the forms of the frame; none without it
+    std::string query = {};           ///< that follows the path in the page's address
 };
 
 [[nodiscard]] Html layOut(const Frame& frame, const Page& page, const Script& script);

@@ -41,6 +41,7 @@ struct Page {
     bool isFragment = false; ///< the body is the whole answer, for a script of a page to put in
     int status = 200;
     std::optional<std::string_view> next = {}; ///< the path of the page that is shown instead
+    std::string nextQuery = {};                ///< that follows that path, with its "?"
     std::vector<Cookie> cookies = {};
     std::chrono::seconds retryAfter{0}; ///< when to come again, if the status says so
 };

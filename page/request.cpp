@@ -138,7 +138,8 @@ Request readHead(const Variables& variables)
     Request request;
     request.method = variables["REQUEST_METHOD"];
     request.path = variables["PATH_INFO"];
-    request.query = Form(variables["QUERY_STRING"]);
+    request.rawQuery = variables["QUERY_STRING"];
+    request.query = Form(request.rawQuery);
     request.authority = variables["HTTP_HOST"];
     request.origin = variables["HTTP_ORIGIN"];
     request.fetchSite = variables["HTTP_SEC_FETCH_SITE"];

@@ -53,7 +53,8 @@ class Refusal : public std::runtime_error {
 struct Request {
     std::string method;
     std::string path;       ///< what stands behind the program's own name: "", "/setup" and so on
-    Form query;             ///< the fields that follow the "?" of the address
+    std::string rawQuery;   ///< what follows the "?" of the address
+    Form query;             ///< its fields
     std::string authority;  ///< host and port, as the browser named them
     std::string origin;     ///< of the page that sent a form; empty if the browser does not say
     std::string fetchSite;  ///< how far that page is from here; empty if the browser does not say

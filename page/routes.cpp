@@ -99,8 +99,9 @@ Html finish(const Page& page, const PageEntry& entry, const Visit& visit, const 
     if (page.isFragment) {
         return page.body;
     }
-    return layOut({kPages, entry.path, nonce, askApplianceName(), visit.visitor, visit.token}, page,
-                  visit.script);
+    return layOut({kPages, entry.path, nonce, askApplianceName(), visit.visitor, visit.token,
+                   visit.request.rawQuery},
+                  page, visit.script);
 }
 
 Response respond(const Page& page, const PageEntry& entry, const Visit& visit)
@@ -112,7 +113,7 @@ Response respond(const Page& page, const PageEntry& entry, const Visit& visit)
     response.status = page.next ? kSeeOther : page.status;
     response.retryAfter = page.retryAfter;
     if (page.next) {
-        response.location.append(kProgramUrl.view()).append(*page.next);
+        response.location.append(kProgramUrl.view()).append(*page.next).append(page.nextQuery);
     } else {
         response.page = finish(page, entry, visit, response.nonce);
     }

@@ -100,6 +100,7 @@ test("login", async () => {
     await appliance.logIn(browser, { name: "anna", password: "wrong" });
     await expectNoFault("wrong password");
     await expectNoFaultAt("/nowhere");
+    await expectNoFaultAt("/help");
     await appliance.run("rm -rf /run/vokpage");
     await appliance.logIn(browser);
 });

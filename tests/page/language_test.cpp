@@ -72,7 +72,7 @@ TEST_F(Language, isTheBrowsersWhereTheModuleMayNotBeCalled)
 TEST_F(Language, formHasEachLanguageByItsOwnName)
 {
     text::speak(*core::findLanguage("ge"));
-    const std::string form = page::languageForm("0123", "/users").text();
+    const std::string form = page::languageForm("0123", "/users", "").text();
     const std::size_t list = form.find("<ul");
     EXPECT_EQ(form.substr(0, list), "<form method=\"post\" action=\"/cgi-bin/vokpage/language\">\n"
                                     "<input type=\"hidden\" name=\"token\" value=\"0123\">\n"
@@ -88,6 +88,25 @@ TEST_F(Language, formHasEachLanguageByItsOwnName)
               "</li>\n"
               "<li><button name=\"language\" value=\"zh-Hant\" lang=\"zh-Hant\">繁體中文</button>"
               "</li>\n</ul>\n</form>\n");
+}
+
+TEST_F(Language, formKnowsTheQueryOfItsPage)
+{
+    EXPECT_TRUE(visits::contains(page::languageForm("", "/share", "name=a&b=\"").text(),
+                                 "name=\"from\" value=\"/share?name=a&amp;b=&quot;\">"));
+}
+
+TEST_F(Language, choiceLeadsBackToTheSameQuery)
+{
+    const auto placeAfter = [](const std::string& from) {
+        const page::Page made = visits::makeFor(visits::nobody(), page::makeLanguage,
+                                                visits::post("language=fr&from=" + from));
+        return std::string(*made.next) + made.nextQuery;
+    };
+    EXPECT_EQ(placeAfter("/share%3fname=A%2525%2Bb%26days=30"), "/share?name=A%25+b&days=30");
+    EXPECT_EQ(placeAfter("%3fsort=name"), "?sort=name");
+    EXPECT_EQ(placeAfter("/share%3f"), "/share?");
+    EXPECT_EQ(placeAfter("/share%3fname=a%0d%0aSet-Cookie:"), "/share") << "a line of its own";
 }
 
 TEST_F(Language, choiceIsKeptAndLeadsBack)
@@ -108,6 +127,7 @@ TEST_F(Language, choiceLeadsToNoOtherSite)
             visits::makeFor(visits::nobody(), page::makeLanguage,
                             visits::post("language=fr&from=" + std::string(from)));
         EXPECT_EQ(made.next, "") << from;
+        EXPECT_EQ(made.nextQuery, "") << from;
     }
 }
 

@@ -113,7 +113,7 @@ TEST(Layout, footOffersTheLanguages)
     const std::string page =
         laidOut({kPages, "/sync", "abc", "box", visits::nobody(), visits::kToken});
     EXPECT_TRUE(contains(page, "<footer><div class=\"wide\">\n" +
-                                   page::languageForm(visits::kToken, "/sync").text() +
+                                   page::languageForm(visits::kToken, "/sync", "").text() +
                                    "<p class=\"about\">"));
     EXPECT_FALSE(contains(page, "<span>vokcontrol")) << "no stranger is told the version";
 }

@@ -85,6 +85,7 @@ TEST_F(Requests, readsTheVariables)
     const Request request = read();
     EXPECT_EQ(request.method, "GET");
     EXPECT_EQ(request.path, "/setup");
+    EXPECT_EQ(request.rawQuery, "sort=name%2D&wait=10");
     EXPECT_EQ(request.query.value("sort"), "name-");
     EXPECT_EQ(request.query.value("wait"), "10");
     EXPECT_EQ(request.authority, "127.0.0.1:8080");

@@ -184,6 +184,14 @@ TEST_F(Routes, whoMayNotChangesNothing)
     EXPECT_EQ(root::readFile("/etc/pelconfig/system_var"), "firsttime=1\n");
 }
 
+TEST_F(Routes, choiceOfTheLanguageLeadsBackToThePageAsItWasAskedFor)
+{
+    logIn("anna");
+    variables.set("QUERY_STRING", "a=b&c");
+    EXPECT_TRUE(contains(ask("GET", "/users"),
+                         "<input type=\"hidden\" name=\"from\" value=\"/users?a=b&amp;c\">\n"));
+}
+
 TEST_F(Routes, formOfALoginThatHasEndedChangesNothing)
 {
     logIn("anna");

@@ -33,19 +33,20 @@ class HistoryReport : public root::UntracedTest {
 TEST_F(HistoryReport, beginsWithTheDisksCourse)
 {
     household::remember();
-    EXPECT_EQ(renderHistory(Reader(kFile), household::lookedAt(30)),
-              "Used on the disk:\n"
-              "560 MB |                                                      * *  *\n"
-              "       |                                              * * * *\n"
-              "       |                                      * * * *\n"
-              "       |                              * * * *\n"
-              "       |                      * * * *\n"
-              "       |              * * * *\n"
-              "       |      * * * *\n"
-              "444 MB |* * *\n"
-              "        2026-01-16                                        2026-02-14\n\n" +
-                  kShares +
-                  "If it goes on filling like this, the disk is full in about 4 months.\n"); // 110 days
+    EXPECT_EQ(
+        renderHistory(Reader(kFile), household::lookedAt(30)),
+        "Used on the disk:\n"
+        "560 MB |                                                      * *  *\n"
+        "       |                                              * * * *\n"
+        "       |                                      * * * *\n"
+        "       |                              * * * *\n"
+        "       |                      * * * *\n"
+        "       |              * * * *\n"
+        "       |      * * * *\n"
+        "444 MB |* * *\n"
+        "        2026-01-16                                        2026-02-14\n\n" +
+            kShares +
+            "If it goes on filling like this, the disk is full in about 4 months.\n"); // 110 days
 }
 
 TEST_F(HistoryReport, leavesOutSharesThatHaveLongGone)
@@ -76,7 +77,7 @@ TEST_F(HistoryReport, saysThatTheHistoryHasStopped)
     household::remember();
     const auto report = [](std::time_t published) {
         return tableOf(renderHistory(Reader(kFile), household::lookedAt(30, published)))
-            .substr(kShares.size() + 61);
+            .substr(kShares.size() + 69);
     };
     EXPECT_EQ(report(household::kNow), "");
     EXPECT_EQ(report(household::kNow + 3000), "") << "it will be remembered at any moment";

@@ -89,9 +89,9 @@ expect 'drives can be checked, and a report be refused' 'vokctl: the number of d
 0
 vokctl: the number of drives can be read
 0
-vokctl: The report could not be stored; see whether the appliance's disk is full. (0xC2000002)
+vokctl: The report could not be stored; see whether the appliance'\''s disk is full. (0xC2000002)
 1
-vokctl: The report could not be stored; see whether the appliance's disk is full. (0xC2000002)
+vokctl: The report could not be stored; see whether the appliance'\''s disk is full. (0xC2000002)
 1' "$(
     appliance sh -c '
         code() { "$@"; echo $?; }

@@ -97,10 +97,10 @@ vokctl: The appliance did not set the date or the language; vokctl doctor may sa
 expect 'the build, the first setup and the quick setup are told' \
     'vokcontrol sample appliance 1.0 - build 2026-11-21 -  = 0
  - 2.0 = 0
-vokctl: The appliance's build cannot be shown, because /etc/buildinfo.txt is empty or too long. (0x40000004) = 1
-vokctl: The appliance's build cannot be shown, because /etc/buildinfo.txt is empty or too long. (0x40000004) = 1
-vokctl: The appliance's build cannot be read; see whether /etc/buildinfo.txt is there. (0x40000001) = 1
-vokctl: The appliance's build is not known, because /etc/buildinfo.txt cannot be read. (0x40000003) = 1
+vokctl: The appliance'\''s build cannot be shown, because /etc/buildinfo.txt is empty or too long. (0x40000004) = 1
+vokctl: The appliance'\''s build cannot be shown, because /etc/buildinfo.txt is empty or too long. (0x40000004) = 1
+vokctl: The appliance'\''s build cannot be read; see whether /etc/buildinfo.txt is there. (0x40000001) = 1
+vokctl: The appliance'\''s build is not known, because /etc/buildinfo.txt cannot be read. (0x40000003) = 1
 vokctl: the appliance waits for its first setup = 0
 vokctl: The first setup has been done already. (0x80000001) = 1
 vokctl: the appliance waits for its first setup = 0
@@ -114,7 +114,7 @@ Public share name:  Öffentlich = 0
 } = 0
 vokctl: there is no quick setup in the appliance'"'"'s language (0xB0000002) = 1
 vokctl: The appliance has no name for a public share in its language. (0xB0000003) = 1
-vokctl: The appliance's language cannot be read; vokctl doctor may say why. (0xB0000001) = 1' "$(inside '
+vokctl: The appliance'\''s language cannot be read; vokctl doctor may say why. (0xB0000001) = 1' "$(inside '
     file=/etc/buildinfo.txt
     try vokctl version
     printf "\n2.0" >$file
@@ -170,7 +170,7 @@ a refusal, 0x60000002: An empty file cannot be kept.
 former = 0
 vokctl: The new private file was kept, but the former one could not be removed. (0xFF000006) = 1
 the new one
-vokctl: The private file cannot be made, so a former one was not changed; see whether the appliance's disk is full. (0x60000001) = 1
+vokctl: The private file cannot be made, so a former one was not changed; see whether the appliance'\''s disk is full. (0x60000001) = 1
 no harm' "$(inside '
     php -r "for (\$i = 0; \$i < 4070; ++\$i) echo chr(\$i & 255);" >/tmp/bytes
     try vokctl private put /tmp/bytes

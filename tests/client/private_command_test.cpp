@@ -296,8 +296,9 @@ TEST_F(PrivateCommand, uploadsThatFailAreSaidInWords)
 {
     fs::permissions(root::kStatusFolder, fs::perms(0555));
     expectRefusal(put("hello"), "The private file cannot be made, so a former one was not changed; "
-                                "see whether the appliance's disk is full. "
-                                "(0x60000001)");
+                                "see whether the appliance's disk is full. (0x60000001)\n"
+                                "vokctl: The appliance says: mv: can't rename "
+                                "'/tmp/vokcontrol.tmp': No such file or directory");
     fs::permissions(root::kStatusFolder, fs::perms(0755));
     fs::create_directories(kPrivateFile + "/inside");
     expectRefusal(put("hello"),

@@ -154,12 +154,15 @@ TEST_F(RemoteCommand, statusIsRefusedInWords)
     program(kSwitchProgram, "exit 2");
     expectRefusal({"status", "anna"}, "Whether this user's remote access is on cannot be found "
                                       "out; see whether there is such a user. (0x00000001)");
-    for (const char* script : {"exit 3", "exit 127", "kill -9 $$"}) {
+    for (const char* script : {"exit 3", "exit 127"}) {
         program(kSwitchProgram, script);
         expectRefusal({"status", "anna"}, failed);
     }
+    program(kSwitchProgram, "kill -9 $$");
+    expectRefusal({"status", "anna"}, failed + "\nvokctl: The appliance says: Killed");
     std::filesystem::remove(kSwitchProgram);
-    expectRefusal({"status", "anna"}, failed);
+    expectRefusal({"status", "anna"}, failed + "\nvokctl: The appliance says: sh: 1: " +
+                                          kSwitchProgram + ": not found");
     program(kSwitchProgram, "exit 0");
     std::filesystem::remove("/stubs/told");
     expectRefusal({"status", "\"; reboot \""}, failed);
@@ -255,10 +258,12 @@ TEST_F(RemoteCommand, switchingOffIsRefusedInWords)
                   "The remote-access service did not do this for this user. (0x00000001)");
     const std::string failed =
         "The appliance's remote-access program has failed, or a value is missing. (0x00000003)";
-    for (const char* script : {"exit 1", "exit 3", "kill -9 $$"}) {
+    for (const char* script : {"exit 1", "exit 3"}) {
         program(kSwitchProgram, script);
         expectRefusal({"disable", "anna"}, failed);
     }
+    program(kSwitchProgram, "kill -9 $$");
+    expectRefusal({"disable", "anna"}, failed + "\nvokctl: The appliance says: Killed");
     program(kSwitchProgram, "exit 0");
     std::filesystem::remove("/stubs/told");
     expectRefusal({"disable", "\"; reboot \""}, failed);

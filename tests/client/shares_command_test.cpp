@@ -254,15 +254,16 @@ TEST_F(SharesCommand, createIsRefusedInWordsBeforeAnythingIsDone)
     for (const auto& [arguments, sentence] : refusals) {
         expectRefusal(arguments, sentence);
     }
-    const std::string character = "name holds a character that the appliance does not take, such "
-                                  "as a quote or a slash; or ";
-    const std::string reader = " holds one of : , = %, begins with @ + or ., or has a blank at an "
-                               "end (0xFF000003)";
+    const std::string publicName =
+        "The share's name has a character that cannot be used, such as a quote or a slash, one of "
+        ": , = %, a blank at an end, or @ + . at its start. (0xFF000003)";
+    const std::string privateName =
+        "A name has a character that cannot be used, such as a quote or a slash. A share's cannot "
+        "have : , = %, a blank at an end, or @ + . at its start. (0xFF000003)";
     for (const char* name : {"a'b", "a\"b", "a/b", "$(reboot)", "`reboot`", "\x1B[2J", "a:b", "a,b",
                              "a=b", "50%", "@a", "+a", ".a", " a", "a "}) {
-        expectRefusal({"create", name, "--public"}, "the share's " + character + "it" + reader);
-        expectRefusal({"create", name, "--for", "anna"},
-                      "the user's or the share's " + character + "the share's" + reader);
+        expectRefusal({"create", name, "--public"}, publicName);
+        expectRefusal({"create", name, "--for", "anna"}, privateName);
     }
     EXPECT_FALSE(root::exists(kDone));
 }

@@ -80,6 +80,14 @@ TEST_F(HistoryDatabase, failsWithTheKindAndTheReason)
     EXPECT_STREQ(open("/tmp/empty")->what(), "no such table: t");
 }
 
+TEST_F(HistoryDatabase, waitsForALockAsLongAsItIsTold)
+{
+    constexpr const char* kWait = "PRAGMA busy_timeout";
+    EXPECT_EQ(Database(kFile, Database::Access::kWrite).number(kWait), 15000);
+    EXPECT_EQ(Database(kFile, Database::Access::kRead, std::chrono::milliseconds(70)).number(kWait),
+              70);
+}
+
 TEST_F(HistoryDatabase, readsWithoutWriting)
 {
     Database(kFile, Database::Access::kWrite).run("CREATE TABLE t (a INTEGER)");

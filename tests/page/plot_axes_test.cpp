@@ -90,6 +90,8 @@ TEST_F(TimeTicks, areDaysMondaysMonthsAndYears)
     EXPECT_EQ(labelsOf(2), (Strings{"20 Nov", "21 Nov", "22 Nov"}));
     EXPECT_EQ(labelsOf(9), (Strings{"13 Nov", "15 Nov", "17 Nov", "19 Nov", "21 Nov"}));
     EXPECT_EQ(labelsOf(30), (Strings{"26 Oct", "2 Nov", "9 Nov", "16 Nov"}));
+    EXPECT_EQ(labelsOf(45), (Strings{"12 Oct", "19 Oct", "26 Oct", "2 Nov", "9 Nov", "16 Nov"}));
+    EXPECT_EQ(labelsOf(46), (Strings{"Nov 2026"}));
     EXPECT_EQ(labelsOf(100), (Strings{"Sep 2026", "Oct", "Nov"}));
     EXPECT_EQ(labelsOf(365), (Strings{"Jan 2026", "Mar", "May", "Jul", "Sep", "Nov"}));
     EXPECT_EQ(labelsOf(600), (Strings{"May 2025", "Sep", "Jan 2026", "May", "Sep"}));

@@ -188,7 +188,8 @@ TEST_F(SetupPage, shareThatCannotBeCreatedIsAFailure)
     const Made made = post(kAnswers + "3");
     EXPECT_EQ(made.script, thisPage(3));
     EXPECT_TRUE(contains(made.body, "<li>The public share was not created. The appliance&#39;s "
-                                    "share script would not create this share.</li>"));
+                                    "share script did not create this share; vokctl doctor may say "
+                                    "why.</li>"));
     EXPECT_EQ(root::readFile(kVariables),
               "pel_pubshare_name=Old & gold\nfirsttime=1\nlanguage_current=ge\n");
 }

@@ -156,7 +156,7 @@ TEST_F(Users, listThatCannotBeHadIsNoEmptyOne)
     EXPECT_EQ(make(visits::get()).body.text(),
               kListStart +
                   "<div class=\"notice bad\" role=\"alert\"><p>The list of users cannot be had. "
-                  "The appliance's list of users cannot be found.</p></div>\n" +
+                  "The appliance&#39;s list of users cannot be found.</p></div>\n" +
                   kSectionEnd + formWith(""));
 }
 
@@ -211,7 +211,7 @@ TEST_F(Users, failureOfTheAppliancesIsAboutTheWholeForm)
 {
     const FakeService service({le32(0xFF000004), kTwoUsers});
     EXPECT_EQ(make(visits::post(kGood)).body.text(),
-              summaryOf("<li>The appliance's user script did not list the users, so none was "
+              summaryOf("<li>The appliance&#39;s user script did not list the users, so none was "
                         "created; vokctl doctor may say why.</li>") +
                   kListStart + kTable + kSectionEnd + formWith("carla b"));
 }

@@ -28,8 +28,12 @@ TEST_F(Translation, isThatOfTheCatalogue)
     text::speak(*core::findLanguage("ge"));
     EXPECT_STREQ(text::spoken().code, "ge");
     EXPECT_STREQ(text::tr("Shares"), "Freigaben");
-    EXPECT_STREQ(text::trn("{} share", "{} shares", 1), "{} Freigabe");
-    EXPECT_STREQ(text::trn("{} share", "{} shares", 2), "{} Freigaben");
+    EXPECT_STREQ(text::trn("It lists {1} share, {2} of them internal.",
+                           "It lists {1} shares, {2} of them internal.", 1),
+                 "Es wird {1} Freigabe aufgelistet, davon {2} intern.");
+    EXPECT_STREQ(text::trn("It lists {1} share, {2} of them internal.",
+                           "It lists {1} shares, {2} of them internal.", 2),
+                 "Es werden {1} Freigaben aufgelistet, davon {2} intern.");
     EXPECT_STREQ(text::tr("Nobody has translated this."), "Nobody has translated this.");
     EXPECT_STREQ(text::trn("{} thing", "{} things", 2), "{} things");
     EXPECT_STREQ(text::trc("a month", "Nobody"), "Nobody");

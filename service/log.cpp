@@ -68,6 +68,16 @@ void log(const std::optional<Peer>& peer, const std::string& line)
     log(describe(peer) + ": " + line);
 }
 
+void logRequest(const Peer& peer, int number, std::string_view request, const Outcome& outcome,
+                std::chrono::milliseconds taken)
+{
+    log(peer, describe(number, request, outcome, taken));
+    if (!outcome.reasons.text().empty()) {
+        log(peer, "request " + std::to_string(number) +
+                      ": its programs said: " + describeReasons(outcome.reasons.text(), request));
+    }
+}
+
 void log(const std::string& line)
 {
     const std::string whole = "vokserve: " + line + "\n";

@@ -31,4 +31,8 @@ void log(const std::string& line);
 /// The same for a line about a client: it begins with the client's user and process.
 void log(const std::optional<Peer>& peer, const std::string& line);
 
+/// Logs a request that has ended, and what its programs have said.
+void logRequest(const Peer& peer, int number, std::string_view request, const Outcome& outcome,
+                std::chrono::milliseconds taken);
+
 } // namespace service

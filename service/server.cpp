@@ -307,13 +307,8 @@ asio::awaitable<Outcome> Server::answer(std::string request, const Peer& peer)
     if (isPasswordCheck(request)) {
         pauses_.judge(peer.user, outcome.answer, Clock::now());
     }
-    log(peer,
-        describe(number, request, outcome,
-                 std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start)));
-    if (!outcome.reasons.text().empty()) {
-        log(peer, "request " + std::to_string(number) +
-                      ": its programs said: " + describeReasons(outcome.reasons.text(), request));
-    }
+    logRequest(peer, number, request, outcome,
+               std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start));
     co_return outcome;
 }
 

@@ -60,7 +60,7 @@ workgroup|HOME' "$(inside '
 
 expect 'host settings are refused, and nothing or not all is kept' \
     'vokctl: The host name is longer than 32 bytes. (0x50000003) = 1
-vokctl: the work group'"'"'s name is longer than 32 bytes (0x50000004) = 1
+vokctl: The work group'"'"'s name is longer than 32 bytes. (0x50000004) = 1
 vokctl: The appliance does not have this language. (0x50000006) = 1
 vokctl: A setting has a character that cannot be used, such as a quote. (0xFF000003) = 1
 vokctl: --time needs the form 2026-11-21T18:30:00, in UTC = 2
@@ -112,7 +112,7 @@ Public share name:  Öffentlich = 0
   "language": "sp",
   "public_share_name": "P\u00fablico"
 } = 0
-vokctl: there is no quick setup in the appliance'"'"'s language (0xB0000002) = 1
+vokctl: There is no quick setup in the appliance'"'"'s language. (0xB0000002) = 1
 vokctl: The appliance has no name for a public share in its language. (0xB0000003) = 1
 vokctl: The appliance'\''s language cannot be read; vokctl doctor may say why. (0xB0000001) = 1' "$(inside '
     file=/etc/buildinfo.txt
@@ -158,7 +158,7 @@ x = 0
 vokcontrol-private.txt
 no saved file
 vokctl: There is no private file on the appliance. (0x70000001) = 1
-vokctl: the appliance'"'"'s private file is empty (0x70000002) = 1
+vokctl: The private file on the appliance is empty. (0x70000002) = 1
 vokctl: The private file on the appliance cannot be read. (0x70000003) = 1
 vokctl: a private file has 1 to 4070 bytes; this one has 0 = 2
 vokctl: a private file has 1 to 4070 bytes; this one has 4071 = 2
@@ -232,7 +232,7 @@ vokctl: the user'"'"'s remote access is off now = 0
 off = 0
 Élise
 vokctl: The appliance does not have this address. (0x00000001) = 1
-vokctl: the appliance cannot tell whether this user'"'"'s remote access is on (0x00000001) = 1
+vokctl: Whether this user'"'"'s remote access is on cannot be found out; see whether there is such a user. (0x00000001) = 1
 vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
 vokctl: The remote-access service did not register this user. (0x00000001) = 1
 vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
@@ -267,17 +267,17 @@ vokctl: the user'"'"'s remote access is off now = 0
 off = 0
 vokctl: The remote-access service did not register this user. (0x00000001) = 1
 vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
-vokctl: the appliance'"'"'s remote-access program has failed, or a value is missing (0x00000003) = 1
+vokctl: The appliance'"'"'s remote-access program has failed, or a value is missing. (0x00000003) = 1
 2
-vokctl: the appliance cannot tell whether this user'"'"'s remote access is on (0x00000001) = 1
+vokctl: Whether this user'"'"'s remote access is on cannot be found out; see whether there is such a user. (0x00000001) = 1
 vokctl: The remote-access service did not register this user. (0x00000001) = 1
 vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
 vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
 3
-vokctl: the appliance'"'"'s remote-access program has failed, or the question is malformed (0x00000002) = 1
+vokctl: The appliance'"'"'s remote-access program has failed, or the request is malformed. (0x00000002) = 1
 vokctl: The remote-access service did not register this user. (0x00000001) = 1
 vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
-vokctl: the appliance'"'"'s remote-access program has failed, or a value is missing (0x00000003) = 1' "$(inside '
+vokctl: The appliance'"'"'s remote-access program has failed, or a value is missing. (0x00000003) = 1' "$(inside '
     for status in 0 1 2 3; do
         echo $status | tee /etc/pelconfig/ra-exit
         try vokctl remote status anna

@@ -23,6 +23,7 @@ const PAGES = {
     help: "/help",
 };
 const SCENES = ["full-disk", "interrupted", "many-shares"];
+const COLLECT = "vokctl collect --wait 120 >/dev/null 2>&1";
 
 class Photographer {
     constructor(appliance, browser) {
@@ -64,7 +65,7 @@ class Photographer {
     }
 }
 
-/** Does something with an appliance that has ended a collection, unless its state is another one. */
+/** Does something with a browser and an appliance that starts in a state. */
 async function withAppliance(scene, work) {
     const appliance = await Appliance.start(path.resolve(build), scene);
     const browser = await Browser.open();
@@ -81,12 +82,14 @@ await withAppliance(undefined, async (photographer, appliance, browser) => {
     await photographer.takeLogin();
     await appliance.logIn(browser);
     await photographer.take("overview-empty");
-    await appliance.run("tidewaved -n 3 && vokctl collect --wait 120 >/dev/null 2>&1");
+    await appliance.run(`tidewaved -n 3 && ${COLLECT}`);
     await photographer.takeLanguages();
     await photographer.takePages();
 });
 for (const scene of SCENES) {
     await withAppliance(scene, async (photographer, appliance, browser) => {
+        // The mark of an interrupted collection keeps another one from starting.
+        await appliance.run(scene === "interrupted" ? ":" : COLLECT);
         await appliance.logIn(browser);
         await photographer.take(`overview-${scene}`);
     });

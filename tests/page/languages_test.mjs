@@ -88,8 +88,10 @@ const NAMES = ["Family Videos", "Old Laptop"];
 // and those names; the longest first.
 async function sameAsEnglish(locale) {
     const catalogue = await readFile(new URL(`../../po/${locale}.po`, import.meta.url), "utf8");
-    const entries = catalogue.matchAll(/^msgid "(.+)"\n(?:msgid_plural .*\n)?msgstr(?:\[0\])? "(.+)"$/gm);
-    return [...entries].filter(([, english, other]) => english === other)
+    const entries = [...catalogue.matchAll(/^msgid "(.+)"\n(?:msgid_plural .*\n)?msgstr(?:\[0\])? "(.+)"$/gm)];
+    // Also those that mean something else in English, such as "Configuration" for "Setup" in French.
+    const written = new Set(entries.map(([, , other]) => other));
+    return entries.filter(([, english]) => written.has(english))
         .flatMap(([, english]) => english.split(/\{\d?\}/)).filter((words) => words.trim() !== "")
         .concat(NAMES)
         .sort((one, other) => other.length - one.length);

@@ -61,7 +61,9 @@ void runMetrics(const MetricsOptions& options)
 {
     const config::Configuration configuration = config::read(options.file);
     const std::string usage = view::readFileStart(kUsageFile, VOK_USAGE_SIZE + 1).bytes;
-    const std::string text = renderMetrics(view::readSituation(), configuration, usage);
+    constexpr std::size_t kMostTimes = 65536;
+    const std::string times = view::readFileStart(kTimesFile, kMostTimes).bytes;
+    const std::string text = renderMetrics(view::readSituation(), configuration, usage, times);
     if (options.output.empty()) {
         std::cout << text;
     } else {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <optional>
 #include <set>
+#include <sstream>
 #include <string_view>
 
 #include "core/bytes.h"
@@ -41,11 +42,14 @@ constexpr Family kCollecting = {"vokcontrol_collecting", "",
 constexpr Family kFindings = {"vokcontrol_findings", "",
                               "How many findings need attention, by level."};
 
-std::string headOf(const Family& family)
+constexpr Family kTimes = {"vokcontrol_request_seconds", "seconds",
+                           "How long requests have taken since the service began, by command."};
+
+std::string headOf(const Family& family, const char* type = "gauge")
 {
     const std::string name = family.name;
     const std::string unit = family.unit;
-    return "# TYPE " + name + " gauge\n" +
+    return "# TYPE " + name + " " + type + "\n" +
            (unit.empty() ? "" : "# UNIT " + name + " " + unit + "\n") + "# HELP " + name + " " +
            family.help + "\n";
 }
@@ -179,14 +183,41 @@ std::string renderRequests(std::string_view usage)
     return text;
 }
 
+/// The two figures of a line of the service's times; nothing for a line of another form.
+std::string renderTime(const std::string& line)
+{
+    constexpr double kMillisecondsPerSecond = 1000;
+    std::istringstream words(line);
+    std::string code;
+    std::uint64_t count = 0;
+    std::uint64_t milliseconds = 0;
+    if (!(words >> code >> count >> milliseconds) || !words.eof()) {
+        return "";
+    }
+    const std::string label = "{command=\"" + escape(makeUtf8(code)) + "\"} ";
+    const double seconds = static_cast<double>(milliseconds) / kMillisecondsPerSecond;
+    return kTimes.name + ("_sum" + label) + std::to_string(seconds) + "\n" + kTimes.name +
+           ("_count" + label) + std::to_string(count) + "\n";
+}
+
+std::string renderTimes(std::string_view times)
+{
+    std::istringstream lines{std::string(times)};
+    std::string text;
+    for (std::string line; std::getline(lines, line);) {
+        text += renderTime(line);
+    }
+    return text.empty() ? "" : headOf(kTimes, "summary") + text;
+}
+
 } // namespace
 
 std::string renderMetrics(const Situation& situation, const config::Configuration& configuration,
-                          std::string_view usage)
+                          std::string_view usage, std::string_view times)
 {
     return renderCapacity(situation.capacity) + renderStatus(situation.status) +
-           renderRequests(usage) + renderFindings(view::judge(situation, configuration)) +
-           "# EOF\n";
+           renderRequests(usage) + renderTimes(times) +
+           renderFindings(view::judge(situation, configuration)) + "# EOF\n";
 }
 
 } // namespace client

@@ -68,6 +68,12 @@ void log(const std::optional<Peer>& peer, const std::string& line)
     log(describe(peer) + ": " + line);
 }
 
+void logRefusal(const Peer& peer, int number, std::string_view parameter)
+{
+    log(peer,
+        "request " + std::to_string(number) + ": its " + std::string(parameter) + " was refused");
+}
+
 void logRequest(const Peer& peer, int number, std::string_view request, const Outcome& outcome,
                 std::chrono::milliseconds taken)
 {

@@ -31,6 +31,9 @@ void log(const std::string& line);
 /// The same for a line about a client: it begins with the client's user and process.
 void log(const std::optional<Peer>& peer, const std::string& line);
 
+/// Logs that a parameter of a request was refused.
+void logRefusal(const Peer& peer, int number, std::string_view parameter);
+
 /// Logs a request that has ended, and what its programs have said.
 void logRequest(const Peer& peer, int number, std::string_view request, const Outcome& outcome,
                 std::chrono::milliseconds taken);

@@ -298,8 +298,7 @@ asio::awaitable<Outcome> Server::answer(std::string request, const Peer& peer)
     Outcome outcome{Ending::kRefused, "", {}};
     if (std::optional<Refusal> refusal = examine(request)) {
         co_await countRefused(request, number);
-        log(peer, "request " + std::to_string(number) + ": its " + std::string(refusal->parameter) +
-                      " was refused");
+        logRefusal(peer, number, refusal->parameter);
         outcome.answer = std::move(refusal->answer);
     } else {
         outcome = co_await runRequest(request, number);
@@ -307,8 +306,9 @@ asio::awaitable<Outcome> Server::answer(std::string request, const Peer& peer)
     if (isPasswordCheck(request)) {
         pauses_.judge(peer.user, outcome.answer, Clock::now());
     }
-    logRequest(peer, number, request, outcome,
-               std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start));
+    const auto taken = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
+    logRequest(peer, number, request, outcome, taken);
+    times_.add(request, taken);
     co_return outcome;
 }
 

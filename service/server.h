@@ -19,6 +19,7 @@
 #include "service/password_pauses.h"
 #include "service/peer.h"
 #include "service/request_queue.h"
+#include "service/request_times.h"
 #include "service/upload.h"
 #include "service/usage.h"
 #include "service/visits.h"
@@ -81,6 +82,7 @@ class Server {
     PasswordPauses pauses_;
     RequestQueue queue_;
     Usage usage_;
+    RequestTimes times_;
     Upload upload_;
     int lastNumber_ = 0;
     int busy_ = 0; ///< the connected clients, and one for acceptClients()

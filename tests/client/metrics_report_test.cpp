@@ -135,4 +135,24 @@ TEST(Metrics, haveTheRequestsOfTheService)
     EXPECT_EQ(renderMetrics({}, {}, usage.substr(1)), renderMetrics({}, {}));
 }
 
+TEST(Metrics, haveTheTimesOfRequestsAsSums)
+{
+    const std::string text = renderMetrics(
+        {}, {}, {}, "lstu 2 5000000030\nother 1 0\nno line\nwall 1 2 3\nwall -x 1\n\n");
+    const std::string expected =
+        "# TYPE vokcontrol_request_seconds summary\n"
+        "# UNIT vokcontrol_request_seconds seconds\n"
+        "# HELP vokcontrol_request_seconds How long requests have taken since the service began, "
+        "by command.\n"
+        "vokcontrol_request_seconds_sum{command=\"lstu\"} 5000000.030000\n"
+        "vokcontrol_request_seconds_count{command=\"lstu\"} 2\n"
+        "vokcontrol_request_seconds_sum{command=\"other\"} 0.000000\n"
+        "vokcontrol_request_seconds_count{command=\"other\"} 1\n";
+    const std::size_t start = text.find("# TYPE vokcontrol_request_seconds");
+    ASSERT_NE(start, text.npos);
+    EXPECT_EQ(text.substr(start, expected.size()), expected);
+    EXPECT_EQ(text.substr(0, start) + text.substr(start + expected.size()), renderMetrics({}, {}));
+    EXPECT_EQ(renderMetrics({}, {}, {}, "no line\n"), renderMetrics({}, {}));
+}
+
 } // namespace

@@ -67,16 +67,23 @@ vokctl: --time needs the form 2026-11-21T18:30:00, in UTC = 2
 hostname|appliance
 language|english
 nmbdSysname|appliance
-vokctl: The date and the language were set, but the appliance did not take the host name or the work group; vokctl doctor may say why. (0x50000005) = 1
+vokctl: The date and the language were set, but the appliance did not take the host name or the work group; vokctl doctor may say why. (0x50000005)
+vokctl: The appliance says: api_system.php: "cellar-" cannot be a host name = 1
 date|01/02/2003
 hostname|appliance
 language|german
 nmbdSysname|appliance
 time|04:05:06
-vokctl: The date and the language were set, but the appliance did not take the host name or the work group; vokctl doctor may say why. (0x50000005) = 1
+vokctl: The date and the language were set, but the appliance did not take the host name or the work group; vokctl doctor may say why. (0x50000005)
+vokctl: The appliance says: api_system.php: "two words" cannot be a work group = 1
 hostname|cellar
 vokctl: The appliance did not set the date or the language; vokctl doctor may say why. (0xFF000004) = 1
-vokctl: The appliance did not set the date or the language; vokctl doctor may say why. (0xFF000004) = 1' "$(inside '
+vokctl: The appliance did not set the date or the language; vokctl doctor may say why. (0xFF000004)
+vokctl: The appliance says: PHP Warning:  require(/etc/inc/settings.php): Failed to open stream: No such file or directory in /etc/inc/api_pel.php on line 8
+vokctl: The appliance says: PHP Fatal error:  Uncaught Error: Failed opening required '\''/etc/inc/settings.php'\'' (include_path='\''.:/usr/share/php'\'') in /etc/inc/api_pel.php:8
+vokctl: The appliance says: Stack trace:
+vokctl: The appliance says: #0 {main}
+vokctl: The appliance says:   thrown in /etc/inc/api_pel.php on line 8 = 1' "$(inside '
     long=$(printf %033d 0)
     try vokctl host set --language fr --name "$long"
     try vokctl host set --language fr --workgroup "$long"
@@ -170,7 +177,8 @@ a refusal, 0x60000002: An empty file cannot be kept.
 former = 0
 vokctl: The new private file was kept, but the former one could not be removed. (0xFF000006) = 1
 the new one
-vokctl: The private file cannot be made, so a former one was not changed; see whether the appliance'\''s disk is full. (0x60000001) = 1
+vokctl: The private file cannot be made, so a former one was not changed; see whether the appliance'\''s disk is full. (0x60000001)
+vokctl: The appliance says: mv: can'\''t rename '\''/tmp/vokcontrol.tmp'\'': No such file or directory = 1
 no harm' "$(inside '
     php -r "for (\$i = 0; \$i < 4070; ++\$i) echo chr(\$i & 255);" >/tmp/bytes
     try vokctl private put /tmp/bytes

@@ -94,6 +94,7 @@ tooLong="vokctl: The share's name is longer than 64 bytes. (0x20000003) = 1"
 refused="vokctl: The share's name has a character that cannot be used, such as a quote or a slash, one of : , = %, a blank at an end, or @ + . at its start. (0xFF000003) = 1"
 refusedFor="vokctl: A name has a character that cannot be used, such as a quote or a slash. A share's cannot have : , = %, a blank at an end, or @ + . at its start. (0xFF000003) = 1"
 noPublic="vokctl: The appliance's share script did not create this share; vokctl doctor may say why. (0xFF000004) = 1"
+noFolder='vokctl: The appliance says: api_share.php: cannot make the folder "/share/Left behind" = 1'
 noPrivate="vokctl: The appliance's share script did not create this share, or did not give it to this user; vokctl doctor may say why. (0xFF000004) = 1"
 expect 'what cannot be done is refused in words, and nothing is changed' "$taken
 $taken
@@ -105,8 +106,10 @@ $tooLong
 vokctl: There is no user of this name, or it is reserved. (0x20000006) = 1
 $refused
 $refusedFor
-$noPublic
-$noPrivate
+${noPublic% = 1}
+$noFolder
+${noPrivate% = 1}
+$noFolder
 $refused
 $refused
 vokctl: The share's name does not have 1 to 64 bytes, or has a character that cannot be used. (0xC1000003) = 1

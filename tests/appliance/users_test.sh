@@ -83,7 +83,8 @@ $taken
 vokctl: The user's name is longer than 32 bytes. (0x10000002) = 1
 vokctl: The password is longer than 32 bytes. (0x10000003) = 1
 $character
-vokctl: The appliance's user script did not create this user; vokctl doctor may say why. (0x10000005) = 1
+vokctl: The appliance's user script did not create this user; vokctl doctor may say why. (0x10000005)
+vokctl: The appliance says: api_user.php: \"\" cannot be the name of a user = 1
 $character
 $character
 vokctl: there is no password on standard input = 2

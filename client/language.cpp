@@ -24,7 +24,7 @@ const core::Language& languageFor(std::span<char* const> words)
 {
     const auto end = std::ranges::find(words, std::string_view("--"));
     const bool isForPrograms = std::any_of(words.begin(), end, asksForData);
-    return isForPrograms ? *core::findLanguage("en") : text::languageOfEnvironment();
+    return isForPrograms ? core::kEnglish : text::languageOfEnvironment();
 }
 
 } // namespace client

@@ -30,6 +30,9 @@ inline constexpr auto kLanguages = std::to_array<Language>({
     {"tc", "traditional_chinese", "7", "\u7E41\u9AD4\u4E2D\u6587", "zh_TW", "zh-Hant"},
 });
 
+/// What is spoken if nothing else is known.
+inline constexpr const Language& kEnglish = kLanguages.front();
+
 /// @return the language with a code; null for another code
 [[nodiscard]] constexpr const Language* findLanguage(std::string_view code)
 {

@@ -59,7 +59,7 @@ Html backupDay(std::chrono::sys_days day, const std::string& words, std::chrono:
 /// A badge that is the state itself has said it.
 std::string dayAndState(const ShareRow& share, Backup backup, const Configuration& configuration)
 {
-    const std::string day = view::formatDate(*share.backupDay);
+    std::string day = view::formatDate(*share.backupDay);
     if (!share.backupState || backup == Backup::kUnexplained) {
         return day;
     }

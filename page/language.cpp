@@ -52,7 +52,7 @@ const Language* languageOfAppliance()
 
 const Language& orEnglish(const Language* language)
 {
-    return (language != nullptr) ? *language : *core::findLanguage("en");
+    return (language != nullptr) ? *language : core::kEnglish;
 }
 
 /// Whether a query has only what browsers leave as it is in one.

@@ -176,9 +176,9 @@ Html figures(const Points& points, const config::Configuration& configuration)
 <thead><tr><th scope="col">)"
         << Text{tr("Published")} << R"(</th><th scope="col">)" << Text{tr("Used")}
         << R"(</th><th scope="col">)" << Text{tr("Last backup")} << "</th></tr></thead>\n<tbody>\n";
-    for (auto point = points.rbegin(); point != points.rend(); ++point) {
-        out << R"(<tr><th scope="row">)" << Text{view::formatTime(point->published)} << "</th><td>"
-            << Text{view::formatSpace(*point->used)} << "</td>" << backupCell(*point, configuration)
+    for (const history::Point& point : Points(points.rbegin(), points.rend())) {
+        out << R"(<tr><th scope="row">)" << Text{view::formatTime(point.published)} << "</th><td>"
+            << Text{view::formatSpace(*point.used)} << "</td>" << backupCell(point, configuration)
             << "</tr>\n";
     }
     return out << "</tbody>\n</table>\n</details>\n";

@@ -115,11 +115,10 @@ const core::Language* preferredLanguage(std::string_view header)
 
 const core::Language& languageOfEnvironment()
 {
-    const core::Language& english = *core::findLanguage("en");
     const std::string_view locale = localeOfEnvironment();
     // Who asks for plain C gets no translation, as with every other program.
     if (locale == "C" || locale == "POSIX" || locale.starts_with("C.")) {
-        return english;
+        return core::kEnglish;
     }
     std::string_view list = variable("LANGUAGE");
     while (!list.empty()) {
@@ -128,7 +127,7 @@ const core::Language& languageOfEnvironment()
         }
     }
     const core::Language* language = languageOf(locale);
-    return (language != nullptr) ? *language : english;
+    return (language != nullptr) ? *language : core::kEnglish;
 }
 
 } // namespace text

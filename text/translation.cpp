@@ -12,7 +12,7 @@ namespace text {
 namespace {
 
 struct Spoken {
-    const core::Language* language = core::findLanguage("en");
+    const core::Language* language = &core::kEnglish;
     std::optional<Catalogue> catalogue = std::nullopt;
 };
 

@@ -192,8 +192,9 @@ Wrong: 0, not checked: 0, checks in all: 46. = 0
 TEXT
 )" "$(part well)"
 
-expect 'only the service writes, its traces and its log' "$(
+expect 'only the service writes: its traces, its log and its requests' times' "$(
     cat <<'TEXT'
+/run/vokcontrol/requests
 /run/vokcontrol/tmp/dbg_vokcontrol.txt
 /var/log/vokserve.log
 TEXT

@@ -192,7 +192,7 @@ Wrong: 0, not checked: 0, checks in all: 46. = 0
 TEXT
 )" "$(part well)"
 
-expect 'only the service writes: its traces, its log and its requests' times' "$(
+expect 'only the service writes: its traces, its log and the times of requests' "$(
     cat <<'TEXT'
 /run/vokcontrol/requests
 /run/vokcontrol/tmp/dbg_vokcontrol.txt

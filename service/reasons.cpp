@@ -10,6 +10,7 @@
 #include <sys/uio.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 #include "cmdsvc/protocol.h"
 #include "core/bytes.h"
@@ -37,26 +38,43 @@ std::string_view withoutLastNewlines(std::string_view text)
     return text.substr(0, text.find_last_not_of('\n') + 1);
 }
 
-void replaceAll(std::string& text, std::string_view old, std::string_view fresh)
-{
-    for (std::size_t at = text.find(old); at != text.npos; at = text.find(old, at + fresh.size())) {
-        text.replace(at, old.size(), fresh);
-    }
-}
-
-/// A text without what the request's parameters hold. Of one or two letters, every word would have
-/// some.
-std::string withoutParameters(std::string_view text, std::string_view request)
+/// What the request's parameters hold. Of one or two letters, every word would have some.
+std::vector<std::string_view> parametersOf(std::string_view request)
 {
     constexpr std::size_t kShortest = 3;
-    std::string rest(text);
+    std::vector<std::string_view> parameters;
     std::string_view lines = request.substr(std::min(cmdsvc::kParametersOffset, request.size()));
     while (!lines.empty()) {
         const std::string_view line = lines.substr(0, lines.find('\n'));
         if (line.size() >= kShortest) {
-            replaceAll(rest, line, "[...]");
+            parameters.push_back(line);
         }
         lines.remove_prefix(std::min(line.size() + 1, lines.size()));
+    }
+    return parameters;
+}
+
+/// The size of the longest parameter that a text begins with; 0 if it begins with none. A name may
+/// be the start of a password.
+std::size_t parameterAt(std::string_view text, const std::vector<std::string_view>& parameters)
+{
+    std::size_t longest = 0;
+    for (const std::string_view parameter : parameters) {
+        if (parameter.size() > longest && text.starts_with(parameter)) {
+            longest = parameter.size();
+        }
+    }
+    return longest;
+}
+
+std::string withoutParameters(std::string_view text, std::string_view request)
+{
+    const std::vector<std::string_view> parameters = parametersOf(request);
+    std::string rest;
+    while (!text.empty()) {
+        const std::size_t size = parameterAt(text, parameters);
+        rest += (size > 0) ? std::string_view("[...]") : text.substr(0, 1);
+        text.remove_prefix(std::max<std::size_t>(size, 1));
     }
     return rest;
 }

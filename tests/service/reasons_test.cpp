@@ -97,6 +97,10 @@ TEST(DescribeReasons, holdsNoParameter)
     const std::string request = frame("crat", 2, "bob\nse;cret\n");
     EXPECT_EQ(describeReasons("user bob: bad se;cret, bob!", request),
               "user [...]: bad [...], [...]!");
+    EXPECT_EQ(describeReasons("anna, annasecret", frame("crat", 2, "anna\nannasecret\n")),
+              "[...], [...]")
+        << "a name may be the start of a password";
+    EXPECT_EQ(describeReasons("......", frame("crat", 2, "...\n...\n")), "[...][...]");
     EXPECT_EQ(describeReasons("a word", frame("crat", 2, "a\nwo\n")), "a word");
     EXPECT_EQ(describeReasons("a secre", frame("crat", 2, "x\nsecre")), "a [...]");
     EXPECT_EQ(describeReasons("crat", "crat"), "crat");

@@ -204,9 +204,4 @@ std::string formatNames(const std::vector<std::string>& names)
     return words;
 }
 
-std::string formatCount(std::uint64_t count, const char* one, const char* many)
-{
-    return std::to_string(count) + " " + (count == 1 ? one : many);
-}
-
 } // namespace view

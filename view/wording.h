@@ -57,7 +57,4 @@ struct Space {
 /// "Media, Music, Photos"
 [[nodiscard]] std::string formatNames(const std::vector<std::string>& names);
 
-/// "1 share", "3 shares"
-[[nodiscard]] std::string formatCount(std::uint64_t count, const char* one, const char* many);
-
 } // namespace view

@@ -90,13 +90,6 @@ TEST(FormatAge, growsCoarser)
     }
 }
 
-TEST(FormatCount, knowsOneFromMany)
-{
-    EXPECT_EQ(formatCount(0, "share", "shares"), "0 shares");
-    EXPECT_EQ(formatCount(1, "share", "shares"), "1 share");
-    EXPECT_EQ(formatCount(2, "share", "shares"), "2 shares");
-}
-
 TEST(Wording, namesAreSeparated)
 {
     EXPECT_EQ(view::formatNames({}), "");

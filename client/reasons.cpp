@@ -18,12 +18,14 @@
 namespace client {
 namespace {
 
+/// Whether there are bytes or the connection's end. An error is reported only once, and is left to
+/// whoever reads on: otherwise an answer that was cut off would look like an empty one.
 bool isReadable(int socket, std::chrono::milliseconds patience)
 {
     constexpr std::int64_t kLongest = std::numeric_limits<int>::max();
     const auto most = static_cast<int>(std::min<std::int64_t>(patience.count(), kLongest));
     pollfd connection = {socket, POLLIN, 0};
-    return ::poll(&connection, 1, most) == 1;
+    return ::poll(&connection, 1, most) == 1 && (connection.revents & POLLERR) == 0;
 }
 
 /// The descriptor that came with a message; nothing if none did.

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <optional>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -69,6 +70,19 @@ TEST_F(Connected, frameArrivesWholeAndTheAnswerComesBackWhole)
     const Reply reply = sendRequest(connection(), frame);
     EXPECT_EQ(reply.code, client::kGood);
     EXPECT_EQ(reply.bytes, answer);
+}
+
+TEST_F(Connected, answerThatIsCutOffIsNone)
+{
+    serve([](int socket) {
+        // It ends with the request unread, as one that was killed.
+        pollfd connection = {socket, POLLRDHUP, 0};
+        ::poll(&connection, 1, -1);
+    });
+    const Reply reply = sendRequest(connection(), "gubs " + root::le32(0) + "\n");
+    EXPECT_EQ(reply.code, client::kUnreachable);
+    EXPECT_EQ(reply.complaint, "cannot reach the service at /tmp/socket: Connection reset by peer. "
+                               "Is vokserve running?");
 }
 
 TEST_F(Connected, emptyAnswerIsGood)

@@ -2,6 +2,7 @@
 #include "client/reasons.h"
 
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -123,6 +125,16 @@ TEST_F(Received, nothingMayCome)
     EXPECT_EQ(piece.bytes, "");
     EXPECT_EQ(piece.reasons, "");
     EXPECT_EQ(receiveFirst(-1, 100, kNone).bytes, "");
+}
+
+TEST_F(Received, resetIsLeftToWhoReadsOn)
+{
+    ASSERT_EQ(::write(ends[1], "request", 7), 7);
+    ::close(std::exchange(ends[0], -1)); // without having read it
+    EXPECT_EQ(receiveFirst(ends[1], 100, kPatience).bytes, "");
+    std::array<char, 4> rest{};
+    EXPECT_EQ(::read(ends[1], rest.data(), rest.size()), -1);
+    EXPECT_EQ(errno, ECONNRESET);
 }
 
 TEST(ReasonLines, areSafeForATerminal)

@@ -103,8 +103,10 @@ class Server : public root::UntracedTest {
                 const std::size_t end = std::min(line.find(' ', at + 1), line.size());
                 lines.push_back(line.substr(0, at) + line.substr(end));
             } else if (line != "vokserve: ready" && line != "vokserve: stopped" &&
-                       line.find("AddressSanitizer") == std::string::npos) {
-                // A process that a test kills says so itself if it runs under a sanitizer.
+                       line.find("AddressSanitizer") == std::string::npos &&
+                       line.find("qemu: uncaught target signal") == std::string::npos) {
+                // A process that a test kills says so itself if it runs under a sanitizer or in an
+                // emulator.
                 lines.push_back(line);
             }
         }

@@ -36,9 +36,8 @@ std::string formatPlace(const view::Progress& progress)
     if (progress.place == 0) {
         return fill(tr("Measuring {}"), {share});
     }
-    return fill(
-        trn("Measuring {1}, {2} of {3} share", "Measuring {1}, {2} of {3} shares", progress.count),
-        {share, std::to_string(progress.place), std::to_string(progress.count)});
+    return fill(tr("Measuring {1}, share {2} of {3}"),
+                {share, std::to_string(progress.place), std::to_string(progress.count)});
 }
 
 } // namespace

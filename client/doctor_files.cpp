@@ -115,7 +115,7 @@ Diagnosis examineVariables(const Surroundings& /*surroundings*/, const Check& /*
 {
     const Wanted wanted = {kVariableFile, S_IFREG, kOthersWrite,
                            std::string("touch ") + kVariableFile};
-    return complainOf(wanted).value_or(good(tr("They are there, and only root may change them.")));
+    return complainOf(wanted).value_or(good(tr("It is there, and only root may change it.")));
 }
 
 Diagnosis examineLock(const Surroundings& /*surroundings*/, const Check& /*check*/)
@@ -198,12 +198,12 @@ Diagnosis examineClock(const Surroundings& surroundings, const Check& /*check*/)
         struct stat status = {};
         if (::stat(path, &status) == 0 && status.st_mtime > surroundings.now + kTolerance) {
             return wrong(
-                fill(tr("It is {1}, but {2} was written {3}."),
+                fill(tr("The clock says {1}, but {2} was written {3}."),
                      {view::formatTime(surroundings.now), path, view::formatTime(status.st_mtime)}),
                 fill(tr("set the clock; if it is right, {}"), {"touch " + std::string(path)}));
         }
     }
-    return good(fill(tr("It is {}."), {view::formatTime(surroundings.now)}));
+    return good(fill(tr("The clock says {}."), {view::formatTime(surroundings.now)}));
 }
 
 } // namespace client

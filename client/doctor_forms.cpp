@@ -229,7 +229,7 @@ Diagnosis judgeLanguage(std::string_view text)
                 form);
         }
     }
-    return good(fill(tr("It is {}."), {lastValue(text, "<languag>")}));
+    return good(fill(tr("The language is {}."), {lastValue(text, "<languag>")}));
 }
 
 Diagnosis judgeMachineName(std::string_view text)
@@ -239,7 +239,7 @@ Diagnosis judgeMachineName(std::string_view text)
         return misread(tr("It has no name after <nmbdSysname>."),
                        "<nmbdSysname>NAME</nmbdSysname>");
     }
-    return good(fill(tr("It is {}."), {name}));
+    return good(fill(tr("The name is {}."), {name}));
 }
 
 Diagnosis judgeWebHook(std::string_view text)

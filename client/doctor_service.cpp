@@ -151,7 +151,7 @@ Diagnosis examineSocket(const Surroundings& surroundings, const Check& /*check*/
         return wrong(fill(tr("{} does not belong to root."), {path}),
                      fill(tr("see who made it; remove it, then {}"), {start}));
     }
-    return good(fill(tr("It is {}."), {path}));
+    return good(fill(tr("Its path is {}."), {path}));
 }
 
 Diagnosis examineService(const Surroundings& surroundings, const Check& /*check*/)

@@ -40,7 +40,7 @@ Diagnosis examinePhp(const Surroundings& surroundings, const Check& /*check*/)
 {
     return judgeOutput(surroundings, {"sudo", "/usr/bin/php", "-v"}, [](std::string_view text) {
         return text.starts_with("PHP ")
-                   ? good(fill(tr("It is {}."), {text.substr(0, text.find(' ', 4))}))
+                   ? good(fill(tr("{} answers."), {text.substr(0, text.find(' ', 4))}))
                    : wrong(tr("/usr/bin/php is not PHP."),
                            tr("install the package php-cli, or link its program to "
                               "/usr/bin/php"));
@@ -51,7 +51,7 @@ Diagnosis examineProgram(const Surroundings& surroundings, const Check& check)
 {
     const std::optional<std::string> path = findProgram(surroundings, check.name);
     if (path) {
-        return good(fill(tr("It is {}."), {*path}));
+        return good(fill(tr("Its path is {}."), {*path}));
     }
     return (check.name[0] == '/')
                ? wrong(tr("There is no such program."), tr("install it there"))

@@ -105,7 +105,7 @@ std::string askForBytes(const Connection& connection, const Request& request,
 
 void failUnreadable(const Request& request, const Answer& answer)
 {
-    throw Failure(kUnreadableAnswer, text::fill(text::tr("the answer cannot be read; it is {}"),
+    throw Failure(kUnreadableAnswer, text::fill(text::tr("the answer cannot be read: {}"),
                                                 {describeAnswer(request.command, answer)}));
 }
 

@@ -34,7 +34,7 @@ Html backupBadge(Backup backup, const ShareRow& share, const Configuration& conf
     case Backup::kUnreadable:
         return badge("ageing", "!", tr("Unreadable report"));
     case Backup::kNewer:
-        return badge("none", "+", tr("Reported since"));
+        return badge("none", "+", tr("Newer report"));
     case Backup::kFailed:
         return badge("old", "&#10005;", tr("Failed"));
     case Backup::kInFuture:

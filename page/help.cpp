@@ -24,11 +24,9 @@ constexpr auto kRemedies = std::to_array<Remedy>({
     {mark("The appliance's service does not answer. Try again in a minute."),
      mark("The service is not running, or is just being started."),
      mark("Wait a minute. If that does not help, restart the appliance, or start the service by "
-          "hand: "
-          "systemctl start vokserve.socket")},
+          "hand: systemctl start vokserve.socket")},
     {mark("The appliance's service has not answered in time. What you asked for may have been done "
-          "all "
-          "the same: look before you repeat it."),
+          "all the same: look before you repeat it."),
      mark("The service is busy with something that takes long."),
      mark("Look at the list of shares or users, then try again.")},
     {mark("The appliance did not get ready in time. What you asked for may be done in part."),
@@ -37,26 +35,22 @@ constexpr auto kRemedies = std::to_array<Remedy>({
      mark("After each wrong password the wait is twice as long, at most 64 s."),
      mark("Wait, then type name and password with care.")},
     {mark("You are not logged in, or your login has ended. Nothing was changed. Log in and repeat "
-          "what "
-          "you did."),
-     mark("A login ends after 30 minutes without a click, and after 12 hours."),
+          "what you did."),
+     mark("A login ends after 30 minutes without a click, and after 12 hours at the latest."),
      mark("Log in again.")},
     {mark("Only an administrator may do this."), mark("Your account may look, but change nothing."),
      mark("Ask an administrator. To make your account one, name it under \"administrators\" in the "
           "section [pages] of /etc/vokcontrol.conf.")},
     {mark("The appliance does not go by this name. Use its own name or its address."),
      mark("The browser's address bar has a name that the appliance does not know."),
-     mark(
-         "Use the appliance's own name or its address, or add the name to \"hosts\" in the section "
-         "[pages] of /etc/vokcontrol.conf.")},
+     mark("Use the appliance's own name or its address, or add the name to \"hosts\" in the "
+          "section [pages] of /etc/vokcontrol.conf.")},
     {mark("Your browser says that this form does not come from a page of this appliance. Nothing "
-          "was "
-          "changed."),
+          "was changed."),
      mark("Another site has sent the form, or a proxy changes the address."),
      mark("Open the page again at the appliance's own address.")},
     {mark("The appliance's settings cannot be read, so nothing was done. The web server's log "
-          "tells what "
-          "has to be mended."),
+          "tells what has to be mended."),
      mark("A line of /etc/vokcontrol.conf is not understood."),
      mark("The web server's log has the number of the line. Correct it.")},
     {mark("The last collection was interrupted."),

@@ -3,7 +3,7 @@
 #
 # usage: troubleshooting_test.sh BUILD
 #
-# The messages in docs/troubleshooting.md are the programs' own.
+# The messages in docs/troubleshooting.md and on the pages' /help are the programs' own.
 set -euo pipefail
 build=$(cd -- "$1" && pwd)
 clone=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
@@ -30,7 +30,21 @@ unknown() {
     done < <(parts | grep -v -e '^No such file or directory$' -e '^Connection refused$' -e '^Permission denied$')
 }
 
+# The messages on /help, which begin its rows.
+help_messages() {
+    tr '\n' ' ' <"$clone/page/help.cpp" | sed 's/" *"//g' | grep -o '{mark("[^"]*")' | sed 's/{mark("//; s/")$//'
+}
+
+# Those of them that no other source has.
+unknown_help() {
+    msgcat --no-wrap "$clone/po/vokcontrol.pot" |
+        awk '/^#: / { places = $0 } /^msgid / && places == "#: page/help.cpp" { print substr($0, 8, length($0) - 8) }' |
+        grep -xF -f <(help_messages) || true
+}
+
 expect 'there are messages' yes "$([ "$(parts | wc -l)" -gt 40 ] && echo yes)"
 expect 'no message is another than the programs print' '' "$(unknown)"
+expect 'there are messages on /help' 10 "$(help_messages | wc -l)"
+expect 'no message on /help is another than the pages show' '' "$(unknown_help)"
 
 finish

@@ -61,10 +61,10 @@ std::string formatMissingDisk(const DiskArray& array)
                         array.wanted),
                     {array.name, working, wanted});
     }
-    return fill(trn("The disk array {1} works with {2} of {3} disk: replace {4}, which has failed. "
+    return fill(trn("The disk array {1} works with {2} of {3} disk. Replace what has failed: {4}. "
                     "If another disk fails, data may be lost.",
-                    "The disk array {1} works with {2} of {3} disks: replace {4}, which has "
-                    "failed. If another disk fails, data may be lost.",
+                    "The disk array {1} works with {2} of {3} disks. Replace what has failed: {4}. "
+                    "If another disk fails, data may be lost.",
                     array.wanted),
                 {array.name, working, wanted, formatNames(array.failed)});
 }
@@ -79,8 +79,8 @@ Finding judgeSpareUsed(const DiskArray& array)
 {
     return {.level = Level::kWarning,
             .kind = "disk-failed",
-            .sentence = fill(tr("The disk array {1} has all the disks that it needs, but {2} has "
-                                "failed: replace it."),
+            .sentence = fill(tr("The disk array {1} has all the disks that it needs. Replace "
+                                "what has failed: {2}."),
                              {array.name, formatNames(array.failed)})};
 }
 

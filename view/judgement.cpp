@@ -158,27 +158,26 @@ struct ObstacleWords {
 
 constexpr auto kObstacles = std::to_array<ObstacleWords>({
     {Obstacle::kShellCharacter, "must-be-renamed",
-     mark("{} is not measured: it could run in a shell by its name; rename it, without any of \" $ "
-          "`, a backslash or a newline."),
-     mark("{} are not measured: each could run in a shell by its name; rename it, without any of "
-          "\" $ `, a backslash or a newline.")},
+     mark("{} is not measured: its name could run a command in a shell. Rename it, without any of "
+          "\" $ `, a backslash or a newline."),
+     mark("{} are not measured: each name could run a command in a shell. Rename them, without any "
+          "of \" $ `, a backslash or a newline.")},
     {Obstacle::kSeparator, "must-be-renamed",
-     mark("{} is not measured: it has a comma or a closing bracket in its name; rename it."),
-     mark("{} are not measured: each has a comma or a closing bracket in its name; rename it.")},
+     mark("{} is not measured: its name has a comma or the bracket ]. Rename it."),
+     mark("{} are not measured: each name has a comma or the bracket ]. Rename them.")},
     {Obstacle::kFirstCharacter, "must-be-renamed",
-     mark("{} is not measured: it begins with a character that the collector passes over; rename "
-          "it, with a letter or a digit at the start."),
-     mark("{} are not measured: each begins with a character that the collector passes over; "
-          "rename it, with a letter or a digit at the start.")},
+     mark("{} is not measured: its name begins with a character that the collector passes over. "
+          "Rename it, with a letter or a digit at the start."),
+     mark("{} are not measured: each name begins with a character that the collector passes over. "
+          "Rename them, with a letter or a digit at the start.")},
     {Obstacle::kFailed, "unmeasured",
-     mark("{} is not measured: it has a folder that could not be measured; see that /share has "
-          "it."),
-     mark("{} are not measured: each has a folder that could not be measured; see that /share has "
-          "it.")},
+     mark("{} is not measured: its folder could not be measured. See whether it is in /share."),
+     mark("{} are not measured: their folders could not be measured. See whether they are in "
+          "/share.")},
     {Obstacle::kNoRoom, "unmeasured",
-     mark("{} is not measured: it comes after the end of the 4096 bytes of a status; give shares "
-          "shorter names, or have fewer."),
-     mark("{} are not measured: each comes after the end of the 4096 bytes of a status; give "
+     mark("{} is not measured: a status has 4096 bytes, and there is no room left for it. Give "
+          "shares shorter names, or have fewer."),
+     mark("{} are not measured: a status has 4096 bytes, and there is no room left for them. Give "
           "shares shorter names, or have fewer.")},
 });
 

@@ -122,7 +122,7 @@ broken tmp 'chmod 777 /tmp' 'chmod 755 /tmp'
 broken settings-space 'small 100k $folder/vokcontrol && mkdir $folder/vokcontrol/__bksts' 'umount $folder/vokcontrol'
 broken share-space 'small 64k /share; cat /dev/zero >/share/full 2>/dev/null || true' 'umount /share'
 broken work-space 'small 500k /tmp' 'umount /tmp'
-broken clock 'keep /etc/buildinfo.txt; touch -d "2037-01-01 12:00" /etc/buildinfo.txt' | sed 's/It is .* UTC, /It is NOW, /'
+broken clock 'keep /etc/buildinfo.txt; touch -d "2037-01-01 12:00" /etc/buildinfo.txt' | sed 's/The clock says .* UTC, /The clock says NOW, /'
 
 echo @hangs
 become /usr/bin/date 'sleep 1000'
@@ -151,15 +151,15 @@ ok  api_pel.php          PHP can read it.
 ok  tovGetShareList      It lists 9 shares, 8 of them internal.
 ok  tovGetUsers          It lists 3 users.
 ok  tovGetSystemStatus   It names 2 internal disks.
-ok  tovGetLanguage       It is english.
-ok  tovGetNmbdSysname    It is appliance.
+ok  tovGetLanguage       The language is english.
+ok  tovGetNmbdSysname    The name is appliance.
 ok  runwebhooks          It answers share_info.
-ok  startapp             It is /usr/sbin/startapp.
-ok  pelstatus            It is /usr/sbin/pelstatus.
+ok  startapp             Its path is /usr/sbin/startapp.
+ok  pelstatus            Its path is /usr/sbin/pelstatus.
 ok  pelparam             It counts 2 internal drives.
 ok  /usr/bin/ra-enabled  It answers.
-ok  /usr/bin/ractl       It is /usr/bin/ractl.
-ok  /usr/sbin/tidewaved  It is /usr/sbin/tidewaved.
+ok  /usr/bin/ractl       Its path is /usr/bin/ractl.
+ok  /usr/sbin/tidewaved  Its path is /usr/sbin/tidewaved.
 ok  du                   It measures a folder.
 ok  fdisk                The first disk has 500 GB.
 ok  mdadm                The mirror has 500.11 GB.
@@ -169,14 +169,14 @@ ok  route                No gateway is set.
 ok  date                 It prints the date.
 ok  tools                There are cat, grep, killall, mv and rm.
 ok  group                There are vokcontrol and vokcontrol-view.
-ok  socket               It is /run/vokcontrol.sock.
+ok  socket               Its path is /run/vokcontrol.sock.
 ok  vokserve             It answers.
 ok  units                There is no systemd, but /etc/init.d/vokcontrol.
 -   timer                No regular collections, as /etc/default/vokcontrol says.
 ok  publication 
 ok  collection           None is running, and none was interrupted.
 ok  folders              They are there, and only root may change them.
-ok  variables            They are there, and only root may change them.
+ok  variables            It is there, and only root may change it.
 ok  lock                 Only root may lock the variables.
 -   private-file         No client has stored one.
 ok  work-folder          Only root may open it.
@@ -253,7 +253,7 @@ WRONG timer Nothing starts collections. What to do: /etc/init.d/vokcontrol resta
 WRONG publication No share has been measured yet: start a collection. What to do: vokctl collect --wait 600.
 WRONG publication The share status is damaged: start a collection, which replaces it. What to do: vokctl collect --wait 600.
 WRONG collection The collection that began N days ago was interrupted: start another one. What to do: vokctl collect --wait 600.
-WRONG share-names a$b is not measured: it could run in a shell by its name; rename it, without any of " $ `, a backslash or a newline. What to do: mend that, then vokctl collect --wait 600.
+WRONG share-names a$b is not measured: its name could run a command in a shell. Rename it, without any of " $ `, a backslash or a newline. What to do: mend that, then vokctl collect --wait 600.
 TEXT
 )" "$(part service)"
 
@@ -280,7 +280,7 @@ WRONG tmp /tmp has mode 777, so that everybody may remove the files of others. W
 WRONG settings-space Only 100 KB are free in /etc/pelconfig/vokcontrol, too little for the status and the variables. What to do: remove what is not needed there.
 WRONG share-space /share is 100 % full. What to do: delete what is not needed, or move it elsewhere.
 WRONG work-space Only 500 KB are free in /tmp, too little for work files. What to do: remove what is not needed there.
-WRONG clock It is NOW, but /etc/buildinfo.txt was written 1 January 2037, 12:00 UTC. What to do: set the clock; if it is right, touch /etc/buildinfo.txt.
+WRONG clock The clock says NOW, but /etc/buildinfo.txt was written 1 January 2037, 12:00 UTC. What to do: set the clock; if it is right, touch /etc/buildinfo.txt.
 TEXT
 )" "$(part files)"
 

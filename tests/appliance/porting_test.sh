@@ -50,7 +50,7 @@ cp -R "$clone/appliance/root" "$roots/maker"
 sed -i 's/allocate("$f[^)]*)/null/; s/writeLargeFile(\.\.\.)/writeText(...)/' "$roots/maker/etc/inc/seed.php"
 expect 'nothing is wrong with the sample appliance' "$(
     cat <<'TEXT'
-ok     php                        It is PHP VERSION.
+ok     php                        PHP VERSION answers.
 ok     api_share.php              PHP can read it.
 ok     api_user.php               PHP can read it.
 ok     api_system.php             PHP can read it.
@@ -58,14 +58,14 @@ ok     api_pel.php                PHP can read it.
 ok     tovGetShareList            It lists 9 shares, 8 of them internal.
 ok     tovGetUsers                It lists 3 users.
 ok     tovGetSystemStatus         It names 2 internal disks.
-ok     tovGetLanguage             It is english.
-ok     tovGetNmbdSysname          It is appliance.
+ok     tovGetLanguage             The language is english.
+ok     tovGetNmbdSysname          The name is appliance.
 ok     runwebhooks                It answers share_info.
-ok     startapp                   It is /usr/sbin/startapp.
+ok     startapp                   Its path is /usr/sbin/startapp.
 ok     pelparam                   It counts 2 internal drives.
 ok     /usr/bin/ra-enabled        It answers.
-ok     /usr/bin/ractl             It is /usr/bin/ractl.
-ok     /usr/sbin/tidewaved        It is /usr/sbin/tidewaved.
+ok     /usr/bin/ractl             Its path is /usr/bin/ractl.
+ok     /usr/sbin/tidewaved        Its path is /usr/sbin/tidewaved.
 ok     mdadm                      The mirror has 500.11 GB.
 ok     tovAddShare                It does what it should.
 ok     tovAddShare-folder         It does what it should.
@@ -82,7 +82,7 @@ ok     tovSetUtcSysTime           It does what it should.
 ok     password-file              It does what it should.
 ok     collection                 It does what it should.
 TEXT
-)" "$(check "$roots/maker" | sed 's/It is PHP .*/It is PHP VERSION./')"
+)" "$(check "$roots/maker" | sed 's/PHP [^ ]* answers/PHP VERSION answers/')"
 
 inc=$roots/maker/etc/inc
 sed -i 's,  <shareproperty>,<shareproperty>,; s/if (!@mkdir.*/if (false) {/' "$inc/api_share.php"

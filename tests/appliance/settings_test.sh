@@ -171,13 +171,13 @@ vokctl: a private file has 1 to 4070 bytes; this one has 0 = 2
 vokctl: a private file has 1 to 4070 bytes; this one has 4071 = 2
 vokctl: a file of 10 bytes cannot be sent, because its size contains a newline byte. Make it longer or shorter. = 2
 vokctl: A private file of this size or with this content cannot be kept. (0xFF000003) = 1
-a refusal, 0x60000004: The file did not arrive whole, so a former one was not changed; send it again.
-a refusal, 0x60000005: The file did not end where its size says, so a former one was not changed; send it again.
+a refusal, 0x60000004: The file did not arrive whole; a file from before is unchanged. Send it again.
+a refusal, 0x60000005: The file did not end where its size says; a file from before is unchanged. Send it again.
 a refusal, 0x60000002: An empty file cannot be kept.
 former = 0
 vokctl: The new private file was kept, but the former one could not be removed. (0xFF000006) = 1
 the new one
-vokctl: The private file cannot be made, so a former one was not changed; see whether the appliance'\''s disk is full. (0x60000001)
+vokctl: The private file cannot be made; a file from before is unchanged. See whether the appliance'\''s disk is full. (0x60000001)
 vokctl: The appliance says: mv: can'\''t rename '\''/tmp/vokcontrol.tmp'\'': No such file or directory = 1
 no harm' "$(inside '
     php -r "for (\$i = 0; \$i < 4070; ++\$i) echo chr(\$i & 255);" >/tmp/bytes

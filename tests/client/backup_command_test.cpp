@@ -143,7 +143,7 @@ TEST_F(BackupExchange, refusedListIsSaidInWords)
 
 TEST_F(BackupExchange, answerThatMakesNoSenseIsSaid)
 {
-    const std::string start = "the answer cannot be read; it is ";
+    const std::string start = "the answer cannot be read: ";
     const std::string empty =
         "empty: the command was ignored, is not known, or failed before it answered";
     const std::string shapeless = "of a shape that this client does not know";

@@ -64,9 +64,8 @@ TEST(CheckReport, warningIsSaidWithWhatToDo)
     Situation all = situation({share("Media"), share("Photos")});
     all.listed = std::vector<std::string>{"-x"};
     EXPECT_EQ(check(all),
-              "1 VOKCONTROL WARNING - -x is not measured: it begins with a character that "
-              "the collector passes over; rename it, with a letter or a digit at the "
-              "start." +
+              "1 VOKCONTROL WARNING - -x is not measured: its name begins with a character that "
+              "the collector passes over. Rename it, with a letter or a digit at the start." +
                   kDisk + " age=60s;86400 shares=2 unmeasured=1;0\n");
 }
 

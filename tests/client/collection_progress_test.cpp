@@ -28,9 +28,9 @@ constexpr std::time_t kStart = 1795253583; // 09:33:03
 TEST(CollectionProgress, isTheShareItsPlaceAndTheStart)
 {
     EXPECT_EQ(formatProgress({.since = kStart, .share = "Media", .place = 2, .count = 3}),
-              "Measuring Media, 2 of 3 shares, since 09:33:03");
+              "Measuring Media, share 2 of 3, since 09:33:03");
     EXPECT_EQ(formatProgress({.since = kStart, .share = "a\x1B", .place = 1, .count = 1}),
-              "Measuring a\\u{1b}, 1 of 1 share, since 09:33:03");
+              "Measuring a\\u{1b}, share 1 of 1, since 09:33:03");
 }
 
 TEST(CollectionProgress, leavesOutWhatIsNotKnown)

@@ -50,7 +50,7 @@ TEST_F(DoctorFiles, variablesAndLockHaveTheirModes)
     EXPECT_EQ(say(examineVariables).remedy, "touch /etc/pelconfig/system_var");
     root::writeFile(root::kVariables, "");
     setMode(root::kVariables.c_str(), 0644);
-    EXPECT_EQ(say(examineVariables), good("They are there, and only root may change them."));
+    EXPECT_EQ(say(examineVariables), good("It is there, and only root may change it."));
     setMode(root::kVariables.c_str(), 0664);
     EXPECT_EQ(say(examineVariables).sign, Sign::kWrong);
 
@@ -121,14 +121,16 @@ TEST_F(DoctorFiles, fileSystemsHaveSpaceLeft)
 
 TEST_F(DoctorFiles, clockIsNotBeforeWhatWasWritten)
 {
-    EXPECT_EQ(say(examineClock), good("It is 21 November 2026, 09:33 UTC."));
+    EXPECT_EQ(say(examineClock), good("The clock says 21 November 2026, 09:33 UTC."));
     root::writeFile(root::kVariables, "");
     const ::timespec times[2] = {{1795253583 + 61, 0}, {1795253583 + 61, 0}};
     ::utimensat(AT_FDCWD, root::kVariables.c_str(), times, 0);
-    EXPECT_EQ(say(examineClock),
-              wrong("It is 21 November 2026, 09:33 UTC, but /etc/pelconfig/system_var was written "
-                    "21 November 2026, 09:34 UTC.",
-                    "set the clock; if it is right, touch /etc/pelconfig/system_var"));
+    EXPECT_EQ(
+        say(examineClock),
+        wrong(
+            "The clock says 21 November 2026, 09:33 UTC, but /etc/pelconfig/system_var was written "
+            "21 November 2026, 09:34 UTC.",
+            "set the clock; if it is right, touch /etc/pelconfig/system_var"));
 }
 
 } // namespace

@@ -88,9 +88,9 @@ TEST_F(DoctorNames, sharesThatAreNotMeasuredAreNamed)
     fs::create_directory("/share/a$b");
     fs::create_directory("/share/a,b");
     EXPECT_EQ(say(examineShareNames),
-              wrong("a$b is not measured: it could run in a shell by its name; rename it, without "
-                    "any of \" $ `, a backslash or a newline. a,b is not measured: it has a comma "
-                    "or a closing bracket in its name; rename it.",
+              wrong("a$b is not measured: its name could run a command in a shell. Rename it, "
+                    "without any of \" $ `, a backslash or a newline. a,b is not measured: its "
+                    "name has a comma or the bracket ]. Rename it.",
                     "mend that, then vokctl collect --wait 600"));
 }
 

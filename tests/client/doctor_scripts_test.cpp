@@ -62,7 +62,7 @@ TEST_F(DoctorScripts, eachFunctionIsAskedAndItsAnswerJudged)
     EXPECT_EQ(say({"disks", true, "s.php", examineDevices}).reason, "It names no internal disk.");
     EXPECT_EQ(say({"tongue", true, "s.php", examineLanguage}).reason,
               "After <languag> there is no language that the module knows, but \"\".");
-    EXPECT_EQ(say({"name", true, "s.php", examineMachineName}).reason, "It is nas.");
+    EXPECT_EQ(say({"name", true, "s.php", examineMachineName}).reason, "The name is nas.");
 }
 
 TEST_F(DoctorScripts, functionThatFailsIsComplainedOf)

@@ -76,7 +76,7 @@ TEST_F(DoctorService, socketIsOneOfRoots)
     EXPECT_EQ(say(examineSocket), wrong("/tmp/socket is no socket.", "remove it, then " + start));
     fs::remove("/tmp/socket");
     const int listener = root::listenAt("/tmp/socket");
-    EXPECT_EQ(say(examineSocket), good("It is /tmp/socket."));
+    EXPECT_EQ(say(examineSocket), good("Its path is /tmp/socket."));
     ::close(listener);
 }
 

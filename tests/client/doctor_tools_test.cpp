@@ -28,7 +28,7 @@ class DoctorTools : public root::UntracedTest {
 
 TEST_F(DoctorTools, eachIsAskedAsTheModuleDoes)
 {
-    expectGood("php", "[ \"$*\" = -v ] && echo PHP 8.2.1 x", examinePhp, "It is PHP 8.2.1.");
+    expectGood("php", "[ \"$*\" = -v ] && echo PHP 8.2.1 x", examinePhp, "PHP 8.2.1 answers.");
     expectGood("pelparam", "[ \"$*\" = -d ] && echo 2", examinePelparam,
                "It counts 2 internal drives.");
     expectGood("mdadm", "[ \"$*\" = '--detail /dev/md0' ] && echo '(1.00 GiB 1.07 GB)'",
@@ -56,7 +56,7 @@ TEST_F(DoctorTools, mirrorIsOfTwoDrives)
 TEST_F(DoctorTools, programIsThereOrNot)
 {
     root::stub("startapp", "true");
-    EXPECT_EQ(say("startapp", examineProgram), good("It is /stubs/startapp."));
+    EXPECT_EQ(say("startapp", examineProgram), good("Its path is /stubs/startapp."));
     EXPECT_EQ(say("pelstatus", examineProgram),
               wrong("There is no program pelstatus in /stubs:/usr/bin.",
                     "install it, or set path in /etc/vokcontrol.conf"));

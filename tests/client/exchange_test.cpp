@@ -31,7 +31,7 @@ constexpr const char* kSocket = "/tmp/socket";
 constexpr const char* kFrames = "/stubs/frames";
 
 const std::string kZero(1, '\0');
-const std::string kUnreadable = "7: the answer cannot be read; it is ";
+const std::string kUnreadable = "7: the answer cannot be read: ";
 const std::string kNoShape = kUnreadable + "of a shape that this client does not know";
 const std::string kEmptyAnswer =
     kUnreadable + "empty: the command was ignored, is not known, or failed before it answered";
@@ -455,8 +455,7 @@ TEST_F(Exchange, answerThatHoldsTooLittleOrTooMuchCannotBeRead)
         const root::Ended ended = vokctl(row.line);
         EXPECT_EQ(ended.exitCode, 7) << row.line;
         EXPECT_EQ(ended.output, "");
-        EXPECT_EQ(ended.errors,
-                  "vokctl: the answer cannot be read; it is " + row.description + "\n");
+        EXPECT_EQ(ended.errors, "vokctl: the answer cannot be read: " + row.description + "\n");
     }
 }
 

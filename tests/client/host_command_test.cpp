@@ -248,7 +248,7 @@ TEST_F(HostCommand, memoryThatHasRunOutIsSaidInWords)
 
 TEST_F(HostCommand, otherAnswersCannotBeRead)
 {
-    const std::string unreadable = "vokctl: the answer cannot be read; it is ";
+    const std::string unreadable = "vokctl: the answer cannot be read: ";
     expectEnd(exchange(set({"--language", "en"}), {""}).ended, 7, "",
               unreadable +
                   "empty: the command was ignored, is not known, or failed before it answered\n");

@@ -13,7 +13,7 @@ namespace {
 using client::Connection;
 using root::le32;
 
-const std::string kUnreadable = "the answer cannot be read; it is ";
+const std::string kUnreadable = "the answer cannot be read: ";
 
 Connection connection()
 {

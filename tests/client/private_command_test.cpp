@@ -224,8 +224,7 @@ TEST_F(PrivateCommand, fetchedBytesThatDoNotAddUpCannotBeRead)
         const root::Ended ended = exchange({"private", "get", "/stubs/back"}, {answer}).ended;
         EXPECT_EQ(ended.exitCode, 7) << testing::PrintToString(answer);
         EXPECT_EQ(ended.output, "");
-        EXPECT_EQ(ended.errors.find("vokctl: the answer cannot be read; it is "), 0U)
-            << ended.errors;
+        EXPECT_EQ(ended.errors.find("vokctl: the answer cannot be read: "), 0U) << ended.errors;
     }
     EXPECT_FALSE(root::exists("/stubs/back"));
 }
@@ -295,8 +294,8 @@ TEST_F(PrivateCommand, contentThatWouldSpeakToTheShellIsRefused)
 TEST_F(PrivateCommand, uploadsThatFailAreSaidInWords)
 {
     fs::permissions(root::kStatusFolder, fs::perms(0555));
-    expectRefusal(put("hello"), "The private file cannot be made, so a former one was not changed; "
-                                "see whether the appliance's disk is full. (0x60000001)\n"
+    expectRefusal(put("hello"), "The private file cannot be made; a file from before is unchanged. "
+                                "See whether the appliance's disk is full. (0x60000001)\n"
                                 "vokctl: The appliance says: mv: can't rename "
                                 "'/tmp/vokcontrol.tmp': No such file or directory");
     fs::permissions(root::kStatusFolder, fs::perms(0755));
@@ -315,8 +314,8 @@ TEST_F(PrivateCommand, formerFileIsStillThereWhenTheDiskIsFull)
                      "rm -f $filler\n"
                      "/usr/bin/mv \"$@\" || exit\n"
                      "case $2 in /tmp/*) dd if=/dev/zero of=$filler bs=4k 2>/dev/null ;; esac");
-    expectRefusal(put("hello"), "The private file cannot be written, so a former one was not "
-                                "changed; see whether the appliance's disk is full. "
+    expectRefusal(put("hello"), "The private file cannot be written; a file from before is "
+                                "unchanged. See whether the appliance's disk is full. "
                                 "(0x60000006)");
     EXPECT_EQ(root::readFile(kPrivateFile), "former");
 }
@@ -327,13 +326,13 @@ TEST_F(PrivateCommand, otherRefusalsAreSaidInWords)
     root::writeFile(kMine, "hello");
     const std::vector<std::pair<std::uint32_t, std::string>> refusals = {
         {0x60000002, "An empty file cannot be kept. (0x60000002)"},
-        {0x60000003, "The private file cannot be written, so a former one was not changed; see "
+        {0x60000003, "The private file cannot be written; a file from before is unchanged. See "
                      "whether the appliance's disk is full. "
                      "(0x60000003)"},
-        {0x60000004, "The file did not arrive whole, so a former one was not changed; send it "
+        {0x60000004, "The file did not arrive whole; a file from before is unchanged. Send it "
                      "again. (0x60000004)"},
-        {0x60000005, "The file did not end where its size says, so a former one was not changed; "
-                     "send it again. "
+        {0x60000005, "The file did not end where its size says; a file from before is unchanged. "
+                     "Send it again. "
                      "(0x60000005)"},
         {0x60000007, "This client does not know the answer's meaning. (0x60000007)"},
     };

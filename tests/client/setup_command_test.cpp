@@ -156,7 +156,7 @@ TEST_F(SetupCommand, quickSetupIsRefusedInWords)
 
 TEST_F(SetupCommand, otherAnswersCannotBeRead)
 {
-    const std::string unreadable = "vokctl: the answer cannot be read; it is ";
+    const std::string unreadable = "vokctl: the answer cannot be read: ";
     const std::string empty =
         "empty: the command was ignored, is not known, or failed before it answered";
     const std::string noShape = "of a shape that this client does not know";

@@ -282,9 +282,7 @@ TEST_F(StatusCommand, hostileNameNeverReachesTheTerminalRaw)
                   shown +
                   ". What to do: set up a backup.\n"
                   "Warning: " +
-                  shown +
-                  " is not measured: it has a comma or a closing bracket in its name; "
-                  "rename it.\n");
+                  shown + " is not measured: its name has a comma or the bracket ]. Rename it.\n");
     for (const char c : status({"--json"}).output) {
         EXPECT_TRUE(c == '\n' || (c >= ' ' && c <= '~'));
     }

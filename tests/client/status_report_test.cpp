@@ -94,8 +94,8 @@ TEST(StatusReport, tableLinesUpWhateverTheNames)
             "a\\u{1b}[31m      -  1      2026-11-18\n"
             "\xE5\x86\x99            12 M  0      2026-11-20\n" +
             kPublished +
-            "Warning: a\\u{1b}[31m is not measured: it has a folder that could not be "
-            "measured; see that /share has it.\n");
+            "Warning: a\\u{1b}[31m is not measured: its folder could not be measured. See whether "
+            "it is in /share.\n");
 }
 
 TEST(StatusReport, statesHaveTheirWordsAndWhatIsUnreadableIsNotNone)
@@ -148,8 +148,8 @@ TEST(StatusReport, sharesThatHaveToBeRenamedAreSaid)
                   "SHARE      USED  STATE  LAST BACKUP\n"
                   "a`b\\u{1b}     -  1      2026-11-18\n" +
                   kPublished +
-                  "Warning: a`b\\u{1b} is not measured: it could run in a shell by its "
-                  "name; rename it, without any of \" $ `, a backslash or a newline.\n");
+                  "Warning: a`b\\u{1b} is not measured: its name could run a command in a shell. "
+                  "Rename it, without any of \" $ `, a backslash or a newline.\n");
     EXPECT_EQ(renderJson(all, configuration()), R"({
   "published": "2026-11-21T09:33:03Z",
   "collecting": false,
@@ -182,7 +182,7 @@ TEST(StatusReport, sharesThatHaveToBeRenamedAreSaid)
       "shares": [
         "a`b\u001b"
       ],
-      "sentence": "a`b\u001b is not measured: it could run in a shell by its name; rename it, without any of \" $ `, a backslash or a newline."
+      "sentence": "a`b\u001b is not measured: its name could run a command in a shell. Rename it, without any of \" $ `, a backslash or a newline."
     }
   ]
 }

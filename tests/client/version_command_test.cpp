@@ -86,7 +86,7 @@ TEST_F(VersionCommand, refusalsAreSaidInWords)
 
 TEST_F(VersionCommand, otherAnswersCannotBeRead)
 {
-    const std::string unreadable = "vokctl: the answer cannot be read; it is ";
+    const std::string unreadable = "vokctl: the answer cannot be read: ";
     const std::vector<std::pair<std::string, std::string>> answers = {
         {"", "empty: the command was ignored, is not known, or failed before it answered"},
         {"vert " + le32(1) + "\n", "\"vert\" with count 1"},

@@ -54,7 +54,7 @@ TEST(BackupWords, backupWithoutADayIsItsReport)
     EXPECT_EQ(backupOf(share("a", {})), badge("none", "&ndash;", "Never"));
     EXPECT_EQ(backupOf(share("a", {}, BackupReport::kUnreadable)),
               badge("ageing", "!", "Unreadable report"));
-    EXPECT_EQ(backupOf(share("a", {}, BackupReport::kNewer)), badge("none", "+", "Reported since"));
+    EXPECT_EQ(backupOf(share("a", {}, BackupReport::kNewer)), badge("none", "+", "Newer report"));
 }
 
 TEST(BackupWords, backupIsJudgedByTheConfiguration)

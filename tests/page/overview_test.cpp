@@ -102,7 +102,7 @@ TEST_F(OverviewPage, beginsWithWhatNeedsAttention)
               R"(
 <li><span class="badge ageing"><span aria-hidden="true">!</span> Warning</span> <bdi>1 of 3 shares has an old backup: Old &amp; &lt;gold&gt;. What to do: back up again.</bdi></li>
 <li><span class="badge ageing"><span aria-hidden="true">!</span> Warning</span> <bdi>1 of 3 shares has never been backed up: Unknown. What to do: set up a backup.</bdi></li>
-<li><span class="badge ageing"><span aria-hidden="true">!</span> Warning</span> <bdi>Unknown is not measured: it has a folder that could not be measured; see that /<wbr>share has it.</bdi></li>
+<li><span class="badge ageing"><span aria-hidden="true">!</span> Warning</span> <bdi>Unknown is not measured: its folder could not be measured. See whether it is in /<wbr>share.</bdi></li>
 )");
 }
 

@@ -54,8 +54,8 @@ TEST(DiskJudgement, missingAndFailedDisksAreToBeReplaced)
         describe({missing, failed}),
         (Strings{"critical array-degraded: The disk array md0 works with 1 of 2 disks: attach "
                  "or replace the missing one. If another disk fails, data may be lost.",
-                 "critical array-degraded: The disk array md0 works with 1 of 2 disks: "
-                 "replace sda1, sdb1, which has failed. If another disk fails, data may be "
+                 "critical array-degraded: The disk array md0 works with 1 of 2 disks. "
+                 "Replace what has failed: sda1, sdb1. If another disk fails, data may be "
                  "lost."}));
 }
 
@@ -97,10 +97,9 @@ TEST(DiskJudgement, failedDiskIsReplacedEvenIfASpareOneStandsIn)
 {
     DiskArray array = mirror();
     array.failed = {"sdc1"};
-    EXPECT_EQ(
-        describe({array}),
-        Strings{"warning disk-failed: The disk array md0 has all the disks that it needs, but "
-                "sdc1 has failed: replace it."});
+    EXPECT_EQ(describe({array}),
+              Strings{"warning disk-failed: The disk array md0 has all the disks that it needs. "
+                      "Replace what has failed: sdc1."});
 }
 
 } // namespace

@@ -222,14 +222,14 @@ TEST(Judgement, sharesThatAreNotMeasuredAreNamedWithTheReason)
     EXPECT_EQ(
         describe(all),
         (Strings{
-            "warning must-be-renamed [a$] [d`]: a$, d` are not measured: each could run in a "
-            "shell by its name; rename it, without any of \" $ `, a backslash or a newline.",
-            "warning must-be-renamed [b,c]: b,c is not measured: it has a comma or a closing "
-            "bracket in its name; rename it.",
-            "warning must-be-renamed [-x]: -x is not measured: it begins with a character that "
-            "the collector passes over; rename it, with a letter or a digit at the start.",
-            "warning unmeasured [Gone]: Gone is not measured: it has a folder that could not be "
-            "measured; see that /share has it."}));
+            "warning must-be-renamed [a$] [d`]: a$, d` are not measured: each name could run a "
+            "command in a shell. Rename them, without any of \" $ `, a backslash or a newline.",
+            "warning must-be-renamed [b,c]: b,c is not measured: its name has a comma or the "
+            "bracket ]. Rename it.",
+            "warning must-be-renamed [-x]: -x is not measured: its name begins with a character "
+            "that the collector passes over. Rename it, with a letter or a digit at the start.",
+            "warning unmeasured [Gone]: Gone is not measured: its folder could not be measured. "
+            "See whether it is in /share."}));
 }
 
 TEST(Judgement, sharesBeyondTheEndOfAStatusAreNamed)
@@ -240,11 +240,10 @@ TEST(Judgement, sharesBeyondTheEndOfAStatusAreNamed)
     }
     Situation all = situation(shares);
     all.listed = Strings{"1", "2", "3", "4", "5", "6", "7"};
-    EXPECT_EQ(
-        describe(all),
-        Strings{"warning unmeasured [1] [2] [3] [4] [5] [6] [7]: 1, 2, 3, 4, 5 and 2 more are "
-                "not measured: each comes after the end of the 4096 bytes of a status; give "
-                "shares shorter names, or have fewer."});
+    EXPECT_EQ(describe(all),
+              Strings{"warning unmeasured [1] [2] [3] [4] [5] [6] [7]: 1, 2, 3, 4, 5 and 2 more "
+                      "are not measured: a status has 4096 bytes, and there is no room left for "
+                      "them. Give shares shorter names, or have fewer."});
 }
 
 TEST(Judgement, disksComeBeforeWhatIsOnThem)

@@ -4,37 +4,16 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "tests/page/share_rows.h"
+
 namespace {
 
-using std::chrono::days;
+using sharerows::backedUp;
+using sharerows::configuration;
+using sharerows::kToday;
+using sharerows::share;
 using view::BackupReport;
 using view::ShareRow;
-using view::Space;
-
-constexpr std::chrono::sys_days kToday = std::chrono::year(2026) / std::chrono::November / 21;
-
-config::Configuration configuration()
-{
-    config::Configuration all;
-    all.goodStates = "1";
-    all.failedStates = "2";
-    all.words[2] = "disk <full>";
-    return all;
-}
-
-ShareRow share(const std::string& name, std::optional<Space> used,
-               BackupReport report = BackupReport::kNone)
-{
-    return {.name = name, .used = used, .backupState = {}, .backupDay = {}, .report = report};
-}
-
-ShareRow backedUp(const std::string& name, int age, std::optional<int> state)
-{
-    ShareRow row = share(name, Space{1, 'K'}, BackupReport::kRead);
-    row.backupDay = kToday - days(age);
-    row.backupState = state;
-    return row;
-}
 
 // ---- Backups ----------------------------------------------------------------------------------
 

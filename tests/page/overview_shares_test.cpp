@@ -7,43 +7,21 @@
 #include <vector>
 
 #include "page/course.h"
+#include "tests/page/share_rows.h"
 #include "view/wording.h"
 
 namespace {
 
 using page::readOrder;
-using std::chrono::days;
+using sharerows::backedUp;
+using sharerows::configuration;
+using sharerows::kNow;
+using sharerows::share;
 using view::BackupReport;
 using view::ShareRow;
 using view::Situation;
 using view::Space;
 using Strings = std::vector<std::string>;
-
-constexpr std::time_t kNow = 1795253583; // 2026-11-21
-const std::chrono::sys_days kToday = view::dayOf(kNow);
-
-config::Configuration configuration()
-{
-    config::Configuration all;
-    all.goodStates = "1";
-    all.failedStates = "2";
-    all.words[2] = "disk <full>";
-    return all;
-}
-
-ShareRow share(const std::string& name, std::optional<Space> used,
-               BackupReport report = BackupReport::kNone)
-{
-    return {.name = name, .used = used, .backupState = {}, .backupDay = {}, .report = report};
-}
-
-ShareRow backedUp(const std::string& name, int age, std::optional<int> state)
-{
-    ShareRow row = share(name, Space{1, 'K'}, BackupReport::kRead);
-    row.backupDay = kToday - days(age);
-    row.backupState = state;
-    return row;
-}
 
 std::string table(const std::vector<ShareRow>& shares, const char* sort = "",
                   const page::Past& past = {})

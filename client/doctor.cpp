@@ -54,7 +54,7 @@ void writeAll(int pipe, std::string_view bytes)
         writeAll(pipe, encode(check.examine(surroundings, check)));
     } catch (const std::exception& failure) {
         writeAll(pipe, encode(wrong(fill(tr("The check has failed: {}."), {failure.what()}),
-                                    tr("mend that first, then try again"))));
+                                    tr("correct that first, then try again"))));
     }
     ::_exit(0);
 }

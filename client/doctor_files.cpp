@@ -59,8 +59,9 @@ std::optional<Diagnosis> complainOf(const Wanted& wanted)
         return wrong(fill(tr("There is no {1}: {2}."), {path, std::strerror(errno)}), wanted.make);
     }
     if ((status.st_mode & S_IFMT) != wanted.type) {
-        return wrong(fill(isFolder ? tr("{} is no folder.") : tr("{} is no plain file."), {path}),
-                     fill(tr("move it away, then {}"), {wanted.make}));
+        return wrong(
+            fill(isFolder ? tr("{} is not a folder.") : tr("{} is not a plain file."), {path}),
+            fill(tr("move it away, then {}"), {wanted.make}));
     }
     if (status.st_uid != 0) {
         return wrong(fill(tr("{} does not belong to root."), {path}), "chown root " + path);
@@ -89,7 +90,7 @@ Diagnosis examineSpace(const char* folder, std::uint64_t kibibytes, const char* 
 {
     const std::optional<view::Capacity> capacity = view::readCapacity(folder);
     if (!capacity) {
-        return wrong(fill(tr("How full {} is cannot be found out."), {folder}),
+        return wrong(fill(tr("The free space of {} cannot be read."), {folder}),
                      fill(tr("see whether there is a folder {}"), {folder}));
     }
     const std::string free = view::formatKibibytes(capacity->free);
@@ -171,7 +172,7 @@ Diagnosis examineShareSpace(const Surroundings& surroundings, const Check& /*che
 {
     const std::optional<view::Capacity> capacity = view::readCapacity();
     if (!capacity) {
-        return wrong(tr("How full /share is cannot be found out."),
+        return wrong(tr("The free space of /share cannot be read."),
                      tr("see whether its disk is there"));
     }
     const std::string full =

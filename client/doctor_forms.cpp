@@ -182,7 +182,7 @@ Diagnosis judgeUserList(std::string_view text)
     }
     const std::size_t users = usersIn(text).size();
     if (users == 0 && !text.empty() && text[0] != '<') {
-        return misread(fill(tr("It is no list of users: {}."), {quoteStart(lines[0])}), form);
+        return misread(fill(tr("It is not a list of users: {}."), {quoteStart(lines[0])}), form);
     }
     return good(
         fill(trn("It lists {} user.", "It lists {} users.", users), {std::to_string(users)}));

@@ -74,13 +74,13 @@ Diagnosis judgeAccounts(const std::vector<std::string>& users, const Entries& en
     }
     const std::string names = view::formatNames(hopeless);
     if (stopsEarly) {
-        return wrong(fill(tr("No password can match the entry in {1} of: {2}. The file has a line "
-                             "that is no entry, and nothing after it is read."),
+        return wrong(fill(tr("No password can match these users' entries in {1}: {2}. The file has "
+                             "a line that is not an entry, and nothing after it is read."),
                           {kPasswordFile, names}),
-                     tr("mend or remove that line"));
+                     tr("correct or remove that line"));
     }
     return wrong(
-        fill(tr("No password can match the entry in {1} of: {2}."), {kPasswordFile, names}),
+        fill(tr("No password can match these users' entries in {1}: {2}."), {kPasswordFile, names}),
         tr("set these users' passwords anew"));
 }
 
@@ -97,7 +97,7 @@ Diagnosis examineShareNames(const Surroundings& surroundings, const Check& /*che
         }
     }
     return sentences.empty() ? good(tr("Every share is measured."))
-                             : wrong(sentences, tr("mend that, then vokctl collect --wait 600"));
+                             : wrong(sentences, tr("correct that, then vokctl collect --wait 600"));
 }
 
 Diagnosis examineAccounts(const Surroundings& surroundings, const Check& /*check*/)

@@ -136,7 +136,7 @@ Diagnosis complainOfEnd(const std::string& what, const Ended& ended)
     const std::string code = std::to_string(ended.code);
     return wrong(said.empty() ? fill(tr("{1} ended with {2}."), {what, code})
                               : fill(tr("{1} ended with {2} and said: {3}."), {what, code, said}),
-                 tr("run it by hand and mend it; porting.md says what it has to answer"));
+                 tr("run it by hand and correct it; porting.md says what it has to answer"));
 }
 
 Diagnosis complainOfAbsence(const Surroundings& surroundings, const std::string& name)

@@ -119,7 +119,7 @@ Diagnosis examineSettings(const Surroundings& surroundings, const Check& /*check
         return good(tr("They can be read."));
     } catch (const config::BadConfiguration& failure) {
         return wrong(std::string(failure.what()) + ".",
-                     tr("mend it; vokcontrol.conf(5) says what it may contain"));
+                     tr("correct it; vokcontrol.conf(5) says what it may contain"));
     }
 }
 
@@ -145,7 +145,8 @@ Diagnosis examineSocket(const Surroundings& surroundings, const Check& /*check*/
         return wrong(fill(tr("There is no {1}: {2}."), {path, std::strerror(errno)}), start);
     }
     if (!S_ISSOCK(status.st_mode)) {
-        return wrong(fill(tr("{} is no socket."), {path}), fill(tr("remove it, then {}"), {start}));
+        return wrong(fill(tr("{} is not a socket."), {path}),
+                     fill(tr("remove it, then {}"), {start}));
     }
     if (status.st_uid != 0) {
         return wrong(fill(tr("{} does not belong to root."), {path}),

@@ -97,7 +97,7 @@ Diagnosis examineMdadm(const Surroundings& surroundings, const Check& /*check*/)
     constexpr unsigned kDrivesOfMirror = 2;
     const std::optional<unsigned> drives = driveCountIn(askPelparam(surroundings).text);
     if (drives != kDrivesOfMirror) {
-        return unneeded(tr("Not needed: there are not two internal drives."));
+        return unneeded(tr("Not needed: the appliance does not have two internal drives."));
     }
     return judgeOutput(surroundings, {"mdadm", "--detail", "/dev/md0"}, judgeMdadm);
 }
@@ -137,7 +137,7 @@ Diagnosis examineRemoteSwitch(const Surroundings& surroundings, const Check& che
     }
     return (ended.code == kNoSuchUser)
                ? good(tr("It answers."))
-               : wrong(fill(tr("For a user that there is not it ended with {}."),
+               : wrong(fill(tr("For a user that does not exist it ended with {}."),
                             {std::to_string(ended.code)}),
                        tr("have it end with 0 for on, 1 for off, 2 for an unknown user"));
 }

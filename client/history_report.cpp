@@ -122,10 +122,9 @@ std::optional<double> forecast(const Reader& reader)
 std::string renderForecast(const Reader& reader)
 {
     const std::optional<double> days = forecast(reader);
-    const std::string sentence =
-        days ? fill(tr("If it goes on filling like this, the disk is {}."),
-                    {history::formatForecast(*days)})
-             : tr("When the disk will be full cannot be said from its course.");
+    const std::string sentence = days ? fill(tr("If it goes on filling like this, the disk is {}."),
+                                             {history::formatForecast(*days)})
+                                      : tr("The history does not show when the disk will be full.");
     return sentence + "\n";
 }
 

@@ -92,7 +92,7 @@ void verifyUser(const Options& options)
     const Request request = {cmdsvc::command("wall"),
                              {options.name, checkedPassword(options, readPassword())}};
     if (!askForBytes(options.connection, request, "\n").empty()) {
-        throw Failure(kUnreadableAnswer, tr("the answer is longer than it can be"));
+        throw Failure(kUnreadableAnswer, tr("the answer is longer than a good answer can be"));
     }
     std::cerr << "vokctl: " << tr("the password is right") << "\n";
 }

@@ -50,7 +50,7 @@ constexpr auto kRemedies = std::to_array<Remedy>({
      mark("Another site has sent the form, or a proxy changes the address."),
      mark("Open the page again at the appliance's own address.")},
     {mark("The appliance's settings cannot be read, so nothing was done. The web server's log "
-          "tells what has to be mended."),
+          "tells what has to be corrected."),
      mark("A line of /etc/vokcontrol.conf is not understood."),
      mark("The web server's log has the number of the line. Correct it.")},
     {mark("The last collection was interrupted."),

@@ -56,7 +56,7 @@ const char* nameOf(ArrayTask::Kind kind)
     case ArrayTask::Kind::kRebuild:
         return tr("Rebuilding");
     case ArrayTask::Kind::kReshape:
-        return tr("Getting its new shape");
+        return tr("Being reshaped");
     case ArrayTask::Kind::kCheck:
         break;
     }

@@ -150,7 +150,7 @@ Request readHead(const Variables& variables)
     request.token = tokenIn(variables["HTTP_COOKIE"], kTokenCookie);
     request.deed = cookieValue(variables["HTTP_COOKIE"], kDeedCookie);
     if (!request.isPost() && request.method != "GET" && request.method != "HEAD") {
-        throw Refusal(kMethodNotAllowed, tr("Pages are read or sent a form; nothing else."));
+        throw Refusal(kMethodNotAllowed, tr("The pages take only GET, HEAD and POST."));
     }
     return request;
 }

@@ -58,7 +58,7 @@ Level levelOf(const PageEntry& entry, const Request& request)
     const std::optional<Level> level = request.isPost() ? entry.write : entry.read;
     if (!level) {
         throw Refusal(kMethodNotAllowed, request.isPost() ? tr("This page takes no forms.")
-                                                          : tr("This page takes forms alone."));
+                                                          : tr("This page takes only forms."));
     }
     return *level;
 }
@@ -193,7 +193,7 @@ Response makeResponse(const Variables& variables, int body)
         log(failure.what());
         return answerBad(variables, kFailure,
                          tr("The appliance's settings cannot be read, so nothing was done. The web "
-                            "server's log tells what has to be mended."));
+                            "server's log tells what has to be corrected."));
     } catch (const std::exception& failure) {
         log(failure.what());
         return answerBad(variables, kFailure,

@@ -210,7 +210,8 @@ Html shareSentence(const PublicShare& share)
     case kCreated:
         return phrase(tr("The public share {} was created."), name);
     case kFailed:
-        return phrase(tr("Whether the public share {} exists already is not known now."), name);
+        return phrase(
+            tr("The pages cannot find out now whether the public share {} exists already."), name);
     case kBadName:
         break;
     }
@@ -259,7 +260,8 @@ Html outcome(const Setup& setup)
         content << "<li>" << Text{failure} << "</li>";
     }
     content << "</ul>\n<p>"
-            << Text{tr("All else is stored as you chose it. You can repeat the setup.")} << "</p>";
+            << Text{tr("Everything else is stored as you chose it. You can repeat the setup.")}
+            << "</p>";
     return notice(Mood::kBad, content);
 }
 

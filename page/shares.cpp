@@ -80,7 +80,7 @@ Html access(const std::string& property)
         return Html() << Text{tr("everybody in the network")};
     }
     if (property == client::kPrivateProperty) {
-        return Html() << Text{tr("only users who were let in")};
+        return Html() << Text{tr("only users who were given access")};
     }
     return apart(property);
 }
@@ -142,7 +142,7 @@ Html listing(const Visit& visit)
                                               : table(list))
                       << publicShare(publicName, list);
     } catch (const client::Failure& failure) {
-        return notice(Mood::kBad, Html() << "<p>" << Text{tr("The list of shares cannot be had.")}
+        return notice(Mood::kBad, Html() << "<p>" << Text{tr("The list of shares cannot be read.")}
                                          << " " << Text{explain(failure)} << "</p>");
     }
 }

@@ -117,7 +117,7 @@ Html listing(const Visit& visit)
                    : table(users, visit);
     } catch (const client::Failure& failure) {
         return notice(Mood::kBad, Html() << "<p>"
-                                         << phrase(tr("The list of users cannot be had. {}"),
+                                         << phrase(tr("The list of users cannot be read. {}"),
                                                    {Html() << Text{explain(failure)}})
                                          << "</p>");
     }

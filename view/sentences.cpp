@@ -66,7 +66,7 @@ constexpr std::array kStatusWords = std::to_array<StatusWords>({
 
     {"getv", cmdsvc::kRemoteRefused, text::mark("The appliance does not have this address.")},
     {"getv", cmdsvc::kRemoteBadRequest, text::mark("The appliance does not have a value with this key.")},
-    {"wags", cmdsvc::kRemoteRefused, text::mark("Whether this user's remote access is on cannot be found out; see whether there is such a user.")},
+    {"wags", cmdsvc::kRemoteRefused, text::mark("The appliance cannot tell whether this user's remote access is on; see whether there is such a user.")},
     {"wags", cmdsvc::kRemoteBadRequest, text::mark("The appliance's remote-access program has failed, or the request is malformed.")},
     {"warp", cmdsvc::kRemoteRefused, text::mark("The remote-access service did not register this user.")},
     {"warp", cmdsvc::kRemoteFailed, text::mark("The appliance's remote-access program could not be run, or a value is missing.")},
@@ -90,7 +90,7 @@ constexpr std::array kStatusWords = std::to_array<StatusWords>({
     {"wall", cmdsvc::kNotVerified,      text::mark("The password is not this user's, or there is no such user, or no password file.")},
 
     {"gsp1", cmdsvc::kBadShareName,     text::mark("The share's name does not have 1 to 64 bytes, or has a character that cannot be used.")},
-    {"gspc", cmdsvc::kSharePropertyUnknown, text::mark("Whether the share is public or private cannot be found out.")},
+    {"gspc", cmdsvc::kSharePropertyUnknown, text::mark("The appliance cannot tell whether the share is public or private.")},
 
     {"pshr", cmdsvc::kMalformed,        text::mark("The share's name has a character that cannot be used, such as a quote or a slash, one of : , = %, a blank at an end, or @ + . at its start.")},
     {"pshr", cmdsvc::kCommandFailed,    text::mark("The appliance's share script did not create this share; vokctl doctor may say why.")},

@@ -202,8 +202,8 @@ TEXT
 
 expect 'each check of a script finds what is wrong with it' "$(
     cat <<'TEXT'
-WRONG settings /etc/vokcontrol.conf:4: this is neither "key = value" nor a [section]. What to do: mend it; vokcontrol.conf(5) says what it may contain.
-WRONG sudo sudo true ended with 1 and said: not today. What to do: run it by hand and mend it; porting.md says what it has to answer.
+WRONG settings /etc/vokcontrol.conf:4: this is neither "key = value" nor a [section]. What to do: correct it; vokcontrol.conf(5) says what it may contain.
+WRONG sudo sudo true ended with 1 and said: not today. What to do: run it by hand and correct it; porting.md says what it has to answer.
 WRONG php /usr/bin/php is not PHP. What to do: install the package php-cli, or link its program to /usr/bin/php.
 WRONG api_share.php PHP cannot read /etc/inc/api_share.php. What to do: see what is wrong: php -l /etc/inc/api_share.php.
 WRONG api_user.php Nothing in /etc/inc names its function tovAddUser. What to do: add the function; porting.md says what it does.
@@ -211,13 +211,13 @@ WRONG api_system.php Nothing in /etc/inc names its function tovSetWorkgroup. Wha
 WRONG api_pel.php There is no /etc/inc/api_pel.php. What to do: install the appliance's administration scripts.
 WRONG tovGetShareList Line 3 has no </sharename>. What to do: have it print a line each for <sharename>, <shareproperty>, <sharelocation> and </shareinfo>, in this order; porting.md has an example.
 WRONG tovGetShareList tovGetShareList ended with 0, but wrote no file. What to do: have it write its answer into the file that is its argument.
-WRONG tovGetShareList sudo /usr/bin/php /etc/inc/api_share.php tovGetShareList FILE ended with 3. What to do: run it by hand and mend it; porting.md says what it has to answer.
+WRONG tovGetShareList sudo /usr/bin/php /etc/inc/api_share.php tovGetShareList FILE ended with 3. What to do: run it by hand and correct it; porting.md says what it has to answer.
 WRONG tovGetUsers Line 2 has no name between "name>" and "</". What to do: have it print a line <username>NAME</username> for each user; porting.md has an example.
 WRONG tovGetSystemStatus Line 9 ends a disk without index or name. What to do: have it print <HDDInfo>, <hddIndex>, <modelDevName> and </HDDInfo> on lines of their own for each internal disk; porting.md has an example.
 WRONG tovGetLanguage After <languag> there is no language that the module knows, but "klingon". What to do: have it print <languag>NAME</languag> and <language>NAME</language>, a line each, with a name such as english; porting.md has an example.
 WRONG tovGetNmbdSysname It has no name after <nmbdSysname>. What to do: have it print <nmbdSysname>NAME</nmbdSysname>; porting.md has an example.
-WRONG accounts No password can match the entry in /usr/private/smbpasswd of: bob. What to do: set these users' passwords anew.
-WRONG accounts No password can match the entry in /usr/private/smbpasswd of: anna, bob, Élise. The file has a line that is no entry, and nothing after it is read. What to do: mend or remove that line.
+WRONG accounts No password can match these users' entries in /usr/private/smbpasswd: bob. What to do: set these users' passwords anew.
+WRONG accounts No password can match these users' entries in /usr/private/smbpasswd: anna, bob, Élise. The file has a line that is not an entry, and nothing after it is read. What to do: correct or remove that line.
 WRONG accounts No password can be checked: /usr/private/smbpasswd: No such file or directory. What to do: see that the file server keeps its passwords there.
 TEXT
 )" "$(part scripts)"
@@ -228,13 +228,13 @@ WRONG runwebhooks Its answer to share_info has no line with "return". What to do
 WRONG startapp There is no program startapp in /usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin. What to do: install it, or set path in /etc/vokcontrol.conf.
 WRONG pelstatus There is no program pelstatus in /usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin. What to do: install it, or set path in /etc/vokcontrol.conf.
 WRONG pelparam It printed "none" instead of the number of internal drives. What to do: have it print that number in its first line; porting.md has an example.
-WRONG /usr/bin/ra-enabled For a user that there is not it ended with 0. What to do: have it end with 0 for on, 1 for off, 2 for an unknown user.
+WRONG /usr/bin/ra-enabled For a user that does not exist it ended with 0. What to do: have it end with 0 for on, 1 for off, 2 for an unknown user.
 WRONG /usr/bin/ractl There is no such program. What to do: install it there.
 WRONG /usr/sbin/tidewaved There is no such program. What to do: install it there.
 WRONG du Its first line has no number in front: "none". What to do: have it print the KiB first; porting.md has an example.
 WRONG fdisk The size is "465.76 GiB", but it is read as GB. What to do: have it print a line such as "Disk /dev/sda: 500 GB"; porting.md has an example.
 WRONG mdadm No line has a size in GB after one in GiB. What to do: have it print a line such as "Array Size : 488386583 (465.76 GiB 500.11 GB)"; porting.md has an example.
-- mdadm Not needed: there are not two internal drives.
+- mdadm Not needed: the appliance does not have two internal drives.
 WRONG ps It does not list process 1, so it leaves out others, too. What to do: have it print every process without any options, as busybox's ps does; porting.md has an example.
 WRONG ifconfig No line has an address after "inet addr:". What to do: have it print "addr:", "Mask:" and "HWaddr" as busybox's ifconfig does; porting.md has an example.
 WRONG route It does not print a table of routes. What to do: have it print "0.0.0.0", the gateway and its flags "UG" in one line; porting.md has an example.
@@ -253,7 +253,7 @@ WRONG timer Nothing starts collections. What to do: /etc/init.d/vokcontrol resta
 WRONG publication No share has been measured yet: start a collection. What to do: vokctl collect --wait 600.
 WRONG publication The share status is damaged: start a collection, which replaces it. What to do: vokctl collect --wait 600.
 WRONG collection The collection that began N days ago was interrupted: start another one. What to do: vokctl collect --wait 600.
-WRONG share-names a$b is not measured: its name could run a command in a shell. Rename it, without any of " $ `, a backslash or a newline. What to do: mend that, then vokctl collect --wait 600.
+WRONG share-names a$b is not measured: its name could run a command in a shell. Rename it, without any of " $ `, a backslash or a newline. What to do: correct that, then vokctl collect --wait 600.
 TEXT
 )" "$(part service)"
 

@@ -97,7 +97,7 @@ WRONG  tovGetShareList            Line 4 does not begin with two blanks. What to
 ?      tovGetSystemStatus         Not checked: it depends on api_system.php.
 ?      tovGetLanguage             Not checked: it depends on api_system.php.
 ?      tovGetNmbdSysname          Not checked: it depends on api_system.php.
-WRONG  pelparam                   sudo pelparam -d ended with 1. What to do: run it by hand and mend it; porting.md says what it has to answer.
+WRONG  pelparam                   sudo pelparam -d ended with 1. What to do: run it by hand and correct it; porting.md says what it has to answer.
 ?      mdadm                      Not checked: it depends on pelparam.
 WRONG  tovAddShare-folder         It does not do what it should, and says: There is no /share/PortingCheck. What to do: make the folder of the share.
 WRONG  tovAddUser-again           It does not do what it should, and says: It ended with 0. What to do: end with another code than 0 if there is such a user.

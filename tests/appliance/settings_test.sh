@@ -240,7 +240,7 @@ vokctl: the user'"'"'s remote access is off now = 0
 off = 0
 Élise
 vokctl: The appliance does not have this address. (0x00000001) = 1
-vokctl: Whether this user'"'"'s remote access is on cannot be found out; see whether there is such a user. (0x00000001) = 1
+vokctl: The appliance cannot tell whether this user'"'"'s remote access is on; see whether there is such a user. (0x00000001) = 1
 vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
 vokctl: The remote-access service did not register this user. (0x00000001) = 1
 vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
@@ -277,7 +277,7 @@ vokctl: The remote-access service did not register this user. (0x00000001) = 1
 vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
 vokctl: The appliance'"'"'s remote-access program has failed, or a value is missing. (0x00000003) = 1
 2
-vokctl: Whether this user'"'"'s remote access is on cannot be found out; see whether there is such a user. (0x00000001) = 1
+vokctl: The appliance cannot tell whether this user'"'"'s remote access is on; see whether there is such a user. (0x00000001) = 1
 vokctl: The remote-access service did not register this user. (0x00000001) = 1
 vokctl: The remote-access service did not do this for this user. (0x00000001) = 1
 vokctl: The remote-access service did not do this for this user. (0x00000001) = 1

@@ -43,7 +43,7 @@ vokctl: there is no share Family; "vokctl shares list" shows all shares = 1
 return ["Documents","Photos","Projects","Media","Empty","Family Videos","Économies","Accounts","USB Stick"];
 return ["Documents","Photos","Projects","Media","Empty","Family Videos","Économies","Accounts","USB Stick"];
 00000000  67 73 70 63 20 01 00 00 f0 00                    |gspc .....|
-Read as a refusal, 0xF0000001: Whether the share is public or private cannot be found out.
+Read as a refusal, 0xF0000001: The appliance cannot tell whether the share is public or private.
 00000000  67 73 70 63 20 03 0a 00 00 00                    |gspc .....|
 Documents = 0
 vokctl: the appliance has no name for its public share = 6' "$(inside '

@@ -41,7 +41,7 @@ TEST_F(DoctorFiles, foldersAreRootsAlone)
                     "mkdir -p /etc/pelconfig/vokcontrol/__bksts"));
     root::writeFile("/etc/pelconfig/vokcontrol/__bksts", "");
     EXPECT_EQ(say(examineFolders),
-              wrong("/etc/pelconfig/vokcontrol/__bksts is no folder.",
+              wrong("/etc/pelconfig/vokcontrol/__bksts is not a folder.",
                     "move it away, then mkdir -p /etc/pelconfig/vokcontrol/__bksts"));
 }
 
@@ -65,7 +65,7 @@ TEST_F(DoctorFiles, variablesAndLockHaveTheirModes)
     fs::remove(lock);
     fs::create_symlink("/etc/passwd", lock);
     EXPECT_EQ(say(examineLock),
-              wrong("/etc/pelconfig/system_var_lck is no plain file.",
+              wrong("/etc/pelconfig/system_var_lck is not a plain file.",
                     "move it away, then install -m 600 /dev/null /etc/pelconfig/system_var_lck"));
 }
 

@@ -35,7 +35,7 @@ const Case kCases[] = {
     {judgeUserList, "", "It lists 0 users."},
     {judgeUserList, "<userlist>\n<username>anna</username>\n</userlist>\n", "It lists 1 user."},
     {judgeUserList, "<username>anna\n", "!Line 1 has no name between \"name>\" and \"</\"."},
-    {judgeUserList, "Fatal error\n", "!It is no list of users: \"Fatal error\"."},
+    {judgeUserList, "Fatal error\n", "!It is not a list of users: \"Fatal error\"."},
     {judgeDevices,
      "<HDDInfo>\n<hddIndex>0</hddIndex>\n<modelDevName>sda</modelDevName>\n</HDDInfo>\n",
      "It names 1 internal disk."},

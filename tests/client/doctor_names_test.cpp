@@ -37,7 +37,7 @@ class DoctorNames : public root::UntracedTest {
     {
         root::writeFile("/usr/private/smbpasswd", passwords);
         EXPECT_EQ(say(examineAccounts).reason,
-                  "No password can match the entry in /usr/private/smbpasswd of: " + names);
+                  "No password can match these users' entries in /usr/private/smbpasswd: " + names);
     }
 };
 
@@ -67,8 +67,8 @@ TEST_F(DoctorNames, accountNeedsAnEntryThatAPasswordCanMatch)
     expectHopeless(entry("bob", "none") + entry("bob", kHash) + entry("anna", kHash), "bob.");
     EXPECT_EQ(say(examineAccounts).remedy, "set these users' passwords anew");
     expectHopeless(entry("anna", kHash) + "nonsense\n" + entry("bob", kHash),
-                   "bob. The file has a line that is no entry, and nothing after it is read.");
-    EXPECT_EQ(say(examineAccounts).remedy, "mend or remove that line");
+                   "bob. The file has a line that is not an entry, and nothing after it is read.");
+    EXPECT_EQ(say(examineAccounts).remedy, "correct or remove that line");
     fs::remove("/usr/private/smbpasswd");
 }
 
@@ -91,7 +91,7 @@ TEST_F(DoctorNames, sharesThatAreNotMeasuredAreNamed)
               wrong("a$b is not measured: its name could run a command in a shell. Rename it, "
                     "without any of \" $ `, a backslash or a newline. a,b is not measured: its "
                     "name has a comma or the bracket ]. Rename it.",
-                    "mend that, then vokctl collect --wait 600"));
+                    "correct that, then vokctl collect --wait 600"));
 }
 
 } // namespace

@@ -62,11 +62,11 @@ TEST_F(DoctorProgram, thatIsMissingOrFailsIsComplainedOf)
     root::stub("tool", "exit 4");
     EXPECT_EQ(askProgram(surroundings(), {"tool", "-d"}).complaint,
               wrong("tool -d ended with 4.",
-                    "run it by hand and mend it; porting.md says what it has to answer"));
+                    "run it by hand and correct it; porting.md says what it has to answer"));
     root::stub("tool", "echo one >&2; echo two >&2; exit 4");
     EXPECT_EQ(askProgram(surroundings(), {"tool"}).complaint,
               wrong("tool ended with 4 and said: one.",
-                    "run it by hand and mend it; porting.md says what it has to answer"));
+                    "run it by hand and correct it; porting.md says what it has to answer"));
     root::stub("tool", "echo fine");
     const ProgramAnswer answer = askProgram(surroundings(), {"tool"});
     EXPECT_EQ(answer.complaint, std::nullopt);
@@ -88,7 +88,7 @@ TEST_F(DoctorProgram, scriptAnswersIntoAFile)
     root::stub("php", "exit 1");
     EXPECT_EQ(askScript(surroundings(), "api_x.php", "getIt").complaint,
               wrong("sudo /usr/bin/php /etc/inc/api_x.php getIt FILE ended with 1.",
-                    "run it by hand and mend it; porting.md says what it has to answer"));
+                    "run it by hand and correct it; porting.md says what it has to answer"));
     Surroundings nowhere = surroundings();
     nowhere.folder = "";
     EXPECT_EQ(askScript(nowhere, "api_x.php", "getIt").complaint,

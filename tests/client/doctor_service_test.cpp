@@ -54,7 +54,7 @@ TEST_F(DoctorService, settingsCanBeRead)
     root::writeFile("/stubs/settings", "nonsense\n");
     EXPECT_EQ(say(examineSettings),
               wrong("/stubs/settings:1: this is neither \"key = value\" nor a [section].",
-                    "mend it; vokcontrol.conf(5) says what it may contain"));
+                    "correct it; vokcontrol.conf(5) says what it may contain"));
 }
 
 TEST_F(DoctorService, bothGroupsAreThere)
@@ -73,7 +73,8 @@ TEST_F(DoctorService, socketIsOneOfRoots)
     EXPECT_EQ(say(examineSocket),
               wrong("There is no /tmp/socket: No such file or directory.", start));
     root::writeFile("/tmp/socket", "");
-    EXPECT_EQ(say(examineSocket), wrong("/tmp/socket is no socket.", "remove it, then " + start));
+    EXPECT_EQ(say(examineSocket),
+              wrong("/tmp/socket is not a socket.", "remove it, then " + start));
     fs::remove("/tmp/socket");
     const int listener = root::listenAt("/tmp/socket");
     EXPECT_EQ(say(examineSocket), good("Its path is /tmp/socket."));

@@ -100,7 +100,7 @@ TEST(Doctor, checkThatFailsEndsNoOther)
     EXPECT_EQ(runCheck({}, {"a", false, nullptr, die}),
               wrong("The check ended without a result.", "try again; memory may have run out"));
     EXPECT_EQ(runCheck({}, {"a", false, nullptr, fail}),
-              wrong("The check has failed: no paper.", "mend that first, then try again"));
+              wrong("The check has failed: no paper.", "correct that first, then try again"));
 }
 
 TEST(Doctor, diagnosisMayBeLong)

@@ -50,7 +50,7 @@ TEST_F(DoctorTools, mirrorIsOfTwoDrives)
 {
     root::stub("pelparam", "echo 1");
     EXPECT_EQ(say("mdadm", examineMdadm),
-              unneeded("Not needed: there are not two internal drives."));
+              unneeded("Not needed: the appliance does not have two internal drives."));
 }
 
 TEST_F(DoctorTools, programIsThereOrNot)
@@ -75,7 +75,7 @@ TEST_F(DoctorTools, remoteSwitchKnowsNoSuchUser)
     EXPECT_EQ(say("/stubs/ra", examineRemoteSwitch), good("It answers."));
     root::stub("ra", "exit 0");
     EXPECT_EQ(say("/stubs/ra", examineRemoteSwitch),
-              wrong("For a user that there is not it ended with 0.",
+              wrong("For a user that does not exist it ended with 0.",
                     "have it end with 0 for on, 1 for off, 2 for an unknown user"));
     EXPECT_EQ(say("/stubs/none", examineRemoteSwitch),
               wrong("There is no such program.", "install it there"));

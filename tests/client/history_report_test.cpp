@@ -69,7 +69,7 @@ TEST_F(HistoryReport, saysThatThereIsNoForecast)
               "Broken          -       -\n"
               "Films       260 M       -\n"
               "Old             -       -  gone since 9 February 2026\n\n"
-              "When the disk will be full cannot be said from its course.\n");
+              "The history does not show when the disk will be full.\n");
 }
 
 TEST_F(HistoryReport, saysThatTheHistoryHasStopped)
@@ -100,7 +100,7 @@ TEST_F(HistoryReport, saysThatTheHistoryBeganAnew)
               "Baby \"\\xff    5 G       -\n"
               "Broken          -       -\n"
               "Films       260 M       -\n\n"
-              "When the disk will be full cannot be said from its course.\n"
+              "The history does not show when the disk will be full.\n"
               "The history began anew on 14 February 2026: its file was damaged, and is now "
               "/var/lib/vokcontrol/history.db.damaged.\n");
 }

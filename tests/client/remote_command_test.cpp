@@ -152,8 +152,8 @@ TEST_F(RemoteCommand, statusIsRefusedInWords)
     const std::string failed = "The appliance's remote-access program has failed, or the request "
                                "is malformed. (0x00000002)";
     program(kSwitchProgram, "exit 2");
-    expectRefusal({"status", "anna"}, "Whether this user's remote access is on cannot be found "
-                                      "out; see whether there is such a user. (0x00000001)");
+    expectRefusal({"status", "anna"}, "The appliance cannot tell whether this user's remote access "
+                                      "is on; see whether there is such a user. (0x00000001)");
     for (const char* script : {"exit 3", "exit 127"}) {
         program(kSwitchProgram, script);
         expectRefusal({"status", "anna"}, failed);

@@ -82,8 +82,8 @@ TEST(ArraysCard, showsHowFarATaskIs)
                              "checked: 8 % done.</p><progress aria-labelledby=\"task-1\" "
                              "max=\"100\" value=\"8\"></progress>") +
              item("md0", "raid1",
-                  kHealthy + " 2 of 2 disks at work.</p><p class=\"quiet\" id=\"task-2\">Getting "
-                             "its new shape: waits for its turn.</p>")));
+                  kHealthy + " 2 of 2 disks at work.</p><p class=\"quiet\" id=\"task-2\">Being "
+                             "reshaped: waits for its turn.</p>")));
 }
 
 } // namespace

@@ -197,8 +197,7 @@ TEST_F(Requests, otherMethodsAreRefused)
     EXPECT_EQ(read().method, "HEAD");
     for (const char* method : {"PUT", "DELETE", "get", ""}) {
         variables.set("REQUEST_METHOD", method);
-        expectRefusal(405, "Pages are read or sent a form; nothing else.",
-                      [this] { (void)read(); });
+        expectRefusal(405, "The pages take only GET, HEAD and POST.", [this] { (void)read(); });
     }
 }
 

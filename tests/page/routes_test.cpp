@@ -392,7 +392,7 @@ TEST_F(Routes, settingsThatAreNotUnderstoodAreToldInTheLog)
     EXPECT_TRUE(answer.starts_with("Status: 500 Internal Server Error\r\n"));
     EXPECT_TRUE(contains(answer,
                          "<p>The appliance&#39;s settings cannot be read, so nothing was done. "
-                         "The web server&#39;s log tells what has to be mended.</p>"));
+                         "The web server&#39;s log tells what has to be corrected.</p>"));
     EXPECT_FALSE(contains(answer, "hots"));
 }
 

@@ -104,8 +104,8 @@ TEST_F(SetupPage, summarySaysIfTheShareIsThereOrNobodyKnows)
     }
     testing::internal::CaptureStderr();
     EXPECT_TRUE(contains(post(kAnswers + "2").body,
-                         "<p>Whether the public share <bdi>Our share</bdi> exists already is not "
-                         "known now.</p>"));
+                         "<p>The pages cannot find out now whether the public share <bdi>Our "
+                         "share</bdi> exists already.</p>"));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "vokpage: cannot reach the service at /tmp/service: No such file or directory. Is "
               "vokserve running?\n");
@@ -199,8 +199,11 @@ TEST_F(SetupPage, lastStepTellsWhatFailed)
     const FakeService service({kThere});
     root::writeFile("/stubs/refuse-tovSetLanguage", "");
     const Made made = post(kAnswers + "3");
-    EXPECT_TRUE(contains(made.body, "Not everything could be stored"));
-    EXPECT_TRUE(contains(made.body, "<li>The appliance did not take the language.</li>"));
+    EXPECT_TRUE(contains(made.body,
+                         "<p>Not everything could be stored:</p>\n"
+                         "<ul><li>The appliance did not take the language.</li></ul>\n"
+                         "<p>Everything else is stored as you chose it. You can repeat the setup."
+                         "</p>"));
     EXPECT_FALSE(contains(made.body, "The setup is done."));
 }
 

@@ -28,7 +28,8 @@ const std::string kTable =
     "1</caption>\n<thead><tr><th scope=\"col\">Name</th>"
     "<th scope=\"col\">Who may read and write</th></tr></thead>\n<tbody>\n"
     "<tr><th scope=\"row\"><bdi>Documents</bdi></th><td>everybody in the network</td></tr>\n"
-    "<tr><th scope=\"row\"><bdi>Tax &amp; co</bdi></th><td>only users who were let in</td></tr>\n"
+    "<tr><th scope=\"row\"><bdi>Tax &amp; co</bdi></th><td>only users who were given "
+    "access</td></tr>\n"
     "<tr><th scope=\"row\"><bdi>USB Stick</bdi></th><td><bdi>&lt;odd&gt;</bdi></td></tr>\n"
     "</tbody>\n</table>\n";
 const std::string kNamed =
@@ -142,7 +143,7 @@ TEST_F(Shares, listThatCannotBeHadIsNoEmptyOne)
     EXPECT_EQ(
         make(visits::get()).body.text(),
         kStart +
-            "<div class=\"notice bad\" role=\"alert\"><p>The list of shares cannot be had. A "
+            "<div class=\"notice bad\" role=\"alert\"><p>The list of shares cannot be read. A "
             "script or a tool of the appliance has failed; vokctl doctor may say why.</p></div>\n" +
             kEnd +
             form(visits::get(), {},

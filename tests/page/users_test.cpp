@@ -155,7 +155,7 @@ TEST_F(Users, listThatCannotBeHadIsNoEmptyOne)
     const FakeService service({"erro " + le32(0xFF000005)});
     EXPECT_EQ(make(visits::get()).body.text(),
               kListStart +
-                  "<div class=\"notice bad\" role=\"alert\"><p>The list of users cannot be had. "
+                  "<div class=\"notice bad\" role=\"alert\"><p>The list of users cannot be read. "
                   "The appliance&#39;s list of users cannot be found.</p></div>\n" +
                   kSectionEnd + formWith(""));
 }
@@ -245,7 +245,7 @@ TEST_F(Users, serviceThatIsAwayIsSaidToBe)
     const std::string words = "The appliance&#39;s service does not answer. Try again in a minute.";
     EXPECT_EQ(make(visits::post(kGood)).body.text(),
               summaryOf("<li>" + words + "</li>") + kListStart +
-                  "<div class=\"notice bad\" role=\"alert\"><p>The list of users cannot be had. " +
+                  "<div class=\"notice bad\" role=\"alert\"><p>The list of users cannot be read. " +
                   words + "</p></div>\n" + kSectionEnd + formWith("carla b"));
 }
 

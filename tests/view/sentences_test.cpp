@@ -63,7 +63,7 @@ constexpr auto kRefusals = std::to_array<Refusal>({
     {"getv", cmdsvc::kRemoteRefused,    "The appliance does not have this address. (0x00000001)"},
     {"getv", cmdsvc::kRemoteBadRequest, "The appliance does not have a value with this key. (0x00000002)"},
     {"getv", cmdsvc::kRemoteFailed,     "The key is malformed. (0x00000003)"},
-    {"wags", cmdsvc::kRemoteRefused,    "Whether this user's remote access is on cannot be found out; see whether there is such a user. (0x00000001)"},
+    {"wags", cmdsvc::kRemoteRefused,    "The appliance cannot tell whether this user's remote access is on; see whether there is such a user. (0x00000001)"},
     {"wags", cmdsvc::kRemoteBadRequest, "The appliance's remote-access program has failed, or the request is malformed. (0x00000002)"},
     {"warp", cmdsvc::kRemoteRefused,    "The remote-access service did not register this user. (0x00000001)"},
     {"warp", cmdsvc::kRemoteFailed,     "The appliance's remote-access program could not be run, or a value is missing. (0x00000003)"},
@@ -89,7 +89,7 @@ constexpr auto kRefusals = std::to_array<Refusal>({
 
     {"gsp1", cmdsvc::kBadShareName,         "The share's name does not have 1 to 64 bytes, or has a character that cannot be used. (0xC1000003)"},
     {"gsp1", cmdsvc::kCannotRemoveListing,  "The command takes one parameter, or the appliance's work file cannot be removed. (0xC1000001)"},
-    {"gspc", cmdsvc::kSharePropertyUnknown, "Whether the share is public or private cannot be found out. (0xF0000001)"},
+    {"gspc", cmdsvc::kSharePropertyUnknown, "The appliance cannot tell whether the share is public or private. (0xF0000001)"},
 
     {"pshr", cmdsvc::kMalformed,        "The share's name has a character that cannot be used, such as a quote or a slash, one of : , = %, a blank at an end, or @ + . at its start. (0xFF000003)"},
     {"pshr", cmdsvc::kCommandFailed,    "The appliance's share script did not create this share; vokctl doctor may say why. (0xFF000004)"},

@@ -79,7 +79,7 @@ const char* shortMonth(year_month_day day)
 std::string labelDay(year_month_day day, bool /*isFirst*/)
 {
     return text::fill(trc("day and short month", "{1} {2}"),
-                      {std::to_string(static_cast<unsigned>(day.day())), shortMonth(day)});
+                      {view::formatDayOfMonth(day.day()), shortMonth(day)});
 }
 
 /// The year is there once, and where it begins.

@@ -114,13 +114,18 @@ std::string formatPart(std::uint64_t part, std::uint64_t whole)
     return isSmall ? tr("under 1 %") : counted(tr("{} %"), percent);
 }
 
+std::string formatDayOfMonth(std::chrono::day day)
+{
+    return (day == std::chrono::day(1)) ? trc("first day of a month", "1")
+                                        : std::to_string(static_cast<unsigned>(day));
+}
+
 std::string formatDate(std::chrono::year_month_day date)
 {
     // Translators: 1 is the day, 2 the name of the month, 3 the year, 4 the month's number.
-    return fill(trc("date", "{1} {2} {3}"),
-                {std::to_string(static_cast<unsigned>(date.day())), monthName(date.month()),
-                 std::to_string(static_cast<int>(date.year())),
-                 std::to_string(static_cast<unsigned>(date.month()))});
+    return fill(trc("date", "{1} {2} {3}"), {formatDayOfMonth(date.day()), monthName(date.month()),
+                                             std::to_string(static_cast<int>(date.year())),
+                                             std::to_string(static_cast<unsigned>(date.month()))});
 }
 
 std::string formatIsoDate(std::chrono::year_month_day date)

@@ -33,6 +33,9 @@ struct Space {
 /// A part of a whole: "78 %", "under 1 %".
 [[nodiscard]] std::string formatPart(std::uint64_t part, std::uint64_t whole);
 
+/// "18", the day in a date. Some languages write the first of a month in another way.
+[[nodiscard]] std::string formatDayOfMonth(std::chrono::day day);
+
 /// "18 November 2026"
 [[nodiscard]] std::string formatDate(std::chrono::year_month_day date);
 

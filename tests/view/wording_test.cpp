@@ -2,6 +2,9 @@
 #include "view/wording.h"
 
 #include <gtest/gtest.h>
+#include <vector>
+
+#include "text/translation.h"
 
 namespace {
 
@@ -58,6 +61,29 @@ TEST(FormatDate, isForPeopleAndForPrograms)
     EXPECT_EQ(formatIsoDate(
                   year_month_day(std::chrono::year(7), std::chrono::March, std::chrono::day(2))),
               "0007-03-02");
+}
+
+TEST(FormatDate, isAsEachLanguageWritesIt)
+{
+    struct Row {
+        const char* language;
+        std::string first;
+        std::string today;
+    };
+    const std::vector<Row> rows = {
+        {"ge", "1. November 2026", "21. November 2026"},
+        {"fr", "1er novembre 2026", "21 novembre 2026"},
+        {"sp", "1 de noviembre de 2026", "21 de noviembre de 2026"},
+        {"it", "1\u00BA novembre 2026", "21 novembre 2026"},
+        {"sc", "2026\u5E7411\u67081\u65E5", "2026\u5E7411\u670821\u65E5"},
+        {"tc", "2026\u5E7411\u67081\u65E5", "2026\u5E7411\u670821\u65E5"},
+        {"en", "1 November 2026", "21 November 2026"},
+    };
+    for (const Row& row : rows) {
+        text::speak(*core::findLanguage(row.language));
+        EXPECT_EQ(formatDate(kToday - days(20)), row.first);
+        EXPECT_EQ(formatDate(kToday), row.today);
+    }
 }
 
 TEST(FormatTime, isLocal)

@@ -15,7 +15,6 @@ namespace {
 using text::fill;
 using text::tr;
 using text::trc;
-using text::trn;
 
 constexpr const char* kClearLine = "\r\x1B[K";
 

@@ -14,7 +14,6 @@ inside=$inside_helpers$(
     cat <<'INSIDE'
 
 # What the package makes. How full the disk of this machine is does not matter.
-printf 'vokcontrol:x:4001:\nvokcontrol-view:x:4002:\n' >>/etc/group
 printf '[thresholds]\nfull-warning = 100\nfull-critical = 100\n' >/etc/vokcontrol.conf
 vokctl collect --wait 300 2>/dev/null
 # It ends after it has published.

@@ -77,7 +77,6 @@ tools                These are missing in /usr/local/sbin:/usr/local/bin:/usr/sb
 == well
 TEXT
 )" "$(appliance --state "$state" sh -c '
-    printf "vokcontrol:x:4001:\nvokcontrol-view:x:4002:\n" >>/etc/group
     printf "[thresholds]\nfull-warning = 100\nfull-critical = 100\nbackup-age = 3650\n" >/etc/vokcontrol.conf
     /examples/nightly
     echo "== broken"

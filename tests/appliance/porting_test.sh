@@ -108,6 +108,8 @@ WRONG  collection                 It does not do what it should, and says: not n
 TEXT
 )" "$(check "$roots/maker" | grep -v '^ok')"
 
+expect 'it explains itself' 'usage: scripts/porting-check [--build DIR] [--prepare COMMAND] ROOT' \
+    "$(help=$("$clone/scripts/porting-check" --help) && sed -n 1p <<<"$help")"
 expect 'a folder without scripts is wrong usage' \
     "porting-check: there is no folder $roots/etc/inc with the administration scripts
 = 2" "$(check "$roots")"

@@ -44,7 +44,9 @@ class Reasons {
 
 /// What was written, for the log: one line of little more than 400 bytes, with "\n" between its
 /// lines, and each other control character, backslash and byte beyond ASCII as "\xhh". What the
-/// request's parameters hold, which may be a password, becomes "[...]".
+/// request's parameters hold, which may be a password, becomes "[...]": a parameter, each word of
+/// it, and a start of at least six bytes, because programs escape values and cut them. What has
+/// less than three bytes stays.
 /// @param request  the whole request
 [[nodiscard]] std::string describeReasons(std::string_view text, std::string_view request);
 

@@ -106,6 +106,30 @@ TEST(DescribeReasons, holdsNoParameter)
     EXPECT_EQ(describeReasons("crat", "crat"), "crat");
 }
 
+TEST(DescribeReasons, holdsNoParameterThatAProgramHasCutOrEscaped)
+{
+    const std::string request = frame("crat", 2, "bob\ncorrect-horse battery1\n");
+    EXPECT_EQ(describeReasons("#0 add('bob', 'correct-horse b...')", request),
+              "#0 add('[...]', '[...]...')")
+        << "in a stack trace values are cut";
+    EXPECT_EQ(describeReasons("correct\\-horse\\ battery1", request),
+              "[...]\\x5c-[...]\\x5c [...]");
+    EXPECT_EQ(describeReasons("gr\\xC3\\xBCezi!", frame("crat", 2,
+                                                        "bob\ngr\xC3\xBC"
+                                                        "ezi!\n")),
+              "gr\\x5cxC3\\x5cxBC[...]!");
+    EXPECT_EQ(describeReasons("Tr0ub4dor", frame("crat", 2, "bob\nTr0ub4dor-and-more\n")), "[...]");
+    EXPECT_EQ(describeReasons("Tr0ub", frame("crat", 2, "bob\nTr0ub4dor\n")), "Tr0ub")
+        << "of a short start nothing can be said";
+}
+
+TEST(DescribeReasons, holdsNoParameterThatAZeroByteEnds)
+{
+    using namespace std::string_literals;
+    EXPECT_EQ(describeReasons("bad: se;cret", frame("crat", 2, "bob\0\nse;cret\0more\n"s)),
+              "bad: [...]");
+}
+
 class Connection : public testing::Test {
   protected:
     void SetUp() override

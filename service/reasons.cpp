@@ -29,6 +29,18 @@ std::string contentOf(int descriptor)
     return content;
 }
 
+/// A file in memory of a fixed size; -1 if memory or descriptors are missing.
+int makeFile(std::size_t size)
+{
+    const int file = ::memfd_create("reasons", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+    if (file >= 0 && (::ftruncate(file, static_cast<off_t>(size)) != 0 ||
+                      ::fcntl(file, F_ADD_SEALS, F_SEAL_GROW | F_SEAL_SHRINK) != 0)) {
+        ::close(file);
+        return -1;
+    }
+    return file;
+}
+
 bool isPlain(char c)
 {
     return c >= ' ' && c <= '~' && c != '\\';
@@ -120,11 +132,7 @@ std::string withoutParameters(std::string_view text, std::string_view request)
 Reasons Reasons::make()
 {
     Reasons reasons;
-    reasons.descriptor_ = ::memfd_create("reasons", MFD_CLOEXEC | MFD_ALLOW_SEALING);
-    if (::ftruncate(reasons.descriptor_, kSize) != 0 ||
-        ::fcntl(reasons.descriptor_, F_ADD_SEALS, F_SEAL_GROW | F_SEAL_SHRINK) != 0) {
-        reasons.close();
-    }
+    reasons.descriptor_ = makeFile(kRoom);
     return reasons;
 }
 
@@ -154,9 +162,15 @@ void Reasons::close()
 
 void Reasons::seal()
 {
-    if (::fcntl(descriptor_, F_ADD_SEALS, F_SEAL_WRITE | F_SEAL_SEAL) == 0) {
-        text_ = contentOf(descriptor_);
-    } else {
+    text_ = contentOf(descriptor_);
+    close();
+    if (text_.empty()) {
+        return;
+    }
+    descriptor_ = makeFile(kSize);
+    const ssize_t written = ::pwrite(descriptor_, text_.data(), text_.size(), 0);
+    if (written != static_cast<ssize_t>(text_.size()) ||
+        ::fcntl(descriptor_, F_ADD_SEALS, F_SEAL_WRITE | F_SEAL_SEAL) != 0) {
         close();
     }
 }

@@ -28,8 +28,8 @@ const char* wordOf(history::Fate fate)
 
 void addKnown(Json& json, const Reader& reader, const KnownShare& share, const HistoryView& asked)
 {
-    const history::Fate fate = history::fateOf(share, reader.extent(), startOf(asked));
-    const auto change = history::changeOver(reader, share.name, asked.days);
+    const history::Fate fate = history::fateOf(share, reader.extent(asked.now), startOf(asked));
+    const auto change = history::changeOver(reader, share.name, asked.days, asked.now);
     addName(json, share.name);
     json["fate"] = wordOf(fate);
     json["first"] = makeTime(share.first);

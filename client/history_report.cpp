@@ -72,7 +72,7 @@ std::string formatUsed(const Reader& reader, const KnownShare& share, const Exte
 TableRow makeRow(const Reader& reader, const KnownShare& share, const Extent& extent,
                  const HistoryView& asked)
 {
-    const auto change = history::changeOver(reader, share.name, asked.days);
+    const auto change = history::changeOver(reader, share.name, asked.days, asked.now);
     return {makePrintable(share.name), makePrintable(formatUsed(reader, share, extent)),
             makePrintable(change ? history::formatChange(*change) : kNone),
             makePrintable(renderFate(share, extent, startOf(asked)))};
@@ -167,7 +167,7 @@ std::string renderFigures(const Reader& reader, const KnownShare& share, const H
     if (!last) {
         return std::string(tr("It has never been measured.")) + "\n";
     }
-    const auto change = history::changeOver(reader, share.name, asked.days);
+    const auto change = history::changeOver(reader, share.name, asked.days, asked.now);
     const auto days = static_cast<std::uint64_t>(asked.days.count());
     const std::string used = std::to_string(last->used->value) + " " + last->used->unit;
     return fill(tr("Used: {1} on {2}"), {used, formatDay(last->published)}) + "\n" +
@@ -180,14 +180,14 @@ std::string renderFigures(const Reader& reader, const KnownShare& share, const H
 
 std::string renderHistory(const Reader& reader, const HistoryView& asked)
 {
-    const Extent extent = reader.extent();
+    const Extent extent = reader.extent(asked.now);
     return renderDiskPlot(reader, asked) + renderShareTable(reader, extent, asked) + "\n" +
            renderForecast(reader) + renderTrouble(extent, asked);
 }
 
 std::string renderHistory(const Reader& reader, const KnownShare& share, const HistoryView& asked)
 {
-    const Extent extent = reader.extent();
+    const Extent extent = reader.extent(asked.now);
     std::vector<PlotPoint> points;
     for (const history::Point& point : reader.points(share.name, startOf(asked))) {
         if (point.used) {

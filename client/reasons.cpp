@@ -92,7 +92,8 @@ FirstPiece receiveFirst(int socket, std::size_t longest, std::chrono::millisecon
     message.msg_iov = &place;
     message.msg_iovlen = 1;
     message.msg_control = control.data();
-    message.msg_controllen = control.size();
+    // Not the array's size, which has room for a second descriptor that nobody would close.
+    message.msg_controllen = CMSG_LEN(sizeof(int));
     const ssize_t size = ::recvmsg(socket, &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
     bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
     FirstPiece piece = {std::move(bytes), ""};

@@ -75,12 +75,14 @@ Reader::Reader(const std::string& path, std::chrono::milliseconds patience)
     }
 }
 
-Extent Reader::extent() const
+Extent Reader::extent(std::time_t latest) const
 {
-    Statement query(database_, "SELECT (SELECT min(published) FROM publication),"
-                               " (SELECT max(published) FROM publication),"
-                               " (SELECT max(published) FROM publication WHERE listed = 1),"
-                               " (SELECT max(happened) FROM event WHERE kind = 'begun anew')");
+    Statement query(
+        database_, "SELECT (SELECT min(published) FROM publication WHERE published <= ?1),"
+                   " (SELECT max(published) FROM publication WHERE published <= ?1),"
+                   " (SELECT max(published) FROM publication WHERE published <= ?1 AND listed = 1),"
+                   " (SELECT max(happened) FROM event WHERE kind = 'begun anew')");
+    query.bind(std::int64_t{latest});
     if (!query.next()) {
         return {};
     }

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <ctime>
+#include <limits>
 #include <map>
 #include <optional>
 #include <string>
@@ -56,6 +57,8 @@ struct Extent {
     std::optional<std::time_t> begunAnew; ///< when a damaged file was put aside
 };
 
+inline constexpr std::time_t kAnyTime = std::numeric_limits<std::time_t>::max();
+
 class Reader {
   public:
     /// @param patience  how long each look waits while another process is writing; then it throws
@@ -64,7 +67,11 @@ class Reader {
     explicit Reader(const std::string& path = kFile,
                     std::chrono::milliseconds patience = kPatience);
 
-    [[nodiscard]] Extent extent() const;
+    /// @param latest  entries after this time do not count. Whoever asks what has vanished gives
+    /// the
+    ///                present time: a clock that was wrong may have left an entry of the future,
+    ///                and all later shares would seem to have vanished before it
+    [[nodiscard]] Extent extent(std::time_t latest = kAnyTime) const;
 
     /// All shares, in the order of their bytes.
     [[nodiscard]] std::vector<KnownShare> shares() const;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "history/store.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -142,13 +143,25 @@ void Store::checkOnce()
     isChecked_ = true;
 }
 
+/// The time up to which the history has gone on. A clock that is years ahead for a while, as one
+/// without a battery may be, must not make all entries old.
+std::time_t Store::timeOfThinning(const Entry& entry, std::time_t now) const
+{
+    constexpr std::int64_t kDay = 86400;
+    Statement query(*database_, "SELECT max(published) FROM publication WHERE published < ?");
+    const bool isFound = query.bind(std::int64_t{entry.published}).next();
+    const std::int64_t former = isFound ? query.number(0).value_or(0) : 0;
+    return static_cast<std::time_t>(std::min(std::int64_t{now}, former + kDay));
+}
+
 void Store::write(const Entry& entry, std::time_t now) const
 {
     Transaction transaction(*database_);
+    const std::time_t thinnedAt = timeOfThinning(entry, now);
     const Kept kept = keptAs(*database_, entry);
     insertEntry(*database_, entry, kept);
     if (kept != Kept::kThirtyDays) {
-        thin(*database_, now);
+        thin(*database_, thinnedAt);
     }
     transaction.commit();
 }

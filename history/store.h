@@ -46,7 +46,7 @@ class Store {
     /// Remembers an entry, and once a day thins the older ones. If the file is damaged it is
     /// renamed to FILE.damaged, which replaces an earlier one, and a new one is begun. Throws
     /// DatabaseError; then the history is as it was before.
-    /// @param now  the time of the thinning
+    /// @param now  the time of the thinning, unless it is more than a day after the entry before
     Remembered remember(const Entry& entry, std::time_t now);
 
   private:
@@ -54,6 +54,7 @@ class Store {
     void beginAnew(std::time_t now);
     [[nodiscard]] bool knows(std::time_t published) const;
     void checkOnce();
+    [[nodiscard]] std::time_t timeOfThinning(const Entry& entry, std::time_t now) const;
     void write(const Entry& entry, std::time_t now) const;
 
     std::string path_;

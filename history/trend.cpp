@@ -125,9 +125,9 @@ std::optional<Change> changeOver(const std::vector<Point>& points, std::chrono::
 }
 
 std::optional<Change> changeOver(const Reader& reader, std::string_view name,
-                                 std::chrono::days days)
+                                 std::chrono::days days, std::time_t now)
 {
-    const Extent extent = reader.extent();
+    const Extent extent = reader.extent(now);
     const std::optional<KnownShare> share = reader.share(name);
     if (!share || fateOf(*share, extent, 0) == Fate::kVanished) {
         return std::nullopt;

@@ -28,9 +28,10 @@ struct Change {
 [[nodiscard]] std::optional<Change> changeOver(const std::vector<Point>& points,
                                                std::chrono::days days = std::chrono::days(30));
 
-/// The same of a share of the history, by its name. Nothing of one that has vanished.
+/// The same of a share of the history, by its name. Nothing of one that has vanished by a time.
 [[nodiscard]] std::optional<Change> changeOver(const Reader& reader, std::string_view name,
-                                               std::chrono::days days = std::chrono::days(30));
+                                               std::chrono::days days = std::chrono::days(30),
+                                               std::time_t now = kAnyTime);
 
 /// "+32 GB", "-604 KB", "no change"; the last if it is less than the sizes can tell.
 [[nodiscard]] std::string formatChange(const Change& change);

@@ -75,7 +75,7 @@ std::optional<SharePast> readSharePast(std::string_view name, std::time_t since,
     std::optional<SharePast> past;
     const bool isRead = look([&](const Reader& reader) {
         if (const std::optional<KnownShare> share = reader.share(name)) {
-            past = {*share, reader.extent(), reader.points(name, since)};
+            past = {*share, reader.extent(now), reader.points(name, since)};
             dropFuture(past->points, now);
         }
     });

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "cmdsvc/protocol.h"
+#include "cmdsvc/request_reader.h"
 #include "core/bytes.h"
 
 namespace service {
@@ -28,6 +29,18 @@ std::string contentOf(int descriptor)
     return content;
 }
 
+/// A file in memory of a fixed size; -1 if memory or descriptors are missing.
+int makeFile(std::size_t size)
+{
+    const int file = ::memfd_create("reasons", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+    if (file >= 0 && (::ftruncate(file, static_cast<off_t>(size)) != 0 ||
+                      ::fcntl(file, F_ADD_SEALS, F_SEAL_GROW | F_SEAL_SHRINK) != 0)) {
+        ::close(file);
+        return -1;
+    }
+    return file;
+}
+
 bool isPlain(char c)
 {
     return c >= ' ' && c <= '~' && c != '\\';
@@ -38,38 +51,73 @@ std::string_view withoutLastNewlines(std::string_view text)
     return text.substr(0, text.find_last_not_of('\n') + 1);
 }
 
-/// What the request's parameters hold. Of one or two letters, every word would have some.
-std::vector<std::string_view> parametersOf(std::string_view request)
+// ---- Parameters in what was written ------------------------------------------------------------
+
+using Parameters = std::vector<std::string_view>;
+
+bool isAlphanumeric(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
+/// Of one or two letters, every word would have some.
+void add(std::string_view text, Parameters& parameters)
 {
     constexpr std::size_t kShortest = 3;
-    std::vector<std::string_view> parameters;
+    if (text.size() >= kShortest) {
+        parameters.push_back(text);
+    }
+}
+
+/// Programs escape other characters in ways of their own, but letters and digits stay.
+void addWords(std::string_view text, Parameters& parameters)
+{
+    while (!text.empty()) {
+        const auto end = std::ranges::find_if_not(text, isAlphanumeric);
+        const auto size = static_cast<std::size_t>(end - text.begin());
+        add(text.substr(0, size), parameters);
+        text.remove_prefix(std::min(size + 1, text.size()));
+    }
+}
+
+/// What the request's parameters hold, as programs get it: up to a zero byte.
+Parameters parametersOf(std::string_view request)
+{
+    Parameters parameters;
     std::string_view lines = request.substr(std::min(cmdsvc::kParametersOffset, request.size()));
     while (!lines.empty()) {
         const std::string_view line = lines.substr(0, lines.find('\n'));
-        if (line.size() >= kShortest) {
-            parameters.push_back(line);
-        }
+        add(cmdsvc::textOf(line), parameters);
+        addWords(line, parameters);
         lines.remove_prefix(std::min(line.size() + 1, lines.size()));
     }
     return parameters;
 }
 
-/// The size of the longest parameter that a text begins with; 0 if it begins with none. A name may
-/// be the start of a password.
-std::size_t parameterAt(std::string_view text, const std::vector<std::string_view>& parameters)
+/// How much of a text's start belongs to a parameter. Programs cut long values: in a stack trace
+/// there is only the start of a password.
+std::size_t partAt(std::string_view text, std::string_view parameter)
+{
+    constexpr std::size_t kTelling = 6;
+    const std::string_view most = parameter.substr(0, text.size());
+    const auto end = std::mismatch(most.begin(), most.end(), text.begin()).first;
+    const auto size = static_cast<std::size_t>(end - most.begin());
+    return (size == parameter.size() || size >= kTelling) ? size : 0;
+}
+
+/// The longest of these parts; 0 if there is none. A name may be the start of a password.
+std::size_t parameterAt(std::string_view text, const Parameters& parameters)
 {
     std::size_t longest = 0;
     for (const std::string_view parameter : parameters) {
-        if (parameter.size() > longest && text.starts_with(parameter)) {
-            longest = parameter.size();
-        }
+        longest = std::max(longest, partAt(text, parameter));
     }
     return longest;
 }
 
 std::string withoutParameters(std::string_view text, std::string_view request)
 {
-    const std::vector<std::string_view> parameters = parametersOf(request);
+    const Parameters parameters = parametersOf(request);
     std::string rest;
     while (!text.empty()) {
         const std::size_t size = parameterAt(text, parameters);
@@ -84,11 +132,7 @@ std::string withoutParameters(std::string_view text, std::string_view request)
 Reasons Reasons::make()
 {
     Reasons reasons;
-    reasons.descriptor_ = ::memfd_create("reasons", MFD_CLOEXEC | MFD_ALLOW_SEALING);
-    if (::ftruncate(reasons.descriptor_, kSize) != 0 ||
-        ::fcntl(reasons.descriptor_, F_ADD_SEALS, F_SEAL_GROW | F_SEAL_SHRINK) != 0) {
-        reasons.close();
-    }
+    reasons.descriptor_ = makeFile(kRoom);
     return reasons;
 }
 
@@ -118,9 +162,15 @@ void Reasons::close()
 
 void Reasons::seal()
 {
-    if (::fcntl(descriptor_, F_ADD_SEALS, F_SEAL_WRITE | F_SEAL_SEAL) == 0) {
-        text_ = contentOf(descriptor_);
-    } else {
+    text_ = contentOf(descriptor_);
+    close();
+    if (text_.empty()) {
+        return;
+    }
+    descriptor_ = makeFile(kSize);
+    const ssize_t written = ::pwrite(descriptor_, text_.data(), text_.size(), 0);
+    if (written != static_cast<ssize_t>(text_.size()) ||
+        ::fcntl(descriptor_, F_ADD_SEALS, F_SEAL_WRITE | F_SEAL_SEAL) != 0) {
         close();
     }
 }

@@ -11,10 +11,13 @@
 namespace service {
 
 /// A file in memory that a request's process has as its standard error. It never grows, because
-/// whatever the request has started to go on keeps it: who writes more gets an error (EPERM).
+/// whatever the request has started to go on keeps it: who writes more than there is room for gets
+/// an error (EPERM). The room is so large that a talkative program does not get there: some end
+/// when they cannot write, and the request would have another answer because of a warning.
 class Reasons {
   public:
-    static constexpr std::size_t kSize = 4096;
+    static constexpr std::size_t kSize = 4096; ///< so much of what is written is kept
+    static constexpr std::size_t kRoom = std::size_t{1} << 20;
 
     /// No file, and nothing written.
     Reasons() = default;
@@ -29,7 +32,9 @@ class Reasons {
     /// The file's descriptor, or -1.
     [[nodiscard]] int descriptor() const { return descriptor_; }
 
-    /// Lets nobody write more, and reads what has been written. Without that the file is closed.
+    /// Reads the start of what has been written, and takes a file that holds no more than this and
+    /// that nobody can change; none if nothing was written. What still has the former file may go
+    /// on writing there.
     void seal();
 
     /// What had been written by then.
@@ -44,7 +49,9 @@ class Reasons {
 
 /// What was written, for the log: one line of little more than 400 bytes, with "\n" between its
 /// lines, and each other control character, backslash and byte beyond ASCII as "\xhh". What the
-/// request's parameters hold, which may be a password, becomes "[...]".
+/// request's parameters hold, which may be a password, becomes "[...]": a parameter, each word of
+/// it, and a start of at least six bytes, because programs escape values and cut them. What has
+/// less than three bytes stays.
 /// @param request  the whole request
 [[nodiscard]] std::string describeReasons(std::string_view text, std::string_view request);
 

@@ -41,12 +41,17 @@ std::string plainTag(std::string_view tag)
     return plain;
 }
 
-/// Whether a tag has a part that says traditional Chinese.
+/// Whether the parts of a tag say traditional Chinese. The script comes before the country, and
+/// wins: who reads simplified characters in Hong Kong asks for "zh-Hans-HK".
 bool isTraditional(std::string_view rest)
 {
     constexpr auto kParts = std::to_array<std::string_view>({"hant", "tw", "hk", "mo"});
     while (!rest.empty()) {
-        if (std::ranges::find(kParts, takePart(rest, '-')) != kParts.end()) {
+        const std::string_view part = takePart(rest, '-');
+        if (part == "hans") {
+            return false;
+        }
+        if (std::ranges::find(kParts, part) != kParts.end()) {
             return true;
         }
     }
@@ -58,12 +63,13 @@ bool isTraditional(std::string_view rest)
 int weightOf(std::string_view parameters)
 {
     const std::string_view parameter = takePart(parameters, ';');
-    if (!parameter.starts_with("q=")) {
+    if (!parameter.starts_with("q=") && !parameter.starts_with("Q=")) {
         return 1000;
     }
     constexpr double kThousandths = 1000;
     const double weight = std::strtod(std::string(parameter.substr(2)).c_str(), nullptr);
-    return static_cast<int>(std::clamp(weight, 0.0, 1.0) * kThousandths);
+    // In this order, what is not a number becomes 0.
+    return static_cast<int>(std::min(std::max(0.0, weight), 1.0) * kThousandths);
 }
 
 std::string_view variable(const char* name)

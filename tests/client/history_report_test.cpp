@@ -49,6 +49,15 @@ TEST_F(HistoryReport, beginsWithTheDisksCourse)
             "If it goes on filling like this, the disk is full in about 4 months.\n"); // 110 days
 }
 
+TEST_F(HistoryReport, hasNoShareThatIsGoneBeforeAnEntryOfTheFuture)
+{
+    household::remember();
+    const std::time_t future = entries::kMonday + 3650 * entries::kDay;
+    (void)history::Store(kFile).remember(entries::entry(future, {}), entries::kMonday);
+    const std::string table = tableOf(renderHistory(Reader(kFile), household::lookedAt(30)));
+    EXPECT_EQ(table.substr(0, kShares.size()), kShares);
+}
+
 TEST_F(HistoryReport, leavesOutSharesThatHaveLongGone)
 {
     household::remember();

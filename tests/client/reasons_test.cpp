@@ -33,21 +33,22 @@ class Received : public testing::Test {
         ::close(ends[1]);
     }
 
-    /// Sends bytes, and beside them a descriptor.
-    void send(std::string bytes, int descriptor) const
+    /// Sends bytes, and beside them one descriptor or more.
+    void send(std::string bytes, std::vector<int> descriptors) const
     {
-        alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control = {};
+        const std::size_t size = descriptors.size() * sizeof(int);
+        alignas(cmsghdr) std::array<char, CMSG_SPACE(8 * sizeof(int))> control = {};
         iovec place = {bytes.data(), bytes.size()};
         msghdr message = {};
         message.msg_iov = &place;
         message.msg_iovlen = 1;
         message.msg_control = control.data();
-        message.msg_controllen = control.size();
+        message.msg_controllen = CMSG_SPACE(size);
         cmsghdr* header = CMSG_FIRSTHDR(&message);
         header->cmsg_level = SOL_SOCKET;
         header->cmsg_type = SCM_RIGHTS;
-        header->cmsg_len = CMSG_LEN(sizeof descriptor);
-        std::memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
+        header->cmsg_len = CMSG_LEN(size);
+        std::memcpy(CMSG_DATA(header), descriptors.data(), size);
         ASSERT_EQ(::sendmsg(ends[0], &message, 0), static_cast<ssize_t>(bytes.size()));
     }
 
@@ -75,7 +76,7 @@ int countDescriptors()
 TEST_F(Received, bytesComeWithTheText)
 {
     const int file = fileWith("no such group\n");
-    send("answer", file);
+    send("answer", {file});
     ::close(file);
     const int before = countDescriptors();
     const FirstPiece piece = receiveFirst(ends[1], 100, kPatience);
@@ -84,11 +85,23 @@ TEST_F(Received, bytesComeWithTheText)
     EXPECT_EQ(countDescriptors(), before) << "it keeps no descriptor";
 }
 
+TEST_F(Received, moreDescriptorsThanOneAreNotKept)
+{
+    const int file = fileWith("no such group\n");
+    send("answer", {file, file, file});
+    ::close(file);
+    const int before = countDescriptors();
+    const FirstPiece piece = receiveFirst(ends[1], 100, kPatience);
+    EXPECT_EQ(piece.bytes, "answer");
+    EXPECT_EQ(piece.reasons, "no such group\n");
+    EXPECT_EQ(countDescriptors(), before);
+}
+
 TEST_F(Received, fullFileHasNoZero)
 {
     const std::string text(4096, 'x');
     const int file = fileWith(text);
-    send("answer", file);
+    send("answer", {file});
     ::close(file);
     EXPECT_EQ(receiveFirst(ends[1], 100, kPatience).reasons, text);
 }
@@ -107,7 +120,7 @@ TEST_F(Received, nothingIsReadFromAFileThatIsNotInMemory)
     std::array<int, 2> pipe{};
     ASSERT_EQ(::pipe(pipe.data()), 0);
     ASSERT_EQ(::write(pipe[1], "text", 4), 4);
-    send("answer", pipe[0]);
+    send("answer", {pipe[0]});
     const FirstPiece piece = receiveFirst(ends[1], 100, kPatience);
     EXPECT_EQ(piece.bytes, "answer");
     EXPECT_EQ(piece.reasons, "");

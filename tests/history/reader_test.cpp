@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "history/trend.h"
 #include "tests/history/entries.h"
 
 namespace {
@@ -71,6 +72,20 @@ TEST_F(HistoryReader, knowsItsExtent)
     EXPECT_EQ(extent.last, kMonday + 5);
     EXPECT_EQ(extent.lastList, kMonday);
     EXPECT_EQ(extent.begunAnew, std::nullopt);
+}
+
+TEST_F(HistoryReader, leavesOutEntriesOfTheFuture)
+{
+    remember(entry(kMonday, {share("Media", 5), share("New", 5)}));
+    remember(entry(kMonday + 10 * 365 * kDay, {share("Media", 5)}));
+    const Reader reader(kFile);
+    const Extent extent = reader.extent(kMonday);
+    EXPECT_EQ(extent.first, kMonday);
+    EXPECT_EQ(extent.last, kMonday);
+    EXPECT_EQ(extent.lastList, kMonday);
+    EXPECT_EQ(reader.extent(kMonday - 1).first, std::nullopt);
+    EXPECT_EQ(fateOf(*reader.share("New"), extent, 0), history::Fate::kKept);
+    EXPECT_EQ(fateOf(*reader.share("New"), reader.extent(), 0), history::Fate::kVanished);
 }
 
 /// The courses of all shares as "NAME: TIME SIZE, TIME SIZE", times from kMonday on.

@@ -71,6 +71,17 @@ TEST_F(HistoryStore, isForItsOwnerAlone)
 
 // ---- Many, and others ---------------------------------------------------------------------------
 
+TEST_F(HistoryStore, keepsAllIfTheClockIsYearsAheadForAWhile)
+{
+    for (std::time_t hour = 0; hour < 50; ++hour) {
+        EXPECT_EQ(remember(hourly(hour)), Remembered::kNew);
+    }
+    EXPECT_EQ(remember(hourly(10 * 365 * 24)), Remembered::kNew);
+    EXPECT_EQ(remember(hourly(10 * 365 * 24 + 1)), Remembered::kNew);
+    EXPECT_EQ(remember(hourly(50)), Remembered::kNew);
+    EXPECT_EQ(entries::times().size(), 53U);
+}
+
 TEST_F(HistoryStore, thinsTenThousandEntries)
 {
     constexpr std::time_t kCount = 10000;

@@ -71,6 +71,14 @@ TEST_F(Past, doesNotSayItFromEntriesOfTheFuture)
     EXPECT_FALSE(page::readPast(kNow).daysUntilFull);
 }
 
+TEST_F(Past, shareHasNotVanishedBeforeAnEntryOfTheFuture)
+{
+    remember(0, {share("Media", 4), share("New", 4)});
+    remember(-1, {share("Media", 5)});
+    const auto past = page::readSharePast("New", 0, kNow);
+    EXPECT_EQ(history::fateOf(past->share, past->extent, 0), history::Fate::kKept);
+}
+
 TEST_F(Past, isEmptyAndQuietBeforeThereIsAHistory)
 {
     page::Past past;

@@ -25,6 +25,11 @@ ssize_t writeTo(const Reasons& reasons, const std::string& text)
     return ::write(reasons.descriptor(), text.data(), text.size());
 }
 
+off_t sizeOf(const Reasons& reasons)
+{
+    return ::lseek(reasons.descriptor(), 0, SEEK_END);
+}
+
 TEST(Reasons, areWhatIsWrittenUntilTheSeal)
 {
     Reasons reasons = Reasons::make();
@@ -36,19 +41,42 @@ TEST(Reasons, areWhatIsWrittenUntilTheSeal)
     EXPECT_EQ(writeTo(reasons, "three\n"), -1);
     EXPECT_EQ(errno, EPERM);
     EXPECT_EQ(::ftruncate(reasons.descriptor(), 0), -1);
+    EXPECT_EQ(sizeOf(reasons), static_cast<off_t>(Reasons::kSize));
+}
+
+TEST(Reasons, letGoOnWhoStillHasTheFile)
+{
+    Reasons reasons = Reasons::make();
+    writeTo(reasons, "one\n");
+    const int former = ::dup(reasons.descriptor());
+    reasons.seal();
+    EXPECT_EQ(::write(former, "two\n", 4), 4);
+    ::close(former);
+    std::array<char, 9> bytes{};
+    EXPECT_EQ(::pread(reasons.descriptor(), bytes.data(), 8, 0), 8);
+    EXPECT_STREQ(bytes.data(), "one\n");
+}
+
+TEST(Reasons, areTheStartOfWhatIsWritten)
+{
+    Reasons reasons = Reasons::make();
+    const std::string much(Reasons::kSize + 1, 'x');
+    EXPECT_EQ(writeTo(reasons, much), static_cast<ssize_t>(much.size()));
+    reasons.seal();
+    EXPECT_EQ(reasons.text(), std::string(Reasons::kSize, 'x'));
 }
 
 TEST(Reasons, neverGrow)
 {
     Reasons reasons = Reasons::make();
-    const std::string most(Reasons::kSize, 'x');
+    const std::string most(Reasons::kRoom, 'x');
     EXPECT_EQ(writeTo(reasons, most), static_cast<ssize_t>(most.size()));
     EXPECT_EQ(writeTo(reasons, "y"), -1);
     EXPECT_EQ(errno, EPERM);
-    EXPECT_EQ(::lseek(reasons.descriptor(), 1 << 20, SEEK_SET), 1 << 20);
+    EXPECT_EQ(::lseek(reasons.descriptor(), 1 << 30, SEEK_SET), 1 << 30);
     EXPECT_EQ(writeTo(reasons, "z"), -1);
     reasons.seal();
-    EXPECT_EQ(reasons.text(), most);
+    EXPECT_EQ(reasons.text(), std::string(Reasons::kSize, 'x'));
 }
 
 TEST(Reasons, areNoneWithoutAFile)
@@ -104,6 +132,30 @@ TEST(DescribeReasons, holdsNoParameter)
     EXPECT_EQ(describeReasons("a word", frame("crat", 2, "a\nwo\n")), "a word");
     EXPECT_EQ(describeReasons("a secre", frame("crat", 2, "x\nsecre")), "a [...]");
     EXPECT_EQ(describeReasons("crat", "crat"), "crat");
+}
+
+TEST(DescribeReasons, holdsNoParameterThatAProgramHasCutOrEscaped)
+{
+    const std::string request = frame("crat", 2, "bob\ncorrect-horse battery1\n");
+    EXPECT_EQ(describeReasons("#0 add('bob', 'correct-horse b...')", request),
+              "#0 add('[...]', '[...]...')")
+        << "in a stack trace values are cut";
+    EXPECT_EQ(describeReasons("correct\\-horse\\ battery1", request),
+              "[...]\\x5c-[...]\\x5c [...]");
+    EXPECT_EQ(describeReasons("gr\\xC3\\xBCezi!", frame("crat", 2,
+                                                        "bob\ngr\xC3\xBC"
+                                                        "ezi!\n")),
+              "gr\\x5cxC3\\x5cxBC[...]!");
+    EXPECT_EQ(describeReasons("Tr0ub4dor", frame("crat", 2, "bob\nTr0ub4dor-and-more\n")), "[...]");
+    EXPECT_EQ(describeReasons("Tr0ub", frame("crat", 2, "bob\nTr0ub4dor\n")), "Tr0ub")
+        << "of a short start nothing can be said";
+}
+
+TEST(DescribeReasons, holdsNoParameterThatAZeroByteEnds)
+{
+    using namespace std::string_literals;
+    EXPECT_EQ(describeReasons("bad: se;cret", frame("crat", 2, "bob\0\nse;cret\0more\n"s)),
+              "bad: [...]");
 }
 
 class Connection : public testing::Test {

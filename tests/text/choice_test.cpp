@@ -21,14 +21,15 @@ struct Case {
 TEST(LanguageOf, knowsTagsOfBrowsersAndEnvironments)
 {
     constexpr auto kCases = std::to_array<Case>({
-        {"en", "en"},        {"en-US", "en"},       {"fr", "fr"},
-        {"FR-ca", "fr"},     {"de", "ge"},          {"de_CH.UTF-8@euro", "ge"},
-        {"de@euro", "ge"},   {"es_419", "sp"},      {"it_IT.utf8", "it"},
-        {"zh", "sc"},        {"zh-CN", "sc"},       {"zh_SG", "sc"},
-        {"zh-Hant", "tc"},   {"zh_TW.UTF-8", "tc"}, {"zh-hk", "tc"},
-        {"zh-MO", "tc"},     {"ge", "(none)"},      {"deu", "(none)"},
-        {"pt-BR", "(none)"}, {"*", "(none)"},       {"", "(none)"},
-        {"-", "(none)"},
+        {"en", "en"},         {"en-US", "en"},       {"fr", "fr"},
+        {"FR-ca", "fr"},      {"de", "ge"},          {"de_CH.UTF-8@euro", "ge"},
+        {"de@euro", "ge"},    {"es_419", "sp"},      {"it_IT.utf8", "it"},
+        {"zh", "sc"},         {"zh-CN", "sc"},       {"zh_SG", "sc"},
+        {"zh-Hant", "tc"},    {"zh_TW.UTF-8", "tc"}, {"zh-hk", "tc"},
+        {"zh-MO", "tc"},      {"ge", "(none)"},      {"deu", "(none)"},
+        {"pt-BR", "(none)"},  {"*", "(none)"},       {"", "(none)"},
+        {"-", "(none)"},      {"zh-Hans-HK", "sc"},  {"zh-Hans-TW", "sc"},
+        {"zh_Hant_CN", "tc"},
     });
     for (const Case& each : kCases) {
         EXPECT_EQ(codeOf(text::languageOf(each.words)), each.code) << each.words;
@@ -47,6 +48,8 @@ TEST(PreferredLanguage, isTheOneWithTheGreatestWeight)
         {"de;q=0.5,fr;q=0.5", "ge"},
         {"de;q=nonsense,it;q=0.3", "it"},
         {"de;q=-1", "(none)"},
+        {"de;Q=0", "(none)"},
+        {"de;q=nan,it;q=0.1", "it"},
         {",,;,de", "ge"},
         {"*", "(none)"},
         {"pt", "(none)"},

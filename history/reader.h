@@ -68,9 +68,8 @@ class Reader {
                     std::chrono::milliseconds patience = kPatience);
 
     /// @param latest  entries after this time do not count. Whoever asks what has vanished gives
-    /// the
-    ///                present time: a clock that was wrong may have left an entry of the future,
-    ///                and all later shares would seem to have vanished before it
+    ///                the present time: a clock that was wrong may have left an entry of the
+    ///                future, and all later shares would seem to have vanished before it
     [[nodiscard]] Extent extent(std::time_t latest = kAnyTime) const;
 
     /// All shares, in the order of their bytes.

@@ -164,8 +164,11 @@ std::vector<TimeTick> timeTicks(std::time_t first, std::time_t last)
         return ticks;
     }
     for (sys_days day = start; day <= end; day += std::chrono::days(1)) {
+        if (!calendar->hasTick(day)) {
+            continue; // Its start costs a look at the time zone.
+        }
         const std::time_t time = startOf(day);
-        if (time >= first && time <= last && calendar->hasTick(day)) {
+        if (time >= first && time <= last) {
             ticks.push_back({time, calendar->label(day, ticks.empty())});
         }
     }

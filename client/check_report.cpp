@@ -9,6 +9,7 @@
 #include "text/translation.h"
 #include "view/terminal_text.h"
 #include "view/unmeasured.h"
+#include "view/wording.h"
 
 namespace client {
 namespace {
@@ -60,10 +61,10 @@ std::string formatText(const Situation& situation, const std::vector<Finding>& f
 {
     std::string text;
     for (const Finding& finding : findings) {
-        text += (text.empty() ? "" : " ") + finding.sentence;
+        text = view::joinSentences(text, finding.sentence);
     }
     if (!situation.capacity) {
-        return text + (text.empty() ? "" : " ") + text::tr("The disk's capacity is not known.");
+        return view::joinSentences(text, text::tr("The disk's capacity is not known."));
     }
     return text.empty() ? view::formatCapacity(*situation.capacity) : text;
 }

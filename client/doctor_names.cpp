@@ -93,7 +93,7 @@ Diagnosis examineShareNames(const Surroundings& surroundings, const Check& /*che
     for (const view::Finding& finding : view::judge(situation, surroundings.settings)) {
         const std::string_view kind = finding.kind;
         if (kind == "must-be-renamed" || kind == "unmeasured") {
-            sentences += (sentences.empty() ? "" : " ") + finding.sentence;
+            sentences = view::joinSentences(sentences, finding.sentence);
         }
     }
     return sentences.empty() ? good(tr("Every share is measured."))

@@ -10,6 +10,7 @@
 #include "text/translation.h"
 #include "view/terminal_text.h"
 #include "view/unmeasured.h"
+#include "view/wording.h"
 
 namespace client {
 namespace {
@@ -83,8 +84,9 @@ std::string renderCollection(const PublishedStatus& status)
 
 std::string renderFooter(const PublishedStatus& status)
 {
-    return fill(tr("Published {}."), {formatLocal("%Y-%m-%d %H:%M:%S %Z", status.published)}) +
-           " " + renderCollection(status) + "\n";
+    const std::string published =
+        fill(tr("Published {}."), {formatLocal("%Y-%m-%d %H:%M:%S %Z", status.published)});
+    return view::joinSentences(published, renderCollection(status)) + "\n";
 }
 
 std::string renderFinding(const Finding& finding)

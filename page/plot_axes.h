@@ -24,7 +24,7 @@ struct TimeTick {
 };
 
 /// Days between two times: at most seven, whatever the distance, and at least one if the times are
-/// a day apart.
+/// a day and less than 60 years apart.
 [[nodiscard]] std::vector<TimeTick> timeTicks(std::time_t first, std::time_t last);
 
 } // namespace page

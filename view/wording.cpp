@@ -200,6 +200,11 @@ std::chrono::sys_days dayOf(std::time_t time)
                                        std::chrono::day(static_cast<unsigned>(local.tm_mday)));
 }
 
+std::string joinSentences(const std::string& former, const std::string& sentence)
+{
+    return former.empty() ? sentence : fill(trc("two sentences", "{1} {2}"), {former, sentence});
+}
+
 std::string formatNames(const std::vector<std::string>& names)
 {
     std::string words;

@@ -57,6 +57,9 @@ struct Space {
 /// The day of a moment, local time.
 [[nodiscard]] std::chrono::sys_days dayOf(std::time_t time);
 
+/// A sentence after other ones, or after none.
+[[nodiscard]] std::string joinSentences(const std::string& former, const std::string& sentence);
+
 /// "Media, Music, Photos"
 [[nodiscard]] std::string formatNames(const std::vector<std::string>& names);
 

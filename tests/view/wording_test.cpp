@@ -86,6 +86,15 @@ TEST(FormatDate, isAsEachLanguageWritesIt)
     }
 }
 
+TEST(JoinSentences, putsABlankBetweenThemWhereALanguageHasOne)
+{
+    EXPECT_EQ(joinSentences("", "Two."), "Two.");
+    EXPECT_EQ(joinSentences("One.", "Two."), "One. Two.");
+    text::speak(*core::findLanguage("sc"));
+    EXPECT_EQ(joinSentences("1\u3002", "2\u3002"), "1\u30022\u3002");
+    text::speak(core::kEnglish);
+}
+
 TEST(FormatTime, isLocal)
 {
     EXPECT_EQ(formatTime(kMoment), "21 November 2026, 09:33 UTC");

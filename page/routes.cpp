@@ -63,9 +63,15 @@ Level levelOf(const PageEntry& entry, const Request& request)
     return *level;
 }
 
-/// The page for who may not have the one that was asked for.
-Page turnAway(const Request& request, const Visitor& visitor)
+/// The page for who may not have the one that was asked for. Who has logged in goes on from the
+/// first administrator to the rest of the setup.
+Page turnAway(Level level, const Request& request, const Visitor& visitor)
 {
+    Page page;
+    if (!visitor.account.empty() && level == kNewcomer) {
+        page.next = "/setup";
+        return page;
+    }
     if (!visitor.account.empty()) {
         throw Refusal(kForbidden, tr("Only an administrator may do this."));
     }
@@ -74,7 +80,6 @@ Page turnAway(const Request& request, const Visitor& visitor)
                       tr("You are not logged in, or your login has ended. Nothing was changed. Log "
                          "in and repeat what you did."));
     }
-    Page page;
     page.next = visitor.mayBegin ? "/setup/administrator" : "/login";
     return page;
 }
@@ -83,7 +88,7 @@ Page makePage(const PageEntry& entry, Visit& visit)
 {
     const Level level = levelOf(entry, visit.request);
     if (!admits(level, visit.visitor)) {
-        return turnAway(visit.request, visit.visitor);
+        return turnAway(level, visit.request, visit.visitor);
     }
     checkToken(visit.request, visit.visitor);
     if (visit.request.isPost() && !visit.visitor.account.empty()) {

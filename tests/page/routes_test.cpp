@@ -114,7 +114,7 @@ constexpr auto kRows = std::to_array<Row>({
     {"/users/check",         {"200",        "403",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/collection",          {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"503", "403", "403", "403"}},
     {"/setup",               {"200",        "403",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
-    {"/setup/administrator", {"403",        "403",        "303 /login", "200"},                      {"403", "403", "403", "200"}},
+    {"/setup/administrator", {"303 /setup", "303 /setup", "303 /login", "200"},                      {"303 /setup", "303 /setup", "403", "200"}},
     {"/sync",                {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/login",               {"303 ",       "303 ",       "200",        "303 /setup/administrator"}, {"303 ", "303 ", "403", "303 /setup/administrator"}},
     {"/logout",              {"405",        "405",        "405",        "405"},                      {"303 /login", "303 /login", "403", "403"}},

@@ -135,7 +135,8 @@ Descriptor requireSlot(const Visitor& visitor)
     return *std::move(slot);
 }
 
-Response answerGood(const Variables& variables, int body)
+/// @param known  becomes the visitor as soon as nothing speaks against the request's origin
+Response answerGood(const Variables& variables, int body, Visitor& known)
 {
     text::speak(languageOfVisitor(variables));
     const config::Configuration settings = config::read();
@@ -145,6 +146,7 @@ Response answerGood(const Variables& variables, int body)
     const Descriptor slot = requireSlot(visitor);
     checkHost(request, settings.hosts, [] { return askApplianceName(); });
     checkOrigin(request);
+    known = visitor;
     const PageEntry& entry = findPage(request);
     if (request.isPost()) {
         request.form = readForm(variables, body);
@@ -166,7 +168,9 @@ std::string allowedAt(std::string_view path)
     return isForFormsAlone ? "POST" : "GET, HEAD";
 }
 
-Response answerBad(const Variables& variables, int status, const std::string& reason)
+/// @param visitor  whose menu is shown; nobody in particular if it is not known who asks
+Response answerBad(const Variables& variables, int status, const std::string& reason,
+                   const Visitor& visitor = {})
 {
     Response response;
     response.status = status;
@@ -184,16 +188,18 @@ Response answerBad(const Variables& variables, int status, const std::string& re
                        << Text{tr("To the overview")} << "</a></p>\n",
     };
     response.page =
-        layOut({kPages, "-", response.nonce, lastApplianceName(), {}, ""}, page, Script());
+        layOut({kPages, "-", response.nonce, lastApplianceName(), visitor, visitor.formToken}, page,
+               Script());
     return response;
 }
 
 Response makeResponse(const Variables& variables, int body)
 {
+    Visitor known;
     try {
-        return answerGood(variables, body);
+        return answerGood(variables, body, known);
     } catch (const Refusal& refusal) {
-        return answerBad(variables, refusal.status(), refusal.what());
+        return answerBad(variables, refusal.status(), refusal.what(), known);
     } catch (const config::BadConfiguration& failure) {
         log(failure.what());
         return answerBad(variables, kFailure,
@@ -202,7 +208,7 @@ Response makeResponse(const Variables& variables, int body)
     } catch (const std::exception& failure) {
         log(failure.what());
         return answerBad(variables, kFailure,
-                         tr("The page could not be made. The web server's log tells why."));
+                         tr("The page could not be made. The web server's log tells why."), known);
     }
 }
 

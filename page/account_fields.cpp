@@ -56,12 +56,23 @@ Html passwordField(Literal name, std::string_view label, Literal purpose, std::s
                   << complaint("password-complaint", words);
 }
 
+const char* ruleOfNewNames()
+{
+    return tr("A name has 1 to 32 characters: letters A to Z, digits, - and _.");
+}
+
+const char* ruleOfNewPasswords()
+{
+    return tr("A password has 8 to 32 characters: letters A to Z, digits, blanks and signs, but "
+              "none of \" ' \\ ` $");
+}
+
 std::string_view complainOfNewName(std::string_view name)
 {
     constexpr std::size_t kLongest = 32;
     const bool isGood = !name.empty() && name.size() <= kLongest && name.front() != '-' &&
                         std::ranges::all_of(name, isOfName);
-    return isGood ? "" : tr("A name has 1 to 32 characters: letters A to Z, digits, - and _.");
+    return isGood ? "" : ruleOfNewNames();
 }
 
 std::string_view complainOfNewPassword(std::string_view password)
@@ -70,10 +81,7 @@ std::string_view complainOfNewPassword(std::string_view password)
     constexpr std::size_t kLongest = 32;
     const bool isGood = password.size() >= kShortest && password.size() <= kLongest &&
                         std::ranges::all_of(password, isOfPassword);
-    return isGood
-               ? ""
-               : tr("A password has 8 to 32 characters: letters A to Z, digits, blanks and signs, "
-                    "but none of \" ' \\ ` $");
+    return isGood ? "" : ruleOfNewPasswords();
 }
 
 std::string askToWait(Time pause)

@@ -24,6 +24,10 @@ namespace page {
 [[nodiscard]] Html passwordField(Literal name, std::string_view label, Literal purpose,
                                  std::string_view complaint);
 
+// What the name and the password of an account have to be, in words.
+[[nodiscard]] const char* ruleOfNewNames();
+[[nodiscard]] const char* ruleOfNewPasswords();
+
 // What is wrong with an account to be made, in words; empty if nothing is.
 [[nodiscard]] std::string_view complainOfNewName(std::string_view name);
 [[nodiscard]] std::string_view complainOfNewPassword(std::string_view password);

@@ -39,7 +39,8 @@ bool isSettled(const PublishedStatus& status)
 
 /// Starts a collection unless one runs, and waits until it runs or has ended, so that the page that
 /// is shown next has something to show. The process of a collection that has just ended may keep
-/// the next one from starting, so it is started again.
+/// the next one from starting, so it is started again. The appliance starts none while any process
+/// looks like one, and does not say so: only nothing happens.
 void startAndAwait(const config::Configuration& settings)
 {
     constexpr std::chrono::milliseconds kPause{20};
@@ -48,8 +49,12 @@ void startAndAwait(const config::Configuration& settings)
     const std::int64_t before = view::lastWritten();
     const auto end = Clock::now() + kPatience;
     auto nextStart = Clock::now();
-    while (view::lastWritten() == before && Clock::now() < end &&
-           !isSettled(view::readPublishedStatus())) {
+    while (view::lastWritten() == before && !isSettled(view::readPublishedStatus())) {
+        if (Clock::now() >= end) {
+            throw Refusal(kBusy, text::tr("No collection has started. If another process of the "
+                                          "appliance has \"pelstatus\" in its command line, it is "
+                                          "taken for one."));
+        }
         if (Clock::now() >= nextStart) {
             start(settings);
             nextStart = Clock::now() + kRepeat;

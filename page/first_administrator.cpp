@@ -24,7 +24,8 @@ Page form(const Visit& visit, const Complaints& complaints)
               << Text{tr("First: the administrator")} << "</h2>\n<p>"
               << Text{tr("This appliance is new. The account that you make now may change "
                          "everything on these pages; all that follows needs its password.")}
-              << "</p>\n"
+              << "</p>\n<p class=\"quiet\">" << Text{ruleOfNewNames()}
+              << "</p>\n<p class=\"quiet\">" << Text{ruleOfNewPasswords()} << "</p>\n"
               << openForm(visit.token, "/setup/administrator")
               << accountFields(visit.request.form, complaints)
               << R"(<p class="buttons"><button class="main">)" << Text{tr("Next")}

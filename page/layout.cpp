@@ -177,6 +177,14 @@ Html setupSteps(bool isFirstTime)
                << Text{trc("step of the setup", "Check")} << "</li>\n</ol>\n";
 }
 
+std::string nameRule(std::size_t mostBytes)
+{
+    return text::fill(tr("The name has at most {} bytes. Letters A to Z, digits, blanks, dots, "
+                         "hyphens and underscores take one each, accented letters two, Chinese "
+                         "characters three."),
+                      {std::to_string(mostBytes)});
+}
+
 Html complaint(Literal id, std::string_view words)
 {
     if (words.empty()) {

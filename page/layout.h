@@ -3,6 +3,7 @@
 // layout.h: the frame that all pages share, and small parts that several of them have.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
@@ -53,6 +54,9 @@ struct Frame {
 
 /// The list of the setup's steps. The first of them comes only once.
 [[nodiscard]] Html setupSteps(bool isFirstTime);
+
+/// How long a name may be, in words. Foreign letters count for more than one byte.
+[[nodiscard]] std::string nameRule(std::size_t mostBytes);
 
 /// What is wrong with a field, for the place right below it; nothing if there are no words.
 [[nodiscard]] Html complaint(Literal id, std::string_view words);

@@ -71,7 +71,7 @@ Facts gather(Script& script)
         facts.isSyncOn = isProcessRunning(kSyncDaemon);
         facts.situation = view::readSituation();
         facts.progress = findProgress(facts.situation.status);
-        facts.past = readPast(facts.situation.now);
+        facts.past = readPast(facts.situation.now, facts.situation.capacity);
         return facts;
     });
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 
 #include "page/phrase.h"
 #include "text/translation.h"
@@ -66,6 +67,20 @@ std::string headingOf(const Device& device)
     return heading;
 }
 
+/// A capacity with the language's decimal sign. What is no decimal number stays as it is reported.
+std::string localized(std::string capacity)
+{
+    constexpr std::string_view kDigits = "0123456789";
+    const std::size_t point = capacity.find_first_not_of(kDigits);
+    const bool isNumber = point != capacity.npos && point > 0 && capacity[point] == '.' &&
+                          point + 1 < capacity.size() &&
+                          capacity.find_first_not_of(kDigits, point + 1) == capacity.npos;
+    if (isNumber) {
+        capacity.replace(point, 1, text::trc("decimal sign", "."));
+    }
+    return capacity;
+}
+
 Html deviceItem(const Device& device)
 {
     Html out;
@@ -76,7 +91,8 @@ Html deviceItem(const Device& device)
     }
     out << "</p></div>";
     if (!device.capacity.empty()) {
-        out << R"(<p class="capacity">)" << phrase(tr("{} GB"), {apart(device.capacity)}) << "</p>";
+        out << R"(<p class="capacity">)" << phrase(tr("{} GB"), {apart(localized(device.capacity))})
+            << "</p>";
     }
     out << "</li>";
     return out;

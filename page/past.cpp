@@ -2,6 +2,7 @@
 #include "page/past.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 
 #include "page/log.h"
@@ -30,8 +31,18 @@ bool look(const std::function<void(const Reader&)>& into)
     }
 }
 
-/// Nothing if the history ended days ago: what has happened since is not in it.
-std::optional<double> forecast(const Reader& reader, std::time_t now)
+/// Whether a disk is still nearly as the history had it last. More than a twentieth of it in at
+/// most two days is no part of the trend: much has been copied or deleted at once.
+bool isNearly(const view::Capacity& disk, const view::Capacity& last)
+{
+    constexpr std::uint64_t kTolerance = 20;
+    const auto [less, more] = std::minmax(disk.free, last.free);
+    return disk.total == last.total && more - less <= disk.total / kTolerance;
+}
+
+/// Nothing if the history ended days ago, or if the disk is not as it was then: what has happened
+/// since is not in it.
+std::optional<double> forecast(const Reader& reader, const view::Capacity& disk, std::time_t now)
 {
     constexpr std::chrono::days kWindow{100};
     constexpr std::chrono::days kOldest{2};
@@ -39,7 +50,11 @@ std::optional<double> forecast(const Reader& reader, std::time_t now)
     if (last < daysBefore(now, kOldest) || last > now) {
         return std::nullopt;
     }
-    return history::daysUntilFull(reader.diskPoints(daysBefore(last, kWindow)));
+    const std::vector<history::DiskPoint> points = reader.diskPoints(daysBefore(last, kWindow));
+    if (points.empty() || !isNearly(disk, points.back().capacity)) {
+        return std::nullopt;
+    }
+    return history::daysUntilFull(points);
 }
 
 void dropFuture(std::vector<history::Point>& points, std::time_t now)
@@ -55,14 +70,14 @@ std::time_t daysBefore(std::time_t time, std::chrono::days days)
     return time - static_cast<std::time_t>(days.count()) * kDay;
 }
 
-Past readPast(std::time_t now)
+Past readPast(std::time_t now, const std::optional<view::Capacity>& disk)
 {
     // The entry that is compared with the last one may be two days older, and the last one, too.
     constexpr std::chrono::days kMore{4};
     Past past;
     const bool isRead = look([&](const Reader& reader) {
         past.courses = reader.courses(daysBefore(now, kCourseDays + kMore), kCourseDays);
-        past.daysUntilFull = forecast(reader, now);
+        past.daysUntilFull = disk ? forecast(reader, *disk, now) : std::nullopt;
     });
     for (auto& [name, points] : past.courses) {
         dropFuture(points, now);

@@ -12,6 +12,7 @@
 
 #include "history/reader.h"
 #include "history/trend.h"
+#include "view/capacity.h"
 
 namespace page {
 
@@ -28,7 +29,10 @@ struct Past {
 };
 
 /// Reads it, up to a time. Logs why if there is a history that cannot be read.
-[[nodiscard]] Past readPast(std::time_t now);
+/// @param disk  as it is at that time. If that is not known, or if its free space differs from the
+///              history's last entry by more than 5 % of the disk, nothing is said about when it
+///              will be full.
+[[nodiscard]] Past readPast(std::time_t now, const std::optional<view::Capacity>& disk);
 
 /// What the history knows of one share.
 struct SharePast {

@@ -63,9 +63,15 @@ Level levelOf(const PageEntry& entry, const Request& request)
     return *level;
 }
 
-/// The page for who may not have the one that was asked for.
-Page turnAway(const Request& request, const Visitor& visitor)
+/// The page for who may not have the one that was asked for. Who has logged in goes on from the
+/// first administrator to the rest of the setup.
+Page turnAway(Level level, const Request& request, const Visitor& visitor)
 {
+    Page page;
+    if (!visitor.account.empty() && level == kNewcomer) {
+        page.next = "/setup";
+        return page;
+    }
     if (!visitor.account.empty()) {
         throw Refusal(kForbidden, tr("Only an administrator may do this."));
     }
@@ -74,7 +80,6 @@ Page turnAway(const Request& request, const Visitor& visitor)
                       tr("You are not logged in, or your login has ended. Nothing was changed. Log "
                          "in and repeat what you did."));
     }
-    Page page;
     page.next = visitor.mayBegin ? "/setup/administrator" : "/login";
     return page;
 }
@@ -83,7 +88,7 @@ Page makePage(const PageEntry& entry, Visit& visit)
 {
     const Level level = levelOf(entry, visit.request);
     if (!admits(level, visit.visitor)) {
-        return turnAway(visit.request, visit.visitor);
+        return turnAway(level, visit.request, visit.visitor);
     }
     checkToken(visit.request, visit.visitor);
     if (visit.request.isPost() && !visit.visitor.account.empty()) {
@@ -130,7 +135,8 @@ Descriptor requireSlot(const Visitor& visitor)
     return *std::move(slot);
 }
 
-Response answerGood(const Variables& variables, int body)
+/// @param known  becomes the visitor as soon as nothing speaks against the request's origin
+Response answerGood(const Variables& variables, int body, Visitor& known)
 {
     text::speak(languageOfVisitor(variables));
     const config::Configuration settings = config::read();
@@ -140,6 +146,7 @@ Response answerGood(const Variables& variables, int body)
     const Descriptor slot = requireSlot(visitor);
     checkHost(request, settings.hosts, [] { return askApplianceName(); });
     checkOrigin(request);
+    known = visitor;
     const PageEntry& entry = findPage(request);
     if (request.isPost()) {
         request.form = readForm(variables, body);
@@ -161,7 +168,9 @@ std::string allowedAt(std::string_view path)
     return isForFormsAlone ? "POST" : "GET, HEAD";
 }
 
-Response answerBad(const Variables& variables, int status, const std::string& reason)
+/// @param visitor  whose menu is shown; nobody in particular if it is not known who asks
+Response answerBad(const Variables& variables, int status, const std::string& reason,
+                   const Visitor& visitor = {})
 {
     Response response;
     response.status = status;
@@ -179,16 +188,18 @@ Response answerBad(const Variables& variables, int status, const std::string& re
                        << Text{tr("To the overview")} << "</a></p>\n",
     };
     response.page =
-        layOut({kPages, "-", response.nonce, lastApplianceName(), {}, ""}, page, Script());
+        layOut({kPages, "-", response.nonce, lastApplianceName(), visitor, visitor.formToken}, page,
+               Script());
     return response;
 }
 
 Response makeResponse(const Variables& variables, int body)
 {
+    Visitor known;
     try {
-        return answerGood(variables, body);
+        return answerGood(variables, body, known);
     } catch (const Refusal& refusal) {
-        return answerBad(variables, refusal.status(), refusal.what());
+        return answerBad(variables, refusal.status(), refusal.what(), known);
     } catch (const config::BadConfiguration& failure) {
         log(failure.what());
         return answerBad(variables, kFailure,
@@ -197,7 +208,7 @@ Response makeResponse(const Variables& variables, int body)
     } catch (const std::exception& failure) {
         log(failure.what());
         return answerBad(variables, kFailure,
-                         tr("The page could not be made. The web server's log tells why."));
+                         tr("The page could not be made. The web server's log tells why."), known);
     }
 }
 

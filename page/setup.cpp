@@ -35,11 +35,19 @@ struct Setup {
 
 // ---- Steps ------------------------------------------------------------------------------------
 
+/// The language that is chosen already. Before the first setup the appliance's own says nothing
+/// about who sets it up; the one that the page is shown in does.
+std::string languageToBegin()
+{
+    const bool isSetUp = ::getvar("firsttime")[0] == '0';
+    return isSetUp ? ::kytegetSysVar("<language>", "tovGetLanguage") : text::spoken().name;
+}
+
 /// What the appliance has now stands in the fields that nobody has filled yet.
 void fillIn(SetupValues& values)
 {
     if (values.language.empty()) {
-        values.language = ::kytegetSysVar("<language>", "tovGetLanguage");
+        values.language = languageToBegin();
     }
     if (values.hostName.empty()) {
         values.hostName = ::getvar("machine_name");

@@ -2,6 +2,7 @@
 #include "page/share_form.h"
 
 #include "client/exchange.h"
+#include "cmdsvc/protocol.h"
 #include "page/layout.h"
 #include "page/phrase.h"
 #include "text/translation.h"
@@ -123,9 +124,8 @@ Html shareForm(const Visit& visit, const Candidates& candidates, const Complaint
 <h2 id="create">)" << Text{tr("Create a share")}
                   << R"(</h2>
 <p class="quiet">)"
-                  << Text{tr("The name has at most 64 letters, digits, blanks, dots, hyphens and "
-                             "underscores. These pages cannot rename or delete a share later.")}
-                  << "</p>\n"
+                  << Text{nameRule(cmdsvc::kLongestShareName)} << " "
+                  << Text{tr("These pages cannot rename or delete a share later.")} << "</p>\n"
                   << openForm(visit.token, "/shares") << nameField(share, complaints)
                   << accessFields(share, candidates, complaints)
                   << R"(<p class="buttons"><button class="main">)" << Text{tr("Create")}

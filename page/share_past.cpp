@@ -58,24 +58,38 @@ Range rangeOf(const Period& period, const Points& points, std::time_t now)
     return {std::min(first, daysBefore(now, std::chrono::days(1))), now};
 }
 
-/// The last measured entry of each of thirty equal parts of the range: no more marks than can be
-/// told apart.
+/// The entries of the range in which the share was measured.
+Points measured(const Points& points, const Range& range)
+{
+    Points all = points;
+    std::erase_if(all, [&](const Point& point) {
+        return !point.used || point.published < range.first || point.published > range.last;
+    });
+    return all;
+}
+
+std::uint64_t sizeOf(const Point& point)
+{
+    return point.used->kibibytes();
+}
+
+/// What is drawn and listed: the last entry of each of thirty equal parts of the range, since more
+/// marks cannot be told apart, and what the words name: the first entry, the least and the most.
 Points pick(const Points& points, const Range& range)
 {
-    constexpr std::int64_t kMost = 30;
+    constexpr std::int64_t kParts = 30;
     const std::int64_t length = std::int64_t{range.last - range.first} + 1;
     const auto partOf = [&](const Point& point) {
-        return std::int64_t{point.published - range.first} * kMost / length;
+        return std::int64_t{point.published - range.first} * kParts / length;
     };
+    const auto [least, most] = std::ranges::minmax_element(points, {}, sizeOf);
     Points picked;
-    for (const Point& point : points) {
-        if (!point.used || point.published < range.first || point.published > range.last) {
-            continue;
+    for (auto point = points.begin(); point != points.end(); ++point) {
+        const auto next = point + 1;
+        const bool isNamed = point == points.begin() || point == least || point == most;
+        if (isNamed || next == points.end() || partOf(*next) != partOf(*point)) {
+            picked.push_back(*point);
         }
-        if (!picked.empty() && partOf(picked.back()) == partOf(point)) {
-            picked.pop_back();
-        }
-        picked.push_back(point);
     }
     return picked;
 }
@@ -84,7 +98,7 @@ std::vector<PlotPoint> drawn(const Points& points)
 {
     std::vector<PlotPoint> all;
     for (const Point& point : points) {
-        all.push_back({point.published, point.used->kibibytes()});
+        all.push_back({point.published, sizeOf(point)});
     }
     return all;
 }
@@ -92,7 +106,6 @@ std::vector<PlotPoint> drawn(const Points& points)
 /// The plot in words.
 std::string summary(const Points& points)
 {
-    const auto sizeOf = [](const Point& point) { return point.used->kibibytes(); };
     const auto [least, most] = std::ranges::minmax_element(points, {}, sizeOf);
     const std::string first = formatDay(points.front().published);
     const std::string last = formatDay(points.back().published);
@@ -184,10 +197,11 @@ Html figures(const Points& points, const config::Configuration& configuration)
     return out << "</tbody>\n</table>\n</details>\n";
 }
 
-Html picture(const Points& points, const Range& range)
+/// The words are about all entries of the range, also about those that are not drawn.
+Html picture(const Points& points, const Points& picked, const Range& range)
 {
     return Html() << R"(<p id="plot">)" << Text{summary(points)} << "</p>\n"
-                  << plot(drawn(points), range.first, range.last, "plot");
+                  << plot(drawn(picked), range.first, range.last, "plot");
 }
 
 /// What is gone no longer changes.
@@ -202,12 +216,13 @@ Html courseIn(const SharePast& past, const Period& period, std::time_t now,
               const config::Configuration& configuration)
 {
     const Range range = rangeOf(period, past.points, now);
-    const Points points = pick(past.points, range);
+    const Points points = measured(past.points, range);
     if (points.empty()) {
         return paragraph(tr("Its size was not published in this time."));
     }
-    return Html() << change(past, period.days) << picture(points, range)
-                  << figures(points, configuration);
+    const Points picked = pick(points, range);
+    return Html() << change(past, period.days) << picture(points, picked, range)
+                  << figures(picked, configuration);
 }
 
 } // namespace

@@ -68,7 +68,8 @@ Html state(bool isOn)
 Html switchForm(const Visit& visit, bool isOn)
 {
     if (!visit.visitor.isAdministrator) {
-        return Html() << "<p>" << Text{tr("Only an administrator can switch it.")} << "</p>\n";
+        return Html() << "<p>" << Text{tr("Only an administrator can switch it on or off.")}
+                      << "</p>\n";
     }
     return Html() << openForm(visit.token, "/sync")
                   << R"(<p class="buttons"><button class="main" name="switch" value=")"

@@ -7,6 +7,7 @@
 
 #include "client/failure.h"
 #include "client/lists.h"
+#include "cmdsvc/protocol.h"
 #include "page/account_fields.h"
 #include "page/accounts.h"
 #include "page/administrators.h"
@@ -59,9 +60,9 @@ Html creation(const Visit& visit, const Complaints& complaints)
 <h2 id="create">)" << Text{tr("Create a user")}
                   << R"(</h2>
 <p class="quiet">)"
-                  << Text{tr("The name has at most 32 letters, digits, blanks, dots, hyphens and "
-                             "underscores, the password 8 to 32 characters. With both the user "
-                             "logs in on these pages and opens shares from other computers.")}
+                  << Text{nameRule(cmdsvc::kLongestUserName)} << " "
+                  << Text{tr("The password has 8 to 32 characters. With both the user logs in on "
+                             "these pages and opens shares from other computers.")}
                   << "</p>\n"
                   << openForm(visit.token, kUrl) << accountFields(visit.request.form, complaints)
                   << R"(<p class="buttons"><button class="main">)" << Text{tr("Create")}

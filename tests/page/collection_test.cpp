@@ -4,6 +4,7 @@
 #include <ctime>
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 #include "tests/page/service.h"
 #include "tests/page/visits.h"
@@ -69,6 +70,21 @@ TEST_F(CollectionPage, startThatDidNothingIsRepeated)
     });
     EXPECT_EQ(send().next, "");
     EXPECT_EQ(FakeService::frames(), kFrame + kFrame);
+}
+
+TEST_F(CollectionPage, saysWhenNothingStarts)
+{
+    constexpr std::size_t kMoreThanAreAsked = 50;
+    const FakeService service(std::vector<std::string>(kMoreThanAreAsked, kStarted));
+    try {
+        (void)send();
+        FAIL() << "it was not refused";
+    } catch (const page::Refusal& refusal) {
+        EXPECT_EQ(refusal.status(), 503);
+        EXPECT_STREQ(refusal.what(),
+                     "No collection has started. If another process of the appliance has "
+                     "\"pelstatus\" in its command line, it is taken for one.");
+    }
 }
 
 TEST_F(CollectionPage, nothingIsStartedWhileACollectionRuns)

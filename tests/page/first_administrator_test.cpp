@@ -48,6 +48,11 @@ TEST_F(FirstAdministrator, isAskedFor)
     EXPECT_TRUE(contains(body, "<li aria-current=\"step\">Administrator</li>"));
     EXPECT_TRUE(contains(body, "action=\"/cgi-bin/vokpage/setup/administrator\""));
     EXPECT_TRUE(contains(body, "name=\"repeated\" type=\"password\""));
+    EXPECT_TRUE(contains(
+        body,
+        "<p class=\"quiet\">A name has 1 to 32 characters: letters A to Z, digits, - and _.</p>\n"
+        "<p class=\"quiet\">A password has 8 to 32 characters: letters A to Z, digits, blanks and "
+        "signs, but none of &quot; &#39; \\ ` $</p>\n<form "));
     EXPECT_FALSE(contains(body, "complaint"));
 }
 

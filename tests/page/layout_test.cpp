@@ -194,6 +194,13 @@ TEST(Parts, complaintsBelongToTheirFields)
     EXPECT_EQ(page::complaint("id", "").text() + page::invalidMark("id", "").text(), "");
 }
 
+TEST(Parts, ruleOfNamesCountsBytes)
+{
+    EXPECT_EQ(page::nameRule(7),
+              "The name has at most 7 bytes. Letters A to Z, digits, blanks, dots, hyphens and "
+              "underscores take one each, accented letters two, Chinese characters three.");
+}
+
 TEST(Parts, noticesTellTheirMood)
 {
     Html content;

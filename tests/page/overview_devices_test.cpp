@@ -2,6 +2,10 @@
 #include "page/overview_devices.h"
 
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "text/translation.h"
 
 namespace {
 
@@ -70,6 +74,32 @@ TEST(DevicesCard, showsWhatIsKnownOfEach)
                       "<li><div><h3><bdi>Laser</bdi></h3><p class=\"quiet\">USB printer by "
                       "<bdi>Maker</bdi><br>Serial number <bdi>S2</bdi></p></div></li>\n"
                       "</ul>\n"));
+}
+
+TEST(DevicesCard, capacityHasTheDecimalSignOfTheLanguageIfItIsANumber)
+{
+    const auto capacityOf = [](const std::string& reported) {
+        const Device disk = {.kind = Device::Kind::kInternalDisk,
+                             .name = "",
+                             .vendor = "",
+                             .model = "",
+                             .serial = "",
+                             .capacity = reported};
+        const std::string card = page::devicesCard(std::vector{disk}).text();
+        const std::string mark = "<p class=\"capacity\"><bdi>";
+        const std::size_t start = card.find(mark) + mark.size();
+        return card.substr(start, card.find("</bdi>", start) - start);
+    };
+    text::speak(*core::findLanguage("ge"));
+    const std::string number = capacityOf("500.10");
+    std::string others;
+    for (const char* reported : {"500", "5x1", ".5", "5.", "1.2.3", "5.1 x", "about 5.1"}) {
+        others += capacityOf(reported) + "\n";
+    }
+    text::speak(*core::findLanguage("en"));
+    EXPECT_EQ(number, "500,10");
+    EXPECT_EQ(others, "500\n5x1\n.5\n5.\n1.2.3\n5.1 x\nabout 5.1\n");
+    EXPECT_EQ(capacityOf("500.10"), "500.10");
 }
 
 } // namespace

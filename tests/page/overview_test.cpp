@@ -10,6 +10,7 @@
 #include "tests/page/pasts.h"
 #include "tests/page/visits.h"
 #include "tests/support/collector.h"
+#include "view/capacity.h"
 #include "view/wording.h"
 
 namespace {
@@ -210,12 +211,17 @@ TEST_F(OverviewPage, saysWhenTheStatusWasPublished)
                                           "<p class=\"quiet\">Published just now, "));
 }
 
-/// A share that has grown for 20 days, and a disk that will be full in as many.
+/// A share that has grown for 20 days, and this machine's disk, which will be full in as many.
 void rememberGrowth()
 {
-    for (int day = 20; day >= 0; --day) {
-        pasts::remember(day, {pasts::share("Fresh", static_cast<std::uint16_t>(40 - day))},
-                        static_cast<std::uint64_t>(10'000 * (20 + day)), std::time(nullptr));
+    constexpr unsigned kDays = 20;
+    const view::Capacity now = view::readCapacity().value_or(view::Capacity());
+    for (unsigned day = kDays + 1; day-- > 0;) {
+        view::Capacity then = now;
+        then.free += now.free / kDays * day;
+        pasts::remember(static_cast<int>(day),
+                        {pasts::share("Fresh", static_cast<std::uint16_t>(40 - day))}, then,
+                        std::time(nullptr));
     }
 }
 

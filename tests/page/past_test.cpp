@@ -32,6 +32,9 @@ std::string agesOf(const history::Courses& courses)
     return text;
 }
 
+/// The disk as it is now.
+const view::Capacity kDisk = pasts::diskWith(300'000);
+
 class Past : public pasts::Test {};
 
 TEST_F(Past, hasThirtyDaysOfEachShareAndSomeMoreToCompareWith)
@@ -41,34 +44,48 @@ TEST_F(Past, hasThirtyDaysOfEachShareAndSomeMoreToCompareWith)
     remember(15, {share("Media", 3)});
     remember(0, {share("Media", 4), share("New", 4)});
     remember(-1, {share("Media", 5)});
-    EXPECT_EQ(agesOf(page::readPast(kNow).courses), "Media: 34 15 0\nNew: 0\nOld: 34\n");
+    EXPECT_EQ(agesOf(page::readPast(kNow, kDisk).courses), "Media: 34 15 0\nNew: 0\nOld: 34\n");
 }
 
 /// A disk that fills by 10 MB a day, until some days ago.
 void fillUntil(int age)
 {
     for (int day = 20; day >= age; --day) {
-        remember(day, {}, static_cast<std::uint64_t>(10'000 * (30 + day)));
+        remember(day, {}, pasts::diskWith(static_cast<std::uint64_t>(10'000 * (30 + day))));
     }
 }
 
 TEST_F(Past, saysWhenTheDiskWillBeFull)
 {
     fillUntil(0);
-    EXPECT_NEAR(page::readPast(kNow).daysUntilFull.value_or(0), 30, 0.001);
+    EXPECT_NEAR(page::readPast(kNow, kDisk).daysUntilFull.value_or(0), 30, 0.001);
+}
+
+TEST_F(Past, doesNotSayItOfADiskThatIsNoLongerAsTheHistoryHasIt)
+{
+    fillUntil(0);
+    const auto isSaid = [](const std::optional<view::Capacity>& disk) {
+        return page::readPast(kNow, disk).daysUntilFull.has_value();
+    };
+    EXPECT_TRUE(isSaid(pasts::diskWith(250'000)));
+    EXPECT_FALSE(isSaid(pasts::diskWith(249'999))) << "much has been written";
+    EXPECT_TRUE(isSaid(pasts::diskWith(350'000)));
+    EXPECT_FALSE(isSaid(pasts::diskWith(350'001))) << "much has been deleted";
+    EXPECT_FALSE(isSaid(view::Capacity{2'000'000, 1'700'000, 300'000})) << "another disk";
+    EXPECT_FALSE(isSaid(std::nullopt));
 }
 
 TEST_F(Past, doesNotSayItFromAnOldHistory)
 {
     fillUntil(2);
-    EXPECT_TRUE(page::readPast(kNow).daysUntilFull);
-    EXPECT_FALSE(page::readPast(kNow + 1).daysUntilFull);
+    EXPECT_TRUE(page::readPast(kNow, kDisk).daysUntilFull);
+    EXPECT_FALSE(page::readPast(kNow + 1, kDisk).daysUntilFull);
 }
 
 TEST_F(Past, doesNotSayItFromEntriesOfTheFuture)
 {
     fillUntil(-1);
-    EXPECT_FALSE(page::readPast(kNow).daysUntilFull);
+    EXPECT_FALSE(page::readPast(kNow, kDisk).daysUntilFull);
 }
 
 TEST_F(Past, shareHasNotVanishedBeforeAnEntryOfTheFuture)
@@ -82,7 +99,7 @@ TEST_F(Past, shareHasNotVanishedBeforeAnEntryOfTheFuture)
 TEST_F(Past, isEmptyAndQuietBeforeThereIsAHistory)
 {
     page::Past past;
-    EXPECT_EQ(logOf([&] { past = page::readPast(kNow); }), "");
+    EXPECT_EQ(logOf([&] { past = page::readPast(kNow, kDisk); }), "");
     EXPECT_TRUE(past.courses.empty());
     EXPECT_FALSE(past.daysUntilFull);
     EXPECT_FALSE(page::readSharePast("Media", 0, kNow));
@@ -96,7 +113,7 @@ TEST_F(Past, isEmptyIfTheFileIsDamagedAndTheLogSaysWhy)
     root::writeFile(history::kFile,
                     "This is not a database, and is long enough to be seen as one.");
     page::Past past;
-    EXPECT_EQ(logOf([&] { past = page::readPast(kNow); }),
+    EXPECT_EQ(logOf([&] { past = page::readPast(kNow, kDisk); }),
               "vokpage: the history cannot be read: file is not a database\n");
     EXPECT_TRUE(past.courses.empty());
     EXPECT_EQ(logOf([] { EXPECT_FALSE(page::readSharePast("Media", 0, kNow)); }),
@@ -109,7 +126,7 @@ TEST_F(Past, isEmptyIfAnotherProgramHasLockedTheFile)
     const history::Database writer(history::kFile, history::Database::Access::kWrite);
     writer.run("BEGIN EXCLUSIVE");
     page::Past past;
-    EXPECT_EQ(logOf([&] { past = page::readPast(kNow); }),
+    EXPECT_EQ(logOf([&] { past = page::readPast(kNow, kDisk); }),
               "vokpage: the history cannot be read: database is locked\n");
     EXPECT_TRUE(past.courses.empty());
 }
@@ -121,7 +138,7 @@ TEST_F(Past, isEmptyIfOnlyAPartCannotBeRead)
     const history::Database writer(history::kFile, history::Database::Access::kWrite);
     writer.run("DROP TABLE size");
     page::Past past;
-    EXPECT_EQ(logOf([&] { past = page::readPast(kNow); }),
+    EXPECT_EQ(logOf([&] { past = page::readPast(kNow, kDisk); }),
               "vokpage: the history cannot be read: no such table: size\n");
     EXPECT_TRUE(past.courses.empty());
     EXPECT_FALSE(past.daysUntilFull);

@@ -28,15 +28,19 @@ inline history::ShareEntry share(const std::string& name, std::uint16_t used)
             .folder = {}};
 }
 
+/// A disk of 1 GB.
+inline view::Capacity diskWith(std::uint64_t free)
+{
+    return {1'000'000, 1'000'000 - free, free};
+}
+
 /// Remembers a status of so many days before a time.
-inline void remember(int age, std::vector<history::ShareEntry> shares, std::uint64_t free = 600'000,
-                     std::time_t now = kNow)
+inline void remember(int age, std::vector<history::ShareEntry> shares,
+                     view::Capacity disk = diskWith(600'000), std::time_t now = kNow)
 {
     const std::time_t published = now - age * kDay;
-    const history::Entry entry = {.published = published,
-                                  .hasList = true,
-                                  .capacity = view::Capacity{1'000'000, 1'000'000 - free, free},
-                                  .shares = std::move(shares)};
+    const history::Entry entry = {
+        .published = published, .hasList = true, .capacity = disk, .shares = std::move(shares)};
     EXPECT_EQ(history::Store().remember(entry, published), history::Remembered::kNew);
 }
 

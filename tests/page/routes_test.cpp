@@ -114,7 +114,7 @@ constexpr auto kRows = std::to_array<Row>({
     {"/users/check",         {"200",        "403",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/collection",          {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"503", "403", "403", "403"}},
     {"/setup",               {"200",        "403",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
-    {"/setup/administrator", {"403",        "403",        "303 /login", "200"},                      {"403", "403", "403", "200"}},
+    {"/setup/administrator", {"303 /setup", "303 /setup", "303 /login", "200"},                      {"303 /setup", "303 /setup", "403", "200"}},
     {"/sync",                {"200",        "200",        "303 /login", "303 /setup/administrator"}, {"200", "403", "403", "403"}},
     {"/login",               {"303 ",       "303 ",       "200",        "303 /setup/administrator"}, {"303 ", "303 ", "403", "303 /setup/administrator"}},
     {"/logout",              {"405",        "405",        "405",        "405"},                      {"303 /login", "303 /login", "403", "403"}},
@@ -287,6 +287,47 @@ TEST_F(Routes, errorsKeepTheNameAndLeadOn)
     EXPECT_EQ(watch::calls(), std::vector<std::string>{}) << "nothing may work any more";
     configure("x = y\n");
     expectNamed(ask("GET", "/sync"), "500 Internal Server Error");
+}
+
+/// Of an answer: the pages in the menu, who has logged in, and whether a language can be chosen.
+std::string frameOf(const std::string& answer)
+{
+    std::string frame;
+    for (const char* part :
+         {"<nav aria-label=\"Pages\">", ">Setup</a>", "<bdi>anna</bdi>", "<bdi>bob</bdi>",
+          "<ul class=\"languages\"", "aria-current=\"page\""}) {
+        frame += contains(answer, part) ? std::string(part) + "\n" : "";
+    }
+    return frame;
+}
+
+const std::string kMenu = "<nav aria-label=\"Pages\">\n";
+const std::string kLanguages = "<ul class=\"languages\"\n";
+
+TEST_F(Routes, refusalsKeepMenuAccountAndLanguages)
+{
+    logIn("anna");
+    const std::string ofAnna = kMenu + ">Setup</a>\n<bdi>anna</bdi>\n" + kLanguages;
+    EXPECT_EQ(frameOf(ask("GET", "/none")), ofAnna);
+    EXPECT_EQ(frameOf(ask("POST", "/sync", "switch=on")), ofAnna) << "without the token";
+    EXPECT_EQ(frameOf(ask("POST", "/sync", "switch=x&token=" + formToken)), ofAnna);
+    EXPECT_EQ(frameOf(ask("GET", "/logout")), ofAnna);
+    logIn("bob");
+    EXPECT_EQ(frameOf(ask("GET", "/setup")), kMenu + "<bdi>bob</bdi>\n" + kLanguages);
+    showToken();
+    EXPECT_EQ(frameOf(ask("GET", "/none")), kLanguages);
+    variables.set("HTTP_COOKIE", "");
+    EXPECT_EQ(frameOf(ask("GET", "/none")), "") << "a form without a token is of no use";
+}
+
+TEST_F(Routes, refusalsToOtherSitesShowNobody)
+{
+    logIn("anna");
+    variables.set("HTTP_HOST", "evil.example");
+    EXPECT_EQ(frameOf(ask("GET", "/none")), "");
+    variables.set("HTTP_HOST", "127.0.0.1:8080");
+    variables.set("HTTP_ORIGIN", "http://127.0.0.1:8081");
+    EXPECT_EQ(frameOf(ask("POST", "/sync", "switch=off&token=" + formToken)), "");
 }
 
 TEST_F(Routes, headersAloneAreServed)

@@ -61,6 +61,7 @@ class SetupPage : public root::Test {
 
 TEST_F(SetupPage, startsWithWhatTheApplianceHas)
 {
+    root::writeFile(kVariables, "pel_pubshare_name=Old & gold\nfirsttime=0\n");
     const Made made = visits::make(page::makeSetup, visits::get());
     EXPECT_EQ(made.title, "Setup");
     EXPECT_EQ(made.script, thisPage(0));
@@ -70,6 +71,13 @@ TEST_F(SetupPage, startsWithWhatTheApplianceHas)
     EXPECT_TRUE(contains(made.body, R"(name="share_name" value="Old &amp; gold")"));
     EXPECT_TRUE(contains(made.body, R"(name="token" value=")" + visits::kToken + R"(")"));
     EXPECT_FALSE(contains(made.body, "complaint"));
+}
+
+TEST_F(SetupPage, firstSetupStartsWithTheLanguageOfThePage)
+{
+    EXPECT_TRUE(contains(visits::make(page::makeSetup, visits::get()).body,
+                         R"(<option value="english" selected>)"));
+    EXPECT_TRUE(contains(post(kAnswers + "0").body, R"(<option value="german" selected>)"));
 }
 
 TEST_F(SetupPage, eachStepCarriesTheAnswersAlong)

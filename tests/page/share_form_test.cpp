@@ -29,8 +29,9 @@ std::string formOf(const std::string& fields, const Candidates& candidates,
 const std::string kStart =
     "<section class=\"card narrow\" aria-labelledby=\"create\">\n"
     "<h2 id=\"create\">Create a share</h2>\n"
-    "<p class=\"quiet\">The name has at most 64 letters, digits, blanks, dots, hyphens and "
-    "underscores. These pages cannot rename or delete a share later.</p>\n"
+    "<p class=\"quiet\">The name has at most 64 bytes. Letters A to Z, digits, blanks, "
+    "dots, hyphens and underscores take one each, accented letters two, Chinese characters "
+    "three. These pages cannot rename or delete a share later.</p>\n"
     "<form method=\"post\" action=\"/cgi-bin/vokpage/shares\">\n"
     "<input type=\"hidden\" name=\"token\" value=\"" +
     visits::kToken + "\">\n<p class=\"field\"><label for=\"name\">Name</label>\n";

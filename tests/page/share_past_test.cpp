@@ -130,21 +130,61 @@ std::size_t marksOf(const std::string& text)
     return count;
 }
 
-TEST(PastCard, drawsAtMostThirtyMarksTheLastOnesOfTheirTime)
+/// Each hour of the last 30 days, with so many MB; the least and the most are each in the middle of
+/// a day, and the first entry is in the first day.
+std::vector<Point> everyHour()
 {
     std::vector<Point> points;
-    for (int hour = 720; hour >= 0; --hour) {
+    for (int hour = 719; hour >= 0; --hour) {
         points.push_back({.published = kNow - hour * std::time_t{3600},
-                          .used = Space{static_cast<std::uint16_t>(1000 - hour), 'M'},
+                          .used = Space{static_cast<std::uint16_t>(900 - hour), 'M'},
                           .backupState = {},
                           .backupDay = {}});
     }
-    const std::string text = card(kept(points));
-    EXPECT_EQ(marksOf(text), 30U);
-    EXPECT_NE(text.find("<td>1000 MB</td>"), text.npos) << "the newest is drawn";
-    EXPECT_NE(text.find("<td>976 MB</td>"), text.npos);
-    EXPECT_EQ(text.find("<td>977 MB</td>"), text.npos);
+    points[230].used = Space{20, 'M'};
+    points[470].used = Space{990, 'M'};
+    return points;
+}
+
+/// The sizes in the table, the newest first.
+std::vector<std::string> listedSizes(const std::string& text)
+{
+    std::vector<std::string> sizes;
+    for (std::size_t at = text.find("</th><td>"); at != text.npos;
+         at = text.find("</th><td>", at + 1)) {
+        sizes.push_back(text.substr(at + 9, text.find("</td>", at + 9) - at - 9));
+    }
+    return sizes;
+}
+
+TEST(PastCard, drawsTheLastEntryOfEachThirtiethAndTheFirstTheLeastAndTheMostOfAll)
+{
+    std::vector<std::string> sizes;
+    for (int day = 0; day < 30; ++day) {
+        sizes.push_back(std::to_string(900 - 24 * day) + " MB");
+        if (day == 10) {
+            sizes.emplace_back("990 MB");
+        }
+        if (day == 20) {
+            sizes.emplace_back("20 MB");
+        }
+    }
+    sizes.emplace_back("181 MB");
+    const std::string text = card(kept(everyHour()));
+    EXPECT_EQ(listedSizes(text), sizes);
+    EXPECT_EQ(marksOf(text), 33U);
     EXPECT_EQ(marksOf(card(kept({pointAt(0, 1)}), "all")), 1U);
+}
+
+TEST(PastCard, wordsAreAboutAllEntriesOfThePeriod)
+{
+    const std::string words =
+        "<p class=\"change\">+696 MB in 29 days</p>\n"
+        "<p id=\"plot\">From 23 October 2026 to 22 November 2026 it used at least 20 MB and at "
+        "most 990 MB.</p>\n";
+    for (const char* period : {"month", "year", "all"}) {
+        EXPECT_EQ(sentences(card(kept(everyHour()), period)), words) << period;
+    }
 }
 
 // ---- What became of the share -----------------------------------------------------------------

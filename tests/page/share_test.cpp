@@ -64,8 +64,8 @@ class Share : public pasts::Test {
     /// A history in which the share has been for ten days.
     static void rememberTwice()
     {
-        pasts::remember(10, {pasts::share("A & B", 1)}, 1, now);
-        pasts::remember(0, {pasts::share("A & B", 3)}, 1, now);
+        pasts::remember(10, {pasts::share("A & B", 1)}, pasts::diskWith(1), now);
+        pasts::remember(0, {pasts::share("A & B", 3)}, pasts::diskWith(1), now);
     }
 
     inline static std::time_t now;
@@ -167,9 +167,9 @@ TEST_F(Share, thatWasRenamedLeadsToItsNewName)
 {
     history::ShareEntry renamed = pasts::share("Pictures", 1);
     renamed.folder = history::Folder{7, 7};
-    pasts::remember(3, {renamed}, 1, now);
+    pasts::remember(3, {renamed}, pasts::diskWith(1), now);
     renamed.name = "Photos & more";
-    pasts::remember(2, {renamed}, 1, now);
+    pasts::remember(2, {renamed}, pasts::diskWith(1), now);
     const Page page = make("name=Pictures");
     EXPECT_EQ(page.status, 404);
     EXPECT_EQ(page.body.text(),

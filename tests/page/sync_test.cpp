@@ -59,6 +59,16 @@ TEST_F(SyncPage, showsTheStateAndChangesNothing)
     EXPECT_EQ(watch::calls(), std::vector<std::string>{});
 }
 
+TEST_F(SyncPage, accountsThatMayOnlyLookAreToldSo)
+{
+    page::Visitor other = visits::administrator();
+    other.isAdministrator = false;
+    const Made made = visits::make(page::makeSync, visits::get(), other);
+    EXPECT_TRUE(made.body.ends_with("The sync daemon is not running.</p>\n<p>Only an administrator "
+                                    "can switch it on or off.</p>\n</section>\n"))
+        << made.body;
+}
+
 TEST_F(SyncPage, switchesOnAndOff)
 {
     const Made on = post("switch=on");

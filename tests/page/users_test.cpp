@@ -60,10 +60,10 @@ std::string formWith(const std::string& name, const Wrong& wrong = {})
 {
     return "<section class=\"card narrow\" aria-labelledby=\"create\">\n"
            "<h2 id=\"create\">Create a user</h2>\n"
-           "<p class=\"quiet\">The name has at most 32 letters, digits, blanks, dots, hyphens and "
-           "underscores, the password 8 to 32 characters. With both the user logs in on these "
-           "pages "
-           "and opens shares from other computers.</p>\n"
+           "<p class=\"quiet\">The name has at most 32 bytes. Letters A to Z, digits, blanks, "
+           "dots, hyphens and underscores take one each, accented letters two, Chinese characters "
+           "three. The password has 8 to 32 characters. With both the user logs in on these "
+           "pages and opens shares from other computers.</p>\n"
            "<form method=\"post\" action=\"/cgi-bin/vokpage/users\">\n"
            "<input type=\"hidden\" name=\"token\" value=\"" +
            visits::kToken +

@@ -232,6 +232,17 @@ TEST_F(SharesCommand, nameReachesTheScriptByteForByte)
     }
 }
 
+TEST_F(SharesCommand, createWantsToKnowForWhom)
+{
+    const std::string complaint =
+        "vokctl: say for whom the share is: either --public or --for USER\n";
+    expectEnd(vokctl({"shares", "create", "Music"}), 2, "", complaint);
+    expectEnd(vokctl({"shares", "create", "Music", "--public", "--for", "anna"}), 2, "", complaint);
+    EXPECT_EQ(root::readFile(kDone), "");
+    expectEnd(vokctl({"shares", "create"}), 2, "",
+              "vokctl: NAME is required.\nSee \"vokctl shares create --help\".\n");
+}
+
 TEST_F(SharesCommand, createIsRefusedInWordsBeforeAnythingIsDone)
 {
     const std::string taken =

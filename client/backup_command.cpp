@@ -6,6 +6,7 @@
 #include "client/commands.h"
 #include "client/exchange.h"
 #include "client/failure.h"
+#include "client/numbers.h"
 #include "client/status_report.h"
 #include "client/subcommands.h"
 #include "core/bytes.h"
@@ -87,7 +88,7 @@ void addReportOptions(CLI::App& command, Options& options)
                     "The state, 0 to 255; the appliance keeps only its first digit")
         ->required()
         ->type_name("N")
-        ->check(CLI::Range(0U, 255U));
+        ->check(numberFrom("--state", 0, 255));
     command.add_flag("--as-variable", options.asVariable,
                      "Store it as a variable, not in the file that collections read");
 }

@@ -9,6 +9,7 @@
 #include "client/check_report.h"
 #include "client/commands.h"
 #include "client/failure.h"
+#include "client/numbers.h"
 
 namespace client {
 namespace {
@@ -55,13 +56,13 @@ void buildCheckCommand(CLI::App& command)
     const auto options = std::make_shared<CheckOptions>();
     command.add_option("--full", options->full, "Warn if at least this much of the disk is used")
         ->type_name("PERCENT")
-        ->check(CLI::Range(1U, 100U));
+        ->check(numberFrom("--full", 1, 100));
     command.add_option("--backup-age", options->backupAge, "Warn if a backup is older than this")
         ->type_name("DAYS")
-        ->check(CLI::Range(0U, 3650U));
+        ->check(numberFrom("--backup-age", 0, 3650));
     command.add_option("--stale", options->stale, "Warn if the status is older than this")
         ->type_name("HOURS")
-        ->check(CLI::Range(0U, 8760U));
+        ->check(numberFrom("--stale", 0, 8760));
     command.add_option("--config", options->file, "The file with the settings")
         ->type_name("PATH")
         ->capture_default_str();

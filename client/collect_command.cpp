@@ -4,6 +4,7 @@
 #include <ctime>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -56,9 +57,20 @@ void expectNoMark(const PublishedStatus& status)
     }
 }
 
+/// @param hasBegun  whether a collection has been seen since the call
+[[noreturn]] void failLate(bool hasBegun)
+{
+    throw Failure(kNoAnswer,
+                  hasBegun ? tr("the collection has not ended in time; to wait longer: \"vokctl "
+                                "status --wait SECONDS\"")
+                           : tr("no collection has begun; another process with \"pelstatus\" in "
+                                "its command line is taken for one, see \"ps\""));
+}
+
 /// Reads the status repeatedly, and shows meanwhile how far the collection is.
+/// @return the first status for which the condition holds; nothing if the time runs out before
 template <class Condition>
-PublishedStatus await(Clock::time_point end, ProgressLine& progress, Condition isSo)
+std::optional<PublishedStatus> await(Clock::time_point end, ProgressLine& progress, Condition isSo)
 {
     constexpr std::chrono::milliseconds kPause{20};
     while (true) {
@@ -68,10 +80,7 @@ PublishedStatus await(Clock::time_point end, ProgressLine& progress, Condition i
             return status;
         }
         if (Clock::now() >= end) {
-            throw Failure(
-                kNoAnswer,
-                tr("the collection has not ended in time; to wait longer: \"vokctl status "
-                   "--wait SECONDS\""));
+            return std::nullopt;
         }
         progress.show(status);
         std::this_thread::sleep_for(kPause);
@@ -87,10 +96,15 @@ void collectAnew(const CollectOptions& options)
     constexpr std::chrono::seconds kPatience{1};
     const auto end = Clock::now() + std::chrono::seconds(options.wait);
     ProgressLine progress;
-    await(end, progress, [](const PublishedStatus& status) { return !status.isCollecting; });
+    if (!await(end, progress, [](const PublishedStatus& status) { return !status.isCollecting; })) {
+        failLate(true);
+    }
+    bool hasBegun = false;
     const std::int64_t before = view::lastWritten();
     auto nextStart = Clock::now();
-    const PublishedStatus status = await(end, progress, [&](const PublishedStatus& current) {
+    const auto status = await(end, progress, [&](const PublishedStatus& current) {
+        // What cannot be seen may have begun, too.
+        hasBegun = hasBegun || current.isCollecting || current.semaphoreError != 0;
         if (!current.isCollecting && isPublishedSince(current, before)) {
             return true;
         }
@@ -101,7 +115,10 @@ void collectAnew(const CollectOptions& options)
         }
         return false;
     });
-    if (status.result == PublishedStatus::Result::kNoList) {
+    if (!status) {
+        failLate(hasBegun);
+    }
+    if (status->result == PublishedStatus::Result::kNoList) {
         throw Failure(kNoData, tr("the collection could not get the list of shares"));
     }
 }

@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <map>
 #include <poll.h>
@@ -208,6 +210,12 @@ Diagnosis good(std::string reason)
 Diagnosis wrong(std::string reason, std::string remedy)
 {
     return {.sign = Sign::kWrong, .reason = std::move(reason), .remedy = std::move(remedy)};
+}
+
+std::string describeMissing(const std::string& path, int error)
+{
+    return (error == ENOENT) ? fill(tr("There is no {}."), {path})
+                             : fill(tr("There is no {1}: {2}."), {path, std::strerror(error)});
 }
 
 Diagnosis unneeded(std::string reason)

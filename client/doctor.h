@@ -77,4 +77,8 @@ struct Result {
 [[nodiscard]] Diagnosis unneeded(std::string reason);
 [[nodiscard]] Diagnosis unchecked(std::string reason);
 
+/// "There is no PATH.", with the reason if it is another one.
+/// @param error  an errno value
+[[nodiscard]] std::string describeMissing(const std::string& path, int error);
+
 } // namespace client

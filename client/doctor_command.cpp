@@ -14,6 +14,7 @@
 #include "client/doctor.h"
 #include "client/doctor_report.h"
 #include "client/failure.h"
+#include "client/numbers.h"
 #include "text/translation.h"
 #include "view/terminal_text.h"
 
@@ -116,7 +117,7 @@ void buildDoctorCommand(CLI::App& command)
     command
         .add_option("--timeout", options->surroundings.seconds, "Give each check at most so long")
         ->type_name("SECONDS")
-        ->check(CLI::Range(1U, 3600U))
+        ->check(numberFrom("--timeout", 1, 3600))
         ->capture_default_str();
     command
         .add_option("--config", options->surroundings.settingsFile, "Where the settings are read")

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <optional>
 #include <sys/stat.h>
 
@@ -56,7 +55,7 @@ std::optional<Diagnosis> complainOf(const Wanted& wanted)
     const bool isFolder = wanted.type == S_IFDIR;
     struct stat status = {};
     if (::lstat(wanted.path, &status) != 0) {
-        return wrong(fill(tr("There is no {1}: {2}."), {path, std::strerror(errno)}), wanted.make);
+        return wrong(describeMissing(path, errno), wanted.make);
     }
     if ((status.st_mode & S_IFMT) != wanted.type) {
         return wrong(

@@ -223,10 +223,10 @@ Diagnosis judgeLanguage(std::string_view text)
     for (const char* tag : {"<languag>", "<language>"}) {
         const std::string name = lastValue(text, tag);
         if (core::findLanguageByName(name) == nullptr) {
-            return misread(
-                fill(tr("After {1} there is no language that the module knows, but {2}."),
-                     {tag, quoteStart(name)}),
-                form);
+            return misread(fill(tr("The value after {1} is {2}, which is not a language that the "
+                                   "module knows."),
+                                {tag, quoteStart(name)}),
+                           form);
         }
     }
     return good(fill(tr("The language is {}."), {lastValue(text, "<languag>")}));

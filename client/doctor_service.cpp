@@ -3,10 +3,10 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <cstring>
 #include <grp.h>
 #include <string_view>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "client/connection.h"
 #include "client/doctor_checks.h"
@@ -108,6 +108,15 @@ const view::Finding* findKind(const std::vector<view::Finding>& findings,
     return (found != findings.end()) ? &*found : nullptr;
 }
 
+/// Whether the settings are not read because of the file's owner or mode.
+bool canOthersChange(const std::string& path)
+{
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+           ((status.st_uid != 0 && status.st_uid != ::geteuid()) ||
+            (status.st_mode & (S_IWGRP | S_IWOTH)) != 0);
+}
+
 constexpr const char* kCollect = "vokctl collect --wait 600";
 
 } // namespace
@@ -118,8 +127,11 @@ Diagnosis examineSettings(const Surroundings& surroundings, const Check& /*check
         const config::Configuration settings = config::read(surroundings.settingsFile);
         return good(tr("They can be read."));
     } catch (const config::BadConfiguration& failure) {
+        const std::string& path = surroundings.settingsFile;
         return wrong(std::string(failure.what()) + ".",
-                     tr("correct it; vokcontrol.conf(5) says what it may contain"));
+                     canOthersChange(path)
+                         ? "chown root " + path + "; chmod go-w " + path
+                         : tr("correct it; vokcontrol.conf(5) says what it may contain"));
     }
 }
 
@@ -142,7 +154,7 @@ Diagnosis examineSocket(const Surroundings& surroundings, const Check& /*check*/
     const std::string& path = surroundings.settings.socket;
     struct stat status = {};
     if (::lstat(path.c_str(), &status) != 0) {
-        return wrong(fill(tr("There is no {1}: {2}."), {path, std::strerror(errno)}), start);
+        return wrong(describeMissing(path, errno), start);
     }
     if (!S_ISSOCK(status.st_mode)) {
         return wrong(fill(tr("{} is not a socket."), {path}),

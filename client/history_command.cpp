@@ -45,7 +45,7 @@ std::string readSince(const std::string& text, std::chrono::days& days)
                           : *next == 'y' ? 365
                                          : 0;
     if (unit == 0 || number == 0 || number > 36500 / unit) {
-        return tr("must be a number of days, weeks or years, such as 90d, 12w or 5y");
+        return tr("--since needs a number of days, weeks or years, such as 90d, 12w or 5y.");
     }
     days = std::chrono::days(number * unit);
     return "";

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "client/history_report.h"
 
+#include <algorithm>
 #include <array>
 
 #include "client/plot.h"
@@ -161,14 +162,27 @@ std::string renderNames(const KnownShare& share)
     return text;
 }
 
+/// As many days as there are entries for, at most those asked for; these if there are none.
+std::chrono::days knownDays(const Reader& reader, const KnownShare& share, std::chrono::days asked)
+{
+    // A change is measured from an entry that may be two days older than the days asked for.
+    constexpr std::chrono::days kTolerance{2};
+    const std::chrono::seconds span = asked + kTolerance;
+    const std::int64_t since = std::max<std::int64_t>(share.last - span.count(), 0);
+    const auto points = reader.points(share.name, static_cast<std::time_t>(since));
+    const std::chrono::days known = history::knownDays(points, asked);
+    return (known.count() > 0) ? known : asked;
+}
+
 std::string renderFigures(const Reader& reader, const KnownShare& share, const HistoryView& asked)
 {
     const auto last = reader.lastMeasured(share.name, share.last);
     if (!last) {
         return std::string(tr("It has never been measured.")) + "\n";
     }
-    const auto change = history::changeOver(reader, share.name, asked.days, asked.now);
-    const auto days = static_cast<std::uint64_t>(asked.days.count());
+    const std::chrono::days known = knownDays(reader, share, asked.days);
+    const auto change = history::changeOver(reader, share.name, known, asked.now);
+    const auto days = static_cast<std::uint64_t>((change ? known : asked.days).count());
     const std::string used = std::to_string(last->used->value) + " " + last->used->unit;
     return fill(tr("Used: {1} on {2}"), {used, formatDay(last->published)}) + "\n" +
            fill(trn("Change over {1} day: {2}", "Change over {1} days: {2}", days),

@@ -49,7 +49,23 @@ std::tm readTime(const std::string& text)
     return time;
 }
 
-/// The same in the form of the appliance.
+/// The longest names, in bytes.
+constexpr std::size_t kLongestHostName = cmdsvc::parameter("host", "host name").limit.longest;
+constexpr std::size_t kLongestWorkGroup = cmdsvc::parameter("host", "work group").limit.longest;
+
+/// Fails if the appliance would refuse a name, or leave the old one without saying so. An empty
+/// name is one that is not given.
+void expectSize(const char* option, const std::string& name, std::size_t longest)
+{
+    constexpr std::size_t kShortest = 2;
+    if (!name.empty() && (name.size() < kShortest || name.size() > longest)) {
+        throw Failure(kWrongUsage,
+                      text::fill(text::tr("{1} needs {2} to {3} bytes"),
+                                 {option, std::to_string(kShortest), std::to_string(longest)}));
+    }
+}
+
+/// A time in the form of the appliance.
 std::string formatTime(const std::tm& time)
 {
     return view::formatTime("%m%d%H%M%Y.%S", time);
@@ -57,6 +73,8 @@ std::string formatTime(const std::tm& time)
 
 void setHost(const Options& options)
 {
+    expectSize("--name", options.name, kLongestHostName);
+    expectSize("--workgroup", options.workGroup, kLongestWorkGroup);
     askToDo(options.connection, {cmdsvc::command("host"),
                                  {formatTime(readTime(options.time)), options.name,
                                   options.workGroup, options.language}});
@@ -73,10 +91,6 @@ std::string listLanguages()
     }
     return list;
 }
-
-/// The longest names, in bytes.
-constexpr std::size_t kLongestHostName = cmdsvc::parameter("host", "host name").limit.longest;
-constexpr std::size_t kLongestWorkGroup = cmdsvc::parameter("host", "work group").limit.longest;
 
 } // namespace
 

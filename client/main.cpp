@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
 #include <iostream>
 #include <span>
 #include <string_view>
@@ -9,6 +8,7 @@
 
 #include "client/check_report.h"
 #include "client/commands.h"
+#include "client/connection_options.h"
 #include "client/failure.h"
 #include "client/language.h"
 #include "client/reasons.h"
@@ -33,14 +33,12 @@ int finishOutput(int exitCode)
 /// options that all commands have.
 std::size_t wordsOf(std::string_view word)
 {
-    constexpr auto kWithValue =
-        std::to_array<std::string_view>({"--socket", "--timeout", "--config"});
-    constexpr auto kAlone = std::to_array<std::string_view>({"--json", "--any-server"});
     const std::string_view name = word.substr(0, word.find('='));
-    if (std::ranges::find(kWithValue, name) != kWithValue.end()) {
+    if (client::hasValue(name)) {
         return (name.size() < word.size()) ? 1 : 2;
     }
-    return (std::ranges::find(kAlone, word) != kAlone.end()) ? 1 : 0;
+    const auto* end = client::kOptionsBeforeCommand.end();
+    return (std::find(client::kOptionsBeforeCommand.begin(), end, word) != end) ? 1 : 0;
 }
 
 /// The command line with the options before the command moved to its end, because they belong to

@@ -4,6 +4,7 @@
 
 #include "client/commands.h"
 #include "client/exchange.h"
+#include "client/failure.h"
 #include "client/json_text.h"
 #include "client/subcommands.h"
 #include "client/text_table.h"
@@ -22,7 +23,14 @@ struct Options {
 
 void tellPending(const Options& options)
 {
-    askToDo(options.connection, {cmdsvc::command("frst")});
+    try {
+        askToDo(options.connection, {cmdsvc::command("frst")});
+    } catch (const Refused& refusal) {
+        if (refusal.status() != cmdsvc::kSetupDone) {
+            throw;
+        }
+        throw Failure(refusal.code(), tr("the first setup has been done"));
+    }
     std::cerr << "vokctl: " << tr("the appliance waits for its first setup") << "\n";
 }
 

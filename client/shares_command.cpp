@@ -115,6 +115,9 @@ Request makeCreation(const Options& options)
 
 void createShare(const Options& options)
 {
+    if (options.isPublic != options.user.empty()) {
+        throw Failure(kWrongUsage, tr("say for whom the share is: either --public or --for USER"));
+    }
     askToDo(options.connection, makeCreation(options));
     std::cerr << "vokctl: "
               << fill(tr("the share {} was created"), {view::makePrintable(options.name).text})
@@ -136,10 +139,9 @@ void addNameAndOwner(CLI::App& command, Options& options)
         .add_option("NAME", options.name,
                     "The share's name, at most " + std::to_string(kLongest) + " bytes")
         ->required();
-    CLI::Option_group* owner = command.add_option_group("For whom");
+    CLI::Option_group* owner = command.add_option_group("For whom; one of these");
     owner->add_flag("--public", options.isPublic, "For everybody");
     owner->add_option("--for", options.user, "Only for this user")->type_name("USER");
-    owner->require_option(1);
 }
 
 constexpr auto kActions = std::to_array<Action<Options>>({

@@ -27,6 +27,17 @@ std::int64_t widthOf(const view::Space& space)
     return std::int64_t{sharestatus::findUnit(space.unit)->kibibytes} - 1;
 }
 
+Change changeBetween(const view::Space& base, const view::Space& last)
+{
+    const auto before = static_cast<std::int64_t>(base.kibibytes());
+    const auto after = static_cast<std::int64_t>(last.kibibytes());
+    const bool hasGrown = after > before + widthOf(base);
+    const bool hasShrunk = after + widthOf(last) < before;
+    return {.kibibytes = after - before,
+            .uncertainty = std::max(widthOf(last), widthOf(base)),
+            .isCertain = hasGrown || hasShrunk};
+}
+
 /// @param lastAt  finds the last measured entry at a time or before
 template <class LastAt>
 std::optional<Change> changeUpTo(std::time_t latest, std::chrono::days days, const LastAt& lastAt)
@@ -41,9 +52,7 @@ std::optional<Change> changeUpTo(std::time_t latest, std::chrono::days days, con
     if (!base || then - base->published > kTolerance) {
         return std::nullopt;
     }
-    return Change{.kibibytes = static_cast<std::int64_t>(last->used->kibibytes()) -
-                               static_cast<std::int64_t>(base->used->kibibytes()),
-                  .uncertainty = std::max(widthOf(*last->used), widthOf(*base->used))};
+    return changeBetween(*base->used, *last->used);
 }
 
 // ---- The disk's trend -------------------------------------------------------------------------
@@ -136,10 +145,22 @@ std::optional<Change> changeOver(const Reader& reader, std::string_view name,
                       [&](std::time_t time) { return reader.lastMeasured(name, time); });
 }
 
+std::chrono::days knownDays(const std::vector<Point>& points, std::chrono::days most)
+{
+    const auto isMeasured = [](const Point& point) { return point.used.has_value(); };
+    const auto first = std::find_if(points.begin(), points.end(), isMeasured);
+    const auto last = std::find_if(points.rbegin(), points.rend(), isMeasured);
+    if (first == points.end()) {
+        return std::chrono::days(0);
+    }
+    const std::chrono::seconds span(last->published - first->published);
+    return std::min(most, std::chrono::floor<std::chrono::days>(span));
+}
+
 std::string formatChange(const Change& change)
 {
     const auto size = static_cast<std::uint64_t>(std::abs(change.kibibytes));
-    if (size == 0 || std::abs(change.kibibytes) <= change.uncertainty) {
+    if (!change.isCertain) {
         return text::tr("no change");
     }
     return (change.kibibytes > 0 ? "+" : "-") + view::formatKibibytes(size);

@@ -15,11 +15,13 @@
 
 namespace history {
 
-/// How much more a share uses than before, in KiB; less than 0 if it uses less. Sizes are cut off
-/// to whole units, so the true change is within "uncertainty" KiB of it.
+/// How much more a share uses than before, in KiB; less than 0 if it uses less: the difference of
+/// two published sizes. Sizes are cut off to whole units, so the true change is within
+/// "uncertainty" KiB of it.
 struct Change {
     std::int64_t kibibytes = 0;
     std::int64_t uncertainty = 0;
+    bool isCertain = false; ///< the sizes show that it has grown, or that it has shrunk
 };
 
 /// The change up to a share's last measured entry, from the last one that is so many days older or
@@ -33,7 +35,13 @@ struct Change {
                                                std::chrono::days days = std::chrono::days(30),
                                                std::time_t now = kAnyTime);
 
-/// "+32 GB", "-604 KB", "no change"; the last if it is less than the sizes can tell.
+/// Over how many days the change up to the last measured entry can be told: those since the first
+/// measured one, at most those given. 0 if there are not two.
+/// @param points  the oldest first
+[[nodiscard]] std::chrono::days knownDays(const std::vector<Point>& points, std::chrono::days most);
+
+/// "+32 GB", "-604 KB", "no change"; the last if the sizes do not show that there is one: 20 MB and
+/// 1 GB do, though the second may be up to 1 GB more, but 1010 KB and 1 MB do not.
 [[nodiscard]] std::string formatChange(const Change& change);
 
 /// When the file system will be full, if it goes on as in the last 90 days at most. Entries before

@@ -118,6 +118,14 @@ CLI::Option* addSeconds(CLI::App& program, const char* name, unsigned& number, c
     return program.add_option(name, number, purpose)->type_name("SECONDS")->capture_default_str();
 }
 
+/// In place of the library's check, whose complaint has the largest number in full.
+std::string complainOfSeconds(const std::string& text)
+{
+    unsigned number = 0;
+    const bool isGood = CLI::detail::lexical_cast(text, number) && number > 0;
+    return isGood ? "" : "needs a number of seconds above 0";
+}
+
 void addOptions(CLI::App& program, Options& options)
 {
     config::Configuration& settings = options.settings;
@@ -130,10 +138,10 @@ void addOptions(CLI::App& program, Options& options)
         ->type_name("PATH")
         ->capture_default_str();
     addSeconds(program, "--timeout", settings.timeout, "End a request that runs longer than this")
-        ->check(CLI::PositiveNumber);
+        ->check(complainOfSeconds, "POSITIVE");
     addSeconds(program, "--deadline", settings.deadline,
                "Time for a client to send its request, and again to receive its answer")
-        ->check(CLI::PositiveNumber);
+        ->check(complainOfSeconds, "POSITIVE");
     addSeconds(program, "--password-pause", settings.passwordPause,
                "The longest pause after wrong passwords; 0 for none");
     program

@@ -24,7 +24,7 @@ struct StatusWords {
 constexpr std::array kStatusWords = std::to_array<StatusWords>({
     {"", cmdsvc::kGood, text::mark("Good.")},
 
-    {"crat", cmdsvc::kMalformed,        text::mark("The name or the password has a character that cannot be used, such as a quote. A name cannot have : , = %, a blank at an end, or @ + . at its start.")},
+    {"crat", cmdsvc::kMalformed,        text::mark("The name or the password has a character that cannot be used, such as a quote. A name cannot have : , = %, a blank at an end, or - @ + . at its start.")},
     {"crat", cmdsvc::kUserNameTaken,    text::mark("A user of this name exists already, or the name is reserved.")},
     {"crat", cmdsvc::kUserNameTooLong,  text::mark("The user's name is longer than 32 bytes.")},
     {"crat", cmdsvc::kPasswordTooLong,  text::mark("The password is longer than 32 bytes.")},
@@ -40,7 +40,7 @@ constexpr std::array kStatusWords = std::to_array<StatusWords>({
     {"", cmdsvc::kHostNameTooLong, text::mark("The host name is longer than 32 bytes.")},
     {"", cmdsvc::kWorkGroupTooLong, text::mark("The work group's name is longer than 32 bytes.")},
     {"", cmdsvc::kNameNotSet, text::mark("The date and the language were set, but the appliance did not take the host name or the work group; vokctl doctor may say why.")},
-    {"", cmdsvc::kUnknownLanguage, text::mark("The appliance does not have this language.")},
+    {"", cmdsvc::kUnknownLanguage, text::mark("The appliance does not know this language; vokctl host set --help lists the codes.")},
 
     {"", cmdsvc::kCannotOpenBuild, text::mark("The appliance's build cannot be read; see whether /etc/buildinfo.txt is there.")},
     {"", cmdsvc::kCannotCloseBuild, text::mark("The appliance's build cannot be read; see whether /etc/buildinfo.txt is there.")},
@@ -78,7 +78,7 @@ constexpr std::array kStatusWords = std::to_array<StatusWords>({
     {"", cmdsvc::kRequestFailed, text::mark("The request's process failed before it answered; see the service's log.")},
     {"", cmdsvc::kRequestNotStarted, text::mark("The appliance could not start another process; try again.")},
     {"", cmdsvc::kRequestTooLong, text::mark("The request is longer than 4096 bytes.")},
-    {"", cmdsvc::kNotAdmitted, text::mark("This account may not ask for that. Ask root to add you to the group vokcontrol, or to vokcontrol-view if you only want to look.")},
+    {"", cmdsvc::kNotAdmitted, text::mark("This account may not ask for that. Members of the group vokcontrol may ask for everything, members of vokcontrol-view only for what changes nothing; ask root to add you.")},
     {"", cmdsvc::kServiceStopping, text::mark("The service is stopping; try again.")},
 
     {"sub1", cmdsvc::kMalformed,        text::mark("The user's name is longer than 60 bytes, or has a character that cannot be used.")},
@@ -92,9 +92,9 @@ constexpr std::array kStatusWords = std::to_array<StatusWords>({
     {"gsp1", cmdsvc::kBadShareName,     text::mark("The share's name does not have 1 to 64 bytes, or has a character that cannot be used.")},
     {"gspc", cmdsvc::kSharePropertyUnknown, text::mark("The appliance cannot tell whether the share is public or private.")},
 
-    {"pshr", cmdsvc::kMalformed,        text::mark("The share's name has a character that cannot be used, such as a quote or a slash, one of : , = %, a blank at an end, or @ + . at its start.")},
+    {"pshr", cmdsvc::kMalformed,        text::mark("The share's name has a character that cannot be used, such as a quote or a slash, one of : , = %, a blank at an end, or - @ + . at its start.")},
     {"pshr", cmdsvc::kCommandFailed,    text::mark("The appliance's share script did not create this share; vokctl doctor may say why.")},
-    {"shar", cmdsvc::kMalformed,        text::mark("A name has a character that cannot be used, such as a quote or a slash. A share's cannot have : , = %, a blank at an end, or @ + . at its start.")},
+    {"shar", cmdsvc::kMalformed,        text::mark("A name has a character that cannot be used, such as a quote or a slash. A share's cannot have : , = %, a blank at an end, or - @ + . at its start.")},
     {"shar", cmdsvc::kCommandFailed,    text::mark("The appliance's share script did not create this share, or did not give it to this user; vokctl doctor may say why.")},
     {"shar", cmdsvc::kNoSuchUser,       text::mark("There is no user of this name, or it is reserved.")},
     {"", cmdsvc::kShareNameTaken,       text::mark("A share of this name exists already, or the name is reserved.")},

@@ -37,7 +37,7 @@ accounts=$inside_helpers'
     echo "vokcontrol:x:4001:member" >>/etc/group
 '
 
-refused="vokctl: This account may not ask for that. Ask root to add you to the group vokcontrol, or to vokcontrol-view if you only want to look. (0x53000005) = 4"
+refused="vokctl: This account may not ask for that. Members of the group vokcontrol may ask for everything, members of vokcontrol-view only for what changes nothing; ask root to add you. (0x53000005) = 4"
 expect 'a viewer may list and not create, a stranger may nothing' "srw-rw-rw- 0 4001
 anna
 bob

@@ -213,7 +213,7 @@ WRONG tovGetShareList tovGetShareList ended with 0, but wrote no file. What to d
 WRONG tovGetShareList sudo /usr/bin/php /etc/inc/api_share.php tovGetShareList FILE ended with 3. What to do: run it by hand and correct it; porting.md says what it has to answer.
 WRONG tovGetUsers Line 2 has no name between "name>" and "</". What to do: have it print a line <username>NAME</username> for each user; porting.md has an example.
 WRONG tovGetSystemStatus Line 9 ends a disk without index or name. What to do: have it print <HDDInfo>, <hddIndex>, <modelDevName> and </HDDInfo> on lines of their own for each internal disk; porting.md has an example.
-WRONG tovGetLanguage After <languag> there is no language that the module knows, but "klingon". What to do: have it print <languag>NAME</languag> and <language>NAME</language>, a line each, with a name such as english; porting.md has an example.
+WRONG tovGetLanguage The value after <languag> is "klingon", which is not a language that the module knows. What to do: have it print <languag>NAME</languag> and <language>NAME</language>, a line each, with a name such as english; porting.md has an example.
 WRONG tovGetNmbdSysname It has no name after <nmbdSysname>. What to do: have it print <nmbdSysname>NAME</nmbdSysname>; porting.md has an example.
 WRONG accounts No password can match these users' entries in /usr/private/smbpasswd: bob. What to do: set these users' passwords anew.
 WRONG accounts No password can match these users' entries in /usr/private/smbpasswd: anna, bob, Élise. The file has a line that is not an entry, and nothing after it is read. What to do: correct or remove that line.
@@ -245,7 +245,7 @@ TEXT
 expect 'so do those of the service' "$(
     cat <<'TEXT'
 WRONG group There is no group vokcontrol-view, whose members may ask the service. What to do: groupadd --system vokcontrol-view, then start the service anew.
-WRONG socket There is no /run/vokcontrol.sock: No such file or directory. What to do: systemctl start vokserve.socket, or /etc/init.d/vokcontrol start.
+WRONG socket There is no /run/vokcontrol.sock. What to do: systemctl start vokserve.socket, or /etc/init.d/vokcontrol start.
 WRONG vokserve It cannot be asked: cannot reach the service at /run/vokcontrol.sock: Connection refused. Is vokserve running? What to do: see its log: journalctl -u vokserve, or /var/log/vokserve.log.
 WRONG units There is neither systemd nor a program /etc/init.d/vokcontrol. What to do: copy the init script there; install.md says how.
 WRONG timer Nothing starts collections. What to do: /etc/init.d/vokcontrol restart, and see its log.
@@ -270,8 +270,8 @@ TEXT
 expect 'so do those of files' "$(
     cat <<'TEXT'
 WRONG folders /etc/pelconfig/vokcontrol has mode 777, so that others may write to it. What to do: chmod go-w /etc/pelconfig/vokcontrol.
-WRONG folders There is no /etc/pelconfig/vokcontrol/__bksts: No such file or directory. What to do: mkdir -p /etc/pelconfig/vokcontrol/__bksts.
-WRONG variables There is no /etc/pelconfig/system_var: No such file or directory. What to do: touch /etc/pelconfig/system_var.
+WRONG folders There is no /etc/pelconfig/vokcontrol/__bksts. What to do: mkdir -p /etc/pelconfig/vokcontrol/__bksts.
+WRONG variables There is no /etc/pelconfig/system_var. What to do: touch /etc/pelconfig/system_var.
 WRONG lock /etc/pelconfig/system_var_lck has mode 644, so that others may open it. What to do: chmod go= /etc/pelconfig/system_var_lck.
 WRONG private-file /etc/pelconfig/vokcontrol/vokcontrol-private.txt has mode 644, so that others may open it. What to do: chmod go= /etc/pelconfig/vokcontrol/vokcontrol-private.txt.
 WRONG work-folder /run/vokcontrol has mode 755, so that others may open it. What to do: chmod go= /run/vokcontrol.

@@ -59,9 +59,9 @@ workgroup|HOME' "$(inside '
     settings')"
 
 expect 'host settings are refused, and nothing or not all is kept' \
-    'vokctl: The host name is longer than 32 bytes. (0x50000003) = 1
-vokctl: The work group'"'"'s name is longer than 32 bytes. (0x50000004) = 1
-vokctl: The appliance does not have this language. (0x50000006) = 1
+    'vokctl: --name needs 2 to 32 bytes = 2
+vokctl: --workgroup needs 2 to 32 bytes = 2
+vokctl: The appliance does not know this language; vokctl host set --help lists the codes. (0x50000006) = 1
 vokctl: A setting has a character that cannot be used, such as a quote. (0xFF000003) = 1
 vokctl: --time needs the form 2026-11-21T18:30:00, in UTC = 2
 hostname|appliance
@@ -109,7 +109,7 @@ vokctl: The appliance'\''s build cannot be shown, because /etc/buildinfo.txt is 
 vokctl: The appliance'\''s build cannot be read; see whether /etc/buildinfo.txt is there. (0x40000001) = 1
 vokctl: The appliance'\''s build is not known, because /etc/buildinfo.txt cannot be read. (0x40000003) = 1
 vokctl: the appliance waits for its first setup = 0
-vokctl: The first setup has been done already. (0x80000001) = 1
+vokctl: the first setup has been done = 1
 vokctl: the appliance waits for its first setup = 0
 Language:           en
 Public share name:  Public = 0

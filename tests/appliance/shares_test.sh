@@ -91,8 +91,8 @@ Music N K  -                   -' "$(inside '
 
 taken='vokctl: A share of this name exists already, or the name is reserved. (0x20000001) = 1'
 tooLong="vokctl: The share's name is longer than 64 bytes. (0x20000003) = 1"
-refused="vokctl: The share's name has a character that cannot be used, such as a quote or a slash, one of : , = %, a blank at an end, or @ + . at its start. (0xFF000003) = 1"
-refusedFor="vokctl: A name has a character that cannot be used, such as a quote or a slash. A share's cannot have : , = %, a blank at an end, or @ + . at its start. (0xFF000003) = 1"
+refused="vokctl: The share's name has a character that cannot be used, such as a quote or a slash, one of : , = %, a blank at an end, or - @ + . at its start. (0xFF000003) = 1"
+refusedFor="vokctl: A name has a character that cannot be used, such as a quote or a slash. A share's cannot have : , = %, a blank at an end, or - @ + . at its start. (0xFF000003) = 1"
 noPublic="vokctl: The appliance's share script did not create this share; vokctl doctor may say why. (0xFF000004) = 1"
 noFolder='vokctl: The appliance says: api_share.php: cannot make the folder "/share/Left behind" = 1'
 noPrivate="vokctl: The appliance's share script did not create this share, or did not give it to this user; vokctl doctor may say why. (0xFF000004) = 1"

@@ -73,7 +73,7 @@ no password in the log' "$(appliance sh -c '
     [ $(($(date +%s) - 0x$changed)) -le 60 ] && echo just now
     grep -q password /var/log/vokserve.log || echo no password in the log')"
 
-character='vokctl: The name or the password has a character that cannot be used, such as a quote. A name cannot have : , = %, a blank at an end, or @ + . at its start. (0xFF000003) = 1'
+character='vokctl: The name or the password has a character that cannot be used, such as a quote. A name cannot have : , = %, a blank at an end, or - @ + . at its start. (0xFF000003) = 1'
 taken='vokctl: A user of this name exists already, or the name is reserved. (0x10000001) = 1'
 expect 'accounts that cannot be created are refused in words, and nothing is changed' "$taken
 $taken

@@ -257,12 +257,13 @@ TEST(Answer, isDescribedInWords)
     EXPECT_EQ(
         describe(command("crat"), le32(0xFF000003)),
         "a refusal, 0xFF000003: The name or the password has a character that cannot be used, such "
-        "as a quote. A name cannot have : , = %, a blank at an end, or @ + . at its start.");
+        "as a quote. A name cannot have : , = %, a blank at an end, or - @ + . at its start.");
     EXPECT_EQ(describe(command("lstu"), error(0xABCDEF01)),
               "a refusal, 0xABCDEF01: This client does not know the answer's meaning.");
     EXPECT_EQ(describe(command("lstu"), status("serv", 0x53000005)),
-              "a status of the service, 0x53000005: This account may not ask for that. Ask root to "
-              "add you to the group vokcontrol, or to vokcontrol-view if you only want to look.");
+              "a status of the service, 0x53000005: This account may not ask for that. Members of "
+              "the group vokcontrol may ask for everything, members of vokcontrol-view only for "
+              "what changes nothing; ask root to add you.");
     EXPECT_EQ(describe(command("lstu"), "abc"), "of a shape that this client does not know");
     EXPECT_EQ(client::describeServiceStatus(cmdsvc::kRequestFailed),
               "a status of the service, 0x53000002: The request's process failed before it "

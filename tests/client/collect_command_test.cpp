@@ -111,7 +111,10 @@ TEST_F(CollectCommand, timeRunsOut)
 {
     const std::string late = "vokctl: the collection has not ended in time; to wait longer: "
                              "\"vokctl status --wait SECONDS\"\n";
-    expectEnd(exchange({"collect", "--wait", "1"}, {le32(0)}).ended, 5, late);
+    const std::string neverBegan =
+        "vokctl: no collection has begun; another process with \"pelstatus\" in its command line "
+        "is taken for one, see \"ps\"\n";
+    expectEnd(exchange({"collect", "--wait", "1"}, {le32(0)}).ended, 5, neverBegan);
     const root::IdleCollector running;
     root::writeFile(root::kSemaphoreFile, mark('\1'));
     expectEnd(exchange({"collect", "--wait", "1"}, {}).ended, 5, late);

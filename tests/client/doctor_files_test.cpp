@@ -36,9 +36,8 @@ TEST_F(DoctorFiles, foldersAreRootsAlone)
                     "chmod go-w /etc/pelconfig/vokcontrol"));
     setMode("/etc/pelconfig/vokcontrol", 0755);
     fs::remove("/etc/pelconfig/vokcontrol/__bksts");
-    EXPECT_EQ(say(examineFolders),
-              wrong("There is no /etc/pelconfig/vokcontrol/__bksts: No such file or directory.",
-                    "mkdir -p /etc/pelconfig/vokcontrol/__bksts"));
+    EXPECT_EQ(say(examineFolders), wrong("There is no /etc/pelconfig/vokcontrol/__bksts.",
+                                         "mkdir -p /etc/pelconfig/vokcontrol/__bksts"));
     root::writeFile("/etc/pelconfig/vokcontrol/__bksts", "");
     EXPECT_EQ(say(examineFolders),
               wrong("/etc/pelconfig/vokcontrol/__bksts is not a folder.",
@@ -83,8 +82,7 @@ TEST_F(DoctorFiles, privateFileNeedNotBeThere)
 TEST_F(DoctorFiles, workFolderAndTmpAreNotEverybodys)
 {
     EXPECT_EQ(say(examineWorkFolder),
-              wrong("There is no /run/vokcontrol: No such file or directory.",
-                    "start the service, which makes it"));
+              wrong("There is no /run/vokcontrol.", "start the service, which makes it"));
     fs::create_directory("/run/vokcontrol");
     setMode("/run/vokcontrol", 0700);
     EXPECT_EQ(say(examineWorkFolder), good("Only root may open it."));

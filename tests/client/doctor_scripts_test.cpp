@@ -61,7 +61,7 @@ TEST_F(DoctorScripts, eachFunctionIsAskedAndItsAnswerJudged)
     EXPECT_EQ(say({"users", true, "s.php", examineUserList}).reason, "It lists 0 users.");
     EXPECT_EQ(say({"disks", true, "s.php", examineDevices}).reason, "It names no internal disk.");
     EXPECT_EQ(say({"tongue", true, "s.php", examineLanguage}).reason,
-              "After <languag> there is no language that the module knows, but \"\".");
+              "The value after <languag> is \"\", which is not a language that the module knows.");
     EXPECT_EQ(say({"name", true, "s.php", examineMachineName}).reason, "The name is nas.");
 }
 

@@ -55,6 +55,13 @@ TEST_F(DoctorService, settingsCanBeRead)
     EXPECT_EQ(say(examineSettings),
               wrong("/stubs/settings:1: this is neither \"key = value\" nor a [section].",
                     "correct it; vokcontrol.conf(5) says what it may contain"));
+    for (const mode_t mode : {0664U, 0602U}) {
+        ::chmod("/stubs/settings", mode);
+        EXPECT_EQ(say(examineSettings),
+                  wrong("/stubs/settings: others can change this file; it must belong to root, and "
+                        "only its owner may write it (chown root, chmod go-w).",
+                        "chown root /stubs/settings; chmod go-w /stubs/settings"));
+    }
 }
 
 TEST_F(DoctorService, bothGroupsAreThere)
@@ -70,8 +77,7 @@ TEST_F(DoctorService, bothGroupsAreThere)
 TEST_F(DoctorService, socketIsOneOfRoots)
 {
     const std::string start = "systemctl start vokserve.socket, or /etc/init.d/vokcontrol start";
-    EXPECT_EQ(say(examineSocket),
-              wrong("There is no /tmp/socket: No such file or directory.", start));
+    EXPECT_EQ(say(examineSocket), wrong("There is no /tmp/socket.", start));
     root::writeFile("/tmp/socket", "");
     EXPECT_EQ(say(examineSocket),
               wrong("/tmp/socket is not a socket.", "remove it, then " + start));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "client/doctor.h"
 
+#include <cerrno>
 #include <csignal>
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -60,6 +61,12 @@ Names said(const std::vector<Result>& results)
                         diagnosis.reason + " " + diagnosis.remedy);
     }
     return lines;
+}
+
+TEST(Doctor, reasonIsSaidOnlyIfTheFileMayBeThere)
+{
+    EXPECT_EQ(describeMissing("/run/x", ENOENT), "There is no /run/x.");
+    EXPECT_EQ(describeMissing("/run/x", EACCES), "There is no /run/x: Permission denied.");
 }
 
 TEST(Doctor, checksAreInTheOrderOfTheTable)

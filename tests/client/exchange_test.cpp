@@ -321,8 +321,9 @@ TEST_F(Exchange, statusOfTheServicesOwnIsNoAnswerOfTheCommands)
         {"serv " + le32(0x53000004) + kZero,
          "2: The request is longer than 4096 bytes. (0x53000004)"},
         {"serv " + le32(0x53000005) + kZero,
-         "4: This account may not ask for that. Ask root to add you to the group vokcontrol, or to "
-         "vokcontrol-view if you only want to look. (0x53000005)"},
+         "4: This account may not ask for that. Members of the group vokcontrol may ask for "
+         "everything, members of vokcontrol-view only for what changes nothing; ask root to add "
+         "you. (0x53000005)"},
         {"serv " + le32(0x53000006) + kZero, "7: The service is stopping; try again. (0x53000006)"},
     };
     for (const Case& each : cases) {
@@ -339,8 +340,9 @@ TEST_F(Exchange, statusOfTheServicesOwnIsNoAnswerOfTheCommands)
 TEST_F(Exchange, requestMayBeTurnedDownBeforeAllOfItIsRead)
 {
     const std::string refusal =
-        "4: This account may not ask for that. Ask root to add you to the group vokcontrol, or to "
-        "vokcontrol-view if you only want to look. (0x53000005)";
+        "4: This account may not ask for that. Members of the group vokcontrol may ask for "
+        "everything, members of vokcontrol-view only for what changes nothing; ask root to add "
+        "you. (0x53000005)";
     for (const std::size_t size : {10U, 10000U, 10000000U}) {
         turnDown("serv " + le32(0x53000005) + kZero);
         EXPECT_EQ(failureOf([&] {

@@ -118,6 +118,9 @@ TEST_F(HistoryCommand, takesTimesInDaysWeeksAndYears)
         const root::Ended ended = history({"--since", text});
         EXPECT_EQ(ended.exitCode, 2) << text;
         EXPECT_EQ(ended.output, "") << text;
+        EXPECT_EQ(ended.errors,
+                  "vokctl: --since needs a number of days, weeks or years, such as 90d, 12w or 5y."
+                  "\nSee \"vokctl history --help\".\n");
     }
 }
 

@@ -28,6 +28,14 @@ class HistoryReport : public root::UntracedTest {
         const Reader reader(kFile);
         return renderHistory(reader, *reader.share(name), household::lookedAt(days));
     }
+
+    /// What it says of the change; the plot does not matter.
+    static std::string changeOf(const std::string& name, int days)
+    {
+        const std::string shown = showShare(name, days);
+        const std::size_t start = shown.find("Change over");
+        return shown.substr(start, shown.find('\n', start) - start);
+    }
 };
 
 TEST_F(HistoryReport, beginsWithTheDisksCourse)
@@ -131,6 +139,15 @@ TEST_F(HistoryReport, showsAShareWithItsFormerNames)
               "Used: 260 M on 14 February 2026\n"
               "Change over 10 days: +40 MB\n"
               "Until 4 February 2026 its name was Media.\n");
+}
+
+TEST_F(HistoryReport, showsTheChangeOfTheDaysThatAreKnown)
+{
+    household::remember();
+    EXPECT_EQ(changeOf("Films", 365), "Change over 40 days: +160 MB");
+    EXPECT_EQ(changeOf("Films", 39), "Change over 39 days: +156 MB");
+    EXPECT_EQ(changeOf("Baby \"\xFF", 30), "Change over 7 days: no change");
+    EXPECT_EQ(changeOf("Old", 365), "Change over 365 days: not known");
 }
 
 TEST_F(HistoryReport, showsASharesEnd)

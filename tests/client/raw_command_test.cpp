@@ -89,8 +89,9 @@ TEST_F(RawCommand, answerOfACommandThatIsNotKnownIsShownByItsBytes)
     EXPECT_EQ(
         printed("nope " + le32(0) + "\n", "serv " + le32(0x53000005) + std::string(1, '\0')),
         "00000000  73 65 72 76 20 05 00 00 53 00                    |serv ...S.|\n"
-        "Read as a status of the service, 0x53000005: This account may not ask for that. Ask root "
-        "to add you to the group vokcontrol, or to vokcontrol-view if you only want to look.\n");
+        "Read as a status of the service, 0x53000005: This account may not ask for that. Members "
+        "of the group vokcontrol may ask for everything, members of vokcontrol-view only for what "
+        "changes nothing; ask root to add you.\n");
 }
 
 TEST_F(RawCommand, bytesThatTheCommandNeverAnswersAreShownAllTheSame)

@@ -232,6 +232,17 @@ TEST_F(SharesCommand, nameReachesTheScriptByteForByte)
     }
 }
 
+TEST_F(SharesCommand, createWantsToKnowForWhom)
+{
+    const std::string complaint =
+        "vokctl: say for whom the share is: either --public or --for USER\n";
+    expectEnd(vokctl({"shares", "create", "Music"}), 2, "", complaint);
+    expectEnd(vokctl({"shares", "create", "Music", "--public", "--for", "anna"}), 2, "", complaint);
+    EXPECT_EQ(root::readFile(kDone), "");
+    expectEnd(vokctl({"shares", "create"}), 2, "",
+              "vokctl: NAME is required.\nSee \"vokctl shares create --help\".\n");
+}
+
 TEST_F(SharesCommand, createIsRefusedInWordsBeforeAnythingIsDone)
 {
     const std::string taken =
@@ -256,15 +267,22 @@ TEST_F(SharesCommand, createIsRefusedInWordsBeforeAnythingIsDone)
     }
     const std::string publicName =
         "The share's name has a character that cannot be used, such as a quote or a slash, one of "
-        ": , = %, a blank at an end, or @ + . at its start. (0xFF000003)";
+        ": , = %, a blank at an end, or - @ + . at its start. (0xFF000003)";
     const std::string privateName =
         "A name has a character that cannot be used, such as a quote or a slash. A share's cannot "
-        "have : , = %, a blank at an end, or @ + . at its start. (0xFF000003)";
+        "have : , = %, a blank at an end, or - @ + . at its start. (0xFF000003)";
     for (const char* name : {"a'b", "a\"b", "a/b", "$(reboot)", "`reboot`", "\x1B[2J", "a:b", "a,b",
                              "a=b", "50%", "@a", "+a", ".a", " a", "a "}) {
         expectRefusal({"create", name, "--public"}, publicName);
         expectRefusal({"create", name, "--for", "anna"}, privateName);
     }
+    // A name with a hyphen at its start is no option only after "--".
+    expectEnd(root::run({root::built("vokctl"), "shares", "create", "--public", "--socket",
+                         "/tmp/socket", "--", "-a"}),
+              1, "", "vokctl: " + publicName + "\n");
+    expectEnd(root::run({root::built("vokctl"), "shares", "create", "--for", "anna", "--socket",
+                         "/tmp/socket", "--", "-a"}),
+              1, "", "vokctl: " + privateName + "\n");
     EXPECT_FALSE(root::exists(kDone));
 }
 

@@ -163,7 +163,7 @@ TEST_F(UsersCommand, createIsRefusedInWordsBeforeAnythingIsDone)
                   "The password is longer than 32 bytes. (0x10000003)");
     const std::string character =
         "The name or the password has a character that cannot be used, such as a quote. A name "
-        "cannot have : , = %, a blank at an end, or @ + . at its start. (0xFF000003)";
+        "cannot have : , = %, a blank at an end, or - @ + . at its start. (0xFF000003)";
     for (const char* name : {"a'b", "a\"b", "a/b", "$(reboot)", "\x1B[2J", "a:b", "@staff",
                              ".hidden", "a,b", "a ", "50%", "a=b"}) {
         expectRefusal(name, "secret", character);

@@ -46,6 +46,13 @@ std::string changeOf(const std::vector<Point>& points)
                   : "unknown";
 }
 
+/// The change in 30 days from one size to another.
+std::string changeInWords(const view::Space& before, const view::Space& after)
+{
+    return formatChange(
+        *changeOver({point(0, before.value, before.unit), point(30, after.value, after.unit)}));
+}
+
 TEST(HistoryChange, isFromThirtyDaysBefore)
 {
     EXPECT_EQ(changeOf({point(-1, 1), point(0, 10), point(1, 20), point(30, 50)}),
@@ -67,6 +74,19 @@ TEST(HistoryChange, isNotKnownWithoutAnEntryOfThatTime)
 TEST(HistoryChange, passesOverWhatWasNotMeasured)
 {
     EXPECT_EQ(changeOf({point(-1, 10), gap(0), point(29, 50), gap(30)}), "40000 within 999");
+}
+
+TEST(HistoryChange, isKnownForTheDaysBetweenMeasuredEntries)
+{
+    const auto days = [](const std::vector<Point>& points) {
+        return history::knownDays(points, std::chrono::days(30)).count();
+    };
+    EXPECT_EQ(days({}), 0);
+    EXPECT_EQ(days({gap(0), gap(9)}), 0);
+    EXPECT_EQ(days({point(5, 1)}), 0);
+    EXPECT_EQ(days({gap(0), point(1, 1), point(4, 1), point(8, 2), gap(9)}), 7);
+    EXPECT_EQ(days({point(0, 1), point(30, 1)}), 30);
+    EXPECT_EQ(days({point(0, 1), point(32, 1)}), 30);
 }
 
 class StoredHistoryChange : public root::UntracedTest {};
@@ -92,12 +112,26 @@ TEST_F(StoredHistoryChange, isThatOfTheEntries)
 
 TEST(HistoryChange, saysNoMoreThanSizesCanTell)
 {
-    EXPECT_EQ(formatChange({32000000, 999999}), "+32 GB");
-    EXPECT_EQ(formatChange({-604, 0}), "-604 KB");
-    EXPECT_EQ(formatChange({0, 0}), "no change");
-    EXPECT_EQ(formatChange({1000, 999}), "+1.0 MB");
-    EXPECT_EQ(formatChange({999, 999}), "no change");
-    EXPECT_EQ(formatChange({-999, 999}), "no change");
+    EXPECT_EQ(changeInWords({3, 'G'}, {35, 'G'}), "+32 GB");
+    EXPECT_EQ(changeInWords({3, 'G'}, {4, 'G'}), "+1.0 GB");
+    EXPECT_EQ(changeInWords({3, 'G'}, {3, 'G'}), "no change");
+    EXPECT_EQ(changeInWords({605, 'K'}, {1, 'K'}), "-604 KB");
+    EXPECT_EQ(changeInWords({5, 'K'}, {6, 'K'}), "+1 KB");
+    EXPECT_EQ(changeInWords({5, 'K'}, {5, 'K'}), "no change");
+}
+
+TEST(HistoryChange, isShownOfSizesInDifferentUnits)
+{
+    EXPECT_EQ(changeInWords({20, 'M'}, {1, 'G'}), "+980 MB");
+    EXPECT_EQ(changeInWords({1, 'G'}, {20, 'M'}), "-980 MB");
+    EXPECT_EQ(changeInWords({999, 'M'}, {1, 'G'}), "+1.0 MB") << "they touch, but do not overlap";
+    EXPECT_EQ(changeInWords({1, 'G'}, {999, 'M'}), "-1.0 MB");
+    EXPECT_EQ(changeInWords({999, 'K'}, {1, 'M'}), "+1 KB");
+    EXPECT_EQ(changeInWords({1, 'M'}, {999, 'K'}), "-1 KB");
+    EXPECT_EQ(changeInWords({1000, 'K'}, {1, 'M'}), "no change") << "1 MB may be 1000 KB";
+    EXPECT_EQ(changeInWords({1, 'M'}, {1000, 'K'}), "no change");
+    EXPECT_EQ(changeInWords({1023, 'K'}, {1, 'M'}), "no change");
+    EXPECT_EQ(changeInWords({1, 'M'}, {1023, 'K'}), "no change");
 }
 
 // ---- Forecast -----------------------------------------------------------------------------------

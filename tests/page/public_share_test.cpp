@@ -65,7 +65,7 @@ TEST_F(PublicShares, refusalOfTheNameAsksForAnother)
         {kShares, le32(0xFF000003), kShares, le32(0x20000001), kShares, le32(0x20000003)});
     for (const char* words :
          {"The share's name has a character that cannot be used, such as a quote or a slash, one "
-          "of : , = %, a blank at an end, or @ + . at its start.",
+          "of : , = %, a blank at an end, or - @ + . at its start.",
           "A share of this name exists already, or the name is reserved.",
           "The share's name is longer than 64 bytes."}) {
         expectSame(page::providePublicShare(connection(), "New"), {State::kBadName, "New", words});

@@ -187,7 +187,7 @@ const auto kRefusals = std::to_array<Refusal>({
     {0x20000006, "user", "There is no user of this name, or it is reserved."},
     {0xFF000003, "name",
      "A name has a character that cannot be used, such as a quote or a slash. A share's cannot "
-     "have : , = %, a blank at an end, or @ + . at its start."},
+     "have : , = %, a blank at an end, or - @ + . at its start."},
     {0xFF000004, "",
      "The appliance's share script did not create this share, or did not give it to this user; "
      "vokctl doctor may say why."},

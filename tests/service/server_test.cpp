@@ -978,6 +978,13 @@ TEST_F(Server, helpVersionAndWrongUsage)
         command.insert(command.end(), options.begin(), options.end());
         EXPECT_EQ(root::run(command).exitCode, 2) << options.front();
     }
+    for (const char* option : {"--timeout", "--deadline"}) {
+        for (const char* number : {"0", "-1", "x", "0.5"}) {
+            EXPECT_EQ(root::run({root::built("vokserve"), option, number}).errors,
+                      std::string(option) + ": needs a number of seconds above 0\n" +
+                          "Run with --help for more information.\n");
+        }
+    }
 }
 
 } // namespace

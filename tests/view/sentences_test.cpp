@@ -20,7 +20,7 @@ struct Refusal {
 constexpr auto kRefusals = std::to_array<Refusal>({
     {"", cmdsvc::kGood, "Good. (0x00000000)"},
 
-    {"crat", cmdsvc::kMalformed,       "The name or the password has a character that cannot be used, such as a quote. A name cannot have : , = %, a blank at an end, or @ + . at its start. (0xFF000003)"},
+    {"crat", cmdsvc::kMalformed,       "The name or the password has a character that cannot be used, such as a quote. A name cannot have : , = %, a blank at an end, or - @ + . at its start. (0xFF000003)"},
     {"crat", cmdsvc::kUserNameTaken,   "A user of this name exists already, or the name is reserved. (0x10000001)"},
     {"crat", cmdsvc::kUserNameTooLong, "The user's name is longer than 32 bytes. (0x10000002)"},
     {"crat", cmdsvc::kPasswordTooLong, "The password is longer than 32 bytes. (0x10000003)"},
@@ -36,7 +36,7 @@ constexpr auto kRefusals = std::to_array<Refusal>({
     {"host", cmdsvc::kHostNameTooLong, "The host name is longer than 32 bytes. (0x50000003)"},
     {"host", cmdsvc::kWorkGroupTooLong, "The work group's name is longer than 32 bytes. (0x50000004)"},
     {"host", cmdsvc::kNameNotSet,     "The date and the language were set, but the appliance did not take the host name or the work group; vokctl doctor may say why. (0x50000005)"},
-    {"host", cmdsvc::kUnknownLanguage, "The appliance does not have this language. (0x50000006)"},
+    {"host", cmdsvc::kUnknownLanguage, "The appliance does not know this language; vokctl host set --help lists the codes. (0x50000006)"},
 
     {"vers", cmdsvc::kCannotOpenBuild,  "The appliance's build cannot be read; see whether /etc/buildinfo.txt is there. (0x40000001)"},
     {"vers", cmdsvc::kCannotCloseBuild, "The appliance's build cannot be read; see whether /etc/buildinfo.txt is there. (0x40000002)"},
@@ -74,7 +74,7 @@ constexpr auto kRefusals = std::to_array<Refusal>({
     {"serv", cmdsvc::kRequestFailed,     "The request's process failed before it answered; see the service's log. (0x53000002)"},
     {"serv", cmdsvc::kRequestNotStarted, "The appliance could not start another process; try again. (0x53000003)"},
     {"serv", cmdsvc::kRequestTooLong,    "The request is longer than 4096 bytes. (0x53000004)"},
-    {"serv", cmdsvc::kNotAdmitted,       "This account may not ask for that. Ask root to add you to the group vokcontrol, or to vokcontrol-view if you only want to look. (0x53000005)"},
+    {"serv", cmdsvc::kNotAdmitted,       "This account may not ask for that. Members of the group vokcontrol may ask for everything, members of vokcontrol-view only for what changes nothing; ask root to add you. (0x53000005)"},
     {"serv", cmdsvc::kServiceStopping,   "The service is stopping; try again. (0x53000006)"},
 
     {"sub1", cmdsvc::kMalformed,      "The user's name is longer than 60 bytes, or has a character that cannot be used. (0xFF000003)"},
@@ -91,11 +91,11 @@ constexpr auto kRefusals = std::to_array<Refusal>({
     {"gsp1", cmdsvc::kCannotRemoveListing,  "The command takes one parameter, or the appliance's work file cannot be removed. (0xC1000001)"},
     {"gspc", cmdsvc::kSharePropertyUnknown, "The appliance cannot tell whether the share is public or private. (0xF0000001)"},
 
-    {"pshr", cmdsvc::kMalformed,        "The share's name has a character that cannot be used, such as a quote or a slash, one of : , = %, a blank at an end, or @ + . at its start. (0xFF000003)"},
+    {"pshr", cmdsvc::kMalformed,        "The share's name has a character that cannot be used, such as a quote or a slash, one of : , = %, a blank at an end, or - @ + . at its start. (0xFF000003)"},
     {"pshr", cmdsvc::kCommandFailed,    "The appliance's share script did not create this share; vokctl doctor may say why. (0xFF000004)"},
     {"pshr", cmdsvc::kShareNameTaken,   "A share of this name exists already, or the name is reserved. (0x20000001)"},
     {"pshr", cmdsvc::kShareNameTooLong, "The share's name is longer than 64 bytes. (0x20000003)"},
-    {"shar", cmdsvc::kMalformed,        "A name has a character that cannot be used, such as a quote or a slash. A share's cannot have : , = %, a blank at an end, or @ + . at its start. (0xFF000003)"},
+    {"shar", cmdsvc::kMalformed,        "A name has a character that cannot be used, such as a quote or a slash. A share's cannot have : , = %, a blank at an end, or - @ + . at its start. (0xFF000003)"},
     {"shar", cmdsvc::kCommandFailed,    "The appliance's share script did not create this share, or did not give it to this user; vokctl doctor may say why. (0xFF000004)"},
     {"shar", cmdsvc::kNoSuchUser,       "There is no user of this name, or it is reserved. (0x20000006)"},
     {"shar", cmdsvc::kShareNameTaken,   "A share of this name exists already, or the name is reserved. (0x20000001)"},

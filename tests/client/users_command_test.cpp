@@ -171,6 +171,9 @@ TEST_F(UsersCommand, createIsRefusedInWordsBeforeAnythingIsDone)
     for (const char* password : {"a'b", "a\"b", "a\\b", "$(reboot)", "`reboot`", "\x1B[2J"}) {
         expectRefusal("carla", password, character);
     }
+    // A name with a hyphen at its start is no option only after "--".
+    expectEnd(call("create", "--any-server", "secret\n", {"--", "-a"}), 1, "",
+              "vokctl: " + character + "\n");
     EXPECT_FALSE(root::exists(kDone));
 }
 

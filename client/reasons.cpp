@@ -6,11 +6,11 @@
 #include <cstring>
 #include <fcntl.h>
 #include <limits>
-#include <optional>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 #include <unistd.h>
+#include <vector>
 
 #include "view/terminal_text.h"
 #include "view/utf8.h"
@@ -28,16 +28,16 @@ bool isReadable(int socket, std::chrono::milliseconds patience)
     return ::poll(&connection, 1, most) == 1 && (connection.revents & POLLERR) == 0;
 }
 
-/// The descriptor that came with a message; nothing if none did.
-std::optional<int> descriptorIn(msghdr& message)
+/// The descriptors that came with a message. The service sends one; each has to be closed.
+std::vector<int> descriptorsIn(msghdr& message)
 {
     const cmsghdr* header = CMSG_FIRSTHDR(&message);
     if (header == nullptr || header->cmsg_level != SOL_SOCKET || header->cmsg_type != SCM_RIGHTS) {
-        return std::nullopt;
+        return {};
     }
-    int descriptor = -1;
-    std::memcpy(&descriptor, CMSG_DATA(header), sizeof descriptor);
-    return descriptor;
+    std::vector<int> descriptors((header->cmsg_len - CMSG_LEN(0)) / sizeof(int));
+    std::memcpy(descriptors.data(), CMSG_DATA(header), descriptors.size() * sizeof(int));
+    return descriptors;
 }
 
 /// The text in a file from the service, up to the zeros that fill it. Only a file in memory can be
@@ -85,21 +85,22 @@ FirstPiece receiveFirst(int socket, std::size_t longest, std::chrono::millisecon
         return {};
     }
     constexpr std::size_t kMost = 16384;
+    constexpr std::size_t kMostDescriptors = 253; // The kernel passes no more with a message.
     std::string bytes(std::min(longest, kMost), '\0');
-    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control = {};
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(kMostDescriptors * sizeof(int))> control = {};
     iovec place = {bytes.data(), bytes.size()};
     msghdr message = {};
     message.msg_iov = &place;
     message.msg_iovlen = 1;
     message.msg_control = control.data();
-    // Not the array's size, which has room for a second descriptor that nobody would close.
-    message.msg_controllen = CMSG_LEN(sizeof(int));
+    message.msg_controllen = control.size();
     const ssize_t size = ::recvmsg(socket, &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
     bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
     FirstPiece piece = {std::move(bytes), ""};
-    if (const std::optional<int> descriptor = descriptorIn(message); size > 0 && descriptor) {
-        piece.reasons = readReasons(*descriptor);
-        ::close(*descriptor);
+    if (size > 0) {
+        const std::vector<int> descriptors = descriptorsIn(message);
+        piece.reasons = descriptors.empty() ? "" : readReasons(descriptors.front());
+        std::ranges::for_each(descriptors, ::close);
     }
     return piece;
 }

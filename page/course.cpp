@@ -27,15 +27,6 @@ Points measuredSince(const Points& points, std::time_t since)
     return measured;
 }
 
-std::chrono::days spanOf(const Points& measured)
-{
-    if (measured.empty()) {
-        return std::chrono::days(0);
-    }
-    return std::chrono::floor<std::chrono::days>(
-        std::chrono::seconds(measured.back().published - measured.front().published));
-}
-
 std::int64_t sizeOf(const Point& point)
 {
     return static_cast<std::int64_t>(point.used->kibibytes());
@@ -82,7 +73,7 @@ std::string wordChange(const Points& points, std::chrono::days most)
     constexpr std::chrono::days kTolerance{2};
     const std::time_t last = points.empty() ? 0 : points.back().published;
     const Points measured = measuredSince(points, daysBefore(last, most + kTolerance));
-    const std::chrono::days days = std::min(most, spanOf(measured));
+    const std::chrono::days days = history::knownDays(measured, most);
     if (days < std::chrono::days(1)) {
         return "";
     }
@@ -99,7 +90,7 @@ Html courseOf(const Points& points, std::time_t now)
 {
     const std::time_t start = daysBefore(now, kCourseDays);
     const Points measured = measuredSince(points, start);
-    if (spanOf(measured) < std::chrono::days(1)) {
+    if (history::knownDays(measured, kCourseDays) < std::chrono::days(1)) {
         return {};
     }
     return Html() << R"(<svg class="course" viewBox="0 0 300 40" preserveAspectRatio="none" )"

@@ -6,7 +6,6 @@
 #include <grp.h>
 #include <string_view>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "client/connection.h"
 #include "client/doctor_checks.h"
@@ -108,15 +107,6 @@ const view::Finding* findKind(const std::vector<view::Finding>& findings,
     return (found != findings.end()) ? &*found : nullptr;
 }
 
-/// Whether the settings are not read because of the file's owner or mode.
-bool canOthersChange(const std::string& path)
-{
-    struct stat status = {};
-    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-           ((status.st_uid != 0 && status.st_uid != ::geteuid()) ||
-            (status.st_mode & (S_IWGRP | S_IWOTH)) != 0);
-}
-
 constexpr const char* kCollect = "vokctl collect --wait 600";
 
 } // namespace
@@ -126,12 +116,13 @@ Diagnosis examineSettings(const Surroundings& surroundings, const Check& /*check
     try {
         const config::Configuration settings = config::read(surroundings.settingsFile);
         return good(tr("They can be read."));
-    } catch (const config::BadConfiguration& failure) {
+    } catch (const config::UntrustedConfiguration& failure) {
         const std::string& path = surroundings.settingsFile;
         return wrong(std::string(failure.what()) + ".",
-                     canOthersChange(path)
-                         ? "chown root " + path + "; chmod go-w " + path
-                         : tr("correct it; vokcontrol.conf(5) says what it may contain"));
+                     "chown root " + path + "; chmod go-w " + path);
+    } catch (const config::BadConfiguration& failure) {
+        return wrong(std::string(failure.what()) + ".",
+                     tr("correct it; vokcontrol.conf(5) says what it may contain"));
     }
 }
 

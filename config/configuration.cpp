@@ -50,9 +50,9 @@ void checkFile(int file, const std::string& path)
     }
     const bool isTrusted = status.st_uid == 0 || status.st_uid == ::geteuid();
     if (!isTrusted || (status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
-        throw BadConfiguration(path +
-                               ": others can change this file; it must belong to root, and only "
-                               "its owner may write it (chown root, chmod go-w)");
+        throw UntrustedConfiguration(
+            path + ": others can change this file; it must belong to root, and only "
+                   "its owner may write it (chown root, chmod go-w)");
     }
 }
 

@@ -60,9 +60,15 @@ class BadConfiguration : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// The file's owner or mode lets other accounts change it, so it has not been read.
+class UntrustedConfiguration : public BadConfiguration {
+  public:
+    using BadConfiguration::BadConfiguration;
+};
+
 /// Reads a file of at most 64 KiB. Throws BadConfiguration if it cannot be read, is not a plain
-/// file, belongs to neither root nor this process's user, can be written by other accounts, or has
-/// a line that is not understood.
+/// file, or has a line that is not understood; UntrustedConfiguration if it belongs to neither root
+/// nor this process's user, or can be written by other accounts.
 /// @param path  if this is the default file and it does not exist, all settings are the defaults;
 ///              any other file must exist
 [[nodiscard]] Configuration read(const std::string& path = kDefaultFile);

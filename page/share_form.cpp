@@ -6,6 +6,7 @@
 #include "page/layout.h"
 #include "page/phrase.h"
 #include "text/translation.h"
+#include "view/wording.h"
 
 namespace page {
 namespace {
@@ -124,8 +125,10 @@ Html shareForm(const Visit& visit, const Candidates& candidates, const Complaint
 <h2 id="create">)" << Text{tr("Create a share")}
                   << R"(</h2>
 <p class="quiet">)"
-                  << Text{nameRule(cmdsvc::kLongestShareName)} << " "
-                  << Text{tr("These pages cannot rename or delete a share later.")} << "</p>\n"
+                  << Text{view::joinSentences(
+                         nameRule(cmdsvc::kLongestShareName),
+                         tr("These pages cannot rename or delete a share later."))}
+                  << "</p>\n"
                   << openForm(visit.token, "/shares") << nameField(share, complaints)
                   << accessFields(share, candidates, complaints)
                   << R"(<p class="buttons"><button class="main">)" << Text{tr("Create")}

@@ -20,6 +20,7 @@
 #include "page/phrase.h"
 #include "page/service.h"
 #include "text/translation.h"
+#include "view/wording.h"
 
 namespace page {
 namespace {
@@ -60,9 +61,10 @@ Html creation(const Visit& visit, const Complaints& complaints)
 <h2 id="create">)" << Text{tr("Create a user")}
                   << R"(</h2>
 <p class="quiet">)"
-                  << Text{nameRule(cmdsvc::kLongestUserName)} << " "
-                  << Text{tr("The password has 8 to 32 characters. With both the user logs in on "
-                             "these pages and opens shares from other computers.")}
+                  << Text{view::joinSentences(
+                         nameRule(cmdsvc::kLongestUserName),
+                         tr("The password has 8 to 32 characters. With both the user logs in on "
+                            "these pages and opens shares from other computers."))}
                   << "</p>\n"
                   << openForm(visit.token, kUrl) << accountFields(visit.request.form, complaints)
                   << R"(<p class="buttons"><button class="main">)" << Text{tr("Create")}
